@@ -1,0 +1,157 @@
+#include "quoll/foundation/collections.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "quoll/foundation/exception.h"
+
+namespace quoll::foundation {
+
+namespace {
+
+/// Values of containers that are being released on this thread, in the order of release. The first
+/// container to arrive empties the queue; those that it frees only add to it.
+struct Release {
+  std::vector<Value> waiting;
+  bool running = false;
+};
+
+void release(std::vector<Value> values) {
+  thread_local Release release;
+  std::move(values.begin(), values.end(), std::back_inserter(release.waiting));
+  if (release.running) {
+    return;
+  }
+  release.running = true;
+  while (!release.waiting.empty()) {
+    const Value last = std::move(release.waiting.back());
+    release.waiting.pop_back();
+  }
+  release.running = false;
+}
+
+bool nests(const Value& value) {
+  return value.as_list() || value.as_dictionary();
+}
+
+}  // namespace
+
+List::List(std::initializer_list<Value> values) : List(std::vector<Value>(values)) {}
+
+List::List(std::vector<Value> values) {
+  for (const Value& value : values) {
+    if (value.is_null()) {
+      raise_invalid_argument("a list cannot hold null");
+    }
+  }
+  values_ = std::move(values);
+}
+
+List::~List() {
+  if (std::any_of(values_.begin(), values_.end(), nests)) {
+    release(std::move(values_));
+  }
+}
+
+void List::addObject(Value value) {
+  if (value.is_null()) {
+    raise_invalid_argument("a list cannot hold null");
+  }
+  values_.push_back(std::move(value));
+}
+
+const Value& List::objectAtIndex(std::size_t index) const {
+  if (index >= values_.size()) {
+    raise_range("index " + std::to_string(index) + " is beyond a list of " +
+                std::to_string(values_.size()));
+  }
+  return values_[index];
+}
+
+Dictionary::Dictionary(std::initializer_list<Entry> entries) {
+  for (const Entry& entry : entries) {
+    setObject(entry.value, entry.key);
+  }
+}
+
+Dictionary::Dictionary(const Dictionary& other) : entries_(other.entries_) {
+  rebuild_index();
+}
+
+Dictionary::~Dictionary() {
+  std::vector<Value> nested;
+  for (Entry& entry : entries_) {
+    if (nests(entry.value)) {
+      nested.push_back(std::move(entry.value));
+    }
+  }
+  if (!nested.empty()) {
+    release(std::move(nested));
+  }
+}
+
+std::size_t Dictionary::position_of(std::string_view key) const {
+  if (!index_.empty()) {
+    const auto found = index_.find(key);
+    return found == index_.end() ? entries_.size() : *found;
+  }
+  const auto found = std::find_if(entries_.begin(), entries_.end(),
+                                  [&](const Entry& entry) { return entry.key == key; });
+  return static_cast<std::size_t>(found - entries_.begin());
+}
+
+void Dictionary::rebuild_index() {
+  index_.clear();
+  if (entries_.size() > kLinearLimit) {
+    for (std::uint32_t position = 0; position < entries_.size(); ++position) {
+      index_.insert(position);
+    }
+  }
+}
+
+void Dictionary::setObject(Value value, std::string_view key) {
+  if (value.is_null()) {
+    raise_invalid_argument("a dictionary cannot hold null (key: " + std::string(key) + ")");
+  }
+  const std::size_t position = position_of(key);
+  if (position < entries_.size()) {
+    entries_[position].value = std::move(value);
+    return;
+  }
+  entries_.push_back({std::string(key), std::move(value)});
+  if (index_.empty()) {
+    rebuild_index();
+  } else {
+    index_.insert(static_cast<std::uint32_t>(position));
+  }
+}
+
+void Dictionary::removeObjectForKey(std::string_view key) {
+  const std::size_t position = position_of(key);
+  if (position < entries_.size()) {
+    index_.clear();
+    entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(position));
+    rebuild_index();
+  }
+}
+
+const Value* Dictionary::find(std::string_view key) const {
+  const std::size_t position = position_of(key);
+  return position < entries_.size() ? &entries_[position].value : nullptr;
+}
+
+Value Dictionary::objectForKey(std::string_view key) const {
+  const Value* value = find(key);
+  return value == nullptr ? Value() : *value;
+}
+
+bool operator==(const Dictionary& a, const Dictionary& b) {
+  return a.count() == b.count() &&
+         std::all_of(a.begin(), a.end(), [&](const Dictionary::Entry& entry) {
+           const Value* other = b.find(entry.key);
+           return other != nullptr && *other == entry.value;
+         });
+}
+
+}  // namespace quoll::foundation

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace quoll::foundation {
+
+inline constexpr std::string_view NSCocoaErrorDomain = "NSCocoaErrorDomain";
+inline constexpr std::string_view NSPOSIXErrorDomain = "NSPOSIXErrorDomain";
+
+/// Codes of `NSCocoaErrorDomain` that this system makes or looks at.
+enum CocoaErrorCode : int {
+  NSFileNoSuchFileError = 4,
+  NSFileReadUnknownError = 256,
+  NSFileReadNoPermissionError = 257,
+  NSFileReadNoSuchFileError = 260,
+  NSFileReadTooLargeError = 263,
+  NSFileWriteUnknownError = 512,
+  NSFileWriteNoPermissionError = 513,
+  NSFileWriteFileExistsError = 516,
+  NSFileWriteOutOfSpaceError = 640,
+  NSFileWriteVolumeReadOnlyError = 642,
+  NSUserCancelledError = 3072,
+};
+
+/// A failure that an operation reports through an out-parameter: where the code belongs, the code,
+/// a sentence for people, and details. A plain value; copies are independent.
+struct Error {
+  std::string domain;
+  int code = 0;
+  /// One sentence without line breaks; may be empty.
+  std::string text;
+  /// Details in the order in which they are printed, each already in its text form.
+  std::vector<std::pair<std::string, std::string>> user_info;
+
+  /// What `%@` prints:
+  /// `Error Domain=NSCocoaErrorDomain Code=4 "..." UserInfo={NSFilePath=..., ...}`.
+  [[nodiscard]] std::string description() const;
+
+  /// The detail under a key such as "NSFilePath", or null when there is none. The pointer lives as
+  /// long as this error is unchanged.
+  [[nodiscard]] const std::string* detail(std::string_view key) const;
+};
+
+/// An error of `NSPOSIXErrorDomain` for an `errno` value.
+[[nodiscard]] Error posix_error(int number);
+
+/// What a failed file operation reports: the code of `NSCocoaErrorDomain` that fits `number` (an
+/// `errno` value), the path, and the system's own error beneath it. `writing` tells a copy, a
+/// removal or a creation from a read.
+[[nodiscard]] Error file_error(int number, std::string_view path, bool writing);
+
+}  // namespace quoll::foundation

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "quoll/foundation/object.h"
+
+namespace quoll::foundation {
+
+/// `NSURL`: a URL, by its text. It never changes, so any thread may use it.
+///
+/// Every component is taken from the text at each call. An absent component is none, which is not
+/// the same as an empty one: `http://h` has no query, `http://h?` has the empty query.
+class NSURL final : public Object {
+ public:
+  /// `URLWithString:`. Null when the text holds a character that no URL holds, a bad `%`, or a
+  /// second `#`, or when it is empty. Nothing else is looked at: `(null)` is accepted.
+  [[nodiscard]] static std::shared_ptr<NSURL> URLWithString(std::string_view text);
+
+  /// The file URL of an absolute path, which is percent-encoded; any bytes will do. `is_folder`
+  /// puts one "/" at the end. Null for the empty path. (`fileURLWithPath:` of the platform looks at
+  /// the disk first.)
+  [[nodiscard]] static std::shared_ptr<NSURL> file_url(std::string_view absolute_path,
+                                                       bool is_folder);
+
+  [[nodiscard]] const std::string& absoluteString() const { return text_; }
+  /// As written, without the ":".
+  [[nodiscard]] std::optional<std::string> scheme() const;
+  /// Decoded; the address of an IPv6 host comes without its brackets.
+  [[nodiscard]] std::optional<std::string> host() const;
+  [[nodiscard]] std::optional<std::int64_t> port() const;
+  /// Decoded.
+  [[nodiscard]] std::optional<std::string> user() const;
+  [[nodiscard]] std::optional<std::string> password() const;
+  /// Decoded, without trailing slashes ("/" stays) and without the parameter string.
+  [[nodiscard]] std::optional<std::string> path() const;
+  /// What follows the first ";" of the last path segment.
+  [[nodiscard]] std::optional<std::string> parameterString() const;
+  [[nodiscard]] std::optional<std::string> query() const;
+  [[nodiscard]] std::optional<std::string> fragment() const;
+  /// True when the scheme is "file", in any case.
+  [[nodiscard]] bool isFileURL() const;
+
+  /// The path as the file system wants it: like `path`, but any bytes, since file names need not be
+  /// UTF-8.
+  [[nodiscard]] std::optional<std::string> file_system_path() const;
+
+  [[nodiscard]] std::string_view class_name() const override { return "NSURL"; }
+  [[nodiscard]] std::string description() const override { return text_; }
+  [[nodiscard]] bool isEqual(const Object* other) const override;
+
+ private:
+  explicit NSURL(std::string text) : text_(std::move(text)) {}
+
+  std::string text_;
+};
+
+/// `URLByAppendingPathComponent:`: the URL with one path component, percent-encoded, joined to its
+/// path by one "/". A null URL gives null.
+[[nodiscard]] std::shared_ptr<NSURL> URLByAppendingPathComponent(const std::shared_ptr<NSURL>& url,
+                                                                 std::string_view component);
+
+}  // namespace quoll::foundation

@@ -1,0 +1,127 @@
+#include "quoll/foundation/number_text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+#include "quoll/foundation/text.h"
+
+namespace quoll::foundation {
+
+namespace {
+
+bool is_digit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+/// Drops the leading white space and one sign; true when the sign was a minus.
+bool take_sign(std::string_view& text) {
+  text = trim_leading(text);
+  if (text.empty() || (text.front() != '-' && text.front() != '+')) {
+    return false;
+  }
+  const bool negative = text.front() == '-';
+  text.remove_prefix(1);
+  return negative;
+}
+
+std::size_t digits_at(std::string_view text, std::size_t position) {
+  const std::size_t start = position;
+  while (position < text.size() && is_digit(text[position])) {
+    ++position;
+  }
+  return position - start;
+}
+
+/// The length of the longest prefix of the form 12, 12.5, .5, 12. or any of them with an exponent.
+std::size_t decimal_prefix(std::string_view text) {
+  const std::size_t whole = digits_at(text, 0);
+  std::size_t end = whole;
+  std::size_t fraction = 0;
+  if (end < text.size() && text[end] == '.') {
+    fraction = digits_at(text, end + 1);
+    end += 1 + fraction;
+  }
+  if (whole + fraction == 0) {
+    return 0;
+  }
+  if (end < text.size() && (text[end] == 'e' || text[end] == 'E')) {
+    std::size_t exponent = end + 1;
+    if (exponent < text.size() && (text[exponent] == '-' || text[exponent] == '+')) {
+      ++exponent;
+    }
+    const std::size_t digits = digits_at(text, exponent);
+    if (digits > 0) {
+      end = exponent + digits;
+    }
+  }
+  return end;
+}
+
+/// What a decimal text beyond the range of a double stands for: a huge one, or nothing at all.
+double out_of_range(std::string_view decimal) {
+  const std::size_t mark = std::min(decimal.find_first_of("eE"), decimal.size());
+  const std::size_t point = std::min(decimal.substr(0, mark).find('.'), mark);
+  const std::size_t first = decimal.find_first_of("123456789");
+  const std::int64_t exponent =
+      mark < decimal.size() ? integer_of_text(decimal.substr(mark + 1)) : 0;
+  const auto places = static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first);
+  // The exponent may have saturated; the places of the digits never come near its ends.
+  return exponent > -places ? std::numeric_limits<double>::max() : 0.0;
+}
+
+}  // namespace
+
+std::int64_t integer_of_text(std::string_view text) {
+  const bool negative = take_sign(text);
+  const std::string digits =
+      (negative ? "-" : "") + std::string(text.substr(0, digits_at(text, 0)));
+  std::int64_t number = 0;
+  const auto [end, problem] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  if (problem == std::errc::result_out_of_range) {
+    return negative ? std::numeric_limits<std::int64_t>::min()
+                    : std::numeric_limits<std::int64_t>::max();
+  }
+  return number;
+}
+
+bool boolean_of_text(std::string_view text) {
+  take_sign(text);
+  const std::size_t first = text.find_first_not_of('0');
+  if (first == std::string_view::npos) {
+    return false;
+  }
+  return std::string_view("YyTt123456789").find(text[first]) != std::string_view::npos;
+}
+
+float float_of_text(std::string_view text) {
+  const bool negative = take_sign(text);
+  const std::string_view decimal = text.substr(0, decimal_prefix(text));
+  if (decimal.empty()) {
+    return 0;
+  }
+  double number = 0;
+  const auto [end, problem] =
+      std::from_chars(decimal.data(), decimal.data() + decimal.size(), number);
+  if (problem == std::errc::result_out_of_range) {
+    number = out_of_range(decimal);
+  }
+  return single_precision(negative ? -number : number);
+}
+
+float single_precision(double number) {
+  constexpr double kLargest = std::numeric_limits<float>::max();
+  if (std::isnan(number)) {
+    return std::numeric_limits<float>::quiet_NaN();
+  }
+  return static_cast<float>(std::clamp(number, -kLargest, kLargest));
+}
+
+std::string text_of_real(double real) {
+  char buffer[64];
+  const auto [end, problem] = std::to_chars(buffer, buffer + sizeof buffer, real);
+  return {buffer, end};
+}
+
+}  // namespace quoll::foundation

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quoll::foundation {
+
+/// The root of everything that a `Value` can hold besides plain data: records, URLs, images.
+///
+/// Objects are held by `std::shared_ptr`, have an identity and are never copied. What a class says
+/// about its threads stands with the class.
+class Object {
+ public:
+  Object() = default;
+  Object(const Object&) = delete;
+  Object& operator=(const Object&) = delete;
+  virtual ~Object() = default;
+
+  /// The class's name as the system spells it, for instance "ExtensionMessage".
+  [[nodiscard]] virtual std::string_view class_name() const = 0;
+
+  /// `description`: what `%@` prints for this object.
+  [[nodiscard]] virtual std::string description() const = 0;
+
+  /// `isEqual:`. Identity unless a class says otherwise; null is equal to no object.
+  [[nodiscard]] virtual bool isEqual(const Object* other) const { return this == other; }
+};
+
+}  // namespace quoll::foundation

@@ -1,0 +1,322 @@
+#include "quoll/foundation/value.h"
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+
+#include "quoll/foundation/collections.h"
+#include "quoll/foundation/exception.h"
+#include "quoll/foundation/number_text.h"
+
+namespace quoll::foundation {
+
+namespace {
+
+/// Deeper than this, what is inside is printed as "...": a list may hold itself.
+constexpr int kPrintedDepth = 64;
+
+void print(const Value& value, int depth, std::string& out);
+
+void print_date(const Date& date, std::string& out) {
+  constexpr double kLast = 253402300799.0;   // 9999-12-31 23:59:59
+  constexpr double kFirst = -62135596800.0;  // 0001-01-01 00:00:00
+  if (!(date.seconds_since_1970 >= kFirst && date.seconds_since_1970 <= kLast + 1)) {
+    out += text_of_real(date.seconds_since_1970);
+    return;
+  }
+  const auto seconds = static_cast<std::int64_t>(std::floor(date.seconds_since_1970));
+  const std::chrono::sys_seconds moment{std::chrono::seconds(seconds)};
+  const auto day = std::chrono::floor<std::chrono::days>(moment);
+  const std::chrono::year_month_day calendar(day);
+  const std::chrono::hh_mm_ss clock(moment - day);
+  char buffer[64];
+  std::snprintf(buffer, sizeof buffer, "%04d-%02u-%02u %02d:%02d:%02d +0000",
+                static_cast<int>(calendar.year()), static_cast<unsigned>(calendar.month()),
+                static_cast<unsigned>(calendar.day()), static_cast<int>(clock.hours().count()),
+                static_cast<int>(clock.minutes().count()),
+                static_cast<int>(clock.seconds().count()));
+  out += buffer;
+}
+
+void print_bytes(const Bytes& bytes, std::string& out) {
+  constexpr std::size_t kShown = 24;
+  out += "{length = " + std::to_string(bytes.size()) + ", bytes = 0x";
+  for (std::size_t i = 0; i < std::min(bytes.size(), kShown); ++i) {
+    char digits[3];
+    std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned>(bytes[i]));
+    out += digits;
+  }
+  out += bytes.size() > kShown ? "...}" : "}";
+}
+
+void indent(int depth, std::string& out) {
+  out.append(static_cast<std::size_t>(depth) * 4, ' ');
+}
+
+void print_list(const List& list, int depth, std::string& out) {
+  out += "(\n";
+  const char* separator = "";
+  for (const Value& element : list) {
+    out += separator;
+    separator = ",\n";
+    indent(depth + 1, out);
+    print(element, depth + 1, out);
+  }
+  out += list.empty() ? "" : "\n";
+  indent(depth, out);
+  out += ")";
+}
+
+void print_dictionary(const Dictionary& dictionary, int depth, std::string& out) {
+  out += "{\n";
+  for (const Dictionary::Entry& entry : dictionary) {
+    indent(depth + 1, out);
+    out += entry.key + " = ";
+    print(entry.value, depth + 1, out);
+    out += ";\n";
+  }
+  indent(depth, out);
+  out += "}";
+}
+
+void print(const Value& value, int depth, std::string& out) {
+  if (depth > kPrintedDepth) {
+    out += "...";
+  } else if (const std::string* text = value.text()) {
+    out += *text;
+  } else if (const bool* boolean = value.boolean()) {
+    out += *boolean ? "1" : "0";
+  } else if (const std::int64_t* integer = value.integer()) {
+    out += std::to_string(*integer);
+  } else if (const double* real = value.real()) {
+    out += text_of_real(*real);
+  } else if (const Date* date = value.date()) {
+    print_date(*date, out);
+  } else if (const Bytes* bytes = value.bytes()) {
+    print_bytes(*bytes, out);
+  } else if (const auto list = value.as_list()) {
+    print_list(*list, depth, out);
+  } else if (const auto dictionary = value.as_dictionary()) {
+    print_dictionary(*dictionary, depth, out);
+  } else if (const auto object = value.object()) {
+    out += object->description();
+  } else {
+    out += "(null)";
+  }
+}
+
+std::int64_t integer_of(double real) {
+  if (std::isnan(real)) {
+    return 0;
+  }
+  // 2^63 is the first real that does not fit; -2^63 is the last that does.
+  constexpr double kLimit = 9223372036854775808.0;
+  if (real >= kLimit) {
+    return std::numeric_limits<std::int64_t>::max();
+  }
+  if (real <= -kLimit) {
+    return std::numeric_limits<std::int64_t>::min();
+  }
+  return static_cast<std::int64_t>(real);
+}
+
+/// The number that a boolean, an integer or a real stands for; false when the value is none.
+bool number_of(const Value& value, double& number) {
+  if (const bool* boolean = value.boolean()) {
+    number = *boolean ? 1 : 0;
+  } else if (const std::int64_t* integer = value.integer()) {
+    number = static_cast<double>(*integer);
+  } else if (const double* real = value.real()) {
+    number = *real;
+  } else {
+    return false;
+  }
+  return true;
+}
+
+template <typename T>
+bool same_content(const T& a, const T& b) {
+  return a == b || (a && b && *a == *b);
+}
+
+}  // namespace
+
+Value::Value(std::string text)
+    : held_(std::in_place_type<SharedText>, std::make_shared<const std::string>(std::move(text))) {}
+
+Value::Value(Bytes bytes)
+    : held_(std::in_place_type<SharedBytes>, std::make_shared<const Bytes>(std::move(bytes))) {}
+
+Value::Value(std::shared_ptr<List> list) {
+  if (list) {
+    held_.emplace<std::shared_ptr<List>>(std::move(list));
+  }
+}
+
+Value::Value(std::shared_ptr<Dictionary> dictionary) {
+  if (dictionary) {
+    held_.emplace<std::shared_ptr<Dictionary>>(std::move(dictionary));
+  }
+}
+
+const std::string* Value::text() const {
+  const auto* text = std::get_if<SharedText>(&held_);
+  return text == nullptr ? nullptr : text->get();
+}
+
+const Bytes* Value::bytes() const {
+  const auto* bytes = std::get_if<SharedBytes>(&held_);
+  return bytes == nullptr ? nullptr : bytes->get();
+}
+
+std::shared_ptr<List> Value::as_list() const {
+  const auto* list = std::get_if<std::shared_ptr<List>>(&held_);
+  return list == nullptr ? nullptr : *list;
+}
+
+std::shared_ptr<Dictionary> Value::as_dictionary() const {
+  const auto* dictionary = std::get_if<std::shared_ptr<Dictionary>>(&held_);
+  return dictionary == nullptr ? nullptr : *dictionary;
+}
+
+std::shared_ptr<Object> Value::object() const {
+  const auto* object = std::get_if<std::shared_ptr<Object>>(&held_);
+  return object == nullptr ? nullptr : *object;
+}
+
+std::size_t Value::length() const {
+  if (const std::string* held = text()) {
+    return held->size();
+  }
+  if (const Bytes* held = bytes()) {
+    return held->size();
+  }
+  if (!is_null()) {
+    raise_wrong_kind("length");
+  }
+  return 0;
+}
+
+std::int64_t Value::integerValue() const {
+  if (const std::int64_t* held = integer()) {
+    return *held;
+  }
+  if (const std::string* held = text()) {
+    return integer_of_text(*held);
+  }
+  double number = 0;
+  if (!number_of(*this, number) && !is_null()) {
+    raise_wrong_kind("integerValue");
+  }
+  return integer_of(number);
+}
+
+bool Value::boolValue() const {
+  if (const std::string* held = text()) {
+    return boolean_of_text(*held);
+  }
+  double number = 0;
+  if (!number_of(*this, number) && !is_null()) {
+    raise_wrong_kind("boolValue");
+  }
+  return number != 0;
+}
+
+float Value::floatValue() const {
+  if (const std::string* held = text()) {
+    return float_of_text(*held);
+  }
+  double number = 0;
+  if (!number_of(*this, number) && !is_null()) {
+    raise_wrong_kind("floatValue");
+  }
+  return single_precision(number);
+}
+
+const std::string* Value::string() const {
+  const std::string* held = text();
+  if (held == nullptr && !is_null()) {
+    raise_wrong_kind("a text's operation");
+  }
+  return held;
+}
+
+bool Value::isEqualToString(const Value& other) const {
+  const std::string* mine = string();
+  const std::string* theirs = other.text();
+  return mine != nullptr && theirs != nullptr && *mine == *theirs;
+}
+
+Value Value::objectForKey(std::string_view key) const {
+  if (const auto dictionary = as_dictionary()) {
+    return dictionary->objectForKey(key);
+  }
+  if (!is_null()) {
+    raise_wrong_kind("objectForKey:");
+  }
+  return {};
+}
+
+std::vector<Value> Value::list() const {
+  std::vector<Value> elements;
+  if (const auto list = as_list()) {
+    elements.assign(list->begin(), list->end());
+  } else if (const auto dictionary = as_dictionary()) {
+    for (const Dictionary::Entry& entry : *dictionary) {
+      elements.emplace_back(entry.key);
+    }
+  } else if (!is_null()) {
+    raise_wrong_kind("enumeration");
+  }
+  return elements;
+}
+
+std::string Value::description() const {
+  std::string out;
+  print(*this, 0, out);
+  return out;
+}
+
+std::string_view Value::kind() const {
+  constexpr std::string_view kKinds[] = {"null",   "a boolean", "an integer",
+                                         "a real", "a date",    "a text",
+                                         "bytes",  "a list",    "a dictionary"};
+  const auto held = object();
+  return held ? held->class_name() : kKinds[held_.index()];
+}
+
+void Value::raise_wrong_kind(std::string_view operation) const {
+  raise_invalid_argument(std::string(operation) + " was asked of " + std::string(kind()));
+}
+
+bool operator==(const Value& a, const Value& b) {
+  if (a.integer() != nullptr && b.integer() != nullptr) {
+    return *a.integer() == *b.integer();
+  }
+  double first = 0;
+  double second = 0;
+  if (number_of(a, first) && number_of(b, second)) {
+    return first == second;
+  }
+  if (a.held_.index() != b.held_.index()) {
+    return false;
+  }
+  return std::visit(
+      [&](const auto& mine) {
+        using T = std::decay_t<decltype(mine)>;
+        const auto& theirs = std::get<T>(b.held_);
+        if constexpr (std::is_same_v<T, std::shared_ptr<Object>>) {
+          return mine->isEqual(theirs.get());
+        } else if constexpr (requires { *mine; }) {
+          return same_content(mine, theirs);
+        } else {
+          return mine == theirs;
+        }
+      },
+      a.held_);
+}
+
+}  // namespace quoll::foundation

@@ -1,0 +1,148 @@
+#include "quoll/foundation/text.h"
+
+#include <gtest/gtest.h>
+
+#include "quoll/foundation/error.h"
+#include "quoll/foundation/exception.h"
+#include "quoll/foundation/format.h"
+
+namespace quoll::foundation {
+namespace {
+
+TEST(Substring, AnswersThePiece) {
+  EXPECT_EQ(substring("abcdef", {1, 3}), "bcd");
+  EXPECT_EQ(substring("abc", {3, 0}), "");
+  EXPECT_EQ(substring("abc", {0, 3}), "abc");
+}
+
+TEST(Substring, RaisesOutsideTheText) {
+  for (const Range range : {Range{0, 4}, Range{3, 1}, Range{4, 0}, Range{1, -1}}) {
+    try {
+      static_cast<void>(substring("abc", range));
+      ADD_FAILURE() << range.location << " " << range.length;
+    } catch (const NSException& exception) {
+      EXPECT_EQ(exception.name(), "NSRangeException");
+      EXPECT_FALSE(exception.reason().empty());
+    }
+  }
+}
+
+TEST(Trim, DropsEverySortOfWhiteSpaceAtBothEnds) {
+  const char* const kWhite[] = {"\t",           "\n",           "\v",
+                                "\f",           "\r",           " ",
+                                "\xC2\x85",     "\xC2\xA0",     "\xE1\x9A\x80",
+                                "\xE2\x80\x80", "\xE2\x80\x8A", "\xE2\x80\xA8",
+                                "\xE2\x80\xA9", "\xE2\x80\xAF", "\xE2\x81\x9F",
+                                "\xE3\x80\x80"};
+  for (const std::string white : kWhite) {
+    EXPECT_EQ(trim(white + "a" + white + "b" + white), "a" + white + "b");
+    EXPECT_EQ(trim(white + white), "");
+  }
+}
+
+TEST(Trim, KeepsWhatIsNoWhiteSpace) {
+  // U+200B (zero width space), U+FEFF, U+001F, U+180E, and bytes that are no characters.
+  for (const std::string kept : {"\xE2\x80\x8B", "\xEF\xBB\xBF", "\x1F", "\xE1\xA0\x8E", "\xA0",
+                                 "\x85", "\xC2", "\xE2\x80", "\x08", "\x0E", "\xE2\x80\xB0"}) {
+    EXPECT_EQ(trim(kept), kept);
+    EXPECT_EQ(trim(" " + kept + " "), kept);
+  }
+  EXPECT_EQ(trim(""), "");
+}
+
+TEST(IsUtf8, AcceptsWellFormedText) {
+  for (const std::string_view text :
+       {"", "plain", "\x7F", "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEE\x80\x80",
+        "\xEF\xBF\xBF", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF",
+        "longer than eight bytes and then \xC3\xA9 and more"}) {
+    EXPECT_TRUE(is_utf8(text)) << text;
+  }
+}
+
+TEST(IsUtf8, RefusesEverythingElse) {
+  struct Case {
+    const char* reason;
+    std::string_view bytes;
+  };
+  constexpr Case kCases[] = {
+      {"a continuation alone", "\x80"},
+      {"cut after the first of two", "\xC3"},
+      {"cut after the second of three", "\xE2\x82"},
+      {"cut after the third of four", "\xF0\x9F\x98"},
+      {"overlong of two", "\xC0\xAF"},
+      {"overlong of two", "\xC1\xBF"},
+      {"overlong of three", "\xE0\x9F\xBF"},
+      {"overlong of four", "\xF0\x8F\xBF\xBF"},
+      {"first surrogate", "\xED\xA0\x80"},
+      {"last surrogate", "\xED\xBF\xBF"},
+      {"above the last character", "\xF4\x90\x80\x80"},
+      {"a lead that leads nothing", "\xF5\x80\x80\x80"},
+      {"never a byte of text", "\xFF"},
+      {"a letter where a continuation is wanted", "\xC3(\xC3\xA9"},
+      {"a bad third byte", "\xE2\x82("},
+      {"a bad fourth byte", "\xF0\x9F\x98("},
+      {"behind eight good bytes", "12345678\xFF"},
+      {"inside the first eight",
+       "123\xFF"
+       "5678"},
+  };
+  for (const Case& row : kCases) {
+    EXPECT_FALSE(is_utf8(row.bytes)) << row.reason;
+  }
+}
+
+TEST(Utf8WithEscapes, EscapesBadBytesOnly) {
+  EXPECT_EQ(utf8_with_escapes("r\xC3\xA9sum\xE9.txt"), "r\xC3\xA9sum%E9.txt");
+  EXPECT_EQ(utf8_with_escapes("\xFF\xFE"), "%FF%FE");
+  EXPECT_EQ(utf8_with_escapes("100%"), "100%");
+  EXPECT_EQ(utf8_with_escapes("\xE2\x82"), "%E2%82");
+  EXPECT_EQ(utf8_with_escapes(""), "");
+}
+
+TEST(Format, FillsTheSlotsInOrder) {
+  EXPECT_EQ(format("%@ and %@", "a", std::string("b")), "a and b");
+  EXPECT_EQ(format("%@_%lu", "photo", 12), "photo_12");
+  EXPECT_EQ(format("%i", std::int64_t{-3}), "-3");
+  EXPECT_EQ(format("%@", "%@"), "%@") << "what is filled in is not looked at again";
+  EXPECT_EQ(format("100% %@ %", "x"), "100% x %") << "a lone percent sign stays";
+  EXPECT_EQ(format("%@ %@", "a"), "a %@") << "a slot without a text stays";
+  EXPECT_EQ(format("%@", std::optional<std::string>()), "(null)");
+  EXPECT_EQ(format("%@", Value()), "(null)");
+  EXPECT_EQ(format("%@", std::shared_ptr<Object>()), "(null)");
+}
+
+TEST(ErrorText, NamesDomainCodeAndDetails) {
+  EXPECT_EQ((Error{"D", 7, "", {}}.description()), "Error Domain=D Code=7");
+  EXPECT_EQ((Error{"D", 7, "Why.", {{"A", "1"}, {"B", "2"}}}.description()),
+            "Error Domain=D Code=7 \"Why.\" UserInfo={A=1, B=2}");
+  EXPECT_EQ(file_error(ENOENT, "/x/a.txt", true).description(),
+            "Error Domain=NSCocoaErrorDomain Code=4 \"“a.txt” doesn’t exist.\" "
+            "UserInfo={NSFilePath=/x/a.txt, NSUnderlyingError={Error Domain=NSPOSIXErrorDomain "
+            "Code=2 \"No such file or directory\"}}");
+}
+
+TEST(FileError, TellsTheKindsOfFailureApart) {
+  struct Case {
+    int number;
+    bool writing;
+    int code;
+  };
+  constexpr Case kCases[] = {
+      {ENOENT, true, 4},    {ENOENT, false, 260}, {ENOTDIR, true, 4},  {EACCES, true, 513},
+      {EACCES, false, 257}, {EPERM, true, 513},   {EEXIST, true, 516}, {ENOTEMPTY, true, 516},
+      {ENOSPC, true, 640},  {EDQUOT, true, 640},  {EROFS, true, 642},  {EIO, true, 512},
+      {EIO, false, 256},
+  };
+  for (const Case& row : kCases) {
+    const Error error = file_error(row.number, "/a", row.writing);
+    EXPECT_EQ(error.code, row.code) << row.number;
+    EXPECT_EQ(error.domain, "NSCocoaErrorDomain");
+    EXPECT_FALSE(error.text.empty());
+    ASSERT_NE(error.detail("NSFilePath"), nullptr);
+    EXPECT_EQ(*error.detail("NSFilePath"), "/a");
+    EXPECT_EQ(error.detail("NSOther"), nullptr);
+  }
+}
+
+}  // namespace
+}  // namespace quoll::foundation

@@ -1,0 +1,246 @@
+#include "quoll/foundation/value.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <thread>
+
+#include "quoll/foundation/collections.h"
+#include "quoll/foundation/exception.h"
+#include "quoll/foundation/monitor.h"
+#include "quoll/foundation/nsurl.h"
+#include "quoll/foundation/property.h"
+
+namespace quoll::foundation {
+namespace {
+
+const Value kText = "text";
+const Value kBytes = Bytes{1, 2};
+const Value kDate = Date{0};
+const Value kNull;
+
+Value list() {
+  return std::make_shared<List>();
+}
+Value dictionary() {
+  return std::make_shared<Dictionary>();
+}
+Value object() {
+  return NSURL::URLWithString("http://h");
+}
+
+template <typename Block>
+::testing::AssertionResult wrong_kind(const Block& block) {
+  try {
+    static_cast<void>(block());
+  } catch (const NSException& exception) {
+    if (exception.name() == "NSInvalidArgumentException") {
+      return ::testing::AssertionSuccess();
+    }
+  }
+  return ::testing::AssertionFailure() << "nothing was raised";
+}
+
+TEST(Value, HoldsEachKind) {
+  EXPECT_TRUE(kNull.is_null());
+  EXPECT_TRUE(Value(nullptr).is_null());
+  EXPECT_TRUE(Value(std::shared_ptr<List>()).is_null());
+  EXPECT_TRUE(Value(std::shared_ptr<Dictionary>()).is_null());
+  EXPECT_TRUE(Value(std::shared_ptr<NSURL>()).is_null());
+  EXPECT_TRUE(*Value(true).boolean());
+  EXPECT_EQ(*Value(7U).integer(), 7);
+  EXPECT_EQ(*Value(0.5F).real(), 0.5);
+  EXPECT_EQ(*kText.text(), "text");
+  EXPECT_EQ(Value("a pointer is no boolean").boolean(), nullptr);
+  EXPECT_EQ(kBytes.bytes()->size(), 2U);
+  EXPECT_EQ(kDate.date()->seconds_since_1970, 0);
+  EXPECT_NE(list().as_list(), nullptr);
+  EXPECT_NE(dictionary().as_dictionary(), nullptr);
+  EXPECT_NE(object().as<NSURL>(), nullptr);
+  EXPECT_EQ(kText.as<NSURL>(), nullptr);
+}
+
+TEST(Value, SharesWhatItHolds) {
+  const Value first = list();
+  const Value second = first;
+  second.as_list()->addObject(1);
+  EXPECT_EQ(first.as_list()->count(), 1U);
+}
+
+TEST(ValueLength, CountsBytes) {
+  EXPECT_EQ(Value("é").length(), 2U);
+  EXPECT_EQ(kBytes.length(), 2U);
+  EXPECT_EQ(kNull.length(), 0U);
+  for (const Value& other :
+       {Value(1), Value(true), Value(0.5), kDate, list(), dictionary(), object()}) {
+    EXPECT_TRUE(wrong_kind([&] { return other.length(); })) << other.kind();
+  }
+}
+
+TEST(ValueInteger, ReadsNumbersAndTexts) {
+  constexpr double kHuge = 1e300;
+  EXPECT_EQ(Value(3).integerValue(), 3);
+  EXPECT_EQ(Value(true).integerValue(), 1);
+  EXPECT_EQ(Value(2.9).integerValue(), 2) << "toward zero";
+  EXPECT_EQ(Value(-2.9).integerValue(), -2) << "toward zero";
+  EXPECT_EQ(Value(kHuge).integerValue(), std::numeric_limits<std::int64_t>::max());
+  EXPECT_EQ(Value(-kHuge).integerValue(), std::numeric_limits<std::int64_t>::min());
+  EXPECT_EQ(Value(9223372036854775808.0).integerValue(), std::numeric_limits<std::int64_t>::max());
+  EXPECT_EQ(Value(-9223372036854775808.0).integerValue(), std::numeric_limits<std::int64_t>::min());
+  EXPECT_EQ(Value(std::nan("")).integerValue(), 0);
+  EXPECT_EQ(Value(" 12x").integerValue(), 12);
+  EXPECT_EQ(kNull.integerValue(), 0);
+  for (const Value& other : {kBytes, kDate, list(), dictionary(), object()}) {
+    EXPECT_TRUE(wrong_kind([&] { return other.integerValue(); })) << other.kind();
+  }
+}
+
+TEST(ValueBool, ReadsNumbersAndTexts) {
+  EXPECT_TRUE(Value(true).boolValue());
+  EXPECT_TRUE(Value(-1).boolValue());
+  EXPECT_TRUE(Value(0.5).boolValue()) << "a real is true when it is not 0";
+  EXPECT_TRUE(Value("Yes").boolValue());
+  EXPECT_FALSE(Value("0.5").boolValue());
+  EXPECT_FALSE(Value(0).boolValue());
+  EXPECT_FALSE(Value("").boolValue());
+  EXPECT_FALSE(kNull.boolValue());
+  for (const Value& other : {kBytes, kDate, list(), dictionary(), object()}) {
+    EXPECT_TRUE(wrong_kind([&] { return other.boolValue(); })) << other.kind();
+  }
+}
+
+TEST(ValueFloat, ReadsNumbersAndTexts) {
+  EXPECT_EQ(Value(1699999999).floatValue(), 1700000000.0F);
+  EXPECT_EQ(Value("0.5").floatValue(), 0.5F);
+  EXPECT_EQ(kNull.floatValue(), 0.0F);
+  EXPECT_TRUE(wrong_kind([] { return kDate.floatValue(); }));
+}
+
+TEST(ValueString, IsATextOrNothing) {
+  EXPECT_EQ(*kText.string(), "text");
+  EXPECT_EQ(kNull.string(), nullptr);
+  EXPECT_TRUE(wrong_kind([] { return Value(1).string(); }));
+}
+
+TEST(ValueIsEqualToString, AsksTheReceiver) {
+  EXPECT_TRUE(kText.isEqualToString("text"));
+  EXPECT_FALSE(kText.isEqualToString("Text"));
+  EXPECT_FALSE(kText.isEqualToString(kNull));
+  EXPECT_FALSE(kText.isEqualToString(1));
+  EXPECT_FALSE(kNull.isEqualToString(kNull)) << "null answers nothing";
+  EXPECT_TRUE(wrong_kind([] { return Value(1).isEqualToString(1); }));
+}
+
+TEST(ValueObjectForKey, AsksDictionariesOnly) {
+  const Value holder = std::make_shared<Dictionary>(Dictionary{{"a", 1}});
+  EXPECT_EQ(*holder.objectForKey("a").integer(), 1);
+  EXPECT_TRUE(holder.objectForKey("b").is_null());
+  EXPECT_TRUE(kNull.objectForKey("a").is_null());
+  for (const Value& other : {kText, Value(1), kDate, kBytes, list(), object()}) {
+    EXPECT_TRUE(wrong_kind([&] { return other.objectForKey("a"); })) << other.kind();
+  }
+}
+
+TEST(ValueList, WalksListsAndTheKeysOfDictionaries) {
+  const Value holder = std::make_shared<List>(List{Value(1), Value("b")});
+  EXPECT_EQ(holder.list(), (std::vector<Value>{1, "b"}));
+  const Value keys = std::make_shared<Dictionary>(Dictionary{{"x", 1}, {"y", 2}});
+  EXPECT_EQ(keys.list(), (std::vector<Value>{"x", "y"}));
+  EXPECT_TRUE(kNull.list().empty());
+  for (const Value& other : {kText, Value(1), kDate, kBytes, object()}) {
+    EXPECT_TRUE(wrong_kind([&] { return other.list(); })) << other.kind();
+  }
+}
+
+TEST(ValueDescription, PrintsEachKind) {
+  struct Case {
+    Value value;
+    const char* expected;
+  };
+  const Case cases[] = {
+      {kNull, "(null)"},
+      {true, "1"},
+      {false, "0"},
+      {-12, "-12"},
+      {0.5, "0.5"},
+      {1.0, "1"},
+      {1e20, "1e+20"},
+      {"a", "a"},
+      {Date{1709806500}, "2024-03-07 10:15:00 +0000"},
+      {Date{-1}, "1969-12-31 23:59:59 +0000"},
+      {Date{-0.5}, "1969-12-31 23:59:59 +0000"},
+      {Date{-62135596800}, "0001-01-01 00:00:00 +0000"},
+      {Date{253402300799.5}, "9999-12-31 23:59:59 +0000"},
+      {Date{1e300}, "1e+300"},
+      {object(), "http://h"},
+      {std::make_shared<List>(), "(\n)"},
+      {std::make_shared<List>(List{Value("a"), Value(1)}), "(\n    a,\n    1\n)"},
+      {std::make_shared<List>(List{Value(std::make_shared<List>(List{Value("a")}))}),
+       "(\n    (\n        a\n    )\n)"},
+      {std::make_shared<Dictionary>(Dictionary{{"k", "v"}}), "{\n    k = v;\n}"},
+      {Bytes{0x0F, 0xA0}, "{length = 2, bytes = 0x0fa0}"},
+  };
+  for (const Case& row : cases) {
+    EXPECT_EQ(row.value.description(), row.expected);
+  }
+}
+
+TEST(ValueDescription, EndsForAListThatHoldsItself) {
+  const auto self = std::make_shared<List>();
+  self->addObject(self);
+  EXPECT_NE(Value(self).description().find("..."), std::string::npos);
+  *self = List();  // or it would keep itself alive
+}
+
+TEST(ValueEquality, IsByContent) {
+  EXPECT_EQ(Value(1), Value(1.0));
+  EXPECT_EQ(Value(true), Value(1));
+  EXPECT_FALSE(Value(1) == Value("1"));
+  EXPECT_EQ(kText, Value("text"));
+  EXPECT_FALSE(kText == Value("other"));
+  EXPECT_EQ(kNull, Value(nullptr));
+  EXPECT_FALSE(kNull == Value(0));
+  EXPECT_EQ(kBytes, Value(Bytes{1, 2}));
+  EXPECT_FALSE(kBytes == Value(Bytes{1, 3}));
+  EXPECT_EQ(kDate, Value(Date{0}));
+  EXPECT_FALSE(kDate == Value(Date{1}));
+  EXPECT_EQ(object(), object());
+  EXPECT_EQ(Value(std::make_shared<List>(List{Value(1)})),
+            Value(std::make_shared<List>(List{Value(1)})));
+  EXPECT_FALSE(list() == dictionary());
+  constexpr std::int64_t kLarge = (std::int64_t{1} << 53) + 1;
+  EXPECT_FALSE(Value(kLarge) == Value(kLarge - 1)) << "integers are not compared as reals";
+}
+
+TEST(Property, ReadsWhatWasSetFromAnyThread) {
+  Property<Value> text;
+  Property<std::int64_t> number;
+  EXPECT_TRUE(text().is_null());
+  EXPECT_EQ(number(), 0);
+  std::thread writer([&] {
+    for (int i = 0; i < 10000; ++i) {
+      text = i % 2 == 0 ? Value("even") : Value("odd");
+      number = i;
+    }
+  });
+  for (int i = 0; i < 10000; ++i) {
+    const Value seen = text();
+    EXPECT_TRUE(seen.is_null() || *seen.text() == "even" || *seen.text() == "odd");
+    EXPECT_GE(number(), 0);
+  }
+  writer.join();
+  EXPECT_EQ(*text().text(), "odd");
+  EXPECT_EQ(number(), 9999);
+}
+
+TEST(Monitor, LetsTheSameThreadInAgain) {
+  struct Locked : Monitor {};
+  const Locked locked;
+  const auto outer = locked.synchronized();
+  const auto inner = locked.synchronized();
+  EXPECT_TRUE(inner.owns_lock());
+}
+
+}  // namespace
+}  // namespace quoll::foundation
