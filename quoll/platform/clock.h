@@ -1,0 +1,20 @@
+#pragma once
+
+namespace quoll::platform {
+
+/// The passing of time, so that a test can hold it.
+class Clock {
+ public:
+  Clock() = default;
+  Clock(const Clock&) = delete;
+  Clock& operator=(const Clock&) = delete;
+  virtual ~Clock() = default;
+
+  /// `sleepForTimeInterval:`: lets the calling thread wait that many seconds.
+  virtual void sleep(double seconds) = 0;
+};
+
+/// Sleeps by the installed clock.
+void sleep_for_time_interval(double seconds);
+
+}  // namespace quoll::platform

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "quoll/foundation/error.h"
+#include "quoll/foundation/nsurl.h"
+
+namespace quoll::platform {
+
+/// `NSFileCoordinatorWritingForDeleting`: the writer may delete or replace the item.
+inline constexpr unsigned NSFileCoordinatorWritingForDeleting = 1;
+
+/// Keeps programs, and threads of one program, apart while they work on shared files. One object
+/// serves one operation and belongs to one thread.
+class NSFileCoordinator {
+ public:
+  NSFileCoordinator() = default;
+  NSFileCoordinator(const NSFileCoordinator&) = delete;
+  NSFileCoordinator& operator=(const NSFileCoordinator&) = delete;
+  virtual ~NSFileCoordinator() = default;
+
+  /// `initWithFilePresenter:` without a presenter; never null.
+  [[nodiscard]] static std::unique_ptr<NSFileCoordinator> create();
+
+  /// `coordinateWritingItemAtURL:options:error:byAccessor:`. Waits until the access is granted,
+  /// then runs the accessor on this thread, with the location to use, and returns when it has
+  /// returned; what it throws passes through. With `NSFileCoordinatorWritingForDeleting` it
+  /// excludes every other access to the item and to all inside it, and deleting writers of each
+  /// folder above it. When the access cannot be had (a null URL, no container) the error is set and
+  /// the accessor does not run.
+  virtual void coordinateWritingItemAtURL(
+      const std::shared_ptr<foundation::NSURL>& url, unsigned options,
+      std::optional<foundation::Error>& error,
+      const std::function<void(const std::shared_ptr<foundation::NSURL>&)>& accessor) = 0;
+};
+
+}  // namespace quoll::platform

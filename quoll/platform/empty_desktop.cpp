@@ -1,0 +1,134 @@
+#include <cerrno>
+
+#include "quoll/foundation/error.h"
+#include "quoll/platform/desktop.h"
+
+namespace quoll::platform {
+
+namespace {
+
+using foundation::Bytes;
+using foundation::Error;
+using foundation::NSURL;
+
+Error no_such_file(std::string_view path, bool writing) {
+  return foundation::file_error(ENOENT, path, writing);
+}
+
+class NoBundle final : public NSBundle {
+ public:
+  std::shared_ptr<foundation::Dictionary> infoDictionary() const override {
+    return std::make_shared<foundation::Dictionary>();
+  }
+  std::string localizedStringForKey(std::string_view key, std::string_view value) const override {
+    return std::string(value.empty() ? key : value);
+  }
+};
+
+class NoFiles final : public NSFileManager {
+ public:
+  std::shared_ptr<NSURL> containerURLForSecurityApplicationGroupIdentifier(
+      std::string_view /*group*/) override {
+    return nullptr;
+  }
+  bool removeItemAtURL(const std::shared_ptr<NSURL>& url, std::optional<Error>& error) override {
+    return fail(url, error);
+  }
+  bool createDirectoryAtURL(const std::shared_ptr<NSURL>& url,
+                            std::optional<Error>& error) override {
+    return fail(url, error);
+  }
+  bool copyItemAtPath(std::string_view source, std::string_view /*destination*/,
+                      std::optional<Error>& error) override {
+    error = no_such_file(source, true);
+    return false;
+  }
+  bool fileExistsAtPath(std::string_view /*path*/, bool* /*is_directory*/) override {
+    return false;
+  }
+  std::optional<std::vector<std::string>> contentsOfDirectoryAtPath(
+      std::string_view /*path*/) override {
+    return std::nullopt;
+  }
+  std::optional<Bytes> contentsAtPath(std::string_view path, std::optional<Error>& error) override {
+    error = no_such_file(path, false);
+    return std::nullopt;
+  }
+  bool writeToFile(const Bytes& /*data*/, std::string_view path, unsigned /*options*/,
+                   std::optional<Error>& error) override {
+    error = no_such_file(path, true);
+    return false;
+  }
+  std::string currentDirectoryPath() override { return {}; }
+
+ private:
+  static bool fail(const std::shared_ptr<NSURL>& url, std::optional<Error>& error) {
+    error = no_such_file(url ? url->file_system_path().value_or("") : "", true);
+    return false;
+  }
+};
+
+class NoCoordinator final : public NSFileCoordinator {
+ public:
+  void coordinateWritingItemAtURL(
+      const std::shared_ptr<NSURL>& url, unsigned /*options*/, std::optional<Error>& error,
+      const std::function<void(const std::shared_ptr<NSURL>&)>& /*accessor*/) override {
+    error = no_such_file(url ? url->file_system_path().value_or("") : "", true);
+  }
+};
+
+class NoWorkspace final : public NSWorkspace {
+ public:
+  bool openURLs(const std::vector<std::shared_ptr<NSURL>>& /*urls*/,
+                std::string_view /*application*/, unsigned /*options*/) override {
+    return false;
+  }
+};
+
+class NoLog final : public Log {
+ public:
+  void line(std::string_view /*text*/) override {}
+};
+
+class NoQueue final : public Queue {
+ public:
+  void async(QueuePriority /*priority*/, std::function<void()> /*block*/) override {}
+};
+
+class NoClock final : public Clock {
+ public:
+  void sleep(double /*seconds*/) override {}
+};
+
+class NoImages final : public Images {
+ public:
+  std::optional<Size> size(const Bytes& /*file*/) override { return std::nullopt; }
+  std::optional<Bytes> convert(const Bytes& /*file*/, BitmapImageFileType /*type*/) override {
+    return std::nullopt;
+  }
+};
+
+class NoStyledText final : public StyledText {
+ public:
+  std::shared_ptr<NSAttributedString> from_html(std::string_view /*html*/) override {
+    return nullptr;
+  }
+  std::optional<Bytes> to_html(const NSAttributedString& /*text*/) override { return std::nullopt; }
+};
+
+}  // namespace
+
+Desktop empty_desktop() {
+  return {.bundle = std::make_shared<NoBundle>(),
+          .files = std::make_shared<NoFiles>(),
+          .coordinator = [] { return std::make_unique<NoCoordinator>(); },
+          .workspace = std::make_shared<NoWorkspace>(),
+          .notifications = make_notification_center(),
+          .log = std::make_shared<NoLog>(),
+          .queue = std::make_shared<NoQueue>(),
+          .clock = std::make_shared<NoClock>(),
+          .images = std::make_shared<NoImages>(),
+          .styled_text = std::make_shared<NoStyledText>()};
+}
+
+}  // namespace quoll::platform
