@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "quoll/foundation/nsurl.h"
+#include "quoll/message/extension_message.h"
+
+namespace quoll {
+
+// Command words: the host part of a command URL.
+inline constexpr std::string_view commandArchive = "archive";
+inline constexpr std::string_view commandDelete = "delete";
+inline constexpr std::string_view commandReply = "reply";
+inline constexpr std::string_view commandMessage = "message";
+inline constexpr std::string_view commandCompose = "compose";
+inline constexpr std::string_view commandSend = "send";
+inline constexpr std::string_view commandOpen = "open";
+
+// Bundle identifiers of the mail application's editions.
+inline constexpr std::string_view it_vorlent_quoll = "it.vorlent.quoll";
+inline constexpr std::string_view it_vorlent_quoll_beta8 = "it.vorlent.quoll.beta8";
+inline constexpr std::string_view it_vorlent_quoll_beta10 = "it.vorlent.quoll.beta10";
+inline constexpr std::string_view it_vorlent_quoll_beta11 = "it.vorlent.quoll.beta11";
+inline constexpr std::string_view it_vorlent_quoll_2 = "it.vorlent.quoll2";
+inline constexpr std::string_view it_vorlent_quoll_pro = "it.vorlent.quoll.pro";
+
+/// The notification that `LaunchCommandForMessages` posts for each message. Its object is a
+/// dictionary: "message" the record, "command" the command word.
+inline constexpr std::string_view ACTION_CALLED_EXTENSION = "ACTION_CALLED_EXTENSION";
+
+namespace ExtensionUtilities {
+
+/// `LaunchCommands:background:`: opens the command URLs with the mail application's edition that
+/// the running bundle belongs to, bringing it to the front unless `background` is set. False for an
+/// empty list and when the application did not take them. Any thread may call.
+bool LaunchCommands(const std::vector<std::shared_ptr<foundation::NSURL>>& urls, bool background);
+
+/// `LaunchCommandForMessages:commandName:background:`: one URL for each message, announced by
+/// `ACTION_CALLED_EXTENSION` on this thread before anything is opened, then all of them opened by
+/// `LaunchCommands`, whose answer this is. A message whose URL cannot be formed is left out. Raises
+/// when an account is neither null nor a text.
+bool LaunchCommandForMessages(const std::vector<std::shared_ptr<ExtensionMessage>>& messages,
+                              std::string_view commandName, bool background);
+
+}  // namespace ExtensionUtilities
+}  // namespace quoll

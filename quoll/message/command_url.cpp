@@ -1,0 +1,142 @@
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "quoll/foundation/exception.h"
+#include "quoll/foundation/format.h"
+#include "quoll/message/extension_message.h"
+#include "quoll/records/addressable.h"
+#include "quoll/requestutils/url_query.h"
+
+namespace quoll {
+
+namespace {
+
+using foundation::Dictionary;
+using foundation::List;
+using foundation::NSURL;
+using foundation::Value;
+
+constexpr std::string_view kAttachmentPrefix = "attachment_";
+
+struct TextKey {
+  std::string_view key;
+  ExtensionMessage::Text ExtensionMessage::*field;
+};
+
+/// The fields that travel as they are, in the order in which they are written.
+constexpr std::array text_keys{
+    TextKey{"plainBody", &ExtensionMessage::plainBody},
+    TextKey{"htmlBody", &ExtensionMessage::htmlBody},
+    TextKey{"subject", &ExtensionMessage::subject},
+    TextKey{"from", &ExtensionMessage::from},
+    TextKey{"account", &ExtensionMessage::account},
+};
+
+struct RecipientKey {
+  std::string_view key;
+  /// Written from this list ...
+  ExtensionMessage::MutableList ExtensionMessage::*list;
+  /// ... and read back into this text.
+  ExtensionMessage::Text ExtensionMessage::*text;
+};
+
+constexpr std::array recipient_keys{
+    RecipientKey{"bcc", &ExtensionMessage::bcc, &ExtensionMessage::bccString},
+    RecipientKey{"cc", &ExtensionMessage::cc, &ExtensionMessage::ccString},
+    RecipientKey{"to", &ExtensionMessage::to, &ExtensionMessage::toString},
+};
+
+Value address_of(const Value& recipient) {
+  const auto object = recipient.object();
+  const auto* addressable = dynamic_cast<const Addressable*>(object.get());
+  if (addressable == nullptr) {
+    foundation::raise_invalid_argument("mail was asked of " + std::string(recipient.kind()));
+  }
+  return addressable->address();
+}
+
+std::string joined(const std::shared_ptr<List>& recipients) {
+  std::string text;
+  for (const Value& recipient : Value(recipients).list()) {
+    text += foundation::format("%@;", address_of(recipient));
+  }
+  return text;
+}
+
+/// A path or a URL; whatever else stands among the attachments is left out.
+bool is_attachment(const Value& element) {
+  return element.text() != nullptr || element.as<NSURL>() != nullptr;
+}
+
+/// A URL without a path gives null, which no dictionary takes.
+Value attachment_path(const Value& attachment) {
+  const auto url = attachment.as<NSURL>();
+  if (!url) {
+    return attachment;
+  }
+  const auto path = url->path();
+  return path ? Value(*path) : Value();
+}
+
+void add_attachments(const std::shared_ptr<List>& attachments, Dictionary& parameters) {
+  std::size_t index = 0;
+  for (const Value& attachment : Value(attachments).list()) {
+    if (is_attachment(attachment)) {
+      parameters.setObject(attachment_path(attachment), foundation::format("attachment_%@", index));
+    }
+    ++index;
+  }
+}
+
+void read_parameter(ExtensionMessage& message, std::string_view key, const Value& value) {
+  for (const TextKey& known : text_keys) {
+    if (known.key == key) {
+      message.*known.field = value;
+      return;
+    }
+  }
+  for (const RecipientKey& known : recipient_keys) {
+    if (known.key == key) {
+      message.*known.text = value;
+      return;
+    }
+  }
+  if (key.starts_with(kAttachmentPrefix)) {
+    message.attachments()->addObject(value);
+  }
+}
+
+}  // namespace
+
+std::shared_ptr<NSURL> ExtensionMessage::queryUrl(std::string_view command) const {
+  // Load handlers that answer late still append while the URL is made.
+  const auto lock = synchronized();
+  Dictionary parameters;
+  for (const TextKey& known : text_keys) {
+    if (Value text = (this->*known.field)(); text.length() != 0) {
+      parameters.setObject(std::move(text), known.key);
+    }
+  }
+  for (const RecipientKey& known : recipient_keys) {
+    if (std::string text = joined((this->*known.list)()); !text.empty()) {
+      parameters.setObject(std::move(text), known.key);
+    }
+  }
+  add_attachments(attachments(), parameters);
+  return NSURL::URLWithString(foundation::format("quoll://%@?%@", command,
+                                                 RequestUtils::URLQueryWithParameters(parameters)));
+}
+
+std::shared_ptr<ExtensionMessage> ExtensionMessage::ExtensionMessageWithUrl(
+    const std::shared_ptr<NSURL>& url) {
+  auto message = make();
+  if (url) {
+    for (const auto& [key, value] : *RequestUtils::URLQueryParameters(url->absoluteString())) {
+      read_parameter(*message, key, value);
+    }
+  }
+  return message;
+}
+
+}  // namespace quoll

@@ -1,0 +1,188 @@
+#include "quoll/requestutils/url_query.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "quoll/foundation/exception.h"
+#include "quoll/foundation/percent.h"
+
+namespace quoll::RequestUtils {
+
+namespace {
+
+using foundation::Dictionary;
+using foundation::List;
+using foundation::Range;
+using foundation::Value;
+
+constexpr URLQueryOptions kModeMask = 7;
+
+URLQueryOptions mode_of(URLQueryOptions options, URLQueryOptions when_none) {
+  const URLQueryOptions mode = options & kModeMask;
+  return mode == 0 ? when_none : mode;
+}
+
+/// The text that is asked for its encoded form; only texts have one.
+const std::string& encodable(const Value& value) {
+  const std::string* text = value.string();
+  if (text == nullptr) {
+    foundation::raise_invalid_argument("null cannot stand in a query");
+  }
+  return *text;
+}
+
+/// A query string while it is composed.
+class Composition {
+ public:
+  void add(std::string_view encoded_key, bool in_brackets, const Value& value) {
+    const std::string& text = encodable(value);
+    if (!query_.empty()) {
+      query_ += '&';
+    }
+    query_.append(encoded_key).append(in_brackets ? "[]=" : "=");
+    foundation::percent_encode_append(query_, text);
+  }
+
+  [[nodiscard]] std::string take() { return std::move(query_); }
+
+ private:
+  std::string query_;
+};
+
+/// One query piece taken apart: what stands between the first "=" and the second is the value.
+struct Piece {
+  std::string_view key;
+  std::string_view value;
+};
+
+std::optional<Piece> split_piece(std::string_view piece) {
+  const std::size_t equals = piece.find('=');
+  if (equals == std::string_view::npos) {
+    return std::nullopt;
+  }
+  const std::string_view rest = piece.substr(equals + 1);
+  return Piece{piece.substr(0, equals), rest.substr(0, rest.find('='))};
+}
+
+/// A key or a value of a query. Storing what does not decode is a programming error.
+std::string decoded(std::string_view text) {
+  auto plain = URLDecodedString(text, true);
+  if (!plain) {
+    foundation::raise_invalid_argument("a query's key or value is not percent-encoded UTF-8");
+  }
+  return std::move(*plain);
+}
+
+Value list_of(Value first) {
+  return std::make_shared<List>(std::vector<Value>{std::move(first)});
+}
+
+void store(Dictionary& parameters, std::string_view key, bool bracketed, Value value,
+           URLQueryOptions mode) {
+  const Value* present = parameters.find(key);
+  if (present == nullptr) {
+    const bool as_list =
+        mode == URLQueryAlwaysArrays || (mode == URLQueryCollectValues && bracketed);
+    parameters.setObject(as_list ? list_of(std::move(value)) : std::move(value), key);
+  } else if (const auto list = present->as_list()) {
+    list->addObject(std::move(value));
+  } else if (mode == URLQueryKeepLastValue) {
+    parameters.setObject(std::move(value), key);
+  } else if (mode != URLQueryKeepFirstValue) {
+    const Value both = list_of(*present);
+    both.as_list()->addObject(std::move(value));
+    parameters.setObject(both, key);
+  }
+}
+
+}  // namespace
+
+std::string URLEncodedString(std::string_view text) {
+  return foundation::percent_encode(text);
+}
+
+std::optional<std::string> URLDecodedString(std::string_view text, bool plus_as_space) {
+  return foundation::percent_decode(
+      text, plus_as_space ? foundation::PlusSign::kSpace : foundation::PlusSign::kItself);
+}
+
+std::optional<Range> rangeOfURLQuery(std::string_view text) {
+  const std::size_t end = std::min(text.find('#'), text.size());
+  const std::size_t mark = text.find('?');
+  if (mark != std::string_view::npos) {
+    return Range{mark, static_cast<std::ptrdiff_t>(end) - static_cast<std::ptrdiff_t>(mark)};
+  }
+  if (text.substr(0, end).find('=') != std::string_view::npos) {
+    return Range{0, static_cast<std::ptrdiff_t>(end)};
+  }
+  return std::nullopt;
+}
+
+std::optional<std::string> URLQuery(std::string_view text) {
+  const auto range = rangeOfURLQuery(text);
+  if (!range) {
+    return std::nullopt;
+  }
+  std::string_view query = foundation::substring(text, *range);
+  if (query.starts_with('?')) {
+    query.remove_prefix(1);
+  }
+  return std::string(query);
+}
+
+std::string URLQueryWithParameters(const Dictionary& parameters, URLQueryOptions options) {
+  const URLQueryOptions mode = mode_of(options, URLQueryCollectValues);
+  const bool brackets = (options & URLQueryBracketArrayKeys) != 0;
+  const bool bracket_singles = mode == URLQueryAlwaysArrays && brackets;
+  Composition query;
+  for (const auto& [key, value] : parameters) {
+    const std::string encoded_key = URLEncodedString(key);
+    const auto list = value.as_list();
+    if (!list) {
+      query.add(encoded_key, bracket_singles, value);
+    } else if (mode == URLQueryKeepLastValue || mode == URLQueryKeepFirstValue) {
+      if (!list->empty()) {
+        const std::size_t index = mode == URLQueryKeepFirstValue ? 0 : list->count() - 1;
+        query.add(encoded_key, false, list->objectAtIndex(index));
+      }
+    } else {
+      for (const Value& element : *list) {
+        query.add(encoded_key, brackets, element);
+      }
+    }
+  }
+  return query.take();
+}
+
+std::shared_ptr<Dictionary> URLQueryParameters(std::string_view text) {
+  return URLQueryParametersWithOptions(text, 0);
+}
+
+std::shared_ptr<Dictionary> URLQueryParametersWithOptions(std::string_view text,
+                                                          URLQueryOptions options) {
+  const URLQueryOptions mode = mode_of(options, URLQueryKeepLastValue);
+  auto parameters = std::make_shared<Dictionary>();
+  const auto query = URLQuery(text);
+  if (!query) {
+    return parameters;
+  }
+  std::string_view rest = *query;
+  while (true) {
+    const std::size_t ampersand = rest.find('&');
+    if (const auto piece = split_piece(rest.substr(0, ampersand))) {
+      std::string key = decoded(piece->key);
+      std::string value = decoded(piece->value);
+      const bool bracketed = key.ends_with("[]");
+      if (bracketed) {
+        key.resize(key.size() - 2);
+      }
+      store(*parameters, key, bracketed, Value(std::move(value)), mode);
+    }
+    if (ampersand == std::string_view::npos) {
+      return parameters;
+    }
+    rest.remove_prefix(ampersand + 1);
+  }
+}
+
+}  // namespace quoll::RequestUtils
