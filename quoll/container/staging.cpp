@@ -1,0 +1,141 @@
+#include "quoll/container/staging.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "quoll/container/group_container.h"
+#include "quoll/container/unique_name.h"
+#include "quoll/foundation/exception.h"
+#include "quoll/foundation/path.h"
+#include "quoll/foundation/text.h"
+#include "quoll/platform/coordinator.h"
+#include "quoll/platform/files.h"
+#include "quoll/platform/log.h"
+
+namespace quoll::ExtensionUtilities {
+
+namespace {
+
+using foundation::Bytes;
+using foundation::Error;
+using foundation::List;
+using foundation::NSURL;
+using foundation::Value;
+using Accessor = std::function<void(const std::shared_ptr<NSURL>& location)>;
+
+std::shared_ptr<NSURL> staging_folder(std::string_view folder) {
+  return foundation::URLByAppendingPathComponent(GroupDataPath(), folder);
+}
+
+/// Runs the accessor while nobody else works in the staging folder; a failure is logged by
+/// `failure_line`.
+void coordinate(std::string_view folder, std::string_view failure_line, const Accessor& accessor) {
+  std::optional<Error> error;
+  platform::NSFileCoordinator::create()->coordinateWritingItemAtURL(
+      staging_folder(folder), platform::NSFileCoordinatorWritingForDeleting, error, accessor);
+  if (error) {
+    platform::log(failure_line, *error);
+  }
+}
+
+/// What tells the two ways of staging apart.
+struct StagingKind {
+  /// The name that an item wants.
+  std::string (*file_name)(const Value& item);
+  /// Puts the item there.
+  void (*write)(const Value& item, const std::string& path, std::optional<Error>& error);
+  std::string_view item_failure;
+  std::string_view exception;
+  std::string_view coordination_failure;
+};
+
+std::shared_ptr<List> stage(std::string_view folder, const std::shared_ptr<List>& items,
+                            const StagingKind& kind) {
+  auto written = std::make_shared<List>();
+  coordinate(folder, kind.coordination_failure, [&](const std::shared_ptr<NSURL>& location) {
+    try {
+      container::UniqueNames names(location->file_system_path().value_or(""));
+      for (const Value& item : Value(items).list()) {
+        const std::string path = names.good_path(kind.file_name(item));
+        std::optional<Error> error;
+        kind.write(item, path, error);
+        if (error) {
+          platform::log(kind.item_failure, *error);
+        } else {
+          written->addObject(path);
+        }
+      }
+    } catch (const foundation::NSException& exception) {
+      platform::log(kind.exception, exception);
+    }
+  });
+  return written;
+}
+
+/// The path of a file to copy; anything but a text raises.
+const std::string& source_path(const Value& item) {
+  const std::string* path = item.string();
+  return *path;  // a list holds no nulls
+}
+
+std::string last_component(const Value& item) {
+  return foundation::utf8_with_escapes(foundation::last_path_component(source_path(item)));
+}
+
+void copy(const Value& item, const std::string& path, std::optional<Error>& error) {
+  platform::NSFileManager::defaultManager()->copyItemAtPath(source_path(item), path, error);
+}
+
+std::string image_name(const Value& /*item*/) {
+  return "image.png";
+}
+
+void write_buffer(const Value& item, const std::string& path, std::optional<Error>& error) {
+  const Bytes* data = item.bytes();
+  if (data == nullptr) {
+    foundation::raise_invalid_argument("writeToFile:options:error: was asked of " +
+                                       std::string(item.kind()));
+  }
+  platform::NSFileManager::defaultManager()->writeToFile(*data, path, platform::NSDataWritingAtomic,
+                                                         error);
+}
+
+}  // namespace
+
+void ShareInit(std::string_view folder) {
+  coordinate(folder, "shareInit %@", [](const std::shared_ptr<NSURL>& location) {
+    const auto files = platform::NSFileManager::defaultManager();
+    std::optional<Error> error;
+    files->removeItemAtURL(location, error);
+    if (error) {
+      platform::log("shareInit delete %@", *error);
+    }
+    files->createDirectoryAtURL(location, error);
+    // The removal's error is still there when the creation succeeds: the first share on a machine
+    // writes two lines.
+    if (error) {
+      platform::log("shareInit create %@", *error);
+    }
+  });
+}
+
+std::shared_ptr<List> ShareFiles(std::string_view folder, const std::shared_ptr<List>& paths) {
+  return stage(folder, paths,
+               {.file_name = last_component,
+                .write = copy,
+                .item_failure = "Error writing file shareFiles %@",
+                .exception = "Exception shareFiles %@",
+                .coordination_failure = "Error shareFiles %@"});
+}
+
+std::shared_ptr<List> ShareDatas(std::string_view folder, const std::shared_ptr<List>& datas) {
+  return stage(folder, datas,
+               {.file_name = image_name,
+                .write = write_buffer,
+                .item_failure = "Error writing file shareDatas %@",
+                .exception = "Exception shareDatas %@",
+                .coordination_failure = "Error shareDatas %@"});
+}
+
+}  // namespace quoll::ExtensionUtilities
