@@ -31,10 +31,6 @@ void release(std::vector<Value> values) {
   release.running = false;
 }
 
-bool nests(const Value& value) {
-  return value.as_list() || value.as_dictionary();
-}
-
 }  // namespace
 
 List::List(std::initializer_list<Value> values) : List(std::vector<Value>(values)) {}
@@ -49,7 +45,8 @@ List::List(std::vector<Value> values) {
 }
 
 List::~List() {
-  if (std::any_of(values_.begin(), values_.end(), nests)) {
+  if (std::any_of(values_.begin(), values_.end(),
+                  [](const Value& value) { return value.nests(); })) {
     release(std::move(values_));
   }
 }
@@ -82,7 +79,7 @@ Dictionary::Dictionary(const Dictionary& other) : entries_(other.entries_) {
 Dictionary::~Dictionary() {
   std::vector<Value> nested;
   for (Entry& entry : entries_) {
-    if (nests(entry.value)) {
+    if (entry.value.nests()) {
       nested.push_back(std::move(entry.value));
     }
   }
@@ -96,8 +93,11 @@ std::size_t Dictionary::position_of(std::string_view key) const {
     const auto found = index_.find(key);
     return found == index_.end() ? entries_.size() : *found;
   }
-  const auto found = std::find_if(entries_.begin(), entries_.end(),
-                                  [&](const Entry& entry) { return entry.key == key; });
+  // The last characters first: keys that differ in a number at their end are the usual ones.
+  const auto found = std::find_if(entries_.begin(), entries_.end(), [&](const Entry& entry) {
+    return entry.key.size() == key.size() &&
+           (key.empty() || (entry.key.back() == key.back() && entry.key == key));
+  });
   return static_cast<std::size_t>(found - entries_.begin());
 }
 
@@ -134,6 +134,11 @@ void Dictionary::removeObjectForKey(std::string_view key) {
     entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(position));
     rebuild_index();
   }
+}
+
+Value* Dictionary::find(std::string_view key) {
+  const std::size_t position = position_of(key);
+  return position < entries_.size() ? &entries_[position].value : nullptr;
 }
 
 const Value* Dictionary::find(std::string_view key) const {

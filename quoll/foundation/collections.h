@@ -65,11 +65,15 @@ class Dictionary final {
 
   /// Stores. A null value raises `NSInvalidArgumentException`.
   void setObject(Value value, std::string_view key);
+  /// Makes room for that many entries.
+  void reserve(std::size_t entries) { entries_.reserve(entries); }
   void removeObjectForKey(std::string_view key);
   /// The value, or null when the key is absent.
   [[nodiscard]] Value objectForKey(std::string_view key) const;
   /// The value, or a null pointer when the key is absent; it lives until the dictionary changes.
   [[nodiscard]] const Value* find(std::string_view key) const;
+  /// The same, to be replaced in place by anything but null.
+  [[nodiscard]] Value* find(std::string_view key);
   [[nodiscard]] std::size_t count() const { return entries_.size(); }
   [[nodiscard]] bool empty() const { return entries_.empty(); }
   [[nodiscard]] auto begin() const { return entries_.begin(); }
@@ -91,7 +95,7 @@ class Dictionary final {
     bool operator()(std::uint32_t a, std::string_view b) const { return key(a) < b; }
     bool operator()(std::string_view a, std::uint32_t b) const { return a < key(b); }
   };
-  static constexpr std::size_t kLinearLimit = 12;
+  static constexpr std::size_t kLinearLimit = 64;
 
   [[nodiscard]] std::size_t position_of(std::string_view key) const;
   void rebuild_index();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -15,28 +16,20 @@ constexpr std::string_view kHexDigits = "0123456789ABCDEF";
 constexpr std::string_view kUnreserved =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~";
 
-/// What each byte becomes: up to three characters, and how many of the four are meant. All four are
-/// stored for every byte and the next byte overwrites what was too much, so that the loop has no
-/// branch that depends on the text.
-struct Encoded {
-  std::array<char, 4> characters;
-};
-struct EncodeTable {
-  std::array<Encoded, 256> encoded{};
-  std::array<std::uint8_t, 256> length{};
-};
+/// What each byte becomes: up to three characters and, in the fourth place, how many of them are
+/// meant. All four are stored for every byte and the next byte overwrites what was too much, so
+/// that the loop has no branch that depends on the text.
+using Encoded = std::array<char, 4>;
+using EncodeTable = std::array<Encoded, 256>;
 
 constexpr EncodeTable make_table(std::string_view kept, std::string_view also_kept) {
-  EncodeTable table;
+  EncodeTable table{};
   for (std::size_t byte = 0; byte < 256; ++byte) {
-    table.encoded[byte] = {{'%', kHexDigits[byte >> 4U], kHexDigits[byte & 15U], '\0'}};
-    table.length[byte] = 3;
+    table[byte] = {'%', kHexDigits[byte >> 4U], kHexDigits[byte & 15U], 3};
   }
   for (const std::string_view set : {kept, also_kept}) {
     for (const char c : set) {
-      const auto byte = static_cast<unsigned char>(c);
-      table.encoded[byte] = {{c, '\0', '\0', '\0'}};
-      table.length[byte] = 1;
+      table[static_cast<unsigned char>(c)] = {c, 0, 0, 1};
     }
   }
   return table;
@@ -45,31 +38,28 @@ constexpr EncodeTable make_table(std::string_view kept, std::string_view also_ke
 constexpr EncodeTable kQueryTable = make_table(kUnreserved, "");
 constexpr EncodeTable kPathTable = make_table(kUnreserved, "/!$&'()*+,:=@");
 
-/// Text is encoded a piece at a time, so that a large text needs no buffer of three times its size.
-constexpr std::size_t kPiece = 4096;
-
 void encode_append(std::string& out, std::string_view text, const EncodeTable& table) {
-  std::array<char, 3 * kPiece + 1> buffer;  // one more for the last store of four
-  out.reserve(out.size() + text.size());
-  while (!text.empty()) {
-    const std::string_view piece = text.substr(0, kPiece);
-    char* to = buffer.data();
-    for (const char c : piece) {
-      const auto byte = static_cast<unsigned char>(c);
-      std::memcpy(to, table.encoded[byte].characters.data(), 4);
-      to += table.length[byte];
-    }
-    out.append(buffer.data(), static_cast<std::size_t>(to - buffer.data()));
-    text.remove_prefix(piece.size());
+  std::size_t length = 0;
+  for (const char c : text) {
+    length += static_cast<std::size_t>(table[static_cast<unsigned char>(c)][3]);
   }
+  const std::size_t start = out.size();
+  out.resize(start + length + sizeof(Encoded));  // room for what the last store has too much
+  char* to = out.data() + start;
+  for (const char c : text) {
+    const Encoded& encoded = table[static_cast<unsigned char>(c)];
+    std::memcpy(to, encoded.data(), sizeof encoded);
+    to += encoded[3];
+  }
+  out.resize(start + length);
 }
 
-constexpr std::uint8_t kNoDigit = 0xFF;
+constexpr std::uint16_t kNoDigit = 0x100;
 
-constexpr std::array<std::uint8_t, 256> make_digit_values() {
-  std::array<std::uint8_t, 256> values{};
+constexpr std::array<std::uint16_t, 256> make_digit_values() {
+  std::array<std::uint16_t, 256> values{};
   values.fill(kNoDigit);
-  for (std::uint8_t digit = 0; digit < 16; ++digit) {
+  for (std::uint16_t digit = 0; digit < 16; ++digit) {
     const auto upper = static_cast<unsigned char>(kHexDigits[digit]);
     values[upper] = digit;
     if (upper >= 'A') {
@@ -79,7 +69,90 @@ constexpr std::array<std::uint8_t, 256> make_digit_values() {
   return values;
 }
 
-constexpr std::array<std::uint8_t, 256> kDigitValues = make_digit_values();
+constexpr std::array<std::uint16_t, 256> kDigitValues = make_digit_values();
+
+/// The value of two digits, more than a byte holds when one of them is none.
+unsigned value_of(char high, char low) {
+  return static_cast<unsigned>(kDigitValues[static_cast<unsigned char>(high)] << 4U) |
+         kDigitValues[static_cast<unsigned char>(low)];
+}
+constexpr bool is_byte(unsigned value) {
+  return value <= 0xFF;
+}
+
+constexpr std::ptrdiff_t kBlock = 64;
+/// What stands between two escapes is copied in pieces of this size, whether there is as much or
+/// not.
+constexpr std::ptrdiff_t kPiece = 16;
+
+/// One bit for each character of a block that is a "%", the first in the lowest bit.
+std::uint64_t escapes_in(const char* block) {
+  constexpr std::uint64_t kEachByte = 0x0101010101010101U;
+  constexpr std::uint64_t kLow = 0x7F * kEachByte;
+  std::uint64_t escapes = 0;
+  for (std::size_t i = 0; i < 8; ++i) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, block + 8 * i, sizeof word);
+    if constexpr (std::endian::native == std::endian::big) {
+      word = __builtin_bswap64(word);
+    }
+    const std::uint64_t difference = word ^ ('%' * kEachByte);
+    // The highest bit of each byte that is "%", then those eight bits side by side.
+    const std::uint64_t found = ~(((difference & kLow) + kLow) | difference | kLow) >> 7U;
+    escapes |= (found * 0x0102040810204080U >> 56U) << (8 * i);
+  }
+  return escapes;
+}
+
+char* append(char* to, const char* from, const char* end) {
+  const auto size = static_cast<std::size_t>(end - from);
+  if (size <= kPiece) {
+    std::memcpy(to, from, kPiece);
+  } else {
+    std::memcpy(to, from, size);
+  }
+  return to + size;
+}
+
+/// Decodes `text` into `to`, which has room for all of it and a piece, and answers where the result
+/// ends; null when an escape is malformed.
+///
+/// The escapes of a block are found first and then visited one by one, so that a step waits neither
+/// for the text nor for a branch that depends on it.
+char* decode(std::string_view text, char* to) {
+  const char* const end = text.data() + text.size();
+  const char* block = text.data();
+  const char* plain = block;  // what follows is not copied yet
+  for (; end - block >= kBlock + kPiece; block += kBlock) {
+    for (std::uint64_t escapes = escapes_in(block); escapes != 0; escapes &= escapes - 1) {
+      const char* const escape = block + std::countr_zero(escapes);
+      const unsigned value = value_of(escape[1], escape[2]);
+      if (!is_byte(value)) {
+        return nullptr;
+      }
+      to = append(to, plain, escape);
+      *to++ = static_cast<char>(value);
+      plain = escape + 3;
+    }
+  }
+  if (plain < block) {
+    to = append(to, plain, block);
+    plain = block;
+  }
+  while (plain != end) {
+    if (*plain != '%') {
+      *to++ = *plain++;
+      continue;
+    }
+    const unsigned value = end - plain < 3 ? ~0U : value_of(plain[1], plain[2]);
+    if (!is_byte(value)) {
+      return nullptr;
+    }
+    *to++ = static_cast<char>(value);
+    plain += 3;
+  }
+  return to;
+}
 
 }  // namespace
 
@@ -107,29 +180,22 @@ void percent_escape_append(std::string& out, char byte) {
 }
 
 std::optional<std::string> percent_decode_bytes(std::string_view text, PlusSign plus) {
-  std::string out(text.size(), '\0');
-  char* to = out.data();
-  const char* from = text.data();
-  const char* const end = from + text.size();
-  while (from != end) {
-    const char c = *from;
-    if (c != '%') {
-      *to++ = c == '+' && plus == PlusSign::kSpace ? ' ' : c;
-      ++from;
-      continue;
-    }
-    if (end - from < 3) {
-      return std::nullopt;
-    }
-    const unsigned high = kDigitValues[static_cast<unsigned char>(from[1])];
-    const unsigned low = kDigitValues[static_cast<unsigned char>(from[2])];
-    if ((high | low) == kNoDigit) {
-      return std::nullopt;
-    }
-    *to++ = static_cast<char>(high << 4U | low);
-    from += 3;
+  if (text.find('%') == std::string_view::npos &&
+      (plus == PlusSign::kItself || text.find('+') == std::string_view::npos)) {
+    return std::string(text);
   }
-  out.resize(static_cast<std::size_t>(to - out.data()));
+  std::string with_spaces;
+  if (plus == PlusSign::kSpace && text.find('+') != std::string_view::npos) {
+    with_spaces = text;
+    std::replace(with_spaces.begin(), with_spaces.end(), '+', ' ');
+    text = with_spaces;
+  }
+  std::string out(text.size() + kPiece, '\0');
+  const char* const end = decode(text, out.data());
+  if (end == nullptr) {
+    return std::nullopt;
+  }
+  out.resize(static_cast<std::size_t>(end - out.data()));
   return out;
 }
 

@@ -1,5 +1,6 @@
 #include "quoll/foundation/text.h"
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -14,70 +15,108 @@ unsigned byte_at(std::string_view text, std::size_t position) {
   return static_cast<unsigned char>(text[position]);
 }
 
-bool is_continuation(std::string_view text, std::size_t position) {
-  return position < text.size() && (byte_at(text, position) & 0xC0U) == 0x80U;
+/// What may come next in a text. Each state is the number of bits by which a row of the table below
+/// is shifted to find the state after it.
+enum State : std::uint64_t {
+  kBoundary = 0,    // between two characters
+  kBroken = 6,      // never left again
+  kOneMore = 12,    // one more continuation
+  kTwoMore = 18,    // two more
+  kThreeMore = 24,  // three more
+  kAfterE0 = 30,    // two more, the first not overlong
+  kAfterED = 36,    // two more, the first no surrogate
+  kAfterF0 = 42,    // three more, the first not overlong
+  kAfterF4 = 48,    // three more, the first not above U+10FFFF
+};
+
+constexpr State after_lead(unsigned byte) {
+  if (byte < 0x80) {
+    return kBoundary;
+  }
+  if (byte >= 0xC2 && byte <= 0xDF) {
+    return kOneMore;
+  }
+  if (byte >= 0xE0 && byte <= 0xEF) {
+    return byte == 0xE0 ? kAfterE0 : byte == 0xED ? kAfterED : kTwoMore;
+  }
+  if (byte >= 0xF0 && byte <= 0xF4) {
+    return byte == 0xF0 ? kAfterF0 : byte == 0xF4 ? kAfterF4 : kThreeMore;
+  }
+  return kBroken;
 }
 
-/// The length of the well-formed character of more than one byte at `position`, 0 when there is
-/// none. The second byte's bounds keep out overlong forms, surrogates and what is too large.
-std::size_t multibyte_length(std::string_view text, std::size_t position) {
-  const unsigned lead = byte_at(text, position);
-  const unsigned second = position + 1 < text.size() ? byte_at(text, position + 1) : 0;
-  std::size_t length = 0;
-  unsigned low = 0x80;
-  unsigned high = 0xBF;
-  if (lead >= 0xC2 && lead <= 0xDF) {
-    length = 2;
-  } else if (lead >= 0xE0 && lead <= 0xEF) {
-    length = 3;
-    low = lead == 0xE0 ? 0xA0 : 0x80;
-    high = lead == 0xED ? 0x9F : 0xBF;
-  } else if (lead >= 0xF0 && lead <= 0xF4) {
-    length = 4;
-    low = lead == 0xF0 ? 0x90 : 0x80;
-    high = lead == 0xF4 ? 0x8F : 0xBF;
+constexpr State after(State state, unsigned byte) {
+  struct Step {
+    State state;
+    unsigned low;
+    unsigned high;
+    State next;
+  };
+  constexpr Step kSteps[] = {
+      {kOneMore, 0x80, 0xBF, kBoundary},  {kTwoMore, 0x80, 0xBF, kOneMore},
+      {kThreeMore, 0x80, 0xBF, kTwoMore}, {kAfterE0, 0xA0, 0xBF, kOneMore},
+      {kAfterED, 0x80, 0x9F, kOneMore},   {kAfterF0, 0x90, 0xBF, kTwoMore},
+      {kAfterF4, 0x80, 0x8F, kTwoMore},
+  };
+  if (state == kBoundary) {
+    return after_lead(byte);
   }
-  if (length == 0 || second < low || second > high) {
-    return 0;
-  }
-  for (std::size_t i = 2; i < length; ++i) {
-    if (!is_continuation(text, position + i)) {
-      return 0;
+  for (const Step& step : kSteps) {
+    if (step.state == state && byte >= step.low && byte <= step.high) {
+      return step.next;
     }
   }
-  return length;
+  return kBroken;
 }
 
-/// The first position at or after `position` that is not ASCII, looked for eight bytes at a time.
-std::size_t skip_ascii(std::string_view text, std::size_t position) {
-  constexpr std::uint64_t kHighBits = 0x8080808080808080U;
-  std::uint64_t word = 0;
-  while (position + sizeof word <= text.size()) {
-    std::memcpy(&word, text.data() + position, sizeof word);
-    if ((word & kHighBits) != 0) {
-      break;
+/// For each byte, the state that follows each state, six bits a state: a step is one load, which
+/// does not wait for the state, and one shift.
+constexpr std::array<std::uint64_t, 256> make_steps() {
+  std::array<std::uint64_t, 256> rows{};
+  for (unsigned byte = 0; byte < 256; ++byte) {
+    for (const State state : {kBoundary, kBroken, kOneMore, kTwoMore, kThreeMore, kAfterE0,
+                              kAfterED, kAfterF0, kAfterF4}) {
+      rows[byte] |= static_cast<std::uint64_t>(after(state, byte)) << state;
     }
-    position += sizeof word;
   }
-  while (position < text.size() && byte_at(text, position) < 0x80) {
-    ++position;
-  }
-  return position;
+  return rows;
 }
 
-/// The length of the well-formed prefix that starts at `position`, as the position after it.
+constexpr std::array<std::uint64_t, 256> kSteps = make_steps();
+
+std::uint64_t step(std::uint64_t state, std::string_view text, std::size_t position) {
+  return kSteps[byte_at(text, position)] >> (state & 63U);
+}
+
+bool is_boundary(std::uint64_t state) {
+  return (state & 63U) == kBoundary;
+}
+bool is_broken(std::uint64_t state) {
+  return (state & 63U) == kBroken;
+}
+
+constexpr std::size_t kBlock = 32;
+
+bool is_ascii_block(std::string_view text, std::size_t position) {
+  std::array<std::uint64_t, kBlock / 8> words;
+  std::memcpy(words.data(), text.data() + position, kBlock);
+  return ((words[0] | words[1] | words[2] | words[3]) & 0x8080808080808080U) == 0;
+}
+
+/// The position after the last whole character before the first byte, at or after `position`, that
+/// belongs to none.
 std::size_t valid_until(std::string_view text, std::size_t position) {
-  while (true) {
-    position = skip_ascii(text, position);
-    if (position == text.size()) {
-      return position;
-    }
-    const std::size_t length = multibyte_length(text, position);
-    if (length == 0) {
-      return position;
-    }
-    position += length;
+  std::uint64_t state = kBoundary;
+  std::size_t valid = position;
+  for (; position < text.size() && !is_broken(state); ++position) {
+    state = step(state, text, position);
+    valid = is_boundary(state) ? position + 1 : valid;
   }
+  return valid;
+}
+
+bool is_continuation(std::string_view text, std::size_t position) {
+  return (byte_at(text, position) & 0xC0U) == 0x80U;
 }
 
 bool is_white_space(std::uint32_t c) {
@@ -102,8 +141,13 @@ std::uint32_t character_at(std::string_view text, std::size_t position, std::siz
 
 /// The bytes of the white space character at `position`, 0 when there is none.
 std::size_t white_space_at(std::string_view text, std::size_t position) {
-  const std::size_t length = byte_at(text, position) < 0x80 ? 1 : multibyte_length(text, position);
-  return length != 0 && is_white_space(character_at(text, position, length)) ? length : 0;
+  const unsigned lead = byte_at(text, position);
+  const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : 3;
+  const std::string_view character = text.substr(position, length);
+  return character.size() == length && is_utf8(character) &&
+                 is_white_space(character_at(text, position, length))
+             ? length
+             : 0;
 }
 
 std::size_t trailing_white_space(std::string_view text) {
@@ -148,7 +192,21 @@ std::string_view trim(std::string_view text) {
 }
 
 bool is_utf8(std::string_view bytes) {
-  return valid_until(bytes, 0) == bytes.size();
+  std::uint64_t state = kBoundary;
+  std::size_t position = 0;
+  while (bytes.size() - position >= kBlock) {
+    const std::size_t end = position + kBlock;
+    if (is_boundary(state) && is_ascii_block(bytes, position)) {
+      position = end;
+    }
+    for (; position < end; ++position) {
+      state = step(state, bytes, position);
+    }
+  }
+  for (; position < bytes.size(); ++position) {
+    state = step(state, bytes, position);
+  }
+  return is_boundary(state);
 }
 
 std::string utf8_with_escapes(std::string_view bytes) {

@@ -74,6 +74,11 @@ class Value {
   [[nodiscard]] std::shared_ptr<List> as_list() const;
   [[nodiscard]] std::shared_ptr<Dictionary> as_dictionary() const;
   [[nodiscard]] std::shared_ptr<Object> object() const;
+  /// True for a list and for a dictionary.
+  [[nodiscard]] bool nests() const {
+    return std::holds_alternative<std::shared_ptr<List>>(held_) ||
+           std::holds_alternative<std::shared_ptr<Dictionary>>(held_);
+  }
   /// The object when it is a `T`, else null.
   template <std::derived_from<Object> T>
   [[nodiscard]] std::shared_ptr<T> as() const {

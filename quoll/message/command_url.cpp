@@ -131,10 +131,12 @@ std::shared_ptr<NSURL> ExtensionMessage::queryUrl(std::string_view command) cons
 std::shared_ptr<ExtensionMessage> ExtensionMessage::ExtensionMessageWithUrl(
     const std::shared_ptr<NSURL>& url) {
   auto message = make();
-  if (url) {
-    for (const auto& [key, value] : *RequestUtils::URLQueryParameters(url->absoluteString())) {
-      read_parameter(*message, key, value);
-    }
+  if (!url) {
+    return message;
+  }
+  const auto parameters = RequestUtils::URLQueryParameters(url->absoluteString());
+  for (const auto& [key, value] : *parameters) {
+    read_parameter(*message, key, value);
   }
   return message;
 }

@@ -21,7 +21,7 @@ class NoBundle final : public NSBundle {
     return std::make_shared<foundation::Dictionary>();
   }
   std::string localizedStringForKey(std::string_view key, std::string_view value) const override {
-    return std::string(value.empty() ? key : value);
+    return std::string(key.empty() || value.empty() ? key : value);
   }
 };
 

@@ -29,10 +29,10 @@ constexpr std::array group_fields{
 std::shared_ptr<ExtensionGroup> ExtensionGroup::initWithDictonary(const Value& dictionary) {
   return records::guarded(std::make_shared<ExtensionGroup>(), [&](ExtensionGroup& group) {
     records::fill(group, dictionary, group_fields);
-    const auto addresses = std::make_shared<List>();
-    group.addresses = addresses;
+    const auto members = std::make_shared<List>();
+    group.addresses = members;
     for (const Value& element : dictionary.objectForKey("addresses").list()) {
-      addresses->addObject(ExtensionAddress::initWithDictonary(element));
+      members->addObject(ExtensionAddress::initWithDictonary(element));
     }
   });
 }

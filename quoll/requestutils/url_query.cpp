@@ -64,35 +64,58 @@ std::optional<Piece> split_piece(std::string_view piece) {
   return Piece{piece.substr(0, equals), rest.substr(0, rest.find('='))};
 }
 
-/// A key or a value of a query. Storing what does not decode is a programming error.
-std::string decoded(std::string_view text) {
+/// A key or a value of a query; null when it does not decode, which no dictionary and no list
+/// takes.
+Value decoded(std::string_view text) {
   auto plain = URLDecodedString(text, true);
-  if (!plain) {
-    foundation::raise_invalid_argument("a query's key or value is not percent-encoded UTF-8");
+  return plain ? Value(std::move(*plain)) : Value();
+}
+
+/// The query inside `text`, without its leading "?".
+std::optional<std::string_view> query_in(std::string_view text) {
+  const auto range = rangeOfURLQuery(text);
+  if (!range) {
+    return std::nullopt;
   }
-  return std::move(*plain);
+  std::string_view query = foundation::substring(text, *range);
+  if (query.starts_with('?')) {
+    query.remove_prefix(1);
+  }
+  return query;
 }
 
 Value list_of(Value first) {
   return std::make_shared<List>(std::vector<Value>{std::move(first)});
 }
 
-void store(Dictionary& parameters, std::string_view key, bool bracketed, Value value,
+void store(Dictionary& parameters, std::string_view key, bool bracketed, const Value& value,
            URLQueryOptions mode) {
-  const Value* present = parameters.find(key);
+  Value* const present = parameters.find(key);
   if (present == nullptr) {
     const bool as_list =
         mode == URLQueryAlwaysArrays || (mode == URLQueryCollectValues && bracketed);
-    parameters.setObject(as_list ? list_of(std::move(value)) : std::move(value), key);
+    parameters.setObject(as_list ? list_of(value) : value, key);
   } else if (const auto list = present->as_list()) {
-    list->addObject(std::move(value));
+    list->addObject(value);
   } else if (mode == URLQueryKeepLastValue) {
-    parameters.setObject(std::move(value), key);
+    parameters.setObject(value, key);
   } else if (mode != URLQueryKeepFirstValue) {
-    const Value both = list_of(*present);
-    both.as_list()->addObject(std::move(value));
-    parameters.setObject(both, key);
+    *present = std::make_shared<List>(List{*present, value});
   }
+}
+
+void parse_piece(Dictionary& parameters, const Piece& piece, URLQueryOptions mode) {
+  const Value decoded_key = decoded(piece.key);
+  const std::string* const whole_key = decoded_key.text();
+  if (whole_key == nullptr) {
+    foundation::raise_invalid_argument("a query's key is not percent-encoded UTF-8");
+  }
+  std::string_view key = *whole_key;
+  const bool bracketed = key.ends_with("[]");
+  if (bracketed) {
+    key.remove_suffix(2);
+  }
+  store(parameters, key, bracketed, decoded(piece.value), mode);
 }
 
 }  // namespace
@@ -119,15 +142,8 @@ std::optional<Range> rangeOfURLQuery(std::string_view text) {
 }
 
 std::optional<std::string> URLQuery(std::string_view text) {
-  const auto range = rangeOfURLQuery(text);
-  if (!range) {
-    return std::nullopt;
-  }
-  std::string_view query = foundation::substring(text, *range);
-  if (query.starts_with('?')) {
-    query.remove_prefix(1);
-  }
-  return std::string(query);
+  const auto query = query_in(text);
+  return query ? std::optional<std::string>(*query) : std::nullopt;
 }
 
 std::string URLQueryWithParameters(const Dictionary& parameters, URLQueryOptions options) {
@@ -135,8 +151,10 @@ std::string URLQueryWithParameters(const Dictionary& parameters, URLQueryOptions
   const bool brackets = (options & URLQueryBracketArrayKeys) != 0;
   const bool bracket_singles = mode == URLQueryAlwaysArrays && brackets;
   Composition query;
+  std::string encoded_key;
   for (const auto& [key, value] : parameters) {
-    const std::string encoded_key = URLEncodedString(key);
+    encoded_key.clear();
+    foundation::percent_encode_append(encoded_key, key);
     const auto list = value.as_list();
     if (!list) {
       query.add(encoded_key, bracket_singles, value);
@@ -162,21 +180,19 @@ std::shared_ptr<Dictionary> URLQueryParametersWithOptions(std::string_view text,
                                                           URLQueryOptions options) {
   const URLQueryOptions mode = mode_of(options, URLQueryKeepLastValue);
   auto parameters = std::make_shared<Dictionary>();
-  const auto query = URLQuery(text);
+  const auto query = query_in(text);
   if (!query) {
     return parameters;
   }
   std::string_view rest = *query;
+  // No more than a usual query has: a stranger's may be nothing but "&".
+  constexpr std::ptrdiff_t kUsual = 64;
+  parameters->reserve(
+      static_cast<std::size_t>(std::min(kUsual, 1 + std::count(rest.begin(), rest.end(), '&'))));
   while (true) {
     const std::size_t ampersand = rest.find('&');
     if (const auto piece = split_piece(rest.substr(0, ampersand))) {
-      std::string key = decoded(piece->key);
-      std::string value = decoded(piece->value);
-      const bool bracketed = key.ends_with("[]");
-      if (bracketed) {
-        key.resize(key.size() - 2);
-      }
-      store(*parameters, key, bracketed, Value(std::move(value)), mode);
+      parse_piece(*parameters, *piece, mode);
     }
     if (ampersand == std::string_view::npos) {
       return parameters;

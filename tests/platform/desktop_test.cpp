@@ -18,7 +18,7 @@ TEST(EmptyDesktop, HasNothingAndSaysSo) {
   EXPECT_TRUE(main_bundle_identifier().is_null());
   EXPECT_EQ(NSBundle::mainBundle()->localizedStringForKey("No Name", ""), "No Name");
   EXPECT_EQ(NSBundle::mainBundle()->localizedStringForKey("No Name", "other"), "other");
-  EXPECT_EQ(NSBundle::mainBundle()->localizedStringForKey("", ""), "");
+  EXPECT_EQ(NSBundle::mainBundle()->localizedStringForKey("", "other"), "");
 
   const auto files = NSFileManager::defaultManager();
   const auto url = NSURL::file_url("/a", false);

@@ -102,7 +102,7 @@ std::string FixedBundle::localizedStringForKey(std::string_view key, std::string
   if (found != translations_.end()) {
     return found->second;
   }
-  return std::string(value.empty() ? key : value);
+  return std::string(key.empty() || value.empty() ? key : value);
 }
 
 }  // namespace quoll::test
