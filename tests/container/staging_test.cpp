@@ -1,0 +1,202 @@
+#include "quoll/container/staging.h"
+
+#include <fstream>
+#include <stdexcept>
+
+#include "quoll/container/group_container.h"
+#include "tests/container/container_test.h"
+
+namespace quoll {
+namespace {
+
+using ExtensionUtilities::ShareDatas;
+using ExtensionUtilities::ShareFiles;
+using ExtensionUtilities::ShareInit;
+using foundation::Bytes;
+using foundation::Error;
+using foundation::Value;
+using test::FailingFiles;
+
+const Error kGone{"D", 1, "gone", {}};
+const Error kFull{"D", 2, "full", {}};
+constexpr const char* kGoneText = "Error Domain=D Code=1 \"gone\"";
+constexpr const char* kFullText = "Error Domain=D Code=2 \"full\"";
+
+using Staging = test::ContainerTest;
+
+TEST_F(Staging, InitLogsTheRemovalsErrorTwiceWhenTheCreationSucceeds) {
+  files->fail(FailingFiles::Operation::kRemove, 1, kGone);
+  ShareInit("Share");
+  EXPECT_EQ(log->lines(), (std::vector<std::string>{std::string("shareInit delete ") + kGoneText,
+                                                    std::string("shareInit create ") + kGoneText}));
+  EXPECT_TRUE(std::filesystem::is_directory(staging()));
+}
+
+TEST_F(Staging, InitLogsTheCreationsOwnError) {
+  files->fail(FailingFiles::Operation::kRemove, 1, kGone);
+  files->fail(FailingFiles::Operation::kCreateDirectory, 1, kFull);
+  ShareInit("Share");
+  EXPECT_EQ(log->lines(), (std::vector<std::string>{std::string("shareInit delete ") + kGoneText,
+                                                    std::string("shareInit create ") + kFullText}));
+}
+
+TEST_F(Staging, InitLogsACreationThatFailsAlone) {
+  std::filesystem::create_directories(staging());
+  files->fail(FailingFiles::Operation::kCreateDirectory, 1, kFull);
+  ShareInit("Share");
+  EXPECT_EQ(log->lines(), std::vector<std::string>{std::string("shareInit create ") + kFullText});
+}
+
+TEST_F(Staging, InitIsSilentAndEmptiesTheFolder) {
+  std::filesystem::create_directories(staging() + "/deep/er");
+  std::ofstream(staging() + "/deep/er/file") << "x";
+  std::filesystem::create_directories(folder.path("K7Q2M9XT4B.quoll/SharedData/Other"));
+  ShareInit("Share");
+  EXPECT_TRUE(log->lines().empty());
+  EXPECT_TRUE(std::filesystem::is_empty(staging()));
+  EXPECT_TRUE(std::filesystem::exists(folder.path("K7Q2M9XT4B.quoll/SharedData/Other")))
+      << "other services keep their folders";
+}
+
+TEST_F(Staging, WithoutAContainerEachOperationLogsItsOwnLineOnce) {
+  const platform::ScopedDesktop bare({.log = log});
+  ShareInit("Share");
+  EXPECT_TRUE(ShareFiles("Share", list({"/a"}))->empty());
+  EXPECT_TRUE(ShareDatas("Share", list({Bytes{1}}))->empty());
+  const auto lines = log->lines();
+  ASSERT_EQ(lines.size(), 3U);
+  EXPECT_TRUE(lines[0].starts_with("shareInit Error Domain="));
+  EXPECT_TRUE(lines[1].starts_with("Error shareFiles Error Domain="));
+  EXPECT_TRUE(lines[2].starts_with("Error shareDatas Error Domain="));
+}
+
+TEST_F(Staging, FilesOfOneNameGetTheNextFreeOnes) {
+  ShareInit("Share");
+  std::filesystem::create_directories(folder.path("a"));
+  std::filesystem::create_directories(folder.path("b"));
+  const auto staged = ShareFiles("Share", list({folder.write("a/report.pdf", "first"),
+                                                folder.write("b/report.pdf", "second")}));
+  EXPECT_EQ(texts(*staged), (std::vector{staging() + "/report.pdf", staging() + "/report_1.pdf"}));
+  EXPECT_EQ(test::read_file(staging() + "/report.pdf"), "first");
+  EXPECT_EQ(test::read_file(staging() + "/report_1.pdf"), "second");
+}
+
+TEST_F(Staging, ImagesAreNumbered) {
+  ShareInit("Share");
+  const auto staged = ShareDatas("Share", list({Bytes{'1'}, Bytes{'2'}, Bytes{'3'}}));
+  EXPECT_EQ(texts(*staged), (std::vector{staging() + "/image.png", staging() + "/image_1.png",
+                                         staging() + "/image_2.png"}));
+  EXPECT_EQ(test::read_file(staging() + "/image_2.png"), "3");
+}
+
+TEST_F(Staging, AFailedItemIsLeftOutAndTheRestGoesOn) {
+  ShareInit("Share");
+  files->fail(FailingFiles::Operation::kCopy, 2, kGone);
+  const auto staged = ShareFiles(
+      "Share", list({folder.write("1", ""), folder.write("2", ""), folder.write("3", "")}));
+  EXPECT_EQ(texts(*staged), (std::vector{staging() + "/1", staging() + "/3"}));
+  EXPECT_EQ(log->lines().back(), std::string("Error writing file shareFiles ") + kGoneText);
+
+  files->fail(FailingFiles::Operation::kWrite, 1, kFull);
+  EXPECT_EQ(texts(*ShareDatas("Share", list({Bytes{1}, Bytes{2}}))),
+            std::vector{staging() + "/image.png"})
+      << "the name that was not written is given again";
+  EXPECT_EQ(log->lines().back(), std::string("Error writing file shareDatas ") + kFullText);
+}
+
+TEST_F(Staging, AnExceptionEndsTheLoopAndKeepsWhatIsThere) {
+  ShareInit("Share");
+  const std::string path = folder.write("1", "");
+  EXPECT_EQ(texts(*ShareFiles("Share", list({path, 7, path}))), std::vector{staging() + "/1"});
+  EXPECT_TRUE(log->lines().back().starts_with("Exception shareFiles ")) << log->lines().back();
+  EXPECT_EQ(texts(*ShareDatas("Share", list({Bytes{1}, "text", Bytes{2}}))),
+            std::vector{staging() + "/image.png"});
+  EXPECT_TRUE(log->lines().back().starts_with("Exception shareDatas ")) << log->lines().back();
+}
+
+TEST_F(Staging, AnotherExceptionPassesAndFreesTheLock) {
+  class Throwing final : public platform::NSFileManager {
+   public:
+    explicit Throwing(std::shared_ptr<NSFileManager> inner) : inner_(std::move(inner)) {}
+    std::shared_ptr<foundation::NSURL> containerURLForSecurityApplicationGroupIdentifier(
+        std::string_view group) override {
+      return inner_->containerURLForSecurityApplicationGroupIdentifier(group);
+    }
+    bool removeItemAtURL(const std::shared_ptr<foundation::NSURL>& /*url*/,
+                         std::optional<Error>& /*error*/) override {
+      return true;
+    }
+    bool createDirectoryAtURL(const std::shared_ptr<foundation::NSURL>& /*url*/,
+                              std::optional<Error>& /*error*/) override {
+      return true;
+    }
+    bool copyItemAtPath(std::string_view /*source*/, std::string_view /*destination*/,
+                        std::optional<Error>& /*error*/) override {
+      throw std::runtime_error("not the platform's");
+    }
+    bool fileExistsAtPath(std::string_view /*path*/, bool* /*is_directory*/) override {
+      return false;
+    }
+    std::optional<std::vector<std::string>> contentsOfDirectoryAtPath(
+        std::string_view /*path*/) override {
+      return std::nullopt;
+    }
+    std::optional<Bytes> contentsAtPath(std::string_view /*path*/,
+                                        std::optional<Error>& /*error*/) override {
+      return std::nullopt;
+    }
+    bool writeToFile(const Bytes& /*data*/, std::string_view /*path*/, unsigned /*options*/,
+                     std::optional<Error>& /*error*/) override {
+      return true;
+    }
+    std::string currentDirectoryPath() override { return {}; }
+
+   private:
+    std::shared_ptr<NSFileManager> inner_;
+  };
+  ShareInit("Share");
+  const std::string path = folder.write("1", "");
+  {
+    const platform::ScopedDesktop throwing({.files = std::make_shared<Throwing>(files),
+                                            .coordinator = posix::coordinator_factory(),
+                                            .log = log});
+    EXPECT_THROW(static_cast<void>(ShareFiles("Share", list({path}))), std::runtime_error);
+  }
+  EXPECT_EQ(ShareFiles("Share", list({path}))->count(), 1U) << "the lock was released";
+}
+
+TEST_F(Staging, EmptyAndNullListsWriteNothing) {
+  ShareInit("Share");
+  EXPECT_TRUE(ShareFiles("Share", list({}))->empty());
+  EXPECT_TRUE(ShareFiles("Share", nullptr)->empty());
+  EXPECT_TRUE(ShareDatas("Share", nullptr)->empty());
+  EXPECT_TRUE(std::filesystem::is_empty(staging()));
+}
+
+TEST_F(Staging, AMissingFolderFailsItemByItem) {
+  const std::string path = folder.write("1", "");
+  EXPECT_TRUE(ShareFiles("Share", list({path, path}))->empty());
+  ASSERT_EQ(log->lines().size(), 2U);
+  EXPECT_TRUE(log->lines()[1].starts_with("Error writing file shareFiles Error Domain="));
+  EXPECT_FALSE(std::filesystem::exists(staging())) << "staging makes no folder";
+}
+
+TEST_F(Staging, ANameThatIsNoTextIsStagedWithItsBadBytesEscaped) {
+  ShareInit("Share");
+  const std::string path = folder.write("caf\xE9.txt", "content");
+  EXPECT_EQ(texts(*ShareFiles("Share", list({path}))), std::vector{staging() + "/caf%E9.txt"});
+  EXPECT_EQ(test::read_file(staging() + "/caf%E9.txt"), "content");
+}
+
+TEST_F(Staging, AThousandFilesOfOneNameLookAtTheFolderOnce) {
+  ShareInit("Share");
+  const std::string path = folder.write("same.txt", "x");
+  const auto staged = ShareFiles("Share", list(std::vector<Value>(1000, path)));
+  ASSERT_EQ(staged->count(), 1000U);
+  EXPECT_EQ(*staged->objectAtIndex(0).text(), staging() + "/same.txt");
+  EXPECT_EQ(*staged->objectAtIndex(999).text(), staging() + "/same_999.txt");
+  EXPECT_EQ(files->calls(FailingFiles::Operation::kList), 1);
+}
+
+}  // namespace
+}  // namespace quoll

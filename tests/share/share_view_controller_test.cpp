@@ -1,0 +1,148 @@
+#include "quoll/share/share_view_controller.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include "tests/share/scripted_share.h"
+
+namespace quoll {
+namespace {
+
+using foundation::NSURL;
+using test::item;
+using test::provider;
+using Opened = test::RecordingWorkspace::Opened;
+
+std::shared_ptr<test::ScriptedContext> share(test::ShareTest& on,
+                                             platform::NSExtensionContext::Items items,
+                                             test::Events* events = nullptr) {
+  auto context = std::make_shared<test::ScriptedContext>(std::move(items), events);
+  {
+    ShareViewController controller;
+    controller.set_extension_context(context);
+    EXPECT_NE(controller.view(), nullptr);
+  }  // the work outlives the controller
+  on.queue->wait();
+  return context;
+}
+
+TEST(ShareViewController, EndsWithTheComposeWindowInTheForeground) {
+  test::ShareTest desktop;
+  const std::string path = desktop.folder.write("a b.txt", "content");
+  share(desktop, {item({provider("public.url", NSURL::URLWithString("http://a/")),
+                        provider("public.file-url", NSURL::file_url(path, false))},
+                       "Title")});
+  const std::string encoded_folder = [&] {
+    std::string text = desktop.staging();
+    for (std::size_t at = 0; (at = text.find('/', at)) != std::string::npos; at += 3) {
+      text.replace(at, 1, "%2F");
+    }
+    return text;
+  }();
+  EXPECT_EQ(desktop.workspace->opened(),
+            std::vector<Opened>({{{"quoll://compose?htmlBody=%3Ca%20href%3D%22http%3A%2F%2Fa%2F%22%"
+                                   "3Ehttp%3A%2F%2Fa%2F%3C%2Fa%3E&subject=Title&attachment_0=" +
+                                   encoded_folder + "%2Fa%20b.txt"},
+                                  "it.vorlent.quoll2",
+                                  131072}}));
+}
+
+TEST(ShareViewController, CancelsTheRequestBeforeAnythingIsLoaded) {
+  test::ShareTest desktop;
+  test::Events events;
+  const auto asked = std::make_shared<test::ScriptedProvider>(
+      "public.url", [](const auto& handler) { handler(NSURL::URLWithString("http://a"), {}); },
+      &events);
+  const auto context = share(desktop, {item({asked})}, &events);
+  EXPECT_EQ(events.all(), (std::vector<std::string>{"cancel", "load public.url"}));
+  ASSERT_EQ(context->cancelled.size(), 1U);
+  EXPECT_EQ(context->cancelled[0].domain, "NSCocoaErrorDomain");
+  EXPECT_EQ(context->cancelled[0].code, 3072);
+  EXPECT_TRUE(context->cancelled[0].text.empty());
+  EXPECT_TRUE(context->cancelled[0].user_info.empty()) << "no user information";
+  EXPECT_TRUE(context->completed.empty()) << "never completed";
+}
+
+TEST(ShareViewController, EmptiesTheStagingFolderFirst) {
+  test::ShareTest desktop;
+  std::filesystem::create_directories(desktop.staging() + "/old");
+  std::ofstream(desktop.staging() + "/old/left.txt") << "left";
+  share(desktop, {});
+  EXPECT_TRUE(std::filesystem::is_empty(desktop.staging()));
+  EXPECT_TRUE(desktop.log->lines().empty());
+}
+
+TEST(ShareViewController, ShareOfNothingOpensAnEmptyDraft) {
+  test::ShareTest desktop;
+  share(desktop, {});
+  EXPECT_EQ(desktop.workspace->opened(),
+            std::vector<Opened>({{{"quoll://compose?"}, "it.vorlent.quoll2", 131072}}));
+  EXPECT_EQ(desktop.clock->sleeps().size(), 1U);
+}
+
+TEST(ShareViewController, SendReturnsOneEmptyItem) {
+  ShareViewController controller;
+  const auto context = std::make_shared<test::ScriptedContext>();
+  controller.set_extension_context(context);
+  controller.send();
+  ASSERT_EQ(context->completed.size(), 1U);
+  ASSERT_EQ(context->completed[0].size(), 1U);
+  const auto& returned = context->completed[0][0];
+  EXPECT_EQ(returned->attributedTitle, nullptr);
+  EXPECT_EQ(returned->attributedContentText, nullptr);
+  EXPECT_TRUE(returned->attachments.empty());
+  EXPECT_FALSE(context->handler_given);
+  EXPECT_TRUE(context->cancelled.empty());
+}
+
+TEST(ShareViewController, WithoutARequestItDoesNothing) {
+  ShareViewController controller;
+  controller.send();
+  controller.cancel();
+  EXPECT_EQ(controller.nibName(), "ShareViewController");
+}
+
+TEST(OpenComposeWindow, LogsAnErrorAndOpensNothing) {
+  test::ShareTest desktop;
+  ShareViewController::open_compose_window(ExtensionMessage::make(),
+                                           foundation::Error{"D", 1, "why", {}});
+  EXPECT_EQ(desktop.log->lines(),
+            std::vector<std::string>{"ShareFull Error Domain=D Code=1 \"why\""});
+  EXPECT_TRUE(desktop.workspace->opened().empty());
+}
+
+TEST(OpenComposeWindow, EndsSilentlyWithoutAMessage) {
+  test::ShareTest desktop;
+  ShareViewController::open_compose_window(nullptr, std::nullopt);
+  EXPECT_TRUE(desktop.log->lines().empty());
+  EXPECT_TRUE(desktop.workspace->opened().empty());
+}
+
+TEST(ShareViewController, LogsTheTwoLinesOfAFirstShare) {
+  test::ShareTest desktop;
+  share(desktop, {});
+  const auto lines = desktop.log->lines();
+  ASSERT_EQ(lines.size(), 2U);
+  EXPECT_TRUE(lines[0].starts_with("shareInit delete Error Domain=NSCocoaErrorDomain Code=4 "));
+  EXPECT_EQ("shareInit create " + lines[0].substr(17), lines[1]) << "the same error twice";
+}
+
+TEST(ShareViewController, GoesOnWithoutAContainer) {
+  test::ShareTest desktop;
+  const platform::ScopedDesktop bare({.bundle = std::make_shared<test::FixedBundle>("x"),
+                                      .workspace = desktop.workspace,
+                                      .log = desktop.log,
+                                      .queue = desktop.queue,
+                                      .clock = desktop.clock});
+  share(desktop, {item({provider("public.url", NSURL::URLWithString("http://a"))})});
+  ASSERT_EQ(desktop.workspace->opened().size(), 1U);
+  EXPECT_EQ(desktop.workspace->opened()[0].application, "it.vorlent.quoll");
+  ASSERT_EQ(desktop.log->lines().size(), 1U);
+  EXPECT_TRUE(desktop.log->lines()[0].starts_with("shareInit Error Domain="));
+}
+
+}  // namespace
+}  // namespace quoll

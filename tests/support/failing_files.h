@@ -1,0 +1,56 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "quoll/platform/files.h"
+
+namespace quoll::test {
+
+/// Another file manager whose calls fail where the test says so. A call that fails touches nothing.
+/// Any thread may call.
+class FailingFiles final : public platform::NSFileManager {
+ public:
+  enum class Operation { kContainer, kRemove, kCreateDirectory, kCopy, kList, kRead, kWrite };
+
+  explicit FailingFiles(std::shared_ptr<platform::NSFileManager> inner)
+      : inner_(std::move(inner)) {}
+
+  /// Lets the `nth` call of an operation from now on, counted from 1, fail with that error (an
+  /// operation without errors then answers nothing).
+  void fail(Operation operation, int nth, foundation::Error error);
+  /// How often an operation was called.
+  [[nodiscard]] int calls(Operation operation) const;
+
+  std::shared_ptr<foundation::NSURL> containerURLForSecurityApplicationGroupIdentifier(
+      std::string_view group) override;
+  bool removeItemAtURL(const std::shared_ptr<foundation::NSURL>& url,
+                       std::optional<foundation::Error>& error) override;
+  bool createDirectoryAtURL(const std::shared_ptr<foundation::NSURL>& url,
+                            std::optional<foundation::Error>& error) override;
+  bool copyItemAtPath(std::string_view source, std::string_view destination,
+                      std::optional<foundation::Error>& error) override;
+  bool fileExistsAtPath(std::string_view path, bool* is_directory = nullptr) override;
+  std::optional<std::vector<std::string>> contentsOfDirectoryAtPath(std::string_view path) override;
+  std::optional<foundation::Bytes> contentsAtPath(std::string_view path,
+                                                  std::optional<foundation::Error>& error) override;
+  bool writeToFile(const foundation::Bytes& data, std::string_view path, unsigned options,
+                   std::optional<foundation::Error>& error) override;
+  std::string currentDirectoryPath() override { return inner_->currentDirectoryPath(); }
+
+ private:
+  /// Counts a call; the error with which it is to fail.
+  std::optional<foundation::Error> next(Operation operation);
+
+  std::shared_ptr<platform::NSFileManager> inner_;
+  mutable std::mutex mutex_;
+  std::map<Operation, int> calls_;
+  std::map<std::pair<Operation, int>, foundation::Error> failures_;
+};
+
+}  // namespace quoll::test
