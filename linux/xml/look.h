@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "quoll/platform/styled_text.h"
+
+namespace quoll::xml {
+
+/// A text that a hundred thousand nested elements inherit without a copy each.
+class SharedText {
+ public:
+  SharedText() = default;
+  explicit SharedText(std::string_view text)
+      : held_(text.empty() ? nullptr : std::make_shared<const std::string>(text)) {}
+
+  [[nodiscard]] std::string_view view() const { return held_ ? *held_ : std::string_view(); }
+  friend bool operator==(const SharedText& a, const SharedText& b) {
+    return a.held_ == b.held_ || a.view() == b.view();
+  }
+
+ private:
+  std::shared_ptr<const std::string> held_;
+};
+
+/// What a piece of text looks like: `platform::TextAttributes` while a document is read.
+struct Look {
+  bool bold = false;
+  bool italic = false;
+  bool underline = false;
+  bool strikethrough = false;
+  std::optional<std::uint32_t> colour;
+  std::optional<std::uint32_t> background;
+  double size = 0;
+  SharedText font;
+  SharedText link;
+  friend bool operator==(const Look&, const Look&) = default;
+};
+
+/// What an element hands down to what is inside it.
+struct Inherited {
+  Look look;
+  /// Nothing inside is shown.
+  bool hidden = false;
+  /// White space stands as written.
+  bool preserved = false;
+  /// No-break blanks stand for ordinary ones.
+  bool blanks = false;
+};
+
+}  // namespace quoll::xml
