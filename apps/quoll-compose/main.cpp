@@ -1,0 +1,149 @@
+#include <gmime/gmime.h>
+
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "apps/quoll-compose/cannot_compose.h"
+#include "apps/quoll-compose/draft_summary.h"
+#include "apps/quoll-compose/places.h"
+#include "apps/quoll-compose/received_draft.h"
+#include "apps/quoll-compose/service.h"
+#include "linux/posix/files.h"
+#include "linux/posix/program_bundle.h"
+#include "linux/posix/system_log.h"
+#include "quoll/message/command_launcher.h"
+#include "quoll/platform/desktop.h"
+
+namespace {
+
+using namespace quoll;
+
+struct Wanted {
+  std::vector<std::string> urls;
+  std::string draft;  ///< the one to show; the newest when it is empty
+  double idle_seconds = 10;
+  bool service = false;
+  bool list = false;
+  bool show = false;
+};
+
+int compose(const std::vector<std::string>& urls) {
+  const auto tokens = gio::take_activation_tokens();
+  int status = 0;
+  for (const auto& url : urls) {
+    try {
+      const auto draft = finish(std::make_unique<receiver::ReceivedDraft>(url), tokens);
+      receiver::print_summary(std::cout, receiver::read_draft(draft.path), draft.left_out);
+      if (!draft.handed_over.empty()) {
+        std::cout << "The draft " << draft.handed_over << ".\n";
+      }
+      status = draft.left_out.empty() ? status : 1;
+    } catch (const receiver::CannotCompose& reason) {
+      std::cerr << "quoll-compose: " << reason.what() << '\n';
+      status = 1;
+    }
+  }
+  return status;
+}
+
+int show(std::string path) {
+  if (path.empty()) {
+    receiver::wait_for_drafts_under_way();
+    const auto drafts = receiver::kept_drafts();
+    if (drafts.empty()) {
+      throw receiver::CannotCompose("no draft is kept");
+    }
+    path = drafts.back().path;
+  }
+  receiver::print_summary(std::cout, receiver::read_draft(path), {});
+  return 0;
+}
+
+int list() {
+  receiver::wait_for_drafts_under_way();
+  for (const auto& draft : receiver::kept_drafts()) {
+    receiver::print_line(std::cout, draft);
+  }
+  return 0;
+}
+
+int serve(double idle_seconds) {
+  const auto identifier = platform::main_bundle_identifier();
+  const std::string* name = identifier.text();
+  return receiver::serve(name != nullptr ? *name : std::string(it_vorlent_quoll_2),
+                         std::chrono::milliseconds(static_cast<std::int64_t>(idle_seconds * 1000)));
+}
+
+/// What was asked for, or the exit status when that was help or a mistake.
+std::optional<int> parse(int argc, char** argv, Wanted& wanted) {
+  CLI::App app{
+      "Takes the drafts of shares where no mail application is installed: keeps each as a message\n"
+      "file and opens it with the mail client that is there."};
+  app.set_version_flag("--version", "quoll-compose " QUOLL_VERSION);
+  auto* urls = app.add_option("URL", wanted.urls, "compose commands, quoll://compose?...");
+  auto* service = app.add_flag("--service", wanted.service, "take drafts from the session bus");
+  app.add_option("--idle", wanted.idle_seconds, "end the service after so many idle seconds")
+      ->needs(service)
+      ->check(CLI::Range(0.0, 86400.0))
+      ->capture_default_str();
+  auto* list = app.add_flag("--list", wanted.list, "list the drafts that are kept, newest last");
+  auto* show = app.add_option("--show", wanted.draft, "show this draft, or the newest")
+                   ->type_name("[FILE]")
+                   ->expected(0, 1);
+  urls->excludes(service)->excludes(list)->excludes(show);
+  service->excludes(list)->excludes(show);
+  list->excludes(show);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : 2;
+  }
+  wanted.show = show->count() > 0;
+  if (wanted.urls.empty() && !wanted.service && !wanted.list && !wanted.show) {
+    std::cerr << "quoll-compose: nothing to do; see quoll-compose --help\n";
+    return 2;
+  }
+  return std::nullopt;
+}
+
+int run(const Wanted& wanted) {
+  if (wanted.service) {
+    return serve(wanted.idle_seconds);
+  }
+  if (wanted.list) {
+    return list();
+  }
+  return wanted.show ? show(wanted.draft) : compose(wanted.urls);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Wanted wanted;
+  if (const auto status = parse(argc, argv, wanted)) {
+    return *status;
+  }
+  platform::install({.bundle = posix::make_program_bundle(std::string(it_vorlent_quoll_2)),
+                     .files = posix::make_file_manager(),
+                     .coordinator = {},
+                     .workspace = {},
+                     .notifications = {},
+                     .log = posix::make_system_log("quoll-compose"),
+                     .queue = {},
+                     .clock = {},
+                     .images = {},
+                     .styled_text = {}});
+  g_mime_init();
+  try {
+    return run(wanted);
+  } catch (const std::exception& exception) {
+    std::cerr << "quoll-compose: " << exception.what() << '\n';
+    return 1;
+  }
+}

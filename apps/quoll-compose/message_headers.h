@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string_view>
+
+#include "apps/quoll-compose/mime_handles.h"
+#include "quoll/message/extension_message.h"
+
+namespace quoll::receiver {
+
+/// A message with the headers of a draft that was never sent: `X-Unsent: 1`, the subject, the
+/// recipients, and the sender when there is one; no date and no identifier, which are the mail
+/// client's. Joined recipients end in ";" each; a text that is no address stays, as a name without
+/// one, so that a person can mend it.
+[[nodiscard]] MimeHandle<GMimeMessage> message_with_headers(const ExtensionMessage& message);
+
+}  // namespace quoll::receiver

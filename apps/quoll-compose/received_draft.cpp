@@ -1,0 +1,70 @@
+#include "apps/quoll-compose/received_draft.h"
+
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+
+#include <cstdint>
+
+#include "apps/quoll-compose/cannot_compose.h"
+#include "apps/quoll-compose/draft_file.h"
+#include "apps/quoll-compose/mail_client.h"
+#include "apps/quoll-compose/places.h"
+#include "quoll/platform/log.h"
+
+namespace quoll::receiver {
+namespace {
+
+// A sender is answered before its draft is written, so what would stop the writing is found now.
+void require_room(const ComposeCommand& command, const std::vector<TakenFile>& files) {
+  std::uint64_t needed = 2 * text_of_field(command.message->htmlBody()).size() +
+                         2 * text_of_field(command.message->plainBody()).size();
+  for (const auto& file : files) {
+    struct stat status {};
+    if (stat(file.path.c_str(), &status) == 0) {
+      // In Base64, with a line break of two bytes after 76.
+      needed += static_cast<std::uint64_t>(status.st_size) / 57 * 78 + 1024;
+    }
+  }
+  struct statvfs room {};
+  const std::string folder = drafts_folder();
+  if (statvfs(folder.c_str(), &room) == 0 && room.f_bavail * room.f_frsize < needed) {
+    throw CannotCompose("there is no room for the draft: it needs " + std::to_string(needed) +
+                        " bytes in " + folder);
+  }
+}
+
+// A stranger may ask for any number of files; the log need not hold them all.
+void log_left_out(const std::vector<LeftOut>& left_out) {
+  constexpr std::size_t kMost = 20;
+  for (std::size_t at = 0; at < left_out.size() && at < kMost; ++at) {
+    platform::log("left out %@: %@", left_out[at].name, left_out[at].reason);
+  }
+  if (left_out.size() > kMost) {
+    platform::log("left out %@ more", left_out.size() - kMost);
+  }
+}
+
+}  // namespace
+
+ReceivedDraft::ReceivedDraft(std::string_view url)
+    : command_(read_compose_command(url)),
+      under_way_(mark_draft_under_way()),
+      files_(command_.attachments) {
+  require_room(command_, files_.files());
+}
+
+std::string ReceivedDraft::write() const {
+  return write_draft(*command_.message, files_.files());
+}
+
+FinishedDraft finish(std::unique_ptr<ReceivedDraft> received, const gio::ActivationTokens& tokens) {
+  FinishedDraft finished{
+      .path = received->write(), .left_out = received->left_out(), .handed_over = {}};
+  received.reset();
+  log_left_out(finished.left_out);
+  finished.handed_over = hand_to_mail_client(finished.path, tokens);
+  platform::log("draft %@ %@", finished.path, finished.handed_over);
+  return finished;
+}
+
+}  // namespace quoll::receiver

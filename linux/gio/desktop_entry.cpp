@@ -1,0 +1,73 @@
+#include "linux/gio/desktop_entry.h"
+
+#include <fcntl.h>
+
+#include "linux/posix/unique_fd.h"
+
+namespace quoll::gio {
+namespace {
+
+// The library offers an entry that names a bus service to that service and looks no further, even
+// when nobody provides it. Without the key, and without a file, it runs the `Exec` line.
+EntryHandle without_activation(GDesktopAppInfo* entry) {
+  const KeyFileHandle file(g_key_file_new());
+  const char* path = g_desktop_app_info_get_filename(entry);
+  if (path == nullptr ||
+      g_key_file_load_from_file(file.get(), path, G_KEY_FILE_NONE, nullptr) == FALSE) {
+    return nullptr;
+  }
+  g_key_file_remove_key(file.get(), G_KEY_FILE_DESKTOP_GROUP,
+                        G_KEY_FILE_DESKTOP_KEY_DBUS_ACTIVATABLE, nullptr);
+  return EntryHandle(g_desktop_app_info_new_from_keyfile(file.get()));
+}
+
+void pass_token(GAppLaunchContext* context, const char* variable, const std::string& token) {
+  if (token.empty()) {
+    g_app_launch_context_unsetenv(context, variable);
+  } else {
+    g_app_launch_context_setenv(context, variable, token.c_str());
+  }
+}
+
+}  // namespace
+
+Failure start_program(GDesktopAppInfo* entry, const std::vector<std::string>& uris,
+                      const ActivationTokens& tokens) {
+  const EntryHandle startable = without_activation(entry);
+  if (!startable) {
+    return std::string("the entry ") + g_app_info_get_id(G_APP_INFO(entry)) + " cannot be used";
+  }
+  const ObjectHandle<GAppLaunchContext> context(g_app_launch_context_new());
+  pass_token(context.get(), "XDG_ACTIVATION_TOKEN", tokens.activation);
+  pass_token(context.get(), "DESKTOP_STARTUP_ID", tokens.startup);
+  GList* list = nullptr;
+  for (auto uri = uris.rbegin(); uri != uris.rend(); ++uri) {
+    list = g_list_prepend(list, const_cast<char*>(uri->c_str()));
+  }
+  const posix::UniqueFd nothing(open("/dev/null", O_RDWR | O_CLOEXEC));
+  ErrorSlot error;
+  const bool started =
+      g_desktop_app_info_launch_uris_as_manager_with_fds(
+          startable.get(), list, context.get(), G_SPAWN_SEARCH_PATH, nullptr, nullptr, nullptr,
+          nullptr, nothing.get(), nothing.get(), nothing.get(), error.out()) != FALSE;
+  g_list_free(list);
+  if (started) {
+    return std::nullopt;
+  }
+  if (error.is(G_SPAWN_ERROR, G_SPAWN_ERROR_TOO_BIG)) {
+    return "the URLs are too long for a command line, which takes 131071 bytes each";
+  }
+  return std::string(g_app_info_get_name(G_APP_INFO(entry))) +
+         " could not be started: " + error.message();
+}
+
+bool entry_exists(const std::string& application) {
+  const KeyFileHandle file(g_key_file_new());
+  const std::string name = "applications/" + application + ".desktop";
+  ErrorSlot error;
+  return g_key_file_load_from_data_dirs(file.get(), name.c_str(), nullptr, G_KEY_FILE_NONE,
+                                        error.out()) != FALSE ||
+         !error.is(G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_NOT_FOUND);
+}
+
+}  // namespace quoll::gio
