@@ -1,0 +1,20 @@
+#pragma once
+
+#include <variant>
+
+#include "quoll/host/select.h"
+
+namespace quoll {
+
+/// The command line of `quoll-share`.
+struct Arguments {
+  host::Wanted wanted;
+  bool print = false;
+  bool verbose = false;
+};
+
+/// Reads the command line. When there is nothing more to do (help was shown, or what was wrong) it
+/// answers the number to end the program with.
+[[nodiscard]] std::variant<Arguments, int> parse(int argc, const char* const* argv);
+
+}  // namespace quoll

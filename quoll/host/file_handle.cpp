@@ -1,0 +1,56 @@
+#include "quoll/host/file_handle.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+namespace quoll::host {
+
+void FileHandle::reset() {
+  if (const int descriptor = std::exchange(descriptor_, -1); descriptor >= 0) {
+    close(descriptor);
+  }
+}
+
+bool write_all(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(descriptor, bytes.data(), bytes.size());
+    if (written < 0 && errno != EINTR) {
+      return false;
+    }
+    bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
+  }
+  return true;
+}
+
+bool read_until(int descriptor, std::string& text, std::size_t enough, bool& ended) {
+  constexpr std::size_t kLargestRead = std::size_t{1} << 20;
+  ended = false;
+  while (!ended && text.size() < enough) {
+    const std::size_t before = text.size();
+    text.resize(before + std::min(kLargestRead, enough - before));
+    const ssize_t got = read(descriptor, text.data() + before, text.size() - before);
+    const int number = errno;
+    text.resize(before + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+    if (got < 0 && number != EINTR) {
+      errno = number;
+      return false;
+    }
+    ended = got == 0;
+  }
+  return true;
+}
+
+std::string error_words(int number) {
+  std::string words = std::generic_category().message(number);
+  // "Input/output error" becomes a part of a sentence; what begins with an abbreviation stays.
+  if (words.size() > 1 && words[0] >= 'A' && words[0] <= 'Z' &&
+      !(words[1] >= 'A' && words[1] <= 'Z')) {
+    words[0] = static_cast<char>(words[0] + ('a' - 'A'));
+  }
+  return words;
+}
+
+}  // namespace quoll::host

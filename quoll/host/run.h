@@ -1,0 +1,53 @@
+#pragma once
+
+#include <concepts>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "quoll/host/host_context.h"
+#include "quoll/host/select.h"
+#include "quoll/host/watched_queue.h"
+#include "quoll/host/witness.h"
+#include "quoll/platform/view.h"
+
+namespace quoll::host {
+
+/// The selection as one request with one extension item. HTML is read here, since only a confined
+/// process should; what cannot be read is left out.
+[[nodiscard]] std::shared_ptr<HostContext> make_request(Selection& selection);
+
+/// Returns when no background block is left; tells a person at a terminal how far the share is.
+void wait_until_done(const Selection& selection, WatchedQueue& background);
+
+/// What came of a share, besides what the workspace and the items know.
+struct Outcome {
+  std::shared_ptr<HostContext> request;
+  /// What was logged while the view was asked for: the staging folder was prepared then.
+  std::vector<std::string> preparation;
+  /// What was logged on the background queue, the items and the launch aside.
+  std::vector<std::string> background;
+};
+
+/// Shares the selection by an extension's view controller, as a share menu would: hands it the
+/// request, asks for its view on this thread, and stays until its background work has ended.
+template <std::derived_from<platform::NSViewController> Controller>
+[[nodiscard]] Outcome run(Selection& selection, WatchedQueue& background) {
+  Outcome outcome{.request = make_request(selection), .preparation = {}, .background = {}};
+  if (selection.empty()) {
+    return outcome;
+  }
+  Controller controller;
+  controller.set_extension_context(outcome.request);
+  Witness preparation;
+  {
+    const Witness::Scope scope(preparation);
+    controller.view();
+  }
+  wait_until_done(selection, background);
+  outcome.preparation = preparation.lines();
+  outcome.background = background.witness().lines();
+  return outcome;
+}
+
+}  // namespace quoll::host

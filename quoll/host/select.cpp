@@ -1,0 +1,146 @@
+#include "quoll/host/select.h"
+
+#include <cerrno>
+
+#include "quoll/foundation/text.h"
+#include "quoll/host/data_url.h"
+#include "quoll/host/file_handle.h"
+#include "quoll/host/image_signature.h"
+#include "quoll/host/intake.h"
+#include "quoll/host/media_type.h"
+#include "quoll/host/received_bytes.h"
+#include "quoll/platform/type_identifiers.h"
+
+namespace quoll::host {
+
+namespace {
+
+using foundation::Bytes;
+using foundation::NSURL;
+
+constexpr std::string_view kStandardInput = "-";
+
+class Selector {
+ public:
+  Selector(Selection& selection, int standard_input)
+      : selection_(selection), standard_input_(standard_input) {}
+
+  /// The text itself, or what standard input delivers; none when it cannot be shared.
+  std::optional<std::string> text(const std::optional<std::string>& given, std::string_view what) {
+    if (!given) {
+      return std::nullopt;
+    }
+    auto text = given == kStandardInput ? receive_text(standard_input_) : given;
+    if (!text) {
+      leave_out(what, error_words(errno));
+    } else if (!foundation::is_utf8(*text)) {
+      leave_out(what, "it is not UTF-8");
+      text.reset();
+    } else if (text->empty()) {
+      leave_out(what, "it is empty");
+      text.reset();
+    }
+    return text;
+  }
+
+  void add(const std::string& given) {
+    if (given == kStandardInput) {
+      add_standard_input();
+    } else if (const auto scheme = link_scheme(given);
+               scheme == "data" && why_not_shareable(given)) {
+      add_data_url(given);
+    } else {
+      Intake intake = take_in(given);
+      if (!intake.url) {
+        leave_out(given, std::move(intake.refusal));
+        return;
+      }
+      add_url(given, intake.url);
+    }
+  }
+
+ private:
+  void leave_out(std::string_view what, std::string why) {
+    selection_.left_out.push_back({std::string(what), std::move(why)});
+  }
+
+  void add_item(std::string_view given, std::string_view type, foundation::Value value) {
+    selection_.items.push_back(
+        std::make_shared<SharedItem>(std::string(given), type, std::move(value)));
+  }
+
+  void add_url(std::string_view given, const std::shared_ptr<NSURL>& url) {
+    add_item(given, url->isFileURL() ? platform::kUTTypeFileURL : platform::kUTTypeURL, url);
+  }
+
+  void add_image(std::string_view given, const std::string& bytes) {
+    add_item(given, platform::kUTTypeImage, Bytes(bytes.begin(), bytes.end()));
+  }
+
+  void add_standard_input() {
+    constexpr std::string_view kName = "standard input";
+    const auto received = receive(standard_input_);
+    if (!received) {
+      leave_out(kName, error_words(errno));
+    } else if (received->beginning.empty()) {
+      leave_out(kName, "it is empty");
+    } else if (received->is_whole && begins_as_image(received->beginning)) {
+      add_image(kName, received->beginning);
+    } else {
+      add_bytes(kName, "standard-input", media_type_of_bytes(received->beginning), *received);
+    }
+  }
+
+  void add_data_url(const std::string& given) {
+    constexpr std::size_t kShown = 40;
+    const std::string name = given.size() > kShown ? given.substr(0, kShown) + "..." : given;
+    auto data = read_data_url(given);
+    if (!data) {
+      leave_out(name, "the data: URL is damaged");
+    } else if (data->media_type.starts_with("image/") && begins_as_image(data->bytes)) {
+      add_image(name, data->bytes);
+    } else {
+      add_bytes(name, "data", data->media_type, {std::move(data->bytes), true});
+    }
+  }
+
+  /// Bytes become a private file, which is then shared like any other.
+  void add_bytes(std::string_view given, std::string_view name, std::string_view media_type,
+                 const ReceivedBytes& bytes) {
+    if (!selection_.folder) {
+      selection_.folder = PrivateFolder::make();
+    }
+    if (!selection_.folder) {
+      leave_out(given, "no temporary folder: " + error_words(errno));
+      return;
+    }
+    const std::string_view extension = extension_of_media_type(media_type);
+    std::string path;
+    const FileHandle file = selection_.folder->create(
+        std::string(name) + (extension.empty() ? "" : ".") + std::string(extension), path);
+    if (!file || !write_through(bytes, standard_input_, file.get())) {
+      leave_out(given, "it cannot be kept in a temporary file: " + error_words(errno));
+      return;
+    }
+    add_url(given, NSURL::file_url(path, false));
+  }
+
+  Selection& selection_;
+  int standard_input_;
+};
+
+}  // namespace
+
+Selection select(const Wanted& wanted, int standard_input) {
+  Selection selection;
+  Selector selector(selection, standard_input);
+  selection.title = selector.text(wanted.title, "the title");
+  selection.text = selector.text(wanted.text, "the text");
+  selection.html = selector.text(wanted.html, "the HTML text");
+  for (const std::string& item : wanted.items) {
+    selector.add(item);
+  }
+  return selection;
+}
+
+}  // namespace quoll::host

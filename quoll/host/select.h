@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "quoll/host/private_folder.h"
+#include "quoll/host/shared_item.h"
+
+namespace quoll::host {
+
+/// What somebody wants to share, as it was given. A text that is "-" comes from standard input, and
+/// so does an item; at most one of them all does.
+struct Wanted {
+  std::optional<std::string> title;
+  std::optional<std::string> text;
+  std::optional<std::string> html;
+  std::vector<std::string> items;
+};
+
+/// Something that is not shared, as it was given, and why, in words that follow a colon.
+struct LeftOut {
+  std::string what;
+  std::string why;
+};
+
+/// What can be shared of it.
+struct Selection {
+  std::optional<std::string> title;
+  std::optional<std::string> text;
+  std::optional<std::string> html;
+  std::vector<std::shared_ptr<SharedItem>> items;
+  std::vector<LeftOut> left_out;
+  /// Holds the files of items that came as bytes; null when there is none.
+  std::unique_ptr<PrivateFolder> folder;
+
+  /// A title alone is no share.
+  [[nodiscard]] bool empty() const { return !text && !html && items.empty(); }
+};
+
+/// Reads what was asked for. Files are looked at, not opened for good; bytes from standard input
+/// and from `data:` URLs are taken now. Whatever cannot be shared is left out with the reason and
+/// keeps nothing else back. To be called while there is one thread.
+[[nodiscard]] Selection select(const Wanted& wanted, int standard_input = 0);
+
+}  // namespace quoll::host

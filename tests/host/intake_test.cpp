@@ -1,0 +1,167 @@
+#include "quoll/host/intake.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <vector>
+
+#include "quoll/host/file_handle.h"
+#include "tests/support/temporary_folder.h"
+
+namespace quoll::host {
+namespace {
+
+/// A folder with awkward names, which is the working directory as long as it lives.
+class Intakes : public testing::Test {
+ protected:
+  Intakes() : before_(std::filesystem::current_path()) {
+    for (const char* const name :
+         {"plain.txt", "a b,c.txt", "x y", "x%20y", "only%20raw", "q?s#f", "gr\xC3\xBC\xC3\x9F.txt",
+          "bad\xFF.txt", "-dash", "line\nbreak", "100%", "http:", "a;b", "tail "}) {
+      folder_.write(name, "x");
+    }
+    std::filesystem::create_directory(folder_.path("folder"));
+    std::filesystem::create_symlink("plain.txt", folder_.path("link"));
+    std::filesystem::create_symlink("nowhere", folder_.path("dangling"));
+    std::filesystem::create_symlink("folder", folder_.path("to-folder"));
+    std::filesystem::current_path(folder_.path());
+  }
+  ~Intakes() override { std::filesystem::current_path(before_); }
+
+  test::TemporaryFolder folder_;
+  std::filesystem::path before_;
+};
+
+TEST_F(Intakes, FilesThatAreTaken) {
+  struct Row {
+    const char* reason;
+    std::string given;
+    std::string name;
+  };
+  char host[256] = {};
+  ASSERT_EQ(gethostname(host, sizeof host - 1), 0);
+  const std::string root = folder_.path() + "/";
+  const std::vector<Row> rows{
+      {"an absolute path", root + "plain.txt", "plain.txt"},
+      {"a relative path", "plain.txt", "plain.txt"},
+      {"a relative path with dots", "./folder/../plain.txt", "./folder/../plain.txt"},
+      {"a name with spaces and commas", "a b,c.txt", "a b,c.txt"},
+      {"an escaped URL", "file://" + root + "x%20y", "x y"},
+      {"a raw URL", "file://" + root + "a b,c.txt", "a b,c.txt"},
+      {"a name that looks escaped, in a URL that is", "file://" + root + "x%2520y", "x%20y"},
+      {"a name that looks escaped, in a URL that is not", "file://" + root + "only%20raw",
+       "only%20raw"},
+      {"raw UTF-8 in a URL", "file://" + root + "gr\xC3\xBC\xC3\x9F.txt", "gr\xC3\xBC\xC3\x9F.txt"},
+      {"escaped UTF-8 in a URL", "file://" + root + "gr%C3%BC%C3%9F.txt", "gr\xC3\xBC\xC3\x9F.txt"},
+      {"question mark and mark cut nothing", "file://" + root + "q?s#f", "q?s#f"},
+      {"the same, escaped", "file://" + root + "q%3Fs%23f", "q?s#f"},
+      {"a semicolon cuts nothing", "file://" + root + "a;b", "a;b"},
+      {"a lone percent sign", "file://" + root + "100%", "100%"},
+      {"the host localhost", "file://LocalHost" + root + "plain.txt", "plain.txt"},
+      {"the host of this machine", std::string("file://") + host + root + "plain.txt", "plain.txt"},
+      {"one slash", "file:" + root + "plain.txt", "plain.txt"},
+      {"a scheme in capitals", "FILE://" + root + "plain.txt", "plain.txt"},
+      {"a name that is not UTF-8", "bad\xFF.txt", "bad\xFF.txt"},
+      {"the same in a URL, escaped", "file://" + root + "bad%FF.txt", "bad\xFF.txt"},
+      {"a name that begins with a dash", "-dash", "-dash"},
+      {"a line break in a name", "line\nbreak", "line\nbreak"},
+      {"white space at the end of a name", "tail ", "tail "},
+      {"an existing path is no link", "http:", "http:"},
+      {"a symbolic link to a file", "link", "link"},
+  };
+  for (const Row& row : rows) {
+    const Intake intake = take_in(row.given);
+    ASSERT_TRUE(intake.url) << row.reason << ": " << intake.refusal;
+    EXPECT_TRUE(intake.url->isFileURL()) << row.reason;
+    EXPECT_EQ(intake.url->file_system_path(), root + row.name) << row.reason;
+  }
+}
+
+TEST_F(Intakes, LinksThatAreTaken) {
+  struct Row {
+    const char* reason;
+    std::string given;
+    std::string url;
+  };
+  const std::vector<Row> rows{
+      {"a link stays as it is", "https://example.org/a?b=c#d", "https://example.org/a?b=c#d"},
+      {"what is escaped is not escaped again", "http://h/a%20b", "http://h/a%20b"},
+      {"a space", "http://h/a b", "http://h/a%20b"},
+      {"quotes and brackets", "http://h/\"<>\"", "http://h/%22%3C%3E%22"},
+      {"no ASCII", "http://h/\xC3\xA4", "http://h/%C3%A4"},
+      {"a lone percent sign beside an escape", "http://h/100%/%41 x", "http://h/100%25/%41%20x"},
+      {"a second mark", "http://h/#a#b", "http://h/#a%23b"},
+      {"white space around it", " https://h/\n", "https://h/"},
+      {"a mail address", "mailto:joe@example.org", "mailto:joe@example.org"},
+      {"a scheme with a plus sign", "git+ssh://h/r", "git+ssh://h/r"},
+      {"no scheme", "www.example.org/x", "http://www.example.org/x"},
+      {"no scheme, in capitals", "WWW.example.org", "http://WWW.example.org"},
+  };
+  for (const Row& row : rows) {
+    const Intake intake = take_in(row.given);
+    ASSERT_TRUE(intake.url) << row.reason << ": " << intake.refusal;
+    EXPECT_EQ(intake.url->absoluteString(), row.url) << row.reason;
+  }
+}
+
+TEST_F(Intakes, Refused) {
+  struct Row {
+    const char* reason;
+    std::string given;
+    const char* refusal;
+  };
+  ASSERT_EQ(mkfifo(folder_.path("pipe").c_str(), 0600), 0);
+  const FileHandle socket_file(socket(AF_UNIX, SOCK_STREAM, 0));
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::strncpy(address.sun_path, "socket", sizeof address.sun_path - 1);
+  ASSERT_EQ(bind(socket_file.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  const std::vector<Row> rows{
+      {"nothing", "", "the name is empty"},
+      {"a zero byte", std::string("a\0b", 3), "the name holds a zero byte"},
+      {"an escaped zero byte", "file:///tmp/%00", "the name holds a zero byte"},
+      {"a missing file", "/no/such/file", "no such file"},
+      {"a missing file by URL", "file:///no/such/file", "no such file"},
+      {"a file as a folder", "plain.txt/x", "no such file"},
+      {"a link to nowhere", "dangling", "no such file"},
+      {"free text", "buy milk", "no such file"},
+      {"free text with a colon", "note: buy milk", "no such file"},
+      {"a drive letter", "C:\\notes.txt", "no such file"},
+      {"a scheme and nothing else", "https:", "no such file"},
+      {"the home folder's sign is a name like any other", "~/plain.txt", "no such file"},
+      {"a folder", "folder", "it is a folder"},
+      {"a folder by URL", "file://" + folder_.path("folder/"), "it is a folder"},
+      {"a link to a folder", "to-folder", "it is a folder"},
+      {"a device", "/dev/null", "it is a device"},
+      {"a pipe", "pipe", "it is a pipe"},
+      {"a socket", "socket", "it is a socket"},
+      {"another machine", "file://elsewhere.example/plain.txt", "the file is on another computer"},
+      {"a name longer than any", std::string(10'000, 'x'), "file name too long"},
+      {"a file URL without a path", "file://localhost", "no such file"},
+  };
+  for (const Row& row : rows) {
+    const Intake intake = take_in(row.given);
+    EXPECT_FALSE(intake.url) << row.reason;
+    EXPECT_EQ(intake.refusal, row.refusal) << row.reason;
+  }
+}
+
+TEST_F(Intakes, UnreadableFile) {
+  ASSERT_EQ(chmod(folder_.path("plain.txt").c_str(), 0), 0);
+  ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
+  const uid_t user = geteuid();
+  if (user == 0) {
+    ASSERT_EQ(seteuid(65534), 0);  // the superuser may read everything
+  }
+  const Intake intake = take_in(folder_.path("plain.txt"));
+  ASSERT_EQ(seteuid(user), 0);
+  EXPECT_FALSE(intake.url);
+  EXPECT_EQ(intake.refusal, "permission denied");
+}
+
+}  // namespace
+}  // namespace quoll::host

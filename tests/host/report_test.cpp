@@ -1,0 +1,150 @@
+#include "quoll/host/report.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "quoll/foundation/format.h"
+#include "quoll/host/watched_desktop.h"
+#include "quoll/platform/desktop.h"
+#include "quoll/platform/type_identifiers.h"
+#include "tests/support/recorders.h"
+
+namespace quoll::host {
+namespace {
+
+using foundation::file_error;
+using foundation::format;
+using foundation::NSURL;
+
+/// An item for which the extension wrote this file, or logged this line.
+std::shared_ptr<SharedItem> file_item(const std::string& name, const std::string& staged,
+                                      const std::string& line) {
+  const auto queue = std::make_shared<test::HeldQueue>();
+  const platform::ScopedDesktop desktop({.queue = queue});
+  auto item = std::make_shared<SharedItem>(name, platform::kUTTypeFileURL,
+                                           NSURL::file_url("/" + name, false));
+  item->loadItemForTypeIdentifier(platform::kUTTypeURL, [&](const auto&, const auto&) {
+    if (!staged.empty()) {
+      Witness::current()->saw_file(staged);
+    }
+    if (!line.empty()) {
+      Witness::current()->saw_line(line);
+    }
+  });
+  queue->run();
+  return item;
+}
+
+struct Told {
+  ExitCode code;
+  std::string text;
+};
+
+Told told(const Selection& selection, const Outcome& outcome, const char* url, bool answer = true) {
+  WatchedWorkspace workspace(std::make_shared<test::RecordingWorkspace>(answer));
+  if (url != nullptr) {
+    workspace.openURLs({NSURL::URLWithString(url)}, "x", 0);
+  }
+  std::ostringstream out;
+  const ExitCode code = report(selection, outcome, workspace, out);
+  return {code, out.str()};
+}
+
+TEST(Report, WhatTheDraftHoldsDecides) {
+  struct Row {
+    const char* reason;
+    std::string staged;
+    std::string line;
+    const char* url;
+    std::string text;
+  };
+  const std::string denied =
+      format("Error writing file shareFiles %@", file_error(EACCES, "/a.pdf", true));
+  const std::vector<Row> rows{
+      {"it is in the draft", "/Share/a.pdf", "", "quoll://compose?attachment_0=%2FShare%2Fa.pdf",
+       ""},
+      {"it was staged a moment too late", "/Share/a.pdf", "", "quoll://compose?",
+       "left out: a.pdf: it took too long\n"},
+      {"another file of that name is in the draft", "/Share/a_1.pdf", "",
+       "quoll://compose?attachment_0=%2FShare%2Fa.pdf", "left out: a.pdf: it took too long\n"},
+      {"it could not be read", "", denied, "quoll://compose?",
+       "left out: a.pdf: permission denied\n"},
+      {"a line was logged and all went well", "/Share/a.pdf", "a note",
+       "quoll://compose?attachment_0=%2FShare%2Fa.pdf", ""},
+      {"no folder to stage it in", "",
+       format("Error shareFiles %@", file_error(ENOENT, "/x", true)), "quoll://compose?",
+       "left out: a.pdf: the shared folder cannot be used\n"},
+  };
+  for (const Row& row : rows) {
+    Selection selection;
+    selection.items = {file_item("a.pdf", row.staged, row.line)};
+    const Told answer = told(selection, {}, row.url);
+    EXPECT_EQ(answer.text, row.text) << row.reason;
+    EXPECT_EQ(answer.code, row.text.empty() ? ExitCode::kOpened : ExitCode::kSomethingLeftOut)
+        << row.reason;
+  }
+}
+
+TEST(Report, Links) {
+  Selection selection;
+  for (const char* const link : {"https://in/", "https://out/"}) {
+    selection.items.push_back(
+        std::make_shared<SharedItem>(link, platform::kUTTypeURL, NSURL::URLWithString(link)));
+  }
+  const Told answer = told(
+      selection, {},
+      "quoll://"
+      "compose?htmlBody=%3Ca%20href%3D%22https%3A%2F%2Fin%2F%22%3Ehttps%3A%2F%2Fin%2F%3C%2Fa%3E");
+  EXPECT_EQ(answer.text, "left out: https://out/: it was not asked for\n");
+}
+
+TEST(Report, NotOpened) {
+  Selection selection;
+  selection.text = "x";
+  EXPECT_EQ(told(selection, {}, "quoll://compose?", false).code, ExitCode::kNotOpened);
+  Outcome outcome;
+  outcome.background = {"the share ended early: no memory"};
+  EXPECT_EQ(told(selection, outcome, nullptr).text,
+            "not opened: the share ended early: no memory\n");
+}
+
+TEST(Report, NamesFromStrangersAreEscaped) {
+  Selection selection;
+  selection.text = "x";
+  selection.left_out = {{"a\n\x1B[2J", "no such file"}};
+  EXPECT_EQ(told(selection, {}, "quoll://compose?").text, "left out: a\\n\\x1B[2J: no such file\n");
+}
+
+TEST(Report, TroubleWithTheSharedFolderIsToldOnce) {
+  struct Row {
+    const char* reason;
+    std::vector<std::string> preparation;
+    const char* begin;
+  };
+  const auto missing = file_error(ENOENT, "/Share", true);
+  const auto read_only = file_error(EROFS, "/Share", true);
+  const std::vector<Row> rows{
+      {"the very first share",
+       {format("shareInit delete %@", missing), format("shareInit create %@", missing)},
+       ""},
+      {"a read-only container",
+       {format("shareInit delete %@", read_only), format("shareInit create %@", read_only)},
+       "the shared folder cannot be used: read-only file system; "},
+      {"no container", {format("shareInit %@", missing)}, "the shared folder cannot be used: "},
+  };
+  for (const Row& row : rows) {
+    Selection selection;
+    selection.text = "x";
+    Outcome outcome;
+    outcome.preparation = row.preparation;
+    const Told answer = told(selection, outcome, "quoll://compose?");
+    EXPECT_TRUE(answer.text.starts_with(row.begin)) << row.reason << ": " << answer.text;
+    EXPECT_EQ(std::count(answer.text.begin(), answer.text.end(), '\n'), *row.begin == 0 ? 0 : 1)
+        << row.reason;
+    EXPECT_EQ(answer.code, ExitCode::kOpened) << row.reason;
+  }
+}
+
+}  // namespace
+}  // namespace quoll::host

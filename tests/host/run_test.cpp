@@ -1,0 +1,143 @@
+#include "quoll/host/run.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "quoll/host/report.h"
+#include "quoll/host/watched_desktop.h"
+#include "quoll/message/extension_message.h"
+#include "quoll/platform/desktop.h"
+#include "quoll/platform/type_identifiers.h"
+#include "quoll/share/share_view_controller.h"
+#include "tests/host/folder_files.h"
+#include "tests/support/recorders.h"
+#include "tests/support/temporary_folder.h"
+
+namespace quoll::host {
+namespace {
+
+using foundation::NSURL;
+
+/// A coordinator that has nobody to keep apart.
+class NobodyElse final : public platform::NSFileCoordinator {
+ public:
+  void coordinateWritingItemAtURL(
+      const std::shared_ptr<NSURL>& url, unsigned /*options*/,
+      std::optional<foundation::Error>& /*error*/,
+      const std::function<void(const std::shared_ptr<NSURL>&)>& accessor) override {
+    const std::lock_guard lock(mutex());
+    accessor(url);
+  }
+
+ private:
+  static std::mutex& mutex() {
+    static std::mutex one;
+    return one;
+  }
+};
+
+/// A provider that tells at each load whether the request was cancelled by then.
+class RecordingProvider final : public platform::NSItemProvider {
+ public:
+  [[nodiscard]] bool hasItemConformingToTypeIdentifier(std::string_view type) const override {
+    return type == platform::kUTTypeURL;
+  }
+  void loadItemForTypeIdentifier(std::string_view /*type*/, CompletionHandler handler) override {
+    loads.push_back(request->cancellation());
+    handler(NSURL::URLWithString("https://h/"), std::nullopt);
+  }
+
+  std::shared_ptr<HostContext> request;
+  std::vector<std::optional<foundation::Error>> loads;
+};
+
+class Run : public testing::Test {
+ protected:
+  Run()
+      : desktop_({.files = watched_files(std::make_shared<test::FolderFiles>(folder_.path())),
+                  .coordinator = [] { return std::make_unique<NobodyElse>(); },
+                  .workspace = workspace_,
+                  .log = watched_log(log_, false),
+                  .queue = queue_,
+                  .clock = std::make_shared<test::HeldClock>(
+                      [](int) { std::this_thread::sleep_for(std::chrono::milliseconds(5)); })}) {}
+  ~Run() override { threads_->wait(); }
+
+  ExitCode report_of(const Selection& selection, const Outcome& outcome) {
+    std::ostringstream out;
+    const ExitCode code = report(selection, outcome, *workspace_, out);
+    told_ = out.str();
+    return code;
+  }
+
+  test::TemporaryFolder folder_;
+  std::shared_ptr<test::ThreadQueue> threads_ = std::make_shared<test::ThreadQueue>();
+  std::shared_ptr<WatchedQueue> queue_ = std::make_shared<WatchedQueue>(threads_);
+  std::shared_ptr<test::RecordingLog> log_ = std::make_shared<test::RecordingLog>();
+  std::shared_ptr<WatchedWorkspace> workspace_ =
+      std::make_shared<WatchedWorkspace>(std::make_shared<test::RecordingWorkspace>());
+  platform::ScopedDesktop desktop_;
+  std::string told_;
+};
+
+TEST_F(Run, TheRequestIsCancelledBeforeAnythingIsLoaded) {
+  auto provider = std::make_shared<RecordingProvider>();
+  auto item = std::make_shared<platform::NSExtensionItem>();
+  item->attachments = {provider};
+  provider->request = std::make_shared<HostContext>(HostContext::Items{item});
+  ShareViewController controller;
+  controller.set_extension_context(provider->request);
+  controller.view();
+  wait_until_done({}, *queue_);
+  ASSERT_EQ(provider->loads.size(), 1U);
+  ASSERT_TRUE(provider->loads[0]) << "not cancelled when the item was asked for";
+  EXPECT_EQ(provider->loads[0]->domain, foundation::NSCocoaErrorDomain);
+  EXPECT_EQ(provider->loads[0]->code, foundation::NSUserCancelledError);
+}
+
+TEST_F(Run, AWholeShareIsSilent) {
+  Selection selection =
+      select({"A title", "Text", {}, {folder_.write("a.txt", "x"), "https://example.org/"}});
+  selection.text.reset();  // the empty desktop turns no text to HTML
+  const Outcome outcome = run<ShareViewController>(selection, *queue_);
+  EXPECT_EQ(report_of(selection, outcome), ExitCode::kOpened);
+  EXPECT_EQ(told_, "");
+  ASSERT_TRUE(outcome.request->cancellation());
+  const auto message = ExtensionMessage::ExtensionMessageWithUrl(workspace_->opening()->urls.at(0));
+  EXPECT_EQ(message->subject(), foundation::Value("A title"));
+  EXPECT_EQ(message->attachments()->count(), 1U);
+}
+
+TEST_F(Run, EverySelectedItemThatIsNotInTheDraftIsNamed) {
+  const std::string vanishing = folder_.write("vanishing.txt", "x");
+  Selection selection = select({{}, {}, {}, {"/missing", vanishing, "https://example.org/"}});
+  selection.items.push_back(
+      std::make_shared<SharedItem>("picture", platform::kUTTypeImage, foundation::Value("text")));
+  std::filesystem::remove(vanishing);
+  EXPECT_EQ(report_of(selection, run<ShareViewController>(selection, *queue_)),
+            ExitCode::kSomethingLeftOut);
+  EXPECT_EQ(told_, "left out: /missing: no such file\nleft out: " + vanishing +
+                       ": no such file or directory\nleft out: picture: not an image: a text\n");
+}
+
+TEST_F(Run, NothingToShareAsksForNothing) {
+  Selection selection = select({"A title", {}, {}, {"/missing"}});
+  EXPECT_EQ(report_of(selection, run<ShareViewController>(selection, *queue_)),
+            ExitCode::kNotOpened);
+  EXPECT_EQ(told_,
+            "left out: /missing: no such file\n"
+            "not opened: nothing that was given can be shared\n");
+  EXPECT_FALSE(workspace_->opening());
+  EXPECT_TRUE(log_->lines().empty()) << "the staging folder was not touched";
+}
+
+TEST_F(Run, HtmlThatCannotBeReadIsLeftOut) {
+  Selection selection = select({{}, {}, "<b>x</b>", {"https://example.org/"}});
+  EXPECT_EQ(report_of(selection, run<ShareViewController>(selection, *queue_)),
+            ExitCode::kSomethingLeftOut);
+  EXPECT_EQ(told_, "left out: the HTML text: it cannot be read as HTML\n");
+}
+
+}  // namespace
+}  // namespace quoll::host

@@ -1,0 +1,136 @@
+#include "quoll/host/select.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include "quoll/platform/type_identifiers.h"
+#include "tests/support/temporary_folder.h"
+
+namespace quoll::host {
+namespace {
+
+/// A descriptor that delivers these bytes, then ends.
+FileHandle delivering(std::string_view bytes) {
+  std::FILE* const file = std::tmpfile();
+  std::fwrite(bytes.data(), 1, bytes.size(), file);
+  std::fflush(file);
+  const int descriptor = dup(fileno(file));
+  std::fclose(file);
+  lseek(descriptor, 0, SEEK_SET);
+  return FileHandle(descriptor);
+}
+
+Selection select_items(std::vector<std::string> items, std::string_view standard_input = "") {
+  const FileHandle input = delivering(standard_input);
+  return select({{}, {}, {}, std::move(items)}, input.get());
+}
+
+constexpr const char* kGif = "GIF89a\1\0\1\0\0\0\0";
+
+TEST(Select, EachKindHasItsType) {
+  const test::TemporaryFolder folder;
+  const std::string picture = folder.write("picture.gif", kGif);
+  const Selection selection = select_items(
+      {picture, "https://example.org/", "data:image/gif;base64,R0lGODlhAQABAAAAACw=", "-"}, kGif);
+  ASSERT_EQ(selection.items.size(), 4U);
+  EXPECT_TRUE(selection.left_out.empty());
+  EXPECT_EQ(selection.items[0]->type(), platform::kUTTypeFileURL) << "an image by path is a file";
+  EXPECT_EQ(selection.items[0]->file_path(), picture);
+  EXPECT_EQ(selection.items[1]->type(), platform::kUTTypeURL);
+  EXPECT_EQ(selection.items[1]->file_path(), std::nullopt);
+  EXPECT_EQ(selection.items[2]->type(), platform::kUTTypeImage);
+  ASSERT_NE(selection.items[2]->value().bytes(), nullptr);
+  EXPECT_EQ(selection.items[3]->type(), platform::kUTTypeImage);
+  ASSERT_NE(selection.items[3]->value().bytes(), nullptr);
+  EXPECT_EQ(selection.items[3]->value().bytes()->size(), std::string_view(kGif).size());
+  EXPECT_EQ(selection.folder, nullptr) << "nothing needed a private file";
+}
+
+TEST(Select, BytesBecomePrivateFiles) {
+  struct Row {
+    const char* reason;
+    std::string item;
+    std::string input;
+    std::string name;
+    std::string content;
+  };
+  const std::string large(5'000'000, 'a');
+  const std::vector<Row> rows{
+      {"text", "-", "hello", "/standard-input.txt", "hello"},
+      {"more than one block", "-", large, "/standard-input.txt", large},
+      {"not UTF-8", "-", "\xFF\xFE\xFD", "/standard-input", "\xFF\xFE\xFD"},
+      {"a document", "-", "%PDF-1.7", "/standard-input.pdf", "%PDF-1.7"},
+      {"a data: URL with text", "data:,hello", "", "/data.txt", "hello"},
+      {"one of a type without an ending", "data:a/b,x", "", "/data", "x"},
+      {"an image that no reader takes", "data:image/svg+xml,<svg/>", "", "/data.svg", "<svg/>"},
+  };
+  for (const Row& row : rows) {
+    const Selection selection = select_items({row.item}, row.input);
+    ASSERT_EQ(selection.items.size(), 1U) << row.reason;
+    EXPECT_EQ(selection.items[0]->type(), platform::kUTTypeFileURL) << row.reason;
+    const std::string path = selection.items[0]->file_path().value_or("");
+    EXPECT_TRUE(path.ends_with(row.name)) << row.reason << ": " << path;
+    EXPECT_TRUE(path.starts_with(selection.folder->path())) << row.reason;
+    EXPECT_EQ(test::read_file(path), row.content) << row.reason;
+  }
+}
+
+TEST(Select, WhatCannotBeSharedKeepsNothingBack) {
+  const test::TemporaryFolder folder;
+  const std::string file = folder.write("a.txt", "x");
+  const Selection selection = select_items({"/no/such/file", file, "-", "data:broken", "/"}, "");
+  ASSERT_EQ(selection.items.size(), 1U);
+  EXPECT_EQ(selection.items[0]->given(), file);
+  ASSERT_EQ(selection.left_out.size(), 4U);
+  EXPECT_EQ(selection.left_out[0].what, "/no/such/file");
+  EXPECT_EQ(selection.left_out[0].why, "no such file");
+  EXPECT_EQ(selection.left_out[1].what, "standard input");
+  EXPECT_EQ(selection.left_out[1].why, "it is empty");
+  EXPECT_EQ(selection.left_out[2].why, "the data: URL is damaged");
+  EXPECT_EQ(selection.left_out[3].why, "it is a folder");
+}
+
+TEST(Select, StandardInputThatCannotBeRead) {
+  const FileHandle closed(open("/dev/null", O_WRONLY));
+  const Selection selection = select({{}, {}, {}, {"-"}}, closed.get());
+  EXPECT_TRUE(selection.empty());
+  ASSERT_EQ(selection.left_out.size(), 1U);
+  EXPECT_EQ(selection.left_out[0].why, "bad file descriptor");
+}
+
+TEST(Select, Texts) {
+  const FileHandle input = delivering("from afar");
+  const Selection selection = select({"A title", "-", {}, {}}, input.get());
+  EXPECT_EQ(selection.title, "A title");
+  EXPECT_EQ(selection.text, "from afar");
+  EXPECT_FALSE(selection.empty());
+  const Selection title_only = select({"A title", {}, {}, {}}, input.get());
+  EXPECT_TRUE(title_only.empty()) << "a title alone is no share";
+}
+
+TEST(Select, TextThatIsNotUtf8) {
+  const Selection selection = select({"\xFF", "gr\xFC\xDF", {}, {"https://h/"}});
+  EXPECT_EQ(selection.title, std::nullopt);
+  EXPECT_EQ(selection.text, std::nullopt);
+  EXPECT_EQ(selection.items.size(), 1U);
+  ASSERT_EQ(selection.left_out.size(), 2U);
+  EXPECT_EQ(selection.left_out[1].what, "the text");
+  EXPECT_EQ(selection.left_out[1].why, "it is not UTF-8");
+}
+
+TEST(Select, MoreFilesThanDescriptors) {
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+  const test::TemporaryFolder folder;
+  const std::vector<std::string> items(5000, folder.write("a.txt", "x"));
+  const rlimit few{64, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+  const Selection selection = select_items(items);
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+  EXPECT_EQ(selection.items.size(), items.size());
+}
+
+}  // namespace
+}  // namespace quoll::host
