@@ -1,0 +1,310 @@
+#include "linux/gio/launcher.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include "tests/integration/private_bus.h"
+#include "tests/support/recorders.h"
+
+namespace quoll::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr const char* kName = "it.vorlent.quoll2";
+constexpr unsigned kForeground = 131072;
+constexpr unsigned kBackground = 512;
+// Nothing here waits for it, but where the application hangs.
+constexpr auto kLong = 60s;
+
+class LauncherTest : public testing::Test {
+ protected:
+  bool open(const std::vector<std::string>& urls, unsigned options = kForeground,
+            std::chrono::milliseconds time_out = kLong, const std::string& name = kName) {
+    std::vector<std::shared_ptr<foundation::NSURL>> list;
+    for (const auto& url : urls) {
+      list.push_back(foundation::NSURL::URLWithString(url));
+    }
+    const ScopedEnvironment environment(environment_);
+    const platform::ScopedDesktop desktop({.log = log_});
+    return gio::start_launcher(time_out)->openURLs(list, name, options);
+  }
+  [[nodiscard]] std::string record_path() const { return bus_.path("record"); }
+  /// A program that was only started is waited for; the runner's limit ends a wait in vain.
+  [[nodiscard]] std::string record() const {
+    while (!std::filesystem::exists(record_path())) {
+      std::this_thread::sleep_for(10ms);
+    }
+    return read_file(record_path());
+  }
+  [[nodiscard]] std::vector<std::string> bus_double(const std::string& mode,
+                                                    const std::string& name = kName) const {
+    return {RECEIVER_DOUBLE, "bus", name, mode, record_path()};
+  }
+  void add_service(const std::string& mode) const {
+    std::string command;
+    for (const auto& word : bus_double(mode)) {
+      command += (command.empty() ? "" : " ") + word;
+    }
+    bus_.add_service(kName, command);
+  }
+  void add_entry(const std::string& more = "") const {
+    bus_.add_entry(kName, "[Desktop Entry]\nType=Application\nName=Double\nExec=" RECEIVER_DOUBLE
+                          " exec " +
+                              record_path() + " %U\n" + more);
+  }
+  [[nodiscard]] std::string only_line() const {
+    const auto lines = log_->lines();
+    EXPECT_EQ(lines.size(), 1U);
+    return lines.empty() ? "" : lines.front();
+  }
+
+  PrivateBus bus_;
+  Environment environment_ = bus_.environment();
+  std::shared_ptr<RecordingLog> log_ = std::make_shared<RecordingLog>();
+};
+
+TEST_F(LauncherTest, ARunningApplicationGetsTheUrlsInOrder) {
+  Process receiver(bus_double("answer"), environment_);
+  ASSERT_EQ(receiver.read_line(), "ready");
+  ASSERT_TRUE(open({"quoll://compose?subject=a%20b", "quoll://compose?subject=c"}));
+  EXPECT_EQ(record(), "uri quoll://compose?subject=a%20b\nuri quoll://compose?subject=c\n");
+  EXPECT_TRUE(log_->lines().empty());
+}
+
+TEST_F(LauncherTest, AnApplicationThatDoesNotRunIsStartedByTheBus) {
+  add_service("answer");
+  ASSERT_TRUE(open({"quoll://compose?"}));
+  EXPECT_EQ(record(), "uri quoll://compose?\n");
+}
+
+TEST_F(LauncherTest, OneLauncherOpensAgainAndAgain) {
+  add_service("answer");
+  const ScopedEnvironment environment(environment_);
+  const platform::ScopedDesktop desktop({.log = log_});
+  const auto launcher = gio::start_launcher(kLong);
+  for (const char* url : {"quoll://compose?a", "quoll://compose?b"}) {
+    ASSERT_TRUE(launcher->openURLs({foundation::NSURL::URLWithString(url)}, kName, kForeground));
+    EXPECT_EQ(record(), std::string("uri ") + url + "\n");
+  }
+}
+
+TEST_F(LauncherTest, TokensGoToTheApplicationAndLeaveTheEnvironment) {
+  environment_["XDG_ACTIVATION_TOKEN"] = "token-1";
+  environment_["DESKTOP_STARTUP_ID"] = "startup-1";
+  add_service("answer");
+  const ScopedEnvironment environment(environment_);
+  const auto launcher = gio::start_launcher(kLong);
+  EXPECT_EQ(std::getenv("XDG_ACTIVATION_TOKEN"), nullptr);
+  EXPECT_EQ(std::getenv("DESKTOP_STARTUP_ID"), nullptr);
+  ASSERT_TRUE(launcher->openURLs({foundation::NSURL::URLWithString("quoll://compose?")}, kName,
+                                 kForeground));
+  EXPECT_EQ(record(),
+            "uri quoll://compose?\nactivation-token token-1\ndesktop-startup-id startup-1\n");
+}
+
+TEST_F(LauncherTest, InTheBackgroundNoTokenIsSent) {
+  environment_["XDG_ACTIVATION_TOKEN"] = "token-1";
+  environment_["DESKTOP_STARTUP_ID"] = "startup-1";
+  add_service("answer");
+  ASSERT_TRUE(open({"quoll://compose?"}, kBackground));
+  EXPECT_EQ(record(), "uri quoll://compose?\n");
+}
+
+TEST_F(LauncherTest, AHyphenOfTheIdentifierIsAnUnderscoreOfThePath) {
+  const std::string name = "it.vorlent.quoll2-beta";
+  Process receiver(bus_double("answer", name), environment_);
+  ASSERT_EQ(receiver.read_line(), "ready");
+  ASSERT_TRUE(open({"quoll://compose?"}, kForeground, kLong, name));
+}
+
+TEST_F(LauncherTest, AMegabyteArrivesWhole) {
+  add_service("answer");
+  const std::string url = "quoll://compose?htmlBody=" + std::string(1U << 20U, 'x');
+  ASSERT_TRUE(open({url}));
+  EXPECT_EQ(record(), "uri " + url + "\n");
+}
+
+TEST_F(LauncherTest, MoreThanABusMessageCarriesIsNotOpened) {
+  add_service("answer");
+  EXPECT_FALSE(open({"quoll://compose?htmlBody=" + std::string(std::size_t{64} << 20U, 'x')}));
+  EXPECT_TRUE(only_line().starts_with("openURLs the URLs are too long: ")) << only_line();
+}
+
+TEST_F(LauncherTest, NothingAndNullAreNotOpened) {
+  add_service("answer");
+  EXPECT_FALSE(open({}));
+  EXPECT_FALSE(open({""}));  // no URL, so a null one
+  EXPECT_EQ(log_->lines(), (std::vector<std::string>{
+                               "openURLs there is nothing to open",
+                               "openURLs a URL is empty, is not UTF-8 or holds a zero byte"}));
+}
+
+TEST_F(LauncherTest, AnApplicationThatDoesNotAnswerIsNotOpened) {
+  add_service("hang");
+  EXPECT_FALSE(open({"quoll://compose?"}, kForeground, 300ms));
+  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 did not answer within 300 ms");
+}
+
+TEST_F(LauncherTest, AnApplicationThatEndsWithoutAnAnswerIsNotOpened) {
+  add_service("exit");
+  EXPECT_FALSE(open({"quoll://compose?"}));
+  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 ended before it had taken the URLs");
+}
+
+TEST_F(LauncherTest, TheApplicationsOwnReasonIsPassedOn) {
+  add_service("refuse");
+  EXPECT_FALSE(open({"quoll://compose?"}));
+  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 did not take the URLs: the disk is full");
+}
+
+TEST_F(LauncherTest, AServiceThatCannotBeStartedIsNotOpened) {
+  for (const char* command : {"/nonexistent/program", "/bin/false"}) {
+    bus_.add_service(kName, command);
+    EXPECT_FALSE(open({"quoll://compose?"})) << command;
+    EXPECT_TRUE(
+        log_->lines().back().starts_with("openURLs it.vorlent.quoll2 could not be started: "))
+        << log_->lines().back();
+  }
+}
+
+TEST_F(LauncherTest, WithoutAnyApplicationTheReasonSaysWhatToInstall) {
+  EXPECT_FALSE(open({"quoll://compose?"}));
+  EXPECT_EQ(only_line(),
+            "openURLs no application answers to it.vorlent.quoll2; install the mail application or "
+            "quoll-compose");
+}
+
+TEST_F(LauncherTest, AnIdentifierThatIsNoneIsRefused) {
+  for (const std::string name : {"", "quoll", "it..vorlent", ":1.5", "../../evil", "a.b c"}) {
+    EXPECT_FALSE(open({"quoll://compose?"}, kForeground, kLong, name)) << name;
+    EXPECT_TRUE(log_->lines().back().starts_with("openURLs no application can have")) << name;
+  }
+}
+
+TEST_F(LauncherTest, AnEntryThatCannotBeUsedIsToldFromNone) {
+  struct Row {
+    const char* reason;
+    const char* content;
+  };
+  const Row rows[] = {
+      {"its program is missing",
+       "[Desktop Entry]\nType=Application\nName=X\nExec=/nonexistent/program %U\n"},
+      {"it is not an entry", "garbage \x01\x02"},
+      {"it has no program", "[Desktop Entry]\nType=Application\nName=X\n"},
+  };
+  for (const auto& row : rows) {
+    bus_.add_entry(kName, row.content);
+    EXPECT_FALSE(open({"quoll://compose?"})) << row.reason;
+    EXPECT_TRUE(log_->lines().back().starts_with("openURLs it.vorlent.quoll2.desktop "))
+        << row.reason << ": " << log_->lines().back();
+  }
+}
+
+TEST_F(LauncherTest, AnEntryThatTakesNoUrlsIsNotStarted) {
+  bus_.add_entry(kName, "[Desktop Entry]\nType=Application\nName=X\nExec=" RECEIVER_DOUBLE
+                        " exec " +
+                            record_path() + "\n");
+  EXPECT_FALSE(open({"quoll://compose?"}));
+  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2.desktop takes no URLs");
+}
+
+TEST_F(LauncherTest, WithoutAServiceTheEntrysProgramIsStarted) {
+  add_entry();
+  ASSERT_TRUE(open({"quoll://compose?a=%20", "quoll://compose?b"}));
+  EXPECT_TRUE(record().starts_with("uri quoll://compose?a=%20\nuri quoll://compose?b\n"))
+      << record();
+}
+
+TEST_F(LauncherTest, AnEntryThatPromisesAServiceNobodyProvidesIsStartedToo) {
+  add_entry("DBusActivatable=true\n");
+  ASSERT_TRUE(open({"quoll://compose?a"}));
+  EXPECT_TRUE(record().starts_with("uri quoll://compose?a\n")) << record();
+}
+
+TEST_F(LauncherTest, WithoutABusTheEntrysProgramIsStarted) {
+  environment_["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=/nonexistent/bus";
+  add_entry();
+  ASSERT_TRUE(open({"quoll://compose?a"}));
+  EXPECT_TRUE(record().starts_with("uri quoll://compose?a\n")) << record();
+}
+
+TEST_F(LauncherTest, WithoutABusAndAnEntryTheReasonSaysSo) {
+  environment_["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=/nonexistent/bus";
+  EXPECT_FALSE(open({"quoll://compose?a"}));
+  EXPECT_NE(only_line().find("there is no session bus"), std::string::npos) << only_line();
+}
+
+TEST_F(LauncherTest, AnArgumentAtTheLimitIsStartedAndALongerOneIsNot) {
+  constexpr std::size_t kLimit = 131071;
+  const std::string head = "quoll://compose?htmlBody=";
+  add_entry();
+  EXPECT_FALSE(open({head + std::string(kLimit + 1 - head.size(), 'x')}));
+  EXPECT_EQ(only_line(),
+            "openURLs the URLs are too long for a command line, which takes 131071 bytes each");
+  const std::string longest = head + std::string(kLimit - head.size(), 'x');
+  ASSERT_TRUE(open({longest}));
+  EXPECT_TRUE(record().starts_with("uri " + longest + "\n"));
+}
+
+TEST_F(LauncherTest, AStartedProgramGetsTheTokensAndNothingElseOfOurs) {
+  environment_["XDG_ACTIVATION_TOKEN"] = "token-1";
+  environment_["DESKTOP_STARTUP_ID"] = "startup-1";
+  add_entry();
+  const std::string held_path = bus_.path("held");
+  const posix::UniqueFd inheritable(::open(held_path.c_str(), O_CREAT | O_RDWR, 0600));
+  ASSERT_TRUE(open({"quoll://compose?"}));
+  EXPECT_EQ(record(),
+            "uri quoll://compose?\nXDG_ACTIVATION_TOKEN token-1\nDESKTOP_STARTUP_ID startup-1\n"
+            "fd /dev/null\nfd /dev/null\nfd /dev/null\n");
+}
+
+TEST_F(LauncherTest, AProgramStartedInTheBackgroundGetsNoToken) {
+  environment_["XDG_ACTIVATION_TOKEN"] = "token-1";
+  environment_["DESKTOP_STARTUP_ID"] = "startup-1";
+  add_entry();
+  ASSERT_TRUE(open({"quoll://compose?"}, kBackground));
+  EXPECT_EQ(record(), "uri quoll://compose?\nfd /dev/null\nfd /dev/null\nfd /dev/null\n");
+}
+
+TEST_F(LauncherTest, SeveralThreadsAreServedOneAfterTheOther) {
+  add_service("answer");
+  const ScopedEnvironment environment(environment_);
+  const platform::ScopedDesktop desktop({.log = log_});
+  const auto launcher = gio::start_launcher(kLong);
+  std::vector<std::thread> threads;
+  std::atomic<int> opened = 0;
+  for (int number = 0; number < 4; ++number) {
+    threads.emplace_back([&] {
+      const auto url = foundation::NSURL::URLWithString("quoll://compose?");
+      opened += launcher->openURLs({url}, kName, kForeground) ? 1 : 0;
+    });
+  }
+  for (auto& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(opened, 4);
+}
+
+TEST_F(LauncherTest, TheLauncherEndsWithItsWorkspace) {
+  const auto children = [] {
+    std::string path = "/proc/self/task/" + std::to_string(gettid()) + "/children";
+    return read_file(path);
+  };
+  const std::string before = children();
+  {
+    const ScopedEnvironment environment(environment_);
+    const auto launcher = gio::start_launcher(kLong);
+    EXPECT_NE(children(), before);
+  }
+  EXPECT_EQ(children(), before);
+}
+
+}  // namespace
+}  // namespace quoll::test

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "quoll/foundation/nsurl.h"
+#include "quoll/foundation/value.h"
+#include "quoll/message/extension_message.h"
+#include "tests/integration/process.h"
+#include "tests/support/temporary_folder.h"
+
+namespace quoll::test {
+
+/// A home in which things are shared with `quoll-share --print`, without a bus.
+class ShareHome {
+ public:
+  ShareHome() {
+    std::filesystem::create_directory(folder_.path("containers"));
+    std::filesystem::create_directory(folder_.path("tmp"));
+    environment_ = {{"QUOLL_GROUP_CONTAINERS", folder_.path("containers")},
+                    {"HOME", folder_.path()},
+                    {"TMPDIR", folder_.path("tmp")},
+                    {"QUOLL_IMAGE_HELPER", QUOLL_IMAGE_HELPER},
+                    {"QUOLL_BUNDLE_IDENTIFIER", std::nullopt}};
+  }
+
+  [[nodiscard]] std::string path(const std::string& name) const { return folder_.path(name); }
+  std::string write(const std::string& name, const std::string& content) const {
+    return folder_.write(name, content);
+  }
+  [[nodiscard]] std::string container() const {
+    return folder_.path("containers/K7Q2M9XT4B.quoll");
+  }
+  [[nodiscard]] std::string staging() const { return container() + "/SharedData/Share"; }
+  [[nodiscard]] Environment& environment() { return environment_; }
+
+  /// The command line of a share that reads its standard input from a file.
+  [[nodiscard]] static std::vector<std::string> command(const std::vector<std::string>& arguments,
+                                                        const std::string& input = "/dev/null") {
+    std::vector<std::string> all{"sh", "-c",  "input=$1; shift; exec \"$@\" <\"$input\"",
+                                 "sh", input, QUOLL_SHARE};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return all;
+  }
+  [[nodiscard]] Ended share(const std::vector<std::string>& arguments,
+                            const std::string& input = "/dev/null") const {
+    return run(command(arguments, input), environment_);
+  }
+  /// Shares these and prints the command instead of opening it.
+  [[nodiscard]] Ended print(std::vector<std::string> arguments,
+                            const std::string& input = "/dev/null") const {
+    arguments.insert(arguments.begin(), "--print");
+    return share(arguments, input);
+  }
+  /// True when bytes that came without a file still lie somewhere.
+  [[nodiscard]] bool has_private_files() const {
+    return !std::filesystem::is_empty(folder_.path("tmp"));
+  }
+
+ private:
+  TemporaryFolder folder_;
+  Environment environment_;
+};
+
+/// The message of a printed command.
+inline std::shared_ptr<ExtensionMessage> message_of(const std::string& printed) {
+  return ExtensionMessage::ExtensionMessageWithUrl(
+      foundation::NSURL::URLWithString(printed.substr(0, printed.find('\n'))));
+}
+
+/// The paths of its attachments.
+inline std::vector<std::string> attachments_of(const std::string& printed) {
+  std::vector<std::string> paths;
+  const auto attachments = message_of(printed)->attachments();
+  for (const auto& attachment : *attachments) {
+    paths.push_back(attachment.description());
+  }
+  return paths;
+}
+
+}  // namespace quoll::test

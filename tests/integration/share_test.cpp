@@ -1,0 +1,331 @@
+// The whole program, with the command printed instead of opened.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <set>
+
+#include "tests/integration/share_home.h"
+
+namespace quoll::test {
+namespace {
+
+using foundation::Value;
+
+class Share : public testing::Test {
+ protected:
+  ShareHome home_;
+};
+
+TEST_F(Share, ALinkWithATitle) {
+  const Ended ended = home_.print({"--title", "A title", "https://example.org/a?b=c#d"});
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_EQ(ended.errors, "");
+  const auto message = message_of(ended.output);
+  EXPECT_EQ(message->subject(), Value("A title"));
+  EXPECT_EQ(message->htmlBody(),
+            Value("<a href=\"https://example.org/a?b=c#d\">https://example.org/a?b=c#d</a>"));
+}
+
+TEST_F(Share, FilesWithAwkwardNames) {
+  const std::vector<std::string> names{"a b,c.txt",
+                                       "x%20y",
+                                       "[a,b]",
+                                       "{}",
+                                       "%%",
+                                       "q?s#f&g=h;i",
+                                       "gr\xC3\xBC\xC3\x9F \xE2\x82\xAC",
+                                       "it's \"quoted\"",
+                                       "line\nbreak",
+                                       "back\\slash",
+                                       "\1mark",
+                                       "-dash"};
+  std::vector<std::string> items;
+  for (const std::string& name : names) {
+    items.push_back(home_.write(name, name));
+  }
+  const Ended ended = home_.print(items);
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  auto staged = attachments_of(ended.output);
+  ASSERT_EQ(staged.size(), names.size());
+  for (const std::string& name : names) {
+    const std::string path = home_.staging() + "/" + name;
+    EXPECT_EQ(std::count(staged.begin(), staged.end(), path), 1) << name;
+    EXPECT_EQ(read_file(path), name);
+  }
+}
+
+TEST_F(Share, RelativeNamesAfterTheDashes) {
+  home_.write("-x", "1");
+  home_.write("[a,b]", "2");
+  const Ended ended =
+      run({"sh", "-c", "cd \"$HOME\" && exec \"$0\" --print '[a,b]' -- -x", QUOLL_SHARE},
+          home_.environment());
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_EQ(attachments_of(ended.output).size(), 2U);
+}
+
+TEST_F(Share, ANameThatIsNotUtf8) {
+  const Ended ended = home_.print({home_.write("bad\xFF.txt", "x")});
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_EQ(attachments_of(ended.output),
+            std::vector<std::string>{home_.staging() + "/bad%FF.txt"});
+  EXPECT_EQ(read_file(home_.staging() + "/bad%FF.txt"), "x");
+}
+
+TEST_F(Share, AnImageFromStandardInputIsStagedAsPng) {
+  const std::string gif(
+      "GIF89a\1\0\1\0\x80\0\0\0\0\0\xFF\xFF\xFF\x2C\0\0\0\0\1\0\1\0\0\2\2\x44\1\0\x3B", 35);
+  const Ended ended = home_.print({"-"}, home_.write("input", gif));
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_EQ(attachments_of(ended.output), std::vector<std::string>{home_.staging() + "/image.png"});
+  EXPECT_TRUE(read_file(home_.staging() + "/image.png").starts_with("\x89PNG\r\n\x1a\n"));
+}
+
+TEST_F(Share, ADamagedImageIsLeftOut) {
+  const Ended ended = home_.print({"-", "https://h/"}, home_.write("input", "GIF89a"));
+  EXPECT_EQ(ended.status, 3);
+  EXPECT_TRUE(ended.errors.starts_with("left out: standard input: ")) << ended.errors;
+  EXPECT_EQ(std::count(ended.errors.begin(), ended.errors.end(), '\n'), 1) << ended.errors;
+}
+
+TEST_F(Share, OtherBytesFromStandardInputBecomeAFileThatDoesNotStay) {
+  const std::string bytes("\xFF\xFE\0x", 4);
+  const Ended ended = home_.print({"-", "data:,hello"}, home_.write("input", bytes));
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_EQ(read_file(home_.staging() + "/standard-input"), bytes);
+  EXPECT_EQ(read_file(home_.staging() + "/data.txt"), "hello");
+  EXPECT_FALSE(home_.has_private_files());
+}
+
+TEST_F(Share, WhatCannotBeSharedIsNamedAndTheRestIsShared) {
+  const std::string file = home_.write("a.txt", "x");
+  std::filesystem::create_directory(home_.path("folder"));
+  const std::string missing = home_.path("gone\n.txt");
+  const Ended ended = home_.print({missing, home_.path("folder"), "/dev/null", "", file});
+  EXPECT_EQ(ended.status, 3);
+  EXPECT_EQ(ended.errors, "left out: " + home_.path("gone\\n.txt") +
+                              ": no such file\nleft out: " + home_.path("folder") +
+                              ": it is a folder\nleft out: /dev/null: it is a device\n"
+                              "left out: \"\": the name is empty\n");
+  EXPECT_EQ(attachments_of(ended.output).size(), 1U);
+}
+
+TEST_F(Share, NothingThatCanBeSharedOpensNothing) {
+  const Ended ended = home_.print({"/no/such/file"});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.output, "");
+  EXPECT_TRUE(ended.errors.ends_with("not opened: nothing that was given can be shared\n"))
+      << ended.errors;
+}
+
+TEST_F(Share, WrongUsage) {
+  struct Row {
+    const char* reason;
+    std::vector<std::string> arguments;
+  };
+  const std::vector<Row> rows{
+      {"nothing to share", {}},
+      {"a title alone is nothing to share", {"--title", "x"}},
+      {"two kinds of text", {"--text", "a", "--html", "b"}},
+      {"standard input twice", {"-", "-"}},
+      {"standard input as text and as item", {"--text", "-", "-"}},
+      {"an unknown option", {"--nonsense", "https://h/"}},
+      {"an option without its value", {"https://h/", "--title"}},
+  };
+  for (const Row& row : rows) {
+    const Ended ended = home_.share(row.arguments);
+    EXPECT_EQ(ended.status, 2) << row.reason;
+    EXPECT_EQ(std::count(ended.errors.begin(), ended.errors.end(), '\n'), 1) << row.reason;
+  }
+}
+
+TEST_F(Share, Texts) {
+  const std::string input = home_.write("input", "1 < 2");
+  const auto plain = message_of(home_.print({"--text", "-"}, input).output)->htmlBody();
+  ASSERT_NE(plain.text(), nullptr);
+  EXPECT_NE(plain.text()->find("1 &lt; 2"), std::string::npos);
+  const Ended bad = home_.print({"--text", "-"}, home_.write("input", "\xFF"));
+  EXPECT_EQ(bad.status, 1);
+  EXPECT_TRUE(bad.errors.starts_with("left out: the text: it is not UTF-8\n")) << bad.errors;
+}
+
+TEST_F(Share, WithoutAContainerLinksStillArrive) {
+  const std::string file = home_.write("a.txt", "x");
+  home_.environment()["QUOLL_GROUP_CONTAINERS"] = "/proc/nowhere";
+  const Ended ended = home_.print({"https://h/", file});
+  EXPECT_EQ(ended.status, 3);
+  EXPECT_NE(ended.errors.find("left out: " + file + ": the shared folder cannot be used\n"),
+            std::string::npos)
+      << ended.errors;
+  EXPECT_NE(ended.errors.find("\nthe shared folder cannot be used: "), std::string::npos);
+  EXPECT_EQ(message_of(ended.output)->htmlBody(), Value("<a href=\"https://h/\">https://h/</a>"));
+}
+
+TEST_F(Share, StandardOutputThatCannotBeWritten) {
+  const Ended ended = run({"sh", "-c", "exec \"$0\" --print https://h/ >/dev/full", QUOLL_SHARE},
+                          home_.environment());
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.errors, "not opened: the URL cannot be written: no space left on device\n");
+}
+
+TEST_F(Share, NoStandardDescriptors) {
+  const Ended ended = run({"sh", "-c", "exec \"$0\" --print - https://h/ <&- >&-", QUOLL_SHARE},
+                          home_.environment());
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_TRUE(ended.errors.starts_with("left out: standard input: bad file descriptor\n"))
+      << ended.errors;
+}
+
+TEST_F(Share, ThousandsOfFilesWithFewDescriptors) {
+  constexpr int kFiles = 5000;
+  std::filesystem::create_directory(home_.path("many"));
+  for (int i = 0; i < kFiles; ++i) {
+    home_.write("many/" + std::to_string(i), "x");
+  }
+  const Ended ended =
+      run({"sh", "-c", "ulimit -n 1024; cd \"$HOME/many\" && exec \"$0\" --print *", QUOLL_SHARE},
+          home_.environment());
+  const auto staged = attachments_of(ended.output);
+  const std::set different(staged.begin(), staged.end());
+  EXPECT_EQ(different.size(), staged.size());
+  // A busy machine may not copy them all in the time that a share has. Then every one of the others
+  // is named, and for no other reason.
+  std::istringstream errors(ended.errors);
+  std::size_t late = 0;
+  for (std::string line; std::getline(errors, line); ++late) {
+    EXPECT_TRUE(line.starts_with("left out: ") && line.ends_with(": it took too long")) << line;
+  }
+  EXPECT_EQ(staged.size() + late, std::size_t{kFiles});
+  EXPECT_EQ(ended.status, late == 0 ? 0 : 3);
+}
+
+/// Waits until a process waits for an flock lock; false when it ended before.
+bool waits_for_lock(pid_t process) {
+  const std::string mark = " " + std::to_string(process) + " ";
+  while (kill(process, 0) == 0) {
+    std::istringstream locks(read_file("/proc/locks"));
+    for (std::string line; std::getline(locks, line);) {
+      if (line.find("-> FLOCK") != std::string::npos && line.find(mark) != std::string::npos) {
+        return true;
+      }
+    }
+    usleep(1000);
+  }
+  return false;
+}
+
+TEST_F(Share, ASecondShareWaitsForItsTurn) {
+  ASSERT_EQ(home_.print({home_.write("first.txt", "1")}).status, 0);
+  const posix::UniqueFd turn(
+      open((home_.container() + "/.locks/turn").c_str(), O_RDWR | O_CLOEXEC));
+  ASSERT_EQ(flock(turn.get(), LOCK_EX | LOCK_NB), 0);
+  Process second(ShareHome::command({"--print", home_.write("second.txt", "2")}),
+                 home_.environment());
+  ASSERT_TRUE(waits_for_lock(second.id()));
+  EXPECT_TRUE(std::filesystem::exists(home_.staging() + "/first.txt"))
+      << "the first share's files are still there for the receiver";
+  ASSERT_EQ(flock(turn.get(), LOCK_UN), 0);
+  EXPECT_EQ(attachments_of(second.read_output()),
+            std::vector<std::string>{home_.staging() + "/second.txt"});
+  EXPECT_EQ(second.wait(), 0);
+  EXPECT_FALSE(std::filesystem::exists(home_.staging() + "/first.txt"));
+}
+
+TEST_F(Share, AKilledShareLeavesNothingHalf) {
+  const std::string content(3'000'000, 'x');
+  std::vector<std::string> arguments{"--print", "-"};
+  for (int i = 0; i < 40; ++i) {
+    arguments.push_back(home_.write("large" + std::to_string(i), content));
+  }
+  Process process(ShareHome::command(arguments, home_.write("input", "hello")),
+                  home_.environment());
+  std::error_code missing;
+  while (std::filesystem::directory_iterator(home_.staging(), missing) ==
+             std::filesystem::directory_iterator() &&
+         kill(process.id(), 0) == 0) {
+    usleep(100);
+  }
+  kill(process.id(), SIGKILL);
+  process.wait();
+  for (const auto& entry : std::filesystem::directory_iterator(home_.staging())) {
+    const bool is_input = entry.path().filename() == "standard-input.txt";
+    EXPECT_EQ(entry.file_size(), is_input ? 5 : content.size()) << entry.path();
+  }
+  while (home_.has_private_files()) {
+    usleep(1000);  // the test runner's limit ends a wait that is in vain
+  }
+  const Ended next = home_.print({home_.write("next.txt", "x")});
+  EXPECT_EQ(next.status, 0) << next.errors;
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home_.staging()), {}), 1);
+}
+
+/// A small file system of its own on a folder, as long as it lives.
+class Mounted {
+ public:
+  Mounted(std::string folder, unsigned long flags, const char* options)
+      : folder_(std::move(folder)),
+        is_mounted_(mount("tmpfs", folder_.c_str(), "tmpfs", flags, options) == 0) {}
+  Mounted(const Mounted&) = delete;
+  Mounted& operator=(const Mounted&) = delete;
+  ~Mounted() {
+    if (is_mounted_) {
+      umount2(folder_.c_str(), MNT_DETACH);
+    }
+  }
+  [[nodiscard]] bool is_mounted() const { return is_mounted_; }
+
+ private:
+  std::string folder_;
+  bool is_mounted_;
+};
+
+#define NEEDS_MOUNT(mounted)                                                          \
+  if (!(mounted).is_mounted()) {                                                      \
+    const char* const ci = std::getenv("CI");                                         \
+    ASSERT_FALSE(ci != nullptr && std::string(ci) == "true") << "this must run here"; \
+    GTEST_SKIP() << "only root can mount a file system to fill";                      \
+  }
+
+TEST_F(Share, AFullDiskLeavesOutWhatDoesNotFit) {
+  const Mounted disk(home_.path("containers"), 0, "size=1m");
+  NEEDS_MOUNT(disk);
+  const std::string large = home_.write("large", std::string(4'000'000, 'x'));
+  const std::string small = home_.write("small", "x");
+  const Ended ended = home_.print({large, small});
+  EXPECT_EQ(ended.status, 3);
+  EXPECT_EQ(ended.errors, "left out: " + large + ": no space left on device\n");
+  EXPECT_EQ(attachments_of(ended.output), std::vector<std::string>{home_.staging() + "/small"});
+  EXPECT_FALSE(std::filesystem::exists(home_.staging() + "/large"));
+}
+
+TEST_F(Share, AFullTemporaryFolder) {
+  const Mounted disk(home_.path("tmp"), 0, "size=1m");
+  NEEDS_MOUNT(disk);
+  const Ended ended =
+      home_.print({"-", "https://h/"}, home_.write("input", std::string(4'000'000, 'x')));
+  EXPECT_EQ(ended.status, 3);
+  EXPECT_EQ(ended.errors,
+            "left out: standard input: it cannot be kept in a temporary file: no space left on "
+            "device\n");
+}
+
+TEST_F(Share, AReadOnlyContainer) {
+  const std::string file = home_.write("a.txt", "x");
+  ASSERT_EQ(home_.print({file}).status, 0);
+  const Mounted disk(home_.path("containers"), MS_RDONLY, "size=1m");
+  NEEDS_MOUNT(disk);
+  const Ended ended = home_.print({"https://h/", file});
+  EXPECT_EQ(ended.status, 3);
+  EXPECT_NE(ended.errors.find("left out: " + file + ": "), std::string::npos) << ended.errors;
+  EXPECT_NE(ended.errors.find("\nthe shared folder cannot be used: "), std::string::npos)
+      << ended.errors;
+}
+
+}  // namespace
+}  // namespace quoll::test
