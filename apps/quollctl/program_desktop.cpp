@@ -1,0 +1,43 @@
+#include "program_desktop.h"
+
+#include <cstdlib>
+#include <string_view>
+
+#include "linux/gio/launcher.h"
+#include "linux/image_helper/images.h"
+#include "linux/posix/coordinator.h"
+#include "linux/posix/files.h"
+#include "linux/posix/program_bundle.h"
+#include "linux/posix/steady_clock.h"
+#include "linux/posix/system_log.h"
+#include "linux/posix/thread_pool.h"
+#include "linux/xml/styled_text.h"
+#include "quoll/console/events.h"
+
+namespace quoll::quollctl {
+
+namespace {
+
+std::shared_ptr<platform::NSWorkspace> make_workspace() {
+  const char* kind = std::getenv("QUOLL_WORKSPACE");
+  return kind != nullptr && std::string_view(kind) == "record" ? console::make_recording_workspace()
+                                                               : gio::start_launcher();
+}
+
+}  // namespace
+
+platform::Desktop program_desktop() {
+  auto workspace = make_workspace();  // before anything that could start a thread
+  return {.bundle = posix::make_program_bundle("it.vorlent.quoll2.Quoll-Share"),
+          .files = posix::make_file_manager(),
+          .coordinator = posix::coordinator_factory(),
+          .workspace = std::move(workspace),
+          .notifications = nullptr,
+          .log = posix::make_system_log("quollctl"),
+          .queue = posix::make_thread_pool(),
+          .clock = posix::make_clock(),
+          .images = image_helper::make_images(image_helper::helper_path()),
+          .styled_text = xml::make_styled_text(true)};
+}
+
+}  // namespace quoll::quollctl

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "quoll/platform/desktop.h"
+
+namespace quoll::quollctl {
+
+/// What surrounds this program. It starts the launcher's process unless the environment asks for
+/// recording, so it comes before everything else that the program does.
+[[nodiscard]] platform::Desktop program_desktop();
+
+}  // namespace quoll::quollctl

@@ -1,0 +1,50 @@
+#include "quoll/console/arguments.h"
+
+namespace quoll::console {
+
+using foundation::Value;
+
+void raise_wrong_argument(const Value& value, std::string_view wanted) {
+  foundation::raise_invalid_argument(std::string(wanted) + " was wanted, not " +
+                                     std::string(value.kind()));
+}
+
+const std::string& text_argument(const Value& value) {
+  const std::string* text = value.text();
+  if (text == nullptr) {
+    raise_wrong_argument(value, "a text");
+  }
+  return *text;
+}
+
+std::int64_t integer_argument(const Value& value) {
+  if (value.text() != nullptr) {
+    raise_wrong_argument(value, "a number");
+  }
+  return value.integerValue();
+}
+
+bool boolean_argument(const Value& value) {
+  if (value.text() != nullptr) {
+    raise_wrong_argument(value, "a boolean");
+  }
+  return value.boolValue();
+}
+
+std::shared_ptr<foundation::List> list_argument(const Value& value) {
+  auto list = value.as_list();
+  if (!list && !value.is_null()) {
+    raise_wrong_argument(value, "a list");
+  }
+  return list;
+}
+
+std::shared_ptr<foundation::Dictionary> dictionary_argument(const Value& value) {
+  auto dictionary = value.as_dictionary();
+  if (!dictionary && !value.is_null()) {
+    raise_wrong_argument(value, "a dictionary");
+  }
+  return dictionary;
+}
+
+}  // namespace quoll::console

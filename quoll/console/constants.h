@@ -1,0 +1,13 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "quoll/foundation/value.h"
+
+namespace quoll::console {
+
+/// The value of an exported constant; none when there is no such constant.
+[[nodiscard]] std::optional<foundation::Value> constant(std::string_view name);
+
+}  // namespace quoll::console
