@@ -15,8 +15,8 @@
 #include "apps/quoll-compose/cannot_compose.h"
 #include "apps/quoll-compose/mime_handles.h"
 #include "apps/quoll-compose/places.h"
-#include "apps/quoll-compose/printable.h"
 #include "linux/posix/unique_fd.h"
+#include "quoll/foundation/printable.h"
 
 namespace quoll::receiver {
 namespace {
@@ -120,7 +120,7 @@ void print_excerpt(std::ostream& out, std::string_view text) {
     }
     const auto content = text.substr(0, shown);
     const auto carriage = content.ends_with('\r') ? 1U : 0U;
-    out << "  " << printable(content.substr(0, content.size() - carriage))
+    out << "  " << foundation::printable(content.substr(0, content.size() - carriage))
         << (shown < end ? "..." : "") << '\n';
     text.remove_prefix(std::min(end + 1, text.size()));
   }
@@ -160,10 +160,11 @@ void print_summary(std::ostream& out, const DraftSummary& draft,
                    const std::vector<LeftOut>& left_out) {
   const auto line = [&](const char* label, const std::string& text) {
     if (!text.empty()) {
-      out << label << printable(text) << '\n';
+      out << label << foundation::printable(text) << '\n';
     }
   };
-  out << "Subject: " << (draft.subject.empty() ? "(none)" : printable(draft.subject)) << '\n';
+  out << "Subject: " << (draft.subject.empty() ? "(none)" : foundation::printable(draft.subject))
+      << '\n';
   line("From: ", draft.from);
   line("To: ", draft.to);
   line("Cc: ", draft.cc);
@@ -175,12 +176,12 @@ void print_summary(std::ostream& out, const DraftSummary& draft,
   if (!draft.attachments.empty()) {
     out << "Attachments: " << draft.attachments.size() << '\n';
     for (const auto& attachment : draft.attachments) {
-      out << "  " << printable(attachment.name) << " (" << printable(attachment.type) << ", "
-          << size_text(attachment.size) << ")\n";
+      out << "  " << foundation::printable(attachment.name) << " ("
+          << foundation::printable(attachment.type) << ", " << size_text(attachment.size) << ")\n";
     }
   }
   for (const auto& item : left_out) {
-    out << "Left out: " << printable(item.name) << ": " << item.reason << '\n';
+    out << "Left out: " << foundation::printable(item.name) << ": " << item.reason << '\n';
   }
   line("Draft: ", draft.path);
 }
@@ -210,8 +211,8 @@ void print_line(std::ostream& out, const KeptDraft& draft) {
   localtime_r(&draft.time.tv_sec, &local);
   std::strftime(time.data(), time.size(), "%Y-%m-%d %H:%M:%S", &local);
   const std::string subject = subject_of(draft.path);
-  out << time.data() << "  " << (subject.empty() ? "(no subject)" : printable(subject)) << "  "
-      << printable(draft.path) << '\n';
+  out << time.data() << "  " << (subject.empty() ? "(no subject)" : foundation::printable(subject))
+      << "  " << foundation::printable(draft.path) << '\n';
 }
 
 }  // namespace quoll::receiver

@@ -13,6 +13,7 @@
 #include "quoll/foundation/collections.h"
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/nsurl.h"
+#include "quoll/foundation/printable.h"
 #include "quoll/message/extension_message.h"
 #include "quoll/requestutils/url_query.h"
 
@@ -23,26 +24,6 @@ namespace {
 using console::Json;
 using foundation::NSURL;
 using foundation::Value;
-
-/// What a program prints of a text that comes from a stranger: one line, nothing that a terminal
-/// would obey.
-std::string printable(std::string_view text) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string out;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    // U+0080 to U+009F are control characters as well: C2 80 to C2 9F.
-    const bool second_half =
-        byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
-    if (byte < 0x20 || byte == 0x7F || second_half) {
-      const unsigned code = second_half ? static_cast<unsigned char>(text[++i]) : byte;
-      out.append("\\x").append(1, kDigits[code >> 4]).append(1, kDigits[code & 15]);
-    } else {
-      out += text[i];
-    }
-  }
-  return out;
-}
 
 /// The first line of a body that holds anything, cut at a sensible length.
 std::string excerpt(std::string_view body) {
@@ -112,7 +93,7 @@ Json summary(const std::shared_ptr<NSURL>& url) {
 
 void print_line(std::string_view label, std::string_view text) {
   std::cout << label << std::string(label.size() < 11 ? 11 - label.size() : 1, ' ')
-            << printable(text) << '\n';
+            << foundation::printable(text) << '\n';
 }
 
 std::string size_words(const Json& attachment) {
@@ -141,12 +122,13 @@ void print_summary(const Json& summary) {
                attachment["path"].get<std::string>() + " (" + size_words(attachment) + ")");
   }
   for (const auto& [key, value] : summary["parameters"].items()) {
-    print_line(printable(key) + ":", value.get<std::string>());
+    print_line(foundation::printable(key) + ":", value.get<std::string>());
   }
 }
 
 int refuse(std::string_view text, std::string_view why) {
-  std::cerr << "quollctl: " << printable(excerpt(text)) << " " << printable(why) << '\n';
+  std::cerr << "quollctl: " << foundation::printable(excerpt(text)) << " "
+            << foundation::printable(why) << '\n';
   return 1;
 }
 

@@ -5,8 +5,8 @@
 
 #include "quoll/foundation/error.h"
 #include "quoll/foundation/number_text.h"
+#include "quoll/foundation/printable.h"
 #include "quoll/host/file_handle.h"
-#include "quoll/host/printable.h"
 
 namespace quoll::host {
 
@@ -56,7 +56,7 @@ std::string plain_reason(std::string_view log_line) {
   // Names from strangers stand before what lies beneath an error, so the last one is the real one.
   const std::size_t last = log_line.rfind(kError);
   if (last == std::string_view::npos) {
-    return printable(without_operation(log_line));
+    return foundation::printable(without_operation(log_line));
   }
   const std::string_view error = log_line.substr(last + kError.size());
   if (error.starts_with(foundation::NSPOSIXErrorDomain)) {
@@ -64,7 +64,7 @@ std::string plain_reason(std::string_view log_line) {
     return number == 0 ? "unknown error" : error_words(number);
   }
   const std::string_view sentence = sentence_of(error);
-  return printable(sentence.empty() ? error : sentence);
+  return foundation::printable(sentence.empty() ? error : sentence);
 }
 
 int error_code(std::string_view log_line) {

@@ -6,8 +6,8 @@
 
 #include "quoll/foundation/error.h"
 #include "quoll/foundation/exception.h"
+#include "quoll/foundation/printable.h"
 #include "quoll/host/plain_reason.h"
-#include "quoll/host/printable.h"
 #include "quoll/message/extension_message.h"
 
 namespace quoll::host {
@@ -125,8 +125,8 @@ ExitCode report(const Selection& selection, const Outcome& outcome,
                             ? everything_left_out(selection, outcome, *opening, trouble.has_value())
                             : selection.left_out;
   for (const LeftOut& left : left_out) {
-    out << "left out: " << (left.what.empty() ? "\"\"" : printable(left.what)) << ": " << left.why
-        << '\n';
+    out << "left out: " << (left.what.empty() ? "\"\"" : foundation::printable(left.what)) << ": "
+        << left.why << '\n';
   }
   if (trouble) {
     out << "the shared folder cannot be used: " << *trouble

@@ -4,8 +4,8 @@
 
 #include <utility>
 
+#include "quoll/foundation/printable.h"
 #include "quoll/host/file_handle.h"
-#include "quoll/host/printable.h"
 #include "quoll/host/witness.h"
 
 namespace quoll::host {
@@ -28,7 +28,7 @@ class WatchedLog final : public platform::Log {
     if (aloud_) {
       // One write a line, so that the lines of several threads do not mix. Who does not listen at
       // the other end has the system log.
-      static_cast<void>(write_all(STDERR_FILENO, printable(text) + "\n"));
+      static_cast<void>(write_all(STDERR_FILENO, foundation::printable(text) + "\n"));
     }
     log_->line(text);
   }

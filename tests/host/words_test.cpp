@@ -6,40 +6,9 @@
 #include "quoll/foundation/error.h"
 #include "quoll/foundation/format.h"
 #include "quoll/host/plain_reason.h"
-#include "quoll/host/printable.h"
 
 namespace quoll::host {
 namespace {
-
-TEST(Printable, WhatATerminalWouldObeyIsEscaped) {
-  struct Row {
-    const char* reason;
-    std::string bytes;
-    std::string shown;
-  };
-  const std::vector<Row> rows{
-      {"plain text", "a b.txt", "a b.txt"},
-      {"other scripts", "gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9F\x98\x80",
-       "gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9F\x98\x80"},
-      {"line breaks", "a\nb\rc\td", "a\\nb\\rc\\td"},
-      {"an escape sequence", "\x1B[2J", "\\x1B[2J"},
-      {"a zero byte", std::string("a\0b", 3), "a\\x00b"},
-      {"delete", "\x7F", "\\x7F"},
-      {"the control characters of eight bits",
-       "\xC2\x9B"
-       "2J",
-       "\\u009B2J"},
-      {"what turns the direction of writing", "a\xE2\x80\xAEgpj.exe", "a\\u202Egpj.exe"},
-      {"an isolate", "\xE2\x81\xA6x", "\\u2066x"},
-      {"a line separator", "\xE2\x80\xA8", "\\u2028"},
-      {"no UTF-8", "bad\xFF", "bad%FF"},
-      {"nothing", "", ""},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(printable(row.bytes), row.shown) << row.reason;
-  }
-  EXPECT_EQ(printable(std::string(10'000, 'x')), std::string(4096, 'x') + "...");
-}
 
 TEST(PlainReason, SaysWhatTheSystemSaid) {
   struct Row {

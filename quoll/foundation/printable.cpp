@@ -1,4 +1,4 @@
-#include "quoll/host/printable.h"
+#include "quoll/foundation/printable.h"
 
 #include <array>
 #include <cstdio>
@@ -6,11 +6,11 @@
 
 #include "quoll/foundation/text.h"
 
-namespace quoll::host {
+namespace quoll::foundation {
 
 namespace {
 
-constexpr std::size_t kLongest = 4096;
+constexpr std::string_view kCut = "…";
 
 unsigned char byte_at(std::string_view text, std::size_t position) {
   return position < text.size() ? static_cast<unsigned char>(text[position]) : 0;
@@ -51,11 +51,22 @@ std::string escape(unsigned code) {
   return out.data();
 }
 
+/// The first `longest` bytes or a little less: no character is cut.
+std::string_view cut(std::string_view text, std::size_t longest) {
+  if (text.size() <= longest) {
+    return text;
+  }
+  while (longest > 0 && (byte_at(text, longest) & 0xC0U) == 0x80U) {
+    --longest;
+  }
+  return text.substr(0, longest);
+}
+
 }  // namespace
 
-std::string printable(std::string_view bytes) {
-  const bool is_cut = bytes.size() > kLongest;
-  const std::string text = foundation::utf8_with_escapes(bytes.substr(0, kLongest));
+std::string printable(std::string_view bytes, std::size_t longest) {
+  // Nothing gets shorter, so what is beyond need not be looked at.
+  const std::string text = utf8_with_escapes(cut(bytes, longest));
   std::string out;
   out.reserve(text.size());
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -67,7 +78,10 @@ std::string printable(std::string_view bytes) {
     out += escape(*code);
     i += *code < 0x80 ? 0 : (*code < 0x800 ? 1 : 2);
   }
-  return is_cut ? out + "..." : out;
+  if (bytes.size() <= longest && out.size() <= longest) {
+    return out;
+  }
+  return std::string(cut(out, longest - kCut.size())).append(kCut);
 }
 
-}  // namespace quoll::host
+}  // namespace quoll::foundation

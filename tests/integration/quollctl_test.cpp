@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+
+#include "tests/integration/process.h"
+#include "tests/support/temporary_folder.h"
+
+namespace quoll {
+namespace {
+
+using test::Ended;
+
+class QuollctlTest : public ::testing::Test {
+ protected:
+  [[nodiscard]] Ended quollctl(const std::vector<std::string>& arguments,
+                               const std::string& input = "") const {
+    std::vector<std::string> command{"sh",
+                                     "-c",
+                                     "input=$1; shift; exec \"$@\" <\"$input\"",
+                                     "sh",
+                                     folder_.write("input", input),
+                                     QUOLLCTL};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return test::run(command,
+                     {{"QUOLL_GROUP_CONTAINERS", folder_.path()}, {"QUOLL_WORKSPACE", "record"}});
+  }
+
+  test::TemporaryFolder folder_;
+};
+
+TEST_F(QuollctlTest, ShowsWhatACommandUrlSays) {
+  const std::string file = folder_.write("a b.txt", "12345");
+  std::string encoded = "%20b.txt";
+  encoded.insert(0, folder_.path() + "/a");
+  const Ended shown =
+      quollctl({"show",
+                "quoll://compose?subject=A%20title&to=a%40x%3Bb%40x%3B&htmlBody=%3Cp%3Eone"
+                "%0Atwo&attachment_0=" +
+                    encoded + "&attachment_1=/nowhere&other=x"});
+  EXPECT_EQ(shown.status, 0) << shown.errors;
+  EXPECT_EQ(shown.output,
+            "command:   compose\n"
+            "to:        a@x;b@x;\n"
+            "subject:   A title\n"
+            "html:      <p>one ...\n"
+            "attached:  " +
+                file +
+                " (5 bytes)\n"
+                "attached:  /nowhere (missing)\n"
+                "other:     x\n");
+}
+
+TEST_F(QuollctlTest, ShowsItAsJson) {
+  const Ended shown = quollctl({"show", "--json", "quoll://archive?mail=a&messageid=m"});
+  EXPECT_EQ(shown.status, 0) << shown.errors;
+  EXPECT_NE(shown.output.find("\"command\":\"archive\""), std::string::npos) << shown.output;
+  EXPECT_NE(shown.output.find("\"parameters\":{\"mail\":\"a\",\"messageid\":\"m\"}"),
+            std::string::npos)
+      << shown.output;
+}
+
+TEST_F(QuollctlTest, ShowIsSafeAtATerminal) {
+  const Ended shown = quollctl({"show", "quoll://compose?subject=%1B%5B2J%0Ax"});
+  EXPECT_EQ(shown.output.find('\x1B'), std::string::npos);
+  EXPECT_NE(shown.output.find("subject:   \\x1B[2J\\nx\n"), std::string::npos) << shown.output;
+}
+
+TEST_F(QuollctlTest, RefusesWhatIsNoCommandUrl) {
+  for (const char* text : {"", "http://h/", "quoll:compose", "quoll://", "quoll://?a=b",
+                           "not a url", "quoll://compose?a=%FF", "quoll://compose#a?b=c"}) {
+    const Ended refused = quollctl({"show", text});
+    EXPECT_EQ(refused.status, 1) << text;
+    EXPECT_TRUE(refused.output.empty()) << text;
+    EXPECT_TRUE(refused.errors.starts_with("quollctl: ")) << refused.errors;
+    EXPECT_EQ(refused.errors.find('\n'), refused.errors.size() - 1) << "one line";
+  }
+}
+
+TEST_F(QuollctlTest, CallEndsAsItsWorstReply) {
+  const Ended good = quollctl({"call"}, R"({"op": "URLEncodedString", "on": "a b"})");
+  EXPECT_EQ(good.output, "{\"result\":\"a%20b\"}\n") << "also without a line feed at the end";
+  EXPECT_EQ(good.status, 0);
+  const Ended bad = quollctl({"call"},
+                             "no JSON\n"
+                             R"({"op": "URLQuery", "on": "a#b?c"})"
+                             "\n"
+                             R"({"constant": "commandCompose"})"
+                             "\n");
+  EXPECT_EQ(bad.status, 1);
+  EXPECT_NE(bad.output.find("\"refused\":"), std::string::npos) << bad.output;
+  EXPECT_NE(bad.output.find("\"raised\":\"NSRangeException\""), std::string::npos) << bad.output;
+  EXPECT_TRUE(bad.output.ends_with("{\"result\":\"compose\"}\n")) << "the run goes on";
+  EXPECT_EQ(quollctl({}).status, 2);
+  EXPECT_EQ(quollctl({"unknown"}).status, 2);
+}
+
+}  // namespace
+}  // namespace quoll
