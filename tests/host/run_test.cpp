@@ -44,11 +44,11 @@ class RecordingProvider final : public platform::NSItemProvider {
     return type == platform::kUTTypeURL;
   }
   void loadItemForTypeIdentifier(std::string_view /*type*/, CompletionHandler handler) override {
-    loads.push_back(request->cancellation());
+    loads.push_back(request.lock()->cancellation());
     handler(NSURL::URLWithString("https://h/"), std::nullopt);
   }
 
-  std::shared_ptr<HostContext> request;
+  std::weak_ptr<HostContext> request;  // which holds this provider
   std::vector<std::optional<foundation::Error>> loads;
 };
 
@@ -85,9 +85,10 @@ TEST_F(Run, TheRequestIsCancelledBeforeAnythingIsLoaded) {
   auto provider = std::make_shared<RecordingProvider>();
   auto item = std::make_shared<platform::NSExtensionItem>();
   item->attachments = {provider};
-  provider->request = std::make_shared<HostContext>(HostContext::Items{item});
+  const auto request = std::make_shared<HostContext>(HostContext::Items{item});
+  provider->request = request;
   ShareViewController controller;
-  controller.set_extension_context(provider->request);
+  controller.set_extension_context(request);
   controller.view();
   wait_until_done({}, *queue_);
   ASSERT_EQ(provider->loads.size(), 1U);

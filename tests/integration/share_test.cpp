@@ -1,4 +1,5 @@
 // The whole program, with the command printed instead of opened.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/file.h>
@@ -10,6 +11,7 @@
 #include <cstdlib>
 #include <set>
 
+#include "linux/posix/unique_fd.h"
 #include "tests/integration/share_home.h"
 
 namespace quoll::test {
@@ -235,6 +237,20 @@ TEST_F(Share, ASecondShareWaitsForItsTurn) {
             std::vector<std::string>{home_.staging() + "/second.txt"});
   EXPECT_EQ(second.wait(), 0);
   EXPECT_FALSE(std::filesystem::exists(home_.staging() + "/first.txt"));
+}
+
+TEST_F(Share, SomebodyAtATerminalIsToldThatItWaits) {
+  EXPECT_EQ(home_.print({"http://a/"}).status, 0) << "the container is there now";
+  const posix::UniqueFd turn(
+      ::open((home_.container() + "/.locks/turn").c_str(), O_RDWR | O_CLOEXEC));
+  ASSERT_EQ(::flock(turn.get(), LOCK_EX), 0);
+  // `script` gives the share a terminal and passes on what it writes there.
+  Process share({"script", "-qefc", std::string(QUOLL_SHARE) + " --print http://b/", "/dev/null"},
+                home_.environment());
+  EXPECT_EQ(share.read_line(), "waiting for another share to finish\r");
+  ASSERT_EQ(::flock(turn.get(), LOCK_UN), 0);
+  EXPECT_TRUE(share.read_line().starts_with("quoll://compose?"));
+  EXPECT_EQ(share.wait(), 0);
 }
 
 TEST_F(Share, AKilledShareLeavesNothingHalf) {
