@@ -12,9 +12,9 @@
 #include "linux/image_helper/answers.h"
 #include "linux/image_helper/codecs/picture.h"
 
-// The leak check of a build with the address sanitizer looks at the process's threads in /proc, which
-// a helper of a confined program cannot see; it is left out there, and only there.
-extern "C" int __lsan_is_turned_off();  // NOLINT(bugprone-reserved-identifier): its name
+// The leak check of a build with the address sanitizer looks at the process's threads in /proc,
+// which a helper of a confined program cannot see; it is left out there, and only there.
+extern "C" int __lsan_is_turned_off();   // NOLINT(bugprone-reserved-identifier): its name
 extern "C" int __lsan_is_turned_off() {  // NOLINT(bugprone-reserved-identifier)
   const int threads = open("/proc/self/task", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (threads >= 0) {
