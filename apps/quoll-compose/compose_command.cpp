@@ -37,6 +37,7 @@ std::vector<std::string> attachments_of(const foundation::NSURL& url) {
   }
   std::ranges::stable_sort(numbered, {}, &std::pair<std::uint64_t, std::string>::first);
   std::vector<std::string> paths;
+  paths.reserve(numbered.size());
   for (auto& [number, path] : numbered) {
     paths.push_back(std::move(path));
   }

@@ -18,7 +18,7 @@ struct ComposeCommand {
 
 /// Reads a command URL of the command "compose". Throws `CannotCompose` for everything else,
 /// however hostile.
-[[nodiscard]] ComposeCommand read_compose_command(std::string_view url);
+[[nodiscard]] ComposeCommand read_compose_command(std::string_view text);
 
 /// A field's text; empty when it has none.
 [[nodiscard]] std::string text_of_field(const foundation::Value& field);

@@ -16,6 +16,7 @@
 #include "apps/quoll-compose/mime_handles.h"
 #include "apps/quoll-compose/places.h"
 #include "linux/posix/unique_fd.h"
+#include "quoll/foundation/path.h"
 #include "quoll/foundation/printable.h"
 
 namespace quoll::receiver {
@@ -192,7 +193,7 @@ std::vector<KeptDraft> kept_drafts() {
   const std::unique_ptr<DIR, gio::Release<closedir>> listing(opendir(folder.c_str()));
   for (const dirent* entry = nullptr; listing && (entry = readdir(listing.get())) != nullptr;) {
     const std::string name = entry->d_name;
-    const std::string path = folder + "/" + name;
+    const std::string path = foundation::appending_path_component(folder, name);
     struct stat status {};
     if (name.ends_with(".eml") && !name.starts_with(".") && stat(path.c_str(), &status) == 0 &&
         S_ISREG(status.st_mode)) {

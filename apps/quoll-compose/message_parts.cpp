@@ -116,7 +116,7 @@ MimeHandle<GMimeObject> attachment_part(const TakenFile& file) {
                                                   std::to_string(status.st_size).c_str());
   const MimeHandle<GMimeStream> content(g_mime_stream_fs_new(fd.release()));
   set_content(part.get(), content.get(), GMIME_CONTENT_ENCODING_BASE64);
-  part.release();
+  static_cast<void>(part.release());  // `object` is the same
   return MimeHandle<GMimeObject>(object);
 }
 

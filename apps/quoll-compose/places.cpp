@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "apps/quoll-compose/cannot_compose.h"
+#include "quoll/foundation/path.h"
 #include "quoll/platform/files.h"
 
 namespace quoll::receiver {
@@ -62,7 +63,8 @@ void remove_in(const std::string& folder, std::string_view prefix) {
        files->contentsOfDirectoryAtPath(folder).value_or(std::vector<std::string>())) {
     std::optional<foundation::Error> ignored;  // the next program tries again
     if (name.starts_with(prefix)) {
-      files->removeItemAtURL(platform::fileURLWithPath(folder + "/" + name), ignored);
+      files->removeItemAtURL(
+          platform::fileURLWithPath(foundation::appending_path_component(folder, name)), ignored);
     }
   }
 }

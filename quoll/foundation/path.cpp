@@ -22,7 +22,7 @@ std::string_view last_path_component(std::string_view path) {
 std::string_view path_extension(std::string_view path) {
   const std::string_view name = last_path_component(path);
   const std::size_t dot = name.rfind('.');
-  if (dot == std::string_view::npos || dot == 0 || name == "..") {
+  if (dot == std::string_view::npos || dot == 0) {
     return {};
   }
   return name.substr(dot + 1);

@@ -9,8 +9,8 @@ using Text = std::optional<std::string>;
 
 TEST(URLWithString, LooksAtCharactersOnly) {
   for (const std::string_view text :
-       {"http://h", "(null)", "a", "//", ":", "http://h:port", "a#", "#", "a#b?c", "%41", "%c3",
-        "-_.!~*'();/?:@&=+$,[]", "quoll://compose?"}) {
+       {"http://h", "(null)", "a", "//", ":", "http://h:port", "%af", "%FA", "%09", "a#", "#",
+        "a#b?c", "%41", "%c3", "-_.!~*'();/?:@&=+$,[]", "quoll://compose?"}) {
     const auto url = NSURL::URLWithString(text);
     ASSERT_NE(url, nullptr) << text;
     EXPECT_EQ(url->absoluteString(), text);
@@ -29,7 +29,8 @@ TEST(URLWithString, RefusesEveryOtherCharacter) {
 }
 
 TEST(URLWithString, RefusesBadEscapesAndASecondFragment) {
-  for (const auto text : {"", "%", "a%4", "%zz", "%4z", "a#b#c", "##", "http://h/<id>", "é"}) {
+  for (const auto text : {"", "%", "a%4", "%zz", "%4z", "%ag", "%ga", "%aG", "%@a", "%a`", "%:0",
+                          "%0/", "a#b#c", "##", "http://h/<id>", "é"}) {
     EXPECT_EQ(NSURL::URLWithString(text), nullptr) << text;
   }
 }
@@ -131,6 +132,51 @@ TEST(URLComponents, AreTakenFromTheText) {
        {},
        {}},
       {"a zero byte decodes", "/a%00b", {}, {}, {}, {}, std::string("/a\0b", 4), {}, {}, {}, {}},
+      {"a scheme ends at its colon and nowhere else",
+       "a?b:/c",
+       {},
+       {},
+       {},
+       {},
+       "a",
+       {},
+       "b:/c",
+       {},
+       {}},
+      {"the last at sign parts user and host",
+       "http://a@b@h/",
+       "http",
+       "h",
+       "a@b",
+       {},
+       "/",
+       {},
+       {},
+       {},
+       {}},
+      {"an address ends at its first bracket",
+       "http://[::1]x]:8/",
+       "http",
+       "::1",
+       {},
+       {},
+       "/",
+       {},
+       {},
+       {},
+       8},
+      {"a bracket inside a name is part of it",
+       "http://h]:80/",
+       "http",
+       "h]",
+       {},
+       {},
+       "/",
+       {},
+       {},
+       {},
+       80},
+      {"an empty authority has no host", "http:///p", "http", {}, {}, {}, "/p", {}, {}, {}, {}},
       {"a colon in front", ":a", {}, {}, {}, {}, ":a", {}, {}, {}, {}},
   };
   for (const Parts& row : cases) {
@@ -180,6 +226,9 @@ TEST(URLByAppendingPathComponent, JoinsOneComponent) {
   EXPECT_EQ(
       URLByAppendingPathComponent(NSURL::URLWithString("http://h/a?q#f"), "b")->absoluteString(),
       "http://h/a/b?q#f");
+  EXPECT_EQ(
+      URLByAppendingPathComponent(NSURL::URLWithString("http://h/a#f"), "b")->absoluteString(),
+      "http://h/a/b#f");
   EXPECT_EQ(URLByAppendingPathComponent(nullptr, "a"), nullptr) << "nothing appended to nothing";
 }
 

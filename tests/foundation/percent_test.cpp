@@ -43,6 +43,20 @@ TEST(PercentDecode, ReadsEscapesOfEitherCase) {
   EXPECT_EQ(percent_decode(""), "");
 }
 
+TEST(PercentDecode, WorksAtEveryPlaceOfALongText) {
+  for (std::size_t size = 0; size < 200; ++size) {
+    for (std::size_t at = 0; at < size; at += 1 + size / 20) {
+      std::string text(size, 'a');
+      text.insert(at, "%41");
+      std::string expected(size, 'a');
+      expected.insert(at, "A");
+      EXPECT_EQ(percent_decode(text), expected) << size << " " << at;
+      text[at + 1] = 'x';
+      EXPECT_EQ(percent_decode(text), std::nullopt) << size << " " << at;
+    }
+  }
+}
+
 TEST(PercentDecode, RefusesMalformedEscapes) {
   for (const auto text : {"%", "%4", "%G0", "%0G", "a%", "abc%4", "%%41", "%-1", "% 1"}) {
     EXPECT_EQ(percent_decode(text), std::nullopt) << text;

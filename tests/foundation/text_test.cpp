@@ -91,6 +91,64 @@ TEST(IsUtf8, RefusesEverythingElse) {
   }
 }
 
+/// The table of the standard, row by row.
+bool is_one_character(const std::string& bytes) {
+  struct Row {
+    unsigned lead_low, lead_high, second_low, second_high;
+    std::size_t length;
+  };
+  constexpr Row kRows[] = {
+      {0x00, 0x7F, 0, 0, 1},       {0xC2, 0xDF, 0x80, 0xBF, 2}, {0xE0, 0xE0, 0xA0, 0xBF, 3},
+      {0xE1, 0xEC, 0x80, 0xBF, 3}, {0xED, 0xED, 0x80, 0x9F, 3}, {0xEE, 0xEF, 0x80, 0xBF, 3},
+      {0xF0, 0xF0, 0x90, 0xBF, 4}, {0xF1, 0xF3, 0x80, 0xBF, 4}, {0xF4, 0xF4, 0x80, 0x8F, 4},
+  };
+  const auto at = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
+  for (const Row& row : kRows) {
+    if (at(0) < row.lead_low || at(0) > row.lead_high || bytes.size() != row.length) {
+      continue;
+    }
+    bool good = row.length == 1 || (at(1) >= row.second_low && at(1) <= row.second_high);
+    for (std::size_t i = 2; i < row.length; ++i) {
+      good = good && at(i) >= 0x80 && at(i) <= 0xBF;
+    }
+    return good;
+  }
+  return false;
+}
+
+TEST(IsUtf8, AgreesWithTheStandardAtEveryBound) {
+  constexpr unsigned kBounds[] = {0x00, 0x7F, 0x80, 0x81, 0x8F, 0x90,
+                                  0x9F, 0xA0, 0xBE, 0xBF, 0xC0, 0xFF};
+  std::string bytes;
+  const auto check = [&] { EXPECT_EQ(is_utf8(bytes), is_one_character(bytes)) << bytes.size(); };
+  for (unsigned lead = 0; lead < 256; ++lead) {
+    bytes.assign(1, static_cast<char>(lead));
+    check();
+    if (lead < 0x80) {
+      continue;  // what follows it is a character of its own
+    }
+    for (const unsigned second : kBounds) {
+      bytes.resize(1);
+      bytes += static_cast<char>(second);
+      check();
+      for (const unsigned third : kBounds) {
+        bytes.resize(2);
+        bytes += static_cast<char>(third);
+        if (lead >= 0xE0) {
+          check();
+        }
+        for (const unsigned fourth : kBounds) {
+          bytes.resize(3);
+          bytes += static_cast<char>(fourth);
+          if (lead >= 0xF0) {
+            check();
+          }
+        }
+      }
+    }
+  }
+}
+
 TEST(Utf8WithEscapes, EscapesBadBytesOnly) {
   EXPECT_EQ(utf8_with_escapes("r\xC3\xA9sum\xE9.txt"), "r\xC3\xA9sum%E9.txt");
   EXPECT_EQ(utf8_with_escapes("\xFF\xFE"), "%FF%FE");

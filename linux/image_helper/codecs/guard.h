@@ -15,6 +15,7 @@ class Guard {
   /// nothing that has to be destroyed.
   template <typename Step>
   void run(const Step& step) {
+    // NOLINTNEXTLINE(cert-err52-cpp): the only way out of a C library's error call
     if (setjmp(jump_) != 0) {
       throw Refused(reason_);
     }
@@ -24,7 +25,7 @@ class Guard {
   /// For the library's error call, inside a step only.
   [[noreturn]] void fail(const char* reason) {
     std::snprintf(reason_, sizeof reason_, "%s", reason);
-    std::longjmp(jump_, 1);
+    std::longjmp(jump_, 1);  // NOLINT(cert-err52-cpp): see `run`
   }
 
  private:

@@ -44,8 +44,8 @@ HeldPicture::HeldPicture(PictureSource& source) : HeldPicture(source.picture()) 
   }
 }
 
-void HeldPicture::read(unsigned char* out) {
-  std::memcpy(out, row(next_++), picture_.row_bytes());
+void HeldPicture::read(unsigned char* row) {
+  std::memcpy(row, this->row(next_++), picture_.row_bytes());
 }
 
 }  // namespace quoll::image_helper

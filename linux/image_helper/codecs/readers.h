@@ -10,7 +10,7 @@ namespace quoll::image_helper {
 // give the picture as it is stored: not turned, with whatever profile the file names.
 std::unique_ptr<PictureSource> open_png(File file);
 std::unique_ptr<PictureSource> open_jpeg(File file);
-std::unique_ptr<PictureSource> open_tiff(File file);
+std::unique_ptr<PictureSource> open_tiff(File bytes);
 std::unique_ptr<PictureSource> open_gif(File file);
 std::unique_ptr<PictureSource> open_webp(File file);
 

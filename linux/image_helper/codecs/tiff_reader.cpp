@@ -212,7 +212,8 @@ class TiffRows final : public PictureSource {
     if (line == 0) {
       read_band();
     }
-    const unsigned char* const from = band_.data() + line * picture_.width * pixel_bytes_;
+    const unsigned char* const from =
+        band_.data() + std::size_t{line} * picture_.width * pixel_bytes_;
     if (sample_bytes_ == 1) {
       convert_row(from, row, picture_.width, layout_);
     } else {
@@ -252,7 +253,7 @@ class TiffRows final : public PictureSource {
     const std::size_t columns = std::min(block_width_, picture_.width - x);
     const std::size_t step = planes_ == 1 ? pixel_bytes_ : sample_bytes_;
     for (std::uint32_t y = 0; y < rows; ++y) {
-      const unsigned char* from = block_.data() + y * block_width_ * step;
+      const unsigned char* from = block_.data() + std::size_t{y} * block_width_ * step;
       unsigned char* to = band_.data() + (std::size_t{y} * picture_.width + x) * pixel_bytes_;
       if (planes_ == 1) {
         std::memcpy(to, from, columns * step);
