@@ -9,6 +9,6 @@ namespace quoll::quollctl {
 [[nodiscard]] int call();
 
 /// Prints what a command URL says, for people or as JSON; 1 when the text is not a command URL.
-[[nodiscard]] int show(const std::string& url, bool as_json);
+[[nodiscard]] int show(const std::string& text, bool as_json);
 
 }  // namespace quoll::quollctl

@@ -41,9 +41,10 @@ Failure start_program(GDesktopAppInfo* entry, const std::vector<std::string>& ur
   pass_token(context.get(), "XDG_ACTIVATION_TOKEN", tokens.activation);
   pass_token(context.get(), "DESKTOP_STARTUP_ID", tokens.startup);
   GList* list = nullptr;
-  for (auto uri = uris.rbegin(); uri != uris.rend(); ++uri) {
-    list = g_list_prepend(list, const_cast<char*>(uri->c_str()));
+  for (const std::string& uri : uris) {
+    list = g_list_prepend(list, const_cast<char*>(uri.c_str()));
   }
+  list = g_list_reverse(list);
   const posix::UniqueFd nothing(open("/dev/null", O_RDWR | O_CLOEXEC));
   ErrorSlot error;
   const bool started =

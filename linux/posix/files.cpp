@@ -228,7 +228,7 @@ class PosixFiles final : public platform::NSFileManager {
   std::string currentDirectoryPath() override {
     const std::unique_ptr<char, decltype(&std::free)> path(::getcwd(nullptr, 0), &std::free);
     // A working directory that lies outside the root comes as "(unreachable)...".
-    return path && *path.get() == '/' ? std::string(path.get()) : std::string();
+    return path && *path == '/' ? std::string(path.get()) : std::string();
   }
 
  private:

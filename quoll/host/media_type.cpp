@@ -59,7 +59,7 @@ std::string_view extension_of_media_type(std::string_view media_type) {
 }
 
 std::string_view media_type_of_bytes(std::string_view beginning) {
-  constexpr std::size_t kLookedAt = 64 * 1024;
+  constexpr std::size_t kLookedAt = std::size_t{64} * 1024;
   beginning = beginning.substr(0, kLookedAt);
   if (beginning.starts_with("%PDF-")) {
     return "application/pdf";
