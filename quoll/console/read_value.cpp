@@ -145,7 +145,7 @@ Value ValueReader::read_record(const std::string& class_name, const Json& fields
   for (const auto& [name, value] : fields.get_ref<const Json::object_t&>()) {
     const RecordField* field = known->field(name);
     if (field == nullptr) {
-      throw Refused(class_name + " has no field " + name);
+      throw Refused(std::string(class_name).append(" has no field ").append(name));
     }
     field->set(*record, read(value));
   }

@@ -98,8 +98,8 @@ class PngReader final : public PictureSource {
   }
 
   void read_header() {
-    const png_structp png = handle_.png;
-    const png_infop info = handle_.info;
+    png_struct* const png = handle_.png;
+    png_info* const info = handle_.info;
     picture_.width = png_get_image_width(png, info);
     picture_.height = png_get_image_height(png, info);
     picture_.channels = png_get_channels(png, info);
