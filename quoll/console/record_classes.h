@@ -24,7 +24,7 @@ struct RecordClass {
   std::vector<RecordField> fields;
 
   /// The field of that name, or null.
-  [[nodiscard]] const RecordField* field(std::string_view name) const;
+  [[nodiscard]] const RecordField* field(std::string_view wanted) const;
 };
 
 [[nodiscard]] const std::vector<RecordClass>& record_classes();

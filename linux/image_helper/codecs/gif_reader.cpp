@@ -116,7 +116,8 @@ std::unique_ptr<HeldPicture> read_frame(GifFile& file, int transparent) {
       if (top + y < picture.height && left + x < picture.width) {
         const GifColorType& colour = map->Colors[line[x]];
         const unsigned char rgba[4] = {colour.Red, colour.Green, colour.Blue, 0xff};
-        std::memcpy(canvas->row(top + y) + (left + x) * picture.channels, rgba, picture.channels);
+        std::memcpy(canvas->row(top + y) + std::size_t{left + x} * picture.channels, rgba,
+                    picture.channels);
       }
     }
   }

@@ -11,7 +11,7 @@ namespace quoll::image_helper {
 std::unique_ptr<PictureSource> open_png(File file);
 std::unique_ptr<PictureSource> open_jpeg(File file);
 std::unique_ptr<PictureSource> open_tiff(File bytes);
-std::unique_ptr<PictureSource> open_gif(File file);
+std::unique_ptr<PictureSource> open_gif(File bytes);
 std::unique_ptr<PictureSource> open_webp(File file);
 
 /// The first image of a file of any of these formats, turned upright, with a profile only when it
