@@ -10,6 +10,11 @@ namespace {
 
 class SteadyClock final : public platform::Clock {
  public:
+  foundation::Date now() override {
+    return {std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch())
+                .count()};
+  }
+
   void sleep(double seconds) override {
     constexpr double kLongest = 1e9;  // more than the counter holds is not asked for
     if (seconds > 0) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quoll/foundation/value.h"
+
 namespace quoll::platform {
 
 /// The passing of time, so that a test can hold it.
@@ -12,7 +14,13 @@ class Clock {
 
   /// `sleepForTimeInterval:`: lets the calling thread wait that many seconds.
   virtual void sleep(double seconds) = 0;
+
+  /// The present moment, by the calendar.
+  [[nodiscard]] virtual foundation::Date now() = 0;
 };
+
+/// The present moment by the installed clock.
+[[nodiscard]] foundation::Date present_moment();
 
 /// Sleeps by the installed clock.
 void sleep_for_time_interval(double seconds);

@@ -39,6 +39,8 @@ Desktop install(Desktop desktop) {
   fill(desktop.clock, std::move(nothing.clock));
   fill(desktop.images, std::move(nothing.images));
   fill(desktop.styled_text, std::move(nothing.styled_text));
+  fill(desktop.dates, std::move(nothing.dates));
+  fill(desktop.links, std::move(nothing.links));
   auto next = std::make_shared<const Desktop>(std::move(desktop));
   const std::lock_guard lock(installed().mutex);
   std::swap(installed().desktop, next);
@@ -80,6 +82,10 @@ void log_line(std::string_view text) {
 
 void dispatch_async(QueuePriority priority, std::function<void()> block) {
   current_desktop()->queue->async(priority, std::move(block));
+}
+
+foundation::Date present_moment() {
+  return current_desktop()->clock->now();
 }
 
 void sleep_for_time_interval(double seconds) {

@@ -6,8 +6,10 @@
 #include "quoll/platform/bundle.h"
 #include "quoll/platform/clock.h"
 #include "quoll/platform/coordinator.h"
+#include "quoll/platform/dates.h"
 #include "quoll/platform/files.h"
 #include "quoll/platform/images.h"
+#include "quoll/platform/links.h"
 #include "quoll/platform/log.h"
 #include "quoll/platform/notifications.h"
 #include "quoll/platform/queue.h"
@@ -18,7 +20,7 @@ namespace quoll::platform {
 
 /// Everything that surrounds a program. What is left null is answered by the desktop that has
 /// nothing: no identifier, no container, no file, opening answers false, the log is silent, a block
-/// is never run, a sleep takes no time.
+/// is never run, a sleep takes no time, a date prints as nothing, a text has no links.
 struct Desktop {
   std::shared_ptr<NSBundle> bundle{};
   std::shared_ptr<NSFileManager> files{};
@@ -30,6 +32,8 @@ struct Desktop {
   std::shared_ptr<Clock> clock{};
   std::shared_ptr<Images> images{};
   std::shared_ptr<StyledText> styled_text{};
+  std::shared_ptr<Dates> dates{};
+  std::shared_ptr<Links> links{};
 };
 
 /// Installs the desktop of this process and answers the one before. `main` does it once, before it

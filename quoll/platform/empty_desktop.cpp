@@ -98,6 +98,7 @@ class NoQueue final : public Queue {
 class NoClock final : public Clock {
  public:
   void sleep(double /*seconds*/) override {}
+  foundation::Date now() override { return {}; }
 };
 
 class NoImages final : public Images {
@@ -116,6 +117,26 @@ class NoStyledText final : public StyledText {
   std::optional<Bytes> to_html(const NSAttributedString& /*text*/) override { return std::nullopt; }
 };
 
+class NoDateFormatter final : public NSDateFormatter {
+ public:
+  std::string stringFromDate(foundation::Date /*date*/) const override { return {}; }
+  std::optional<foundation::Date> dateFromString(std::string_view /*text*/) const override {
+    return std::nullopt;
+  }
+};
+
+class NoDates final : public Dates {
+ public:
+  std::shared_ptr<NSDateFormatter> formatter(const DateFormatterSettings& /*settings*/) override {
+    return std::make_shared<NoDateFormatter>();
+  }
+};
+
+class NoLinks final : public Links {
+ public:
+  std::vector<std::string> find(std::string_view /*text*/) override { return {}; }
+};
+
 }  // namespace
 
 Desktop empty_desktop() {
@@ -128,7 +149,9 @@ Desktop empty_desktop() {
           .queue = std::make_shared<NoQueue>(),
           .clock = std::make_shared<NoClock>(),
           .images = std::make_shared<NoImages>(),
-          .styled_text = std::make_shared<NoStyledText>()};
+          .styled_text = std::make_shared<NoStyledText>(),
+          .dates = std::make_shared<NoDates>(),
+          .links = std::make_shared<NoLinks>()};
 }
 
 }  // namespace quoll::platform

@@ -55,7 +55,11 @@ class HeldClock final : public platform::Clock {
       : at_sleep_(std::move(at_sleep)) {}
 
   void sleep(double seconds) override;
+  foundation::Date now() override { return {present}; }
   [[nodiscard]] std::vector<double> sleeps() const;
+
+  /// What `now` answers, in seconds since 1970. Set it before threads start.
+  double present = 0;
 
  private:
   std::function<void(int)> at_sleep_;

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quoll::platform {
+
+/// The finder of links in free text. Any thread may call.
+class Links {
+ public:
+  Links() = default;
+  Links(const Links&) = delete;
+  Links& operator=(const Links&) = delete;
+  virtual ~Links() = default;
+
+  /// The links in `text`, in the order in which they occur, each as the absolute text of its URL.
+  /// Time grows with the length of the text only, whatever stands in it.
+  [[nodiscard]] virtual std::vector<std::string> find(std::string_view text) = 0;
+};
+
+}  // namespace quoll::platform
