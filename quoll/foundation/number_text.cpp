@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <limits>
 
 #include "quoll/foundation/text.h"
@@ -32,31 +31,6 @@ std::size_t digits_at(std::string_view text, std::size_t position) {
     ++position;
   }
   return position - start;
-}
-
-/// The length of the longest prefix of the form 12, 12.5, .5, 12. or any of them with an exponent.
-std::size_t decimal_prefix(std::string_view text) {
-  const std::size_t whole = digits_at(text, 0);
-  std::size_t end = whole;
-  std::size_t fraction = 0;
-  if (end < text.size() && text[end] == '.') {
-    fraction = digits_at(text, end + 1);
-    end += 1 + fraction;
-  }
-  if (whole + fraction == 0) {
-    return 0;
-  }
-  if (end < text.size() && (text[end] == 'e' || text[end] == 'E')) {
-    std::size_t exponent = end + 1;
-    if (exponent < text.size() && (text[exponent] == '-' || text[exponent] == '+')) {
-      ++exponent;
-    }
-    const std::size_t digits = digits_at(text, exponent);
-    if (digits > 0) {
-      end = exponent + digits;
-    }
-  }
-  return end;
 }
 
 /// What a decimal text beyond the range of a double stands for: a huge one, or nothing at all.
@@ -97,24 +71,20 @@ bool boolean_of_text(std::string_view text) {
 
 float float_of_text(std::string_view text) {
   const bool negative = take_sign(text);
-  const std::string_view decimal = text.substr(0, decimal_prefix(text));
-  if (decimal.empty()) {
+  // Neither a second sign nor the words for infinity and not-a-number are read.
+  if (text.empty() || (!is_digit(text.front()) && text.front() != '.')) {
     return 0;
   }
   double number = 0;
-  const auto [end, problem] =
-      std::from_chars(decimal.data(), decimal.data() + decimal.size(), number);
+  const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (problem == std::errc::result_out_of_range) {
-    number = out_of_range(decimal);
+    number = out_of_range({text.data(), end});
   }
   return single_precision(negative ? -number : number);
 }
 
 float single_precision(double number) {
   constexpr double kLargest = std::numeric_limits<float>::max();
-  if (std::isnan(number)) {
-    return std::numeric_limits<float>::quiet_NaN();
-  }
   return static_cast<float>(std::clamp(number, -kLargest, kLargest));
 }
 

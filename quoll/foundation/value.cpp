@@ -23,7 +23,7 @@ void print(const Value& value, int depth, std::string& out);
 void print_date(const Date& date, std::string& out) {
   constexpr double kLast = 253402300799.0;   // 9999-12-31 23:59:59
   constexpr double kFirst = -62135596800.0;  // 0001-01-01 00:00:00
-  if (!(date.seconds_since_1970 >= kFirst && date.seconds_since_1970 <= kLast + 1)) {
+  if (!(date.seconds_since_1970 >= kFirst && date.seconds_since_1970 < kLast + 1)) {
     out += text_of_real(date.seconds_since_1970);
     return;
   }

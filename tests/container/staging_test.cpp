@@ -165,6 +165,36 @@ TEST_F(Staging, AnotherExceptionPassesAndFreesTheLock) {
   EXPECT_EQ(ShareFiles("Share", list({path}))->count(), 1U) << "the lock was released";
 }
 
+TEST_F(Staging, ExcludesEveryoneFromTheFolderAndWritesImagesInOneStep) {
+  struct Access {
+    std::string path;
+    unsigned options;
+    bool operator==(const Access&) const = default;
+  };
+  class Recording final : public platform::NSFileCoordinator {
+   public:
+    explicit Recording(std::vector<Access>& seen) : seen_(seen) {}
+    void coordinateWritingItemAtURL(
+        const std::shared_ptr<foundation::NSURL>& url, unsigned options,
+        std::optional<Error>& /*error*/,
+        const std::function<void(const std::shared_ptr<foundation::NSURL>&)>& accessor) override {
+      seen_.push_back({*url->path(), options});
+      accessor(url);
+    }
+
+   private:
+    std::vector<Access>& seen_;
+  };
+  std::vector<Access> seen;
+  const platform::ScopedDesktop recorded(
+      {.files = files, .coordinator = [&] { return std::make_unique<Recording>(seen); }});
+  ShareInit("Share");
+  static_cast<void>(ShareFiles("Share", list({folder.write("1", "")})));
+  static_cast<void>(ShareDatas("Share", list({Bytes{1}})));
+  EXPECT_EQ(seen, (std::vector<Access>{{staging(), 1}, {staging(), 1}, {staging(), 1}}));
+  EXPECT_EQ(files->write_options, 1U);
+}
+
 TEST_F(Staging, EmptyAndNullListsWriteNothing) {
   ShareInit("Share");
   EXPECT_TRUE(ShareFiles("Share", list({}))->empty());

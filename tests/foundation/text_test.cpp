@@ -179,6 +179,28 @@ TEST(ErrorText, NamesDomainCodeAndDetails) {
             "Code=2 \"No such file or directory\"}}");
 }
 
+TEST(FileError, SaysWhatHappenedInOneSentence) {
+  struct Case {
+    int number;
+    bool writing;
+    const char* text;
+  };
+  constexpr Case kCases[] = {
+      {ENOENT, true, "“a.txt” doesn’t exist."},
+      {ENOENT, false, "The file “a.txt” couldn’t be opened because there is no such file."},
+      {EACCES, false, "You don’t have permission to access “a.txt”."},
+      {EPERM, true, "You don’t have permission to access “a.txt”."},
+      {EEXIST, true, "“a.txt” already exists."},
+      {ENOSPC, true, "“a.txt” couldn’t be written because there is not enough space."},
+      {EROFS, true, "“a.txt” couldn’t be written because the volume is read only."},
+      {EIO, true, "The operation on “a.txt” couldn’t be completed."},
+      {EIO, false, "The operation on “a.txt” couldn’t be completed."},
+  };
+  for (const Case& row : kCases) {
+    EXPECT_EQ(file_error(row.number, "/x/a.txt", row.writing).text, row.text) << row.number;
+  }
+}
+
 TEST(FileError, TellsTheKindsOfFailureApart) {
   struct Case {
     int number;

@@ -82,6 +82,8 @@ TEST(ValueInteger, ReadsNumbersAndTexts) {
   constexpr double kHuge = 1e300;
   EXPECT_EQ(Value(3).integerValue(), 3);
   EXPECT_EQ(Value(true).integerValue(), 1);
+  constexpr std::int64_t kOdd = (std::int64_t{1} << 53) + 1;
+  EXPECT_EQ(Value(kOdd).integerValue(), kOdd) << "not by way of a real";
   EXPECT_EQ(Value(2.9).integerValue(), 2) << "toward zero";
   EXPECT_EQ(Value(-2.9).integerValue(), -2) << "toward zero";
   EXPECT_EQ(Value(kHuge).integerValue(), std::numeric_limits<std::int64_t>::max());
@@ -170,6 +172,8 @@ TEST(ValueDescription, PrintsEachKind) {
       {Date{1709806500}, "2024-03-07 10:15:00 +0000"},
       {Date{-1}, "1969-12-31 23:59:59 +0000"},
       {Date{-0.5}, "1969-12-31 23:59:59 +0000"},
+      {Date{-62135596801}, "-62135596801"},
+      {Date{253402300800}, "253402300800"},
       {Date{-62135596800}, "0001-01-01 00:00:00 +0000"},
       {Date{253402300799.5}, "9999-12-31 23:59:59 +0000"},
       {Date{1e300}, "1e+300"},
@@ -179,7 +183,13 @@ TEST(ValueDescription, PrintsEachKind) {
       {std::make_shared<List>(List{Value(std::make_shared<List>(List{Value("a")}))}),
        "(\n    (\n        a\n    )\n)"},
       {std::make_shared<Dictionary>(Dictionary{{"k", "v"}}), "{\n    k = v;\n}"},
+      {std::make_shared<Dictionary>(
+           Dictionary{{"k", std::make_shared<Dictionary>(Dictionary{{"l", 1}})}}),
+       "{\n    k = {\n        l = 1;\n    };\n}"},
       {Bytes{0x0F, 0xA0}, "{length = 2, bytes = 0x0fa0}"},
+      {Bytes(24, 1), "{length = 24, bytes = 0x010101010101010101010101010101010101010101010101}"},
+      {Bytes(25, 1),
+       "{length = 25, bytes = 0x010101010101010101010101010101010101010101010101...}"},
   };
   for (const Case& row : cases) {
     EXPECT_EQ(row.value.description(), row.expected);
@@ -191,6 +201,30 @@ TEST(ValueDescription, EndsForAListThatHoldsItself) {
   self->addObject(self);
   EXPECT_NE(Value(self).description().find("..."), std::string::npos);
   *self = List();  // or it would keep itself alive
+}
+
+TEST(ValueDescription, PrintsSixtyFourListsInsideOneAnother) {
+  const auto nested = [](int lists) {
+    Value value = "innermost";
+    for (int i = 0; i < lists; ++i) {
+      value = std::make_shared<List>(std::vector<Value>{value});
+    }
+    return value.description();
+  };
+  EXPECT_NE(nested(64).find("innermost"), std::string::npos);
+  EXPECT_EQ(nested(66).find("innermost"), std::string::npos);
+}
+
+TEST(ValueKind, IsInWords) {
+  const std::pair<Value, const char*> cases[] = {
+      {kNull, "null"},     {true, "a boolean"}, {1, "an integer"},
+      {0.5, "a real"},     {kDate, "a date"},   {kText, "a text"},
+      {kBytes, "bytes"},   {list(), "a list"},  {dictionary(), "a dictionary"},
+      {object(), "NSURL"},
+  };
+  for (const auto& [value, kind] : cases) {
+    EXPECT_EQ(value.kind(), kind);
+  }
 }
 
 TEST(ValueEquality, IsByContent) {
@@ -206,6 +240,8 @@ TEST(ValueEquality, IsByContent) {
   EXPECT_EQ(kDate, Value(Date{0}));
   EXPECT_FALSE(kDate == Value(Date{1}));
   EXPECT_EQ(object(), object());
+  EXPECT_FALSE(object() == kText);
+  EXPECT_FALSE(kText == object());
   EXPECT_EQ(Value(std::make_shared<List>(List{Value(1)})),
             Value(std::make_shared<List>(List{Value(1)})));
   EXPECT_FALSE(list() == dictionary());

@@ -77,6 +77,7 @@ std::optional<Bytes> FailingFiles::contentsAtPath(std::string_view path,
 
 bool FailingFiles::writeToFile(const Bytes& data, std::string_view path, unsigned options,
                                std::optional<Error>& error) {
+  write_options = options;
   return !fails(next(Operation::kWrite), error) && inner_->writeToFile(data, path, options, error);
 }
 

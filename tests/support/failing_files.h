@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -42,6 +43,9 @@ class FailingFiles final : public platform::NSFileManager {
   bool writeToFile(const foundation::Bytes& data, std::string_view path, unsigned options,
                    std::optional<foundation::Error>& error) override;
   std::string currentDirectoryPath() override { return inner_->currentDirectoryPath(); }
+
+  /// The options of the last write.
+  std::atomic<unsigned> write_options = 0;
 
  private:
   /// Counts a call; the error with which it is to fail.
