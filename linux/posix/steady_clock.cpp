@@ -11,8 +11,8 @@ namespace {
 class SteadyClock final : public platform::Clock {
  public:
   foundation::Date now() override {
-    return {std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch())
-                .count()};
+    return {
+        std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count()};
   }
 
   void sleep(double seconds) override {

@@ -11,7 +11,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -62,18 +61,6 @@ TEST(LockFileName, IsWrittenDownForOthers) {
   EXPECT_EQ(hashed, "he04490fcd04a050d.lock");
 }
 
-TEST_F(Coordinator, RunsTheAccessorHereWithTheLocationAsGiven) {
-  const Url item = NSURL::URLWithString("file://" + path("/SharedData/./x/../Share/"));
-  const auto caller = std::this_thread::get_id();
-  int ran = 0;
-  EXPECT_FALSE(coordinate(item, [&](const Url& given) {
-    ++ran;
-    EXPECT_EQ(given, item);
-    EXPECT_EQ(std::this_thread::get_id(), caller);
-  }));
-  EXPECT_EQ(ran, 1);
-}
-
 TEST_F(Coordinator, TheLockFilesArePrivateAndStay) {
   for (int i = 0; i < 2; ++i) {
     EXPECT_FALSE(coordinate(url("/SharedData/Share"), [](const Url&) {}));
@@ -118,46 +105,6 @@ TEST_F(Coordinator, RefusesWhatIsNotInsideAContainer) {
 TEST_F(Coordinator, IsNotToBeHadWithoutAnyContainer) {
   ::setenv("QUOLL_GROUP_CONTAINERS", "", 1);
   EXPECT_TRUE(coordinate(url("/SharedData"), [](const Url&) { FAIL(); }));
-}
-
-TEST_F(Coordinator, ExceptionsPassAndFreeTheLocks) {
-  EXPECT_THROW(
-      coordinate(url("/SharedData"), [](const Url&) { throw std::runtime_error("a fault"); }),
-      std::runtime_error);
-  EXPECT_FALSE(coordinate(url("/SharedData"), [](const Url&) {}));
-}
-
-TEST_F(Coordinator, SiblingsDoNotWaitForEachOther) {
-  bool ran = false;
-  EXPECT_FALSE(coordinate(url("/SharedData/Share"), [&](const Url&) {
-    EXPECT_FALSE(coordinate(url("/SharedData/Contacts"), [&](const Url&) { ran = true; }));
-  }));
-  EXPECT_TRUE(ran);
-}
-
-TEST_F(Coordinator, ThreadsExcludeEachOther) {
-  // An item, and a folder above it: each excludes the other.
-  const std::vector<std::string> items = {"/SharedData/Share", "/SharedData"};
-  std::atomic<int> inside = 0;
-  std::atomic<int> overlaps = 0;
-  int count = 0;  // guarded by the coordinator alone
-  std::vector<std::thread> threads;
-  for (std::size_t i = 0; i < 8; ++i) {
-    threads.emplace_back([&, item = items[i % 2]] {
-      for (int round = 0; round < 50; ++round) {
-        coordinate(url(item), [&](const Url&) {
-          overlaps += inside.fetch_add(1);
-          ++count;
-          inside.fetch_sub(1);
-        });
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-  EXPECT_EQ(overlaps, 0);
-  EXPECT_EQ(count, 400);
 }
 
 TEST_F(Coordinator, ProcessesThatStageExcludeEachOther) {

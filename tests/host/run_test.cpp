@@ -1,9 +1,14 @@
 #include "quoll/host/run.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <stdlib.h>
+#include <unistd.h>
 
+#include <latch>
 #include <thread>
 
+#include "linux/posix/unique_fd.h"
 #include "quoll/host/report.h"
 #include "quoll/host/watched_desktop.h"
 #include "quoll/message/extension_message.h"
@@ -13,29 +18,12 @@
 #include "tests/host/folder_files.h"
 #include "tests/support/recorders.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/thread_coordinator.h"
 
 namespace quoll::host {
 namespace {
 
 using foundation::NSURL;
-
-/// A coordinator that has nobody to keep apart.
-class NobodyElse final : public platform::NSFileCoordinator {
- public:
-  void coordinateWritingItemAtURL(
-      const std::shared_ptr<NSURL>& url, unsigned /*options*/,
-      std::optional<foundation::Error>& /*error*/,
-      const std::function<void(const std::shared_ptr<NSURL>&)>& accessor) override {
-    const std::lock_guard lock(mutex());
-    accessor(url);
-  }
-
- private:
-  static std::mutex& mutex() {
-    static std::mutex one;
-    return one;
-  }
-};
 
 /// A provider that tells at each load whether the request was cancelled by then.
 class RecordingProvider final : public platform::NSItemProvider {
@@ -56,7 +44,7 @@ class Run : public testing::Test {
  protected:
   Run()
       : desktop_({.files = watched_files(std::make_shared<test::FolderFiles>(folder_.path())),
-                  .coordinator = [] { return std::make_unique<NobodyElse>(); },
+                  .coordinator = test::thread_coordinators(),
                   .workspace = workspace_,
                   .log = watched_log(log_, false),
                   .queue = queue_,
@@ -138,6 +126,65 @@ TEST_F(Run, HtmlThatCannotBeReadIsLeftOut) {
   EXPECT_EQ(report_of(selection, run<ShareViewController>(selection, *queue_)),
             ExitCode::kSomethingLeftOut);
   EXPECT_EQ(told_, "left out: the HTML text: it cannot be read as HTML\n");
+}
+
+/// A terminal that stands in the place of this process's standard error.
+class TerminalForErrors {
+ public:
+  TerminalForErrors()
+      : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)), before_(::dup(STDERR_FILENO)) {
+    if (::grantpt(master_.get()) != 0 || ::unlockpt(master_.get()) != 0) {
+      throw std::runtime_error("no terminal");
+    }
+    const posix::UniqueFd slave(::open(::ptsname(master_.get()), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    ::dup2(slave.get(), STDERR_FILENO);
+  }
+  TerminalForErrors(const TerminalForErrors&) = delete;
+  TerminalForErrors& operator=(const TerminalForErrors&) = delete;
+  ~TerminalForErrors() { ::dup2(before_.get(), STDERR_FILENO); }
+
+  /// What is shown, up to and including `last`.
+  std::string read_until(std::string_view last) {
+    std::string shown;
+    char buffer[256];
+    while (!shown.ends_with(last)) {
+      const ssize_t count = ::read(master_.get(), buffer, 1);
+      if (count <= 0) {
+        break;
+      }
+      shown.append(buffer, static_cast<std::size_t>(count));
+    }
+    return shown;
+  }
+
+ private:
+  posix::UniqueFd master_;
+  posix::UniqueFd before_;
+};
+
+TEST_F(Run, AShareOfMoreThanASecondShowsItsProgress) {
+  const Selection selection = select({{}, {}, {}, {"https://a/", "https://b/"}});
+  selection.items[0]->loadItemForTypeIdentifier(platform::kUTTypeURL,
+                                                [](const auto&, const auto&) {});
+  while (selection.items[0]->state() != SharedItem::State::kAnswered) {
+    std::this_thread::yield();
+  }
+  std::latch seen(1);
+  std::string shown;
+  std::string cleared;
+  {
+    TerminalForErrors terminal;
+    queue_->async(platform::QueuePriority::kBackground, [&] { seen.wait(); });
+    std::thread reader([&] {
+      shown = terminal.read_until("items");
+      seen.count_down();
+      cleared = terminal.read_until("\033[K");
+    });
+    wait_until_done(selection, *queue_);
+    reader.join();
+  }
+  EXPECT_EQ(shown, "\r1 of 2 items");
+  EXPECT_TRUE(cleared.ends_with("\r\033[K")) << "nothing of it stays";
 }
 
 }  // namespace
