@@ -25,18 +25,6 @@ using platform::QueuePriority;
 constexpr int kThreads = 4;
 constexpr int kBackgroundNice = 10;
 
-void run(const Block& block) {
-  try {
-    block();
-  } catch (const foundation::NSException& exception) {
-    platform::log("Exception in a queued block %@", exception);
-  } catch (const std::exception& exception) {
-    platform::log("Exception in a queued block %@", exception.what());
-  } catch (...) {
-    platform::log_line("Exception in a queued block of an unknown kind");
-  }
-}
-
 /// What the threads share; each of them keeps it alive.
 class Work : public std::enable_shared_from_this<Work> {
  public:
@@ -97,7 +85,7 @@ class Work : public std::enable_shared_from_this<Work> {
       Block block = std::move(blocks_.front());
       blocks_.pop_front();
       lock.unlock();
-      run(block);
+      platform::run_block(block);
       block = nullptr;  // what it holds is let go outside the lock
       lock.lock();
     }
@@ -134,7 +122,7 @@ class ThreadPool final : public platform::Queue {
     }
     const auto body = [block] {
       ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), kBackgroundNice);
-      run(block);
+      platform::run_block(block);
     };
     if (!work_->start(body)) {
       work_->add(std::move(block));  // late is better than never

@@ -74,7 +74,7 @@ class WatchedQueue final : public platform::Queue {
   void async(platform::QueuePriority priority, std::function<void()> block) override {
     queue_->async(priority, [events = current_events(), block = std::move(block)] {
       const Attribution attribution(events);
-      block();
+      platform::run_block(block);
     });
   }
 

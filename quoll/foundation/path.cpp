@@ -30,11 +30,8 @@ std::string_view path_extension(std::string_view path) {
 
 std::string deleting_path_extension(std::string_view path) {
   const std::string_view extension = path_extension(path);
-  if (extension.empty()) {
-    return std::string(path);
-  }
-  const std::string_view trimmed = without_trailing_slashes(path);
-  return std::string(trimmed.substr(0, trimmed.size() - extension.size() - 1));
+  path = without_trailing_slashes(path);
+  return std::string(extension.empty() ? path : path.substr(0, path.size() - extension.size() - 1));
 }
 
 std::string appending_path_extension(std::string_view path, std::string_view extension) {

@@ -14,7 +14,8 @@ namespace quoll::foundation {
 /// has none; neither have `a.`, `.` and `..`. The result points into `path`.
 [[nodiscard]] std::string_view path_extension(std::string_view path);
 
-/// The path without its extension and the dot before it; unchanged when it has no extension.
+/// The path without its extension and the dot before it, when it has one, and without trailing
+/// slashes.
 [[nodiscard]] std::string deleting_path_extension(std::string_view path);
 
 /// Joins with "."; an empty extension, or an empty path, changes nothing.

@@ -25,7 +25,10 @@ const void* identity(const Value& value) {
   if (const auto dictionary = value.as_dictionary()) {
     return dictionary.get();
   }
-  return value.text();
+  if (const std::string* text = value.text()) {
+    return text;
+  }
+  return value.bytes();
 }
 
 struct Registration {
@@ -37,7 +40,8 @@ struct Registration {
 
   [[nodiscard]] bool wants(std::string_view posted, const Value& with) const {
     return (name.empty() || name == posted) &&
-           (object.is_null() || identity(object) == identity(with));
+           (object.is_null() ||
+            (identity(object) != nullptr && identity(object) == identity(with)));
   }
 };
 

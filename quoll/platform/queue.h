@@ -24,6 +24,9 @@ class Queue {
   virtual void async(QueuePriority priority, std::function<void()> block) = 0;
 };
 
+/// Runs a block as every queue does: what leaves it is logged and ends this block only.
+void run_block(const std::function<void()>& block);
+
 /// `dispatch_async` onto the installed queue.
 void dispatch_async(QueuePriority priority, std::function<void()> block);
 

@@ -146,6 +146,10 @@ std::optional<std::string> URLQuery(std::string_view text) {
   return query ? std::optional<std::string>(*query) : std::nullopt;
 }
 
+std::string URLQueryWithParameters(const foundation::Dictionary& parameters) {
+  return URLQueryWithParameters(parameters, 0);
+}
+
 std::string URLQueryWithParameters(const Dictionary& parameters, URLQueryOptions options) {
   const URLQueryOptions mode = mode_of(options, URLQueryCollectValues);
   const bool brackets = (options & URLQueryBracketArrayKeys) != 0;

@@ -43,8 +43,9 @@ inline constexpr URLQueryOptions URLQueryBracketArrayKeys = 8;
 /// `URLQueryWithParameters:` and `URLQueryWithParameters:options:`: the query string, without a
 /// leading "?", in the dictionary's order. Raises `NSInvalidArgumentException` when a value, or an
 /// element of a list, is not a text.
+[[nodiscard]] std::string URLQueryWithParameters(const foundation::Dictionary& parameters);
 [[nodiscard]] std::string URLQueryWithParameters(const foundation::Dictionary& parameters,
-                                                 URLQueryOptions options = 0);
+                                                 URLQueryOptions options);
 
 /// `URLQueryParameters` and `URLQueryParametersWithOptions:`: a new dictionary of the parameters in
 /// the order of their first appearance; empty when there is no query. Pieces without "=" are left

@@ -55,6 +55,9 @@ void append_html(ExtensionMessage& message, const std::string& html) {
 void append_attachments(ExtensionMessage& message, const List& paths) {
   const auto lock = message.synchronized();
   const auto attachments = message.attachments();
+  if (!attachments) {
+    return;  // the completion may have taken the list away before a late answer
+  }
   for (const Value& path : paths) {
     attachments->addObject(path);
   }
@@ -131,7 +134,11 @@ void image_loaded(Gathering& gathering, const Value& item, const std::optional<E
     platform::log(kImageFailure, *error);
     return;
   }
-  const auto image = platform::NSBitmapImageRep::imageRepWithData(image_bytes(item));
+  const auto bytes = image_bytes(item);
+  if (bytes && bytes->empty()) {
+    platform::log(kImageFailure, "not an image: no bytes");
+  }
+  const auto image = platform::NSBitmapImageRep::imageRepWithData(bytes);
   const auto png =
       image
           ? image->representationUsingType(platform::BitmapImageFileType::NSBitmapImageFileTypePNG)

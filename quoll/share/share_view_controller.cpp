@@ -21,7 +21,7 @@ std::string ShareViewController::nibName() const {
 void ShareViewController::loadView() {
   ExtensionUtilities::ShareInit(kService);
   NSViewController::loadView();
-  cancel();
+  cancel(nullptr);
   ExtensionUtilities::GetItemForExtension(extensionContext(), kService, open_compose_window);
 }
 
@@ -29,14 +29,14 @@ void ShareViewController::viewDidLoad() {
   NSViewController::viewDidLoad();
 }
 
-void ShareViewController::send() {
+void ShareViewController::send(const std::shared_ptr<foundation::Object>& /*sender*/) {
   if (const auto& context = extensionContext()) {
     context->completeRequestReturningItems({std::make_shared<platform::NSExtensionItem>()},
                                            nullptr);
   }
 }
 
-void ShareViewController::cancel() {
+void ShareViewController::cancel(const std::shared_ptr<foundation::Object>& /*sender*/) {
   if (const auto& context = extensionContext()) {
     context->cancelRequestWithError(
         {std::string(foundation::NSCocoaErrorDomain), foundation::NSUserCancelledError, {}, {}});

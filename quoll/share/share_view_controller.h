@@ -23,10 +23,11 @@ class ShareViewController final : public platform::NSViewController {
   void loadView() override;
   void viewDidLoad() override;
 
-  /// `send:`, the action of the send button: completes the request with one empty item.
-  void send();
+  /// `send:`, the action of the send button: completes the request with one empty item. The sender
+  /// is not looked at, here and below; it may be null.
+  void send(const std::shared_ptr<foundation::Object>& sender);
   /// `cancel:`, the action of the cancel button: cancels the request as the user would.
-  void cancel();
+  void cancel(const std::shared_ptr<foundation::Object>& sender);
 
   /// What becomes of the gathered message: its compose URL is opened in the foreground. An error is
   /// logged as "ShareFull %@" and ends the share; so does, silently, a missing message or URL.

@@ -48,6 +48,7 @@ TEST(PathExtension, FollowsTheLastDot) {
       {"a dot in a folder's name is not looked at", "/a.b/c", "", "/a.b/c"},
       {"a path", "/tmp/scratch.tiff", "tiff", "/tmp/scratch"},
       {"trailing slashes are ignored", "/tmp/scratch.d/", "d", "/tmp/scratch"},
+      {"trailing slashes go without an extension too", "/tmp/README/", "", "/tmp/README"},
       {"nothing", "", "", ""},
       {"the root", "/", "", "/"},
   };

@@ -215,6 +215,16 @@ TEST(ValueDescription, PrintsSixtyFourListsInsideOneAnother) {
   EXPECT_EQ(nested(66).find("innermost"), std::string::npos);
 }
 
+TEST(ValueDescription, EndsForAListThatDoublesAtEachLevel) {
+  Value value = "innermost";
+  for (int i = 0; i < 60; ++i) {
+    value = std::make_shared<List>(std::vector<Value>{value, value});
+  }
+  const std::string printed = value.description();
+  EXPECT_NE(printed.find("...\n"), std::string::npos);
+  EXPECT_LT(printed.size(), std::size_t{80} << 20U);
+}
+
 TEST(ValueKind, IsInWords) {
   const std::pair<Value, const char*> cases[] = {
       {kNull, "null"},     {true, "a boolean"}, {1, "an integer"},

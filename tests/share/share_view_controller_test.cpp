@@ -87,7 +87,7 @@ TEST(ShareViewController, SendReturnsOneEmptyItem) {
   ShareViewController controller;
   const auto context = std::make_shared<test::ScriptedContext>();
   controller.set_extension_context(context);
-  controller.send();
+  controller.send(nullptr);
   ASSERT_EQ(context->completed.size(), 1U);
   ASSERT_EQ(context->completed[0].size(), 1U);
   const auto& returned = context->completed[0][0];
@@ -100,8 +100,8 @@ TEST(ShareViewController, SendReturnsOneEmptyItem) {
 
 TEST(ShareViewController, WithoutARequestItDoesNothing) {
   ShareViewController controller;
-  controller.send();
-  controller.cancel();
+  controller.send(nullptr);
+  controller.cancel(nullptr);
   EXPECT_EQ(controller.nibName(), "ShareViewController");
 }
 
