@@ -26,7 +26,7 @@ using Accessor = std::function<void(const std::shared_ptr<NSURL>& location)>;
 
 /// None for a name that is not one folder inside the shared data: staging deletes what it names.
 std::shared_ptr<NSURL> staging_folder(std::string_view folder) {
-  if (folder.empty() || folder == "." || folder == ".." || folder.find('/') != folder.npos) {
+  if (folder.empty() || folder == "." || folder == ".." || folder.find('/') != std::string::npos) {
     return nullptr;
   }
   return foundation::URLByAppendingPathComponent(GroupDataPath(), folder);
