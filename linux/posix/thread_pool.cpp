@@ -23,7 +23,7 @@ using Block = std::function<void()>;
 using platform::QueuePriority;
 
 constexpr int kThreads = 4;
-constexpr int kBackgroundNice = 10;
+constexpr int kBackgroundNice = 10;  // beyond what the process is already
 
 /// What the threads share; each of them keeps it alive.
 class Work : public std::enable_shared_from_this<Work> {
@@ -121,7 +121,8 @@ class ThreadPool final : public platform::Queue {
       return;
     }
     const auto body = [block] {
-      ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), kBackgroundNice);
+      const auto thread = static_cast<id_t>(::gettid());
+      ::setpriority(PRIO_PROCESS, thread, ::getpriority(PRIO_PROCESS, thread) + kBackgroundNice);
       platform::run_block(block);
     };
     if (!work_->start(body)) {
