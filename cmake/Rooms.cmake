@@ -1,22 +1,52 @@
-# A room is a folder of the library: one target, and a list of the rooms it may include.
+# What is installed for other programs lies below one folder, so that its headers keep their names.
+set(QUOLL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/quoll-extensions)
+set(QUOLL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/QuollExtensions)
+# Rooms that are parts of this project's programs, not of the library.
+set(QUOLL_PROGRAM_ROOMS host console)
+
+# The headers of this folder, as FOLDER/NAME.h, but those that only the folder itself includes.
+function(quoll_install_headers folder)
+  cmake_parse_arguments(HEADERS "" "" "INTERNAL" ${ARGN})
+  file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.h)
+  if(HEADERS_INTERNAL)
+    list(REMOVE_ITEM headers ${HEADERS_INTERNAL})
+  endif()
+  install(FILES ${headers} DESTINATION ${QUOLL_INCLUDEDIR}/${folder} COMPONENT development)
+endfunction()
+
+# A room is a folder of the library: one target, and a list of the rooms it may include. INTERNAL are
+# headers that are not installed.
 #   quoll_room(message SOURCES a.cpp ... USES foundation records)
 function(quoll_room name)
-  cmake_parse_arguments(ROOM "" "" "SOURCES;USES" ${ARGN})
+  cmake_parse_arguments(ROOM "" "" "SOURCES;USES;INTERNAL" ${ARGN})
   add_library(quoll_${name} STATIC ${ROOM_SOURCES})
   target_include_directories(quoll_${name} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(quoll_${name} PRIVATE $<BUILD_INTERFACE:quoll_warnings>)
   foreach(used IN LISTS ROOM_USES)
     target_link_libraries(quoll_${name} PUBLIC quoll_${used})
   endforeach()
+  if(NOT name IN_LIST QUOLL_PROGRAM_ROOMS)
+    quoll_install_headers(quoll/${name} INTERNAL ${ROOM_INTERNAL})
+  endif()
 endfunction()
 
-# An adapter behind the ports, named after what it stands on.
-#   quoll_adapter(gio SOURCES ... LIBRARIES PkgConfig::GIO)
+# An adapter behind the ports, named after what it stands on. Other programs link it beside the
+# library; only HEADERS are for them.
+#   quoll_adapter(gio SOURCES ... LIBRARIES PkgConfig::GIO HEADERS launcher.h)
 function(quoll_adapter name)
-  cmake_parse_arguments(ADAPTER "" "" "SOURCES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(ADAPTER "" "" "SOURCES;LIBRARIES;HEADERS" ${ARGN})
   add_library(linux_${name} STATIC ${ADAPTER_SOURCES})
-  target_link_libraries(linux_${name} PUBLIC quoll_platform ${ADAPTER_LIBRARIES}
-                                      PRIVATE $<BUILD_INTERFACE:quoll_warnings>)
+  target_link_libraries(linux_${name}
+    PUBLIC $<BUILD_INTERFACE:quoll_platform>
+           $<INSTALL_INTERFACE:QuollExtensions::quoll-extensions> ${ADAPTER_LIBRARIES}
+    PRIVATE $<BUILD_INTERFACE:quoll_warnings>)
+  set_target_properties(linux_${name} PROPERTIES EXPORT_NAME ${name}
+                                                 OUTPUT_NAME quoll-linux-${name})
+  install(TARGETS linux_${name} EXPORT QuollExtensions-${name} COMPONENT development)
+  install(EXPORT QuollExtensions-${name} NAMESPACE QuollExtensions::
+    DESTINATION ${QUOLL_CMAKEDIR} COMPONENT development)
+  install(FILES ${ADAPTER_HEADERS} DESTINATION ${QUOLL_INCLUDEDIR}/linux/${name}
+    COMPONENT development)
 endfunction()
 
 # A test program: one executable, one entry of the test runner.
