@@ -31,6 +31,12 @@ void release(std::vector<Value> values) {
   release.running = false;
 }
 
+void refuse_null(const Value& value, std::string_view key) {
+  if (value.is_null()) {
+    raise_invalid_argument("a dictionary cannot hold null (key: " + std::string(key) + ")");
+  }
+}
+
 }  // namespace
 
 List::List(std::initializer_list<Value> values) : List(std::vector<Value>(values)) {}
@@ -111,19 +117,22 @@ void Dictionary::rebuild_index() {
 }
 
 void Dictionary::setObject(Value value, std::string_view key) {
-  if (value.is_null()) {
-    raise_invalid_argument("a dictionary cannot hold null (key: " + std::string(key) + ")");
+  Value* const present = find(key);
+  if (present == nullptr) {
+    add_new(std::move(value), std::string(key));
+  } else {
+    refuse_null(value, key);
+    *present = std::move(value);
   }
-  const std::size_t position = position_of(key);
-  if (position < entries_.size()) {
-    entries_[position].value = std::move(value);
-    return;
-  }
-  entries_.push_back({std::string(key), std::move(value)});
+}
+
+void Dictionary::add_new(Value value, std::string key) {
+  refuse_null(value, key);
+  entries_.push_back({std::move(key), std::move(value)});
   if (index_.empty()) {
     rebuild_index();
   } else {
-    index_.insert(static_cast<std::uint32_t>(position));
+    index_.insert(static_cast<std::uint32_t>(entries_.size() - 1));
   }
 }
 

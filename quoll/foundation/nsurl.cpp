@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
+#include <utility>
 
 #include "quoll/foundation/number_text.h"
 #include "quoll/foundation/path.h"
@@ -11,13 +11,6 @@
 namespace quoll::foundation {
 
 namespace {
-
-using Piece = std::optional<std::string_view>;
-
-/// The components as they stand in the text, not decoded.
-struct Components {
-  Piece scheme, user, password, host, port, path, parameters, query, fragment;
-};
 
 constexpr std::array<bool, 256> make_allowed() {
   std::array<bool, 256> allowed{};
@@ -32,9 +25,6 @@ constexpr std::array<bool, 256> make_allowed() {
 
 constexpr std::array<bool, 256> kAllowed = make_allowed();
 
-bool is_letter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
 bool is_digit(char c) {
   return c >= '0' && c <= '9';
 }
@@ -61,90 +51,18 @@ bool is_url_text(std::string_view text) {
       return false;
     }
   }
-  return !text.empty();
+  return true;
 }
 
-/// Cuts `text` before the first `mark` and answers what follows it; none when it is not there.
-Piece cut_after(std::string_view& text, char mark) {
-  const std::size_t position = text.find(mark);
-  if (position == std::string_view::npos) {
-    return std::nullopt;
-  }
-  const std::string_view rest = text.substr(position + 1);
-  text = text.substr(0, position);
-  return rest;
-}
-
-Piece take_scheme(std::string_view& text) {
-  const auto in_scheme = [](char c) {
-    return is_letter(c) || is_digit(c) || c == '+' || c == '-' || c == '.';
-  };
-  const auto end = std::find_if_not(text.begin(), text.end(), in_scheme);
-  if (end == text.end() || *end != ':' || !is_letter(text.front())) {
-    return std::nullopt;
-  }
-  const std::string_view scheme = text.substr(0, static_cast<std::size_t>(end - text.begin()));
-  text.remove_prefix(scheme.size() + 1);
-  return scheme;
-}
-
-void split_authority(std::string_view authority, Components& out) {
-  const std::size_t at = authority.rfind('@');
-  if (at != std::string_view::npos) {
-    std::string_view user = authority.substr(0, at);
-    out.password = cut_after(user, ':');
-    out.user = user;
-    authority.remove_prefix(at + 1);
-  }
-  const std::size_t bracket = authority.starts_with('[') ? authority.find(']') : std::string::npos;
-  if (bracket != std::string_view::npos) {
-    out.host = authority.substr(1, bracket - 1);
-    authority.remove_prefix(bracket + 1);
-    out.port = cut_after(authority, ':');
-    return;
-  }
-  out.port = cut_after(authority, ':');
-  if (!authority.empty()) {
-    out.host = authority;
-  }
-}
-
-Components split(std::string_view text) {
-  Components out;
-  std::string_view rest = text;
-  out.scheme = take_scheme(rest);
-  if (out.scheme && !rest.starts_with('/')) {
-    return out;
-  }
-  out.fragment = cut_after(rest, '#');
-  out.query = cut_after(rest, '?');
-  if (rest.starts_with("//")) {
-    rest.remove_prefix(2);
-    const std::size_t slash = std::min(rest.find('/'), rest.size());
-    split_authority(rest.substr(0, slash), out);
-    rest.remove_prefix(slash);
-  }
-  const std::size_t segment = rest.rfind('/') + 1;  // 0 when there is no "/"
-  const std::size_t semicolon = rest.find(';', segment);
-  if (semicolon != std::string_view::npos) {
-    out.parameters = rest.substr(semicolon + 1);
-    rest = rest.substr(0, semicolon);
-  }
-  if (!rest.empty()) {
-    out.path = rest;
-  }
-  return out;
-}
-
-std::optional<std::string> as_written(Piece piece) {
+std::optional<std::string> as_written(UrlPiece piece) {
   return piece ? std::optional<std::string>(*piece) : std::nullopt;
 }
 
-std::optional<std::string> decoded(Piece piece) {
+std::optional<std::string> decoded(UrlPiece piece) {
   return piece ? percent_decode(*piece) : std::nullopt;
 }
 
-Piece without_trailing_slashes(Piece path) {
+UrlPiece without_trailing_slashes(UrlPiece path) {
   while (path && path->size() > 1 && path->back() == '/') {
     path->remove_suffix(1);
   }
@@ -153,8 +71,22 @@ Piece without_trailing_slashes(Piece path) {
 
 }  // namespace
 
+NSURL::NSURL(std::string text, std::shared_ptr<NSURL> base)
+    : text_(std::move(text)),
+      base_(std::move(base)),
+      resolved_(base_ ? resolve_reference(text_, base_->absoluteString()) : std::string()),
+      parts_(split_parts(absoluteString())) {}
+
 std::shared_ptr<NSURL> NSURL::URLWithString(std::string_view text) {
-  return is_url_text(text) ? std::shared_ptr<NSURL>(new NSURL(std::string(text))) : nullptr;
+  return URLWithString(text, nullptr);
+}
+
+std::shared_ptr<NSURL> NSURL::URLWithString(std::string_view text,
+                                            std::shared_ptr<NSURL> relativeToURL) {
+  if (!is_url_text(text) || (text.empty() && !relativeToURL)) {
+    return nullptr;
+  }
+  return std::shared_ptr<NSURL>(new NSURL(std::string(text), std::move(relativeToURL)));
 }
 
 std::shared_ptr<NSURL> NSURL::file_url(std::string_view absolute_path, bool is_folder) {
@@ -165,42 +97,42 @@ std::shared_ptr<NSURL> NSURL::file_url(std::string_view absolute_path, bool is_f
   if (is_folder && text.back() != '/') {
     text += '/';
   }
-  return std::shared_ptr<NSURL>(new NSURL(std::move(text)));
+  return std::shared_ptr<NSURL>(new NSURL(std::move(text), nullptr));
 }
 
 std::optional<std::string> NSURL::scheme() const {
-  return as_written(split(text_).scheme);
+  return as_written(parts_.scheme);
 }
 std::optional<std::string> NSURL::host() const {
-  return decoded(split(text_).host);
+  return decoded(parts_.host);
 }
 std::optional<std::string> NSURL::user() const {
-  return decoded(split(text_).user);
+  return decoded(parts_.user);
 }
 std::optional<std::string> NSURL::password() const {
-  return as_written(split(text_).password);
+  return as_written(parts_.password);
 }
 std::optional<std::string> NSURL::parameterString() const {
-  return as_written(split(text_).parameters);
+  return as_written(parts_.parameters);
 }
 std::optional<std::string> NSURL::query() const {
-  return as_written(split(text_).query);
+  return as_written(parts_.query);
 }
 std::optional<std::string> NSURL::fragment() const {
-  return as_written(split(text_).fragment);
+  return as_written(parts_.fragment);
 }
 
 std::optional<std::string> NSURL::path() const {
-  return decoded(without_trailing_slashes(split(text_).path));
+  return decoded(without_trailing_slashes(parts_.path));
 }
 
 std::optional<std::string> NSURL::file_system_path() const {
-  const Piece path = without_trailing_slashes(split(text_).path);
+  const UrlPiece path = without_trailing_slashes(parts_.path);
   return path ? percent_decode_bytes(*path) : std::nullopt;
 }
 
 std::optional<std::int64_t> NSURL::port() const {
-  const Piece port = split(text_).port;
+  const UrlPiece port = parts_.port;
   if (!port || port->empty() || !std::all_of(port->begin(), port->end(), is_digit)) {
     return std::nullopt;
   }
@@ -208,7 +140,7 @@ std::optional<std::int64_t> NSURL::port() const {
 }
 
 bool NSURL::isFileURL() const {
-  const Piece scheme = split(text_).scheme;
+  const UrlPiece scheme = parts_.scheme;
   constexpr std::string_view kFile = "file";
   return scheme && std::equal(scheme->begin(), scheme->end(), kFile.begin(), kFile.end(),
                               [](char a, char b) { return (a | 0x20) == b; });
@@ -216,7 +148,8 @@ bool NSURL::isFileURL() const {
 
 bool NSURL::isEqual(const Object* other) const {
   const auto* url = dynamic_cast<const NSURL*>(other);
-  return url != nullptr && url->text_ == text_;
+  return url != nullptr && url->text_ == text_ &&
+         (base_ ? base_->isEqual(url->base_.get()) : url->base_ == nullptr);
 }
 
 std::shared_ptr<NSURL> URLByAppendingPathComponent(const std::shared_ptr<NSURL>& url,

@@ -7,18 +7,25 @@
 #include <string_view>
 
 #include "quoll/foundation/object.h"
+#include "quoll/foundation/url_parts.h"
 
 namespace quoll::foundation {
 
-/// `NSURL`: a URL, by its text. It never changes, so any thread may use it.
+/// `NSURL`: a URL, by its text, or by a text and the base that it is relative to. It never changes,
+/// so any thread may use it.
 ///
-/// Every component is taken from the text at each call. An absent component is none, which is not
-/// the same as an empty one: `http://h` has no query, `http://h?` has the empty query.
+/// The components are those of the absolute text. An absent component is none, which is not the
+/// same as an empty one: `http://h` has no query, `http://h?` has the empty query.
 class NSURL final : public Object {
  public:
   /// `URLWithString:`. Null when the text holds a character that no URL holds, a bad `%`, or a
   /// second `#`, or when it is empty. Nothing else is looked at: `(null)` is accepted.
   [[nodiscard]] static std::shared_ptr<NSURL> URLWithString(std::string_view text);
+
+  /// `URLWithString:relativeToURL:`. Keeps the text, which may be empty here, and the base; null as
+  /// above. A null base is none.
+  [[nodiscard]] static std::shared_ptr<NSURL> URLWithString(std::string_view text,
+                                                            std::shared_ptr<NSURL> relativeToURL);
 
   /// The file URL of an absolute path, which is percent-encoded; any bytes will do. `is_folder`
   /// puts one "/" at the end. Null for the empty path. (`fileURLWithPath:` of the platform looks at
@@ -26,7 +33,11 @@ class NSURL final : public Object {
   [[nodiscard]] static std::shared_ptr<NSURL> file_url(std::string_view absolute_path,
                                                        bool is_folder);
 
-  [[nodiscard]] const std::string& absoluteString() const { return text_; }
+  /// The text, resolved where there is a base (RFC 3986, 5.2).
+  [[nodiscard]] const std::string& absoluteString() const { return base_ ? resolved_ : text_; }
+  /// The text as given.
+  [[nodiscard]] const std::string& relativeString() const { return text_; }
+  [[nodiscard]] const std::shared_ptr<NSURL>& baseURL() const { return base_; }
   /// As written, without the ":".
   [[nodiscard]] std::optional<std::string> scheme() const;
   /// Decoded; the address of an IPv6 host comes without its brackets.
@@ -49,13 +60,17 @@ class NSURL final : public Object {
   [[nodiscard]] std::optional<std::string> file_system_path() const;
 
   [[nodiscard]] std::string_view class_name() const override { return "NSURL"; }
-  [[nodiscard]] std::string description() const override { return text_; }
+  [[nodiscard]] std::string description() const override { return absoluteString(); }
+  /// True for a URL with an equal text and an equal base.
   [[nodiscard]] bool isEqual(const Object* other) const override;
 
  private:
-  explicit NSURL(std::string text) : text_(std::move(text)) {}
+  NSURL(std::string text, std::shared_ptr<NSURL> base);
 
   std::string text_;
+  std::shared_ptr<NSURL> base_;
+  std::string resolved_;  // empty without a base
+  UrlParts parts_;        // pieces of the absolute text
 };
 
 /// `URLByAppendingPathComponent:`: the URL with one path component, percent-encoded, joined to its

@@ -114,44 +114,55 @@ char* append(char* to, const char* from, const char* end) {
   return to + size;
 }
 
-/// Decodes `text` into `to`, which has room for all of it and a piece, and answers where the result
-/// ends; null when an escape is malformed.
+/// Decodes a text piece by piece. `to` has room for all of it and a piece.
 ///
 /// The escapes of a block are found first and then visited one by one, so that a step waits neither
 /// for the text nor for a branch that depends on it.
-char* decode(std::string_view text, char* to) {
-  const char* const end = text.data() + text.size();
-  const char* block = text.data();
-  const char* plain = block;  // what follows is not copied yet
-  for (; end - block >= kBlock + kPiece; block += kBlock) {
+struct Decoder {
+  char* to;
+  const char* plain;  // what follows is not copied yet
+
+  /// False when an escape is malformed. A piece can be read behind the block.
+  bool decode_block(const char* block) {
     for (std::uint64_t escapes = escapes_in(block); escapes != 0; escapes &= escapes - 1) {
       const char* const escape = block + std::countr_zero(escapes);
       const unsigned value = value_of(escape[1], escape[2]);
       if (!is_byte(value)) {
-        return nullptr;
+        return false;
       }
       to = append(to, plain, escape);
       *to++ = static_cast<char>(value);
       plain = escape + 3;
     }
+    return true;
   }
-  if (plain < block) {
-    to = append(to, plain, block);
-    plain = block;
-  }
-  while (plain != end) {
-    if (*plain != '%') {
-      *to++ = *plain++;
-      continue;
-    }
-    const unsigned value = end - plain < 3 ? ~0U : value_of(plain[1], plain[2]);
-    if (!is_byte(value)) {
+};
+
+/// Where the result in `to` ends; null when an escape is malformed.
+char* decode(std::string_view text, char* to) {
+  const char* const end = text.data() + text.size();
+  const char* block = text.data();
+  Decoder decoder{to, block};
+  for (; end - block >= kBlock + kPiece; block += kBlock) {
+    if (!decoder.decode_block(block)) {
       return nullptr;
     }
-    *to++ = static_cast<char>(value);
-    plain += 3;
   }
-  return to;
+  if (decoder.plain < block) {
+    decoder.to = append(decoder.to, decoder.plain, block);
+    decoder.plain = block;
+  }
+  // The rest, with zeros behind it: they are no digits, so an escape that is cut off is malformed.
+  std::array<char, 2 * kBlock + kPiece> last{};
+  std::copy(block, end, last.begin());
+  const char* const last_end = last.data() + (end - block);
+  decoder.plain = last.data() + (decoder.plain - block);
+  for (const char* rest = last.data(); rest < last_end; rest += kBlock) {
+    if (!decoder.decode_block(rest)) {
+      return nullptr;
+    }
+  }
+  return append(decoder.to, decoder.plain, last_end);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "quoll/foundation/text.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -95,12 +96,30 @@ bool is_broken(std::uint64_t state) {
   return (state & 63U) == kBroken;
 }
 
-constexpr std::size_t kBlock = 32;
+constexpr std::size_t kWord = sizeof(std::uint64_t);
+constexpr std::size_t kBlock = 4 * kWord;
 
-bool is_ascii_block(std::string_view text, std::size_t position) {
-  std::array<std::uint64_t, kBlock / 8> words;
-  std::memcpy(words.data(), text.data() + position, kBlock);
-  return ((words[0] | words[1] | words[2] | words[3]) & 0x8080808080808080U) == 0;
+std::uint64_t word_at(std::string_view text, std::size_t position) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, text.data() + position, kWord);
+  return word;
+}
+
+bool is_ascii(std::uint64_t word) {
+  return (word & 0x8080808080808080U) == 0;
+}
+
+/// The ASCII at `position` in whole words, a block of them at a time where it lasts.
+std::size_t ascii_words_end(std::string_view text, std::size_t position) {
+  while (text.size() - position >= kBlock &&
+         is_ascii(word_at(text, position) | word_at(text, position + kWord) |
+                  word_at(text, position + 2 * kWord) | word_at(text, position + 3 * kWord))) {
+    position += kBlock;
+  }
+  while (text.size() - position >= kWord && is_ascii(word_at(text, position))) {
+    position += kWord;
+  }
+  return position;
 }
 
 /// The position after the last whole character before the first byte, at or after `position`, that
@@ -194,11 +213,11 @@ std::string_view trim(std::string_view text) {
 bool is_utf8(std::string_view bytes) {
   std::uint64_t state = kBoundary;
   std::size_t position = 0;
-  while (bytes.size() - position >= kBlock) {
-    const std::size_t end = position + kBlock;
-    if (is_boundary(state) && is_ascii_block(bytes, position)) {
-      position = end;
+  while (bytes.size() - position >= kWord) {
+    if (is_boundary(state)) {
+      position = ascii_words_end(bytes, position);
     }
+    const std::size_t end = std::min(position + kWord, bytes.size());
     for (; position < end; ++position) {
       state = step(state, bytes, position);
     }

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "quoll/foundation/value.h"
+
+/// What stands between the tags of a property list in XML.
+namespace quoll::foundation::property_list {
+
+/// Appends a piece of text, its entities replaced; false when one of them is unknown.
+bool append_unescaped(std::string& out, std::string_view piece);
+
+// What an element of that kind means; null when its content is nothing of that kind. White space
+// around it does not count.
+[[nodiscard]] Value integer_of_xml(std::string_view text);
+[[nodiscard]] Value real_of_xml(std::string_view text);
+[[nodiscard]] Value date_of_xml(std::string_view text);
+/// Base64, in which white space may stand anywhere.
+[[nodiscard]] Value bytes_of_xml(std::string_view base64);
+
+}  // namespace quoll::foundation::property_list

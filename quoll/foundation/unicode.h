@@ -1,0 +1,31 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// Characters by their numbers, and text that comes in the other encoding of Unicode.
+namespace quoll::foundation {
+
+/// Appends the character as UTF-8. False, and nothing appended, for what is no character: half of a
+/// surrogate pair, or a number above U+10FFFF.
+bool append_character(std::string& out, char32_t character);
+
+enum class ByteOrder { kBigEndian, kLittleEndian };
+
+/// UTF-16 as UTF-8, without looking for a byte-order mark. None when a byte or half of a surrogate
+/// pair is left alone.
+[[nodiscard]] std::optional<std::string> utf8_of_utf16(std::string_view bytes, ByteOrder order);
+
+constexpr bool is_high_surrogate(char32_t unit) {
+  return unit >= 0xD800 && unit < 0xDC00;
+}
+constexpr bool is_low_surrogate(char32_t unit) {
+  return unit >= 0xDC00 && unit < 0xE000;
+}
+/// The character that a pair of surrogates stands for.
+constexpr char32_t character_of_pair(char32_t high, char32_t low) {
+  return 0x10000 + ((high - 0xD800) << 10U) + (low - 0xDC00);
+}
+
+}  // namespace quoll::foundation
