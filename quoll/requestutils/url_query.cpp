@@ -15,13 +15,6 @@ using foundation::List;
 using foundation::Range;
 using foundation::Value;
 
-constexpr URLQueryOptions kModeMask = 7;
-
-URLQueryOptions mode_of(URLQueryOptions options, URLQueryOptions when_none) {
-  const URLQueryOptions mode = options & kModeMask;
-  return mode == 0 ? when_none : mode;
-}
-
 /// The text that is asked for its encoded form; only texts have one.
 const std::string& encodable(const Value& value) {
   const std::string* text = value.string();
@@ -64,7 +57,7 @@ std::optional<Piece> split_piece(std::string_view piece) {
   return Piece{piece.substr(0, equals), rest.substr(0, rest.find('='))};
 }
 
-/// A key or a value of a query; null when it does not decode, which no dictionary and no list
+/// A value of a query; null when it does not decode, which no dictionary and no list
 /// takes.
 Value decoded(std::string_view text) {
   auto plain = URLDecodedString(text, true);
@@ -88,34 +81,32 @@ Value list_of(Value first) {
   return std::make_shared<List>(std::vector<Value>{std::move(first)});
 }
 
-void store(Dictionary& parameters, std::string_view key, bool bracketed, const Value& value,
+void store(Dictionary& parameters, std::string key, bool bracketed, Value value,
            URLQueryOptions mode) {
   Value* const present = parameters.find(key);
   if (present == nullptr) {
     const bool as_list =
         mode == URLQueryAlwaysArrays || (mode == URLQueryCollectValues && bracketed);
-    parameters.setObject(as_list ? list_of(value) : value, key);
+    parameters.add_new(as_list ? list_of(std::move(value)) : std::move(value), std::move(key));
   } else if (const auto list = present->as_list()) {
-    list->addObject(value);
+    list->addObject(std::move(value));
   } else if (mode == URLQueryKeepLastValue) {
-    parameters.setObject(value, key);
+    parameters.setObject(std::move(value), key);
   } else if (mode != URLQueryKeepFirstValue) {
-    *present = std::make_shared<List>(List{*present, value});
+    *present = std::make_shared<List>(List{*present, std::move(value)});
   }
 }
 
 void parse_piece(Dictionary& parameters, const Piece& piece, URLQueryOptions mode) {
-  const Value decoded_key = decoded(piece.key);
-  const std::string* const whole_key = decoded_key.text();
-  if (whole_key == nullptr) {
+  auto key = URLDecodedString(piece.key, true);
+  if (!key) {
     foundation::raise_invalid_argument("a query's key is not percent-encoded UTF-8");
   }
-  std::string_view key = *whole_key;
-  const bool bracketed = key.ends_with("[]");
+  const bool bracketed = key->ends_with("[]");
   if (bracketed) {
-    key.remove_suffix(2);
+    key->resize(key->size() - 2);
   }
-  store(parameters, key, bracketed, decoded(piece.value), mode);
+  store(parameters, std::move(*key), bracketed, decoded(piece.value), mode);
 }
 
 }  // namespace

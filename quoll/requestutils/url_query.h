@@ -23,6 +23,14 @@ inline constexpr URLQueryOptions URLQueryAlwaysArrays = 4;
 /// When composing, elements of lists are written `key[]=value`.
 inline constexpr URLQueryOptions URLQueryBracketArrayKeys = 8;
 
+/// The value mode of an options word, `when_none` when it has none.
+[[nodiscard]] constexpr URLQueryOptions mode_of(URLQueryOptions options,
+                                                URLQueryOptions when_none) {
+  constexpr URLQueryOptions kModeMask = 7;
+  const URLQueryOptions mode = options & kModeMask;
+  return mode == 0 ? when_none : mode;
+}
+
 /// `URLEncodedString`: percent-encoded for use as a query key or value. A space becomes `%20`.
 [[nodiscard]] std::string URLEncodedString(std::string_view text);
 
