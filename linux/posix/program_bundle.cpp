@@ -3,24 +3,29 @@
 #include <libintl.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <optional>
 #include <utility>
+
+#include "linux/posix/files.h"
+#include "quoll/foundation/property_list.h"
 
 namespace quoll::posix {
 
 namespace {
 
+using foundation::Dictionary;
+
 constexpr const char* kCatalogue = "quoll-share";
+constexpr std::string_view kIdentifier = "CFBundleIdentifier";
 
 class ProgramBundle final : public platform::NSBundle {
  public:
-  explicit ProgramBundle(std::string identifier) : identifier_(std::move(identifier)) {}
+  explicit ProgramBundle(std::shared_ptr<const Dictionary> information)
+      : information_(std::move(information)) {}
 
-  std::shared_ptr<foundation::Dictionary> infoDictionary() const override {
-    auto dictionary = std::make_shared<foundation::Dictionary>();
-    if (!identifier_.empty()) {
-      dictionary->setObject(identifier_, "CFBundleIdentifier");
-    }
-    return dictionary;
+  std::shared_ptr<Dictionary> infoDictionary() const override {
+    return std::make_shared<Dictionary>(*information_);
   }
 
   std::string localizedStringForKey(std::string_view key, std::string_view value) const override {
@@ -36,16 +41,41 @@ class ProgramBundle final : public platform::NSBundle {
   }
 
  private:
-  std::string identifier_;
+  std::shared_ptr<const Dictionary> information_;
 };
+
+/// Never null.
+std::shared_ptr<Dictionary> read_information(const std::string& file) {
+  std::optional<foundation::Error> ignored;
+  const auto contents = make_file_manager()->contentsAtPath(file, ignored);
+  const auto root = contents ? foundation::read_property_list(*contents) : std::nullopt;
+  auto information = root ? root->as_dictionary() : nullptr;
+  return information ? information : std::make_shared<Dictionary>();
+}
 
 }  // namespace
 
-std::shared_ptr<platform::NSBundle> make_program_bundle(std::string identifier) {
+std::string information_file() {
+  namespace fs = std::filesystem;
+  std::error_code unknown;
+  const fs::path program = fs::read_symlink("/proc/self/exe", unknown);
+  if (unknown) {
+    return {};
+  }
+  return (program.parent_path() / QUOLL_INFORMATION_FROM_PROGRAMS).lexically_normal();
+}
+
+std::shared_ptr<platform::NSBundle> make_program_bundle(std::string identifier,
+                                                        const std::string& information) {
+  const auto known = read_information(information);
   if (const char* chosen = std::getenv("QUOLL_BUNDLE_IDENTIFIER")) {
+    known->removeObjectForKey(kIdentifier);
     identifier = chosen;
   }
-  return std::make_shared<ProgramBundle>(std::move(identifier));
+  if (!identifier.empty() && known->find(kIdentifier) == nullptr) {
+    known->setObject(std::move(identifier), kIdentifier);
+  }
+  return std::make_shared<ProgramBundle>(known);
 }
 
 }  // namespace quoll::posix

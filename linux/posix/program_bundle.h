@@ -7,12 +7,19 @@
 
 namespace quoll::posix {
 
-/// The bundle of a program with that identifier, which is "CFBundleIdentifier". For development
-/// `QUOLL_BUNDLE_IDENTIFIER` overrides it; set but empty, there is no identifier. The environment
-/// is read by this call only.
+/// Where the information of the installed program is: `Info.plist` in the data folder that belongs
+/// to the folder of the running program; empty when that folder is not known. To be called before
+/// the process confines itself, like the function below.
+[[nodiscard]] std::string information_file();
+
+/// The bundle of a program: all that the property list in `information` says of it, when that is a
+/// dictionary; no file is no information. What it does not say under "CFBundleIdentifier" is
+/// `identifier`. For development `QUOLL_BUNDLE_IDENTIFIER` overrides both; set but empty, there is
+/// no identifier. Environment and file are read by this call only.
 ///
 /// Translations come from the message catalogue "quoll-share" of the user's language, as far as the
 /// program has chosen a locale.
-[[nodiscard]] std::shared_ptr<platform::NSBundle> make_program_bundle(std::string identifier);
+[[nodiscard]] std::shared_ptr<platform::NSBundle> make_program_bundle(
+    std::string identifier, const std::string& information = "");
 
 }  // namespace quoll::posix

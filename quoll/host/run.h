@@ -9,7 +9,7 @@
 #include "quoll/host/select.h"
 #include "quoll/host/watched_queue.h"
 #include "quoll/host/witness.h"
-#include "quoll/platform/view.h"
+#include "quoll/platform/view_controller.h"
 
 namespace quoll::host {
 

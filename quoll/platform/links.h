@@ -1,12 +1,18 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace quoll::platform {
 
-/// The finder of links in free text. Any thread may call.
+/// The type of check that a detector is made for, under the platform's number; links are the only
+/// one that is asked for.
+inline constexpr std::uint64_t NSTextCheckingTypeLink = 32;
+
+/// `NSDataDetector` for `NSTextCheckingTypeLink`: the finder of links in free text. Any thread may
+/// call.
 class Links {
  public:
   Links() = default;

@@ -6,10 +6,12 @@
 #include "linux/posix/program_bundle.h"
 #include "quoll/platform/desktop.h"
 #include "tests/support/recorders.h"
+#include "tests/support/temporary_folder.h"
 
 namespace quoll {
 namespace {
 
+using foundation::Value;
 using Bundle = std::shared_ptr<platform::NSBundle>;
 
 class BundleContract : public ::testing::TestWithParam<Bundle (*)()> {};
@@ -44,6 +46,53 @@ TEST(ProgramBundle, TheEnvironmentOverridesTheIdentifier) {
   ::setenv("QUOLL_BUNDLE_IDENTIFIER", "", 1);
   EXPECT_TRUE(identifier().is_null());
   ::unsetenv("QUOLL_BUNDLE_IDENTIFIER");
+}
+
+class Information : public ::testing::Test {
+ protected:
+  [[nodiscard]] Value read(const std::string& information) const {
+    return posix::make_program_bundle("org.example.Program",
+                                      folder_.write("Info.plist", information))
+        ->infoDictionary();
+  }
+
+  test::TemporaryFolder folder_;
+};
+
+TEST_F(Information, IsWhatThePropertyListSays) {
+  EXPECT_EQ(read("{CFBundleIdentifier = org.example.Other; Key = (a, b);}").description(),
+            "{\n    CFBundleIdentifier = org.example.Other;\n"
+            "    Key = (\n        a,\n        b\n    );\n}");
+  EXPECT_EQ(read("{Key = a;}").description(),
+            "{\n    Key = a;\n    CFBundleIdentifier = org.example.Program;\n}");
+}
+
+TEST_F(Information, IsTheIdentifierOnlyWithoutADictionary) {
+  for (const char* information : {"", "(a, b)", "{Key = a;", "abc"}) {
+    EXPECT_EQ(read(information).description(),
+              "{\n    CFBundleIdentifier = org.example.Program;\n}")
+        << information;
+  }
+  EXPECT_EQ(posix::make_program_bundle("x", "/nowhere/Info.plist")->infoDictionary()->count(), 1U);
+  EXPECT_EQ(posix::make_program_bundle("")->infoDictionary()->count(), 0U);
+}
+
+TEST_F(Information, GivesWayToTheEnvironment) {
+  constexpr const char* kInformation = "{CFBundleIdentifier = org.example.Other; Key = a;}";
+  ::setenv("QUOLL_BUNDLE_IDENTIFIER", "org.example.Third", 1);
+  EXPECT_EQ(read(kInformation).description(),
+            "{\n    Key = a;\n    CFBundleIdentifier = org.example.Third;\n}");
+  ::setenv("QUOLL_BUNDLE_IDENTIFIER", "", 1);
+  EXPECT_EQ(read(kInformation).description(), "{\n    Key = a;\n}");
+  ::unsetenv("QUOLL_BUNDLE_IDENTIFIER");
+}
+
+TEST_F(Information, IsInstalledForTheShareExtension) {
+  const auto installed = posix::make_program_bundle("", INFO_PLIST)->infoDictionary();
+  EXPECT_EQ(installed->objectForKey("CFBundleIdentifier"), Value("it.vorlent.quoll2.Quoll-Share"));
+  const std::string place = posix::information_file();
+  EXPECT_TRUE(place.starts_with("/")) << place;
+  EXPECT_TRUE(place.ends_with("/quoll-share/Info.plist")) << place;
 }
 
 TEST(ProgramBundle, WhatACallerDoesToTheDictionaryStaysWithTheCaller) {
