@@ -7,24 +7,30 @@
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/property.h"
 #include "quoll/foundation/value.h"
+#include "quoll/platform/bundle.h"
 #include "quoll/platform/log.h"
 
 /// How every record is filled from a property-list dictionary.
 namespace quoll::records {
 
-/// What stands in a text field whose key is absent.
-using TextDefault = std::string (*)();
+/// What stands in a field whose key is absent.
+using Default = foundation::Value (*)();
 
-/// One text field of a record: its key, its place and its default.
+/// One field of a record: its key, its place and its default.
 template <typename Record>
 struct Field {
   std::string_view key;
   foundation::Property<foundation::Value> Record::*field;
-  TextDefault when_absent;
+  Default when_absent;
 };
 
-inline std::string empty_text() {
-  return {};
+inline foundation::Value empty_text() {
+  return "";
+}
+
+/// The mail of an account, or of an alias, that has none.
+inline foundation::Value translated_no_mail() {
+  return platform::NSBundle::mainBundle()->localizedStringForKey("No Mail", "");
 }
 
 /// Stores the value under each field's key as it comes, whatever its kind, and the default where
@@ -33,7 +39,7 @@ template <typename Record, typename Fields>
 void fill(Record& record, const foundation::Value& dictionary, const Fields& fields) {
   for (const Field<Record>& field : fields) {
     const foundation::Value value = dictionary.objectForKey(field.key);
-    record.*field.field = value.is_null() ? foundation::Value(field.when_absent()) : value;
+    record.*field.field = value.is_null() ? field.when_absent() : value;
   }
 }
 

@@ -13,7 +13,7 @@ namespace {
 using foundation::Value;
 using records::Field;
 
-std::string no_mail() {
+Value no_mail() {
   return "No Mail";
 }  // not translated, unlike an account's
 

@@ -15,7 +15,7 @@ using foundation::List;
 using foundation::Value;
 using records::Field;
 
-std::string no_name() {
+Value no_name() {
   return platform::NSBundle::mainBundle()->localizedStringForKey("No Name", "");
 }
 

@@ -1,0 +1,228 @@
+#include "linux/icu/date_formatter.h"
+
+#include <gtest/gtest.h>
+#include <unicode/gregocal.h>
+#include <unicode/timezone.h>
+
+#include <cmath>
+#include <limits>
+
+#include "quoll/platform/desktop.h"
+#include "quoll/records/extension_date.h"
+#include "tests/icu/environment.h"
+#include "tests/support/recorders.h"
+
+namespace quoll {
+namespace {
+
+using foundation::Date;
+using test::DateEnvironment;
+
+constexpr double kMoment = 1709806500;  // 2024-03-07T10:15:00Z
+constexpr double kFirst = -62135596800;
+constexpr double kLast = 253402300799;
+
+class DateFormatterTest : public ::testing::Test {
+ protected:
+  /// What the records' formats are in an environment.
+  static std::unique_ptr<ExtensionDate> formats(
+      const std::map<std::string, std::string>& variables) {
+    const DateEnvironment environment(variables);
+    auto made = std::make_unique<ExtensionDate>();
+    made->Initialize();
+    return made;
+  }
+
+  std::shared_ptr<test::RecordingLog> log = std::make_shared<test::RecordingLog>();
+  platform::ScopedDesktop desktop{
+      {.log = log, .clock = std::make_shared<test::HeldClock>(), .dates = icu::make_dates()}};
+};
+
+TEST_F(DateFormatterTest, WritesInTheUsersLocaleCalendarAndDigits) {
+  struct Row {
+    const char* locale;
+    const char* date;
+    const char* time;
+    std::int64_t day;
+  };
+  const Row rows[] = {
+      {"en_US.UTF-8", "3/7/24", "10:15\u202FAM", 20240307},
+      {"C", "3/7/24", "10:15\u202FAM", 20240307},
+      {"de_DE.UTF-8", "07.03.24", "10:15", 20240307},
+      {"th_TH", "7/3/67", "10:15", 25670307},
+      {"fa_IR", "۱۴۰۲/۱۲/۱۷", "۱۰:۱۵", 14021217},
+      {"ar_EG", "٧\u200F/٣\u200F/٢٠٢٤", "١٠:١٥ ص", 20240307},
+      {"ja_JP", "2024/03/07", "10:15", 20240307},
+      {"ne_NP", "२४/३/७", "१०:१५", 20240307},
+  };
+  for (const Row& row : rows) {
+    const auto dates = formats({{"LC_ALL", row.locale}, {"TZ", "UTC"}});
+    EXPECT_EQ(dates->dateCentrale2()->stringFromDate({kMoment}), row.date) << row.locale;
+    EXPECT_EQ(dates->dateCentrale()->stringFromDate({kMoment}), row.time) << row.locale;
+    EXPECT_EQ(dates->IntDate(Date{kMoment}), row.day) << row.locale;
+    EXPECT_EQ(dates->dateExchange()->stringFromDate({kMoment}), "2024-03-07T10:15:00Z")
+        << row.locale;
+    EXPECT_EQ(dates->exchangeDate("2024-03-07T10:15:00Z"), Date{kMoment}) << row.locale;
+  }
+}
+
+TEST_F(DateFormatterTest, TheDayIsNeverZeroForADate) {
+  struct Row {
+    const char* locale;
+    std::int64_t first;
+    std::int64_t last;
+  };
+  const Row rows[] = {
+      {"en_US", 10103, 99991231},  // the Julian calendar was two days behind
+      {"th_TH", 5440103, 105421231},
+      {"fa_IR", -6211011, 93781010},
+      {"ar_SA", -6400518, 96660402},
+  };
+  for (const Row& row : rows) {
+    const auto dates = formats({{"LC_ALL", row.locale}, {"TZ", "UTC"}});
+    EXPECT_EQ(dates->IntDate(Date{kFirst}), row.first) << row.locale;
+    EXPECT_EQ(dates->IntDate(Date{kLast}), row.last) << row.locale;
+  }
+}
+
+TEST_F(DateFormatterTest, TakesTheTimeZoneOfTheCLibrary) {
+  struct Row {
+    const char* reason;
+    const char* zone;
+    double moment;
+    const char* time;
+    std::int64_t day;
+  };
+  const Row rows[] = {
+      {"UTC", "UTC", kMoment, "10:15", 20240307},
+      {"winter", "Europe/Berlin", kMoment, "11:15", 20240307},
+      {"summer", "Europe/Berlin", 1720000000, "11:46", 20240703},
+      {"the second before the clocks go forward", "Europe/Berlin", 1711846799, "01:59", 20240331},
+      {"the second they do", "Europe/Berlin", 1711846800, "03:00", 20240331},
+      {"the second before they go back", "Europe/Berlin", 1729990799, "02:59", 20241027},
+      {"the second they do", "Europe/Berlin", 1729990800, "02:00", 20241027},
+      {"the other half of the year", "Australia/Sydney", 1704067200, "11:00", 20240101},
+      {"ahead by a day and three quarters of an hour", "Pacific/Chatham", kMoment, "00:00",
+       20240308},
+      {"behind", "Pacific/Pago_Pago", kMoment, "23:15", 20240306},
+      {"a day that was left out", "Pacific/Apia", 1325239200, "00:00", 20111231},
+      {"a rule instead of a name", "CET-1CEST,M3.5.0,M10.5.0/3", 1720000000, "11:46", 20240703},
+      {"an offset in a rule", "<+0545>-5:45", kMoment, "16:00", 20240307},
+      {"a name that nobody has is UTC", "Nowhere/Else", kMoment, "10:15", 20240307},
+      {"the last moment before midnight", "Asia/Tokyo", 1709823599.999, "23:59", 20240307},
+      {"midnight", "Asia/Tokyo", 1709823600, "00:00", 20240308},
+      {"before 1970", "Asia/Tokyo", -32400.5, "23:59", 19691231},
+  };
+  for (const Row& row : rows) {
+    const DateEnvironment environment({{"LC_ALL", "de_DE"}, {"TZ", row.zone}});
+    ExtensionDate dates;
+    dates.Initialize();
+    EXPECT_EQ(dates.dateCentrale()->stringFromDate({row.moment}), row.time) << row.reason;
+    EXPECT_EQ(dates.IntDate(Date{row.moment}), row.day) << row.reason;
+    EXPECT_EQ(dates.dateExchange()->stringFromDate({kMoment}), "2024-03-07T10:15:00Z");
+  }
+}
+
+TEST_F(DateFormatterTest, AgreesWithICUsOwnTimeZones) {
+  for (const char* zone :
+       {"Europe/Berlin", "America/New_York", "Asia/Kolkata", "Australia/Sydney"}) {
+    const DateEnvironment environment({{"LC_ALL", "de_DE"}, {"TZ", zone}});
+    ExtensionDate dates;
+    dates.Initialize();
+    UErrorCode status = U_ZERO_ERROR;
+    ::icu::GregorianCalendar calendar(::icu::TimeZone::createTimeZone(zone), status);
+    for (double moment = 0; moment < 1.7e9; moment += 40000000.0 / 9) {
+      calendar.setTime(moment * 1000, status);
+      const std::int64_t day = calendar.get(UCAL_YEAR, status) * 10000 +
+                               (calendar.get(UCAL_MONTH, status) + 1) * 100 +
+                               calendar.get(UCAL_DATE, status);
+      ASSERT_EQ(dates.IntDate(Date{moment}), day) << zone << " " << moment;
+    }
+    ASSERT_TRUE(U_SUCCESS(status));
+  }
+}
+
+TEST_F(DateFormatterTest, EveryNumberIsWrittenSomehow) {
+  const auto dates = formats({{"LC_ALL", "de_DE"}, {"TZ", "Europe/Berlin"}});
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  for (const double seconds : {std::numeric_limits<double>::max(), kInfinity, 3.4e38, 1e14, 1e15,
+                               std::numeric_limits<double>::lowest(), -kInfinity, -1e14, -1e15}) {
+    EXPECT_NE(dates->dateCentrale2()->stringFromDate({seconds}), "") << seconds;
+    EXPECT_NE(dates->IntDate(Date{seconds}), 0) << seconds;
+  }
+  EXPECT_NE(dates->IntDate(Date{9e13}), dates->IntDate(Date{1e14}));
+  EXPECT_NE(dates->IntDate(Date{-9e13}), dates->IntDate(Date{-1e14}));
+  EXPECT_EQ(dates->IntDate(Date{1e14}), dates->IntDate(Date{2e14})) << "nothing is farther away";
+  const Date no_date{std::nan("")};
+  EXPECT_EQ(dates->dateCentrale2()->stringFromDate(no_date), "");
+  EXPECT_EQ(dates->centralDate(no_date), "");
+  EXPECT_EQ(dates->IntDate(no_date), 0);
+}
+
+TEST_F(DateFormatterTest, ReadsBackWhatAPatternWrites) {
+  const DateEnvironment environment({{"LC_ALL", "de_DE"}, {"TZ", "Europe/Berlin"}});
+  const auto formatter = icu::make_dates()->formatter({.date_format = "yyyy-MM-dd HH:mm"});
+  for (const double seconds : {kMoment, 1720000020.0, 1711846740.0, 1711846800.0, -86400.0}) {
+    const std::string text = formatter->stringFromDate({seconds});
+    EXPECT_EQ(formatter->dateFromString(text), Date{seconds}) << text;
+  }
+  const auto twice = formatter->dateFromString("2024-10-27 02:30");
+  ASSERT_TRUE(twice);
+  EXPECT_EQ(formatter->stringFromDate(*twice), "2024-10-27 02:30") << "one of the two";
+  const std::pair<const char*, std::string> refused[] = {
+      {"nothing", ""},
+      {"a part", "2024-03-07"},
+      {"more than that", "2024-03-07 11:15 x"},
+      {"a blank before", " 2024-03-07 11:15"},
+      {"a short month", "2024-3-07 11:15"},
+      {"no such day", "2024-02-30 11:15"},
+      {"a time that the clocks skip", "2024-03-31 02:30"},
+      {"not UTF-8", "2024-03-07 11:15\xFF"},
+      {"endless", std::string(1000000, '1')},
+  };
+  for (const auto& [reason, text] : refused) {
+    EXPECT_EQ(formatter->dateFromString(text), std::nullopt) << reason;
+  }
+}
+
+TEST_F(DateFormatterTest, OnlyTheWholeExchangeFormatIsReadByItsRules) {
+  const platform::DateFormatterSettings exchange{.locale = "en_US_POSIX",
+                                                 .seconds_from_gmt = 0,
+                                                 .calendar = "gregorian",
+                                                 .date_format = "yyyy-MM-dd'T'HH:mm:ss'Z'"};
+  const auto read_by = [](const platform::DateFormatterSettings& settings) {
+    return icu::make_dates()->formatter(settings)->dateFromString("2024-03-07T10:15:00Z");
+  };
+  EXPECT_EQ(read_by(exchange), Date{kMoment});
+  auto settings = exchange;
+  settings.seconds_from_gmt = 3600;
+  EXPECT_EQ(read_by(settings), Date{kMoment - 3600});
+  settings = exchange;
+  settings.locale = "fa_IR";
+  EXPECT_EQ(read_by(settings), std::nullopt) << "it is written in other digits";
+  settings = exchange;
+  settings.calendar = "buddhist";
+  EXPECT_EQ(read_by(settings), Date{-15424868700}) << "543 years before, by the Julian calendar";
+  settings = exchange;
+  settings.date_format = "yyyy-MM-dd'T'HH:mm:ss.S'Z'";
+  EXPECT_EQ(read_by(settings), std::nullopt);
+}
+
+TEST_F(DateFormatterTest, APatternMayTellTheZone) {
+  const auto formatter =
+      icu::make_dates()->formatter({.seconds_from_gmt = -12600, .date_format = "HH:mm xxx"});
+  EXPECT_EQ(formatter->stringFromDate({kMoment}), "06:45 -03:30");
+}
+
+TEST_F(DateFormatterTest, AnImpossiblePatternWritesNothingAndIsLogged) {
+  const auto formatter =
+      icu::make_dates()->formatter({.calendar = std::string(1000, 'x'), .date_format = "y"});
+  ASSERT_NE(formatter, nullptr);
+  EXPECT_EQ(formatter->stringFromDate({kMoment}), "");
+  EXPECT_EQ(formatter->dateFromString("2024"), std::nullopt);
+  ASSERT_EQ(log->lines().size(), 1U);
+  EXPECT_TRUE(log->lines()[0].starts_with("dates: ")) << log->lines()[0];
+}
+
+}  // namespace
+}  // namespace quoll
