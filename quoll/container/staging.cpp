@@ -1,15 +1,14 @@
 #include "quoll/container/staging.h"
 
-#include <functional>
 #include <optional>
 #include <string>
 
+#include "quoll/container/coordinated_access.h"
 #include "quoll/container/group_container.h"
 #include "quoll/container/unique_name.h"
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/path.h"
 #include "quoll/foundation/text.h"
-#include "quoll/platform/coordinator.h"
 #include "quoll/platform/files.h"
 #include "quoll/platform/log.h"
 
@@ -22,7 +21,6 @@ using foundation::Error;
 using foundation::List;
 using foundation::NSURL;
 using foundation::Value;
-using Accessor = std::function<void(const std::shared_ptr<NSURL>& location)>;
 
 /// None for a name that is not one folder inside the shared data: staging deletes what it names.
 std::shared_ptr<NSURL> staging_folder(std::string_view folder) {
@@ -30,17 +28,6 @@ std::shared_ptr<NSURL> staging_folder(std::string_view folder) {
     return nullptr;
   }
   return foundation::URLByAppendingPathComponent(GroupDataPath(), folder);
-}
-
-/// Runs the accessor while nobody else works in the staging folder; a failure is logged by
-/// `failure_line`.
-void coordinate(std::string_view folder, std::string_view failure_line, const Accessor& accessor) {
-  std::optional<Error> error;
-  platform::NSFileCoordinator::create()->coordinateWritingItemAtURL(
-      staging_folder(folder), platform::NSFileCoordinatorWritingForDeleting, error, accessor);
-  if (error) {
-    platform::log(failure_line, *error);
-  }
 }
 
 /// What tells the two ways of staging apart.
@@ -57,23 +44,25 @@ struct StagingKind {
 std::shared_ptr<List> stage(std::string_view folder, const std::shared_ptr<List>& items,
                             const StagingKind& kind) {
   auto written = std::make_shared<List>();
-  coordinate(folder, kind.coordination_failure, [&](const std::shared_ptr<NSURL>& location) {
-    try {
-      container::UniqueNames names(location->file_system_path().value_or(""));
-      for (const Value& item : Value(items).list()) {
-        const std::string path = names.good_path(kind.file_name(item));
-        std::optional<Error> error;
-        kind.write(item, path, error);
-        if (error) {
-          platform::log(kind.item_failure, *error);
-        } else {
-          written->addObject(path);
+  container::with_coordinated_access(
+      staging_folder(folder), kind.coordination_failure,
+      [&](const std::shared_ptr<NSURL>& location) {
+        try {
+          container::UniqueNames names(location->file_system_path().value_or(""));
+          for (const Value& item : Value(items).list()) {
+            const std::string path = names.good_path(kind.file_name(item));
+            std::optional<Error> error;
+            kind.write(item, path, error);
+            if (error) {
+              platform::log(kind.item_failure, *error);
+            } else {
+              written->addObject(path);
+            }
+          }
+        } catch (const foundation::NSException& exception) {
+          platform::log(kind.exception, exception);
         }
-      }
-    } catch (const foundation::NSException& exception) {
-      platform::log(kind.exception, exception);
-    }
-  });
+      });
   return written;
 }
 
@@ -108,20 +97,21 @@ void write_buffer(const Value& item, const std::string& path, std::optional<Erro
 }  // namespace
 
 void ShareInit(std::string_view folder) {
-  coordinate(folder, "shareInit %@", [](const std::shared_ptr<NSURL>& location) {
-    const auto files = platform::NSFileManager::defaultManager();
-    std::optional<Error> error;
-    files->removeItemAtURL(location, error);
-    if (error) {
-      platform::log("shareInit delete %@", *error);
-    }
-    files->createDirectoryAtURL(location, error);
-    // The removal's error is still there when the creation succeeds: the first share on a machine
-    // writes two lines.
-    if (error) {
-      platform::log("shareInit create %@", *error);
-    }
-  });
+  container::with_coordinated_access(staging_folder(folder), "shareInit %@",
+                                     [](const std::shared_ptr<NSURL>& location) {
+                                       const auto files = platform::NSFileManager::defaultManager();
+                                       std::optional<Error> error;
+                                       files->removeItemAtURL(location, error);
+                                       if (error) {
+                                         platform::log("shareInit delete %@", *error);
+                                       }
+                                       files->createDirectoryAtURL(location, error);
+                                       // The removal's error is still there when the creation
+                                       // succeeds: the first share on a machine writes two lines.
+                                       if (error) {
+                                         platform::log("shareInit create %@", *error);
+                                       }
+                                     });
 }
 
 std::shared_ptr<List> ShareFiles(std::string_view folder, const std::shared_ptr<List>& paths) {

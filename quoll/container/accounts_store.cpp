@@ -1,0 +1,28 @@
+#include "quoll/container/accounts_store.h"
+
+#include "quoll/container/coordinated_access.h"
+#include "quoll/container/group_container.h"
+#include "quoll/platform/property_list_files.h"
+#include "quoll/records/extension_account.h"
+
+namespace quoll::ExtensionUtilities {
+
+using foundation::List;
+using foundation::NSURL;
+using foundation::Value;
+
+std::shared_ptr<List> Accounts() {
+  std::shared_ptr<List> stored;
+  container::with_coordinated_access(
+      foundation::URLByAppendingPathComponent(GroupDataPath(), "Accounts.plist"),
+      "NSFileCoordinator Accounts %@", [&](const std::shared_ptr<NSURL>& location) {
+        stored = platform::array_with_contents_of_url(location);
+      });
+  auto accounts = std::make_shared<List>();
+  for (const Value& element : Value(stored).list()) {
+    accounts->addObject(ExtensionAccount::initWithDictonary(element));
+  }
+  return accounts;
+}
+
+}  // namespace quoll::ExtensionUtilities

@@ -1,0 +1,60 @@
+#include "quoll/container/contacts_store.h"
+
+#include <optional>
+
+#include "quoll/container/coordinated_access.h"
+#include "quoll/container/group_container.h"
+#include "quoll/platform/files.h"
+#include "quoll/platform/log.h"
+#include "quoll/platform/property_list_files.h"
+#include "quoll/records/extension_address.h"
+
+namespace quoll::ExtensionUtilities {
+
+namespace {
+
+using foundation::Dictionary;
+using foundation::List;
+using foundation::NSURL;
+using foundation::Value;
+
+/// Makes the folder when nothing is there; whatever is there counts. False when that fails.
+bool make_contacts_folder(const std::shared_ptr<NSURL>& location) {
+  const auto files = platform::NSFileManager::defaultManager();
+  std::optional<foundation::Error> error;
+  if (!files->fileExistsAtPath(location->file_system_path().value_or(""))) {
+    files->createDirectoryAtURL(location, error);
+  }
+  if (error) {
+    platform::log("AddressesAndGroups %@", *error);
+  }
+  return !error;
+}
+
+std::shared_ptr<List> stored_list(const std::shared_ptr<NSURL>& folder, std::string_view name) {
+  return platform::array_with_contents_of_url(
+      foundation::URLByAppendingPathComponent(folder, name));
+}
+
+}  // namespace
+
+std::shared_ptr<Dictionary> AddressesAndGroups() {
+  std::shared_ptr<List> stored;
+  container::with_coordinated_access(
+      foundation::URLByAppendingPathComponent(GroupDataPath(), "Contacts"),
+      "NSFileCoordinator AddressesAndGroups %@", [&](const std::shared_ptr<NSURL>& location) {
+        if (make_contacts_folder(location)) {
+          stored = stored_list(location, "Addresses.plist");
+          // Groups are read like addresses, and then nothing is made of them.
+          static_cast<void>(stored_list(location, "Groups.plist"));
+        }
+      });
+  const auto addresses = std::make_shared<List>();
+  for (const Value& element : Value(stored).list()) {
+    addresses->addObject(ExtensionAddress::initWithDictonary(element));
+  }
+  return std::make_shared<Dictionary>(std::initializer_list<Dictionary::Entry>{
+      {"addresses", addresses}, {"groups", std::make_shared<List>()}});
+}
+
+}  // namespace quoll::ExtensionUtilities

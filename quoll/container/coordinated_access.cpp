@@ -1,0 +1,22 @@
+#include "quoll/container/coordinated_access.h"
+
+#include <optional>
+
+#include "quoll/foundation/error.h"
+#include "quoll/platform/coordinator.h"
+#include "quoll/platform/log.h"
+
+namespace quoll::container {
+
+void with_coordinated_access(
+    const std::shared_ptr<foundation::NSURL>& url, std::string_view failure_line,
+    const std::function<void(const std::shared_ptr<foundation::NSURL>& location)>& accessor) {
+  std::optional<foundation::Error> error;
+  platform::NSFileCoordinator::create()->coordinateWritingItemAtURL(
+      url, platform::NSFileCoordinatorWritingForDeleting, error, accessor);
+  if (error) {
+    platform::log(failure_line, *error);
+  }
+}
+
+}  // namespace quoll::container

@@ -1,0 +1,205 @@
+#include <algorithm>
+#include <fstream>
+#include <thread>
+
+#include "quoll/container/accounts_store.h"
+#include "quoll/container/contacts_store.h"
+#include "quoll/container/group_container.h"
+#include "quoll/foundation/exception.h"
+#include "quoll/foundation/format.h"
+#include "quoll/records/extension_account.h"
+#include "quoll/records/extension_address.h"
+#include "tests/container/container_test.h"
+
+namespace quoll {
+namespace {
+
+using ExtensionUtilities::Accounts;
+using ExtensionUtilities::AddressesAndGroups;
+using foundation::Error;
+using foundation::NSURL;
+using foundation::Value;
+using test::FailingFiles;
+
+const Error kFull{"D", 2, "full", {}};
+constexpr const char* kFullText = "Error Domain=D Code=2 \"full\"";
+constexpr const char* kAccounts = R"(({ mail = "a@h"; }, { mail = "b@h"; enabled = NO; }))";
+constexpr const char* kAddresses = R"(({ mail = "a@h"; firstName = Ann; }))";
+
+class Stores : public test::ContainerTest {
+ protected:
+  [[nodiscard]] std::string shared_data() const {
+    return folder.path("K7Q2M9XT4B.quoll/SharedData");
+  }
+  void write(const std::string& name, std::string_view content) const {
+    const std::filesystem::path path = shared_data() + "/" + name;
+    std::filesystem::create_directories(path.parent_path());
+    std::ofstream(path) << content;
+  }
+};
+
+/// Grants every access to another location, keeps what it was asked for, and may report an error.
+class Redirecting final : public platform::NSFileCoordinator {
+ public:
+  struct Script {
+    std::string path;
+    bool runs = true;
+    std::optional<Error> error = {};
+    std::string asked = {};
+    unsigned options = 0;
+  };
+
+  explicit Redirecting(std::shared_ptr<Script> script) : script_(std::move(script)) {}
+
+  void coordinateWritingItemAtURL(
+      const std::shared_ptr<NSURL>& url, unsigned options, std::optional<Error>& error,
+      const std::function<void(const std::shared_ptr<NSURL>&)>& accessor) override {
+    script_->asked = url->file_system_path().value_or("");
+    script_->options = options;
+    if (script_->runs) {
+      accessor(platform::fileURLWithPath(script_->path));
+    }
+    error = script_->error;
+  }
+
+ private:
+  std::shared_ptr<Script> script_;
+};
+
+platform::Desktop redirected(const platform::Desktop& desktop,
+                             const std::shared_ptr<Redirecting::Script>& script) {
+  platform::Desktop changed = desktop;
+  changed.coordinator = [script] { return std::make_unique<Redirecting>(script); };
+  return changed;
+}
+
+std::vector<std::string> mails(const foundation::List& records) {
+  std::vector<std::string> out;
+  for (const Value& record : records) {
+    const auto account = record.as<ExtensionAccount>();
+    out.push_back(
+        foundation::text_of(account ? account->mail() : record.as<ExtensionAddress>()->mail()));
+  }
+  return out;
+}
+
+TEST_F(Stores, AccountsAreReadFromTheLocationThatIsGiven) {
+  const auto script = std::make_shared<Redirecting::Script>();
+  script->path = folder.write("elsewhere", kAccounts);
+  const platform::ScopedDesktop other(redirected(*platform::current_desktop(), script));
+  EXPECT_EQ(mails(*Accounts()), (std::vector<std::string>{"a@h", "b@h"}));
+  EXPECT_EQ(script->asked, shared_data() + "/Accounts.plist");
+  EXPECT_EQ(script->options, 1U) << "a deleting access is announced";
+  EXPECT_TRUE(log->lines().empty());
+}
+
+TEST_F(Stores, WhatWasReadBeforeACoordinationFailedIsUsed) {
+  const auto script = std::make_shared<Redirecting::Script>();
+  script->error = kFull;
+  const platform::ScopedDesktop other(redirected(*platform::current_desktop(), script));
+  script->path = folder.write("accounts", kAccounts);
+  EXPECT_EQ(Accounts()->count(), 2U);
+  std::filesystem::create_directories(folder.path("contacts"));
+  folder.write("contacts/Addresses.plist", kAddresses);
+  script->path = folder.path("contacts");
+  EXPECT_EQ(AddressesAndGroups()->objectForKey("addresses").as_list()->count(), 1U);
+  EXPECT_EQ(log->lines(), (std::vector<std::string>{
+                              std::string("NSFileCoordinator Accounts ") + kFullText,
+                              std::string("NSFileCoordinator AddressesAndGroups ") + kFullText}));
+}
+
+TEST_F(Stores, ACoordinationThatIsNotGrantedGivesNothing) {
+  const auto script = std::make_shared<Redirecting::Script>();
+  script->runs = false;
+  script->error = kFull;
+  write("Accounts.plist", kAccounts);
+  write("Contacts/Addresses.plist", kAddresses);
+  const platform::ScopedDesktop other(redirected(*platform::current_desktop(), script));
+  EXPECT_TRUE(Accounts()->empty());
+  EXPECT_TRUE(AddressesAndGroups()->objectForKey("addresses").as_list()->empty());
+  EXPECT_EQ(log->lines().size(), 2U);
+}
+
+TEST_F(Stores, TheCoordinationIsLoggedBeforeTheRecords) {
+  const auto script = std::make_shared<Redirecting::Script>();
+  script->error = kFull;
+  script->path = folder.write("accounts", "(x)");
+  const platform::ScopedDesktop other(redirected(*platform::current_desktop(), script));
+  EXPECT_EQ(Accounts()->count(), 1U);
+  ASSERT_EQ(log->lines().size(), 2U);
+  EXPECT_EQ(log->lines()[0], std::string("NSFileCoordinator Accounts ") + kFullText);
+  EXPECT_TRUE(log->lines()[1].starts_with("ExtensionAccount initWithDictonary "));
+}
+
+TEST_F(Stores, ContactsAreReadFromTheLocationThatIsGiven) {
+  const auto script = std::make_shared<Redirecting::Script>();
+  script->path = folder.path("not/there/yet");
+  const platform::ScopedDesktop other(redirected(*platform::current_desktop(), script));
+  EXPECT_TRUE(AddressesAndGroups()->objectForKey("addresses").as_list()->empty());
+  EXPECT_TRUE(std::filesystem::is_directory(script->path)) << "made with the folders above it";
+  EXPECT_FALSE(std::filesystem::exists(shared_data() + "/Contacts"));
+  folder.write("not/there/yet/Addresses.plist", kAddresses);
+  EXPECT_EQ(mails(*AddressesAndGroups()->objectForKey("addresses").as_list()),
+            std::vector<std::string>{"a@h"});
+  EXPECT_EQ(script->asked, shared_data() + "/Contacts");
+  EXPECT_EQ(script->options, 1U);
+  EXPECT_TRUE(log->lines().empty());
+}
+
+TEST_F(Stores, AFolderThatCannotBeMadeEndsTheReading) {
+  const auto script = std::make_shared<Redirecting::Script>();
+  script->path = folder.path("not/there/yet");
+  const platform::ScopedDesktop other(redirected(*platform::current_desktop(), script));
+  files->fail(FailingFiles::Operation::kCreateDirectory, 1, kFull);
+  EXPECT_TRUE(AddressesAndGroups()->objectForKey("addresses").as_list()->empty());
+  EXPECT_EQ(log->lines(), std::vector{std::string("AddressesAndGroups ") + kFullText});
+}
+
+TEST_F(Stores, TheGroupsAreReadAndNotUsed) {
+  write("Contacts/Addresses.plist", kAddresses);
+  write("Contacts/Groups.plist", "({ idx = 1; name = G; })");
+  const auto read = AddressesAndGroups();
+  EXPECT_EQ(files->calls(FailingFiles::Operation::kRead), 2);
+  EXPECT_EQ(read->count(), 2U);
+  ASSERT_NE(read->objectForKey("groups").as_list(), nullptr);
+  EXPECT_TRUE(read->objectForKey("groups").as_list()->empty());
+}
+
+TEST_F(Stores, NothingIsKeptBetweenCalls) {
+  write("Accounts.plist", kAccounts);
+  const auto first = Accounts();
+  first->addObject("mine");
+  EXPECT_EQ(Accounts()->count(), 2U);
+  write("Accounts.plist", "()");
+  EXPECT_TRUE(Accounts()->empty());
+}
+
+TEST_F(Stores, WithoutAContainerEachLogsOneLine) {
+  desktop.reset();
+  const platform::ScopedDesktop nothing({.log = log});
+  EXPECT_TRUE(Accounts()->empty());
+  const auto contacts = AddressesAndGroups();
+  EXPECT_TRUE(contacts->objectForKey("addresses").as_list()->empty());
+  EXPECT_TRUE(contacts->objectForKey("groups").as_list()->empty());
+  ASSERT_EQ(log->lines().size(), 2U);
+  EXPECT_TRUE(log->lines()[0].starts_with("NSFileCoordinator Accounts Error Domain="));
+  EXPECT_TRUE(log->lines()[1].starts_with("NSFileCoordinator AddressesAndGroups Error Domain="));
+}
+
+TEST_F(Stores, ManyThreadsMayRead) {
+  write("Accounts.plist", kAccounts);
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([] {
+      EXPECT_EQ(Accounts()->count(), 2U);
+      EXPECT_EQ(AddressesAndGroups()->count(), 2U);
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_TRUE(log->lines().empty());
+}
+
+}  // namespace
+}  // namespace quoll
