@@ -11,6 +11,25 @@
 #include "quoll/platform/workspace.h"
 #include "quoll/requestutils/url_query.h"
 
+namespace quoll {
+
+constinit const std::string_view commandArchive = "archive";
+constinit const std::string_view commandDelete = "delete";
+constinit const std::string_view commandReply = "reply";
+constinit const std::string_view commandMessage = "message";
+constinit const std::string_view commandCompose = "compose";
+constinit const std::string_view commandSend = "send";
+constinit const std::string_view commandOpen = "open";
+constinit const std::string_view it_vorlent_quoll = "it.vorlent.quoll";
+constinit const std::string_view it_vorlent_quoll_beta8 = "it.vorlent.quoll.beta8";
+constinit const std::string_view it_vorlent_quoll_beta10 = "it.vorlent.quoll.beta10";
+constinit const std::string_view it_vorlent_quoll_beta11 = "it.vorlent.quoll.beta11";
+constinit const std::string_view it_vorlent_quoll_2 = "it.vorlent.quoll2";
+constinit const std::string_view it_vorlent_quoll_pro = "it.vorlent.quoll.pro";
+constinit const std::string_view ACTION_CALLED_EXTENSION = "ACTION_CALLED_EXTENSION";
+
+}  // namespace quoll
+
 namespace quoll::ExtensionUtilities {
 
 namespace {
@@ -26,8 +45,8 @@ constexpr unsigned kInForeground = 0x20000;
 /// The mail application's edition that an extension with this identifier belongs to. The editions
 /// are tried in this order; "it.vorlent.quoll.pro" is not among them.
 std::string_view application_for(std::string_view own_identifier) {
-  constexpr std::array kEditions{it_vorlent_quoll_beta8, it_vorlent_quoll_beta10,
-                                 it_vorlent_quoll_beta11, it_vorlent_quoll_2};
+  const std::array kEditions{it_vorlent_quoll_beta8, it_vorlent_quoll_beta10,
+                             it_vorlent_quoll_beta11, it_vorlent_quoll_2};
   const auto* const found =
       std::find_if(kEditions.begin(), kEditions.end(),
                    [&](std::string_view edition) { return own_identifier.starts_with(edition); });

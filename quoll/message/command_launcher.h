@@ -9,26 +9,28 @@
 
 namespace quoll {
 
+// The constants are symbols of the library; they stand before any code runs.
+
 // Command words: the host part of a command URL.
-inline constexpr std::string_view commandArchive = "archive";
-inline constexpr std::string_view commandDelete = "delete";
-inline constexpr std::string_view commandReply = "reply";
-inline constexpr std::string_view commandMessage = "message";
-inline constexpr std::string_view commandCompose = "compose";
-inline constexpr std::string_view commandSend = "send";
-inline constexpr std::string_view commandOpen = "open";
+extern const std::string_view commandArchive;  ///< "archive"
+extern const std::string_view commandDelete;   ///< "delete"
+extern const std::string_view commandReply;    ///< "reply"
+extern const std::string_view commandMessage;  ///< "message"
+extern const std::string_view commandCompose;  ///< "compose"
+extern const std::string_view commandSend;     ///< "send"
+extern const std::string_view commandOpen;     ///< "open"
 
 // Bundle identifiers of the mail application's editions.
-inline constexpr std::string_view it_vorlent_quoll = "it.vorlent.quoll";
-inline constexpr std::string_view it_vorlent_quoll_beta8 = "it.vorlent.quoll.beta8";
-inline constexpr std::string_view it_vorlent_quoll_beta10 = "it.vorlent.quoll.beta10";
-inline constexpr std::string_view it_vorlent_quoll_beta11 = "it.vorlent.quoll.beta11";
-inline constexpr std::string_view it_vorlent_quoll_2 = "it.vorlent.quoll2";
-inline constexpr std::string_view it_vorlent_quoll_pro = "it.vorlent.quoll.pro";
+extern const std::string_view it_vorlent_quoll;         ///< "it.vorlent.quoll"
+extern const std::string_view it_vorlent_quoll_beta8;   ///< "it.vorlent.quoll.beta8"
+extern const std::string_view it_vorlent_quoll_beta10;  ///< "it.vorlent.quoll.beta10"
+extern const std::string_view it_vorlent_quoll_beta11;  ///< "it.vorlent.quoll.beta11"
+extern const std::string_view it_vorlent_quoll_2;       ///< "it.vorlent.quoll2"
+extern const std::string_view it_vorlent_quoll_pro;     ///< "it.vorlent.quoll.pro"
 
 /// The notification that `LaunchCommandForMessages` posts for each message. Its object is a
 /// dictionary: "message" the record, "command" the command word.
-inline constexpr std::string_view ACTION_CALLED_EXTENSION = "ACTION_CALLED_EXTENSION";
+extern const std::string_view ACTION_CALLED_EXTENSION;
 
 namespace ExtensionUtilities {
 

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "quoll/foundation/collections.h"
 #include "quoll/foundation/monitor.h"
@@ -57,9 +58,31 @@ class ExtensionMessage final : public foundation::Object, public foundation::Mon
   [[nodiscard]] static std::shared_ptr<ExtensionMessage> ExtensionMessageWithUrl(
       const std::shared_ptr<foundation::NSURL>& url);
 
+  /// `initWithDictonary:`: a record filled from a dictionary of the mail application. An absent
+  /// subject is the translation of "No subject", other absent texts are empty, absent numbers 0; an
+  /// absent date is the first of 1970. The date is reduced to single precision, `dateString` is
+  /// made of it, and the Base64 text under "avatar" becomes the image. Nothing else is filled: the
+  /// bodies and the lists stay null. A null dictionary reads as an empty one. A failing reading is
+  /// logged and the record is answered as far as it was filled; never null.
+  [[nodiscard]] static std::shared_ptr<ExtensionMessage> initWithDictonary(
+      const foundation::Value& dictionary);
+
   /// `queryUrl:`: the command URL "quoll://COMMAND?QUERY" for this message; null when the text is
   /// not a URL. Takes the record's lock. Raises when a field is of a kind that no query can carry.
   [[nodiscard]] std::shared_ptr<foundation::NSURL> queryUrl(std::string_view command) const;
+
+  /// `renderHtml`: the message as HTML. With an HTML body that is the body, each attachment behind
+  /// it as a picture; else the plain body with its line feeds and links marked up. The result
+  /// becomes the body that it was made of, so a second call starts from it. Nothing is escaped. A
+  /// link that stands in the text again is marked up again, anchors inside anchors, which doubles
+  /// the text each time: a replacement that would make it longer than 64 MiB, and those after it,
+  /// are left out and the log says so. Not for a record that another thread reads meanwhile; the
+  /// attachments are read under the record's lock. Raises when a body is of another kind.
+  std::string renderHtml();
+
+  /// `searchUrlsDetector:`: the links in `text`, as absolute texts, in the order in which they
+  /// occur, repeats too.
+  [[nodiscard]] std::vector<std::string> searchUrlsDetector(std::string_view text) const;
 
   /// `isEqual:`: the same record, or one of this class for which `isEqualToModel:` answers true.
   [[nodiscard]] bool isEqual(const foundation::Object* other) const override;

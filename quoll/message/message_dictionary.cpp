@@ -1,0 +1,62 @@
+#include <array>
+
+#include "quoll/foundation/base64.h"
+#include "quoll/message/extension_message.h"
+#include "quoll/platform/bundle.h"
+#include "quoll/platform/images.h"
+#include "quoll/records/dictionary_reading.h"
+#include "quoll/records/extension_date.h"
+
+namespace quoll {
+
+namespace {
+
+using foundation::Date;
+using foundation::Value;
+using records::Field;
+
+Value no_subject() {
+  return platform::NSBundle::mainBundle()->localizedStringForKey("No subject", "");
+}
+
+Value zero() {
+  return 0;
+}
+
+constexpr std::array message_fields{
+    Field<ExtensionMessage>{"subject", &ExtensionMessage::subject, no_subject},
+    Field<ExtensionMessage>{"messageId", &ExtensionMessage::messageId, records::empty_text},
+    Field<ExtensionMessage>{"from", &ExtensionMessage::from, records::empty_text},
+    Field<ExtensionMessage>{"account", &ExtensionMessage::account, records::empty_text},
+    Field<ExtensionMessage>{"folder", &ExtensionMessage::folderPath, records::empty_text},
+    Field<ExtensionMessage>{"folderStid", &ExtensionMessage::folderStandardId, zero},
+    Field<ExtensionMessage>{"isUnread", &ExtensionMessage::unread, zero},
+};
+
+/// The picture that a Base64 text holds, with its origin at the top left; null when it holds none.
+/// Raises for anything but a text.
+std::shared_ptr<platform::NSImage> picture(const Value& avatar) {
+  const std::string* text = avatar.string();
+  const auto data =
+      text == nullptr ? std::nullopt : foundation::base64_decode_ignoring_unknown(*text);
+  auto image = data ? platform::NSImage::initWithData(*data) : nullptr;
+  if (image) {
+    image->flipped = true;
+  }
+  return image;
+}
+
+}  // namespace
+
+std::shared_ptr<ExtensionMessage> ExtensionMessage::initWithDictonary(const Value& dictionary) {
+  return records::guarded(std::make_shared<ExtensionMessage>(), [&](ExtensionMessage& message) {
+    records::fill(message, dictionary, message_fields);
+    // Seconds in single precision: today's dates come out on a multiple of 128.
+    const Date date{dictionary.objectForKey("date").floatValue()};
+    message.date = date;
+    message.dateString = ExtensionDate::shared()->centralDate(date);
+    message.image = picture(dictionary.objectForKey("avatar"));
+  });
+}
+
+}  // namespace quoll
