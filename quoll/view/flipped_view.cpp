@@ -1,0 +1,39 @@
+#include "quoll/view/flipped_view.h"
+
+#include <utility>
+
+#include "quoll/platform/notifications.h"
+
+namespace quoll {
+
+FlippedView::FlippedView(const platform::NSRect& frame, DrawingBlock block)
+    : NSView(frame), drawingBlock(std::move(block)) {
+  setAutoresizingMask(platform::NSViewWidthSizable | platform::NSViewHeightSizable);
+}
+
+FlippedView::~FlippedView() {
+  // Before the observer goes: what the block owned may still post.
+  drawingBlock = nullptr;
+  platform::NSNotificationCenter::defaultCenter()->removeObserver(this);
+}
+
+std::shared_ptr<FlippedView> FlippedView::initWithFrame(const platform::NSRect& frame) {
+  return initWithFrame(frame, nullptr);
+}
+
+std::shared_ptr<FlippedView> FlippedView::initWithFrame(const platform::NSRect& frame,
+                                                        DrawingBlock drawingblock) {
+  return std::shared_ptr<FlippedView>(new FlippedView(frame, std::move(drawingblock)));
+}
+
+void FlippedView::drawRect(const platform::NSRect& dirty) {
+  // One reading: another thread may clear the block between two.
+  const DrawingBlock block = drawingBlock();
+  if (block) {
+    const std::weak_ptr<NSView> self = weak_from_this();
+    const auto view = std::static_pointer_cast<FlippedView>(self.lock());
+    block(view, dirty);  // may drop the last other reference: nothing of this view follows
+  }
+}
+
+}  // namespace quoll
