@@ -78,7 +78,8 @@ int share(const Arguments& arguments) {
   const auto background = std::make_shared<host::WatchedQueue>(posix::make_thread_pool());
   const std::string image_helper = image_helper::helper_path();
   platform::install({
-      .bundle = posix::make_program_bundle("it.vorlent.quoll2.Quoll-Share"),
+      .bundle =
+          posix::make_program_bundle("it.vorlent.quoll2.Quoll-Share", posix::information_file()),
       .files = host::watched_files(files),
       .coordinator = posix::coordinator_factory(),
       .workspace = opened,

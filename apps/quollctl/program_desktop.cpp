@@ -1,10 +1,13 @@
 #include "program_desktop.h"
 
 #include <cstdlib>
+#include <iostream>
 #include <string_view>
 
 #include "linux/gio/launcher.h"
+#include "linux/icu/date_formatter.h"
 #include "linux/image_helper/images.h"
+#include "linux/links/links.h"
 #include "linux/posix/coordinator.h"
 #include "linux/posix/files.h"
 #include "linux/posix/program_bundle.h"
@@ -13,6 +16,7 @@
 #include "linux/posix/thread_pool.h"
 #include "linux/xml/styled_text.h"
 #include "quoll/console/events.h"
+#include "quoll/foundation/printable.h"
 
 namespace quoll::quollctl {
 
@@ -24,11 +28,22 @@ std::shared_ptr<platform::NSWorkspace> make_workspace() {
                                                                : gio::start_launcher();
 }
 
+class ErrorLog final : public platform::Log {
+ public:
+  void line(std::string_view text) override {
+    std::cerr << "quollctl: " + foundation::printable(text) + "\n";
+  }
+};
+
+std::shared_ptr<platform::NSBundle> make_bundle() {
+  return posix::make_program_bundle("it.vorlent.quoll2.Quoll-Share", posix::information_file());
+}
+
 }  // namespace
 
 platform::Desktop program_desktop() {
   auto workspace = make_workspace();  // before anything that could start a thread
-  return {.bundle = posix::make_program_bundle("it.vorlent.quoll2.Quoll-Share"),
+  return {.bundle = make_bundle(),
           .files = posix::make_file_manager(),
           .coordinator = posix::coordinator_factory(),
           .workspace = std::move(workspace),
@@ -37,7 +52,19 @@ platform::Desktop program_desktop() {
           .queue = posix::make_thread_pool(),
           .clock = posix::make_clock(),
           .images = image_helper::make_images(image_helper::helper_path()),
-          .styled_text = xml::make_styled_text(true)};
+          .styled_text = xml::make_styled_text(true),
+          .dates = icu::make_dates(),
+          .links = links::make_links()};
+}
+
+platform::Desktop reading_desktop() {
+  return {.bundle = make_bundle(),
+          .files = posix::make_file_manager(),
+          .coordinator = posix::coordinator_factory(),
+          .log = std::make_shared<ErrorLog>(),
+          .clock = posix::make_clock(),
+          .dates = icu::make_dates(),
+          .links = links::make_links()};
 }
 
 }  // namespace quoll::quollctl

@@ -8,4 +8,8 @@ namespace quoll::quollctl {
 /// recording, so it comes before everything else that the program does.
 [[nodiscard]] platform::Desktop program_desktop();
 
+/// What surrounds a command that only reads what is shared and tells people: it starts nothing, and
+/// what the library logs goes to standard error.
+[[nodiscard]] platform::Desktop reading_desktop();
+
 }  // namespace quoll::quollctl

@@ -17,6 +17,10 @@ const std::string& text_argument(const Value& value) {
   return *text;
 }
 
+std::optional<std::string_view> optional_text_argument(const Value& value) {
+  return value.is_null() ? std::nullopt : std::optional<std::string_view>(text_argument(value));
+}
+
 std::int64_t integer_argument(const Value& value) {
   if (value.text() != nullptr) {
     raise_wrong_argument(value, "a number");
@@ -29,6 +33,10 @@ bool boolean_argument(const Value& value) {
     raise_wrong_argument(value, "a boolean");
   }
   return value.boolValue();
+}
+
+std::uint32_t options_argument(const Value& value) {
+  return static_cast<std::uint32_t>(integer_argument(value));
 }
 
 std::shared_ptr<foundation::List> list_argument(const Value& value) {
@@ -45,6 +53,15 @@ std::shared_ptr<foundation::Dictionary> dictionary_argument(const Value& value) 
     raise_wrong_argument(value, "a dictionary");
   }
   return dictionary;
+}
+
+foundation::Dictionary parameters_argument(const Value& value) {
+  const auto dictionary = dictionary_argument(value);
+  return dictionary ? *dictionary : foundation::Dictionary();
+}
+
+Value optional_text(std::optional<std::string> text) {
+  return text ? Value(std::move(*text)) : Value();
 }
 
 }  // namespace quoll::console

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "quoll/foundation/collections.h"
 #include "quoll/foundation/exception.h"
@@ -17,14 +19,27 @@ namespace quoll::console {
 /// A text; null raises too.
 [[nodiscard]] const std::string& text_argument(const foundation::Value& value);
 
+/// A text, which lives as long as the value; null is none.
+[[nodiscard]] std::optional<std::string_view> optional_text_argument(
+    const foundation::Value& value);
+
 /// A number or a boolean; null is 0, or false.
 [[nodiscard]] std::int64_t integer_argument(const foundation::Value& value);
 [[nodiscard]] bool boolean_argument(const foundation::Value& value);
+
+/// An options word: the low 32 bits of a number.
+[[nodiscard]] std::uint32_t options_argument(const foundation::Value& value);
 
 /// A list, a dictionary; null is a null pointer.
 [[nodiscard]] std::shared_ptr<foundation::List> list_argument(const foundation::Value& value);
 [[nodiscard]] std::shared_ptr<foundation::Dictionary> dictionary_argument(
     const foundation::Value& value);
+
+/// A copy of a dictionary; null is an empty one.
+[[nodiscard]] foundation::Dictionary parameters_argument(const foundation::Value& value);
+
+/// The text as a result; none is null.
+[[nodiscard]] foundation::Value optional_text(std::optional<std::string> text);
 
 /// An object of that class; null is a null pointer.
 template <typename T>

@@ -6,7 +6,9 @@
 #include "quoll/container/group_container.h"
 #include "quoll/foundation/error.h"
 #include "quoll/message/command_launcher.h"
+#include "quoll/platform/links.h"
 #include "quoll/platform/type_identifiers.h"
+#include "quoll/requestutils/url_components.h"
 #include "quoll/requestutils/url_query.h"
 
 namespace quoll::console {
@@ -42,6 +44,16 @@ std::optional<foundation::Value> constant(std::string_view name) {
       {"URLQueryCollectValues", RequestUtils::URLQueryCollectValues},
       {"URLQueryAlwaysArrays", RequestUtils::URLQueryAlwaysArrays},
       {"URLQueryBracketArrayKeys", RequestUtils::URLQueryBracketArrayKeys},
+      {"URLSchemeComponent", RequestUtils::URLSchemeComponent},
+      {"URLHostComponent", RequestUtils::URLHostComponent},
+      {"URLPortComponent", RequestUtils::URLPortComponent},
+      {"URLUserComponent", RequestUtils::URLUserComponent},
+      {"URLPasswordComponent", RequestUtils::URLPasswordComponent},
+      {"URLPathComponent", RequestUtils::URLPathComponent},
+      {"URLParameterStringComponent", RequestUtils::URLParameterStringComponent},
+      {"URLQueryComponent", RequestUtils::URLQueryComponent},
+      {"URLFragmentComponent", RequestUtils::URLFragmentComponent},
+      {"NSTextCheckingTypeLink", platform::NSTextCheckingTypeLink},
       {"kUTTypeURL", platform::kUTTypeURL},
       {"kUTTypeImage", platform::kUTTypeImage},
       {"NSCocoaErrorDomain", foundation::NSCocoaErrorDomain},

@@ -34,9 +34,15 @@ struct Operation {
 
 /// The rows of one subject each.
 [[nodiscard]] std::vector<Operation> query_operations();
+[[nodiscard]] std::vector<Operation> editing_operations();
+[[nodiscard]] std::vector<Operation> components_operations();
+[[nodiscard]] std::vector<Operation> request_operations();
 [[nodiscard]] std::vector<Operation> container_operations();
 [[nodiscard]] std::vector<Operation> record_operations();
 [[nodiscard]] std::vector<Operation> message_operations();
+[[nodiscard]] std::vector<Operation> rendering_operations();
 [[nodiscard]] std::vector<Operation> share_operations();
+[[nodiscard]] std::vector<Operation> store_operations();
+[[nodiscard]] std::vector<Operation> date_operations();
 
 }  // namespace quoll::console

@@ -10,13 +10,8 @@ namespace quoll::console {
 namespace {
 
 using foundation::Value;
-using RequestUtils::URLQueryOptions;
 constexpr auto kInstance = Operation::Level::kInstance;
 constexpr auto kClass = Operation::Level::kClass;
-
-Value optional_text(std::optional<std::string> text) {
-  return text ? Value(std::move(*text)) : Value();
-}
 
 Value range(std::optional<foundation::Range> found) {
   if (!found) {
@@ -24,17 +19,6 @@ Value range(std::optional<foundation::Range> found) {
   }
   return std::make_shared<foundation::List>(
       foundation::List{Value(found->location), Value(found->length)});
-}
-
-/// Only the low 32 bits of a number fit in the options word.
-URLQueryOptions options(const Value& value) {
-  return static_cast<URLQueryOptions>(integer_argument(value));
-}
-
-Value query(const Value& parameters, URLQueryOptions options) {
-  const auto dictionary = dictionary_argument(parameters);
-  return RequestUtils::URLQueryWithParameters(dictionary ? *dictionary : foundation::Dictionary(),
-                                              options);
 }
 
 }  // namespace
@@ -55,9 +39,14 @@ std::vector<Operation> query_operations() {
       {"URLQuery", "NSString", kInstance, 0,
        [](Call& call) { return optional_text(RequestUtils::URLQuery(text_argument(call.self))); }},
       {"URLQueryWithParameters:", "NSString", kClass, 1,
-       [](Call& call) { return query(call.arguments[0], 0); }},
+       [](Call& call) -> Value {
+         return RequestUtils::URLQueryWithParameters(parameters_argument(call.arguments[0]));
+       }},
       {"URLQueryWithParameters:options:", "NSString", kClass, 2,
-       [](Call& call) { return query(call.arguments[0], options(call.arguments[1])); }},
+       [](Call& call) -> Value {
+         return RequestUtils::URLQueryWithParameters(parameters_argument(call.arguments[0]),
+                                                     options_argument(call.arguments[1]));
+       }},
       {"URLQueryParameters", "NSString", kInstance, 0,
        [](Call& call) -> Value {
          return RequestUtils::URLQueryParameters(text_argument(call.self));
@@ -65,7 +54,7 @@ std::vector<Operation> query_operations() {
       {"URLQueryParametersWithOptions:", "NSString", kInstance, 1,
        [](Call& call) -> Value {
          return RequestUtils::URLQueryParametersWithOptions(text_argument(call.self),
-                                                            options(call.arguments[0]));
+                                                            options_argument(call.arguments[0]));
        }},
   };
 }

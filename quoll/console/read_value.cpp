@@ -5,13 +5,15 @@
 #include <string>
 #include <utility>
 
-#include "quoll/console/base64.h"
 #include "quoll/console/described_context.h"
 #include "quoll/console/record_classes.h"
+#include "quoll/console/request_form.h"
+#include "quoll/foundation/base64.h"
 #include "quoll/foundation/collections.h"
 #include "quoll/foundation/nsurl.h"
 #include "quoll/platform/files.h"
 #include "quoll/platform/images.h"
+#include "quoll/records/extension_date.h"
 
 namespace quoll::console {
 
@@ -20,12 +22,14 @@ namespace {
 using foundation::Bytes;
 using foundation::Value;
 
-Bytes bytes_in(const Json& json, std::string_view what) {
-  auto bytes = bytes_of_base64(text_in(json, what));
-  if (!bytes) {
-    throw Refused(std::string(what) + " is not Base64");
-  }
-  return std::move(*bytes);
+Value read_url(const Json& content) {
+  return foundation::NSURL::URLWithString(text_in(content, "$url"));
+}
+
+/// `{"$url": TEXT, "base": TEXT}`.
+Value read_relative_url(const Json& json) {
+  return foundation::NSURL::URLWithString(text_in(json["$url"], "$url"),
+                                          read_url(json["base"]).as<foundation::NSURL>());
 }
 
 Value read_image(const Json& json) {
@@ -43,6 +47,13 @@ Value read_date(const Json& json) {
   return foundation::Date{json.get<double>()};
 }
 
+Value read_shared_dates(const Json& json) {
+  if (!json.is_null()) {
+    throw Refused("$ExtensionDate stands for the shared instance and holds null");
+  }
+  return ExtensionDate::shared();
+}
+
 /// The forms that need nothing but their content.
 struct Form {
   std::string_view key;
@@ -52,18 +63,25 @@ struct Form {
 constexpr std::array kForms{
     Form{"$data", [](const Json& json) -> Value { return bytes_in(json, "$data"); }},
     Form{"$date", read_date},
-    Form{"$url",
-         [](const Json& json) -> Value {
-           return foundation::NSURL::URLWithString(text_in(json, "$url"));
-         }},
+    Form{"$url", read_url},
     Form{"$file",
          [](const Json& json) -> Value {
            return platform::fileURLWithPath(text_in(json, "$file"));
          }},
     Form{"$image", read_image},
+    Form{"$request", [](const Json& json) -> Value { return read_request(json); }},
+    Form{"$ExtensionDate", read_shared_dates},
 };
 
 }  // namespace
+
+Bytes bytes_in(const Json& json, std::string_view what) {
+  auto bytes = foundation::base64_decode(text_in(json, what));
+  if (!bytes) {
+    throw Refused(std::string(what) + " is not Base64");
+  }
+  return std::move(*bytes);
+}
 
 void ValueReader::set_self(Value self) {
   self_ = std::move(self);
@@ -100,6 +118,9 @@ Value ValueReader::read_object(const Json& json) {
                                    [](const auto& entry) { return entry.first.starts_with('$'); });
   if (dollar == entries.end()) {
     return read_dictionary(json);
+  }
+  if (entries.size() == 2 && json.contains("$url") && json.contains("base")) {
+    return read_relative_url(json);
   }
   if (entries.size() != 1) {
     throw Refused("an object with the key " + dollar->first + " is not usable");

@@ -1,12 +1,17 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <string_view>
 
 #include "quoll/console/answer_timer.h"
 #include "quoll/console/json.h"
 #include "quoll/foundation/value.h"
 
 namespace quoll::console {
+
+/// The bytes of a Base64 text; another content is refused, naming `what` it stands for.
+[[nodiscard]] foundation::Bytes bytes_in(const Json& json, std::string_view what);
 
 /// Reads the values of one request. What has no meaning is refused; a null inside a list or a
 /// dictionary raises, as storing it does.

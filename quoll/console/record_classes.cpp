@@ -6,7 +6,9 @@
 
 #include "quoll/console/arguments.h"
 #include "quoll/message/extension_message.h"
+#include "quoll/records/extension_account.h"
 #include "quoll/records/extension_address.h"
+#include "quoll/records/extension_alias.h"
 #include "quoll/records/extension_group.h"
 
 namespace quoll::console {
@@ -75,6 +77,22 @@ RecordClass group_class() {
       {field<G, &G::idx>("idx"), field<G, &G::name>("name"), field<G, &G::addresses>("addresses")}};
 }
 
+RecordClass account_class() {
+  using A = ExtensionAccount;
+  return {"ExtensionAccount",
+          []() -> std::shared_ptr<Object> { return std::make_shared<A>(); },
+          {field<A, &A::mail>("mail"), field<A, &A::name>("name"), field<A, &A::aliases>("aliases"),
+           field<A, &A::type>("type"), field<A, &A::enabled>("enabled")}};
+}
+
+RecordClass alias_class() {
+  using A = ExtensionAlias;
+  return {
+      "ExtensionAlias",
+      []() -> std::shared_ptr<Object> { return std::make_shared<A>(); },
+      {field<A, &A::mail>("mail"), field<A, &A::name>("name"), field<A, &A::account>("account")}};
+}
+
 }  // namespace
 
 const RecordField* RecordClass::field(std::string_view wanted) const {
@@ -84,7 +102,8 @@ const RecordField* RecordClass::field(std::string_view wanted) const {
 }
 
 const std::vector<RecordClass>& record_classes() {
-  static const std::vector<RecordClass> classes{message_class(), address_class(), group_class()};
+  static const std::vector<RecordClass> classes{message_class(), address_class(), group_class(),
+                                                account_class(), alias_class()};
   return classes;
 }
 

@@ -6,13 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "quoll/console/base64.h"
 #include "quoll/console/record_classes.h"
+#include "quoll/console/request_form.h"
+#include "quoll/foundation/base64.h"
 #include "quoll/foundation/collections.h"
 #include "quoll/foundation/nsurl.h"
 #include "quoll/foundation/text.h"
 #include "quoll/message/extension_message.h"
 #include "quoll/platform/images.h"
+#include "quoll/records/extension_date.h"
 
 namespace quoll::console {
 
@@ -26,6 +28,14 @@ Json form(std::string_view key, Json value) {
   Json object = Json::object();
   append(object, std::string(key), std::move(value));
   return object;
+}
+
+Json write_url(const foundation::NSURL& url) {
+  Json json = form("$url", json_text(url.relativeString()));
+  if (url.baseURL()) {
+    append(json, "base", json_text(url.baseURL()->absoluteString()));
+  }
+  return json;
 }
 
 class Writer {
@@ -47,7 +57,7 @@ class Writer {
       return form("$date", date->seconds_since_1970);
     }
     if (const foundation::Bytes* bytes = value.bytes()) {
-      return form("$data", base64(*bytes));
+      return form("$data", foundation::base64_encode(*bytes));
     }
     return write_shared(value);
   }
@@ -105,12 +115,18 @@ class Writer {
 
   Json write_object(const foundation::Object& object) {
     if (const auto* url = dynamic_cast<const foundation::NSURL*>(&object)) {
-      return form("$url", json_text(url->absoluteString()));
+      return write_url(*url);
+    }
+    if (const auto* request = dynamic_cast<const foundation::NSURLRequest*>(&object)) {
+      return form("$request", write_request(*request));
     }
     if (const auto* image = dynamic_cast<const platform::NSImage*>(&object)) {
       return form(
           "$image",
           {{"width", image->width()}, {"height", image->height()}, {"flipped", image->flipped}});
+    }
+    if (dynamic_cast<const ExtensionDate*>(&object) != nullptr) {
+      return form("$ExtensionDate", nullptr);
     }
     if (const RecordClass* known = record_class(object.class_name())) {
       return write_record(object, *known);

@@ -37,10 +37,14 @@ TEST(OperationTable, GivesOperationsOfOneNameTheSameArguments) {
   }
 }
 
-TEST(OperationTable, SettersAndOnlySettersTellTheReceiver) {
+TEST(OperationTable, OnlyOperationsThatChangeTheReceiverTellIt) {
   const OperationTable table;
   for (const Operation& row : table.rows()) {
-    EXPECT_EQ(row.changes_receiver, row.name.starts_with("set")) << row.name;
+    // Rendering writes its marks into the text; `addresses` only begins with the same letters.
+    const bool changes = row.name.starts_with("set") ||
+                         (row.name.starts_with("add") && row.name != "addresses") ||
+                         row.name == "renderHtml";
+    EXPECT_EQ(row.changes_receiver, changes) << row.name;
   }
 }
 

@@ -8,13 +8,16 @@
 #include <filesystem>
 #include <sstream>
 
+#include "linux/icu/date_formatter.h"
 #include "linux/image_helper/images.h"
+#include "linux/links/links.h"
 #include "linux/posix/coordinator.h"
 #include "linux/posix/files.h"
 #include "linux/posix/steady_clock.h"
 #include "linux/xml/styled_text.h"
 #include "quoll/console/events.h"
 #include "quoll/console/session.h"
+#include "quoll/records/extension_date.h"
 #include "tests/console/vector_case.h"
 #include "tests/support/recorders.h"
 
@@ -41,7 +44,11 @@ std::map<std::string, std::string> variables(const VectorCase& vector,
                                              const VectorFolders& folders) {
   std::map<std::string, std::string> all{{"QUOLL_WORKSPACE", "record"},
                                          {kContainers, folders.containers()},
-                                         {kIdentifier, "it.vorlent.quoll2.Quoll-Share"}};
+                                         {kIdentifier, "it.vorlent.quoll2.Quoll-Share"},
+                                         {"LC_ALL", "en_US.UTF-8"},
+                                         {"LC_TIME", ""},
+                                         {"LANG", ""},
+                                         {"TZ", "UTC"}};
   for (const auto& [name, value] : vector.environment) {
     all[name] = folders.fill(value);
   }
@@ -51,7 +58,9 @@ std::map<std::string, std::string> variables(const VectorCase& vector,
 /// Answers in this process, with the bundle of its own that a run's environment asks for.
 std::vector<std::string> answer_here(const std::vector<std::string>& lines,
                                      const std::map<std::string, std::string>& environment) {
-  setenv(kContainers, environment.at(kContainers).c_str(), 1);
+  for (const char* name : {kContainers, "LC_ALL", "LC_TIME", "LANG", "TZ"}) {
+    setenv(name, environment.at(name).c_str(), 1);
+  }
   const std::string& identifier = environment.at(kIdentifier);
   const auto queue = std::make_shared<ThreadQueue>();
   console::Session session({.bundle = std::make_shared<FixedBundle>(
@@ -64,7 +73,11 @@ std::vector<std::string> answer_here(const std::vector<std::string>& lines,
                             .queue = queue,
                             .clock = posix::make_clock(),
                             .images = image_helper::make_images(image_helper::helper_path()),
-                            .styled_text = xml::make_styled_text(true)});
+                            .styled_text = xml::make_styled_text(true),
+                            .dates = icu::make_dates(),
+                            .links = links::make_links()});
+  // Its formatters are those of the run before; the program makes its own.
+  ExtensionDate::shared()->Initialize();
   std::vector<std::string> replies;
   for (const std::string& line : lines) {
     replies.push_back(session.reply(line));

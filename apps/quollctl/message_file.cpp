@@ -1,0 +1,62 @@
+#include "message_file.h"
+
+#include <iostream>
+#include <iterator>
+#include <optional>
+#include <stdexcept>
+
+#include "quoll/console/json.h"
+#include "quoll/console/read_value.h"
+#include "quoll/foundation/property_list.h"
+#include "quoll/platform/files.h"
+
+namespace quoll::quollctl {
+
+namespace {
+
+using foundation::Value;
+
+std::string contents_of(const std::string& file) {
+  if (file == "-") {
+    return {std::istreambuf_iterator<char>(std::cin), {}};
+  }
+  std::optional<foundation::Error> error;
+  const auto bytes = platform::NSFileManager::defaultManager()->contentsAtPath(file, error);
+  if (!bytes) {
+    throw std::runtime_error(error ? error->text : "it cannot be read");
+  }
+  return {bytes->begin(), bytes->end()};
+}
+
+/// A property list's root is never null, and an object in braces is none of the old form.
+Value read(const std::string& contents) {
+  if (const auto root = foundation::read_property_list(contents)) {
+    return *root;
+  }
+  return console::ValueReader({}).read(console::parse_json(contents));
+}
+
+std::shared_ptr<ExtensionMessage> message_in(const std::string& contents) {
+  const Value value = read(contents);
+  if (value.as_dictionary()) {
+    return ExtensionMessage::initWithDictonary(value);
+  }
+  auto message = value.as<ExtensionMessage>();
+  if (!message) {
+    throw std::runtime_error("it holds " + std::string(value.kind()) + " instead of a message");
+  }
+  return message;
+}
+
+}  // namespace
+
+std::shared_ptr<ExtensionMessage> read_message(const std::string& file) {
+  try {
+    return message_in(contents_of(file));
+  } catch (const std::runtime_error& failure) {
+    throw std::runtime_error((file == "-" ? "standard input" : file) +
+                             " gives no message: " + failure.what());
+  }
+}
+
+}  // namespace quoll::quollctl

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "quoll/message/extension_message.h"
+
+namespace quoll::quollctl {
+
+/// The message in a file, or on standard input for "-": a message dictionary as a property list of
+/// any form, or one value of the operation console, `{"$ExtensionMessage": {...}}`. Never null;
+/// throws `std::runtime_error` with one line that says why when there is none.
+[[nodiscard]] std::shared_ptr<ExtensionMessage> read_message(const std::string& file);
+
+}  // namespace quoll::quollctl
