@@ -1,0 +1,44 @@
+// Finds links in any bytes: every find parses as a URL, finds stand in order inside the text, and
+// no more is asked than the text is long.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "linux/links/scanner.h"
+#include "quoll/foundation/nsurl.h"
+
+namespace {
+
+void require(bool holds) {
+  if (!holds) {
+    std::abort();
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string_view text(reinterpret_cast<const char*>(data), size);
+  std::size_t asked = 0;
+  const quoll::links::Questions questions{
+      [&](std::string_view label) {
+        ++asked;
+        return label.size() % 2 == 1;
+      },
+      [&](std::string_view host) -> std::optional<std::string> {
+        ++asked;
+        return host.size() % 3 == 0 ? std::nullopt : std::optional<std::string>("a.xn--b");
+      }};
+  std::size_t end = 0;
+  for (const auto& found : quoll::links::scan(text, questions)) {
+    require(found.location >= end && found.length > 0);
+    end = found.location + found.length;
+    require(end <= size);
+    require(quoll::foundation::NSURL::URLWithString(found.url) != nullptr);
+  }
+  require(asked <= size);
+  return 0;
+}

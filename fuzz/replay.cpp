@@ -1,0 +1,51 @@
+// Runs a fuzz target on files, and on each of them cut short and with bytes changed.
+//
+// Usage: fuzz_NAME FOLDER
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+void replay(const Bytes& bytes) {
+  // A copy of exactly this size: reading past its end is seen by the sanitizers.
+  const Bytes exact(bytes);
+  LLVMFuzzerTestOneInput(exact.data(), exact.size());
+}
+
+void replay_with_damage(const Bytes& bytes) {
+  constexpr std::size_t kMostPlaces = 64;
+  const std::size_t step = bytes.size() / kMostPlaces + 1;
+  for (std::size_t place = 0; place < bytes.size(); place += step) {
+    replay(Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(place)));
+    for (const unsigned change : {0x01U, 0x20U, 0x80U, 0xFFU}) {
+      Bytes damaged = bytes;
+      damaged[place] = static_cast<std::uint8_t>(damaged[place] ^ change);
+      replay(damaged);
+    }
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::size_t files = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(argc == 2 ? argv[1] : "")) {
+    std::ifstream file(entry.path(), std::ios::binary);
+    const Bytes bytes{std::istreambuf_iterator<char>(file), {}};
+    replay(bytes);
+    replay_with_damage(bytes);
+    ++files;
+  }
+  std::cout << files << " files\n";
+  return files > 0 ? 0 : 1;
+}
