@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "quoll/foundation/text.h"
+#include "quoll/foundation/utf8_state.h"
 
 namespace quoll::foundation {
 
@@ -38,20 +39,25 @@ constexpr EncodeTable make_table(std::string_view kept, std::string_view also_ke
 constexpr EncodeTable kQueryTable = make_table(kUnreserved, "");
 constexpr EncodeTable kPathTable = make_table(kUnreserved, "/!$&'()*+,:=@");
 
+/// How much is encoded at once, into a place that the nearest cache holds.
+constexpr std::size_t kPart = 1024;
+
 void encode_append(std::string& out, std::string_view text, const EncodeTable& table) {
-  std::size_t length = 0;
-  for (const char c : text) {
-    length += static_cast<std::size_t>(table[static_cast<unsigned char>(c)][3]);
+  if (text.size() > kPart) {
+    out.reserve(out.size() + text.size() + text.size() / 2);
   }
-  const std::size_t start = out.size();
-  out.resize(start + length + sizeof(Encoded));  // room for what the last store has too much
-  char* to = out.data() + start;
-  for (const char c : text) {
-    const Encoded& encoded = table[static_cast<unsigned char>(c)];
-    std::memcpy(to, encoded.data(), sizeof encoded);
-    to += encoded[3];
+  while (!text.empty()) {
+    const std::string_view part = text.substr(0, kPart);
+    text.remove_prefix(part.size());
+    std::array<char, sizeof(Encoded) * kPart> encoded;  // NOLINT(*-member-init): filled below
+    char* to = encoded.data();
+    for (const char c : part) {
+      const Encoded& characters = table[static_cast<unsigned char>(c)];
+      std::memcpy(to, characters.data(), sizeof characters);
+      to += characters[3];
+    }
+    out.append(encoded.data(), to);
   }
-  out.resize(start + length);
 }
 
 constexpr std::uint16_t kNoDigit = 0x100;
@@ -85,9 +91,11 @@ constexpr std::ptrdiff_t kBlock = 64;
 /// not.
 constexpr std::ptrdiff_t kPiece = 16;
 
-/// One bit for each character of a block that is a "%", the first in the lowest bit.
-std::uint64_t escapes_in(const char* block) {
-  constexpr std::uint64_t kEachByte = 0x0101010101010101U;
+constexpr std::uint64_t kEachByte = 0x0101010101010101U;
+
+/// One bit for each character of a block that is a "%", the first in the lowest bit. `bits` gets
+/// the bits that are set in any of its words.
+std::uint64_t escapes_in(const char* block, std::uint64_t& bits) {
   constexpr std::uint64_t kLow = 0x7F * kEachByte;
   std::uint64_t escapes = 0;
   for (std::size_t i = 0; i < 8; ++i) {
@@ -96,6 +104,7 @@ std::uint64_t escapes_in(const char* block) {
     if constexpr (std::endian::native == std::endian::big) {
       word = __builtin_bswap64(word);
     }
+    bits |= word;
     const std::uint64_t difference = word ^ ('%' * kEachByte);
     // The highest bit of each byte that is "%", then those eight bits side by side.
     const std::uint64_t found = ~(((difference & kLow) + kLow) | difference | kLow) >> 7U;
@@ -117,52 +126,111 @@ char* append(char* to, const char* from, const char* end) {
 /// Decodes a text piece by piece. `to` has room for all of it and a piece.
 ///
 /// The escapes of a block are found first and then visited one by one, so that a step waits neither
-/// for the text nor for a branch that depends on it.
-struct Decoder {
-  char* to;
-  const char* plain;  // what follows is not copied yet
+/// for the text nor for a branch that depends on it. Where what is not escaped is ASCII, only what
+/// is decides whether the result is UTF-8; telling it on the way costs next to nothing.
+class Decoder {
+ public:
+  Decoder(const char* text, char* to) : to_(to), plain_(text) {}
 
   /// False when an escape is malformed. A piece can be read behind the block.
   bool decode_block(const char* block) {
-    for (std::uint64_t escapes = escapes_in(block); escapes != 0; escapes &= escapes - 1) {
+    for (std::uint64_t escapes = escapes_in(block, bits_); escapes != 0; escapes &= escapes - 1) {
       const char* const escape = block + std::countr_zero(escapes);
       const unsigned value = value_of(escape[1], escape[2]);
       if (!is_byte(value)) {
         return false;
       }
-      to = append(to, plain, escape);
-      *to++ = static_cast<char>(value);
-      plain = escape + 3;
+      const auto byte = static_cast<unsigned char>(value);
+      interrupted_ |= state_ * static_cast<std::uint64_t>(escape != plain_);
+      state_ = utf8::step(state_, byte);
+      to_ = append(to_, plain_, escape);
+      *to_++ = static_cast<char>(byte);
+      plain_ = escape + 3;
     }
     return true;
   }
+
+  /// Copies what is plain up to `block`, behind the last one that was decoded, and answers where
+  /// the rest of the text begins.
+  const char* finish(const char* block) {
+    if (plain_ < block) {
+      to_ = append(to_, plain_, block);
+      plain_ = block;
+    }
+    return plain_;
+  }
+  [[nodiscard]] char* end() const { return to_; }
+  /// Whether all that was decoded is surely UTF-8.
+  [[nodiscard]] bool is_utf8() const {
+    return utf8::is_boundary(state_ | interrupted_) && (bits_ & 0x80 * kEachByte) == 0;
+  }
+
+ private:
+  char* to_;
+  const char* plain_;  // what follows is not copied yet
+  std::uint64_t bits_ = 0;
+  std::uint64_t state_ = utf8::kBoundary;  // of what the escapes stand for
+  std::uint64_t interrupted_ = 0;          // the states that something plain stood behind
 };
 
 /// Where the result in `to` ends; null when an escape is malformed.
-char* decode(std::string_view text, char* to) {
+char* decode_simply(std::string_view text, char* to) {
+  while (!text.empty()) {
+    char c = text.front();
+    text.remove_prefix(1);
+    if (c == '%') {
+      const unsigned value = text.size() < 2 ? kNoDigit : value_of(text[0], text[1]);
+      if (!is_byte(value)) {
+        return nullptr;
+      }
+      c = static_cast<char>(value);
+      text.remove_prefix(2);
+    }
+    *to++ = c;
+  }
+  return to;
+}
+
+/// The result, and from where on it may not be UTF-8.
+struct Decoded {
+  std::string text;
+  std::size_t unchecked = 0;
+};
+
+std::optional<Decoded> decode(std::string_view text) {
+  Decoded result{std::string(text.size() + kPiece, '\0')};
+  char* const start = result.text.data();
   const char* const end = text.data() + text.size();
   const char* block = text.data();
-  Decoder decoder{to, block};
+  Decoder decoder(block, start);
   for (; end - block >= kBlock + kPiece; block += kBlock) {
     if (!decoder.decode_block(block)) {
-      return nullptr;
+      return std::nullopt;
     }
   }
-  if (decoder.plain < block) {
-    decoder.to = append(decoder.to, decoder.plain, block);
-    decoder.plain = block;
+  const char* const rest = decoder.finish(block);
+  if (decoder.is_utf8()) {
+    result.unchecked = static_cast<std::size_t>(decoder.end() - start);
   }
-  // The rest, with zeros behind it: they are no digits, so an escape that is cut off is malformed.
-  std::array<char, 2 * kBlock + kPiece> last{};
-  std::copy(block, end, last.begin());
-  const char* const last_end = last.data() + (end - block);
-  decoder.plain = last.data() + (decoder.plain - block);
-  for (const char* rest = last.data(); rest < last_end; rest += kBlock) {
-    if (!decoder.decode_block(rest)) {
-      return nullptr;
-    }
+  const char* const last =
+      decode_simply({rest, static_cast<std::size_t>(end - rest)}, decoder.end());
+  if (last == nullptr) {
+    return std::nullopt;
   }
-  return append(decoder.to, decoder.plain, last_end);
+  result.text.resize(static_cast<std::size_t>(last - start));
+  return result;
+}
+
+std::optional<Decoded> decode(std::string_view text, PlusSign plus) {
+  if (plus == PlusSign::kSpace && text.find('+') != std::string_view::npos) {
+    std::string with_spaces(text);
+    std::replace(with_spaces.begin(), with_spaces.end(), '+', ' ');
+    return decode(with_spaces);
+  }
+  if (text.find('%') == std::string_view::npos) {
+    return Decoded{std::string(text)};
+  }
+  return decode(text);
 }
 
 }  // namespace
@@ -191,31 +259,16 @@ void percent_escape_append(std::string& out, char byte) {
 }
 
 std::optional<std::string> percent_decode_bytes(std::string_view text, PlusSign plus) {
-  if (text.find('%') == std::string_view::npos &&
-      (plus == PlusSign::kItself || text.find('+') == std::string_view::npos)) {
-    return std::string(text);
-  }
-  std::string with_spaces;
-  if (plus == PlusSign::kSpace && text.find('+') != std::string_view::npos) {
-    with_spaces = text;
-    std::replace(with_spaces.begin(), with_spaces.end(), '+', ' ');
-    text = with_spaces;
-  }
-  std::string out(text.size() + kPiece, '\0');
-  const char* const end = decode(text, out.data());
-  if (end == nullptr) {
-    return std::nullopt;
-  }
-  out.resize(static_cast<std::size_t>(end - out.data()));
-  return out;
+  auto decoded = decode(text, plus);
+  return decoded ? std::optional(std::move(decoded->text)) : std::nullopt;
 }
 
 std::optional<std::string> percent_decode(std::string_view text, PlusSign plus) {
-  auto bytes = percent_decode_bytes(text, plus);
-  if (bytes && !is_utf8(*bytes)) {
+  auto decoded = decode(text, plus);
+  if (!decoded || !is_utf8(std::string_view(decoded->text).substr(decoded->unchecked))) {
     return std::nullopt;
   }
-  return bytes;
+  return std::move(decoded->text);
 }
 
 }  // namespace quoll::foundation

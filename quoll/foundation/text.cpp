@@ -7,6 +7,7 @@
 
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/percent.h"
+#include "quoll/foundation/utf8_state.h"
 
 namespace quoll::foundation {
 
@@ -14,86 +15,6 @@ namespace {
 
 unsigned byte_at(std::string_view text, std::size_t position) {
   return static_cast<unsigned char>(text[position]);
-}
-
-/// What may come next in a text. Each state is the number of bits by which a row of the table below
-/// is shifted to find the state after it.
-enum State : std::uint64_t {
-  kBoundary = 0,    // between two characters
-  kBroken = 6,      // never left again
-  kOneMore = 12,    // one more continuation
-  kTwoMore = 18,    // two more
-  kThreeMore = 24,  // three more
-  kAfterE0 = 30,    // two more, the first not overlong
-  kAfterED = 36,    // two more, the first no surrogate
-  kAfterF0 = 42,    // three more, the first not overlong
-  kAfterF4 = 48,    // three more, the first not above U+10FFFF
-};
-
-constexpr State after_lead(unsigned byte) {
-  if (byte < 0x80) {
-    return kBoundary;
-  }
-  if (byte >= 0xC2 && byte <= 0xDF) {
-    return kOneMore;
-  }
-  if (byte >= 0xE0 && byte <= 0xEF) {
-    return byte == 0xE0 ? kAfterE0 : byte == 0xED ? kAfterED : kTwoMore;
-  }
-  if (byte >= 0xF0 && byte <= 0xF4) {
-    return byte == 0xF0 ? kAfterF0 : byte == 0xF4 ? kAfterF4 : kThreeMore;
-  }
-  return kBroken;
-}
-
-constexpr State after(State state, unsigned byte) {
-  struct Step {
-    State state;
-    unsigned low;
-    unsigned high;
-    State next;
-  };
-  constexpr Step kSteps[] = {
-      {kOneMore, 0x80, 0xBF, kBoundary},  {kTwoMore, 0x80, 0xBF, kOneMore},
-      {kThreeMore, 0x80, 0xBF, kTwoMore}, {kAfterE0, 0xA0, 0xBF, kOneMore},
-      {kAfterED, 0x80, 0x9F, kOneMore},   {kAfterF0, 0x90, 0xBF, kTwoMore},
-      {kAfterF4, 0x80, 0x8F, kTwoMore},
-  };
-  if (state == kBoundary) {
-    return after_lead(byte);
-  }
-  for (const Step& step : kSteps) {
-    if (step.state == state && byte >= step.low && byte <= step.high) {
-      return step.next;
-    }
-  }
-  return kBroken;
-}
-
-/// For each byte, the state that follows each state, six bits a state: a step is one load, which
-/// does not wait for the state, and one shift.
-constexpr std::array<std::uint64_t, 256> make_steps() {
-  std::array<std::uint64_t, 256> rows{};
-  for (unsigned byte = 0; byte < 256; ++byte) {
-    for (const State state : {kBoundary, kBroken, kOneMore, kTwoMore, kThreeMore, kAfterE0,
-                              kAfterED, kAfterF0, kAfterF4}) {
-      rows[byte] |= static_cast<std::uint64_t>(after(state, byte)) << state;
-    }
-  }
-  return rows;
-}
-
-constexpr std::array<std::uint64_t, 256> kSteps = make_steps();
-
-std::uint64_t step(std::uint64_t state, std::string_view text, std::size_t position) {
-  return kSteps[byte_at(text, position)] >> (state & 63U);
-}
-
-bool is_boundary(std::uint64_t state) {
-  return (state & 63U) == kBoundary;
-}
-bool is_broken(std::uint64_t state) {
-  return (state & 63U) == kBroken;
 }
 
 constexpr std::size_t kWord = sizeof(std::uint64_t);
@@ -125,11 +46,11 @@ std::size_t ascii_words_end(std::string_view text, std::size_t position) {
 /// The position after the last whole character before the first byte, at or after `position`, that
 /// belongs to none.
 std::size_t valid_until(std::string_view text, std::size_t position) {
-  std::uint64_t state = kBoundary;
+  std::uint64_t state = utf8::kBoundary;
   std::size_t valid = position;
-  for (; position < text.size() && !is_broken(state); ++position) {
-    state = step(state, text, position);
-    valid = is_boundary(state) ? position + 1 : valid;
+  for (; position < text.size() && !utf8::is_broken(state); ++position) {
+    state = utf8::step(state, static_cast<unsigned char>(text[position]));
+    valid = utf8::is_boundary(state) ? position + 1 : valid;
   }
   return valid;
 }
@@ -211,21 +132,21 @@ std::string_view trim(std::string_view text) {
 }
 
 bool is_utf8(std::string_view bytes) {
-  std::uint64_t state = kBoundary;
+  std::uint64_t state = utf8::kBoundary;
   std::size_t position = 0;
   while (bytes.size() - position >= kWord) {
-    if (is_boundary(state)) {
+    if (utf8::is_boundary(state)) {
       position = ascii_words_end(bytes, position);
     }
     const std::size_t end = std::min(position + kWord, bytes.size());
     for (; position < end; ++position) {
-      state = step(state, bytes, position);
+      state = utf8::step(state, static_cast<unsigned char>(bytes[position]));
     }
   }
   for (; position < bytes.size(); ++position) {
-    state = step(state, bytes, position);
+    state = utf8::step(state, static_cast<unsigned char>(bytes[position]));
   }
-  return is_boundary(state);
+  return utf8::is_boundary(state);
 }
 
 std::string utf8_with_escapes(std::string_view bytes) {

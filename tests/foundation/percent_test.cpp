@@ -71,6 +71,50 @@ TEST(PercentDecode, RefusesWhatIsNotUtf8) {
   EXPECT_EQ(percent_decode_bytes("%FF"), "\xFF") << "bytes are bytes";
 }
 
+TEST(PercentDecode, TellsUtf8AtEveryPlaceOfALongText) {
+  constexpr struct {
+    const char* text;
+    bool utf8;
+    const char* reason;
+  } rows[] = {
+      {"%C3%A9", true, "one character"},
+      {"%C3-%A9", false, "something plain inside a character"},
+      {"%C3\xA9", true, "half of a character escaped"},
+      {"\xC3%A9", true, "the other half escaped"},
+      {"\xC3\xA9%20", true, "a character that is not escaped"},
+      {"\xA9%20", false, "a continuation alone, not escaped"},
+      {"%A9", false, "a continuation alone"},
+      {"%C3%20", false, "cut off by an escape"},
+      {"%F0%9F%98%80", true, "four bytes"},
+      {"%F0%9F%98-", false, "three of four"},
+      {"%ED%A0%80", false, "a surrogate"},
+  };
+  for (const auto& row : rows) {
+    for (std::size_t before = 0; before < 200; ++before) {
+      for (const std::size_t behind : {0U, 1U, 90U, 200U}) {
+        const std::string text = std::string(before, 'a') + row.text + std::string(behind, 'b');
+        const auto bytes = percent_decode_bytes(text);
+        const auto decoded = percent_decode(text);
+        ASSERT_TRUE(bytes);
+        ASSERT_EQ(decoded.has_value(), row.utf8) << row.reason << ' ' << before << ' ' << behind;
+        ASSERT_TRUE(!decoded || decoded == bytes) << row.reason;
+      }
+    }
+  }
+}
+
+TEST(PercentEncode, GoesOnInLongTexts) {
+  for (std::size_t length = 1000; length < 4200; length += 7) {
+    std::string text;
+    std::string encoded;
+    while (text.size() < length) {
+      text += text.size() % 3 == 0 ? " " : "a";
+      encoded += text.back() == ' ' ? "%20" : "a";
+    }
+    ASSERT_EQ(percent_encode(text), encoded) << length;
+  }
+}
+
 TEST(PercentCodec, DecodesWhatItEncodes) {
   std::mt19937 random(20240307);
   for (int round = 0; round < 200; ++round) {
