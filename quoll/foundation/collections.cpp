@@ -10,25 +10,21 @@ namespace quoll::foundation {
 
 namespace {
 
-/// Values of containers that are being released on this thread, in the order of release. The first
-/// container to arrive empties the queue; those that it frees only add to it.
-struct Release {
-  std::vector<Value> waiting;
-  bool running = false;
-};
-
+/// Releases values one after the other. The first container of this thread to arrive empties the
+/// queue, which is its own; those that it frees only add to it. (A pointer, because containers with
+/// static storage are released when this thread's other objects are gone.)
 void release(std::vector<Value> values) {
-  thread_local Release release;
-  std::move(values.begin(), values.end(), std::back_inserter(release.waiting));
-  if (release.running) {
+  thread_local std::vector<Value>* queue = nullptr;
+  if (queue != nullptr) {
+    std::move(values.begin(), values.end(), std::back_inserter(*queue));
     return;
   }
-  release.running = true;
-  while (!release.waiting.empty()) {
-    const Value last = std::move(release.waiting.back());
-    release.waiting.pop_back();
+  queue = &values;
+  while (!values.empty()) {
+    const Value last = std::move(values.back());
+    values.pop_back();
   }
-  release.running = false;
+  queue = nullptr;
 }
 
 void refuse_null(const Value& value, std::string_view key) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "quoll/foundation/exception.h"
 
 namespace quoll::foundation {
@@ -95,6 +97,15 @@ TEST(Collections, AreReleasedAtAnyDepth) {
   const std::weak_ptr<Dictionary> outermost = nested.as_dictionary();
   nested = nullptr;
   EXPECT_TRUE(outermost.expired());
+}
+
+TEST(Collections, WithStaticStorageAreReleasedAtTheEndOfAProgram) {
+  const auto end = [] {
+    static const Value kept = std::make_shared<List>(std::vector<Value>{std::make_shared<List>()});
+    { const Value first = std::make_shared<List>(std::vector<Value>{kept}); }
+    std::exit(0);
+  };
+  EXPECT_EXIT(end(), testing::ExitedWithCode(0), "^$") << "after the objects of the main thread";
 }
 
 }  // namespace
