@@ -12,7 +12,7 @@ namespace quoll::foundation {
 /// How many values a document may hold, each counted as often as somebody who walks over it meets
 /// it. A key is not counted, but for every 64 bytes that it has in a binary document, where many
 /// dictionaries may share one.
-inline constexpr std::size_t kPropertyListValues = 2'000'000;
+inline constexpr std::size_t kPropertyListValues = 4'000'000;
 
 /// How deep lists and dictionaries may lie in one another; the root is at depth 1.
 inline constexpr std::size_t kPropertyListDepth = 256;

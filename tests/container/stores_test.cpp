@@ -1,4 +1,5 @@
-#include <algorithm>
+#include <sys/stat.h>
+
 #include <fstream>
 #include <thread>
 
@@ -45,6 +46,8 @@ class Redirecting final : public platform::NSFileCoordinator {
     std::string path;
     bool runs = true;
     std::optional<Error> error = {};
+    /// Whatever is there goes as soon as the access ends.
+    bool vanishes = false;
     std::string asked = {};
     unsigned options = 0;
   };
@@ -58,6 +61,9 @@ class Redirecting final : public platform::NSFileCoordinator {
     script_->options = options;
     if (script_->runs) {
       accessor(platform::fileURLWithPath(script_->path));
+    }
+    if (script_->vanishes) {
+      std::filesystem::remove_all(script_->path);
     }
     error = script_->error;
   }
@@ -152,7 +158,88 @@ TEST_F(Stores, AFolderThatCannotBeMadeEndsTheReading) {
   const platform::ScopedDesktop other(redirected(*platform::current_desktop(), script));
   files->fail(FailingFiles::Operation::kCreateDirectory, 1, kFull);
   EXPECT_TRUE(AddressesAndGroups()->objectForKey("addresses").as_list()->empty());
+  EXPECT_EQ(files->calls(FailingFiles::Operation::kRead), 0) << "the accessor is left at once";
   EXPECT_EQ(log->lines(), std::vector{std::string("AddressesAndGroups ") + kFullText});
+}
+
+TEST_F(Stores, NothingIsReadOutsideTheAccess) {
+  const auto script = std::make_shared<Redirecting::Script>();
+  script->vanishes = true;
+  const platform::ScopedDesktop other(redirected(*platform::current_desktop(), script));
+  script->path = folder.write("accounts", kAccounts);
+  EXPECT_EQ(Accounts()->count(), 2U);
+  script->path = folder.path("contacts");
+  std::filesystem::create_directories(script->path);
+  folder.write("contacts/Addresses.plist", kAddresses);
+  EXPECT_EQ(AddressesAndGroups()->objectForKey("addresses").as_list()->count(), 1U);
+}
+
+TEST_F(Stores, WhatIsNoFileIsReadAsNothing) {
+  struct Row {
+    const char* reason;
+    void (*make)(const std::string& path);
+  };
+  const Row rows[] = {
+      {"a folder", [](const std::string& path) { std::filesystem::create_directory(path); }},
+      {"a link to itself",
+       [](const std::string& path) { std::filesystem::create_symlink(path, path); }},
+      {"a link to nothing",
+       [](const std::string& path) { std::filesystem::create_symlink(path + ".gone", path); }},
+      {"a link to a folder",
+       [](const std::string& path) { std::filesystem::create_symlink("/", path); }},
+      {"a link to what never ends",
+       [](const std::string& path) { std::filesystem::create_symlink("/dev/zero", path); }},
+      {"a pipe that nobody writes",
+       [](const std::string& path) { EXPECT_EQ(::mkfifo(path.c_str(), 0600), 0); }},
+  };
+  std::filesystem::create_directories(shared_data() + "/Contacts");
+  for (const Row& row : rows) {
+    for (const char* name : {"/Accounts.plist", "/Contacts/Addresses.plist"}) {
+      std::filesystem::remove(shared_data() + name);
+      row.make(shared_data() + name);
+    }
+    EXPECT_TRUE(Accounts()->empty()) << row.reason;
+    EXPECT_TRUE(AddressesAndGroups()->objectForKey("addresses").as_list()->empty()) << row.reason;
+  }
+  EXPECT_TRUE(log->lines().empty());
+}
+
+TEST_F(Stores, AFileThatMayNotBeReadIsReadAsNothing) {
+  const Error denied{"D", foundation::NSFileReadNoPermissionError, "denied", {}};
+  write("Accounts.plist", kAccounts);
+  write("Contacts/Addresses.plist", kAddresses);
+  files->fail(FailingFiles::Operation::kRead, 1, denied);
+  EXPECT_TRUE(Accounts()->empty());
+  files->fail(FailingFiles::Operation::kRead, 1, denied);
+  EXPECT_TRUE(AddressesAndGroups()->objectForKey("addresses").as_list()->empty());
+  EXPECT_TRUE(log->lines().empty());
+  files->fail(FailingFiles::Operation::kRead, 2, denied);
+  EXPECT_EQ(AddressesAndGroups()->objectForKey("addresses").as_list()->count(), 1U)
+      << "the groups do not matter";
+}
+
+TEST_F(Stores, LinksAreFollowed) {
+  write("elsewhere/Addresses.plist", kAddresses);
+  write("elsewhere/accounts", kAccounts);
+  std::filesystem::create_symlink("elsewhere/accounts", shared_data() + "/Accounts.plist");
+  std::filesystem::create_symlink("elsewhere", shared_data() + "/Contacts");
+  EXPECT_EQ(Accounts()->count(), 2U);
+  EXPECT_EQ(AddressesAndGroups()->objectForKey("addresses").as_list()->count(), 1U);
+}
+
+TEST_F(Stores, ALinkToNothingIsNoContactsFolderAndIsInTheWay) {
+  std::filesystem::create_directories(shared_data());
+  for (const char* target : {"Contacts", "gone"}) {
+    std::filesystem::create_symlink(target, shared_data() + "/Contacts");
+    EXPECT_TRUE(AddressesAndGroups()->objectForKey("addresses").as_list()->empty());
+    EXPECT_TRUE(std::filesystem::is_symlink(shared_data() + "/Contacts")) << "it is left alone";
+    std::filesystem::remove(shared_data() + "/Contacts");
+  }
+  ASSERT_EQ(log->lines().size(), 2U);
+  for (const std::string& line : log->lines()) {
+    EXPECT_TRUE(line.starts_with("AddressesAndGroups Error Domain=NSCocoaErrorDomain Code=516 "))
+        << line;
+  }
 }
 
 TEST_F(Stores, TheGroupsAreReadAndNotUsed) {
@@ -184,6 +271,21 @@ TEST_F(Stores, WithoutAContainerEachLogsOneLine) {
   ASSERT_EQ(log->lines().size(), 2U);
   EXPECT_TRUE(log->lines()[0].starts_with("NSFileCoordinator Accounts Error Domain="));
   EXPECT_TRUE(log->lines()[1].starts_with("NSFileCoordinator AddressesAndGroups Error Domain="));
+}
+
+TEST_F(Stores, AMillionAccountsAreRead) {
+  constexpr std::size_t kAccountCount = 1'000'000;
+  std::string accounts = "(";
+  for (std::size_t i = 0; i < kAccountCount; ++i) {
+    accounts += "{mail=a;},";
+  }
+  write("Accounts.plist", accounts + ")");
+  const auto read = Accounts();
+  ASSERT_EQ(read->count(), kAccountCount);
+  EXPECT_EQ(
+      foundation::text_of(read->objectAtIndex(kAccountCount - 1).as<ExtensionAccount>()->mail()),
+      "a");
+  EXPECT_TRUE(log->lines().empty());
 }
 
 TEST_F(Stores, ManyThreadsMayRead) {
