@@ -2,6 +2,7 @@
 
 #include <unicode/localebuilder.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 

@@ -5,8 +5,9 @@
 namespace quoll::icu {
 
 /// What clocks on the wall show: UTC and an offset from it, fixed or as the C library's time zone
-/// has it (`TZ`, else /etc/localtime) at the moment in question. Times are seconds since 1970. It
-/// never changes.
+/// has it (`TZ`, else /etc/localtime) at the moment in question. Times are seconds since 1970. Any
+/// thread may ask. The time zone is the whole process's: one clock that is made after `TZ` was
+/// changed changes it for all that have no offset.
 class WallClock {
  public:
   /// `TZ` is read again when no offset is given.

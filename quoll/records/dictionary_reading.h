@@ -43,7 +43,7 @@ void fill(Record& record, const foundation::Value& dictionary, const Fields& fie
   }
 }
 
-/// Makes a record and runs `reading` on it. A platform exception is logged as
+/// Runs `reading` on a new record and answers that record. A platform exception is logged as
 /// "CLASS initWithDictonary %@" and ends the reading; the record is answered as far as it was
 /// filled. Whatever else is thrown passes through.
 template <typename Record, typename Reading>

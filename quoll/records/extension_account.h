@@ -9,13 +9,14 @@
 #include "quoll/foundation/object.h"
 #include "quoll/foundation/property.h"
 #include "quoll/foundation/value.h"
+#include "quoll/records/addressable.h"
 
 namespace quoll {
 
 /// `ExtensionAccount`: one mail account of the mail application. A plain value holder; each field
 /// is atomic by itself. Fields that come from dictionaries hold whatever stood there; absent is
 /// null.
-class ExtensionAccount final : public foundation::Object {
+class ExtensionAccount final : public foundation::Object, public Addressable {
  public:
   foundation::Property<foundation::Value> mail;
   foundation::Property<foundation::Value> name;
@@ -33,6 +34,7 @@ class ExtensionAccount final : public foundation::Object {
   [[nodiscard]] static std::shared_ptr<ExtensionAccount> initWithDictonary(
       const foundation::Value& dictionary);
 
+  [[nodiscard]] foundation::Value address() const override { return mail(); }
   [[nodiscard]] std::string_view class_name() const override { return "ExtensionAccount"; }
   /// "ExtensionAccount %@" with `mail`.
   [[nodiscard]] std::string description() const override;

@@ -7,12 +7,13 @@
 #include "quoll/foundation/object.h"
 #include "quoll/foundation/property.h"
 #include "quoll/foundation/value.h"
+#include "quoll/records/addressable.h"
 
 namespace quoll {
 
 /// `ExtensionAlias`: one further sender identity of a mail account. A plain value holder; each
 /// field is atomic by itself and holds whatever stood in the dictionary; absent is null.
-class ExtensionAlias final : public foundation::Object {
+class ExtensionAlias final : public foundation::Object, public Addressable {
  public:
   foundation::Property<foundation::Value> mail;
   foundation::Property<foundation::Value> name;
@@ -26,6 +27,7 @@ class ExtensionAlias final : public foundation::Object {
   [[nodiscard]] static std::shared_ptr<ExtensionAlias> initWithDictonary(
       const foundation::Value& dictionary);
 
+  [[nodiscard]] foundation::Value address() const override { return mail(); }
   [[nodiscard]] std::string_view class_name() const override { return "ExtensionAlias"; }
   /// "ExtensionAlias %@" with `mail`.
   [[nodiscard]] std::string description() const override;

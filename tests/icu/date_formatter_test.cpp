@@ -34,8 +34,8 @@ class DateFormatterTest : public ::testing::Test {
   }
 
   std::shared_ptr<test::RecordingLog> log = std::make_shared<test::RecordingLog>();
-  platform::ScopedDesktop desktop{
-      {.log = log, .clock = std::make_shared<test::HeldClock>(), .dates = icu::make_dates()}};
+  std::shared_ptr<test::HeldClock> clock = std::make_shared<test::HeldClock>();
+  platform::ScopedDesktop desktop{{.log = log, .clock = clock, .dates = icu::make_dates()}};
 };
 
 TEST_F(DateFormatterTest, WritesInTheUsersLocaleCalendarAndDigits) {
@@ -123,6 +123,49 @@ TEST_F(DateFormatterTest, TakesTheTimeZoneOfTheCLibrary) {
   }
 }
 
+TEST_F(DateFormatterTest, TodayIsTheDayOfTheUsersTimeZone) {
+  struct Row {
+    const char* reason;
+    const char* zone;
+    double present;
+    double date;
+    const char* shown;
+  };
+  const Row rows[] = {
+      {"the first moment of a day of 23 hours", "Europe/Berlin", 1711922399, 1711839600, "00:00"},
+      {"the moment before it", "Europe/Berlin", 1711922399, 1711839599.5, "30.03.24"},
+      {"the moment after it", "Europe/Berlin", 1711839600, 1711922400, "01.04.24"},
+      {"24 hours before, on a day of 25", "Europe/Berlin", 1730069999, 1729983599, "00:59"},
+      {"the last moment of the day before that", "Europe/Berlin", 1730069999, 1729979999,
+       "26.10.24"},
+      {"its last moment is of today", "Europe/Berlin", 1729980000, 1730069999, "23:59"},
+      {"the day after it", "Europe/Berlin", 1729980000, 1730070000, "28.10.24"},
+      {"a day that begins at one", "America/Havana", 1710046800, 1710046800, "01:00"},
+      {"the second before it is of yesterday", "America/Havana", 1710046800, 1710046799,
+       "09.03.24"},
+      {"the same on the other side of an ocean", "Africa/Cairo", 1714082400, 1714082399,
+       "25.04.24"},
+      {"half past midnight for the first time, now for the second", "America/Havana", 1730611800,
+       1730608200, "00:30"},
+      {"and the other way round", "America/Havana", 1730608200, 1730611800, "00:30"},
+      {"midnight that put the clocks back into the day before", "America/Sao_Paulo", 1518921000,
+       1518917400, "23:30"},
+      {"the day begins when they show it again", "America/Sao_Paulo", 1518922800, 1518921000,
+       "17.02.18"},
+      {"yesterday was two days ago", "Pacific/Apia", 1325239200, 1325239199, "29.12.11"},
+      {"tomorrow by UTC", "Pacific/Kiritimati", kMoment, kMoment - 900, "00:00"},
+      {"yesterday there", "Pacific/Kiritimati", kMoment, kMoment - 901, "07.03.24"},
+      {"a quarter of an hour off", "Asia/Kathmandu", 1709748900, 1709748900, "00:00"},
+      {"the second before it", "Asia/Kathmandu", 1709748900, 1709748899, "06.03.24"},
+  };
+  for (const Row& row : rows) {
+    clock->present = row.present;
+    EXPECT_EQ(formats({{"LC_ALL", "de_DE"}, {"TZ", row.zone}})->centralDate(Date{row.date}),
+              row.shown)
+        << row.reason;
+  }
+}
+
 TEST_F(DateFormatterTest, AgreesWithICUsOwnTimeZones) {
   for (const char* zone :
        {"Europe/Berlin", "America/New_York", "Asia/Kolkata", "Australia/Sydney"}) {
@@ -142,21 +185,23 @@ TEST_F(DateFormatterTest, AgreesWithICUsOwnTimeZones) {
   }
 }
 
-TEST_F(DateFormatterTest, EveryNumberIsWrittenSomehow) {
-  const auto dates = formats({{"LC_ALL", "de_DE"}, {"TZ", "Europe/Berlin"}});
+TEST_F(DateFormatterTest, EveryNumberIsWrittenSomehowInEveryCalendar) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  for (const double seconds : {std::numeric_limits<double>::max(), kInfinity, 3.4e38, 1e14, 1e15,
-                               std::numeric_limits<double>::lowest(), -kInfinity, -1e14, -1e15}) {
-    EXPECT_NE(dates->dateCentrale2()->stringFromDate({seconds}), "") << seconds;
-    EXPECT_NE(dates->IntDate(Date{seconds}), 0) << seconds;
+  for (const char* locale : {"de_DE", "th_TH", "fa_IR", "ar_SA"}) {
+    const auto dates = formats({{"LC_ALL", locale}, {"TZ", "Europe/Berlin"}});
+    for (const double seconds : {std::numeric_limits<double>::max(), kInfinity, 3.4e38, 1e14, 1e15,
+                                 std::numeric_limits<double>::lowest(), -kInfinity, -1e14, -1e15}) {
+      EXPECT_NE(dates->dateCentrale2()->stringFromDate({seconds}), "") << locale << seconds;
+      EXPECT_NE(dates->IntDate(Date{seconds}), 0) << locale << seconds;
+    }
+    EXPECT_NE(dates->IntDate(Date{9e13}), dates->IntDate(Date{1e14})) << locale;
+    EXPECT_NE(dates->IntDate(Date{-9e13}), dates->IntDate(Date{-1e14})) << locale;
+    EXPECT_EQ(dates->IntDate(Date{1e14}), dates->IntDate(Date{2e14})) << "nothing is farther away";
+    const Date no_date{std::nan("")};
+    EXPECT_EQ(dates->dateCentrale2()->stringFromDate(no_date), "") << locale;
+    EXPECT_EQ(dates->centralDate(no_date), "") << locale;
+    EXPECT_EQ(dates->IntDate(no_date), 0) << locale;
   }
-  EXPECT_NE(dates->IntDate(Date{9e13}), dates->IntDate(Date{1e14}));
-  EXPECT_NE(dates->IntDate(Date{-9e13}), dates->IntDate(Date{-1e14}));
-  EXPECT_EQ(dates->IntDate(Date{1e14}), dates->IntDate(Date{2e14})) << "nothing is farther away";
-  const Date no_date{std::nan("")};
-  EXPECT_EQ(dates->dateCentrale2()->stringFromDate(no_date), "");
-  EXPECT_EQ(dates->centralDate(no_date), "");
-  EXPECT_EQ(dates->IntDate(no_date), 0);
 }
 
 TEST_F(DateFormatterTest, ReadsBackWhatAPatternWrites) {

@@ -7,6 +7,7 @@
 #include "quoll/platform/desktop.h"
 #include "quoll/platform/images.h"
 #include "quoll/records/extension_date.h"
+#include "tests/support/every_kind.h"
 #include "tests/support/fixed_dates.h"
 #include "tests/support/recorders.h"
 
@@ -127,6 +128,62 @@ TEST_F(MessageImport, AnotherFailurePasses) {
   clock->present = 1e9;
   EXPECT_THROW(imported({{"date", 86400}}), OtherFailure);
   EXPECT_TRUE(log->lines().empty());
+}
+
+struct StoredKey {
+  const char* name;
+  ExtensionMessage::Text ExtensionMessage::*field;
+  Value when_absent;
+};
+
+const std::vector<StoredKey>& stored_keys() {
+  static const std::vector<StoredKey> keys{{"subject", &ExtensionMessage::subject, "Kein Betreff"},
+                                           {"messageId", &ExtensionMessage::messageId, ""},
+                                           {"from", &ExtensionMessage::from, ""},
+                                           {"account", &ExtensionMessage::account, ""},
+                                           {"folder", &ExtensionMessage::folderPath, ""},
+                                           {"folderStid", &ExtensionMessage::folderStandardId, 0},
+                                           {"isUnread", &ExtensionMessage::unread, 0}};
+  return keys;
+}
+
+TEST_F(MessageImport, EveryKindIsStoredAsItIs) {
+  clock->present = 1e9;
+  for (const StoredKey& key : stored_keys()) {
+    for (const test::Kind& kind : test::every_kind()) {
+      const auto message =
+          ExtensionMessage::initWithDictonary(test::dictionary_of({{key.name, kind.value}}));
+      for (const StoredKey& other : stored_keys()) {
+        const bool given = other.field == key.field && !kind.value.is_null();
+        const Value& expected = given ? kind.value : other.when_absent;
+        const Value stored = ((*message).*other.field)();
+        EXPECT_TRUE(stored == expected && stored.kind() == expected.kind())
+            << key.name << ": " << kind.reason << ": " << other.name;
+      }
+      EXPECT_EQ(message->dateString(), Value("1/1/70")) << "and the reading goes on";
+    }
+  }
+  EXPECT_TRUE(log->lines().empty());
+}
+
+TEST_F(MessageImport, EveryKindOfDateAndPicture) {
+  clock->present = 1e9;
+  for (const test::Kind& date : test::every_kind()) {
+    for (const test::Kind& avatar : test::every_kind()) {
+      const std::size_t lines_before = log->lines().size();
+      const auto message = ExtensionMessage::initWithDictonary(
+          test::dictionary_of({{"isUnread", 1}, {"date", date.value}, {"avatar", avatar.value}}));
+      const std::string reason = std::string(date.reason) + "; " + avatar.reason;
+      EXPECT_EQ(message->unread(), Value(1)) << reason;
+      const Value moment = date.real ? Value(Date{*date.real}) : Value();
+      EXPECT_EQ(message->date(), moment) << reason;
+      EXPECT_EQ(message->dateString().is_null(), moment.is_null()) << reason;
+      const bool raises = !date.real || (avatar.value.text() == nullptr && !avatar.value.is_null());
+      EXPECT_EQ(log->lines().size() - lines_before, raises ? 1U : 0U) << reason;
+      const bool is_picture = avatar.value == Value("YWJj");
+      EXPECT_EQ(!message->image().is_null(), date.real && is_picture) << reason;
+    }
+  }
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "tests/support/fixed_dates.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -14,11 +15,17 @@ namespace {
 using foundation::Date;
 using platform::DateFormatterSettings;
 
+/// Whole seconds, as far as the years of the C++ library go.
+std::int64_t whole_seconds(Date date) {
+  constexpr double kFarthest = 9e11;
+  return static_cast<std::int64_t>(
+      std::floor(std::clamp(date.seconds_since_1970, -kFarthest, kFarthest)));
+}
+
 /// A moment as the clocks of an offset show it.
 struct Shown {
   Shown(Date date, int offset)
-      : seconds(std::chrono::seconds(
-            static_cast<std::int64_t>(std::floor(date.seconds_since_1970)) + offset)),
+      : seconds(std::chrono::seconds(whole_seconds(date) + offset)),
         days(std::chrono::floor<std::chrono::days>(seconds)),
         day(days),
         time(seconds - days) {}
