@@ -53,7 +53,9 @@ void resolve(std::string_view text, std::string_view base_text) {
 
 void edit(std::string_view text, std::string_view other) {
   try {
-    require(Utils::stringByDeletingURLFragment(text).find('#') == std::string::npos);
+    const std::string whole = Utils::stringByDeletingURLFragment(text);
+    require(whole.find('#') == std::string::npos);
+    require(Utils::stringByAppendingURLFragment(whole, Utils::URLFragment(text)) == text);
     static_cast<void>(Utils::stringByAppendingURLPathComponent(text, other));
     static_cast<void>(Utils::stringByDeletingLastURLPathComponent(text));
     static_cast<void>(Utils::stringByAppendingURLPathExtension(text, other));

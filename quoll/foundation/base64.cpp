@@ -175,7 +175,7 @@ std::optional<Bytes> base64_decode_ignoring_unknown(std::string_view text) {
   auto [bytes, count] = decode_into<Bytes>(text.substr(0, end));
   const auto padding = static_cast<std::size_t>(std::count(rest.begin(), rest.end(), '='));
   const bool digit_after = std::any_of(rest.begin(), rest.end(), is_digit);
-  if (digit_after || count % 4 == 1 || (count + padding) % 4 != 0 || padding > 2) {
+  if (digit_after || (count + padding) % 4 != 0 || padding > 2) {
     return std::nullopt;
   }
   return std::move(bytes);

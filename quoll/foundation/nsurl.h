@@ -42,6 +42,7 @@ class NSURL final : public Object {
   [[nodiscard]] std::optional<std::string> scheme() const;
   /// Decoded; the address of an IPv6 host comes without its brackets.
   [[nodiscard]] std::optional<std::string> host() const;
+  /// A number, saturated; none when what stands there is anything but digits.
   [[nodiscard]] std::optional<std::int64_t> port() const;
   /// Decoded.
   [[nodiscard]] std::optional<std::string> user() const;

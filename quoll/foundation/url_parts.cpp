@@ -43,16 +43,17 @@ void split_authority(std::string_view authority, UrlParts& out) {
     out.user = user;
     authority.remove_prefix(at + 1);
   }
+  std::string_view host = authority;
   const std::size_t bracket = authority.starts_with('[') ? authority.find(']') : std::string::npos;
   if (bracket != std::string_view::npos) {
-    out.host = authority.substr(1, bracket - 1);
+    host = authority.substr(1, bracket - 1);
     authority.remove_prefix(bracket + 1);
     out.port = cut_after(authority, ':');
-    return;
+  } else {
+    out.port = cut_after(host, ':');
   }
-  out.port = cut_after(authority, ':');
-  if (!authority.empty()) {
-    out.host = authority;
+  if (!host.empty()) {
+    out.host = host;
   }
 }
 

@@ -35,7 +35,7 @@ void NSMutableURLRequest::addValue(std::string_view value, std::string_view forH
   if (found == headers_.end()) {
     headers_.emplace(forHTTPHeaderField, value);
   } else {
-    found->second.append(",").append(value);
+    found->second += "," + std::string(value);  // it may be a piece of what is there
   }
 }
 

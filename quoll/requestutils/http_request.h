@@ -13,9 +13,11 @@
 /// HTTP requests with parameters in the query of their URL or in a form body, and basic
 /// authentication. Header values are always added: what is set twice stands twice in its field.
 ///
-/// An operation changes nothing but the request that it is given. Those that compose parameters
-/// raise `NSInvalidArgumentException` when one is neither a text nor a list of texts; those that
-/// parse, when one does not decode.
+/// An operation changes nothing but the request that it is given, and not that one when it raises:
+/// `NSInvalidArgumentException` where a parameter to compose is neither a text nor a list of texts,
+/// or one to parse does not decode; `NSRangeException` where the URL's text or the body is searched
+/// for a query and has a "?" only behind a "#". What is added is merged as
+/// `stringByMergingURLQuery` does it, and raises as that does.
 namespace quoll::RequestUtils {
 
 /// `HTTPRequestWithURL:method:parameters:`: the method is upper-cased; the parameters of a GET

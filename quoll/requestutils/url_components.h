@@ -34,13 +34,14 @@ extern const std::string_view URLFragmentComponent;         ///< "fragment"
 [[nodiscard]] std::shared_ptr<foundation::Dictionary> components(const foundation::NSURL& url);
 
 /// `URLWithValue:forComponent:`: a null value removes the component. Since accessors decode and
-/// building does not encode, a URL with escapes in its user, host or path may give null.
+/// building does not encode, a URL with escapes in its user, host or path may give null. An unknown
+/// component is ignored. Raises as `URLWithComponents` does.
 [[nodiscard]] std::shared_ptr<foundation::NSURL> URLWithValue(const foundation::NSURL& url,
                                                               const foundation::Value& value,
                                                               std::string_view forComponent);
 
 /// `URLWithScheme:`: the scheme alone is replaced; without one, the new one stands right before the
-/// text.
+/// text. Null when that is no URL.
 [[nodiscard]] std::shared_ptr<foundation::NSURL> URLWithScheme(const foundation::NSURL& url,
                                                                std::string_view scheme);
 

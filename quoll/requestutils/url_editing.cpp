@@ -1,7 +1,7 @@
 #include "quoll/requestutils/url_editing.h"
 
-#include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "quoll/foundation/path.h"
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
+
 namespace quoll::foundation {
 namespace {
 
@@ -25,6 +27,19 @@ TEST(URLWithString, RefusesEveryOtherCharacter) {
                          (c >= '0' && c <= '9') ||
                          std::string_view("-_.!~*'();/?:@&=+$,[]#").find(c) != std::string::npos;
     EXPECT_EQ(NSURL::URLWithString("a" + std::string(1, c) + "b") != nullptr, allowed) << byte;
+  }
+}
+
+TEST(URLWithString, LooksAtEveryPlace) {
+  const std::regex url_text(
+      R"(([-\w.!~*'();/?:@&=+$,[\]]|%[0-9A-Fa-f]{2})*(#([-\w.!~*'();/?:@&=+$,[\]]|%[0-9A-Fa-f]{2})*)?)");
+  for (const std::string seed : {"http://u:p@h:8/%4b;x?q=1#f", "a/%C3%a9"}) {
+    for (int byte = 0; byte < 256; ++byte) {
+      for (std::size_t place = 0; place <= seed.size(); ++place) {
+        const std::string text = std::string(seed).insert(place, 1, static_cast<char>(byte));
+        EXPECT_EQ(NSURL::URLWithString(text) != nullptr, std::regex_match(text, url_text)) << text;
+      }
+    }
   }
 }
 
@@ -176,6 +191,7 @@ TEST(URLComponents, AreTakenFromTheText) {
        {},
        {},
        80},
+      {"nothing in brackets is no host", "http://[]:8", "http", {}, {}, {}, {}, {}, {}, {}, 8},
       {"an empty authority has no host", "http:///p", "http", {}, {}, {}, "/p", {}, {}, {}, {}},
       {"a colon in front", ":a", {}, {}, {}, {}, ":a", {}, {}, {}, {}},
   };

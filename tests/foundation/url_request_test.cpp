@@ -39,6 +39,14 @@ TEST(UrlRequest, JoinsValuesOfOneFieldWhateverItsCase) {
   EXPECT_EQ(request->valueForHTTPHeaderField("X"), nullptr);
 }
 
+TEST(UrlRequest, TakesAFieldsOwnValue) {
+  const auto request = NSMutableURLRequest::requestWithURL(nullptr);
+  const std::string value(1000, 'v');
+  request->addValue(value, "X");
+  request->addValue(*request->valueForHTTPHeaderField("X"), "X");
+  EXPECT_EQ(*request->valueForHTTPHeaderField("X"), value + "," + value);
+}
+
 TEST(UrlRequest, FoldsLettersOnly) {
   const struct {
     std::string_view a;

@@ -74,6 +74,51 @@ TEST_F(QuollctlTest, RefusesWhatIsNoCommandUrl) {
   }
 }
 
+TEST_F(QuollctlTest, TakesAUrlApart) {
+  const std::string text = "http://u:p@h:8080/a/b;x?q=1&q=2&z&k%0A=%1B#f";
+  const Ended shown = quollctl({"url", text});
+  EXPECT_EQ(shown.status, 0) << shown.errors;
+  EXPECT_EQ(shown.output,
+            "scheme:          http\n"
+            "host:            h\n"
+            "port:            8080\n"
+            "user:            u\n"
+            "password:        p\n"
+            "path:            /a/b\n"
+            "parameterString: x\n"
+            "query:           q=1&q=2&z&k%0A=%1B\n"
+            "fragment:        f\n"
+            "  q:             [\"1\",\"2\"]\n"
+            "  k\\n:           \\x1B\n");
+  EXPECT_EQ(quollctl({"url", "--json", "http://h:8?a=1?b=2"}).output,
+            R"({"components":{"scheme":"http","host":"h","port":8,"query":"a=1?b=2"},)"
+            R"("parameters":{"a":"1?b"}})"
+            "\n");
+}
+
+TEST_F(QuollctlTest, TakesAUrlApartWhoseQueryDoesNotDecode) {
+  const Ended shown = quollctl({"url", "http://h?a=1&b=%FF"});
+  EXPECT_EQ(shown.status, 0);
+  EXPECT_EQ(shown.output,
+            "scheme:          http\n"
+            "host:            h\n"
+            "query:           a=1&b=%FF\n");
+  EXPECT_EQ(shown.errors,
+            "quollctl: the query is not percent-encoded UTF-8; its parameters are left out\n");
+}
+
+TEST_F(QuollctlTest, RefusesWhatIsNoUrl) {
+  for (const std::string& text : {std::string(), std::string("a b"), std::string("a#b#c"),
+                                  std::string("a\n\xFF"), std::string(100000, '^')}) {
+    const Ended refused = quollctl({"url", text});
+    EXPECT_EQ(refused.status, 1) << text;
+    EXPECT_TRUE(refused.output.empty()) << text;
+    EXPECT_TRUE(refused.errors.starts_with("quollctl: ")) << refused.errors;
+    EXPECT_EQ(refused.errors.find('\n'), refused.errors.size() - 1) << "one line";
+    EXPECT_LT(refused.errors.size(), 1000U) << "a long text is cut";
+  }
+}
+
 TEST_F(QuollctlTest, CallEndsAsItsWorstReply) {
   const Ended good = quollctl({"call"}, R"({"op": "URLEncodedString", "on": "a b"})");
   EXPECT_EQ(good.output, "{\"result\":\"a%20b\"}\n") << "also without a line feed at the end";
