@@ -1,5 +1,5 @@
-// Finds links in any bytes: every find parses as a URL, finds stand in order inside the text, and
-// no more is asked than the text is long.
+// Finds links in any bytes: every find parses as a URL and has no markup in it, finds stand in
+// order inside the text, and no more is asked than the text is long.
 
 #include <cstddef>
 #include <cstdint>
@@ -38,6 +38,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     end = found.location + found.length;
     require(end <= size);
     require(quoll::foundation::NSURL::URLWithString(found.url) != nullptr);
+    require(found.url.find(':') != std::string::npos);
+    require(found.url.find_first_of("<>'") == std::string::npos);
   }
   require(asked <= size);
   return 0;

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::array<bool, 256> make_allowed() {
   constexpr std::string_view kCharacters =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.!~*'();/?:@&=+$,[]";
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.!~*();/?:@&=+$,[]";
   std::array<bool, 256> allowed{};
   for (const char c : kCharacters) {
     allowed[static_cast<unsigned char>(c)] = true;

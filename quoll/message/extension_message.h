@@ -76,8 +76,9 @@ class ExtensionMessage final : public foundation::Object, public foundation::Mon
   /// becomes the body that it was made of, so a second call starts from it. Nothing is escaped. A
   /// link that stands in the text again is marked up again, anchors inside anchors, which doubles
   /// the text each time: a replacement that would make it longer than 64 MiB, and those after it,
-  /// are left out and the log says so. Not for a record that another thread reads meanwhile; the
-  /// attachments are read under the record's lock. Raises when a body is of another kind.
+  /// are left out and the log says so in one line. Time grows with the lengths of the body and the
+  /// result. Not for a record that another thread reads meanwhile; the attachments are read under
+  /// the record's lock. Raises when a body is of another kind.
   std::string renderHtml();
 
   /// `searchUrlsDetector:`: the links in `text`, as absolute texts, in the order in which they

@@ -20,8 +20,9 @@ class Links {
   Links& operator=(const Links&) = delete;
   virtual ~Links() = default;
 
-  /// The links in `text`, in the order in which they occur, each as the absolute text of its URL.
-  /// Time grows with the length of the text only, whatever stands in it.
+  /// The links in `text`, in the order in which they occur, each as the absolute text of its URL:
+  /// with a scheme, and with "<", ">" and "'" percent-encoded. Time grows with the length of the
+  /// text only, whatever stands in it.
   [[nodiscard]] virtual std::vector<std::string> find(std::string_view text) = 0;
 };
 

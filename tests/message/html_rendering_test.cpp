@@ -120,7 +120,7 @@ TEST_F(HtmlRendering, KeepsTheExactResultUpTo64MiB) {
   EXPECT_EQ(rendered(link + std::string(16, ' '), links).size(), size(20, link.size()) + 16)
       << "one byte more: the last replacement is left out";
   EXPECT_EQ(log_->lines(), std::vector<std::string>{"ExtensionMessage renderHtml stopped before " +
-                                                    link + ": too many repeats"});
+                                                    link + ": longer than 64 MiB"});
 }
 
 TEST_F(HtmlRendering, StopsAtTheLimitForGood) {
