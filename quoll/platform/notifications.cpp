@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -71,10 +72,14 @@ class LocalNotificationCenter final : public NSNotificationCenter {
   }
 
   void removeObserver(const void* observer) override {
+    // Released without the lock: what a block owns may remove observers when it goes.
+    std::vector<Registration> removed;
     const std::lock_guard lock(mutex_);
-    std::erase_if(registrations_, [&](const Registration& registration) {
-      return registration.observer == observer;
-    });
+    const auto first = std::stable_partition(
+        registrations_.begin(), registrations_.end(),
+        [&](const Registration& registration) { return registration.observer != observer; });
+    removed.assign(std::move_iterator(first), std::move_iterator(registrations_.end()));
+    registrations_.erase(first, registrations_.end());
   }
 
  private:

@@ -71,7 +71,7 @@ class NSView : public std::enable_shared_from_this<NSView> {
   /// The same for a part of the view, in whole pixels: nothing outside of it is touched. Views are
   /// drawn from back to front, each clipped to its own rectangle and those around it; one that has
   /// nothing in the part is left out. When the part holds all that waits, nothing waits any more.
-  /// What a view's drawing throws passes through; the part then waits still.
+  /// What a view's drawing throws passes through; the part then waits still, in that view too.
   void displayRect(const NSRect& rect, NSGraphicsContext& context);
   /// `displayIfNeeded`: the same for the part that waits.
   void displayIfNeeded(NSGraphicsContext& context);

@@ -16,6 +16,9 @@ class NSView::Painter {
     if (!done_) {
       top_.setNeedsDisplayInRect(part_);
     }
+    if (!done_ && visit_.view) {
+      visit_.view->setNeedsDisplayInRect(visit_.place.inwards(visit_.visible));
+    }
   }
 
   void paint() {
@@ -23,10 +26,10 @@ class NSView::Painter {
     waiting_.push_back(
         {top_.shared_from_this(), place, context_.pixel_aligned(place.outwards(part_))});
     while (!waiting_.empty()) {
-      const Visit visit = std::move(waiting_.back());
+      visit_ = std::move(waiting_.back());
       waiting_.pop_back();
-      draw(visit);
-      add_subviews(visit);
+      draw(visit_);
+      add_subviews(visit_);
     }
     done_ = true;
   }
@@ -72,6 +75,7 @@ class NSView::Painter {
   const bool all_;
   NSGraphicsContext& context_;
   std::vector<Visit> waiting_;
+  Visit visit_;  // the one that is drawn now
   bool done_ = false;
 };
 

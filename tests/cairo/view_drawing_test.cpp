@@ -1,4 +1,7 @@
 #include "quoll/view/flipped_view.h"
+
+#include <limits>
+
 #include "tests/cairo/pixels.h"
 
 namespace quoll::test {
@@ -151,6 +154,31 @@ TEST_F(ViewDrawing, FollowsItsSuperviewsSize) {
   for (const auto& row : table) {
     outer->setFrameSize(row.size);
     EXPECT_EQ(drawn(*outer, 8, 7), row.rows) << row.reason;
+  }
+}
+
+TEST_F(ViewDrawing, FramesOfAnyNumbersAreDrawnAsFarAsTheyCanBe) {
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  const Rows nothing{"rrr", "rrr"};
+  const struct {
+    NSRect frame;
+    Rows rows;
+    const char* reason;
+  } table[] = {
+      {{{1, 0}, {0, 2}}, nothing, "no width"},
+      {{{1, 0}, {2, -1}}, nothing, "a negative height"},
+      {{{1, 0}, {kNaN, 2}}, nothing, "a width that is no number"},
+      {{{kInfinity, 0}, {5, 5}}, nothing, "too far to the right"},
+      {{{kNaN, 1}, {2, 1}}, {"rrr", "bbr"}, "a place that is no number is 0"},
+      {{{1, 0}, {kInfinity, 1}}, {"rbb", "rrr"}, "without an end on the right"},
+      {{{-kInfinity, -kInfinity}, {kInfinity, kInfinity}}, {"bbb", "bbb"}, "everywhere"},
+      {{{-1e300, 1}, {1e308, 1e308}}, {"rrr", "bbb"}, "beyond all measure"},
+  };
+  for (const auto& row : table) {
+    const auto outer = FlippedView::initWithFrame({{0, 0}, {3, 2}}, filling(kRed));
+    outer->addSubview(FlippedView::initWithFrame(row.frame, filling(kBlue)));
+    EXPECT_EQ(drawn(*outer, 3, 2), row.rows) << row.reason;
   }
 }
 

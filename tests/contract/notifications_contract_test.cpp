@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "quoll/foundation/collections.h"
+#include "quoll/foundation/nsurl.h"
 #include "quoll/platform/desktop.h"
 
 namespace quoll {
@@ -50,6 +51,33 @@ TEST_P(NotificationsContract, ObjectsMatchByIdentityNotByContent) {
   EXPECT_EQ(calls_.size(), 1U);
 }
 
+TEST_P(NotificationsContract, EveryKindOfObjectIsItself) {
+  const Value kinds[] = {Value("text"), foundation::Bytes{1, 2}, std::make_shared<List>(),
+                         std::make_shared<foundation::Dictionary>(),
+                         foundation::NSURL::URLWithString("a:b")};
+  for (const Value& object : kinds) {
+    center_->addObserver(&first_, "n", object, keep(std::string(object.kind())));
+    center_->postNotificationName("n", object);
+    EXPECT_EQ(calls_, std::vector<std::string>{std::string(object.kind()) + ":n"});
+    center_->removeObserver(&first_);
+    calls_.clear();
+  }
+  center_->addObserver(&first_, "n", 7, keep("number"));
+  center_->postNotificationName("n", 7);
+  EXPECT_TRUE(calls_.empty()) << "a number is no object";
+}
+
+TEST_P(NotificationsContract, AnObserverThatIsAddedMeanwhileWaitsForTheNextPost) {
+  center_->addObserver(&first_, "n", nullptr, [&](auto, const auto&) {
+    center_->addObserver(&second_, "n", nullptr, keep("added"));
+    center_->removeObserver(&first_);
+  });
+  center_->postNotificationName("n", nullptr);
+  EXPECT_TRUE(calls_.empty());
+  center_->postNotificationName("n", nullptr);
+  EXPECT_EQ(calls_, std::vector<std::string>{"added:n"});
+}
+
 TEST_P(NotificationsContract, RemovingTakesAllOfOneObserverAndIgnoresStrangers) {
   center_->addObserver(&first_, "n", nullptr, keep("a"));
   center_->addObserver(&first_, "", nullptr, keep("b"));
@@ -64,6 +92,17 @@ TEST_P(NotificationsContract, AnObserverMayRemoveAnotherWhileItIsCalled) {
   center_->addObserver(&first_, "n", nullptr,
                        [&](auto, const auto&) { center_->removeObserver(&second_); });
   center_->addObserver(&second_, "n", nullptr, keep("removed"));
+  center_->postNotificationName("n", nullptr);
+  EXPECT_TRUE(calls_.empty());
+}
+
+TEST_P(NotificationsContract, WhatABlockOwnsMayRemoveObserversWhenItGoes) {
+  const auto remove = [this](const int* observer) { center_->removeObserver(observer); };
+  center_->addObserver(&second_, "n", nullptr, keep("removed"));
+  center_->addObserver(
+      &first_, "n", nullptr,
+      [owned = std::shared_ptr<const int>(&second_, remove)](auto, const auto&) {});
+  center_->removeObserver(&first_);
   center_->postNotificationName("n", nullptr);
   EXPECT_TRUE(calls_.empty());
 }

@@ -234,6 +234,7 @@ TEST(Display, BringsTheContextBackAlsoWhenADrawingThrows) {
   EXPECT_TRUE(context.isFlipped());
   EXPECT_EQ(NSGraphicsContext::currentContext(), nullptr);
   EXPECT_TRUE(outer->needsDisplay()) << "it is not drawn";
+  EXPECT_TRUE(inner->needsDisplay()) << "nor is the view that threw";
   EXPECT_THROW(outer->displayIfNeeded(context), std::runtime_error);
 }
 
