@@ -36,7 +36,9 @@ int main(int argc, char** argv) {
 
   CLI::App* render = app.add_subcommand("render", "Prints a message as HTML.");
   std::string message;
-  render->add_option("FILE", message, "A message: a property list or JSON; - for standard input")
+  render
+      ->add_option("FILE", message,
+                   "A message: a property list, or JSON of its fields; - for standard input")
       ->required();
   render->add_flag("--json", as_json, "Print JSON");
 

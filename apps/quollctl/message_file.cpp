@@ -28,12 +28,20 @@ std::string contents_of(const std::string& file) {
   return {bytes->begin(), bytes->end()};
 }
 
+/// The names of the fields stand in the object itself, or below the record's name as in a request.
+Value read_json(const std::string& contents) {
+  console::Json json = console::parse_json(contents);
+  const bool is_bare = json.is_object() && (json.empty() || !json.begin().key().starts_with('$'));
+  if (is_bare) {
+    json = {{"$ExtensionMessage", std::move(json)}};
+  }
+  return console::ValueReader({}).read(json);
+}
+
 /// A property list's root is never null, and an object in braces is none of the old form.
 Value read(const std::string& contents) {
-  if (const auto root = foundation::read_property_list(contents)) {
-    return *root;
-  }
-  return console::ValueReader({}).read(console::parse_json(contents));
+  const auto root = foundation::read_property_list(contents);
+  return root ? *root : read_json(contents);
 }
 
 std::shared_ptr<ExtensionMessage> message_in(const std::string& contents) {

@@ -43,11 +43,19 @@ TEST_F(QuollctlMessagesTest, RendersAMessage) {
 }
 
 TEST_F(QuollctlMessagesTest, RendersAMessageDictionary) {
-  for (const char* form : {"{subject = x; messageId = \"7\";}", R"({"subject": "x"})"}) {
+  for (const char* form : {"{subject = x; messageId = \"7\";}", R"({"subject": "x"})", "{}"}) {
     const Ended rendered = quollctl({"render", "-"}, form);
     EXPECT_EQ(rendered.output, "\n") << "such a message has no body" << rendered.errors;
     EXPECT_EQ(rendered.status, 0) << form;
   }
+}
+
+TEST_F(QuollctlMessagesTest, TakesTheFieldsOfAMessageAsTheyAre) {
+  const Ended rendered = quollctl({"render", "-"}, R"({"subject": "x", "plainBody": "a\nb"})");
+  EXPECT_EQ(rendered.output, "a<br>b\n") << rendered.errors;
+  const Ended unknown = quollctl({"render", "-"}, R"({"plainBodi": "a"})");
+  EXPECT_EQ(unknown.status, 1);
+  EXPECT_NE(unknown.errors.find("plainBodi"), std::string::npos) << unknown.errors;
 }
 
 TEST_F(QuollctlMessagesTest, RefusesWhatIsNoMessage) {
