@@ -28,8 +28,8 @@ bool has_font(cairo_t* drawing, double size) {
   cairo_matrix_t matrix;
   cairo_get_matrix(drawing, &matrix);
   const double unit = longest_unit(matrix);
-  return size * PANGO_SCALE >= 1 && size <= kLargestFont &&
-         size * unit <= kLargestFont && size * unit * unit <= kLargestScaledFont;
+  return size * PANGO_SCALE >= 1 && size <= kLargestFont && size * unit <= kLargestFont &&
+         size * unit * unit <= kLargestScaledFont;
 }
 
 std::string valid_text(std::string_view bytes) {

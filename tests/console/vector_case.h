@@ -10,7 +10,7 @@
 
 namespace quoll::test {
 
-/// One line of a vector file, as the README beside the files describes it.
+/// One line of a vector file, as docs/vectors.md describes it.
 struct VectorCase {
   std::string reason;
   console::Json request;
