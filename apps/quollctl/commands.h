@@ -15,8 +15,8 @@ namespace quoll::quollctl {
 /// Prints what a command URL says, for people or as JSON; 1 when the text is not a command URL.
 [[nodiscard]] int show(const std::string& text, bool as_json);
 
-/// Prints the components of a URL and the parameters of its query, for people or as JSON; 1 when the
-/// text is no URL.
+/// Prints the components of a URL and the parameters of its query, for people or as JSON; 1 when
+/// the text is no URL.
 [[nodiscard]] int url(const std::string& text, bool as_json);
 
 /// Prints the mail accounts that the mail application shares; 1 when there is nothing to read.

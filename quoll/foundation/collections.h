@@ -65,8 +65,8 @@ class Dictionary final {
 
   /// Stores. A null value raises `NSInvalidArgumentException`.
   void setObject(Value value, std::string_view key);
-  /// Stores under a key that is known to be absent, without looking it up again. A null value raises
-  /// `NSInvalidArgumentException`.
+  /// Stores under a key that is known to be absent, without looking it up again. A null value
+  /// raises `NSInvalidArgumentException`.
   void add_new(Value value, std::string key);
   /// Makes room for that many entries.
   void reserve(std::size_t entries) { entries_.reserve(entries); }
