@@ -4,11 +4,12 @@ namespace quoll {
 
 LinkTrie::Index LinkTrie::add(std::string_view link) {
   Index node = 0;
-  for (auto byte = link.rbegin(); byte != link.rend(); ++byte) {
-    Index next = child(node, *byte);
+  for (std::size_t at = link.size(); at-- > 0;) {
+    const char byte = link[at];
+    Index next = child(node, byte);
     if (next == 0) {
       next = static_cast<Index>(nodes_.size());
-      nodes_.push_back({.sibling = nodes_[node].child, .byte = *byte});
+      nodes_.push_back({.sibling = nodes_[node].child, .byte = byte});
       nodes_[node].child = next;
     }
     node = next;

@@ -142,7 +142,7 @@ std::optional<std::vector<std::string>> HTTPBasicAuthComponents(const NSURLReque
     const auto pair = base64DecodedString(without_basic(*value));
     return pair ? std::optional(split_at_colons(*pair)) : std::nullopt;
   }
-  const auto url = request.URL();
+  const auto& url = request.URL();
   const auto or_empty = [&](auto accessor) {
     return url ? ((*url).*accessor)().value_or("") : std::string();
   };
