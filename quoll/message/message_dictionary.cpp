@@ -52,9 +52,9 @@ std::shared_ptr<ExtensionMessage> ExtensionMessage::initWithDictonary(const Valu
   return records::guarded(std::make_shared<ExtensionMessage>(), [&](ExtensionMessage& message) {
     records::fill(message, dictionary, message_fields);
     // Seconds in single precision: today's dates come out on a multiple of 128.
-    const Date date{dictionary.objectForKey("date").floatValue()};
-    message.date = date;
-    message.dateString = ExtensionDate::shared()->centralDate(date);
+    const Date received{dictionary.objectForKey("date").floatValue()};
+    message.date = received;
+    message.dateString = ExtensionDate::shared()->centralDate(received);
     message.image = picture(dictionary.objectForKey("avatar"));
   });
 }
