@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <memory>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -18,8 +19,9 @@ using Bytes = std::vector<std::uint8_t>;
 
 void replay(const Bytes& bytes) {
   // A copy of exactly this size: reading past its end is seen by the sanitizers.
-  const Bytes exact(bytes);
-  LLVMFuzzerTestOneInput(exact.data(), exact.size());
+  const auto exact = std::make_unique<std::uint8_t[]>(bytes.size());
+  std::copy(bytes.begin(), bytes.end(), exact.get());
+  LLVMFuzzerTestOneInput(exact.get(), bytes.size());
 }
 
 void replay_with_damage(const Bytes& bytes) {

@@ -17,7 +17,6 @@ namespace {
 
 using console::Json;
 using foundation::NSURL;
-using foundation::Value;
 
 /// The parameters of the query, a list where a key is repeated.
 Json parameters_of(const NSURL& url) {
