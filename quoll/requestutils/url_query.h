@@ -19,6 +19,7 @@ using URLQueryOptions = std::uint32_t;
 inline constexpr URLQueryOptions URLQueryKeepLastValue = 1;
 inline constexpr URLQueryOptions URLQueryKeepFirstValue = 2;
 inline constexpr URLQueryOptions URLQueryCollectValues = 3;
+/// A key has a list, also of one; composing takes a text for a list of one.
 inline constexpr URLQueryOptions URLQueryAlwaysArrays = 4;
 /// When composing, elements of lists are written `key[]=value`.
 inline constexpr URLQueryOptions URLQueryBracketArrayKeys = 8;
