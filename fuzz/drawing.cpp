@@ -42,7 +42,8 @@ class Script {
   NSRect rect() { return {{number(), number()}, {number(), number()}}; }
   quoll::platform::Colour colour() { return {number(), number(), number(), number()}; }
   std::string_view text() {
-    const std::size_t length = std::min<std::size_t>(byte() % 32, left_.size());
+    const std::size_t wanted = byte() % 32;
+    const std::size_t length = std::min(wanted, left_.size());
     const std::string_view result(reinterpret_cast<const char*>(left_.data()), length);
     left_ = left_.subspan(length);
     return result;

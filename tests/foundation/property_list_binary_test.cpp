@@ -15,7 +15,7 @@ using namespace std::string_literals;
 std::string number(std::uint64_t value, std::size_t size) {
   std::string out;
   while (size-- > 0) {
-    out += static_cast<char>(value >> (8 * size) & 0xFFU);
+    out += static_cast<char>(size < sizeof value ? value >> (8 * size) & 0xFFU : 0);
   }
   return out;
 }
