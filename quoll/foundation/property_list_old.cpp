@@ -78,10 +78,10 @@ class OldReader {
         ++position_;
       } else if (take("//")) {
         position_ = std::min(text_.find_first_of("\r\n", position_), text_.size());
-      } else if (take("/*")) {
-        const std::size_t end = text_.find("*/", position_);
+      } else if (text_.substr(position_).starts_with("/*")) {
+        const std::size_t end = text_.find("*/", position_ + 2);
         if (end == std::string_view::npos) {
-          return false;
+          return false;  // at the comment still, so that whoever looks again meets it again
         }
         position_ = end + 2;
       } else {
