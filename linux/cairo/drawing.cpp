@@ -50,6 +50,7 @@ cairo_status_t append(void* closure, const unsigned char* bytes, unsigned length
   return CAIRO_STATUS_SUCCESS;
 }
 
+/// Between two operations the path is empty.
 class CairoDrawing final : public Drawing {
  public:
   CairoDrawing(FileType type, const NSSize& size)
@@ -167,9 +168,8 @@ class CairoDrawing final : public Drawing {
   }
 
   void clip(const NSRect& rect) override {
-    cairo_new_path(cairo_.get());  // clipping to nothing, unless there is something
     const NSRect seen = visible(usable(rect), 0);
-    if (!is_empty(seen)) {
+    if (!is_empty(seen)) {  // else an empty path hides everything
       add_rectangle(seen);
     }
     cairo_clip(cairo_.get());
@@ -274,7 +274,6 @@ class CairoDrawing final : public Drawing {
     if (is_empty(seen)) {
       return false;
     }
-    cairo_new_path(cairo_.get());
     if (radius == 0) {
       add_rectangle(seen);
     } else {

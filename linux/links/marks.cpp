@@ -60,7 +60,7 @@ MarkAt mark_at(std::string_view text, std::size_t position) {
   if (length == 0 || text.size() - position < length) {
     return {};
   }
-  std::uint32_t character = length == 2 ? byte(position) & 0x1FU : byte(position) & 0x0FU;
+  std::uint32_t character = byte(position) & 0x0FU;  // of all these first bytes
   for (std::size_t at = position + 1; at < position + length; ++at) {
     if ((byte(at) & 0xC0U) != 0x80U) {
       return {};

@@ -359,6 +359,18 @@ TEST_F(DrawingTest, HugeFiguresAreDrawnAsFarAsTheyAreSeen) {
   EXPECT_EQ(rows(*drawing, 3, 3), Rows(3, "ggg"));
 }
 
+TEST_F(DrawingTest, AFarEdgeIsNotSeenHoweverWideItsLine) {
+  constexpr int kSide = 40;
+  const auto drawing = pixels(kSide, kSide);
+  for (const double radius : {0.0, 5.0}) {
+    for (const double width : {2.0, 8.0, 30.0}) {
+      drawing->stroke_rounded_rect({{-1e9, -1e9}, {2e9, 2e9}}, radius, width, kBlue);
+      EXPECT_EQ(rows(*drawing, kSide, kSide), Rows(kSide, std::string(kSide, '.')))
+          << radius << ' ' << width;
+    }
+  }
+}
+
 TEST_F(DrawingTest, NoNumberDoesHarm) {
   const double numbers[] = {0, -1, 1e-300, 3, 1e9, 1e40, -1e300, kInfinity, -kInfinity, kNaN};
   for (const FileType type : kTypes) {

@@ -84,6 +84,10 @@ TEST_F(TextDrawing, HasItsSizeAndColour) {
   EXPECT_NEAR(large.bottom - large.top, 4 * (small.bottom - small.top), 8);
   EXPECT_EQ(large.strongest, kBluePixel);
   EXPECT_EQ(ink_of("H", kAll, {.size = 40}).strongest, 0xFF000000) << "black, unless it is said";
+  const Ink plain = ink_of("H", kAll, {});
+  const Ink twelve = ink_of("H", kAll, {.size = 12});
+  EXPECT_EQ(plain.pixels, twelve.pixels) << "12, unless it is said";
+  EXPECT_EQ(plain.bottom, twelve.bottom);
 }
 
 TEST_F(TextDrawing, IsBrokenAtTheWidth) {
@@ -113,6 +117,18 @@ TEST_F(TextDrawing, LeavesTheDrawingAsItWas) {
   drawing->fill_rect(kAll, kRed);
   EXPECT_EQ(drawing->pixel(0, 0), kRedPixel);
   EXPECT_EQ(drawing->pixel(99, 99), kRedPixel);
+}
+
+TEST_F(TextDrawing, LeavesNothingForTheNextFigure) {
+  const auto drawing = pixels(kSide, kSide);
+  drawing->draw_text("text", {{0, 0}, {50, 20}}, {.colour = kRed});
+  drawing->fill_rounded_rect({{70, 70}, {20, 20}}, 5, kGreen);
+  EXPECT_EQ(drawing->pixel(80, 80), kGreenPixel);
+  for (int row = 20; row < 70; ++row) {
+    for (int column = 0; column < kSide; ++column) {
+      ASSERT_EQ(drawing->pixel(column, row), 0U) << "no corner reaches back to where the text was";
+    }
+  }
 }
 
 TEST_F(TextDrawing, WithoutASizeOrAPlaceIsNone) {

@@ -4,6 +4,7 @@
 #include <unicode/uchar.h>
 
 #include <string>
+#include <string_view>
 
 namespace quoll::links {
 namespace {
@@ -86,6 +87,14 @@ TEST(MarkAt, SeesNoneInBrokenBytes) {
   for (const auto& row : rows) {
     EXPECT_EQ(mark_at(row.text, 0).mark, Mark::kNone) << row.reason;
     EXPECT_EQ(mark_at(row.text, 0).length, 0U) << row.reason;
+  }
+}
+
+TEST(MarkAt, SeesNothingBehindTheTextsEnd) {
+  constexpr std::string_view kQuote = "\xE2\x80\x9D";
+  EXPECT_EQ(mark_at(kQuote, 0).mark, Mark::kStop);
+  for (const std::size_t length : {1U, 2U}) {
+    EXPECT_EQ(mark_at(kQuote.substr(0, length), 0).mark, Mark::kNone) << length;
   }
 }
 

@@ -238,6 +238,26 @@ TEST(Display, BringsTheContextBackAlsoWhenADrawingThrows) {
   EXPECT_THROW(outer->displayIfNeeded(context), std::runtime_error);
 }
 
+TEST(Display, WhatWasNotDrawnWaitsWhenADrawingThrows) {
+  bool throws = true;
+  const auto outer = probe({{0, 0}, {100, 100}});
+  const auto inner = probe({{60, 50}, {30, 30}}, true, [&] {
+    if (throws) {
+      throw std::runtime_error("no");
+    }
+  });
+  outer->addSubview(inner);
+  PlainContext context;
+  EXPECT_THROW(outer->display(context), std::runtime_error);
+  throws = false;
+  EXPECT_EQ(drawn_again(*outer), (Rects{{{0, 0}, {100, 100}}, {{60, 50}, {30, 30}}}))
+      << "all that was asked for, not just what the view that threw covers";
+  throws = true;
+  EXPECT_THROW(outer->displayRect({{65, 60}, {10, 15}}, context), std::runtime_error);
+  throws = false;
+  EXPECT_EQ(drawn_again(*inner), (Rects{{{5, 10}, {10, 15}}})) << "in the coordinates of that view";
+}
+
 TEST(Display, AViewMayGoWhileItIsDrawn) {
   PlainContext context;
   auto outer = probe({{0, 0}, {10, 10}});
@@ -380,6 +400,16 @@ TEST(NeedsDisplay, AViewOfAnotherSizeIsDrawnWhole) {
   EXPECT_EQ(drawn_again(*outer), (Rects{{{0, 0}, {120, 95}}, {{10, 10}, {30, 5}}}));
 }
 
+TEST(NeedsDisplay, AViewThatKeepsItsSizeWaitsForNothing) {
+  const auto outer = probe({{0, 0}, {100, 100}});
+  const auto fixed = probe({{10, 10}, {10, 10}});
+  outer->addSubview(fixed);
+  draw_all(*outer);
+  outer->setFrameSize({120, 95});
+  EXPECT_TRUE(outer->needsDisplay());
+  EXPECT_FALSE(fixed->needsDisplay());
+}
+
 /// A chain of views, each with its subview one unit in from the corner.
 std::shared_ptr<Probe> chain(int length, const std::shared_ptr<Probe>& innermost) {
   std::shared_ptr<Probe> view = innermost;
@@ -395,7 +425,7 @@ std::shared_ptr<Probe> chain(int length, const std::shared_ptr<Probe>& innermost
 }
 
 TEST(DeepTrees, AreDrawnMarkedResizedAndReleased) {
-  constexpr int kDepth = 10'000;
+  constexpr int kDepth = 200'000;  // calls one inside the other would use up the stack
   auto innermost = probe({{0, 0}, {10, 10}});
   const std::weak_ptr<NSView> seen = innermost;
   auto outermost = chain(kDepth, innermost);

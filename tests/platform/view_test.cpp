@@ -185,6 +185,25 @@ TEST(Autoresizing, GoesOnInside) {
   EXPECT_EQ(inFollows->frame().size, (NSSize{20, 5})) << "by what its superview really lost";
 }
 
+TEST(Autoresizing, ReachesEveryViewAndWhatIsInIt) {
+  const auto outer = view_at({{0, 0}, {100, 100}});
+  Views inside;
+  for (int i = 0; i < 3; ++i) {
+    const auto view = view_at({{0, 0}, {50, 50}});
+    const auto inner = view_at({{0, 0}, {20, 20}});
+    view->setAutoresizingMask(kBothSides);
+    inner->setAutoresizingMask(kBothSides);
+    view->addSubview(inner);
+    outer->addSubview(view);
+    inside.push_back(inner);
+  }
+  outer->setFrameSize({110, 90});
+  for (std::size_t i = 0; i < inside.size(); ++i) {
+    EXPECT_EQ(outer->subviews()[i]->frame().size, (NSSize{60, 40})) << i;
+    EXPECT_EQ(inside[i]->frame().size, (NSSize{30, 10})) << i << ", inside";
+  }
+}
+
 TEST(Autoresizing, AMoveResizesNothing) {
   const auto around = view_at({{0, 0}, {100, 100}});
   const auto view = view_at({{1, 2}, {3, 4}});
