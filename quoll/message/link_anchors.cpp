@@ -50,7 +50,6 @@ class Anchors {
     });
     std::string out;
     out.reserve(size_);
-    next_anchor_ = 0;
     write({0, text_.size()}, out);
     return out;
   }

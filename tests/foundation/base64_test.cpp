@@ -155,6 +155,19 @@ TEST(Base64, ReadsBackEveryLength) {
   }
 }
 
+TEST(Base64, EndsWhereTheTextEnds) {
+  constexpr std::string_view kLonger = "Zm9vYmFyZm9vYmFy";
+  for (std::size_t size = 0; size < kLonger.size(); ++size) {
+    const std::string_view text = kLonger.substr(0, size);  // more digits stand behind it
+    const auto whole =
+        size % 4 == 0 ? std::optional(bytes(decoded_bit_by_bit(text))) : std::nullopt;
+    EXPECT_EQ(base64_encode(text), encoded_bit_by_bit(text)) << size;
+    EXPECT_EQ(base64_decode(text), whole) << size;
+    EXPECT_EQ(base64_decode_ignoring_unknown(text), whole) << size;
+    EXPECT_EQ(base64_decode_digits(text), decoded_bit_by_bit(text)) << size;
+  }
+}
+
 TEST(Base64Strict, RefusesEverythingElse) {
   const struct {
     std::string_view text;

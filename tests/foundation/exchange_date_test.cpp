@@ -45,6 +45,8 @@ TEST(ExchangeDate, RefusesEverythingElse) {
       {"a sign in a month", "2024-+3-07T10:15:00Z"},
       {"what stands before 0", "2024-03-07T10:15:/0Z"},
       {"what stands after 9", "2024-03-07T10:15::0Z"},
+      {"what stands before 0, in a number that there is", "2024-03-07T10:15:1/Z"},
+      {"what stands after 9, in a number that there is", "2024-03-07T10:15:0:Z"},
       {"a short month", "2024-3-07T10:15:00Z"},
       {"a short year", "24-03-07T10:15:00Z"},
       {"a long year", "12024-03-07T10:15:00Z"},

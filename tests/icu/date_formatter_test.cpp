@@ -123,6 +123,14 @@ TEST_F(DateFormatterTest, TakesTheTimeZoneOfTheCLibrary) {
   }
 }
 
+TEST_F(DateFormatterTest, TakesTheTimeZoneThatHoldsWhenItIsMade) {
+  for (const auto& [zone, time] : {std::pair{"UTC", "10:15"}, {"Asia/Tokyo", "19:15"}}) {
+    const DateEnvironment environment({{"LC_ALL", "de_DE"}, {"TZ", zone}});
+    const auto formatter = icu::make_dates()->formatter({.date_format = "HH:mm"});
+    EXPECT_EQ(formatter->stringFromDate({kMoment}), time) << "one alone, in " << zone;
+  }
+}
+
 TEST_F(DateFormatterTest, TodayIsTheDayOfTheUsersTimeZone) {
   struct Row {
     const char* reason;
@@ -251,6 +259,41 @@ TEST_F(DateFormatterTest, OnlyTheWholeExchangeFormatIsReadByItsRules) {
   settings = exchange;
   settings.date_format = "yyyy-MM-dd'T'HH:mm:ss.S'Z'";
   EXPECT_EQ(read_by(settings), std::nullopt);
+}
+
+TEST_F(DateFormatterTest, TheGregorianCalendarIsCarriedBack) {
+  const auto text = [](const char* locale, const char* calendar) {
+    return icu::make_dates()
+        ->formatter({.locale = locale,
+                     .seconds_from_gmt = 0,
+                     .calendar = calendar,
+                     .date_format = "yyyy-MM-dd"})
+        ->stringFromDate({-14826672000});
+  };
+  EXPECT_EQ(text("en_US_POSIX", "gregorian"), "1500-03-01");
+  EXPECT_EQ(text("th_TH", "gregorian"), "1500-03-01") << "in any locale";
+  EXPECT_EQ(text("th_TH", "buddhist"), "2043-02-20") << "another one is left as it is";
+}
+
+TEST_F(DateFormatterTest, APatternGoesBeforeTheStyles) {
+  const auto text = [](const platform::DateFormatterSettings& settings) {
+    return icu::make_dates()->formatter(settings)->stringFromDate({kMoment});
+  };
+  constexpr auto kShort = platform::NSDateFormatterStyle::NSDateFormatterShortStyle;
+  EXPECT_EQ(text({.date_format = "yyyy", .date_style = kShort, .time_style = kShort}), "2024");
+  EXPECT_EQ(text({.date_format = "", .date_style = kShort}), "") << "an empty one too";
+  EXPECT_EQ(text({}), "") << "with neither there is nothing to write";
+}
+
+TEST_F(DateFormatterTest, ReadsATextOfAThousandBytes) {
+  for (const std::size_t size : {999U, 1000U, 1001U}) {
+    const auto formatter = icu::make_dates()->formatter(
+        {.seconds_from_gmt = 0, .date_format = "yyyy'" + std::string(size - 4, 'x') + "'"});
+    const std::string text = formatter->stringFromDate({0});
+    ASSERT_EQ(text.size(), size);
+    EXPECT_EQ(formatter->dateFromString(text), size <= 1000 ? std::optional(Date{0}) : std::nullopt)
+        << size;
+  }
 }
 
 TEST_F(DateFormatterTest, APatternMayTellTheZone) {

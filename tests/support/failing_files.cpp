@@ -32,6 +32,11 @@ int FailingFiles::calls(Operation operation) const {
   return found == calls_.end() ? 0 : found->second;
 }
 
+std::vector<std::string> FailingFiles::read() const {
+  const std::lock_guard lock(mutex_);
+  return read_;
+}
+
 std::optional<Error> FailingFiles::next(Operation operation) {
   const std::lock_guard lock(mutex_);
   const auto found = failures_.find({operation, ++calls_[operation]});
@@ -72,6 +77,10 @@ std::optional<std::vector<std::string>> FailingFiles::contentsOfDirectoryAtPath(
 
 std::optional<Bytes> FailingFiles::contentsAtPath(std::string_view path,
                                                   std::optional<Error>& error) {
+  {
+    const std::lock_guard lock(mutex_);
+    read_.emplace_back(path);
+  }
   return fails(next(Operation::kRead), error) ? std::nullopt : inner_->contentsAtPath(path, error);
 }
 

@@ -27,6 +27,8 @@ class FailingFiles final : public platform::NSFileManager {
   void fail(Operation operation, int nth, foundation::Error error);
   /// How often an operation was called.
   [[nodiscard]] int calls(Operation operation) const;
+  /// The files that were asked for their contents, in order.
+  [[nodiscard]] std::vector<std::string> read() const;
 
   std::shared_ptr<foundation::NSURL> containerURLForSecurityApplicationGroupIdentifier(
       std::string_view group) override;
@@ -54,6 +56,7 @@ class FailingFiles final : public platform::NSFileManager {
   std::shared_ptr<platform::NSFileManager> inner_;
   mutable std::mutex mutex_;
   std::map<Operation, int> calls_;
+  std::vector<std::string> read_;
   std::map<std::pair<Operation, int>, foundation::Error> failures_;
 };
 
