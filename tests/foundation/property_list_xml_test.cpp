@@ -217,6 +217,7 @@ TEST(XmlPropertyList, RefusesBrokenStructure) {
       {"an unknown element", "<set></set>"},
       {"an unknown name that begins like one", "<strings>x</strings>"},
       {"a digit after the name", "<string1>x</string1>"},
+      {"a quotation mark after the name", "<string\"x</string>"},
       {"another case", "<String>x</String>"},
       {"a prefix", "<p:string>x</p:string>"},
       {"a blank before the name", "< string>x</string>"},
