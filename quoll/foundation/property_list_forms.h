@@ -11,10 +11,10 @@
 namespace quoll::foundation::property_list {
 
 /// `text` is UTF-8 without a byte-order mark.
-[[nodiscard]] Value read_xml(std::string_view text);
+[[nodiscard, gnu::visibility("hidden")]] Value read_xml(std::string_view text);
 /// `text` is UTF-8 without a byte-order mark.
-[[nodiscard]] Value read_old(std::string_view text);
-[[nodiscard]] Value read_binary(std::string_view file);
+[[nodiscard, gnu::visibility("hidden")]] Value read_old(std::string_view text);
+[[nodiscard, gnu::visibility("hidden")]] Value read_binary(std::string_view file);
 
 /// An integer where it fits, else the nearest real.
 [[nodiscard]] inline Value value_of_unsigned(std::uint64_t number) {

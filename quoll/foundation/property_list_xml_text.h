@@ -9,14 +9,14 @@
 namespace quoll::foundation::property_list {
 
 /// Appends a piece of text, its entities replaced; false when one of them is unknown.
-bool append_unescaped(std::string& out, std::string_view piece);
+[[gnu::visibility("hidden")]] bool append_unescaped(std::string& out, std::string_view piece);
 
 // What an element of that kind means; null when its content is nothing of that kind. White space
 // around it does not count.
-[[nodiscard]] Value integer_of_xml(std::string_view text);
-[[nodiscard]] Value real_of_xml(std::string_view text);
-[[nodiscard]] Value date_of_xml(std::string_view text);
+[[nodiscard, gnu::visibility("hidden")]] Value integer_of_xml(std::string_view text);
+[[nodiscard, gnu::visibility("hidden")]] Value real_of_xml(std::string_view text);
+[[nodiscard, gnu::visibility("hidden")]] Value date_of_xml(std::string_view text);
 /// Base64, in which white space may stand anywhere.
-[[nodiscard]] Value bytes_of_xml(std::string_view base64);
+[[nodiscard, gnu::visibility("hidden")]] Value bytes_of_xml(std::string_view base64);
 
 }  // namespace quoll::foundation::property_list

@@ -73,7 +73,7 @@ constexpr std::array<std::uint64_t, 256> make_steps() {
   return rows;
 }
 
-inline constexpr std::array<std::uint64_t, 256> kSteps = make_steps();
+[[gnu::visibility("hidden")]] inline constexpr std::array<std::uint64_t, 256> kSteps = make_steps();
 
 /// The state after `byte`. Bits above the lowest six mean nothing.
 inline std::uint64_t step(std::uint64_t state, unsigned char byte) {

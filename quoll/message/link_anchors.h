@@ -15,7 +15,8 @@ namespace quoll {
 /// Links with a colon and without "<", ">" and "'", which is how a finder writes them, take time
 /// that grows with the lengths of the text, of the links and of the result, whatever stands in
 /// them. Others are replaced one by one, each by a walk over all of the text.
-const std::string* anchor_links(std::string& text, const std::vector<std::string>& links,
-                                std::size_t longest);
+[[gnu::visibility("hidden")]] const std::string* anchor_links(std::string& text,
+                                                              const std::vector<std::string>& links,
+                                                              std::size_t longest);
 
 }  // namespace quoll

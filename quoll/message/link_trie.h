@@ -13,7 +13,7 @@ namespace quoll {
 ///     LinkTrie trie;
 ///     const auto link = trie.add("http://h/");   // 0; the same again answers 0 again
 ///     trie.close();
-class LinkTrie {
+class __attribute__((visibility("hidden"))) LinkTrie {
  public:
   using Index = std::uint32_t;
   static constexpr Index kNone = ~Index{0};
