@@ -100,6 +100,7 @@ void keep_extended_attributes(int from, int to) {
   const ssize_t size = ::flistxattr(from, names.data(), names.size());
   std::string value;
   for (std::size_t at = 0; size > 0 && at < static_cast<std::size_t>(size);) {
+    // cppcheck-suppress stlcstrConstructor  ; up to the next null
     const std::string name(names.c_str() + at);
     at += name.size() + 1;
     if (!name.starts_with("user.")) {

@@ -155,6 +155,7 @@ class OldWriter {
   }
 
   static bool needs_quotes(std::string_view text) {
+    // cppcheck-suppress danglingTemporaryLifetime  ; the text outlives the call
     return text.empty() || !std::all_of(text.begin(), text.end(), [](char c) {
              return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
                     c == '_';

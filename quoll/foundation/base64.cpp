@@ -166,6 +166,7 @@ std::optional<Bytes> base64_decode(std::string_view text) {
   if (padding != 0 && (value_at(digits, digits.size() - 1) & unused) != 0) {
     return std::nullopt;
   }
+  // cppcheck-suppress returnStdMoveLocal  ; a part of a pair is not moved by itself
   return std::move(bytes);
 }
 
@@ -178,6 +179,7 @@ std::optional<Bytes> base64_decode_ignoring_unknown(std::string_view text) {
   if (digit_after || (count + padding) % 4 != 0 || padding > 2) {
     return std::nullopt;
   }
+  // cppcheck-suppress returnStdMoveLocal  ; a part of a pair is not moved by itself
   return std::move(bytes);
 }
 

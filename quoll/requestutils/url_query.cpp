@@ -87,6 +87,7 @@ void store(Dictionary& parameters, std::string key, bool bracketed, Value value,
   if (present == nullptr) {
     const bool as_list =
         mode == URLQueryAlwaysArrays || (mode == URLQueryCollectValues && bracketed);
+    // cppcheck-suppress accessMoved  ; one of the two
     parameters.add_new(as_list ? list_of(std::move(value)) : std::move(value), std::move(key));
   } else if (const auto list = present->as_list()) {
     list->addObject(std::move(value));
