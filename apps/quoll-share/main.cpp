@@ -9,13 +9,13 @@
 #include "arguments.h"
 #include "linux/gio/launcher.h"
 #include "linux/image_helper/images.h"
-#include "linux/posix/confine.h"
 #include "linux/posix/coordinator.h"
 #include "linux/posix/files.h"
 #include "linux/posix/program_bundle.h"
 #include "linux/posix/steady_clock.h"
 #include "linux/posix/system_log.h"
 #include "linux/posix/thread_pool.h"
+#include "linux/sandbox/confine.h"
 #include "linux/xml/styled_text.h"
 #include "quoll/container/group_container.h"
 #include "quoll/host/leave.h"
@@ -46,9 +46,9 @@ void hold_standard_descriptors() {
 }
 
 /// What the share still needs once it is known what is shared.
-posix::Confinement needs_of(const host::Selection& selection, platform::NSFileManager& files,
-                            const std::string& image_helper) {
-  posix::Confinement needs;
+sandbox::Confinement needs_of(const host::Selection& selection, platform::NSFileManager& files,
+                              const std::string& image_helper) {
+  sandbox::Confinement needs;
   for (const auto& item : selection.items) {
     if (auto path = item->file_path()) {
       needs.readable.push_back(std::move(*path));
@@ -90,7 +90,7 @@ int share(const Arguments& arguments) {
       .images = image_helper::make_images(image_helper),
       .styled_text = xml::make_styled_text(selection.html.has_value()),
   });
-  posix::confine(needs_of(selection, *files, image_helper));
+  sandbox::confine(needs_of(selection, *files, image_helper));
   const host::Turn turn = host::take_turn();
   const host::Outcome outcome = host::run<ShareViewController>(selection, *background);
   return host::leave(selection, host::report(selection, outcome, *opened, std::cerr));

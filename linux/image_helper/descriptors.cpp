@@ -12,6 +12,8 @@ namespace quoll::image_helper {
 namespace {
 
 constexpr int kSeals = F_SEAL_SEAL | F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
+/// Of Linux 6.3: it can never be started as a program. It comes with a seal of its own.
+constexpr unsigned kNotExecutable = 8;
 
 /// The same, with a number above 2.
 Descriptor above_standard_streams(Descriptor descriptor) {
@@ -44,8 +46,12 @@ Mapping::~Mapping() {
 }
 
 Descriptor make_memory_file() {
-  return above_standard_streams(
-      Descriptor(memfd_create("quoll-image", MFD_CLOEXEC | MFD_ALLOW_SEALING)));
+  constexpr unsigned kFlags = MFD_CLOEXEC | MFD_ALLOW_SEALING;
+  Descriptor file(memfd_create("quoll-image", kFlags | kNotExecutable));
+  if (!file.good() && errno == EINVAL) {
+    file = Descriptor(memfd_create("quoll-image", kFlags));
+  }
+  return above_standard_streams(std::move(file));
 }
 
 bool fill_and_seal(const Descriptor& file, std::span<const unsigned char> bytes) {
@@ -64,7 +70,8 @@ void seal(int descriptor) {
 }
 
 bool is_sealed(int descriptor) {
-  return fcntl(descriptor, F_GET_SEALS) == kSeals;
+  const int seals = fcntl(descriptor, F_GET_SEALS);
+  return seals >= 0 && (seals & kSeals) == kSeals;
 }
 
 std::pair<Descriptor, Descriptor> make_pipe() {

@@ -1,7 +1,6 @@
 #include "linux/posix/thread_pool.h"
 
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <condition_variable>
 #include <deque>
@@ -121,8 +120,9 @@ class ThreadPool final : public platform::Queue {
       return;
     }
     const auto body = [block] {
-      const auto thread = static_cast<id_t>(::gettid());
-      ::setpriority(PRIO_PROCESS, thread, ::getpriority(PRIO_PROCESS, thread) + kBackgroundNice);
+      constexpr id_t kThisThread = 0;
+      ::setpriority(PRIO_PROCESS, kThisThread,
+                    ::getpriority(PRIO_PROCESS, kThisThread) + kBackgroundNice);
       platform::run_block(block);
     };
     if (!work_->start(body)) {
