@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -11,6 +12,9 @@
 
 #include "linux/image_helper/answers.h"
 #include "linux/image_helper/codecs/picture.h"
+#include "linux/sandbox/call_filter.h"
+#include "linux/sandbox/path_rules.h"
+#include "linux/sandbox/sanitizer_build.h"
 
 // The leak check of a build with the address sanitizer looks at the process's threads in /proc,
 // which a helper of a confined program cannot see; it is left out there, and only there.
@@ -27,17 +31,7 @@ namespace quoll::image_helper {
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kShadowed = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr bool kShadowed = true;
-#else
-constexpr bool kShadowed = false;
-#endif
-#else
-constexpr bool kShadowed = false;
-#endif
+using sandbox::kSanitizerBuild;
 
 void limit(__rlimit_resource resource, rlim_t most) {
   const rlimit both{most, most};
@@ -53,22 +47,57 @@ void end_with_parent() {
   }
 }
 
-}  // namespace
-
-void confine() {
-  end_with_parent();
+void limit_resources() {
   constexpr rlim_t kSeconds = 30;
   limit(RLIMIT_CPU, kSeconds);
   limit(RLIMIT_CORE, 0);
   limit(RLIMIT_FSIZE, kLongestResult);
   signal(SIGXFSZ, SIG_IGN);  // a result that is too long is an error of write()
   signal(SIGPIPE, SIG_IGN);
-  if (!kShadowed) {
+  if (!kSanitizerBuild) {
     // The held pixels, a decoder's own copy of them, and the file with what the libraries need.
     limit(RLIMIT_AS, 3 * kMostHeldBytes);
   }
+}
+
+/// No file, no folder, no TCP connection; nobody else can be signalled.
+void leave_no_paths() {
+  sandbox::PathRules rules;
+  if (kSanitizerBuild) {
+    rules.allow("/proc/self", sandbox::PathRules::Access::kRead);
+  }
+  (void)!rules.enforce();
+}
+
+/// Memory, the open descriptors, and an orderly end.
+void leave_few_calls() {
+  using namespace sandbox;
+  CallFilter filter;
+  filter.allow({"read", "write", "writev", "lseek", "dup", "close", "fstat"});
+  filter.allow("fcntl", {is(1, F_ADD_SEALS)});
+  filter.allow({"brk", "munmap", "mremap", "madvise", "sysinfo", "getrandom"});
+  // No memory that can be run, and none from a file.
+  filter.allow("mmap", {has_none_of(2, PROT_EXEC), has_all_of(3, MAP_ANONYMOUS)});
+  filter.allow("mprotect", {has_none_of(2, PROT_EXEC)});
+  filter.allow({"exit", "exit_group", "getpid", "gettid", "rt_sigaction", "rt_sigprocmask",
+                "rt_sigreturn", "futex", "sched_yield", "clock_gettime", "gettimeofday"});
+  filter.allow("tgkill", {is(0, static_cast<std::uint32_t>(getpid()))});  // for abort()
+  if (kSanitizerBuild) {  // reads /proc/self, and stops its own threads to look at their memory
+    filter.allow({"open", "openat", "newfstatat", "getdents64", "readlink", "readlinkat", "mmap",
+                  "mprotect", "mincore", "clone", "wait4", "ptrace", "prctl", "sigaltstack",
+                  "prlimit64", "getppid", "tgkill", "nanosleep", "clock_nanosleep"});
+  }
+  (void)!filter.enforce();
+}
+
+}  // namespace
+
+void confine() {
+  end_with_parent();
+  limit_resources();
   prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-  // A filter that leaves only the calls on open descriptors and memory belongs here.
+  leave_no_paths();
+  leave_few_calls();
 }
 
 }  // namespace quoll::image_helper

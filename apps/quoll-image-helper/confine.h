@@ -3,8 +3,14 @@
 namespace quoll::image_helper {
 
 /// Gives up what reading an image does not need, for whatever the image's bytes may bring about:
-/// the process ends with the one that started it, and its memory, its time and its result are
-/// limited. From here on it opens nothing and works on its standard streams.
+/// the process ends with the one that started it, its memory, its time and its result are limited,
+/// and as far as the kernel can hold it to that, it opens nothing, starts nothing, and only works
+/// on memory and on what is open. What the kernel cannot do is left out without a word: the program
+/// that starts helpers tells.
+///
+/// A call that is not allowed fails as one that the kernel does not know; it does not end the
+/// process. So a C library that tries a newer call first still works, and the attacker gains
+/// nothing: there is no second call that would help either.
 void confine();
 
 }  // namespace quoll::image_helper

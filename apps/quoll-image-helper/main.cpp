@@ -42,6 +42,7 @@ struct Request {
 
 constexpr Request kRequests[] = {{"size", write_size}, {"png", write_png}, {"tiff", write_tiff}};
 
+/// What the image's bytes can do comes after the mapping, and after everything was given up.
 void answer(const Request& request) {
   struct stat status = {};
   if (fstat(STDIN_FILENO, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size == 0) {
@@ -51,6 +52,7 @@ void answer(const Request& request) {
   if (!file.good()) {
     throw Refused(std::strerror(errno));
   }
+  confine();
   request.answer(*open_picture(file.bytes()), STDOUT_FILENO);
   seal(STDOUT_FILENO);
 }
@@ -63,7 +65,6 @@ int fail(const char* reason) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  confine();
   const std::string_view wanted = argc == 2 ? argv[1] : "";
   for (const Request& request : kRequests) {
     if (request.name != wanted) {
