@@ -66,7 +66,8 @@ sandbox::Confinement needs_of(const host::Selection& selection, platform::NSFile
 
 int share(const Arguments& arguments) {
   auto opened = std::make_shared<host::WatchedWorkspace>(
-      arguments.print ? host::printer(STDOUT_FILENO) : gio::start_launcher());
+      arguments.print ? host::printer(STDOUT_FILENO)
+                      : gio::start_launcher({.urls = "quoll://compose?", .times = 1}));
   // A reader that went away is an error of the write, to be reported like any other. Not before the
   // launcher has started: the applications would inherit it.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));

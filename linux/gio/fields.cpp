@@ -13,7 +13,10 @@ namespace {
 
 // Both sides are one binary, so a length travels as the machine writes it.
 using Length = std::uint32_t;
-constexpr Length kLargestList = 256U << 20U;
+// What a bus message carries, and a little for what goes with it.
+constexpr Length kLargestList = 65U << 20U;
+// No more than that many of the shortest URLs fit into a bus message.
+constexpr std::size_t kMostFields = (std::size_t{64} << 20U) / 16;
 
 bool send_all(int socket, std::string_view bytes) {
   while (!bytes.empty()) {
@@ -90,7 +93,7 @@ std::optional<std::vector<std::string>> receive_fields(int socket) {
   std::string_view left = list;
   while (!left.empty()) {
     const auto length = take_length(left);
-    if (!length || *length > left.size()) {
+    if (!length || *length > left.size() || fields.size() == kMostFields) {
       return std::nullopt;
     }
     fields.emplace_back(left.substr(0, *length));

@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -125,7 +126,21 @@ void wait_for_input(int socket) {
   g_source_remove(watch);
 }
 
-[[noreturn]] void serve(int socket, ActivationTokens tokens, std::chrono::milliseconds time_out) {
+// The asking program may be in other hands by now.
+Failure not_openable(const OpenRequest& request, const Openable& openable) {
+  if (!request.application.starts_with(openable.applications)) {
+    return "\"" + request.application + "\" is not the mail application";
+  }
+  const bool all_known = std::ranges::all_of(
+      request.urls, [&](const std::string& url) { return url.starts_with(openable.urls); });
+  if (!all_known) {
+    return "a URL does not begin with " + openable.urls;
+  }
+  return openable.times == 0 ? Failure("it has been asked too often") : std::nullopt;
+}
+
+[[noreturn]] void serve(int socket, ActivationTokens tokens, Openable openable,
+                        std::chrono::milliseconds time_out) {
   leave_the_program(socket);
   use_local_files_only();
   Opener opener(std::move(tokens), time_out);
@@ -136,7 +151,11 @@ void wait_for_input(int socket) {
     if (!request) {
       break;
     }
-    const Failure failure = opener.open(*request);
+    Failure failure = not_openable(*request, openable);
+    if (!failure) {
+      --openable.times;
+      failure = opener.open(*request);
+    }
     if (!send_fields(socket, {failure ? kNotTaken : kTaken, failure.value_or("")})) {
       break;
     }
@@ -146,7 +165,8 @@ void wait_for_input(int socket) {
 
 }  // namespace
 
-std::shared_ptr<platform::NSWorkspace> start_launcher(std::chrono::milliseconds time_out) {
+std::shared_ptr<platform::NSWorkspace> start_launcher(Openable openable,
+                                                      std::chrono::milliseconds time_out) {
   ActivationTokens tokens = take_activation_tokens();
   int ends[2] = {-1, -1};
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
@@ -157,7 +177,7 @@ std::shared_ptr<platform::NSWorkspace> start_launcher(std::chrono::milliseconds 
   const pid_t process = fork();
   if (process == 0) {
     program_end.reset();
-    serve(launcher_end.get(), std::move(tokens), time_out);
+    serve(launcher_end.get(), std::move(tokens), std::move(openable), time_out);
   }
   return std::make_shared<Launcher>(process, std::move(program_end));
 }

@@ -29,7 +29,7 @@ class ComposeServiceTest : public testing::Test {
     }
     const ScopedEnvironment environment(home_.bus.environment());
     const platform::ScopedDesktop desktop({.log = log_});
-    return gio::start_launcher(60s)->openURLs(list, kName, kForeground);
+    return gio::start_launcher({}, 60s)->openURLs(list, kName, kForeground);
   }
 
   ReceiverHome home_;
@@ -128,7 +128,7 @@ TEST_F(ShortLivedServiceTest, NothingIsLostWhileTheServiceEnds) {
   constexpr int kRequests = 60;
   const ScopedEnvironment environment(home_.bus.environment());
   const platform::ScopedDesktop desktop({.log = log_});
-  const auto launcher = gio::start_launcher(60s);
+  const auto launcher = gio::start_launcher({}, 60s);
   for (int number = 0; number < kRequests; ++number) {
     const auto url =
         foundation::NSURL::URLWithString("quoll://compose?subject=" + std::to_string(number));
