@@ -1,4 +1,3 @@
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -7,6 +6,7 @@
 #include <memory>
 
 #include "arguments.h"
+#include "descriptors.h"
 #include "linux/gio/launcher.h"
 #include "linux/image_helper/images.h"
 #include "linux/posix/coordinator.h"
@@ -34,17 +34,6 @@ namespace quoll {
 
 namespace {
 
-/// Standard descriptors that were closed are taken by something that fails, so that no other file
-/// gets their numbers.
-void hold_standard_descriptors() {
-  for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
-    if (fcntl(descriptor, F_GETFD) < 0) {
-      // The lowest free number is this one. Each is opened the wrong way round: using it fails.
-      static_cast<void>(open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
-    }
-  }
-}
-
 /// What the share still needs once it is known what is shared.
 sandbox::Confinement needs_of(const host::Selection& selection, platform::NSFileManager& files,
                               const std::string& image_helper) {
@@ -65,6 +54,7 @@ sandbox::Confinement needs_of(const host::Selection& selection, platform::NSFile
 }
 
 int share(const Arguments& arguments) {
+  close_inherited_descriptors(arguments.wanted.items);
   auto opened = std::make_shared<host::WatchedWorkspace>(
       arguments.print ? host::printer(STDOUT_FILENO)
                       : gio::start_launcher({.urls = "quoll://compose?", .times = 1}));

@@ -15,6 +15,7 @@ namespace quoll::sandbox {
 namespace {
 
 // What newer kernels know and the system's header may not.
+constexpr int kWithMoves = 2;
 constexpr int kWithTruncate = 3;
 constexpr int kWithTcp = 4;
 constexpr int kWithDevices = 5;
@@ -97,7 +98,7 @@ PathRules::PathRules(int version) : known_(kRuled) {
                            : version >= kWithTcp  ? offsetof(RulesetAttributes, scoped)
                                                   : offsetof(RulesetAttributes, net);
   fd_.reset(static_cast<int>(::syscall(SYS_landlock_create_ruleset, &attributes, size, 0)));
-  failure_ = fd_ ? 0 : errno;
+  failure_ = !fd_ ? errno : version < kWithMoves ? EOPNOTSUPP : 0;
 }
 
 void PathRules::allow(const std::string& path, Access access) {

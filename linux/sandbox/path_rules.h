@@ -22,7 +22,8 @@ class PathRules {
     kExecute     ///< a file is read and started as a program
   };
 
-  /// The rules of a kernel of this version; 0 or less is one that has none.
+  /// The rules of a kernel of this version. The first version is of no use: it would forbid to move
+  /// a file from one folder to another, wherever.
   explicit PathRules(int version = kernel_version());
 
   /// A path that does not exist is left out. Links are followed now: the rule holds for the file

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace quoll {
+
+/// Standard descriptors that were closed are taken by something that fails, so that no other file
+/// gets their numbers.
+void hold_standard_descriptors();
+
+/// Closes what the starting program left open besides the standard descriptors, since no sandbox
+/// takes away what is open. What an item names by its number (`/dev/fd/5`) stays.
+void close_inherited_descriptors(const std::vector<std::string>& items);
+
+}  // namespace quoll

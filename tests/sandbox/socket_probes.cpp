@@ -1,0 +1,89 @@
+#include <linux/netlink.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#include "tests/sandbox/probe_table.h"
+
+namespace quoll::test {
+namespace {
+
+bool makes(int family, int type) {
+  return socket(family, type | SOCK_CLOEXEC, 0) >= 0;
+}
+
+sockaddr_un address(const std::string& path) {
+  sockaddr_un where{};
+  where.sun_family = AF_UNIX;
+  path.copy(where.sun_path, sizeof where.sun_path - 1);
+  return where;
+}
+
+bool connects(int socket, const char* variable) {
+  const sockaddr_un where = address(setting(variable));
+  return connect(socket, reinterpret_cast<const sockaddr*>(&where), sizeof where) == 0;
+}
+
+/// Standard input is a socket for datagrams that is not connected.
+bool sends_to_an_address() {
+  const sockaddr_un where = address(setting("QUOLL_PROBE_INBOX"));
+  return sendto(STDIN_FILENO, "x", 1, 0, reinterpret_cast<const sockaddr*>(&where), sizeof where) ==
+         1;
+}
+
+/// Sends a message with an address, or a descriptor with it.
+bool sends_a_descriptor() {
+  sockaddr_un where = address(setting("QUOLL_PROBE_INBOX"));
+  char byte = 'x';
+  iovec data{&byte, 1};
+  alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
+  msghdr message{};
+  message.msg_name = &where;
+  message.msg_namelen = sizeof where;
+  message.msg_iov = &data;
+  message.msg_iovlen = 1;
+  message.msg_control = control;
+  message.msg_controllen = sizeof control;
+  cmsghdr* const head = CMSG_FIRSTHDR(&message);
+  head->cmsg_level = SOL_SOCKET;
+  head->cmsg_type = SCM_RIGHTS;
+  head->cmsg_len = CMSG_LEN(sizeof(int));
+  const int descriptor = STDERR_FILENO;
+  std::memcpy(CMSG_DATA(head), &descriptor, sizeof descriptor);
+  return sendmsg(STDIN_FILENO, &message, 0) == 1;
+}
+
+constexpr Probe kProbes[] = {
+    {"make a local socket", [] { return makes(AF_UNIX, SOCK_STREAM); }},
+    {"make a local socket for datagrams", [] { return makes(AF_UNIX, SOCK_DGRAM); }},
+    {"make a pair of sockets",
+     [] {
+       int ends[2];
+       return socketpair(AF_UNIX, SOCK_STREAM, 0, ends) == 0;
+     }},
+    {"make a TCP socket", [] { return makes(AF_INET, SOCK_STREAM); }},
+    {"make a UDP socket", [] { return makes(AF_INET, SOCK_DGRAM); }},
+    {"make a TCP socket of IPv6", [] { return makes(AF_INET6, SOCK_STREAM); }},
+    {"make a raw socket", [] { return makes(AF_PACKET, SOCK_RAW); }},
+    {"make a kernel socket", [] { return makes(AF_NETLINK, SOCK_RAW); }},
+    {"make a socket to the host machine", [] { return makes(AF_VSOCK, SOCK_STREAM); }},
+    {"reach the session bus",
+     [] {
+       const int bus = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+       return bus >= 0 && connects(bus, "QUOLL_PROBE_SOCKET");
+     }},
+    {"connect an open socket", [] { return connects(STDIN_FILENO, "QUOLL_PROBE_INBOX"); }},
+    {"send to an address", sends_to_an_address},
+    {"send a descriptor", sends_a_descriptor},
+};
+
+}  // namespace
+
+std::span<const Probe> socket_probes() {
+  return kProbes;
+}
+
+}  // namespace quoll::test
