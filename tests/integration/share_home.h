@@ -1,6 +1,10 @@
 #pragma once
 
+#include <signal.h>
+#include <unistd.h>
+
 #include <filesystem>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -77,6 +81,21 @@ inline std::vector<std::string> attachments_of(const std::string& printed) {
     paths.push_back(attachment.description());
   }
   return paths;
+}
+
+/// Waits until a process waits for an flock lock; false when it ended before.
+inline bool waits_for_lock(pid_t process) {
+  const std::string mark = " " + std::to_string(process) + " ";
+  while (kill(process, 0) == 0) {
+    std::istringstream locks(read_file("/proc/locks"));
+    for (std::string line; std::getline(locks, line);) {
+      if (line.find("-> FLOCK") != std::string::npos && line.find(mark) != std::string::npos) {
+        return true;
+      }
+    }
+    usleep(1000);
+  }
+  return false;
 }
 
 }  // namespace quoll::test

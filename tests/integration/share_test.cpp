@@ -207,21 +207,6 @@ TEST_F(Share, ThousandsOfFilesWithFewDescriptors) {
   EXPECT_EQ(ended.status, late == 0 ? 0 : 3);
 }
 
-/// Waits until a process waits for an flock lock; false when it ended before.
-bool waits_for_lock(pid_t process) {
-  const std::string mark = " " + std::to_string(process) + " ";
-  while (kill(process, 0) == 0) {
-    std::istringstream locks(read_file("/proc/locks"));
-    for (std::string line; std::getline(locks, line);) {
-      if (line.find("-> FLOCK") != std::string::npos && line.find(mark) != std::string::npos) {
-        return true;
-      }
-    }
-    usleep(1000);
-  }
-  return false;
-}
-
 TEST_F(Share, ASecondShareWaitsForItsTurn) {
   ASSERT_EQ(home_.print({home_.write("first.txt", "1")}).status, 0);
   const posix::UniqueFd turn(

@@ -136,6 +136,19 @@ TEST_F(Sandbox, AnOpenSocketReachesNobodyElse) {
   only_outside("connect an open socket");
 }
 
+TEST_F(Sandbox, TheLauncherMakesOneDraftAndNothingElse) {
+  const PrivateBus bus(environment_);
+  bus.add_service("it.vorlent.quoll2",
+                  RECEIVER_DOUBLE " bus it.vorlent.quoll2 answer " + home_.path("record"));
+  environment_ = bus.environment();
+  const auto asked = [this](const std::string& name) {
+    return run_probe(name, {QUOLL_SHARE, home_.path("selected")}, "quoll-share");
+  };
+  EXPECT_EQ(asked("have a draft made"), 0);
+  EXPECT_EQ(asked("have two drafts made"), EPERM);
+  EXPECT_EQ(asked("have a message deleted"), EPERM);
+}
+
 TEST_F(Sandbox, RarePartsOfTheKernelAreShut) {
   for (const char* const name :
        {"make a ring of calls", "load a kernel map", "count events", "handle page faults",
@@ -194,13 +207,9 @@ TEST_F(Sandbox, TheRunningProgramIsMarked) {
       open((home_.container() + "/.locks/turn").c_str(), O_RDWR | O_CLOEXEC));
   ASSERT_EQ(flock(turn.get(), LOCK_EX | LOCK_NB), 0);
   Process share(ShareHome::command({"--print", home_.path("first")}), environment_);
-  std::string status;
-  // It waits for its turn, confined; the runner's limit ends a wait in vain.
-  while (status.find("NoNewPrivs:\t1\nSeccomp:\t2\n") == std::string::npos) {
-    usleep(1000);
-    ASSERT_EQ(waitpid(share.id(), nullptr, WNOHANG), 0) << status;
-    status = read_file("/proc/" + std::to_string(share.id()) + "/status");
-  }
+  ASSERT_TRUE(waits_for_lock(share.id()));
+  const std::string status = read_file("/proc/" + std::to_string(share.id()) + "/status");
+  EXPECT_NE(status.find("NoNewPrivs:\t1\nSeccomp:\t2\n"), std::string::npos) << status;
   ASSERT_EQ(flock(turn.get(), LOCK_UN), 0);
   EXPECT_EQ(share.wait(), 0);
 }

@@ -1,9 +1,12 @@
 #include <linux/netlink.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdint>
 #include <cstring>
 
 #include "tests/sandbox/probe_table.h"
@@ -56,7 +59,42 @@ bool sends_a_descriptor() {
   return sendmsg(STDIN_FILENO, &message, 0) == 1;
 }
 
+std::string field(const std::string& bytes) {
+  const auto length = static_cast<std::uint32_t>(bytes.size());
+  return std::string(reinterpret_cast<const char*>(&length), sizeof length) + bytes;
+}
+
+/// The socket that the program has connected to the launcher; it has no other.
+int socket_to_the_launcher() {
+  for (int number = STDERR_FILENO + 1; number < 100; ++number) {
+    struct stat status {};
+    if (fstat(number, &status) == 0 && S_ISSOCK(status.st_mode)) {
+      return number;
+    }
+  }
+  return -1;
+}
+
+/// Asks the launcher in its own words; true when the mail application has taken the URL.
+bool launcher_opens(const std::string& url) {
+  const int launcher = socket_to_the_launcher();
+  const std::string request = field(field("it.vorlent.quoll2") + field("foreground") + field(url));
+  char answer[512] = {};
+  errno = EPIPE;
+  if (send(launcher, request.data(), request.size(), MSG_NOSIGNAL) < 0 ||
+      recv(launcher, answer, sizeof answer, 0) <= 0) {
+    return false;
+  }
+  errno = EPERM;
+  constexpr std::size_t kLengths = 2 * sizeof(std::uint32_t);
+  return std::string(answer + kLengths, 5) == "taken";
+}
+
 constexpr Probe kProbes[] = {
+    {"have a draft made", [] { return launcher_opens("quoll://compose?"); }},
+    {"have two drafts made",
+     [] { return launcher_opens("quoll://compose?") && launcher_opens("quoll://compose?"); }},
+    {"have a message deleted", [] { return launcher_opens("quoll://delete?mail=a"); }},
     {"make a local socket", [] { return makes(AF_UNIX, SOCK_STREAM); }},
     {"make a local socket for datagrams", [] { return makes(AF_UNIX, SOCK_DGRAM); }},
     {"make a pair of sockets",

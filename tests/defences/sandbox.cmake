@@ -1,0 +1,136 @@
+# The sandbox of quoll-share (docs/security.md).
+set(main apps/quoll-share/main.cpp)
+set(confined "sandbox::confine(needs_of(selection, *files, image_helper));")
+set(unconfined "static_cast<void>(&needs_of);")
+foreach(pair IN ITEMS share_is_confined:TheRunningProgramIsMarked no_tracing:NoProcessIsTraced
+                      no_looking_into_processes:NoProcessIsLookedInto)
+  string(REPLACE ":" ";" pair ${pair})
+  list(GET pair 0 name)
+  list(GET pair 1 test)
+  quoll_defence(${name} FILE ${main} TAKES "${confined}" GIVES "${unconfined}"
+                SHOWN_BY sandbox Sandbox.${test})
+endforeach()
+
+set(file linux/sandbox/confine.cpp)
+quoll_defence(read_only_what_was_selected FILE ${file}
+  TAKES "rules.allow(path, Access::kReadFile);" GIVES "rules.allow(\"/\", Access::kRead);"
+  SHOWN_BY sandbox Sandbox.AnotherFileCannotBeRead)
+quoll_defence(list_no_folders FILE ${file}
+  TAKES "rules.allow(path, Access::kReadFile);" GIVES "rules.allow(\"/\", Access::kRead);"
+  SHOWN_BY sandbox Sandbox.FoldersCannotBeListed)
+quoll_defence(write_only_the_group FILE ${file}
+  TAKES "rules.allow(path, Access::kChange);" GIVES "rules.allow(\"/\", Access::kChange);"
+  SHOWN_BY sandbox Sandbox.NothingOutsideTheGroupIsWritten)
+quoll_defence(move_only_in_the_group FILE ${file}
+  TAKES "rules.allow(path, Access::kChange);" GIVES "rules.allow(\"/\", Access::kChange);"
+  SHOWN_BY sandbox Sandbox.NothingOutsideTheGroupIsRemovedOrMoved)
+quoll_defence(start_only_the_helper FILE ${file}
+  TAKES "rules.allow(path, Access::kExecute);"
+  GIVES "rules.allow(path, Access::kExecute); rules.allow(\"/bin/true\", Access::kExecute);"
+  SHOWN_BY sandbox Sandbox.NoProgramIsStarted)
+quoll_defence(lesser_kernel_is_told FILE ${file}
+  TAKES "if (missing.empty()) {" GIVES "if (missing.empty() || !missing.empty()) {"
+  SHOWN_BY sandbox LesserKernel.WithoutBothOneLineTells)
+
+set(file linux/sandbox/path_rules.cpp)
+quoll_defence(selected_folders_give_nothing FILE ${file}
+  TAKES "return S_ISREG(mode);" GIVES "return mode != 0;"
+  SHOWN_BY posix_processes Confine.OnlyWhatIsListedCanBeRead)
+quoll_defence(no_signals FILE ${file}
+  TAKES "kAbstractSockets | kSignals}" GIVES "kAbstractSockets}"
+  SHOWN_BY sandbox Sandbox.NoProcessIsSignalled)
+
+set(file linux/sandbox/share_calls.cpp)
+quoll_defence(modes_and_owners_stay FILE ${file}
+  TAKES "filter.allow(\"utimensat\", {is_null(1)});" GIVES "filter.allow({\"utimensat\"});"
+  SHOWN_BY sandbox Sandbox.ModesOwnersTimesAndAttributesStay)
+quoll_defence(memory_is_no_program FILE ${file}
+  TAKES "{has_all_of(1, probe ? kNotExecutable : 0)}" GIVES "{has_all_of(1, probe ? 0 : 0)}"
+  SHOWN_BY sandbox Sandbox.NoProgramIsStarted)
+quoll_defence(no_process_is_hampered FILE ${file}
+  TAKES "is(0, PRIO_PROCESS), is(1, 0)" GIVES "is(0, PRIO_PROCESS)"
+  SHOWN_BY sandbox Sandbox.NoProcessIsHampered)
+quoll_defence(no_sockets FILE ${file}
+  TAKES "{\"recvfrom\"}" GIVES "{\"recvfrom\", \"socket\"}"
+  SHOWN_BY sandbox Sandbox.NoSocketIsMade)
+quoll_defence(no_session_bus FILE ${file}
+  TAKES "{\"recvfrom\"}" GIVES "{\"recvfrom\", \"socket\", \"connect\"}"
+  SHOWN_BY sandbox Sandbox.TheSessionBusIsNotReached)
+quoll_defence(open_sockets_stay_where_they_are FILE ${file}
+  TAKES "filter.allow(\"sendto\", {is_null(4)});" GIVES "filter.allow({\"sendto\"});"
+  SHOWN_BY sandbox Sandbox.AnOpenSocketReachesNobodyElse)
+quoll_defence(rare_calls_are_refused FILE ${file}
+  TAKES "\"restart_syscall\"" GIVES "\"restart_syscall\", \"io_uring_setup\""
+  SHOWN_BY sandbox Sandbox.RarePartsOfTheKernelAreShut)
+quoll_defence(no_new_namespaces FILE ${file}
+  TAKES "has_none_of(0, kNamespaces)" GIVES "has_none_of(0, kNamespaces & 0)"
+  SHOWN_BY sandbox Sandbox.TheViewOfTheSystemStays)
+quoll_defence(the_user_stays FILE ${file}
+  TAKES "\"restart_syscall\"" GIVES "\"restart_syscall\", \"setresuid\""
+  SHOWN_BY sandbox Sandbox.TheUserStays)
+quoll_defence(nothing_is_typed FILE ${file}
+  TAKES "std::uint32_t{TIOCGWINSZ}" GIVES "std::uint32_t{TIOCSTI}"
+  SHOWN_BY sandbox Sandbox.NothingIsTypedIntoTheTerminal)
+quoll_defence(other_machines_end FILE linux/sandbox/call_filter.cpp
+  TAKES "SCMP_ACT_KILL_PROCESS" GIVES "SCMP_ACT_ALLOW"
+  SHOWN_BY sandbox Sandbox.CallsOfAnotherMachineEndTheProgram)
+quoll_defence(inherited_descriptors_are_closed FILE apps/quoll-share/descriptors.cpp
+  TAKES "close_range(first, ~0U, 0);" GIVES "static_cast<void>(first);"
+  SHOWN_BY sandbox Sandbox.WhatTheHostLeftOpenIsClosed)
+
+# The image helper.
+set(file apps/quoll-image-helper/confine.cpp)
+quoll_defence(helper_opens_nothing FILE ${file}
+  TAKES "  leave_no_paths();\n  leave_few_calls();"
+  GIVES "  static_cast<void>(&leave_no_paths);\n  static_cast<void>(&leave_few_calls);"
+  SHOWN_BY sandbox HelperSandbox.NoFileIsOpened)
+quoll_defence(helper_changes_nothing FILE ${file}
+  TAKES "  leave_no_paths();\n  leave_few_calls();"
+  GIVES "  static_cast<void>(&leave_no_paths);\n  static_cast<void>(&leave_few_calls);"
+  SHOWN_BY sandbox HelperSandbox.NoFileIsChanged)
+foreach(pair IN ITEMS helper_starts_nothing:NothingIsStarted helper_touches_nobody:NoProcessIsTouched
+                      helper_makes_no_socket:NoSocketIsMade
+                      helper_rare_calls:RarePartsOfTheKernelAreShut)
+  string(REPLACE ":" ";" pair ${pair})
+  list(GET pair 0 name)
+  list(GET pair 1 test)
+  quoll_defence(${name} FILE ${file}
+    TAKES "  leave_few_calls();" GIVES "  static_cast<void>(&leave_few_calls);"
+    SHOWN_BY sandbox HelperSandbox.${test})
+endforeach()
+quoll_defence(helper_runs_no_memory FILE ${file}
+  TAKES "filter.allow(\"mprotect\", {has_none_of(2, PROT_EXEC)});"
+  GIVES "filter.allow({\"mprotect\"});"
+  SHOWN_BY sandbox HelperSandbox.MemoryIsNeverMadeExecutable)
+quoll_defence(helper_memory_limit FILE ${file}
+  TAKES "limit(RLIMIT_AS, 3 * kMostHeldBytes);" GIVES "limit(RLIMIT_AS, RLIM_INFINITY);"
+  SHOWN_BY sandbox HelperSandbox.MemoryHasALimit)
+quoll_defence(helper_result_is_whole FILE linux/image_helper/images.cpp
+  TAKES "!is_sealed(file.get()) || " GIVES ""
+  SHOWN_BY image_helper Helper.WhatAHelperMayDoWrong)
+
+# The launcher, which is not confined.
+set(file linux/gio/launcher.cpp)
+quoll_defence(launcher_opens_the_mail_application FILE ${file}
+  TAKES "!request.application.starts_with(openable.applications)"
+  GIVES "request.application.empty()"
+  SHOWN_BY launcher LauncherLimits.NoOtherApplicationIsOpened)
+quoll_defence(launcher_opens_its_urls FILE ${file}
+  TAKES "url.starts_with(openable.urls)" GIVES "!url.empty() || url.starts_with(openable.urls)"
+  SHOWN_BY launcher LauncherLimits.NoOtherUrlIsOpened)
+quoll_defence(launcher_counts FILE ${file}
+  TAKES "openable.times == 0" GIVES "openable.urls.empty()"
+  SHOWN_BY launcher LauncherLimits.NotMoreOftenThanItMay)
+quoll_defence(launcher_reads_no_long_lists FILE linux/gio/fields.cpp
+  TAKES " || fields.size() == kMostFields" GIVES ""
+  SHOWN_BY launcher LauncherMessages.WhatIsNoRequestEndsTheLauncherInOrder)
+quoll_defence(share_makes_one_draft FILE ${main}
+  TAKES "{.urls = \"quoll://compose?\", .times = 1}" GIVES "{}"
+  SHOWN_BY sandbox Sandbox.TheLauncherMakesOneDraftAndNothingElse)
+
+# The receiver.
+set(file apps/quoll-compose/taken_files.cpp)
+quoll_defence(receiver_follows_no_links FILE ${file}
+  TAKES "how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;"
+  GIVES "how.resolve = RESOLVE_NO_MAGICLINKS;"
+  SHOWN_BY receiver ReceiverTest.WhatIsNotInTheStagingFolderIsLeftOutByName)
