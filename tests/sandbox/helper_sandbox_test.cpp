@@ -13,14 +13,16 @@ namespace {
 const std::string kGif(
     "GIF89a\1\0\1\0\x80\0\0\0\0\0\xFF\xFF\xFF\x2C\0\0\0\0\1\0\1\0\0\2\2\x44\1\0\x3B", 35);
 
+posix::UniqueFd image(const ShareHome& home) {
+  return posix::UniqueFd(open(home.write("image.gif", kGif).c_str(), O_RDONLY));
+}
+
 /// One that was started by hand: it does not rest on the sandbox of the program that starts it.
 class HelperSandbox : public Probing {
  protected:
   int inside(const std::string& name) override {
-    return run_probe(name,
-                     {"sh", "-c", "exec \"$0\" png <\"$1\" 1<>\"$2\"", QUOLL_IMAGE_HELPER,
-                      home_.write("image.gif", kGif), home_.path("result")},
-                     "quoll-image-helper");
+    input_ = image(home_);
+    return run_probe(name, {QUOLL_IMAGE_HELPER, "png"}, "quoll-image-helper");
   }
 };
 
@@ -97,7 +99,7 @@ TEST_F(HelperSandbox, MemoryHasALimit) {
 class HelperOfAShare : public Probing {
  protected:
   int inside(const std::string& name) override {
-    input_.reset(::open(home_.write("image.gif", kGif).c_str(), O_RDONLY));
+    input_ = image(home_);
     // The module is an item, so that it can be read there.
     return run_probe(name, {QUOLL_SHARE, "--verbose", "--print", "-", QUOLL_PROBE_MODULE},
                      "quoll-image-helper");
@@ -105,7 +107,10 @@ class HelperOfAShare : public Probing {
 };
 
 TEST_F(HelperOfAShare, IsConfinedToo) {
-  only_outside("read another file", sandbox::kSanitizerBuild ? 1 : 0);
+  if (sandbox::kSanitizerBuild) {
+    GTEST_SKIP() << "a sanitizer does not find its options there, and refuses the probe's module";
+  }
+  only_outside("read another file");
   only_outside("make a local socket");
 }
 
