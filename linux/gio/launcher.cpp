@@ -79,6 +79,9 @@ class Launcher final : public platform::NSWorkspace {
 // A program may be started with its standard descriptors closed; what is opened then takes their
 // numbers, and would be read as standard input.
 posix::UniqueFd no_standard_one(posix::UniqueFd fd) {
+  if (fd.get() >= static_cast<int>(kFirstOther)) {
+    return fd;
+  }
   return posix::UniqueFd(fcntl(fd.get(), F_DUPFD_CLOEXEC, kFirstOther));
 }
 
@@ -174,6 +177,9 @@ std::shared_ptr<platform::NSWorkspace> start_launcher(Openable openable,
   }
   posix::UniqueFd program_end = no_standard_one(posix::UniqueFd(ends[0]));
   const posix::UniqueFd launcher_end = no_standard_one(posix::UniqueFd(ends[1]));
+  if (!program_end || !launcher_end) {
+    return std::make_shared<Launcher>(-1, posix::UniqueFd());
+  }
   const pid_t process = fork();
   if (process == 0) {
     program_end.reset();

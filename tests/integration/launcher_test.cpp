@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -291,6 +292,42 @@ TEST_F(LauncherTest, SeveralThreadsAreServedOneAfterTheOther) {
     thread.join();
   }
   EXPECT_EQ(opened, 4);
+}
+
+/// Leaves this process room for so many more descriptors.
+class FewDescriptors {
+ public:
+  explicit FewDescriptors(std::size_t left) {
+    getrlimit(RLIMIT_NOFILE, &before_);
+    const rlimit few{64, before_.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    for (int fd = 0; (fd = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0)) >= 0;) {
+      taken_.emplace_back(fd);
+    }
+    taken_.resize(taken_.size() - left);
+  }
+  FewDescriptors(const FewDescriptors&) = delete;
+  FewDescriptors& operator=(const FewDescriptors&) = delete;
+  ~FewDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
+
+ private:
+  rlimit before_{};
+  std::vector<posix::UniqueFd> taken_;
+};
+
+TEST_F(LauncherTest, TwoDescriptorsAreEnoughAndOneIsTold) {
+  Process receiver(bus_double("answer"), environment_);
+  ASSERT_EQ(receiver.read_line(), "ready");
+  {
+    const FewDescriptors few(2);
+    EXPECT_TRUE(open({"quoll://compose"}));
+  }
+  EXPECT_TRUE(log_->lines().empty());
+  {
+    const FewDescriptors few(1);
+    EXPECT_FALSE(open({"quoll://compose"}));
+  }
+  EXPECT_EQ(only_line(), "openURLs the launcher could not be started");
 }
 
 TEST_F(LauncherTest, TheLauncherEndsWithItsWorkspace) {
