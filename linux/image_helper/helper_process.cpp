@@ -61,18 +61,22 @@ int start(const std::string& program, const char* argument,
                      environ);
 }
 
-/// True when the process has ended within the time.
-bool ends_in_time(const Descriptor& process, std::chrono::milliseconds time_limit) {
+/// 0 when the process has ended, ETIMEDOUT when it takes longer, or the `errno` value that says why
+/// it cannot be watched.
+int wait_for_end(const Descriptor& process, std::chrono::milliseconds time_limit) {
   const auto deadline = Clock::now() + time_limit;
   for (;;) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
     pollfd ended{process.get(), POLLIN, 0};
     const int ready = poll(&ended, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
     if (ready > 0) {
-      return true;
+      return 0;
     }
-    if (ready == 0 || errno != EINTR) {
-      return false;
+    if (ready == 0) {
+      return ETIMEDOUT;
+    }
+    if (errno != EINTR) {
+      return errno;
     }
   }
 }
@@ -110,8 +114,8 @@ Outcome run_helper(const std::string& program, const char* argument, int in, int
   }
   writing = Descriptor();
   const Descriptor watched(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
-  const bool in_time = ends_in_time(watched, time_limit);
-  if (!in_time) {
+  const int trouble = watched.good() ? wait_for_end(watched, time_limit) : errno;
+  if (trouble != 0) {
     kill(process, SIGKILL);
   }
   int status = 0;
@@ -119,8 +123,9 @@ Outcome run_helper(const std::string& program, const char* argument, int in, int
   do {
     waited = waitpid(process, &status, 0);
   } while (waited < 0 && errno == EINTR);
-  if (!in_time) {
-    return {false, "the helper took too long"};
+  if (trouble != 0) {
+    return {false, trouble == ETIMEDOUT ? "the helper took too long"
+                                        : system_reason("the helper cannot be watched", trouble)};
   }
   // A program that ignores its children's ends is told no status. The seal on the result decides.
   if (waited < 0 || (WIFEXITED(status) && WEXITSTATUS(status) == 0)) {
