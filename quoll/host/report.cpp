@@ -105,6 +105,13 @@ std::optional<std::string> staging_trouble(const std::vector<std::string>& prepa
   return std::nullopt;
 }
 
+/// True when something was staged: then the folder could be used, whatever went wrong with what
+/// earlier shares had left in it.
+bool was_used(const Selection& selection) {
+  return std::any_of(selection.items.begin(), selection.items.end(),
+                     [](const auto& item) { return !item->witness().files().empty(); });
+}
+
 std::string why_not_opened(const Selection& selection, const Outcome& outcome,
                            const std::optional<WatchedWorkspace::Opening>& opening) {
   if (selection.empty()) {
@@ -120,7 +127,7 @@ ExitCode report(const Selection& selection, const Outcome& outcome,
                 const WatchedWorkspace& workspace, std::ostream& out) {
   const auto opening = workspace.opening();
   const bool is_opened = opening && opening->is_opened;
-  const auto trouble = staging_trouble(outcome.preparation);
+  const auto trouble = was_used(selection) ? std::nullopt : staging_trouble(outcome.preparation);
   const auto left_out = is_opened
                             ? everything_left_out(selection, outcome, *opening, trouble.has_value())
                             : selection.left_out;

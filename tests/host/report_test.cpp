@@ -146,5 +146,17 @@ TEST(Report, TroubleWithTheSharedFolderIsToldOnce) {
   }
 }
 
+TEST(Report, AFolderThatCouldNotBeEmptiedAndWasFilledIsNoTrouble) {
+  const auto bad_disk = file_error(EIO, "/Share", true);
+  Selection selection;
+  selection.items = {file_item("a.pdf", "/Share/a_1.pdf", "")};
+  Outcome outcome;
+  outcome.preparation = {format("shareInit delete %@", bad_disk),
+                         format("shareInit create %@", bad_disk)};
+  const Told answer = told(selection, outcome, "quoll://compose?attachment_0=%2FShare%2Fa_1.pdf");
+  EXPECT_EQ(answer.text, "");
+  EXPECT_EQ(answer.code, ExitCode::kOpened);
+}
+
 }  // namespace
 }  // namespace quoll::host
