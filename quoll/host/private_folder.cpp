@@ -1,6 +1,7 @@
 #include "quoll/host/private_folder.h"
 
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -21,54 +22,71 @@ std::string temporary_folder() {
   return named != nullptr && named[0] == '/' ? named : "/tmp";
 }
 
-/// Waits for the other end of the pipe to be closed, then removes the folder.
-[[noreturn]] void clean_when_closed(int pipe_end, const std::string& folder) {
+/// Makes the folder, tells its path, and removes it when the other end of the socket is closed. Who
+/// removes it is there before it is: whenever the program is killed, nothing stays. Ends with the
+/// `errno` value when no folder can be made.
+[[noreturn]] void keep_while_open(int socket, std::string path) {
   // What is sent to the whole group of processes is meant for the program, and then this one works.
-  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE}) {
     static_cast<void>(std::signal(number, SIG_IGN));
   }
   // Nothing of the program is held open, least of all a pipe that somebody reads to its end.
-  dup2(pipe_end, 0);
+  dup2(socket, 0);
   close_range(1, ~0U, 0);
+  if (mkdtemp(path.data()) == nullptr) {
+    _exit(errno);
+  }
+  static_cast<void>(write_all(0, path));
   char ignored = 0;
   while (read(0, &ignored, 1) < 0 && errno == EINTR) {
   }
   std::error_code failure;
-  std::filesystem::remove_all(folder, failure);
+  std::filesystem::remove_all(path, failure);
   _exit(0);
+}
+
+/// Waits for the end of the process; answers its exit status, or -1.
+int end_of(pid_t process) {
+  int status = 0;
+  pid_t ended = -1;
+  while ((ended = waitpid(process, &status, 0)) < 0 && errno == EINTR) {
+  }
+  return ended == process && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 }  // namespace
 
 std::unique_ptr<PrivateFolder> PrivateFolder::make() {
-  std::string path = temporary_folder() + "/quoll-share-XXXXXX";
+  const std::string wanted = temporary_folder() + "/quoll-share-XXXXXX";
   std::array<int, 2> ends{-1, -1};
-  if (mkdtemp(path.data()) == nullptr) {
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
     return nullptr;
   }
-  pid_t cleaner = -1;
-  if (pipe2(ends.data(), O_CLOEXEC) == 0) {
-    cleaner = fork();
-    if (cleaner == 0) {
-      clean_when_closed(ends[0], path);
-    }
+  FileHandle own(ends[0]);
+  FileHandle others(ends[1]);
+  const pid_t cleaner = fork();
+  if (cleaner == 0) {
+    keep_while_open(others.get(), wanted);
   }
-  const int number = errno;
-  const FileHandle reading(ends[0]);
-  FileHandle writing(ends[1]);
   if (cleaner < 0) {
-    rmdir(path.c_str());
-    errno = number;
+    return nullptr;
+  }
+  others.reset();
+  std::string path;
+  bool ended = false;
+  if (!read_until(own.get(), path, wanted.size(), ended) || path.size() != wanted.size()) {
+    own.reset();
+    const int number = end_of(cleaner);
+    errno = number > 0 ? number : EIO;
     return nullptr;
   }
   return std::unique_ptr<PrivateFolder>(
-      new PrivateFolder(std::move(path), std::move(writing), cleaner));
+      new PrivateFolder(std::move(path), std::move(own), cleaner));
 }
 
 PrivateFolder::~PrivateFolder() {
   alive_.reset();
-  while (waitpid(cleaner_, nullptr, 0) < 0 && errno == EINTR) {
-  }
+  static_cast<void>(end_of(cleaner_));
 }
 
 FileHandle PrivateFolder::create(std::string_view name, std::string& file_path) {

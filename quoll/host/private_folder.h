@@ -13,7 +13,8 @@ namespace quoll::host {
 
 /// A folder with mode 0700 under ${TMPDIR:-/tmp} for bytes that came without a file. It goes with
 /// all that is in it when this object goes, and when the process ends in any other way too, killed
-/// or confined: a small process of its own waits for that. To be made while there is one thread.
+/// or confined: a small process of its own makes it and waits for that. To be made while there is
+/// one thread.
 class PrivateFolder {
  public:
   /// Null with `errno` set when there can be none.
@@ -35,7 +36,7 @@ class PrivateFolder {
       : path_(std::move(path)), alive_(std::move(alive)), cleaner_(cleaner) {}
 
   std::string path_;
-  /// The writing end of a pipe; the cleaner works when it is closed.
+  /// One end of a socket; the cleaner works when it is closed.
   FileHandle alive_;
   pid_t cleaner_;
   int count_ = 0;
