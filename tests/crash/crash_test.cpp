@@ -1,0 +1,139 @@
+// A sample of what scripts/crash does at every call: shares that are harmed where they change
+// something on the disk.
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+
+#include <cerrno>
+#include <map>
+
+#include "tests/crash/series.h"
+
+namespace quoll::crash {
+namespace {
+
+/// Shares that are killed, in one of the worlds; each test looks for one kind of harm.
+class Killed : public testing::TestWithParam<const char*> {
+ protected:
+  void SetUp() override {
+    if (const std::string why = why_not_stepped(); !why.empty()) {
+      GTEST_SKIP() << why;
+    }
+  }
+
+  /// How often this was found. The sample is taken once for all tests.
+  static long found(About about) {
+    static std::map<std::string, SeriesResult> results;
+    const auto [at, is_new] = results.try_emplace(GetParam());
+    if (is_new) {
+      const auto* const series =
+          std::find_if(std::begin(kSeries), std::end(kSeries),
+                       [](const Series& one) { return std::string(one.name) == GetParam(); });
+      at->second = run_series(*series, {.seconds = 0, .only_changes = true, .unharmed = 2});
+    }
+    EXPECT_GT(at->second.trials, 10);
+    EXPECT_EQ(at->second.found.at(static_cast<std::size_t>(About::kHang)), 0);
+    return at->second.found.at(static_cast<std::size_t>(about));
+  }
+};
+
+TEST_P(Killed, NoFileIsHalfUnderItsName) {
+  EXPECT_EQ(found(About::kHalfFile), 0);
+}
+
+TEST_P(Killed, NothingStaysThatTheNextShareDoesNotRemove) {
+  EXPECT_EQ(found(About::kLeftOver), 0);
+}
+
+TEST_P(Killed, NoLockStays) {
+  EXPECT_EQ(found(About::kLock), 0);
+}
+
+TEST_P(Killed, NothingElseIsTouched) {
+  EXPECT_EQ(found(About::kTouched), 0);
+}
+
+TEST_P(Killed, TheNextShareWorks) {
+  EXPECT_EQ(found(About::kNextShare), 0);
+}
+
+TEST_P(Killed, WhoIsLeftTellsTheTruth) {
+  EXPECT_EQ(found(About::kUntruth), 0);
+  EXPECT_EQ(found(About::kDeath), 0);
+}
+
+/// Does something at one call: the one of a kind that is the `turn`-th, from 1.
+class AtOne final : public Steps {
+ public:
+  AtOne(long number, int turn, const Step& step) : number_(number), turn_(turn), step_(step) {}
+
+  Step at(const Call& call) override {
+    return call.number == number_ && --turn_ == 0 ? step_ : Step{};
+  }
+  [[nodiscard]] bool is_done() const override { return turn_ <= 0; }
+
+ private:
+  long number_;
+  int turn_;
+  Step step_;
+};
+
+TEST(KilledAlone, ItLeavesNoPrivateFiles) {
+  if (const std::string why = why_not_stepped(); !why.empty()) {
+    GTEST_SKIP() << why;
+  }
+  struct Row {
+    const char* reason;
+    long call;
+    int turn;
+  };
+  const std::vector<Row> rows{
+      {"before it starts who removes them", SYS_clone, 2},
+      {"while it makes the file", SYS_write, 3},
+      {"while it copies", SYS_copy_file_range, 1},
+  };
+  const Scene scene;
+  for (const Row& row : rows) {
+    AtOne kill(row.call, row.turn, {.kind = Step::Kind::kKillOne});
+    const SteppedEnd end = run_stepped(scene.command(Which::kFirst), scene.environment(), kill, 0);
+    EXPECT_TRUE(kill.is_done()) << row.reason;
+    EXPECT_EQ(names_in(scene.temporary()), std::vector<std::string>()) << row.reason;
+  }
+}
+
+TEST(Failed, WhatWentWrongIsTold) {
+  if (const std::string why = why_not_stepped(); !why.empty()) {
+    GTEST_SKIP() << why;
+  }
+  struct Row {
+    const char* reason;
+    long call;
+    int error;
+    int status;
+    std::string told;
+  };
+  const std::vector<Row> rows{
+      {"the image helper cannot be watched", SYS_pidfd_open, EMFILE, 3,
+       "left out: data:image/gif;base64,R0lGODlhAQABAIAAAA...: image: the helper cannot be "
+       "watched: "
+       "Too many open files\n"},
+      {"no socket to the launcher", SYS_socketpair, EMFILE, 1,
+       "not opened: the launcher could not be started\n"},
+      {"no copies inside the file system", SYS_copy_file_range, EIO, 0, ""},
+      {"no turn, which is for the sake of others", SYS_flock, ENOLCK, 0, ""},
+  };
+  Scene scene;
+  static_cast<void>(scene.learn());
+  for (const Row& row : rows) {
+    scene.prepare(false);
+    AtOne fault(row.call, 1, {.kind = Step::Kind::kFail, .error = row.error});
+    const SteppedEnd end = run_stepped(scene.command(Which::kFirst), scene.environment(), fault, 0);
+    EXPECT_TRUE(fault.is_done()) << row.reason;
+    EXPECT_EQ(end.status, row.status) << row.reason;
+    EXPECT_EQ(end.errors, row.told) << row.reason;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Killed, testing::Values("kill-all", "kill-all-first"));
+
+}  // namespace
+}  // namespace quoll::crash
