@@ -157,9 +157,9 @@ class Run {
   /// Meets a new thread before its maker makes the next.
   void meet_made_by(pid_t maker) {
     unsigned long made = 0;
-    // It may have been killed already, and its end been told.
-    if (ptrace(PTRACE_GETEVENTMSG, maker, nullptr, &made) == 0 && made > 0 &&
-        kill(static_cast<pid_t>(made), 0) == 0) {
+    const bool is_told = ptrace(PTRACE_GETEVENTMSG, maker, nullptr, &made) == 0;
+    // It may have been killed meanwhile.
+    if (is_told && ended_unmet_.erase(static_cast<pid_t>(made)) == 0) {
       meet(static_cast<pid_t>(made));
     }
   }
@@ -247,7 +247,8 @@ class Run {
   void ended(pid_t id, int status, SteppedEnd& end) {
     const auto at = threads_.find(id);
     if (at == threads_.end()) {
-      return;  // a child of ours that is not traced
+      ended_unmet_.insert(id);
+      return;
     }
     threads_.erase(at);
     if (id == program_) {
@@ -267,6 +268,7 @@ class Run {
   std::map<pid_t, Thread> threads_;
   std::map<pid_t, Process> processes_;
   std::set<pid_t> killed_;
+  std::set<pid_t> ended_unmet_;
   bool is_begun_ = false;
   bool killing_ = false;
 };
