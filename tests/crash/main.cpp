@@ -37,7 +37,8 @@ int run(int argc, char** argv) {
   long faulty = 0;
   for (const Series& series : kSeries) {
     if (wanted.empty() || std::find(wanted.begin(), wanted.end(), series.name) != wanted.end()) {
-      faulty += run_series(series, options).faulty;
+      const SeriesResult result = run_series(series, options);
+      faulty += result.faulty + result.stuck;
     }
   }
   std::cout << (faulty == 0 ? "nothing found" : "faults found") << "\n";

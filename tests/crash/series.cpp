@@ -187,8 +187,10 @@ SeriesResult run_series(const Series& series, const SeriesOptions& options) {
   std::cout << ", " << progress.unsure << " opened without knowing it\n  " << progress.faulty
             << " trials found something, " << took.count() << " s\n"
             << std::flush;
-  SeriesResult result{
-      .trials = progress.trials, .faulty = progress.faulty + progress.broken_workers, .found = {}};
+  SeriesResult result{.trials = progress.trials,
+                      .faulty = progress.faulty,
+                      .stuck = progress.broken_workers,
+                      .found = {}};
   std::copy(progress.found.begin(), progress.found.end(), result.found.begin());
   return result;
 }

@@ -47,8 +47,10 @@ struct SeriesOptions {
 
 struct SeriesResult {
   long trials = 0;
-  /// The trials that found something, and the processes that could not go on.
+  /// The trials that found something.
   long faulty = 0;
+  /// The processes that could not go on with their trials.
+  long stuck = 0;
   /// How often each kind of thing was found, by `About`.
   std::array<long, kAbouts> found{};
 };
