@@ -1,0 +1,127 @@
+"""Kills one of them all about once a second."""
+
+import asyncio
+import os
+import pathlib
+import signal
+import time
+
+KINDS = {"share": 5, "share at work": 4, "launcher": 2, "image helper": 2, "receiver": 2,
+         "writer": 2, "reader": 2}
+
+
+def turn_holder(container):
+    """The process that holds the turn, by the kernel's own list; 0 when none does."""
+    try:
+        wanted = os.stat(container / ".locks/turn").st_ino
+    except FileNotFoundError:
+        return 0
+    for line in pathlib.Path("/proc/locks").read_text().splitlines():
+        words = line.split()
+        if words[1] == "FLOCK" and int(words[5].rsplit(":", 1)[1]) == wanted:
+            return int(words[4])
+    return 0
+
+
+def children(process):
+    """Its child processes, the first that it started first."""
+    try:
+        return list(map(int, pathlib.Path(f"/proc/{process}/task/{process}/children").read_text()
+                        .split()))
+    except (FileNotFoundError, ProcessLookupError):
+        return []
+
+
+def name(process):
+    try:
+        return pathlib.Path(f"/proc/{process}/comm").read_text().strip()
+    except (FileNotFoundError, ProcessLookupError):
+        return ""
+
+
+class Killing:
+    def __init__(self, home, figures, random, sharers, launches, stores):
+        self.home, self.figures, self.random = home, figures, random
+        self.sharers, self.launches, self.stores = sharers, launches, stores
+
+    async def kill(self, stop):
+        while not stop.is_set():
+            await asyncio.sleep(self.random.uniform(0.5, 1.5))
+            kind = self.random.choices(list(KINDS), list(KINDS.values()))[0]
+            kill = getattr(self, "_kill_" + kind.replace(" ", "_"))
+            if await kill():
+                self.figures.kills[kind] += 1
+
+    def _running(self):
+        return [share for share in self.sharers.running.values()
+                if share.process and share.process.returncode is None and not share.disturbed]
+
+    def _at_work(self):
+        holder = turn_holder(self.home.container)
+        return next((share for share in self._running() if share.process.pid == holder), None)
+
+    @staticmethod
+    def _end(process):
+        try:
+            os.kill(process, signal.SIGKILL)
+        except ProcessLookupError:
+            return False
+        return True
+
+    async def _kill_share(self):
+        running = self._running()
+        return bool(running) and self._kill_one(self.random.choice(running))
+
+    async def _kill_share_at_work(self):
+        await asyncio.sleep(self.random.uniform(0, 0.2))
+        share = self._at_work()
+        return bool(share) and self._kill_one(share)
+
+    def _kill_one(self, share):
+        share.disturbed = "share"
+        return self._end(share.process.pid)
+
+    async def _kill_launcher(self):
+        """The launcher is the first process that a share starts."""
+        share = self._at_work() if self.random.random() < 0.7 else None
+        running = self._running()
+        share = share or (self.random.choice(running) if running else None)
+        started = children(share.process.pid) if share else []
+        if not started:
+            return False
+        share.disturbed = "launcher"
+        return self._end(started[0])
+
+    async def _kill_image_helper(self):
+        """There is one for some milliseconds only, so it is waited for."""
+        for _ in range(500):
+            share = self._at_work()
+            for process in children(share.process.pid) if share else []:
+                if name(process).startswith("quoll-image"):
+                    share.disturbed = "image helper"
+                    return self._end(process)
+            await asyncio.sleep(0.002)
+        return False
+
+    async def _kill_receiver(self):
+        """Whoever is launching now is told that it has ended; none of the others may notice."""
+        receiver, self.launches.receiver = self.launches.receiver, ""
+        if not receiver:
+            return False
+        self.launches.killed.add(receiver)
+        self.sharers.receiver_killed_at = time.monotonic()
+        return self._end(int(receiver))
+
+    async def _kill_writer(self):
+        self.stores.killed.add(self.stores.replacing)
+        self.stores.replacing.kill()
+        return True
+
+    async def _kill_reader(self):
+        readings = [process for process in self.stores.readings if process.returncode is None]
+        if not readings:
+            return False
+        process = self.random.choice(readings)
+        self.stores.killed.add(process)
+        process.kill()
+        return True
