@@ -1,7 +1,5 @@
 #include "quoll/host/received_bytes.h"
 
-#include <limits>
-
 #include "quoll/host/file_handle.h"
 #include "quoll/host/image_signature.h"
 
@@ -42,10 +40,10 @@ bool write_through(const ReceivedBytes& received, int source, int target) {
   return true;
 }
 
-std::optional<std::string> receive_text(int descriptor) {
+std::optional<std::string> receive_text(int descriptor, std::size_t enough) {
   std::string text;
   bool ended = false;
-  if (!read_until(descriptor, text, std::numeric_limits<std::size_t>::max(), ended)) {
+  if (!read_until(descriptor, text, enough, ended)) {
     return std::nullopt;
   }
   return text;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,7 +21,7 @@ struct ReceivedBytes {
 /// than a block in memory. False with `errno` set.
 [[nodiscard]] bool write_through(const ReceivedBytes& received, int source, int target);
 
-/// All that a descriptor delivers; none with `errno` set.
-[[nodiscard]] std::optional<std::string> receive_text(int descriptor);
+/// All that a descriptor delivers, or its first `enough` bytes; none with `errno` set.
+[[nodiscard]] std::optional<std::string> receive_text(int descriptor, std::size_t enough);
 
 }  // namespace quoll::host

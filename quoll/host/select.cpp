@@ -19,6 +19,8 @@ using foundation::Bytes;
 using foundation::NSURL;
 
 constexpr std::string_view kStandardInput = "-";
+/// No command holds more, and what delivers it may have no end.
+constexpr std::size_t kLongestText = std::size_t{64} << 20;
 
 class Selector {
  public:
@@ -30,9 +32,12 @@ class Selector {
     if (!given) {
       return std::nullopt;
     }
-    auto text = given == kStandardInput ? receive_text(standard_input_) : given;
+    auto text = given == kStandardInput ? receive_text(standard_input_, kLongestText + 1) : given;
     if (!text) {
       leave_out(what, error_words(errno));
+    } else if (text->size() > kLongestText) {
+      leave_out(what, "it is longer than 64 MiB");
+      text.reset();
     } else if (!foundation::is_utf8(*text)) {
       leave_out(what, "it is not UTF-8");
       text.reset();

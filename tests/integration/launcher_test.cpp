@@ -3,13 +3,16 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <thread>
 
+#include "linux/gio/fields.h"
 #include "tests/integration/private_bus.h"
 #include "tests/support/recorders.h"
 
@@ -132,10 +135,28 @@ TEST_F(LauncherTest, AMegabyteArrivesWhole) {
   EXPECT_EQ(record(), "uri " + url + "\n");
 }
 
-TEST_F(LauncherTest, MoreThanABusMessageCarriesIsNotOpened) {
+TEST_F(LauncherTest, AsMuchAsABusMessageCarriesIsOpenedAndNoMore) {
+  constexpr std::size_t kLimit = (std::size_t{64} << 20U) - 9;
+  const std::string head = "quoll://compose?htmlBody=";
   add_service("answer");
-  EXPECT_FALSE(open({"quoll://compose?htmlBody=" + std::string(std::size_t{64} << 20U, 'x')}));
-  EXPECT_TRUE(only_line().starts_with("openURLs the URLs are too long: ")) << only_line();
+  EXPECT_FALSE(open({head + std::string(kLimit + 1 - head.size(), 'x')}));
+  EXPECT_EQ(only_line(),
+            "openURLs the URLs are too long: 67108864 bytes, and fewer than 67108864 can be handed "
+            "over");
+  const std::string longest = head + std::string(kLimit - head.size(), 'x');
+  ASSERT_TRUE(open({longest})) << log_->lines().back();
+  EXPECT_TRUE(record() == "uri " + longest + "\n");
+}
+
+TEST_F(LauncherTest, AListThatClaimsMoreThanTheLimitIsNotReceived) {
+  int ends[2] = {-1, -1};
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+  const posix::UniqueFd here(ends[0]);
+  const posix::UniqueFd there(ends[1]);
+  const std::uint32_t claim = (256U << 20U) + 1;
+  ASSERT_EQ(::write(here.get(), &claim, sizeof claim), static_cast<ssize_t>(sizeof claim));
+  EXPECT_FALSE(gio::receive_fields(there.get())) << "without waiting for the rest";
+  EXPECT_FALSE(gio::send_fields(here.get(), {std::string(256U << 20U, 'x')}));
 }
 
 TEST_F(LauncherTest, NothingAndNullAreNotOpened) {
@@ -251,7 +272,7 @@ TEST_F(LauncherTest, AnArgumentAtTheLimitIsStartedAndALongerOneIsNot) {
   EXPECT_EQ(only_line(),
             "openURLs the URLs are too long for a command line, which takes 131071 bytes each");
   const std::string longest = head + std::string(kLimit - head.size(), 'x');
-  ASSERT_TRUE(open({longest}));
+  ASSERT_TRUE(open({longest})) << log_->lines().back();
   EXPECT_TRUE(record().starts_with("uri " + longest + "\n"));
 }
 

@@ -34,6 +34,7 @@ PrivateBus::PrivateBus(const Environment& more)
   // Of the system's data only the file types: an application installed here is not in this home.
   std::filesystem::create_directories(folder_.path("system-data"));
   std::filesystem::create_directory_symlink("/usr/share/mime", folder_.path("system-data/mime"));
+  // The limits are those of a desktop's session bus.
   folder_.write("bus.conf", R"(<!DOCTYPE busconfig PUBLIC
  "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
@@ -48,6 +49,9 @@ PrivateBus::PrivateBus(const Environment& more)
     <allow eavesdrop="true"/>
     <allow own="*"/>
   </policy>
+  <limit name="max_incoming_bytes">1000000000</limit>
+  <limit name="max_outgoing_bytes">1000000000</limit>
+  <limit name="max_message_size">1000000000</limit>
 </busconfig>
 )");
   daemon_ = std::make_unique<Process>(

@@ -1,0 +1,63 @@
+// How much is taken from standard input, and how.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include "quoll/host/received_bytes.h"
+#include "quoll/host/select.h"
+
+namespace quoll::host {
+namespace {
+
+constexpr std::size_t kMebibyte = std::size_t{1} << 20;
+
+/// A descriptor that delivers this beginning and then zero bytes, so many in all.
+FileHandle delivering(std::string_view beginning, std::size_t size) {
+  FileHandle file(memfd_create("test", MFD_CLOEXEC));
+  EXPECT_TRUE(write_all(file.get(), beginning));
+  EXPECT_EQ(ftruncate(file.get(), static_cast<off_t>(size)), 0);
+  lseek(file.get(), 0, SEEK_SET);
+  return file;
+}
+
+TEST(ReceivedLimits, AnImageIsHeldBelow256MiB) {
+  constexpr std::string_view kPng = "\x89PNG\r\n\x1a\n";
+  const auto longest = receive(delivering(kPng, 256 * kMebibyte - 1).get());
+  ASSERT_TRUE(longest);
+  EXPECT_TRUE(longest->is_whole) << "an image, to be decoded";
+  EXPECT_EQ(longest->beginning.size(), 256 * kMebibyte - 1);
+  const auto longer = receive(delivering(kPng, 256 * kMebibyte + 1).get());
+  ASSERT_TRUE(longer);
+  EXPECT_FALSE(longer->is_whole) << "shared as the file that it is";
+  EXPECT_EQ(longer->beginning.size(), 256 * kMebibyte);
+}
+
+TEST(ReceivedLimits, OfOtherBytesOneMebibyteIsHeld) {
+  EXPECT_TRUE(receive(delivering("", kMebibyte - 1).get())->is_whole);
+  const auto longer = receive(delivering("", 100 * kMebibyte).get());
+  EXPECT_FALSE(longer->is_whole);
+  EXPECT_EQ(longer->beginning.size(), kMebibyte) << "the rest goes through a block at a time";
+}
+
+TEST(ReceivedLimits, ATextHas64MiBAtMost) {
+  const auto selected = [](std::size_t size) {
+    return select({{}, "-", {}, {}}, delivering("text", size).get());
+  };
+  const Selection longest = selected(64 * kMebibyte);
+  ASSERT_TRUE(longest.text);
+  EXPECT_EQ(longest.text->size(), 64 * kMebibyte);
+  const Selection longer = selected(64 * kMebibyte + 1);
+  EXPECT_FALSE(longer.text);
+  ASSERT_EQ(longer.left_out.size(), 1U);
+  EXPECT_EQ(longer.left_out[0].what, "the text");
+  EXPECT_EQ(longer.left_out[0].why, "it is longer than 64 MiB");
+}
+
+TEST(ReceivedLimits, ATextWithoutAnEndEnds) {
+  const FileHandle endless(open("/dev/zero", O_RDONLY | O_CLOEXEC));
+  EXPECT_FALSE(select({{}, {}, "-", {}}, endless.get()).html);
+}
+
+}  // namespace
+}  // namespace quoll::host
