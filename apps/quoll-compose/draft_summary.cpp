@@ -115,14 +115,14 @@ void print_excerpt(std::ostream& out, std::string_view text) {
       return;
     }
     const auto end = std::min(text.find('\n'), text.size());
-    auto shown = std::min(end, kBytesOfALine);
-    while (shown < end && (static_cast<unsigned char>(text[shown]) & 0xC0U) == 0x80) {
+    std::string_view content = text.substr(0, end);
+    content.remove_suffix(content.ends_with('\r') ? 1 : 0);
+    auto shown = std::min(content.size(), kBytesOfALine);
+    while (shown < content.size() && (static_cast<unsigned char>(content[shown]) & 0xC0U) == 0x80) {
       --shown;  // not inside a character
     }
-    const auto content = text.substr(0, shown);
-    const auto carriage = content.ends_with('\r') ? 1U : 0U;
-    out << "  " << foundation::printable(content.substr(0, content.size() - carriage))
-        << (shown < end ? "..." : "") << '\n';
+    out << "  " << foundation::printable(content.substr(0, shown))
+        << (shown < content.size() ? "..." : "") << '\n';
     text.remove_prefix(std::min(end + 1, text.size()));
   }
 }

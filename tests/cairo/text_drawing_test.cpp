@@ -227,6 +227,19 @@ TEST_F(TextDrawing, LongTextsGoOnWithoutAGap) {
   }
 }
 
+TEST_F(TextDrawing, ATextHas256KiB) {
+  // Empty lines, so low that all of them find room, and a letter behind them.
+  const auto is_shown = [](std::size_t lines) {
+    const auto drawing = make_drawing(cairo_drawing::FileType::kSvg, {10, 16384});
+    drawing->draw_text(std::string(lines, '\n') + "x", {{0, 0}, {10, 16384}}, {.size = 0.01});
+    const auto file = drawing->finish();
+    return std::string(file->begin(), file->end()).find("<use") != std::string::npos;
+  };
+  constexpr std::size_t kLongest = std::size_t{256} << 10U;
+  EXPECT_TRUE(is_shown(kLongest - 1));
+  EXPECT_FALSE(is_shown(kLongest));
+}
+
 TEST_F(TextDrawing, BreaksLinesAlikeOnPaper) {
   // What stands in an SVG is the same set of glyphs at the same places.
   const auto drawing = make_drawing(cairo_drawing::FileType::kSvg, {100, 100});

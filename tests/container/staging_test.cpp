@@ -104,6 +104,15 @@ TEST_F(Staging, AFailedItemIsLeftOutAndTheRestGoesOn) {
   EXPECT_EQ(log->lines().back(), std::string("Error writing file shareDatas ") + kFullText);
 }
 
+TEST_F(Staging, ANameHas255BytesAndASecondOfThemNoRoomForItsNumber) {
+  ShareInit("Share");
+  const std::string name(255, 'n');
+  const std::string path = folder.write(name, "content");
+  EXPECT_EQ(texts(*ShareFiles("Share", list({path, path}))), std::vector{staging() + "/" + name});
+  EXPECT_TRUE(log->lines().back().starts_with("Error writing file shareFiles "))
+      << log->lines().back();
+}
+
 TEST_F(Staging, AnExceptionEndsTheLoopAndKeepsWhatIsThere) {
   ShareInit("Share");
   const std::string path = folder.write("1", "");

@@ -132,6 +132,22 @@ TEST(ThreadPool, BlocksThatWaitDoNotKeepOthersFromRunning) {
   gate.open();
 }
 
+TEST(ThreadPool, FourBlocksRunAtATime) {
+  Gate gate;
+  std::atomic<int> running = 0;
+  const Queue queue = posix::make_thread_pool();
+  for (int i = 0; i < 20; ++i) {
+    queue->async(QueuePriority::kDefault, [&] {
+      ++running;
+      gate.pass();
+    });
+  }
+  gate.wait_for(4);
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));  // in which a fifth would begin
+  EXPECT_EQ(running, 4);
+  gate.open();
+}
+
 TEST(ThreadPool, OnlyBackgroundBlocksAreSlow) {
   const int usual = nice_of_this_thread();
   std::atomic<int> background = usual;

@@ -83,7 +83,7 @@ TEST_F(Write, ReadingKnowsItsLimits) {
   ASSERT_TRUE(status) << "claims to be empty";
   EXPECT_FALSE(status->empty());
   folder_.write("huge", "");
-  fs::resize_file(folder_.path("huge"), std::uintmax_t{1} << 40);
+  fs::resize_file(folder_.path("huge"), (std::uintmax_t{1} << 30) + 1);
   EXPECT_FALSE(files_->contentsAtPath(folder_.path("huge"), error_));
   EXPECT_EQ(error_->code, foundation::NSFileReadTooLargeError);
 }
