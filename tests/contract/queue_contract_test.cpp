@@ -142,7 +142,9 @@ TEST(ThreadPool, FourBlocksRunAtATime) {
       gate.pass();
     });
   }
-  gate.wait_for(4);
+  while (running < 4) {
+    std::this_thread::yield();
+  }
   std::this_thread::sleep_for(std::chrono::milliseconds(50));  // in which a fifth would begin
   EXPECT_EQ(running, 4);
   gate.open();

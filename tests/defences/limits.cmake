@@ -1,0 +1,134 @@
+# The limits of docs/limits.md that keep hostile input from growing, or a person from waiting.
+
+# What a program takes in
+quoll_defence(text_length FILE quoll/host/select.cpp
+  TAKES "text->size() > kLongestText" GIVES "text->size() > 2 * kLongestText"
+  SHOWN_BY host ReceivedLimits.ATextHas64MiBAtMost)
+quoll_defence(image_in_memory FILE quoll/host/received_bytes.cpp
+  TAKES "std::size_t{256} << 20" GIVES "std::size_t{512} << 20"
+  SHOWN_BY host ReceivedLimits.AnImageIsHeldBelow256MiB)
+quoll_defence(file_in_memory FILE linux/posix/files.cpp
+  TAKES "off_t{1} << 30" GIVES "off_t{1} << 31"
+  SHOWN_BY posix_files Write.ReadingKnowsItsLimits)
+quoll_defence(wait_for_answers FILE quoll/share/item_gatherer.cpp
+  TAKES "int attempt = -100" GIVES "int attempt = -200"
+  SHOWN_BY share Gathering.WaitsItsFullTimeForWhatIsNeitherUrlNorImage)
+quoll_defence(pool_threads FILE linux/posix/thread_pool.cpp
+  TAKES "kThreads = 4" GIVES "kThreads = 8"
+  SHOWN_BY contract_ports ThreadPool.FourBlocksRunAtATime)
+quoll_defence(lock_name_length FILE linux/posix/coordinator.cpp
+  TAKES "name.size() > NAME_MAX" GIVES "name.size() > 2 * NAME_MAX"
+  SHOWN_BY posix_processes LockFileName.IsWrittenDownForOthers)
+
+# Property lists, values and JSON
+quoll_defence(xml_depth FILE quoll/foundation/property_list_xml.cpp
+  TAKES "depth > kPropertyListDepth" GIVES "depth > 2 * kPropertyListDepth"
+  SHOWN_BY foundation XmlPropertyList.HasADeepestDepth)
+quoll_defence(xml_values FILE quoll/foundation/property_list_xml.cpp
+  TAKES "++values_ > kPropertyListValues" GIVES "++values_ > 2 * kPropertyListValues"
+  SHOWN_BY foundation XmlPropertyList.HasAMostNumberOfValues)
+quoll_defence(old_depth FILE quoll/foundation/property_list_old.cpp
+  TAKES "depth > kPropertyListDepth" GIVES "depth > 2 * kPropertyListDepth"
+  SHOWN_BY foundation OldPropertyList.HasADeepestDepth)
+quoll_defence(old_values FILE quoll/foundation/property_list_old.cpp
+  TAKES "++values_ > kPropertyListValues" GIVES "++values_ > 2 * kPropertyListValues"
+  SHOWN_BY foundation OldPropertyList.HasAMostNumberOfValues)
+quoll_defence(binary_depth FILE quoll/foundation/property_list_binary.cpp
+  TAKES "depth + object.height - 1 <= kPropertyListDepth"
+  GIVES "depth + object.height - 1 <= 2 * kPropertyListDepth"
+  SHOWN_BY foundation BinaryPropertyList.HasADeepestDepth)
+quoll_defence(binary_values FILE quoll/foundation/property_list_binary.cpp
+  TAKES "whole.values <= kPropertyListValues" GIVES "whole.values <= 2 * kPropertyListValues"
+  SHOWN_BY foundation BinaryPropertyList.HasAMostNumberOfValues)
+quoll_defence(binary_doubling FILE quoll/foundation/property_list_binary.cpp
+  TAKES "!count_in(whole, element->values)" GIVES "!count_in(whole, 1)"
+  SHOWN_BY foundation BinaryPropertyList.RefusesDoublingReferences)
+quoll_defence(binary_keys FILE quoll/foundation/property_list_binary.cpp
+  TAKES "kKeyBytesOfAValue = 64" GIVES "kKeyBytesOfAValue = 64000"
+  SHOWN_BY foundation BinaryPropertyList.CountsSharedKeys)
+quoll_defence(printed_depth FILE quoll/foundation/value_description.cpp
+  TAKES "kPrintedDepth = 64" GIVES "kPrintedDepth = 65"
+  SHOWN_BY foundation ValueDescription.PrintsSixtyFourListsInsideOneAnother)
+quoll_defence(printed_bytes FILE quoll/foundation/value_description.cpp
+  TAKES "std::size_t{1} << 26U" GIVES "std::size_t{1} << 28U"
+  SHOWN_BY foundation ValueDescription.EndsForAListThatDoublesAtEachLevel)
+quoll_defence(json_depth FILE quoll/console/json.cpp
+  TAKES "kMaxDepth = 512" GIVES "kMaxDepth = 513"
+  SHOWN_BY console JsonDepth.IsReadTo512Levels)
+quoll_defence(answer_depth FILE quoll/console/write_value.cpp
+  TAKES "kMaxDepth = 1024" GIVES "kMaxDepth = 1025"
+  SHOWN_BY console JsonDepth.IsWrittenTo1024Levels)
+
+# Pictures
+quoll_defence(picture_pixels FILE linux/image_helper/codecs/picture.cpp
+  TAKES "width * height > kMostPixels" GIVES "width * height > 2 * kMostPixels"
+  SHOWN_BY image_helper PictureLimits.APictureHas2To28Pixels)
+quoll_defence(picture_memory FILE linux/image_helper/codecs/picture.cpp
+  TAKES "bytes > kMostHeldBytes" GIVES "bytes > 2 * kMostHeldBytes"
+  SHOWN_BY image_helper PictureLimits.OneGibibyteOfPixelsIsHeld)
+quoll_defence(helper_seconds FILE apps/quoll-image-helper/confine.cpp
+  TAKES "limit(RLIMIT_CPU, kSeconds)" GIVES "limit(RLIMIT_CPU, 2 * kSeconds)"
+  SHOWN_BY image_helper HelperLimits.AreSetBeforeAnyByteIsRead)
+quoll_defence(helper_result FILE apps/quoll-image-helper/confine.cpp
+  TAKES "limit(RLIMIT_FSIZE, kLongestResult)" GIVES "limit(RLIMIT_FSIZE, 2 * kLongestResult)"
+  SHOWN_BY image_helper HelperLimits.AreSetBeforeAnyByteIsRead)
+quoll_defence(helper_memory FILE apps/quoll-image-helper/confine.cpp
+  TAKES "3 * kMostHeldBytes" GIVES "6 * kMostHeldBytes"
+  SHOWN_BY image_helper HelperLimits.AreSetBeforeAnyByteIsRead)
+
+# HTML, links and texts
+quoll_defence(html_comparisons FILE linux/xml/html_reader.cpp
+  TAKES "200'000'000" GIVES "400'000'000"
+  SHOWN_BY xml HtmlLimits.EndsThatFitNothingAreComparedTwoHundredMillionTimes)
+quoll_defence(html_link_length FILE linux/xml/document_reader.cpp
+  TAKES "kLongestLink = 8192" GIVES "kLongestLink = 8193"
+  SHOWN_BY xml HtmlLimits.ALinkHas8192Bytes)
+quoll_defence(html_repeated_links FILE linux/xml/run_builder.cpp
+  TAKES "std::size_t{64} << 20U" GIVES "std::size_t{128} << 20U"
+  SHOWN_BY xml HtmlReading.StopsRepeatingALongLink)
+quoll_defence(html_font_name FILE linux/xml/css.cpp
+  TAKES "kLongestFamily = 100" GIVES "kLongestFamily = 101"
+  SHOWN_BY xml HtmlLimits.AFontsNameHas100Bytes)
+quoll_defence(html_font_size FILE linux/xml/css.cpp
+  TAKES "kLargestSize = 1638" GIVES "kLargestSize = 1639"
+  SHOWN_BY xml HtmlLimits.AFontHas1638Points)
+quoll_defence(host_length FILE linux/links/scanner.cpp
+  TAKES "kLongest = 1024" GIVES "kLongest = 1025"
+  SHOWN_BY links Scan.AsksForTheAsciiFormOfPlausibleHostsOnly)
+quoll_defence(rendering_length FILE quoll/message/html_rendering.cpp
+  TAKES "std::size_t{64} << 20U" GIVES "std::size_t{128} << 20U"
+  SHOWN_BY message HtmlRendering.KeepsTheExactResultUpTo64MiB)
+quoll_defence(date_text_length FILE linux/icu/date_formatter.cpp
+  TAKES "kLongest = 1000" GIVES "kLongest = 1001"
+  SHOWN_BY icu DateFormatterTest.ReadsATextOfAThousandBytes)
+quoll_defence(locale_name_length FILE linux/icu/user_locale.cpp
+  TAKES "kLongest = 100" GIVES "kLongest = 101"
+  SHOWN_BY icu UserLocale.IsLookedAtUpToAHundredBytes)
+
+# Drawings
+quoll_defence(drawn_text_length FILE linux/cairo/text_layout.cpp
+  TAKES "std::size_t{256} << 10" GIVES "std::size_t{257} << 10"
+  SHOWN_BY cairo TextDrawing.ATextHas256KiB)
+quoll_defence(drawn_font_size FILE linux/cairo/text_layout.cpp
+  TAKES "kLargestFont = 4096" GIVES "kLargestFont = 4097"
+  SHOWN_BY cairo TextDrawing.TakesAnyLengthAndSize)
+quoll_defence(drawn_image_pixels FILE linux/cairo/image_surface.cpp
+  TAKES "std::uint64_t{1} << 28" GIVES "std::uint64_t{1} << 29"
+  SHOWN_BY cairo ImageDrawing.RefusesMorePixelsThanTheLimit)
+
+# Handing over and receiving
+quoll_defence(bus_length FILE linux/gio/open_request.cpp
+  TAKES "size >= kLargestBusList" GIVES "size > kLargestBusList"
+  SHOWN_BY launcher LauncherTest.AsMuchAsABusMessageCarriesIsOpenedAndNoMore)
+quoll_defence(log_line_length FILE linux/posix/system_log.cpp
+  TAKES "kLongestLine = 4096" GIVES "kLongestLine = 4097"
+  SHOWN_BY posix_text SystemLog.ALineHas4096Bytes)
+quoll_defence(left_out_log_lines FILE apps/quoll-compose/received_draft.cpp
+  TAKES "kMost = 20" GIVES "kMost = 30"
+  SHOWN_BY compose_text ComposeLimits.TwentyFilesThatAreLeftOutAreLoggedByName)
+quoll_defence(shown_lines FILE apps/quoll-compose/draft_summary.cpp
+  TAKES "kLines = 12" GIVES "kLines = 13"
+  SHOWN_BY compose_text ComposeLimits.TwelveLinesOfATextAreShown)
+quoll_defence(shown_line_length FILE apps/quoll-compose/draft_summary.cpp
+  TAKES "kBytesOfALine = 400" GIVES "kBytesOfALine = 401"
+  SHOWN_BY compose_text ComposeLimits.FourHundredBytesOfALineAreShown)
