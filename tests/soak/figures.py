@@ -36,7 +36,8 @@ class Figures:
     def print(self, seconds):
         count = self.counts
         print(f"shares    {count['shares']} begun, {count['opened']} opened, "
-              f"{count['not opened']} not opened after a kill, {count['killed']} killed")
+              f"{count['not opened']} not opened after a kill, {count['killed']} killed; "
+              f"{count['late items']} items left out as late")
         print(f"launches  {count['calls']} received, {count['answered']} answered, "
               f"{count['late']} of shares that were killed")
         print(f"files     {count['verified']} verified while the share waited, "

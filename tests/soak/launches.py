@@ -110,10 +110,14 @@ class Launches:
                 self.figures.counts["bytes"] += len(data)
         if share.is_excused():
             return False
-        missing = share.parts - found - ({9} if share.disturbed == "image helper" else set())
-        if missing:
-            self.figures.loss(f"share {share.number}: parts {missing} are missing")
-        there = {entry.path for entry in os.scandir(self.home.staging)}
-        if there - set(paths):
-            self.figures.loss(f"share {share.number}: in the folder too: {there - set(paths)}")
-        return not missing
+        share.missing = share.parts - found
+        self._check_others(share, paths)
+        return len(found) == len(paths)
+
+    def _check_others(self, share, paths):
+        """What else lies in the folder can only be the share's own, which came too late."""
+        for path in {entry.path for entry in os.scandir(self.home.staging)} - set(paths):
+            with contextlib.suppress(FileNotFoundError):
+                owner, _ = record.read(pathlib.Path(path).read_bytes())
+                if owner != share.number:
+                    self.figures.loss(f"share {share.number}: {path} of {owner} is there too")
