@@ -6,19 +6,21 @@ import pathlib
 import signal
 import time
 
-KINDS = {"share": 5, "share at work": 4, "launcher": 2, "image helper": 2, "receiver": 2,
+KINDS = {"share": 5, "share at work": 4, "launcher": 2, "image helper": 8, "receiver": 2,
          "writer": 2, "reader": 2}
 
 
 def turn_holder(container):
-    """The process that holds the turn, by the kernel's own list; 0 when none does."""
+    """The process that holds the turn, by the kernel's own list; 0 when none does, or no such list
+    is to be had."""
     try:
-        wanted = os.stat(container / ".locks/turn").st_ino
-    except FileNotFoundError:
+        wanted = str(os.stat(container / ".locks/turn").st_ino)
+        locks = pathlib.Path("/proc/locks").read_text()
+    except OSError:
         return 0
-    for line in pathlib.Path("/proc/locks").read_text().splitlines():
+    for line in locks.splitlines():
         words = line.split()
-        if words[1] == "FLOCK" and int(words[5].rsplit(":", 1)[1]) == wanted:
+        if words[1] == "FLOCK" and words[5].endswith(":" + wanted):
             return int(words[4])
     return 0
 
@@ -26,16 +28,16 @@ def turn_holder(container):
 def children(process):
     """Its child processes, the first that it started first."""
     try:
-        return list(map(int, pathlib.Path(f"/proc/{process}/task/{process}/children").read_text()
-                        .split()))
-    except (FileNotFoundError, ProcessLookupError):
+        text = pathlib.Path(f"/proc/{process}/task/{process}/children").read_text()
+    except OSError:
         return []
+    return list(map(int, text.split()))
 
 
 def name(process):
     try:
         return pathlib.Path(f"/proc/{process}/comm").read_text().strip()
-    except (FileNotFoundError, ProcessLookupError):
+    except OSError:
         return ""
 
 
@@ -45,12 +47,18 @@ class Killing:
         self.sharers, self.launches, self.stores = sharers, launches, stores
 
     async def kill(self, stop):
+        began, number = time.monotonic(), 0
         while not stop.is_set():
-            await asyncio.sleep(self.random.uniform(0.5, 1.5))
-            kind = self.random.choices(list(KINDS), list(KINDS.values()))[0]
-            kill = getattr(self, "_kill_" + kind.replace(" ", "_"))
-            if await kill():
-                self.figures.kills[kind] += 1
+            number += 1
+            wait = began + number + self.random.uniform(-0.5, 0.5) - time.monotonic()
+            await asyncio.sleep(max(0, wait))
+            killed = ""
+            while not killed and not stop.is_set():  # there is not one of every kind at any time
+                kind = self.random.choices(list(KINDS), list(KINDS.values()))[0]
+                killed = kind if await getattr(self, "_kill_" + kind.replace(" ", "_"))() else ""
+                await asyncio.sleep(0.001)
+            if killed:
+                self.figures.kills[killed] += 1
 
     def _running(self):
         return [share for share in self.sharers.running.values()
@@ -93,14 +101,14 @@ class Killing:
         return self._end(started[0])
 
     async def _kill_image_helper(self):
-        """There is one for some milliseconds only, so it is waited for."""
-        for _ in range(500):
-            share = self._at_work()
-            for process in children(share.process.pid) if share else []:
+        """There is one for some milliseconds only, so a share with a picture is watched."""
+        share = self._at_work()
+        while share and share.has_picture and share.process.returncode is None:
+            for process in children(share.process.pid):
                 if name(process).startswith("quoll-image"):
                     share.disturbed = "image helper"
                     return self._end(process)
-            await asyncio.sleep(0.002)
+            await asyncio.sleep(0.001)
         return False
 
     async def _kill_receiver(self):

@@ -12,6 +12,7 @@ class Share:
     number: int
     parts: set  # the parts that have to arrive
     began: float
+    has_picture: bool = False
     process: object = None
     disturbed: str = ""  # what was killed of it
     answered: int = 0  # launches of it that were answered with every reported file whole
@@ -67,6 +68,7 @@ class Sharers:
             arguments.append("-")
         if kind == 0:
             given = record.picture(given)
+            share.has_picture = True
         return arguments, given
 
     def _record(self, share, part, most):

@@ -18,21 +18,21 @@ def resident_kilobytes(process):
     """0 when the process has ended."""
     try:
         pages = int(pathlib.Path(f"/proc/{process}/statm").read_text().split()[1])
-    except (FileNotFoundError, ProcessLookupError):
+    except OSError:
         return 0
     return pages * os.sysconf("SC_PAGE_SIZE") // 1024
 
 
 def dump(processes):
     """What a person needs who looks for a deadlock."""
-    print(pathlib.Path("/proc/locks").read_text())
-    for process in processes:
-        for what in ("comm", "wchan", "syscall", "stack"):
-            try:
-                text = pathlib.Path(f"/proc/{process}/{what}").read_text().strip()
-            except OSError as error:
-                text = str(error)
-            print(process, what, text)
+    files = ["locks"]
+    files += [f"{process}/{what}" for process in processes for what in ("comm", "wchan", "syscall")]
+    for name in files:
+        try:
+            text = pathlib.Path("/proc", name).read_text().strip()
+        except OSError as error:
+            text = str(error)
+        print(name, text)
 
 
 class Watching:
