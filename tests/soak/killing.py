@@ -121,15 +121,14 @@ class Killing:
         return self._end(int(receiver))
 
     async def _kill_writer(self):
-        self.stores.killed.add(self.stores.replacing)
-        self.stores.replacing.kill()
-        return True
+        return self._kill_of_stores(self.stores.replacing)
 
     async def _kill_reader(self):
-        readings = [process for process in self.stores.readings if process.returncode is None]
-        if not readings:
+        readings = list(self.stores.readings)
+        return bool(readings) and self._kill_of_stores(self.random.choice(readings))
+
+    def _kill_of_stores(self, process):
+        if process in self.stores.killed or process.returncode is not None:
             return False
-        process = self.random.choice(readings)
         self.stores.killed.add(process)
-        process.kill()
-        return True
+        return self._end(process.pid)
