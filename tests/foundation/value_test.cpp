@@ -212,7 +212,7 @@ TEST(ValueDescription, PrintsSixtyFourListsInsideOneAnother) {
     return value.description();
   };
   EXPECT_NE(nested(64).find("innermost"), std::string::npos);
-  EXPECT_EQ(nested(66).find("innermost"), std::string::npos);
+  EXPECT_EQ(nested(65).find("innermost"), std::string::npos);
 }
 
 TEST(ValueDescription, EndsForAListThatDoublesAtEachLevel) {

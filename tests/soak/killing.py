@@ -6,8 +6,7 @@ import pathlib
 import signal
 import time
 
-KINDS = {"share": 5, "share at work": 4, "launcher": 2, "image helper": 8, "receiver": 2,
-         "writer": 2, "reader": 2}
+KINDS = {"share": 5, "share at work": 4, "launcher": 2, "receiver": 2, "writer": 2, "reader": 2}
 
 
 def turn_holder(container):
@@ -26,19 +25,12 @@ def turn_holder(container):
 
 
 def children(process):
-    """Its child processes, the first that it started first."""
+    """The child processes of its first thread, in the order of their start."""
     try:
         text = pathlib.Path(f"/proc/{process}/task/{process}/children").read_text()
     except OSError:
         return []
     return list(map(int, text.split()))
-
-
-def name(process):
-    try:
-        return pathlib.Path(f"/proc/{process}/comm").read_text().strip()
-    except OSError:
-        return ""
 
 
 class Killing:
@@ -99,17 +91,6 @@ class Killing:
             return False
         share.disturbed = "launcher"
         return self._end(started[0])
-
-    async def _kill_image_helper(self):
-        """There is one for some milliseconds only, so a share with a picture is watched."""
-        share = self._at_work()
-        while share and share.has_picture and share.process.returncode is None:
-            for process in children(share.process.pid):
-                if name(process).startswith("quoll-image"):
-                    share.disturbed = "image helper"
-                    return self._end(process)
-            await asyncio.sleep(0.001)
-        return False
 
     async def _kill_receiver(self):
         """Whoever is launching now is told that it has ended; none of the others may notice."""

@@ -12,7 +12,6 @@ class Share:
     number: int
     parts: set  # the parts that have to arrive
     began: float
-    has_picture: bool = False
     process: object = None
     disturbed: str = ""  # what was killed of it
     answered: int = 0  # launches of it that were answered with every reported file whole
@@ -68,7 +67,6 @@ class Sharers:
             arguments.append("-")
         if kind == 0:
             given = record.picture(given)
-            share.has_picture = True
         return arguments, given
 
     def _record(self, share, part, most):
@@ -98,10 +96,8 @@ class Sharers:
                               f"though nothing of it was killed: {errors}")
 
     def _judge_left_out(self, share, lines):
-        """Only what took too long, and a picture whose helper was killed, may be left out, and each
-        by name."""
+        """Only what took too long may be left out, and each by name."""
         late = [line for line in lines if line.endswith(": it took too long")]
         self.figures.counts["late items"] += len(late)
-        killed = share.disturbed == "image helper" and share.missing - {9} == set()
-        if len(lines) != len(share.missing) or (len(lines) != len(late) and not killed):
+        if len(lines) != len(share.missing) or len(lines) != len(late):
             self.figures.loss(f"share {share.number} went without {share.missing} and said {lines}")
