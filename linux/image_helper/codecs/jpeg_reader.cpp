@@ -105,9 +105,9 @@ class JpegReader final : public PictureSource {
     JOCTET* profile = nullptr;
     unsigned length = 0;
     guard_.run([&] { jpeg_read_icc_profile(&jpeg_, &profile, &length); });
+    const std::unique_ptr<JOCTET, void (*)(void*)> owner(profile, std::free);
     if (profile != nullptr) {
       picture_.profile.assign(profile, profile + length);
-      std::free(profile);
     }
   }
 

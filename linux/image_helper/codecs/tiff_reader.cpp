@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -25,23 +26,19 @@ class TiffFile {
     TIFFOpenOptionsSetMaxSingleMemAlloc(options, static_cast<tmsize_t>(kMostHeldBytes));
     TIFFOpenOptionsSetErrorHandlerExtR(options, on_error, this);
     TIFFOpenOptionsSetWarningHandlerExtR(options, on_warning, this);
-    tiff_ = TIFFClientOpenExt("image", "rm", this, read, write, seek, close, size, nullptr, nullptr,
-                              options);
+    tiff_.reset(TIFFClientOpenExt("image", "rm", this, read, write, seek, close, size, nullptr,
+                                  nullptr, options));
     TIFFOpenOptionsFree(options);
     check(tiff_ != nullptr);
   }
   TiffFile(const TiffFile&) = delete;
   TiffFile& operator=(const TiffFile&) = delete;
-  ~TiffFile() {
-    if (tiff_ != nullptr) {
-      TIFFClose(tiff_);
-    }
-  }
+  ~TiffFile() = default;
 
-  [[nodiscard]] TIFF* get() const { return tiff_; }
+  [[nodiscard]] TIFF* get() const { return tiff_.get(); }
   template <typename Number>
   [[nodiscard]] Number field(std::uint32_t tag, Number fallback) const {
-    TIFFGetFieldDefaulted(tiff_, tag, &fallback);
+    TIFFGetFieldDefaulted(get(), tag, &fallback);
     return fallback;
   }
   void begin_pixels() { strict_ = true; }
@@ -98,7 +95,8 @@ class TiffFile {
   std::size_t offset_ = 0;
   bool strict_ = false;
   char reason_[200] = {};
-  TIFF* tiff_ = nullptr;
+  /// Last: what closes it asks the rest. A member, as the constructor raises when it is open too.
+  std::unique_ptr<TIFF, void (*)(TIFF*)> tiff_{nullptr, TIFFClose};
 };
 
 /// What the samples of a pixel mean, in files whose samples we take as they are.
@@ -320,6 +318,7 @@ std::unique_ptr<PictureSource> converted(TiffFile& file, Picture picture) {
   if (std::uint64_t{picture.width} * picture.height * sizeof(std::uint32_t) > kMostHeldBytes) {
     throw Refused("the image needs more memory than the limit");
   }
+  std::vector<std::uint32_t> raster(std::size_t{picture.width} * picture.height);
   TIFFRGBAImage image;
   char reason[1024] = {};
   if (TIFFRGBAImageBegin(&image, file.get(), 1, reason) == 0) {
@@ -327,7 +326,6 @@ std::unique_ptr<PictureSource> converted(TiffFile& file, Picture picture) {
     throw Refused(reason);
   }
   image.req_orientation = image.orientation;  // not turned: that is done for every format alike
-  std::vector<std::uint32_t> raster(std::size_t{picture.width} * picture.height);
   const bool grey =
       image.photometric == PHOTOMETRIC_MINISBLACK || image.photometric == PHOTOMETRIC_MINISWHITE;
   const bool alpha = image.alpha != 0;
