@@ -3,10 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
+#include "fuzz/require.h"
 #include "quoll/foundation/base64.h"
 
 namespace {
@@ -16,12 +16,7 @@ using quoll::foundation::base64_decode_digits;
 using quoll::foundation::base64_decode_ignoring_unknown;
 using quoll::foundation::base64_encode;
 using quoll::foundation::Bytes;
-
-void require(bool holds) {
-  if (!holds) {
-    std::abort();
-  }
-}
+using quoll::fuzz::require;
 
 }  // namespace
 

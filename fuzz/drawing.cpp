@@ -1,94 +1,66 @@
 // Views and drawings take any numbers: a tree of views is built, changed and drawn as the bytes
 // say, and the drawing stays whole.
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <span>
+#include <memory>
 #include <string_view>
 
+#include "fuzz/require.h"
+#include "fuzz/script.h"
 #include "linux/cairo/drawing.h"
 #include "quoll/view/flipped_view.h"
 
 namespace {
 
+using quoll::fuzz::require;
+using quoll::fuzz::Script;
 using quoll::platform::NSGraphicsContext;
 using quoll::platform::NSRect;
 using quoll::platform::NSView;
 
-/// What to do, from the bytes; zeros when they have run out.
-class Script {
- public:
-  explicit Script(std::span<const std::uint8_t> bytes) : left_(bytes) {}
-
-  [[nodiscard]] bool goes_on() const { return !left_.empty(); }
-
-  std::uint8_t byte() {
-    std::uint8_t value = 0;
-    take(&value, 1);
-    return value;
-  }
-  /// Small ones as often as any other.
-  double number() {
-    if (byte() % 2 == 0) {
-      return static_cast<double>(byte()) / 4 - 8;
-    }
-    double value = 0;
-    take(&value, sizeof value);
-    return value;
-  }
-  NSRect rect() { return {{number(), number()}, {number(), number()}}; }
-  quoll::platform::Colour colour() { return {number(), number(), number(), number()}; }
-  std::string_view text() {
-    const std::size_t wanted = byte() % 32;
-    const std::size_t length = std::min(wanted, left_.size());
-    const std::string_view result(reinterpret_cast<const char*>(left_.data()), length);
-    left_ = left_.subspan(length);
-    return result;
-  }
-
- private:
-  void take(void* out, std::size_t length) {
-    const std::size_t there = std::min(length, left_.size());
-    std::memcpy(out, left_.data(), there);
-    left_ = left_.subspan(there);
-  }
-
-  std::span<const std::uint8_t> left_;
-};
+/// Small ones as often as any other.
+double number(Script& script) {
+  return script.choice(2) == 0 ? static_cast<double>(script.byte()) / 4 - 8
+                               : script.number<double>();
+}
+NSRect rect(Script& script) {
+  return {{number(script), number(script)}, {number(script), number(script)}};
+}
+quoll::platform::Colour colour(Script& script) {
+  return {number(script), number(script), number(script), number(script)};
+}
 
 void draw(NSGraphicsContext& context, Script& script) {
   switch (script.byte() % 8) {
     case 0:
-      return context.fill_rounded_rect(script.rect(), script.number(), script.colour());
+      return context.fill_rounded_rect(rect(script), number(script), colour(script));
     case 1:
-      return context.stroke_rounded_rect(script.rect(), script.number(), script.number(),
-                                         script.colour());
+      return context.stroke_rounded_rect(rect(script), number(script), number(script),
+                                         colour(script));
     case 2: {
-      const NSRect ends = script.rect();
-      return context.stroke_line(ends.origin, {ends.size.width, ends.size.height}, script.number(),
-                                 script.colour());
+      const NSRect ends = rect(script);
+      return context.stroke_line(ends.origin, {ends.size.width, ends.size.height}, number(script),
+                                 colour(script));
     }
     case 3: {
       const std::string_view text = script.text();
-      return context.draw_text(text, script.rect(), {script.number(), script.colour()});
+      return context.draw_text(text, rect(script), {number(script), colour(script)});
     }
     case 4:
-      return context.clip(script.rect());
+      return context.clip(rect(script));
     case 5:
       return context.flip();
     case 6:
-      return context.scale(script.number(), script.number());
+      return context.scale(number(script), number(script));
     default:
-      return context.concat({script.number(), script.number(), script.number(), script.number(),
-                             script.number(), script.number()});
+      return context.concat({number(script), number(script), number(script), number(script),
+                             number(script), number(script)});
   }
 }
 
 std::shared_ptr<NSView> make_view(Script& script) {
-  const NSRect frame = script.rect();
+  const NSRect frame = rect(script);
   if (script.byte() % 2 == 0) {
     return std::make_shared<NSView>(frame);
   }
@@ -101,9 +73,7 @@ std::shared_ptr<NSView> make_view(Script& script) {
 
 void check(const NSView& view) {
   const auto size = view.frame().size;
-  if (!(size.width >= 0 && size.height >= 0) || usable(view.frame()) != view.frame()) {
-    std::abort();
-  }
+  require(size.width >= 0 && size.height >= 0 && usable(view.frame()) == view.frame());
 }
 
 }  // namespace
@@ -130,25 +100,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         break;
       }
       case 1:
-        last->setFrame(script.rect());
+        last->setFrame(rect(script));
         break;
       case 2:
-        top->setFrameSize(script.rect().size);
+        top->setFrameSize(rect(script).size);
         break;
       case 3:
-        last->setNeedsDisplayInRect(script.rect());
+        last->setNeedsDisplayInRect(rect(script));
         top->displayIfNeeded(*drawing);
         break;
       default:
-        top->displayRect(script.rect(), *drawing);
+        top->displayRect(rect(script), *drawing);
         break;
     }
     check(*last);
     check(*top);
   }
-  if (!drawing->isFlipped() || NSGraphicsContext::currentContext() != nullptr ||
-      !drawing->finish()) {
-    std::abort();
-  }
+  require(drawing->isFlipped() && NSGraphicsContext::currentContext() == nullptr &&
+          drawing->finish());
   return 0;
 }

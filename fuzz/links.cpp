@@ -3,20 +3,16 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
+#include "fuzz/require.h"
 #include "linux/links/scanner.h"
 #include "quoll/foundation/nsurl.h"
 
 namespace {
 
-void require(bool holds) {
-  if (!holds) {
-    std::abort();
-  }
-}
+using quoll::fuzz::require;
 
 }  // namespace
 

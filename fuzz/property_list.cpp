@@ -6,8 +6,8 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
+#include "fuzz/require.h"
 #include "quoll/console/property_list_writer.h"
 #include "quoll/foundation/collections.h"
 #include "quoll/foundation/text.h"
@@ -15,12 +15,7 @@
 namespace {
 
 using quoll::foundation::Value;
-
-void require(bool holds) {
-  if (!holds) {
-    std::abort();
-  }
-}
+using quoll::fuzz::require;
 
 class Walk {
  public:

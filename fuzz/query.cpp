@@ -3,10 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
+#include "fuzz/require.h"
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/percent.h"
 #include "quoll/foundation/text.h"
@@ -15,15 +15,10 @@
 
 namespace {
 
+using quoll::fuzz::require;
 namespace RequestUtils = quoll::RequestUtils;
 using quoll::foundation::NSException;
 using quoll::foundation::Value;
-
-void require(bool holds) {
-  if (!holds) {
-    std::abort();
-  }
-}
 
 void check_codec(std::string_view text) {
   const std::string encoded = quoll::foundation::percent_encode(text);

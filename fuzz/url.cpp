@@ -3,9 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
+#include "fuzz/require.h"
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/nsurl.h"
 #include "quoll/requestutils/url_components.h"
@@ -14,13 +14,8 @@
 namespace {
 
 using quoll::foundation::NSURL;
+using quoll::fuzz::require;
 namespace Utils = quoll::RequestUtils;
-
-void require(bool holds) {
-  if (!holds) {
-    std::abort();
-  }
-}
 
 /// The components survive being built and taken apart again, as long as no accessor has changed
 /// what stands in the text. What the builder cannot write back is left out.

@@ -1,0 +1,141 @@
+// Any bytes as an image file of one format (QUOLL_FUZZ_FORMAT): it is refused, or all its rows
+// come, the same at a second reading, and are written as PNG and as TIFF and read again as they
+// were. No more memory is asked for at one time than may be held.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <string_view>
+#include <vector>
+
+#include "fuzz/pixels.h"
+#include "fuzz/require.h"
+#include "linux/image_helper/codecs/readers.h"
+#include "linux/image_helper/codecs/writers.h"
+
+namespace {
+
+using namespace quoll::image_helper;
+using quoll::fuzz::Pixels;
+using quoll::fuzz::require;
+
+/// True while an input is looked at; the fuzzer's own memory is its own business.
+bool is_running = false;
+
+/// What the target gives at one time, so that inputs that claim much are quickly over; the helper's
+/// own limit is of the same kind.
+constexpr std::size_t kMostGiven = std::size_t{1} << 24;
+/// The largest picture whose rows are read, for the same reason.
+constexpr std::size_t kMostRead = std::size_t{1} << 20;
+
+void check_picture(const Picture& picture) {
+  require(picture.width > 0 && picture.height > 0);
+  require(std::uint64_t{picture.width} * picture.height <= kMostPixels);
+  require(picture.channels >= 1 && picture.channels <= 4);
+  require(picture.bits == 8 || picture.bits == 16);
+  require(picture.orientation == 1);
+}
+
+std::unique_ptr<Pixels> read_all(File file) {
+  const auto source = open_picture(file);
+  const Picture before = source->picture();
+  check_picture(before);
+  if (std::uint64_t{before.row_bytes()} * before.height > kMostRead) {
+    return nullptr;
+  }
+  auto pixels = std::make_unique<Pixels>(*source);
+  require(source->picture().width == before.width && source->picture().height == before.height);
+  return pixels;
+}
+
+void check(File file) {
+  std::unique_ptr<Pixels> pixels;
+  try {
+    pixels = read_all(file);
+  } catch (const Refused& refused) {
+    require(*refused.what() != '\0');
+  } catch (const std::bad_alloc&) {
+    // More than the target gives: what the helper tells as well.
+  }
+  if (pixels) {
+    require(read_all(file)->is_as(*pixels));
+    check_written(*pixels, write_png);
+    check_written(*pixels, write_tiff);
+  }
+}
+
+bool is_of_the_format(std::string_view bytes) {
+  constexpr std::string_view kFormat = QUOLL_FUZZ_FORMAT;
+  constexpr std::string_view kPng = "\x89PNG\r\n\x1a\n";
+  return kFormat == "png"    ? bytes.starts_with(kPng)
+         : kFormat == "jpeg" ? bytes.starts_with("\xff\xd8\xff")
+         : kFormat == "gif"  ? bytes.starts_with("GIF8")
+         : kFormat == "webp" ? bytes.starts_with("RIFF")
+                             : bytes.starts_with("II") || bytes.starts_with("MM");
+}
+
+std::uint32_t checksum(std::span<const std::uint8_t> bytes) {
+  std::uint32_t sum = 0xffffffff;
+  for (const std::uint8_t byte : bytes) {
+    sum ^= byte;
+    for (int bit = 0; bit < 8; ++bit) {
+      sum = sum >> 1U ^ ((sum & 1U) != 0 ? 0xedb88320U : 0);
+    }
+  }
+  return ~sum;
+}
+
+/// A PNG whose chunks have the right checksums, so that what stands behind them is reached.
+std::vector<std::uint8_t> with_right_checksums(File file) {
+  std::vector<std::uint8_t> mended(file.begin(), file.end());
+  constexpr std::size_t kAround = 12;
+  for (std::size_t at = 8; mended.size() - at >= kAround;) {
+    const std::size_t length = std::size_t{mended[at]} << 24U | std::size_t{mended[at + 1]} << 16U |
+                               std::size_t{mended[at + 2]} << 8U | mended[at + 3];
+    if (length > mended.size() - at - kAround) {
+      break;
+    }
+    const std::uint32_t sum = checksum({mended.data() + at + 4, length + 4});
+    for (unsigned i = 0; i < 4; ++i) {
+      mended[at + 8 + length + i] = static_cast<std::uint8_t>(sum >> (24 - 8 * i));
+    }
+    at += length + kAround;
+  }
+  return mended;
+}
+
+}  // namespace
+
+// Replaced for the whole program: what is asked for at one time stays within the budget.
+void* operator new(std::size_t size) {
+  require(!is_running || size <= kMostHeldBytes);
+  const bool given = !is_running || size <= kMostGiven;
+  void* const memory = given ? std::malloc(size == 0 ? 1 : size) : nullptr;
+  return memory != nullptr ? memory : throw std::bad_alloc();
+}
+void* operator new(std::size_t size, const std::nothrow_t& /*nothrow*/) noexcept {
+  return std::malloc(size == 0 ? 1 : size);
+}
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t /*size*/) noexcept {
+  std::free(memory);
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const File file(data, size);
+  if (!is_of_the_format({reinterpret_cast<const char*>(data), size})) {
+    return 0;
+  }
+  is_running = true;
+  check(file);
+  if (std::string_view(QUOLL_FUZZ_FORMAT) == "png") {
+    check(with_right_checksums(file));
+  }
+  is_running = false;
+  return 0;
+}
