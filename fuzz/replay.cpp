@@ -12,6 +12,8 @@
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+// What a target does once, if anything.
+extern "C" __attribute__((weak)) int LLVMFuzzerInitialize(int* argc, char*** argv);
 
 namespace {
 
@@ -40,6 +42,9 @@ void replay_with_damage(const Bytes& bytes) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (LLVMFuzzerInitialize != nullptr) {
+    LLVMFuzzerInitialize(&argc, &argv);
+  }
   std::size_t files = 0;
   for (const auto& entry : std::filesystem::directory_iterator(argc == 2 ? argv[1] : "")) {
     std::ifstream file(entry.path(), std::ios::binary);

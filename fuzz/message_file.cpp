@@ -1,0 +1,48 @@
+// Any bytes as a message file: it is summed up or is no message, and what is printed of it holds no
+// control character that a terminal would obey, in no more lines than a summary has.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+#include "apps/quoll-compose/cannot_compose.h"
+#include "apps/quoll-compose/draft_summary.h"
+#include "apps/quoll-compose/mime_handles.h"
+#include "fuzz/require.h"
+#include "quoll/foundation/text.h"
+#include "tests/support/temporary_folder.h"
+
+using quoll::fuzz::require;
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+  g_mime_init();
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const quoll::test::TemporaryFolder folder;
+  const std::string path =
+      folder.write("message.eml", {reinterpret_cast<const char*>(data), size});
+  std::ostringstream out;
+  std::size_t attachments = 0;
+  try {
+    const auto draft = quoll::receiver::read_draft(path);
+    attachments = draft.attachments.size();
+    print_summary(out, draft, {});
+  } catch (const quoll::receiver::CannotCompose&) {
+    return 0;
+  }
+  const std::string printed = out.str();
+  require(std::all_of(printed.begin(), printed.end(), [](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte == '\n' || (byte >= 0x20 && byte != 0x7F);
+  }));
+  require(quoll::foundation::is_utf8(printed));
+  constexpr std::size_t kLines = 32;
+  require(static_cast<std::size_t>(std::count(printed.begin(), printed.end(), '\n')) <=
+          kLines + attachments);
+  return 0;
+}
