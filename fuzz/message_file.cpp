@@ -24,8 +24,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const quoll::test::TemporaryFolder folder;
-  const std::string path =
-      folder.write("message.eml", {reinterpret_cast<const char*>(data), size});
+  const std::string path = folder.write("message.eml", {reinterpret_cast<const char*>(data), size});
   std::ostringstream out;
   std::size_t attachments = 0;
   try {

@@ -1,0 +1,123 @@
+// Any text as a command URL for the receiver, with the byte 1 standing for the path of the staging
+// folder: it is refused with a sentence, or its draft has exactly those attachments that are
+// regular files inside the folder, reached without a link; each of the others is left out with a
+// reason.
+
+#include <sys/stat.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "apps/quoll-compose/cannot_compose.h"
+#include "apps/quoll-compose/compose_command.h"
+#include "apps/quoll-compose/draft_summary.h"
+#include "apps/quoll-compose/mime_handles.h"
+#include "apps/quoll-compose/places.h"
+#include "apps/quoll-compose/received_draft.h"
+#include "fuzz/require.h"
+#include "linux/posix/files.h"
+#include "quoll/platform/desktop.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+using namespace quoll;
+using fuzz::require;
+namespace fs = std::filesystem;
+
+/// A home with a staging folder that holds files, links out of it, a folder and a pipe.
+class Home {
+ public:
+  Home() {
+    setenv("QUOLL_GROUP_CONTAINERS", folder_.path("groups").c_str(), 1);
+    setenv("XDG_DATA_HOME", folder_.path("data").c_str(), 1);
+    platform::install({.files = posix::make_file_manager()});
+    fs::create_directories(staging() + "/folder");
+    folder_.write("secret", "secret");
+    for (const char* const name : {"a.txt", "b c", "folder/inner"}) {
+      folder_.write("groups/K7Q2M9XT4B.quoll/SharedData/Share/" + std::string(name), name);
+      allowed_.insert(inode(staging() + "/" + name));
+    }
+    fs::create_symlink(folder_.path("secret"), staging() + "/link");
+    fs::create_symlink("..", staging() + "/up");
+    fs::create_symlink("a.txt", staging() + "/inside");
+    require(mkfifo((staging() + "/pipe").c_str(), 0600) == 0);
+    g_mime_init();
+  }
+
+  [[nodiscard]] std::string staging() const {
+    return folder_.path("groups/K7Q2M9XT4B.quoll/SharedData/Share");
+  }
+  [[nodiscard]] bool allows(const std::string& path) const {
+    return allowed_.contains(inode(path));
+  }
+
+ private:
+  static ino_t inode(const std::string& path) {
+    struct stat status {};
+    require(lstat(path.c_str(), &status) == 0);
+    return status.st_ino;
+  }
+
+  test::TemporaryFolder folder_;
+  std::set<ino_t> allowed_;
+};
+
+Home& home() {
+  static Home made;
+  return made;
+}
+
+std::string url_of(std::string_view text) {
+  std::string url;
+  for (const char c : text) {
+    url += c == '\1' ? home().staging() : std::string(1, c);
+  }
+  return url;
+}
+
+void check_taken(const receiver::ComposeCommand& command) {
+  const receiver::TakenFiles taken(command.attachments);
+  require(taken.files().size() + taken.left_out().size() == command.attachments.size());
+  for (const auto& file : taken.files()) {
+    require(home().allows(file.path));
+    require(!file.name.empty() && file.name.find('/') == std::string::npos);
+  }
+  for (const auto& left_out : taken.left_out()) {
+    require(!left_out.reason.empty());
+  }
+}
+
+void check_draft(const std::string& url) {
+  const receiver::ReceivedDraft received(url);
+  const std::string path = received.write();
+  const auto draft = receiver::read_draft(path);
+  fs::remove(path);
+  const auto asked = receiver::read_compose_command(url).attachments.size();
+  require(draft.attachments.size() + received.left_out().size() == asked);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+  home();
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string url = url_of({reinterpret_cast<const char*>(data), size});
+  try {
+    check_taken(receiver::read_compose_command(url));
+    check_draft(url);
+  } catch (const receiver::CannotCompose& refused) {
+    require(*refused.what() != '\0');
+  }
+  require(fs::is_empty(receiver::incoming_folder()));
+  require(fs::is_empty(receiver::drafts_folder()));
+  return 0;
+}

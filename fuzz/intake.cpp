@@ -1,0 +1,105 @@
+// Any text as what a host calls an item, as a `data:` URL and as bytes of some type: it becomes a
+// file that is there, a link that is a URL, or is refused in words; what a `data:` URL holds is
+// read again from a new one.
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "fuzz/require.h"
+#include "quoll/foundation/base64.h"
+#include "quoll/foundation/text.h"
+#include "quoll/host/data_url.h"
+#include "quoll/host/image_signature.h"
+#include "quoll/host/intake.h"
+#include "quoll/host/media_type.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+using namespace quoll;
+using foundation::NSURL;
+using fuzz::require;
+
+/// The working directory is a folder with awkward names, as long as it lives.
+class InFolder {
+ public:
+  InFolder() : before_(std::filesystem::current_path()) {
+    static const test::TemporaryFolder folder;
+    static const bool made = fill(folder);
+    require(made);
+    std::filesystem::current_path(folder.path());
+  }
+  InFolder(const InFolder&) = delete;
+  InFolder& operator=(const InFolder&) = delete;
+  ~InFolder() { std::filesystem::current_path(before_); }
+
+ private:
+  static bool fill(const test::TemporaryFolder& folder) {
+    for (const char* const name : {"a", "x y", "x%20y", "q?s#f", "bad\xFF", "http:", "tail "}) {
+      folder.write(name, "x");
+    }
+    return std::filesystem::create_directory(folder.path("folder"));
+  }
+
+  std::filesystem::path before_;
+};
+
+void check_intake(std::string_view given) {
+  const host::Intake intake = host::take_in(given);
+  require((intake.url == nullptr) != intake.refusal.empty());
+  if (!intake.url) {
+    require(intake.refusal.find('\n') == std::string::npos);
+    return;
+  }
+  if (intake.url->isFileURL()) {
+    struct stat status {};
+    const auto path = intake.url->file_system_path();
+    require(path && path->starts_with('/'));
+    require(stat(path->c_str(), &status) == 0 && S_ISREG(status.st_mode));
+    return;
+  }
+  const std::string& text = intake.url->absoluteString();
+  require(NSURL::URLWithString(text) != nullptr);
+  require(host::link_scheme(text).has_value());
+  require(std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c < 0x7F; }));
+}
+
+void check_data_url(std::string_view given) {
+  const auto read = host::read_data_url(given);
+  if (!read) {
+    return;
+  }
+  const std::string& type = read->media_type;
+  require(!type.empty() && type.find_first_of(";, \t") == std::string::npos);
+  require(std::none_of(type.begin(), type.end(), [](char c) { return c >= 'A' && c <= 'Z'; }));
+  const auto again =
+      host::read_data_url("data:" + type + ";base64," + foundation::base64_encode(read->bytes));
+  require(again && again->media_type == type && again->bytes == read->bytes);
+}
+
+void check_bytes(std::string_view bytes) {
+  const std::string_view type = host::media_type_of_bytes(bytes);
+  require(type.empty() || !host::extension_of_media_type(type).empty());
+  require(type != "text/plain" || bytes.find('\0') == std::string_view::npos);
+  require(!foundation::is_utf8(bytes) || bytes.find('\0') != std::string_view::npos ||
+          type == "text/plain" || bytes.starts_with("%PDF-") || bytes.starts_with("PK"));
+  require(!host::begins_as_image(bytes) || bytes.size() >= 3);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string_view text(reinterpret_cast<const char*>(data), size);
+  const InFolder folder;
+  check_intake(text);
+  check_data_url(text);
+  check_data_url("data:" + std::string(text));
+  check_bytes(text);
+  return 0;
+}
