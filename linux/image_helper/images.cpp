@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <optional>
 #include <utility>
@@ -19,14 +20,25 @@ namespace {
 using foundation::Bytes;
 using platform::BitmapImageFileType;
 
-/// What the helper gave, when it is whole and not too long.
-std::optional<Bytes> read_result(const Descriptor& file) {
+/// How long a result may be, in bytes.
+struct Lengths {
+  std::uint64_t shortest;
+  std::uint64_t longest;
+};
+constexpr Lengths kOfASize{sizeof(SizeAnswer), sizeof(SizeAnswer)};
+constexpr Lengths kOfAFile{1, kLongestResult};
+
+/// What the helper gave, when it is whole and as long as it should be.
+std::optional<Bytes> read_result(const Descriptor& file, const Lengths& lengths) {
   struct stat status = {};
-  if (!is_sealed(file.get()) || fstat(file.get(), &status) != 0 || status.st_size <= 0 ||
-      static_cast<std::uint64_t>(status.st_size) > kLongestResult) {
+  if (!is_sealed(file.get()) || fstat(file.get(), &status) != 0 || status.st_size < 0) {
     return std::nullopt;
   }
-  const Mapping result(file.get(), static_cast<std::size_t>(status.st_size));
+  const auto length = static_cast<std::uint64_t>(status.st_size);
+  if (length < lengths.shortest || length > lengths.longest) {
+    return std::nullopt;
+  }
+  const Mapping result(file.get(), length);
   if (!result.good()) {
     return std::nullopt;
   }
@@ -39,9 +51,9 @@ class HelperImages final : public platform::Images {
       : helper_(std::move(helper)), time_limit_(time_limit) {}
 
   std::optional<Size> size(const Bytes& file) override {
-    const std::optional<Bytes> answer = ask("size", file);
     SizeAnswer size;
-    if (!answer || answer->size() != sizeof size) {
+    const std::optional<Bytes> answer = ask("size", file, kOfASize);
+    if (!answer) {
       return std::nullopt;
     }
     std::memcpy(&size, answer->data(), sizeof size);
@@ -49,12 +61,13 @@ class HelperImages final : public platform::Images {
   }
 
   std::optional<Bytes> convert(const Bytes& file, BitmapImageFileType type) override {
-    return ask(type == BitmapImageFileType::NSBitmapImageFileTypePNG ? "png" : "tiff", file);
+    return ask(type == BitmapImageFileType::NSBitmapImageFileTypePNG ? "png" : "tiff", file,
+               kOfAFile);
   }
 
  private:
   /// The helper's answer; else nothing, and a line in the log.
-  std::optional<Bytes> ask(const char* wanted, const Bytes& file) {
+  std::optional<Bytes> ask(const char* wanted, const Bytes& file, const Lengths& lengths) {
     const Descriptor in = make_memory_file();
     const Descriptor out = make_memory_file();
     if (!in.good() || !out.good() || !fill_and_seal(in, file)) {
@@ -66,7 +79,7 @@ class HelperImages final : public platform::Images {
       platform::log("image: %@", outcome.reason);
       return std::nullopt;
     }
-    std::optional<Bytes> result = read_result(out);
+    std::optional<Bytes> result = read_result(out, lengths);
     if (!result) {
       platform::log("image: %@", "the helper gave no whole result");
     }
