@@ -5,6 +5,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -81,9 +82,28 @@ std::string url_of(std::string_view text) {
   return url;
 }
 
+/// True when no step of the way below the staging folder is a link.
+bool is_without_links(const std::string& path) {
+  for (std::size_t at = home().staging().size(); at < path.size();) {
+    at = std::min(path.find('/', at + 1), path.size());
+    struct stat status {};
+    if (lstat(path.substr(0, at).c_str(), &status) != 0 || S_ISLNK(status.st_mode)) {
+      return false;
+    }
+  }
+  return true;
+}
+
 void check_taken(const receiver::ComposeCommand& command) {
   const receiver::TakenFiles taken(command.attachments);
   require(taken.files().size() + taken.left_out().size() == command.attachments.size());
+  std::multiset<std::string> left_out;
+  for (const auto& one : taken.left_out()) {
+    left_out.insert(one.name);
+  }
+  for (const auto& path : command.attachments) {
+    require(left_out.contains(path) || is_without_links(path));
+  }
   for (const auto& file : taken.files()) {
     require(home().allows(file.path));
     require(!file.name.empty() && file.name.find('/') == std::string::npos);
