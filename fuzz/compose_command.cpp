@@ -99,6 +99,7 @@ void check_taken(const receiver::ComposeCommand& command) {
   require(taken.files().size() + taken.left_out().size() == command.attachments.size());
   std::multiset<std::string> left_out;
   for (const auto& one : taken.left_out()) {
+    require(!one.reason.empty());
     left_out.insert(one.name);
   }
   for (const auto& path : command.attachments) {
@@ -107,9 +108,6 @@ void check_taken(const receiver::ComposeCommand& command) {
   for (const auto& file : taken.files()) {
     require(home().allows(file.path));
     require(!file.name.empty() && file.name.find('/') == std::string::npos);
-  }
-  for (const auto& left_out : taken.left_out()) {
-    require(!left_out.reason.empty());
   }
 }
 

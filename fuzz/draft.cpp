@@ -153,15 +153,21 @@ std::string with_single_blanks(std::string_view text) {
   return out;
 }
 
-/// Those that are addresses: a text that is none stands in the header for a person to mend.
+/// Those that are addresses: a text that is none stands in the header for a person to mend. A lone
+/// word is its own name, which may be read as something encoded.
 std::string addresses(InternetAddressList* list) {
   std::string all;
   for (int i = 0; i < internet_address_list_length(list); ++i) {
     InternetAddress* const one = internet_address_list_get_address(list, i);
-    const bool empty = INTERNET_ADDRESS_IS_MAILBOX(one) &&
-                       *internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(one)) == '\0';
+    if (INTERNET_ADDRESS_IS_GROUP(one)) {
+      all += "group\n" +
+             addresses(internet_address_group_get_members(INTERNET_ADDRESS_GROUP(one))) + "end\n";
+      continue;
+    }
+    const std::string address = internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(one));
     const gio::TextHandle text(internet_address_to_string(one, nullptr, FALSE));
-    all += empty ? "" : with_single_blanks(text.get()) + "\n";
+    const bool is_word = address.find('@') == std::string::npos;
+    all += address.empty() ? "" : (is_word ? address : with_single_blanks(text.get())) + "\n";
   }
   return all;
 }

@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <new>
 #include <string_view>
 #include <vector>
 
+#include "fuzz/memory_budget.h"
 #include "fuzz/pixels.h"
 #include "fuzz/require.h"
 #include "linux/image_helper/codecs/readers.h"
@@ -22,13 +22,7 @@ using namespace quoll::image_helper;
 using quoll::fuzz::Pixels;
 using quoll::fuzz::require;
 
-/// True while an input is looked at; the fuzzer's own memory is its own business.
-bool is_running = false;
-
-/// What the target gives at one time, so that inputs that claim much are quickly over; the helper's
-/// own limit is of the same kind.
-constexpr std::size_t kMostGiven = std::size_t{1} << 24;
-/// The largest picture whose rows are read, for the same reason.
+/// The largest picture whose rows are read, so that inputs that claim much are quickly over.
 constexpr std::size_t kMostRead = std::size_t{1} << 20;
 
 void check_picture(const Picture& picture) {
@@ -58,7 +52,7 @@ void check(File file) {
   } catch (const Refused& refused) {
     require(*refused.what() != '\0');
   } catch (const std::bad_alloc&) {
-    // More than the target gives: what the helper tells as well.
+    // More than the budget gives: the helper says so as well.
   }
   if (pixels) {
     require(read_all(file)->is_as(*pixels));
@@ -109,33 +103,15 @@ std::vector<std::uint8_t> with_right_checksums(File file) {
 
 }  // namespace
 
-// Replaced for the whole program: what is asked for at one time stays within the budget.
-void* operator new(std::size_t size) {
-  require(!is_running || size <= kMostHeldBytes);
-  const bool given = !is_running || size <= kMostGiven;
-  void* const memory = given ? std::malloc(size == 0 ? 1 : size) : nullptr;
-  return memory != nullptr ? memory : throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t& /*nothrow*/) noexcept {
-  return std::malloc(size == 0 ? 1 : size);
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t /*size*/) noexcept {
-  std::free(memory);
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const File file(data, size);
   if (!is_of_the_format({reinterpret_cast<const char*>(data), size})) {
     return 0;
   }
-  is_running = true;
+  const quoll::fuzz::MemoryBudget budget;
   check(file);
   if (std::string_view(QUOLL_FUZZ_FORMAT) == "png") {
     check(with_right_checksums(file));
   }
-  is_running = false;
   return 0;
 }

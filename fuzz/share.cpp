@@ -74,9 +74,9 @@ class ToldDocuments final : public platform::StyledText {
 struct Planned {
   std::string type;
   Value value;
-  std::optional<foundation::Error> error;
+  std::optional<foundation::Error> error{};
   std::function<void(Expected&)> effect = [](Expected&) {};
-  std::vector<unsigned> pauses_before;  ///< of each answer
+  std::vector<unsigned> pauses_before{};  ///< of each answer
 };
 
 class Run {

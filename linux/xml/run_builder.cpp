@@ -11,6 +11,24 @@ constexpr std::string_view kWhite = " \t\n\f\r";
 /// times as large; beyond this much the text goes without its links.
 constexpr std::size_t kMostRepeated = std::size_t{64} << 20U;
 
+/// The length of the control character there that HTML forbids; 0 when there is none.
+std::size_t control_at(std::string_view text, std::size_t at) {
+  const auto byte = static_cast<unsigned char>(text[at]);
+  if (byte == 0xC2 && at + 1 < text.size()) {
+    return static_cast<unsigned char>(text[at + 1]) < 0xA0 ? 2 : 0;
+  }
+  return (byte < 0x20 && byte != '\t') || byte == 0x7F ? 1 : 0;
+}
+
+/// Where the first one is, or where the text ends.
+std::size_t find_control(std::string_view text) {
+  std::size_t at = 0;
+  while (at < text.size() && control_at(text, at) == 0) {
+    ++at;
+  }
+  return at;
+}
+
 }  // namespace
 
 void RunBuilder::text(std::string_view text, const Look& look) {
@@ -66,6 +84,14 @@ std::vector<platform::TextRun> RunBuilder::take() {
 }
 
 void RunBuilder::visible(std::string_view text, const Look& look) {
+  while (!text.empty()) {
+    const auto end = find_control(text);
+    shown(text.substr(0, end), look);
+    text.remove_prefix(end < text.size() ? end + control_at(text, end) : end);
+  }
+}
+
+void RunBuilder::shown(std::string_view text, const Look& look) {
   if (text.empty()) {
     return;
   }

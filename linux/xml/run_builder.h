@@ -32,7 +32,9 @@ class RunBuilder {
   [[nodiscard]] std::vector<platform::TextRun> take();
 
  private:
+  /// Without control characters, which HTML forbids.
   void visible(std::string_view text, const Look& look);
+  void shown(std::string_view text, const Look& look);
   void begin_line();
   void append(std::string_view text, const Look& look);
   void start_run(const Look& look);

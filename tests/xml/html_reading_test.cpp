@@ -65,6 +65,7 @@ TEST(HtmlReading, JoinsWhiteSpace) {
       {"preserved by a style", "<div style='white-space: pre-wrap'>a  b\nc</div>", "a  b\nc"},
       {"joined again inside", "<pre>a  <span style='white-space:normal'>b  c</span></pre>",
        "a  b c"},
+      {"control characters are left out", "a\x01 \x7F\u0085 b\x02", "a b"},
       {"blanks that the writer kept", "a<span class=\"quoll-blanks\">&nbsp;&nbsp;</span> b",
        "a   b"},
   });
