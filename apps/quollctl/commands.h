@@ -38,6 +38,10 @@ namespace quoll::quollctl {
 [[nodiscard]] int launch(const std::string& command, const std::vector<std::string>& files,
                          bool background, bool as_json);
 
+/// Walks the road of a share and prints what it finds, with one thing to do where something is
+/// wrong; with `mend` it does first what is safe to do. 1 when a share would not arrive.
+[[nodiscard]] int doctor(bool mend, bool as_json);
+
 /// Writes the stores of a mail application, accounts and contacts that are made up, into a group
 /// container in the folder, and prints their paths; 1 when one cannot be written.
 [[nodiscard]] int sample_container(const std::string& folder, console::PropertyListForm form);

@@ -55,6 +55,11 @@ int main(int argc, char** argv) {
   launch->add_flag("--background", background, "Leave the application in the background");
   launch->add_flag("--json", as_json, "Print JSON");
 
+  CLI::App* doctor = app.add_subcommand("doctor", "Says why shares do not arrive, and what to do.");
+  bool mend = false;
+  doctor->add_flag("--fix", mend, "Do what is safe to do");
+  doctor->add_flag("--json", as_json, "Print JSON");
+
   CLI::App* sample = app.add_subcommand(
       "sample-container", "Writes what a mail application shares, made up, into a folder.");
   std::string folder;
@@ -89,6 +94,9 @@ int main(int argc, char** argv) {
   }
   if (launch->parsed()) {
     return quoll::quollctl::launch(command, messages, background, as_json);
+  }
+  if (doctor->parsed()) {
+    return quoll::quollctl::doctor(mend, as_json);
   }
   if (sample->parsed()) {
     return quoll::quollctl::sample_container(folder, form);

@@ -1,0 +1,170 @@
+// What quollctl says of the road of a share, on a bus and in a home of its own.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "linux/posix/unique_fd.h"
+#include "tests/integration/private_bus.h"
+
+namespace quoll::test {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+class Doctor : public testing::Test {
+ protected:
+  [[nodiscard]] std::string container() const { return bus_.path("containers/K7Q2M9XT4B.quoll"); }
+  void install_receiver() const {
+    bus_.add_service("it.vorlent.quoll2", std::string(QUOLL_COMPOSE) + " --service");
+  }
+  [[nodiscard]] Ended doctor(std::vector<std::string> options = {},
+                             const Environment& more = {}) const {
+    Environment environment = bus_.environment();
+    environment["QUOLL_IMAGE_HELPER"] = QUOLL_IMAGE_HELPER;
+    for (const auto& [name, value] : more) {
+      environment[name] = value;
+    }
+    options.insert(options.begin(), {QUOLLCTL, "doctor"});
+    return run(options, environment);
+  }
+  /// What it says of one step: its state, then what was found.
+  [[nodiscard]] static std::string said(const Ended& ended, const std::string& step) {
+    const Json answer = Json::parse(ended.output, nullptr, false);
+    for (const Json& one : answer.value("steps", Json::array())) {
+      if (one["step"] == step) {
+        return one["state"].get<std::string>() + ": " + one["found"].get<std::string>();
+      }
+    }
+    return "nothing in: " + ended.output + ended.errors;
+  }
+
+  PrivateBus bus_;
+};
+
+TEST_F(Doctor, AShareArrives) {
+  install_receiver();
+  const Ended ended = doctor({"--json"});
+  EXPECT_EQ(ended.status, 0) << ended.output << ended.errors;
+  EXPECT_EQ(Json::parse(ended.output)["arrives"], true);
+  EXPECT_EQ(said(ended, "identity"), "good: it.vorlent.quoll2.Quoll-Share, for it.vorlent.quoll2");
+  EXPECT_EQ(said(ended, "container"), "good: " + container() + " will be made by the first share");
+  EXPECT_EQ(said(ended, "locks"), "good: nobody holds one");
+  EXPECT_EQ(said(ended, "session bus"), "good: it answers");
+  EXPECT_EQ(said(ended, "mail application"),
+            "good: it.vorlent.quoll2 is started when it is needed");
+  EXPECT_EQ(said(ended, "images"), std::string("good: ") + QUOLL_IMAGE_HELPER);
+  EXPECT_FALSE(fs::exists(container())) << "it looks and makes nothing";
+}
+
+TEST_F(Doctor, NobodyAnswers) {
+  const Ended ended = doctor();
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_NE(ended.output.find("BROKEN mail application"), std::string::npos) << ended.output;
+  EXPECT_NE(ended.output.find("-> install the mail application or quoll-compose"),
+            std::string::npos);
+  EXPECT_TRUE(ended.output.ends_with("A share does not arrive.\n"));
+}
+
+TEST_F(Doctor, AnEntryWhoseProgramIsMissing) {
+  bus_.add_entry("it.vorlent.quoll2",
+                 "[Desktop Entry]\nType=Application\nName=M\nExec=/nowhere/mail %u\n");
+  const Ended ended = doctor({"--json"});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(said(ended, "mail application"),
+            "BROKEN: it.vorlent.quoll2.desktop is damaged, or its program is missing");
+}
+
+TEST_F(Doctor, WithoutABusAnEntryIsEnough) {
+  const Environment no_bus{{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere"}};
+  Ended ended = doctor({"--json"}, no_bus);
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_TRUE(said(ended, "session bus").starts_with("BROKEN: there is none: "))
+      << said(ended, "session bus");
+  bus_.add_entry("it.vorlent.quoll2",
+                 "[Desktop Entry]\nType=Application\nName=M\nExec=/bin/true %u\n");
+  ended = doctor({"--json"}, no_bus);
+  EXPECT_EQ(ended.status, 0) << ended.output;
+  EXPECT_TRUE(said(ended, "session bus").starts_with("note: "));
+  EXPECT_TRUE(said(ended, "mail application")
+                  .starts_with("good: it.vorlent.quoll2 is started by its desktop entry"));
+}
+
+TEST_F(Doctor, AContainerThatIsNoFolder) {
+  install_receiver();
+  fs::create_directories(fs::path(container()).parent_path());
+  std::ofstream(container()) << "x";
+  const Ended ended = doctor({"--json"});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(said(ended, "container"),
+            "BROKEN: it cannot be written: " + container() + " is not a folder");
+}
+
+TEST_F(Doctor, NoPlaceForAContainer) {
+  install_receiver();
+  const Ended ended = doctor({"--json"}, {{"QUOLL_GROUP_CONTAINERS", "relative"}});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(said(ended, "container"), "BROKEN: there is no place for it");
+}
+
+TEST_F(Doctor, AContainerThatIsOpenToOthersIsClosed) {
+  install_receiver();
+  fs::create_directories(container());
+  ASSERT_EQ(chmod(container().c_str(), 0755), 0);
+  Ended ended = doctor({"--json"});
+  EXPECT_EQ(ended.status, 0);
+  EXPECT_EQ(said(ended, "container"), "note: " + container() + " is open to other users");
+  ended = doctor({"--fix", "--json"});
+  EXPECT_EQ(said(ended, "container"), "good: " + container());
+  EXPECT_EQ(fs::status(container()).permissions(), fs::perms::owner_all);
+}
+
+TEST_F(Doctor, LinksAreGivenToTheMailApplication) {
+  const Environment settings{{"XDG_CONFIG_HOME", bus_.path("config")}};
+  bus_.add_entry("it.vorlent.quoll2",
+                 "[Desktop Entry]\nType=Application\nName=M\nExec=/bin/true %u\n"
+                 "MimeType=x-scheme-handler/other;\n");
+  EXPECT_EQ(said(doctor({"--json"}, settings), "quoll:// links"),
+            "note: no application opens them");
+  EXPECT_EQ(said(doctor({"--fix", "--json"}, settings), "quoll:// links"),
+            "good: it.vorlent.quoll2.desktop opens them");
+}
+
+TEST_F(Doctor, WhoHoldsALockIsNamed) {
+  install_receiver();
+  fs::create_directories(container() + "/.locks");
+  const std::string turn = container() + "/.locks/turn";
+  const posix::UniqueFd lock(open(turn.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  ASSERT_EQ(flock(lock.get(), LOCK_EX), 0);
+  const std::string found = said(doctor({"--json"}), "locks");
+  EXPECT_TRUE(found.starts_with("note: ")) << found;
+  EXPECT_TRUE(found.ends_with(" holds turn")) << found;
+  if (std::ifstream("/proc/locks").peek() != std::ifstream::traits_type::eof()) {
+    EXPECT_NE(found.find("process " + std::to_string(getpid()) + ","), std::string::npos) << found;
+  }
+}
+
+TEST_F(Doctor, MenusAreLookedFor) {
+  install_receiver();
+  const std::string code =
+      bus_.data_home() + "/kpackage/Purpose/it.vorlent.quoll2.share/contents/code";
+  fs::create_directories(code);
+  std::ofstream(code + "/main.bin") << "x";
+  ASSERT_EQ(chmod((code + "/main.bin").c_str(), 0644), 0);
+  Ended ended = doctor({"--json"});
+  EXPECT_EQ(ended.status, 0);
+  EXPECT_EQ(said(ended, "menu of KDE"), "note: " + code + "/main.bin cannot be started");
+  EXPECT_EQ(said(ended, "menu of Nemo"), "note: not installed");
+  ASSERT_EQ(chmod((code + "/main.bin").c_str(), 0755), 0);
+  ended = doctor({"--json"});
+  EXPECT_EQ(said(ended, "menu of KDE"), "good: " + code + "/main.bin");
+}
+
+}  // namespace
+}  // namespace quoll::test
