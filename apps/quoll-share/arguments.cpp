@@ -74,6 +74,7 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   text->excludes(html);
   app.add_flag("--print", arguments.print, "Print the command URL instead of opening it");
   app.add_flag("--verbose", arguments.verbose, "Write the log to standard error too");
+  app.add_flag("--notify", arguments.notify, "Show on the desktop what went wrong");
   app.add_option("ITEM", wanted.items, "What to share");
   try {
     app.parse(marked(argc, argv));

@@ -11,6 +11,7 @@ struct Arguments {
   host::Wanted wanted;
   bool print = false;
   bool verbose = false;
+  bool notify = false;
 };
 
 /// Reads the command line. When there is nothing more to do (help was shown, or what was wrong) it

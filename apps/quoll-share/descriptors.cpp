@@ -1,4 +1,4 @@
-#include "descriptors.h"
+#include "apps/quoll-share/descriptors.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -28,13 +28,15 @@ std::shared_ptr<NSAttributedString> content_text(Selection& selection) {
   return text;
 }
 
-void show_progress(const Selection& selection) {
-  const auto answered =
-      std::count_if(selection.items.begin(), selection.items.end(),
-                    [](const auto& item) { return item->state() == SharedItem::State::kAnswered; });
-  static_cast<void>(write_all(STDERR_FILENO, "\r" + std::to_string(answered) + " of " +
-                                                 std::to_string(selection.items.size()) +
-                                                 " items"));
+std::size_t count_answered(const Selection& selection) {
+  return static_cast<std::size_t>(std::count_if(
+      selection.items.begin(), selection.items.end(),
+      [](const auto& item) { return item->state() == SharedItem::State::kAnswered; }));
+}
+
+void show_at_terminal(std::size_t answered, std::size_t items) {
+  static_cast<void>(write_all(
+      STDERR_FILENO, "\r" + std::to_string(answered) + " of " + std::to_string(items) + " items"));
 }
 
 }  // namespace
@@ -50,19 +52,21 @@ std::shared_ptr<HostContext> make_request(Selection& selection) {
   return std::make_shared<HostContext>(HostContext::Items{std::move(item)});
 }
 
-void wait_until_done(const Selection& selection, WatchedQueue& background) {
+void wait_until_done(const Selection& selection, WatchedQueue& background,
+                     const Progress& progress) {
   constexpr std::chrono::milliseconds kPatience{1000};
   constexpr std::chrono::milliseconds kStep{100};
-  if (background.wait_for_background(kPatience)) {
+  if (background.wait_for_background(progress ? kStep : kPatience)) {
     return;
   }
-  const bool is_shown = isatty(STDERR_FILENO) == 1 && !selection.items.empty();
+  const bool is_terminal = isatty(STDERR_FILENO) == 1 && !selection.items.empty();
+  const Progress& told = progress || !is_terminal ? progress : show_at_terminal;
   do {
-    if (is_shown) {
-      show_progress(selection);
+    if (told) {
+      told(count_answered(selection), selection.items.size());
     }
   } while (!background.wait_for_background(kStep));
-  if (is_shown) {
+  if (!progress && is_terminal) {
     static_cast<void>(write_all(STDERR_FILENO, "\r\033[K"));
   }
 }

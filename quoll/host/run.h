@@ -1,6 +1,8 @@
 #pragma once
 
 #include <concepts>
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,8 +19,13 @@ namespace quoll::host {
 /// process should; what cannot be read is left out.
 [[nodiscard]] std::shared_ptr<HostContext> make_request(Selection& selection);
 
-/// Returns when no background block is left; tells a person at a terminal how far the share is.
-void wait_until_done(const Selection& selection, WatchedQueue& background);
+/// Told how many of the items have answered, again and again while the share is under way.
+using Progress = std::function<void(std::size_t answered, std::size_t items)>;
+
+/// Returns when no background block is left. Without a `progress` it tells a person at a terminal
+/// how far the share is, once that has taken a second.
+void wait_until_done(const Selection& selection, WatchedQueue& background,
+                     const Progress& progress = nullptr);
 
 /// What came of a share, besides what the workspace and the items know.
 struct Outcome {
@@ -32,7 +39,8 @@ struct Outcome {
 /// Shares the selection by an extension's view controller, as a share menu would: hands it the
 /// request, asks for its view on this thread, and stays until its background work has ended.
 template <std::derived_from<platform::NSViewController> Controller>
-[[nodiscard]] Outcome run(Selection& selection, WatchedQueue& background) {
+[[nodiscard]] Outcome run(Selection& selection, WatchedQueue& background,
+                          const Progress& progress = nullptr) {
   Outcome outcome{.request = make_request(selection), .preparation = {}, .background = {}};
   if (selection.empty()) {
     return outcome;
@@ -44,7 +52,7 @@ template <std::derived_from<platform::NSViewController> Controller>
     const Witness::Scope scope(preparation);
     controller.view();
   }
-  wait_until_done(selection, background);
+  wait_until_done(selection, background, progress);
   outcome.preparation = preparation.lines();
   outcome.background = background.witness().lines();
   return outcome;

@@ -49,6 +49,14 @@ class Package : public testing::Test {
 
 TemporaryFolder* Package::folder_ = nullptr;
 
+// A share menu whose program cannot be started takes its application down with it.
+TEST_F(Package, TheEntryOfTheShareMenuStartsTheProgram) {
+  const std::string package = prefix() + "/share/kpackage/Purpose/it.vorlent.quoll2.share";
+  EXPECT_TRUE(std::filesystem::exists(package + "/metadata.json"));
+  const Ended ended = run({package + "/contents/code/main.bin", "--server", "/nowhere"});
+  EXPECT_EQ(ended.status, 2) << ended.errors;
+}
+
 TEST_F(Package, BothKindsOfTheLibraryAreFoundByCMake) {
   const std::string folder = build("tests/consumer");
   for (const char* program : {"/consumer-shared", "/consumer-static"}) {

@@ -1,5 +1,5 @@
 # The sandbox of quoll-share (docs/security.md).
-set(main apps/quoll-share/main.cpp)
+set(main apps/quoll-share/share_program.cpp)
 set(confined "sandbox::confine(needs_of(selection, *files, image_helper));")
 set(unconfined "static_cast<void>(&needs_of);")
 foreach(pair IN ITEMS share_is_confined:TheRunningProgramIsMarked no_tracing:NoProcessIsTraced

@@ -1,0 +1,84 @@
+#include "apps/quoll-share/notify.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "linux/gio/notification.h"
+#include "quoll/foundation/text.h"
+#include "quoll/host/file_handle.h"
+#include "quoll/host/report.h"
+
+namespace quoll {
+
+namespace {
+
+constexpr int kSignalled = 128;
+
+int wait_for(pid_t process) {
+  int status = 0;
+  while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
+  }
+  return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
+}
+
+/// The first lines of it, as many as a notification has room for. The share has had other people's
+/// bytes in its hands, so what it tells is not taken for text before it was looked at.
+std::string shown(std::string_view told) {
+  constexpr std::size_t kMost = 1000;
+  told = foundation::trim(told);
+  const bool is_long = told.size() > kMost;
+  if (is_long) {
+    told = told.substr(0, std::min(told.rfind('\n', kMost), kMost));
+  }
+  if (told.empty() || !foundation::is_utf8(told)) {
+    return "The system log tells more.";
+  }
+  return std::string(told) + (is_long ? "\n..." : "");
+}
+
+void show(int code, std::string_view told) {
+  constexpr std::chrono::milliseconds kTimeOut{5000};
+  const bool is_opened = code == static_cast<int>(host::ExitCode::kSomethingLeftOut);
+  gio::show_notification(is_opened ? "Not everything is in the draft" : "Nothing was shared",
+                         shown(told), kTimeOut);
+}
+
+}  // namespace
+
+int share_and_notify(const std::function<int()>& share) {
+  int ends[2] = {-1, -1};
+  const bool is_piped = pipe2(ends, O_CLOEXEC) == 0;
+  host::FileHandle reading(ends[0]);
+  host::FileHandle writing(ends[1]);
+  const pid_t process = is_piped ? fork() : -1;
+  if (process < 0) {
+    return share();  // as it would be without a desktop
+  }
+  if (process == 0) {
+    dup2(writing.get(), STDERR_FILENO);
+    writing.reset();
+    reading.reset();
+    std::exit(share());
+  }
+  writing.reset();
+  std::string told;
+  bool ended = false;
+  while (!ended && host::read_until(reading.get(), told, told.size() + 1, ended)) {
+  }
+  static_cast<void>(host::write_all(STDERR_FILENO, told));
+  const int code = wait_for(process);
+  if (code != 0) {
+    show(code, told);
+  }
+  return code;
+}
+
+}  // namespace quoll

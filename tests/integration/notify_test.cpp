@@ -1,0 +1,85 @@
+// What a person is told who shared from a menu.
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "tests/integration/private_bus.h"
+
+namespace quoll::test {
+namespace {
+
+class Notify : public testing::Test {
+ protected:
+  void install_receiver() const {
+    bus_.add_service("it.vorlent.quoll2", std::string(QUOLL_COMPOSE) + " --service");
+  }
+  [[nodiscard]] Ended share(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), {QUOLL_SHARE, "--notify"});
+    return run(arguments, bus_.environment());
+  }
+
+  PrivateBus bus_;
+};
+
+TEST_F(Notify, WhatWasLeftOutIsShown) {
+  install_receiver();
+  Process desktop({NOTIFICATION_DOUBLE}, bus_.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  const Ended ended = share({"https://example.org/", "/nowhere/<a>&b.pdf"});
+  EXPECT_EQ(ended.status, 3);
+  EXPECT_EQ(ended.errors, "left out: /nowhere/<a>&b.pdf: no such file\n");
+  EXPECT_EQ(desktop.read_line(),
+            "Not everything is in the draft|left out: /nowhere/&lt;a&gt;&amp;b.pdf: no such file");
+}
+
+TEST_F(Notify, NothingWasShared) {
+  Process desktop({NOTIFICATION_DOUBLE}, bus_.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  EXPECT_EQ(share({"https://example.org/"}).status, 1);
+  EXPECT_EQ(desktop.read_line(),
+            "Nothing was shared|not opened: no application answers to it.vorlent.quoll2; install "
+            "the mail application or quoll-compose");
+}
+
+TEST_F(Notify, AShareThatArrivesIsSilent) {
+  install_receiver();
+  Process desktop({NOTIFICATION_DOUBLE}, bus_.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  EXPECT_EQ(share({"https://example.org/one"}).status, 0);
+  EXPECT_EQ(share({"/nowhere"}).status, 1);
+  EXPECT_TRUE(desktop.read_line().starts_with("Nothing was shared|")) << "of the second one";
+}
+
+TEST_F(Notify, WithoutADesktopTheLineIsThereAllTheSame) {
+  const Ended ended = share({"/nowhere"});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_NE(ended.errors.find("left out: /nowhere: no such file"), std::string::npos);
+}
+
+TEST_F(Notify, ManyLinesAreCutShort) {
+  install_receiver();
+  Process desktop({NOTIFICATION_DOUBLE}, bus_.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  std::vector<std::string> items{"https://example.org/"};
+  for (int i = 0; i < 1000; ++i) {
+    items.push_back("/nowhere/" + std::to_string(i));
+  }
+  const Ended ended = share(items);
+  EXPECT_EQ(ended.status, 3);
+  EXPECT_TRUE(ended.errors.ends_with("left out: /nowhere/999: no such file\n"));
+  EXPECT_EQ(desktop.read_line(),
+            "Not everything is in the draft|left out: /nowhere/0: no such file");
+  std::string line;
+  std::string last;
+  int lines = 1;
+  while ((line = desktop.read_line()) != "...") {
+    ASSERT_FALSE(line.empty());
+    last = line;
+    ++lines;
+  }
+  EXPECT_LT(lines, 50);
+  EXPECT_EQ(last, "left out: /nowhere/" + std::to_string(lines - 1) + ": no such file");
+}
+
+}  // namespace
+}  // namespace quoll::test

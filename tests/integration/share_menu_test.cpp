@@ -1,0 +1,241 @@
+// The entry of KDE's share menu, talked to as the menu does.
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <set>
+
+#include "quoll/host/file_handle.h"
+#include "tests/integration/private_bus.h"
+
+namespace quoll::test {
+namespace {
+
+namespace fs = std::filesystem;
+using host::FileHandle;
+using Json = nlohmann::json;
+
+class ShareMenu : public testing::Test {
+ protected:
+  ShareMenu() : listener_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strcpy(address.sun_path, socket_path().c_str());
+    EXPECT_EQ(bind(listener_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
+              0);
+    EXPECT_EQ(listen(listener_.get(), 1), 0);
+  }
+
+  [[nodiscard]] std::string socket_path() const { return bus_.path("menu"); }
+  void install_receiver() const {
+    bus_.add_service("it.vorlent.quoll2", std::string(QUOLL_COMPOSE) + " --service");
+  }
+
+  /// Chooses the entry in the menu and answers once it has connected.
+  void choose() {
+    entry_ = std::make_unique<Process>(
+        std::vector<std::string>{QUOLL_SHARE_PURPOSE, "--server", socket_path(), "--pluginType",
+                                 "Export", "--pluginPath", "/main.bin"},
+        bus_.environment());
+    connection_ = FileHandle(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    EXPECT_TRUE(connection_);
+  }
+  void send(const std::string& bytes) const {
+    EXPECT_TRUE(host::write_all(connection_.get(), bytes));
+  }
+  void request(const Json& value) const {
+    const auto cbor = Json::to_cbor(value);
+    send(std::to_string(cbor.size()) + "\n" + std::string(cbor.begin(), cbor.end()));
+  }
+  /// The last line that the entry says before it closes the socket.
+  Json last_word() const {
+    std::string said;
+    bool ended = false;
+    // An entry that did not read everything resets the connection, behind what it said.
+    EXPECT_TRUE(host::read_until(connection_.get(), said, 1 << 20U, ended) || errno == ECONNRESET);
+    EXPECT_TRUE(said.ends_with('\n')) << said;
+    return Json::parse(said.substr(said.rfind('\n', said.size() - 2) + 1), nullptr, false);
+  }
+  [[nodiscard]] std::vector<std::string> drafts() const {
+    EXPECT_EQ(run({QUOLL_COMPOSE, "--list"}, bus_.environment()).status, 0);
+    std::vector<std::string> texts;
+    std::error_code missing;
+    for (const auto& entry :
+         fs::directory_iterator(bus_.data_home() + "/quoll-compose/drafts", missing)) {
+      texts.push_back(read_file(entry.path()));
+    }
+    return texts;
+  }
+  std::string write(const std::string& name) const {
+    std::ofstream(bus_.path(name)) << "the content of " << name;
+    return bus_.path(name);
+  }
+
+  PrivateBus bus_;
+  FileHandle listener_;
+  FileHandle connection_;
+  std::unique_ptr<Process> entry_;
+};
+
+const Json kEnd = {{"output", {{"url", ""}}}};
+
+TEST_F(ShareMenu, FilesWithSpacesAndCommas) {
+  install_receiver();
+  const std::string one = write("a b,c.txt");
+  const std::string two = write("100% #1.txt");
+  choose();
+  request({{"urls", {"file://" + one, "file://" + two}}, {"mimeType", "text/plain"}});
+  EXPECT_EQ(last_word(), kEnd);
+  EXPECT_EQ(entry_->wait(), 0) << entry_->errors();
+  const auto all = drafts();
+  ASSERT_EQ(all.size(), 1U);
+  EXPECT_NE(all[0].find("a b,c.txt"), std::string::npos);
+  EXPECT_NE(all[0].find("100% #1.txt"), std::string::npos);
+}
+
+TEST_F(ShareMenu, APageWithATitle) {
+  install_receiver();
+  choose();
+  request({{"urls", {"https://example.org/x", "marked text"}}, {"title", "The page"}});
+  EXPECT_EQ(last_word(), kEnd);
+  const auto all = drafts();
+  ASSERT_EQ(all.size(), 1U);
+  EXPECT_NE(all[0].find("Subject: The page"), std::string::npos);
+  EXPECT_NE(all[0].find("https://example.org/x"), std::string::npos);
+  EXPECT_NE(all[0].find("marked text"), std::string::npos);
+}
+
+TEST_F(ShareMenu, WhatWasLeftOutIsSaid) {
+  install_receiver();
+  choose();
+  request({{"urls", {"https://example.org/", "file:///nowhere/a.pdf"}}});
+  EXPECT_EQ(last_word(),
+            (Json{{"error", 100}, {"errorText", "left out: file:///nowhere/a.pdf: no such file"}}));
+  EXPECT_EQ(entry_->wait(), 3);
+}
+
+TEST_F(ShareMenu, NobodyToReceive) {
+  choose();
+  request({{"urls", {"https://example.org/"}}});
+  EXPECT_EQ(last_word(),
+            (Json{{"error", 100},
+                  {"errorText",
+                   "not opened: no application answers to it.vorlent.quoll2; install the mail "
+                   "application or quoll-compose"}}));
+  EXPECT_EQ(entry_->wait(), 1);
+}
+
+TEST_F(ShareMenu, RequestsThatAreNone) {
+  const std::string requests[] = {"",
+                                  "5\n",
+                                  "x\nhello",
+                                  "-5\nhello",
+                                  "5 \nhello",
+                                  "9223372036854775808\nhello",
+                                  "99999999999999999999999999",
+                                  "5\nhello",
+                                  "1000\n\xA1\x64urls",
+                                  "\n"};
+  for (const std::string& text : requests) {
+    choose();
+    send(text);
+    EXPECT_EQ(shutdown(connection_.get(), SHUT_WR), 0);
+    EXPECT_EQ(last_word(), (Json{{"error", 100},
+                                 {"errorText", "not opened: the menu did not say what to share"}}))
+        << text;
+    EXPECT_EQ(entry_->wait(), 1) << text;
+  }
+}
+
+TEST_F(ShareMenu, NothingIsShared) {
+  choose();
+  request(Json::object());
+  EXPECT_EQ(last_word(), (Json{{"error", 100},
+                               {"errorText", "not opened: nothing that was given can be shared"}}));
+}
+
+TEST_F(ShareMenu, TheShareOutlivesTheMenu) {
+  install_receiver();
+  const std::string file = write("kept.txt");
+  choose();
+  request({{"urls", {file}}});
+  connection_.reset();
+  EXPECT_EQ(entry_->wait(), 0) << entry_->errors();
+  ASSERT_EQ(drafts().size(), 1U);
+}
+
+TEST_F(ShareMenu, AMenuThatGoesAwayAtOnce) {
+  choose();
+  connection_.reset();
+  EXPECT_EQ(entry_->wait(), 1);
+}
+
+TEST_F(ShareMenu, WithoutAMenuItSaysWhatItIs) {
+  const Ended ended = run({QUOLL_SHARE_PURPOSE, "--server", bus_.path("nobody")});
+  EXPECT_EQ(ended.status, 2);
+  EXPECT_NE(ended.errors.find("quoll-share is for people"), std::string::npos);
+  EXPECT_EQ(run({QUOLL_SHARE_PURPOSE}).status, 2);
+  EXPECT_EQ(run({QUOLL_SHARE_PURPOSE, "--server", std::string(200, 'a')}).status, 2);
+}
+
+std::set<std::string> sockets_of(const fs::path& process) {
+  std::set<std::string> sockets;
+  std::error_code gone;
+  for (const auto& entry : fs::directory_iterator(process / "fd", gone)) {
+    const std::string target = fs::read_symlink(entry.path(), gone);
+    if (target.starts_with("socket:")) {
+      sockets.insert(target);
+    }
+  }
+  return sockets;
+}
+
+std::set<std::string> children_of(pid_t process) {
+  const std::string path =
+      "/proc/" + std::to_string(process) + "/task/" + std::to_string(process) + "/children";
+  std::ifstream file(path);
+  return {std::istream_iterator<std::string>(file), std::istream_iterator<std::string>()};
+}
+
+// The menu's program would wait for whoever has the socket too.
+TEST_F(ShareMenu, NoOtherProcessHoldsTheSocket) {
+  install_receiver();
+  const std::string locks = bus_.path("containers/K7Q2M9XT4B.quoll/.locks");
+  fs::create_directories(locks);
+  const FileHandle turn(open((locks + "/turn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  ASSERT_EQ(flock(turn.get(), LOCK_EX), 0);  // so the entry waits, with its launcher beside it
+  choose();
+  request({{"urls", {"https://example.org/"}}});
+  std::set<std::string> children;
+  std::set<std::string> of_children;
+  while (of_children.empty()) {  // the launcher has one to the entry and one to the bus
+    children = children_of(entry_->id());
+    for (const std::string& child : children) {
+      of_children = sockets_of("/proc/" + child);
+    }
+  }
+  // It lets go of what it was forked with a moment after the start.
+  std::string shared = "not looked at";
+  while (!shared.empty() && entry_->id() > 0) {
+    shared.clear();
+    const auto own = sockets_of("/proc/" + std::to_string(entry_->id()));
+    for (const std::string& child : children) {
+      for (const std::string& socket : sockets_of("/proc/" + child)) {
+        shared += own.contains(socket) ? socket : "";
+      }
+    }
+  }
+  EXPECT_EQ(shared, "");
+  ASSERT_EQ(flock(turn.get(), LOCK_UN), 0);
+  EXPECT_EQ(last_word(), kEnd);
+}
+
+}  // namespace
+}  // namespace quoll::test
