@@ -108,7 +108,8 @@ class ThousandAttachments : public testing::Test {
       case Kind::kFile:
         std::filesystem::create_directory(share_.folder.path(text));
         return NSURL::file_url(
-            share_.folder.write(text + "/name" + std::to_string(number % 40) + ".txt", text), false);
+            share_.folder.write(text + "/name" + std::to_string(number % 40) + ".txt", text),
+            false);
       case Kind::kLink:
         return NSURL::URLWithString("http://h/" + text);
       case Kind::kImage:
