@@ -134,3 +134,10 @@ quoll_defence(receiver_follows_no_links FILE ${file}
   TAKES "how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;"
   GIVES "how.resolve = RESOLVE_NO_MAGICLINKS;"
   SHOWN_BY receiver ReceiverTest.WhatIsNotInTheStagingFolderIsLeftOutByName)
+quoll_defence(receiver_only_composes FILE apps/quoll-compose/compose_command.cpp
+  TAKES "if (command != commandCompose) {" GIVES "if (command.empty()) {"
+  SHOWN_BY receiver ReceiverTest.WhatIsNoComposeCommandIsRefusedInOneLine)
+quoll_defence(receiver_is_safe_on_a_terminal FILE apps/quoll-compose/draft_summary.cpp
+  TAKES "foundation::printable(content.substr(0, content.size() - carriage))"
+  GIVES "content.substr(0, content.size() - carriage)"
+  SHOWN_BY receiver ReceiverTest.TheSummaryIsSafeOnATerminal)
