@@ -36,13 +36,14 @@ std::string temporary_folder() {
   if (mkdtemp(path.data()) == nullptr) {
     _exit(errno);
   }
-  static_cast<void>(write_all(0, path));
+  // Who was not told the path waits for it, until this process ends.
+  const int number = write_all(0, path) ? 0 : errno;
   char ignored = 0;
-  while (read(0, &ignored, 1) < 0 && errno == EINTR) {
+  while (number == 0 && read(0, &ignored, 1) < 0 && errno == EINTR) {
   }
   std::error_code failure;
   std::filesystem::remove_all(path, failure);
-  _exit(0);
+  _exit(number);
 }
 
 /// Waits for the end of the process; answers its exit status, or -1.

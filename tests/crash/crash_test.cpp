@@ -2,6 +2,7 @@
 // something on the disk.
 #include <gtest/gtest.h>
 #include <sys/syscall.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <map>
@@ -76,13 +77,20 @@ TEST_P(Killed, WhoIsLeftTellsTheTruth) {
   EXPECT_EQ(found(About::kDeath), 0);
 }
 
-/// Does something at one call: the one of a kind that is the `turn`-th, from 1.
+constexpr int kAny = -1;
+
+/// Does something at one call: the one of a kind that is the `turn`-th, from 1. `descriptor` is its
+/// first argument.
 class AtOne final : public Steps {
  public:
-  AtOne(long number, int turn, const Step& step) : number_(number), turn_(turn), step_(step) {}
+  AtOne(long number, int turn, const Step& step, int descriptor = kAny)
+      : number_(number), turn_(turn), step_(step), descriptor_(descriptor) {}
 
   Step at(const Call& call) override {
-    return call.number == number_ && --turn_ == 0 ? step_ : Step{};
+    const bool is_kind =
+        call.number == number_ &&
+        (descriptor_ == kAny || call.arguments[0] == static_cast<std::uint64_t>(descriptor_));
+    return is_kind && --turn_ == 0 ? step_ : Step{};
   }
   [[nodiscard]] bool is_done() const override { return turn_ <= 0; }
 
@@ -90,6 +98,7 @@ class AtOne final : public Steps {
   long number_;
   int turn_;
   Step step_;
+  int descriptor_;
 };
 
 TEST(KilledAlone, ItLeavesNoPrivateFiles) {
@@ -125,6 +134,7 @@ TEST(Failed, WhatWentWrongIsTold) {
     int error;
     int status;
     std::string told;
+    int descriptor = kAny;
   };
   const std::vector<Row> rows{
       {"the image helper cannot be watched", SYS_pidfd_open, EMFILE, 3,
@@ -134,13 +144,15 @@ TEST(Failed, WhatWentWrongIsTold) {
       {"no socket to the launcher", SYS_socketpair, EMFILE, 1,
        "not opened: the launcher could not be started\n"},
       {"no copies inside the file system", SYS_copy_file_range, EIO, 0, ""},
+      {"who keeps private files cannot tell where", SYS_write, EIO, 3,
+       "left out: data:,first: no temporary folder: input/output error\n", STDIN_FILENO},
       {"no turn, which is for the sake of others", SYS_flock, ENOLCK, 0, ""},
   };
   Scene scene;
   static_cast<void>(scene.learn());
   for (const Row& row : rows) {
     scene.prepare(false);
-    AtOne fault(row.call, 1, {.kind = Step::Kind::kFail, .error = row.error});
+    AtOne fault(row.call, 1, {.kind = Step::Kind::kFail, .error = row.error}, row.descriptor);
     const SteppedEnd end = run_stepped(scene.command(Which::kFirst), scene.environment(), fault, 0);
     EXPECT_TRUE(fault.is_done()) << row.reason;
     EXPECT_EQ(end.status, row.status) << row.reason;
