@@ -2,6 +2,7 @@
 // the same runs; what is written is well formed, UTF-8, and holds nothing but the few tags that the
 // writer has, each with its one attribute.
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -51,24 +52,36 @@ std::string kept(std::string_view text, std::string_view but) {
   return out;
 }
 
-/// What is read again: runs without text go, those that look alike are one, and a line feed at the
-/// very end is as good as none.
+/// Appends a text; runs that look alike are one.
+void append(std::vector<TextRun>& runs, std::string_view text,
+            const quoll::platform::TextAttributes& look) {
+  if (text.empty()) {
+    return;
+  }
+  if (runs.empty() || runs.back().attributes != look) {
+    runs.push_back({{}, look});
+  }
+  runs.back().text += text;
+}
+
+/// What is read again: runs without text go, a line feed looks like nothing, and empty lines at the
+/// very end are not counted.
 std::vector<TextRun> kept(const std::vector<TextRun>& runs) {
   std::vector<TextRun> out;
+  std::size_t line_feeds = 0;
   for (const TextRun& run : runs) {
-    TextRun left{kept(run.text, "\t\n"), run.attributes};
-    left.attributes.font = kept(run.attributes.font, "");
-    left.attributes.link = kept(run.attributes.link, "");
-    if (!left.text.empty() && !out.empty() && out.back().attributes == left.attributes) {
-      out.back().text += left.text;
-    } else if (!left.text.empty()) {
-      out.push_back(std::move(left));
-    }
-  }
-  if (!out.empty() && out.back().text.ends_with('\n')) {
-    out.back().text.pop_back();
-    if (out.back().text.empty()) {
-      out.pop_back();
+    auto look = run.attributes;
+    look.font = kept(look.font, "");
+    look.link = kept(look.link, "");
+    const std::string text = kept(run.text, "\t\n");
+    for (std::size_t at = 0; at < text.size();) {
+      const std::size_t end = std::min(text.find('\n', at), text.size());
+      if (end > at) {
+        append(out, std::string(std::exchange(line_feeds, 0), '\n'), {});
+        append(out, text.substr(at, end - at), look);
+      }
+      line_feeds += end < text.size() ? 1 : 0;
+      at = end + 1;
     }
   }
   return out;

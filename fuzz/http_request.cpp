@@ -44,12 +44,13 @@ void check_body(const std::shared_ptr<NSURL>& url, const Dictionary& parameters)
   check_back(parameters, Utils::POSTParameters(*request).get());
 }
 
-/// Building a URL again may change what stands around the query, so it is set twice.
+/// Building a URL again may change what stands around the query, so it is set twice. One without a
+/// scheme and a host may be another kind of URL afterwards.
 void check_query(const std::shared_ptr<NSURL>& url, const Dictionary& parameters) {
   const auto request = Utils::GETRequestWithURL(url, {});
   for (int i = 0; i < 2; ++i) {
     Utils::setGETParameters(*request, parameters);
-    if (request->URL() && !parameters.empty()) {
+    if (request->URL() && url->scheme() && url->host() && !parameters.empty()) {
       check_back(parameters, Utils::GETParameters(*request).get());
     }
   }
