@@ -132,3 +132,14 @@ quoll_defence(shown_lines FILE apps/quoll-compose/draft_summary.cpp
 quoll_defence(shown_line_length FILE apps/quoll-compose/draft_summary.cpp
   TAKES "kBytesOfALine = 400" GIVES "kBytesOfALine = 401"
   SHOWN_BY compose_text ComposeLimits.FourHundredBytesOfALineAreShown)
+
+# What a share menu sends.
+quoll_defence(menu_request_depth FILE apps/quoll-share/menu_request.cpp
+  TAKES "kDeepest = 16;" GIVES "kDeepest = 17;"
+  SHOWN_BY menu_request MenuRequest.SixteenLevelsAreRead)
+quoll_defence(menu_request_lengths FILE apps/quoll-share/menu_request.cpp
+  TAKES "failed_ = !is_countable;" GIVES "static_cast<void>(is_countable);"
+  SHOWN_BY menu_request MenuRequest.WhatIsNoRequest)
+quoll_defence(notification_is_cut FILE apps/quoll-share/notify.cpp
+  TAKES "kMost = 1000;" GIVES "kMost = 100000;"
+  SHOWN_BY notify Notify.ManyLinesAreCutShort)

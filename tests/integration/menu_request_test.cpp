@@ -112,6 +112,7 @@ TEST(MenuRequest, WhatIsNoRequest) {
       {"\xA1\x61k\x7F\x81\x61z\xFF", "a list as a piece of a text"},
       {"\xBB" + half_of_it, "a map of 2^63 pairs"},
       {"\xBB" + longest, "a map of 2^64 - 1 pairs"},
+      {std::string("\xBB\x80\0\0\0\0\0\0\1\x61k\1", 12), "a map of 2^63 + 1 pairs, with one"},
       {"\xA1\x64urls\x9B" + half_of_it, "a list of 2^63"},
       {"\xA1\x64urls\x9B" + longest, "a list of 2^64 - 1"},
       {"\xA1\x64urls\x7B" + half_of_it, "a text of 2^63 bytes"},
@@ -124,6 +125,14 @@ TEST(MenuRequest, WhatIsNoRequest) {
   for (const Row& row : rows) {
     EXPECT_FALSE(read_menu_request(row.bytes)) << row.reason;
   }
+}
+
+TEST(MenuRequest, SixteenLevelsAreRead) {
+  const auto nested = [](std::size_t lists) {
+    return "\xA1\x61k" + std::string(lists, '\x81') + "\x01";
+  };
+  EXPECT_TRUE(read_menu_request(nested(15)));
+  EXPECT_FALSE(read_menu_request(nested(16)));
 }
 
 TEST(MenuRequest, AnEmptyMapSharesNothing) {

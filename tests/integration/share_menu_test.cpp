@@ -138,6 +138,7 @@ TEST_F(ShareMenu, RequestsThatAreNone) {
                                   "x\nhello",
                                   "-5\nhello",
                                   "5 \nhello",
+                                  "268435457\nhello",
                                   "9223372036854775808\nhello",
                                   "99999999999999999999999999",
                                   "5\nhello",
