@@ -47,19 +47,6 @@ void end_with_parent() {
   }
 }
 
-void limit_resources() {
-  constexpr rlim_t kSeconds = 30;
-  limit(RLIMIT_CPU, kSeconds);
-  limit(RLIMIT_CORE, 0);
-  limit(RLIMIT_FSIZE, kLongestResult);
-  signal(SIGXFSZ, SIG_IGN);  // a result that is too long is an error of write()
-  signal(SIGPIPE, SIG_IGN);
-  if (!kSanitizerBuild) {
-    // The held pixels, a decoder's own copy of them, and the file with what the libraries need.
-    limit(RLIMIT_AS, 3 * kMostHeldBytes);
-  }
-}
-
 /// No file, no folder, no TCP connection; nobody else can be signalled.
 void leave_no_paths() {
   sandbox::PathRules rules;
@@ -94,9 +81,21 @@ void leave_few_calls() {
 
 }  // namespace
 
-void confine() {
+void limit_resources() {
   end_with_parent();
-  limit_resources();
+  constexpr rlim_t kSeconds = 30;
+  limit(RLIMIT_CPU, kSeconds);
+  limit(RLIMIT_CORE, 0);
+  limit(RLIMIT_FSIZE, kLongestResult);
+  signal(SIGXFSZ, SIG_IGN);  // a result that is too long is an error of write()
+  signal(SIGPIPE, SIG_IGN);
+  if (!kSanitizerBuild) {
+    // The held pixels, a decoder's own copy of them, and the file with what the libraries need.
+    limit(RLIMIT_AS, 3 * kMostHeldBytes);
+  }
+}
+
+void confine() {
   prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
   leave_no_paths();
   leave_few_calls();

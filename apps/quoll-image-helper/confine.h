@@ -2,10 +2,13 @@
 
 namespace quoll::image_helper {
 
-/// Gives up what reading an image does not need, for whatever the image's bytes may bring about:
-/// the process ends with the one that started it, its memory, its time and its result are limited,
-/// and as far as the kernel can hold it to that, it opens nothing, starts nothing, and only works
-/// on memory and on what is open. What the kernel cannot do is left out without a word: the program
+/// Limits the process's memory, its time and its result, and ends it with the one that started it.
+/// The first thing that it does.
+void limit_resources();
+
+/// Gives up what reading an image does not need, for whatever the image's bytes may bring about. As
+/// far as the kernel can hold it to that, it opens nothing, starts nothing, and only works on
+/// memory and on what is open. What the kernel cannot do is left out without a word: the program
 /// that starts helpers tells.
 ///
 /// A call that is not allowed fails as one that the kernel does not know; it does not end the

@@ -65,6 +65,7 @@ int fail(const char* reason) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  limit_resources();
   const std::string_view wanted = argc == 2 ? argv[1] : "";
   for (const Request& request : kRequests) {
     if (request.name != wanted) {

@@ -138,6 +138,6 @@ quoll_defence(receiver_only_composes FILE apps/quoll-compose/compose_command.cpp
   TAKES "if (command != commandCompose) {" GIVES "if (command.empty()) {"
   SHOWN_BY receiver ReceiverTest.WhatIsNoComposeCommandIsRefusedInOneLine)
 quoll_defence(receiver_is_safe_on_a_terminal FILE apps/quoll-compose/draft_summary.cpp
-  TAKES "foundation::printable(content.substr(0, content.size() - carriage))"
-  GIVES "content.substr(0, content.size() - carriage)"
+  TAKES "foundation::printable(content.substr(0, shown))"
+  GIVES "content.substr(0, shown)"
   SHOWN_BY receiver ReceiverTest.TheSummaryIsSafeOnATerminal)
