@@ -1,4 +1,5 @@
-// Runs a fuzz target on files, and on each of them cut short and with bytes changed.
+// Runs a fuzz target on files, and on each of them cut short and with bytes changed: at as many
+// places as keep the whole of it short.
 //
 // Usage: fuzz_NAME FOLDER
 
@@ -26,9 +27,8 @@ void replay(const Bytes& bytes) {
   LLVMFuzzerTestOneInput(exact.get(), bytes.size());
 }
 
-void replay_with_damage(const Bytes& bytes) {
-  constexpr std::size_t kMostPlaces = 64;
-  const std::size_t step = bytes.size() / kMostPlaces + 1;
+void replay_with_damage(const Bytes& bytes, std::size_t places) {
+  const std::size_t step = bytes.size() / places + 1;
   for (std::size_t place = 0; place < bytes.size(); place += step) {
     replay(Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(place)));
     for (const unsigned change : {0x01U, 0x20U, 0x80U, 0xFFU}) {
@@ -45,14 +45,16 @@ int main(int argc, char** argv) {
   if (LLVMFuzzerInitialize != nullptr) {
     LLVMFuzzerInitialize(&argc, &argv);
   }
-  std::size_t files = 0;
+  constexpr std::size_t kPlacesOfAll = 128;
+  std::vector<Bytes> files;
   for (const auto& entry : std::filesystem::directory_iterator(argc == 2 ? argv[1] : "")) {
     std::ifstream file(entry.path(), std::ios::binary);
-    const Bytes bytes{std::istreambuf_iterator<char>(file), {}};
-    replay(bytes);
-    replay_with_damage(bytes);
-    ++files;
+    files.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
   }
-  std::cout << files << " files\n";
-  return files > 0 ? 0 : 1;
+  for (const Bytes& bytes : files) {
+    replay(bytes);
+    replay_with_damage(bytes, kPlacesOfAll / files.size() + 1);
+  }
+  std::cout << files.size() << " files\n";
+  return files.empty() ? 1 : 0;
 }
