@@ -79,15 +79,18 @@ int socket_to_the_launcher() {
 bool launcher_opens(const std::string& url) {
   const int launcher = socket_to_the_launcher();
   const std::string request = field(field("it.vorlent.quoll2") + field("foreground") + field(url));
-  char answer[512] = {};
+  // A length, then as many bytes: a field of a word, and one of the reason.
+  std::uint32_t length = 0;
+  std::string answer(512, '\0');
   errno = EPIPE;
   if (send(launcher, request.data(), request.size(), MSG_NOSIGNAL) < 0 ||
-      recv(launcher, answer, sizeof answer, 0) <= 0) {
+      recv(launcher, &length, sizeof length, MSG_WAITALL) != sizeof length ||
+      length > answer.size() ||
+      recv(launcher, answer.data(), length, MSG_WAITALL) != static_cast<ssize_t>(length)) {
     return false;
   }
   errno = EPERM;
-  constexpr std::size_t kLengths = 2 * sizeof(std::uint32_t);
-  return std::string(answer + kLengths, 5) == "taken";
+  return answer.substr(sizeof length, 5) == "taken";
 }
 
 constexpr Probe kProbes[] = {
