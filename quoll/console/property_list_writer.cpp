@@ -154,9 +154,11 @@ class OldWriter {
     out_ += ">";
   }
 
+  /// A document that begins as a binary one is read as that.
   static bool needs_quotes(std::string_view text) {
     // cppcheck-suppress danglingTemporaryLifetime  ; the text outlives the call
-    return text.empty() || !std::all_of(text.begin(), text.end(), [](char c) {
+    return text.empty() || text.starts_with("bplist") ||
+           !std::all_of(text.begin(), text.end(), [](char c) {
              return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
                     c == '_';
            });

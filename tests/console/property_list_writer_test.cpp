@@ -55,6 +55,7 @@ TEST(PropertyListWriter, KeepsTheKindsOfScalars) {
                            std::numeric_limits<std::int64_t>::min(),
                            0.5,
                            -1e300,
+                           "bplist00",
                            Date{1709806500},
                            Date{-62135596800},
                            Date{253402300799}};
