@@ -57,7 +57,7 @@ class Expected {
         is_far_ = is_far_ || (seals_ & (F_SEAL_WRITE | F_SEAL_GROW)) == 0;
         break;
       case HelperStep::kResize:
-        resize(value * 4U);
+        resize(std::size_t{value} * 4);
         break;
       case HelperStep::kSeal:
         if ((seals_ & F_SEAL_SEAL) == 0) {

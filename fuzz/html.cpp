@@ -44,7 +44,7 @@ std::string kept(std::string_view text, std::string_view but) {
   for (std::size_t at = 0; at < text.size(); ++at) {
     const auto byte = static_cast<unsigned char>(text[at]);
     const bool wide = byte == 0xC2 && static_cast<unsigned char>(text[at + 1]) < 0xA0;
-    if (!wide && ((byte >= 0x20 && byte != 0x7F) || but.find(text[at]) != but.npos)) {
+    if (!wide && ((byte >= 0x20 && byte != 0x7F) || but.find(text[at]) != std::string_view::npos)) {
       out += text[at];
     }
     at += wide ? 1 : 0;
