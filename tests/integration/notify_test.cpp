@@ -73,7 +73,7 @@ TEST_F(Notify, ManyLinesAreCutShort) {
   std::string last;
   int lines = 1;
   while ((line = desktop.read_line()) != "...") {
-    ASSERT_FALSE(line.empty());
+    ASSERT_FALSE(line.empty() || line.find("/nowhere/999:") != std::string::npos);
     last = line;
     ++lines;
   }
