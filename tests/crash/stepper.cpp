@@ -154,12 +154,12 @@ class Run {
     return at->second;
   }
 
-  /// Meets a new thread before its maker makes the next.
+  /// Meets a new thread before its maker makes the next. Its own stops, and even its end, may have
+  /// been reported before its maker tells of it; then nothing is left to meet.
   void meet_made_by(pid_t maker) {
     unsigned long made = 0;
     const bool is_told = ptrace(PTRACE_GETEVENTMSG, maker, nullptr, &made) == 0;
-    // It may have been killed meanwhile.
-    if (is_told && ended_unmet_.erase(static_cast<pid_t>(made)) == 0) {
+    if (is_told && seen_untold_.erase(static_cast<pid_t>(made)) == 0) {
       meet(static_cast<pid_t>(made));
     }
   }
@@ -172,6 +172,9 @@ class Run {
   }
 
   void stopped(pid_t id, int status) {
+    if (!threads_.contains(id)) {
+      seen_untold_.insert(id);
+    }
     Thread& thread = meet(id);
     int signal = WSTOPSIG(status);
     const int event = status >> 16;
@@ -247,7 +250,7 @@ class Run {
   void ended(pid_t id, int status, SteppedEnd& end) {
     const auto at = threads_.find(id);
     if (at == threads_.end()) {
-      ended_unmet_.insert(id);
+      seen_untold_.insert(id);
       return;
     }
     threads_.erase(at);
@@ -268,7 +271,7 @@ class Run {
   std::map<pid_t, Thread> threads_;
   std::map<pid_t, Process> processes_;
   std::set<pid_t> killed_;
-  std::set<pid_t> ended_unmet_;
+  std::set<pid_t> seen_untold_;  // threads of which their makers have not told yet
   bool is_begun_ = false;
   bool killing_ = false;
 };
