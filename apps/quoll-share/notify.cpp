@@ -8,12 +8,14 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <limits>
 #include <string>
 #include <string_view>
 
 #include "linux/gio/notification.h"
 #include "quoll/foundation/text.h"
 #include "quoll/host/file_handle.h"
+#include "quoll/host/received_bytes.h"
 #include "quoll/host/report.h"
 
 namespace quoll {
@@ -69,10 +71,8 @@ int share_and_notify(const std::function<int()>& share) {
     std::exit(share());
   }
   writing.reset();
-  std::string told;
-  bool ended = false;
-  while (!ended && host::read_until(reading.get(), told, told.size() + 1, ended)) {
-  }
+  constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
+  const std::string told = host::receive_text(reading.get(), kAll).value_or("");
   static_cast<void>(host::write_all(STDERR_FILENO, told));
   const int code = wait_for(process);
   if (code != 0) {

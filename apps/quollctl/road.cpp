@@ -7,7 +7,6 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <string_view>
@@ -84,12 +83,19 @@ void mend_container(const std::string& path) {
                   ignored);
 }
 
-/// Why nothing can be made in a folder; empty when it can. The nearest folder that exists is tried.
-std::string why_not_writable(fs::path folder) {
+/// What there is of a path that may still have to be made.
+fs::path existing_part(fs::path path) {
   std::error_code ignored;
-  while (!fs::exists(fs::symlink_status(folder, ignored)) && folder.has_relative_path()) {
-    folder = folder.parent_path();
+  while (!fs::exists(fs::symlink_status(path, ignored)) && path.has_relative_path()) {
+    path = path.parent_path();
   }
+  return path;
+}
+
+/// Why nothing can be made in a folder; empty when it can.
+std::string why_not_writable(const std::string& path) {
+  std::error_code ignored;
+  const fs::path folder = existing_part(path);
   if (!fs::is_directory(folder, ignored)) {
     return folder.string() + " is not a folder";
   }
@@ -125,11 +131,7 @@ Step space(const std::optional<std::string>& path) {
   constexpr std::uintmax_t kMebibyte = std::uintmax_t{1} << 20U;
   constexpr std::uintmax_t kLittle = 100 * kMebibyte;
   std::error_code error;
-  fs::path folder = path.value_or("/");
-  while (!fs::exists(folder, error) && folder.has_relative_path()) {
-    folder = folder.parent_path();
-  }
-  const fs::space_info free = fs::space(folder, error);
+  const fs::space_info free = fs::space(existing_part(path.value_or("/")), error);
   const std::string found = std::to_string(free.available / kMebibyte) + " MiB free";
   if (error || free.available >= kLittle) {
     return {"space", State::kGood, error ? "not known: " + error.message() : found, ""};
@@ -212,29 +214,6 @@ Step mail_client() {
           "choose one in the settings; quoll-compose keeps drafts and shows them until then"};
 }
 
-/// Where data for all programs lies, the user's own first.
-std::vector<fs::path> data_folders() {
-  const auto value = [](const char* name) -> std::string {
-    const char* const set = std::getenv(name);
-    return set != nullptr ? set : "";
-  };
-  std::string own = value("XDG_DATA_HOME");
-  if (own.empty()) {
-    own = value("HOME") + "/.local/share";
-  }
-  std::string others = value("XDG_DATA_DIRS");
-  if (others.empty()) {
-    others = "/usr/local/share:/usr/share";
-  }
-  std::vector<fs::path> folders{own};
-  for (std::size_t start = 0; start <= others.size();) {
-    const std::size_t end = std::min(others.find(':', start), others.size());
-    folders.emplace_back(others.substr(start, end - start));
-    start = end + 1;
-  }
-  return folders;
-}
-
 struct Entry {
   const char* host;
   const char* file;
@@ -250,18 +229,15 @@ constexpr std::array kEntries{
 
 Step menu_entry(const Entry& entry) {
   const std::string name = std::string("menu of ") + entry.host;
-  for (const fs::path& folder : data_folders()) {
-    const fs::path file = folder / entry.file;
-    if (access(file.c_str(), F_OK) != 0) {
-      continue;
-    }
-    if (entry.is_program && access(file.c_str(), X_OK) != 0) {
-      return {name, State::kWorthKnowing, file.string() + " cannot be started",
-              "chmod +x it, or install quoll-share again: the menu's program ends when it tries"};
-    }
-    return {name, State::kGood, file, ""};
+  const std::string file = gio::find_data_file(entry.file);
+  if (file.empty()) {
+    return {name, State::kWorthKnowing, "not installed", "install quoll-share to have it there"};
   }
-  return {name, State::kWorthKnowing, "not installed", "install quoll-share to have it there"};
+  if (entry.is_program && access(file.c_str(), X_OK) != 0) {
+    return {name, State::kWorthKnowing, file + " cannot be started",
+            "chmod +x it, or install quoll-share again: the menu's program ends when it tries"};
+  }
+  return {name, State::kGood, file, ""};
 }
 
 }  // namespace

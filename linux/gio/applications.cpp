@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <string_view>
+#include <vector>
 
 #include "linux/gio/desktop_entry.h"
 #include "linux/gio/handles.h"
@@ -66,6 +66,20 @@ bool set_handler_of_scheme(const std::string& application, const std::string& sc
   const std::string type = "x-scheme-handler/" + scheme;
   return entry && g_app_info_set_as_default_for_type(G_APP_INFO(entry.get()), type.c_str(),
                                                      nullptr) != FALSE;
+}
+
+std::string find_data_file(const std::string& name) {
+  std::vector<std::string> folders{g_get_user_data_dir()};
+  for (const char* const* folder = g_get_system_data_dirs(); *folder != nullptr; ++folder) {
+    folders.emplace_back(*folder);
+  }
+  for (const std::string& folder : folders) {
+    const TextHandle file(g_build_filename(folder.c_str(), name.c_str(), nullptr));
+    if (g_file_test(file.get(), G_FILE_TEST_EXISTS) != FALSE) {
+      return file.get();
+    }
+  }
+  return "";
 }
 
 }  // namespace quoll::gio

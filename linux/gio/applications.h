@@ -27,4 +27,7 @@ struct ApplicationLookup {
 /// cannot be kept.
 [[nodiscard]] bool set_handler_of_scheme(const std::string& application, const std::string& scheme);
 
+/// The path of a file below the data folders, the user's own first; empty when none has it.
+[[nodiscard]] std::string find_data_file(const std::string& name);
+
 }  // namespace quoll::gio

@@ -7,23 +7,14 @@
 #include <cerrno>
 #include <map>
 
+#include "linux/sandbox/sanitizer_build.h"
 #include "tests/crash/series.h"
 
 namespace quoll::crash {
 namespace {
 
 // A sanitizer makes a share so much slower that a part of the sample has to do.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr std::size_t kEvery = 4;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr std::size_t kEvery = 4;
-#else
-constexpr std::size_t kEvery = 1;
-#endif
-#else
-constexpr std::size_t kEvery = 1;
-#endif
+constexpr std::size_t kEvery = sandbox::kSanitizerBuild ? 4 : 1;
 
 /// Shares that are killed, in one of the worlds; each test looks for one kind of harm.
 class Killed : public testing::TestWithParam<const char*> {

@@ -11,22 +11,11 @@
 
 #include "linux/image_helper/codecs/picture.h"
 #include "linux/image_helper/descriptors.h"
+#include "linux/sandbox/sanitizer_build.h"
 #include "tests/support/temporary_folder.h"
 
 namespace quoll::image_helper {
 namespace {
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kShadowed = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr bool kShadowed = true;
-#else
-constexpr bool kShadowed = false;
-#endif
-#else
-constexpr bool kShadowed = false;
-#endif
 
 TEST(PictureLimits, APictureHas2To28Pixels) {
   EXPECT_NO_THROW(check_size(1U << 14U, 1U << 14U));
@@ -100,7 +89,7 @@ TEST(HelperLimits, AreSetBeforeAnyByteIsRead) {
   EXPECT_EQ(helper.limit(RLIMIT_FSIZE), rlim_t{1} << 30U) << "the longest result";
   EXPECT_EQ(helper.limit(RLIMIT_CPU), 30U);
   EXPECT_EQ(helper.limit(RLIMIT_CORE), 0U);
-  if (!kShadowed) {
+  if (!sandbox::kSanitizerBuild) {
     EXPECT_EQ(helper.limit(RLIMIT_AS), rlim_t{3} << 30U);
   }
 }

@@ -3,11 +3,10 @@
 
 #include <cstdio>
 
-#include "linux/gio/handles.h"
+#include "tests/integration/bus_double.h"
 
 namespace {
 
-constexpr const char* kName = "org.freedesktop.Notifications";
 constexpr const char* kInterface = R"(<node><interface name="org.freedesktop.Notifications">
   <method name="Notify">
     <arg type="s" direction="in"/><arg type="u" direction="in"/><arg type="s" direction="in"/>
@@ -31,19 +30,6 @@ void notify(GDBusConnection*, const char*, const char*, const char*, const char*
 }  // namespace
 
 int main() {
-  static const GDBusInterfaceVTable methods{notify, nullptr, nullptr, {}};
-  GDBusConnection* bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
-  const quoll::gio::NodeInfoHandle node(g_dbus_node_info_new_for_xml(kInterface, nullptr));
-  g_dbus_connection_register_object(bus, "/org/freedesktop/Notifications", node->interfaces[0],
-                                    &methods, nullptr, nullptr, nullptr);
-  g_bus_own_name_on_connection(
-      bus, kName, G_BUS_NAME_OWNER_FLAGS_NONE,
-      [](GDBusConnection*, const char*, gpointer) {
-        std::puts("ready");
-        std::fflush(stdout);
-      },
-      nullptr, nullptr, nullptr);
-  for (;;) {
-    g_main_context_iteration(nullptr, TRUE);
-  }
+  quoll::test::answer_on_the_bus("org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+                                 kInterface, notify);
 }

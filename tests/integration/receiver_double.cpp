@@ -12,6 +12,7 @@
 
 #include "linux/gio/handles.h"
 #include "linux/gio/opener.h"
+#include "tests/integration/bus_double.h"
 
 namespace {
 
@@ -62,24 +63,6 @@ void called(GDBusConnection*, const char*, const char*, const char*, const char*
   g_dbus_method_invocation_return_value(call, nullptr);
 }
 
-int answer_on_the_bus(const char* name) {
-  static const GDBusInterfaceVTable methods{called, nullptr, nullptr, {}};
-  GDBusConnection* bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
-  const quoll::gio::NodeInfoHandle node(g_dbus_node_info_new_for_xml(kInterface, nullptr));
-  g_dbus_connection_register_object(bus, quoll::gio::object_path(name).c_str(), node->interfaces[0],
-                                    &methods, nullptr, nullptr, nullptr);
-  g_bus_own_name_on_connection(
-      bus, name, G_BUS_NAME_OWNER_FLAGS_NONE,
-      [](GDBusConnection*, const char*, gpointer) {
-        std::puts("ready");
-        std::fflush(stdout);
-      },
-      nullptr, nullptr, nullptr);
-  for (;;) {
-    g_main_context_iteration(nullptr, TRUE);
-  }
-}
-
 int record_command_line(int count, char** uris) {
   std::string text;
   for (int at = 0; at < count; ++at) {
@@ -107,7 +90,8 @@ int main(int argc, char** argv) {
   if (how == "bus" && argc == 5) {
     mode = argv[3];
     record = argv[4];
-    return answer_on_the_bus(argv[2]);
+    quoll::test::answer_on_the_bus(argv[2], quoll::gio::object_path(argv[2]).c_str(), kInterface,
+                                   called);
   }
   if (how == "exec" && argc >= 3) {
     record = argv[2];
