@@ -1,5 +1,6 @@
 #include "quoll/host/select.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include "quoll/foundation/text.h"
@@ -134,6 +135,22 @@ class Selector {
   int standard_input_;
 };
 
+/// Browsers hand over a page's link, or its title, as its text once more; the draft says it once.
+void drop_repeated_text(Selection& selection) {
+  if (!selection.text) {
+    return;
+  }
+  const std::string_view text = foundation::trim(*selection.text);
+  const bool is_title = selection.title && text == foundation::trim(*selection.title);
+  const bool is_repeated = std::ranges::any_of(selection.items, [&](const auto& item) {
+    const bool is_link = item->type() == platform::kUTTypeURL;  // only then the title is shown
+    return is_link && (is_title || text == foundation::trim(item->given()));
+  });
+  if (is_repeated) {
+    selection.text.reset();
+  }
+}
+
 }  // namespace
 
 Selection select(const Wanted& wanted, int standard_input) {
@@ -145,6 +162,7 @@ Selection select(const Wanted& wanted, int standard_input) {
   for (const std::string& item : wanted.items) {
     selector.add(item);
   }
+  drop_repeated_text(selection);
   return selection;
 }
 

@@ -41,7 +41,8 @@ struct Selection {
 
 /// Reads what was asked for. Files are looked at, not opened for good; bytes from standard input
 /// and from `data:` URLs are taken now. Whatever cannot be shared is left out with the reason and
-/// keeps nothing else back. To be called while there is one thread.
+/// keeps nothing else back. A text that only repeats a link, or the title of one, is dropped. To be
+/// called while there is one thread.
 [[nodiscard]] Selection select(const Wanted& wanted, int standard_input = 0);
 
 }  // namespace quoll::host

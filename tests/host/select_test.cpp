@@ -110,6 +110,32 @@ TEST(Select, Texts) {
   EXPECT_TRUE(title_only.empty()) << "a title alone is no share";
 }
 
+TEST(Select, ATextThatOnlyRepeatsALinkIsDropped) {
+  struct Row {
+    const char* reason;
+    std::string title;
+    std::string text;
+    std::string item;
+    bool is_kept;
+  };
+  const test::TemporaryFolder folder;
+  const std::string file = folder.write("a.txt", "x");
+  const std::vector<Row> rows{
+      {"the title once more", "A page", " A page\n", "https://h/", false},
+      {"the link once more", "A page", "https://h/", "https://h/", false},
+      {"something of its own", "A page", "A page, read it", "https://h/", true},
+      {"another link", "A page", "https://h/other", "https://h/", true},
+      {"a file does not show the title", "A page", "A page", file, true},
+      {"a file's own name is no link", "A page", file, file, true},
+  };
+  for (const Row& row : rows) {
+    const Selection selection = select({row.title, row.text, {}, {row.item}});
+    EXPECT_EQ(selection.text.has_value(), row.is_kept) << row.reason;
+    EXPECT_EQ(selection.title, row.title) << row.reason;
+    EXPECT_TRUE(selection.left_out.empty()) << row.reason;
+  }
+}
+
 TEST(Select, TextThatIsNotUtf8) {
   const Selection selection = select({"\xFF", "gr\xFC\xDF", {}, {"https://h/"}});
   EXPECT_EQ(selection.title, std::nullopt);
