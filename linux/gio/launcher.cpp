@@ -103,13 +103,14 @@ void leave_the_program(int socket) {
   close_range(keep + 1, ~0U, 0);
 }
 
-// Only local files are looked at, so the modules for remote ones need not be loaded; a program that
-// is started later must not inherit that choice.
-void use_local_files_only() {
-  if (std::getenv("GIO_USE_VFS") == nullptr) {
-    setenv("GIO_USE_VFS", "local", 1);
+// Nothing but local files and the bus is needed, so the desktop's modules, for remote files above
+// all, are not loaded; a program that is started later must not inherit that choice.
+void load_no_modules() {
+  constexpr const char* kWhere = "GIO_MODULE_DIR";
+  if (std::getenv(kWhere) == nullptr) {
+    setenv(kWhere, "/dev/null", 1);
     g_vfs_get_default();
-    unsetenv("GIO_USE_VFS");
+    unsetenv(kWhere);
   }
 }
 
@@ -145,7 +146,7 @@ Failure not_openable(const OpenRequest& request, const Openable& openable) {
 [[noreturn]] void serve(int socket, ActivationTokens tokens, Openable openable,
                         std::chrono::milliseconds time_out) {
   leave_the_program(socket);
-  use_local_files_only();
+  load_no_modules();
   Opener opener(std::move(tokens), time_out);
   for (;;) {
     wait_for_input(socket);

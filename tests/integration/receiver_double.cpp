@@ -68,7 +68,7 @@ int record_command_line(int count, char** uris) {
   for (int at = 0; at < count; ++at) {
     text += std::string("uri ") + uris[at] + "\n";
   }
-  for (const char* variable : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID", "GIO_USE_VFS"}) {
+  for (const char* variable : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID", "GIO_MODULE_DIR"}) {
     const char* value = std::getenv(variable);
     text += value != nullptr ? std::string(variable) + " " + value + "\n" : "";
   }
