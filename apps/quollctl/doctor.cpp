@@ -25,6 +25,7 @@ const char* word_of(Step::State state) {
 }
 
 void print(const std::vector<Step>& steps) {
+  constexpr std::size_t kLongestLine = 400;
   std::size_t widest = 0;
   for (const Step& step : steps) {
     widest = std::max(widest, step.name.size());
@@ -37,6 +38,10 @@ void print(const std::vector<Step>& steps) {
       std::cout << std::setw(7 + width) << ""
                 << "  -> " << foundation::printable(step.advice) << '\n';
     }
+    for (const std::string& line : step.lines) {
+      std::cout << std::setw(7 + width) << ""
+                << "  " << foundation::printable(line, kLongestLine) << '\n';
+    }
   }
   std::cout << (arrives(steps) ? "A share arrives.\n" : "A share does not arrive.\n");
 }
@@ -44,10 +49,15 @@ void print(const std::vector<Step>& steps) {
 void print_json(const std::vector<Step>& steps) {
   console::Json list = console::Json::array();
   for (const Step& step : steps) {
+    console::Json lines = console::Json::array();
+    for (const std::string& line : step.lines) {
+      lines.push_back(console::json_text(line));
+    }
     list.push_back({{"step", step.name},
                     {"state", word_of(step.state)},
                     {"found", console::json_text(step.found)},
-                    {"advice", console::json_text(step.advice)}});
+                    {"advice", console::json_text(step.advice)},
+                    {"lines", lines}});
   }
   std::cout << console::json_line({{"arrives", arrives(steps)}, {"steps", list}}) << '\n';
 }

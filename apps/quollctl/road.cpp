@@ -9,9 +9,11 @@
 #include <chrono>
 #include <cstring>
 #include <filesystem>
+#include <sstream>
 #include <string_view>
 
 #include "linux/gio/applications.h"
+#include "linux/gio/program_output.h"
 #include "linux/image_helper/images.h"
 #include "linux/posix/group_containers.h"
 #include "linux/posix/lock_holder.h"
@@ -240,6 +242,29 @@ Step menu_entry(const Entry& entry) {
   return {name, State::kGood, file, ""};
 }
 
+/// What shares said last, and the receiver of their drafts; only what this user may read.
+Step log_lines() {
+  // A large journal on a slow disk is not worth more of a person's time.
+  const auto said =
+      gio::output_of({"timeout", "5", "journalctl", "--quiet", "--no-pager", "--output=short-iso",
+                      "--lines=5", "--identifier=quoll-share", "--identifier=quoll-compose"});
+  Step step{"last log lines", State::kGood, "none", ""};
+  if (!said) {
+    step.found = "there is no system journal here";
+    step.advice = "look for quoll-share where the system keeps its log, or share with --verbose";
+    step.state = State::kWorthKnowing;
+    return step;
+  }
+  std::istringstream lines(*said);
+  for (std::string line; std::getline(lines, line);) {
+    step.lines.push_back(line);
+  }
+  if (!step.lines.empty()) {
+    step.found = std::to_string(step.lines.size());
+  }
+  return step;
+}
+
 }  // namespace
 
 std::vector<Step> walk_road(bool mend) {
@@ -265,6 +290,7 @@ std::vector<Step> walk_road(bool mend) {
   for (const Entry& entry : kEntries) {
     steps.push_back(menu_entry(entry));
   }
+  steps.push_back(log_lines());
   return steps;
 }
 

@@ -16,7 +16,8 @@ struct Step {
   std::string name;
   State state = State::kGood;
   std::string found;
-  std::string advice;  ///< the one thing to do; empty when there is none
+  std::string advice;                ///< the one thing to do; empty when there is none
+  std::vector<std::string> lines{};  ///< what was found in other programs' own words
 };
 
 /// Walks the road of a share from the program to the compose window and says what it finds, without

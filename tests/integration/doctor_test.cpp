@@ -166,5 +166,30 @@ TEST_F(Doctor, MenusAreLookedFor) {
   EXPECT_EQ(said(ended, "menu of KDE"), "good: " + code + "/main.bin");
 }
 
+TEST_F(Doctor, TheLastLogLinesAreShown) {
+  const std::string programs = bus_.path("programs");
+  fs::create_directories(programs);
+  const std::string journal = programs + "/journalctl";
+  const Environment found{{"PATH", programs + ":/usr/bin:/bin"}};
+  const auto write_journal = [&](const std::string& script) {
+    std::ofstream(journal) << "#!/bin/sh\n" << script << '\n';
+    fs::permissions(journal, fs::perms::owner_all);
+  };
+  write_journal(R"(echo "$@" >"$0.asked"; printf 'one\ntwo \033[31m\n')");
+  EXPECT_EQ(said(doctor({"--json"}, found), "last log lines"), "good: 2");
+  const std::string told = doctor({}, found).output;
+  EXPECT_NE(told.find("  one\n"), std::string::npos) << told;
+  EXPECT_EQ(told.find('\033'), std::string::npos) << "a log cannot write to the terminal";
+  std::string asked;
+  std::getline(std::ifstream(journal + ".asked"), asked);
+  EXPECT_NE(asked.find("--identifier=quoll-share"), std::string::npos) << asked;
+  EXPECT_NE(asked.find("--identifier=quoll-compose"), std::string::npos) << asked;
+  write_journal("true");
+  EXPECT_EQ(said(doctor({"--json"}, found), "last log lines"), "good: none");
+  write_journal("echo half; exit 1");
+  EXPECT_EQ(said(doctor({"--json"}, found), "last log lines"),
+            "note: there is no system journal here");
+}
+
 }  // namespace
 }  // namespace quoll::test
