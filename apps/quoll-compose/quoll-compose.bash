@@ -1,0 +1,17 @@
+# shellcheck shell=bash
+# Completion of quoll-compose in bash. What is no option completes as a file name.
+_quoll_compose() {
+  local word=${COMP_WORDS[COMP_CWORD]} options
+  COMPREPLY=()
+  [[ $word == -* && ${COMP_WORDS[COMP_CWORD - 1]} != --idle ]] || return 0
+  options=(
+    --service
+    --idle
+    --list
+    --show
+    --version
+    -h --help
+  )
+  mapfile -t COMPREPLY < <(compgen -W "${options[*]}" -- "$word")
+}
+complete -o bashdefault -o default -F _quoll_compose quoll-compose

@@ -1,0 +1,9 @@
+#compdef quoll-compose
+_arguments -S \
+  '--service[take drafts from the session bus]' \
+  '--idle[end the service after so many idle seconds]:seconds: ' \
+  '--list[list the drafts that are kept, newest last]' \
+  '--show[show this draft, or the newest]::draft:_files -g "*.eml"' \
+  '(- *)--version[print the version and exit]' \
+  '(- *)'{-h,--help}'[print the options and exit]' \
+  '*:command URL: '

@@ -1,0 +1,24 @@
+# shellcheck shell=bash
+# Completion of quoll-share in bash. What is no option completes as a file name.
+_quoll_share() {
+  local word=${COMP_WORDS[COMP_CWORD]} i options
+  COMPREPLY=()
+  for ((i = 1; i < COMP_CWORD; ++i)); do
+    [[ ${COMP_WORDS[i]} != -- ]] || return 0
+  done
+  case ${COMP_WORDS[COMP_CWORD - 1]} in
+    --title | --text | --html) return 0 ;;
+  esac
+  [[ $word == -* ]] || return 0
+  options=(
+    --title
+    --text
+    --html
+    --print
+    --verbose
+    --notify
+    -h --help
+  )
+  mapfile -t COMPREPLY < <(compgen -W "${options[*]}" -- "$word")
+}
+complete -o bashdefault -o default -F _quoll_share quoll-share
