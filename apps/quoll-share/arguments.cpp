@@ -16,18 +16,20 @@ namespace {
 
 constexpr const char* kFooter =
     "\nAn ITEM is a web link, a path, a file URL, a data: URL, or - for the bytes on standard\n"
-    "input. After -- everything is an ITEM.\n"
+    "input. After -- everything is an ITEM. With --null standard input is a list whose parts end\n"
+    "with zero bytes: first the texts given as -, then more ITEMs.\n"
     "\nExit status: 0 opened, 1 not opened, 2 wrong usage, 3 opened without something.";
 
 /// What no single option can check by itself; empty when the command line makes sense.
 std::string complaint(const host::Wanted& wanted) {
   const auto& items = wanted.items;
-  if (!wanted.text && !wanted.html && items.empty()) {
+  if (!wanted.text && !wanted.html && items.empty() && !wanted.has_list) {
     return "nothing to share was given";
   }
-  const auto from_input =
-      std::count(items.begin(), items.end(), "-") + (wanted.text == "-") + (wanted.html == "-");
-  return from_input > 1 ? "standard input can be used only once" : "";
+  const auto as_items = std::count(items.begin(), items.end(), "-");
+  const auto as_texts = (wanted.title == "-") + (wanted.text == "-") + (wanted.html == "-");
+  return as_items + (wanted.has_list ? 1 : as_texts) > 1 ? "standard input can be used only once"
+                                                         : "";
 }
 
 /// The parser takes names such as "[a,b]", "{}" and "%%" apart. It leaves alone what begins with
@@ -72,6 +74,7 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   auto* const text = app.add_option("--text", wanted.text, "Plain text, or - for standard input");
   auto* const html = app.add_option("--html", wanted.html, "Styled text, or - for standard input");
   text->excludes(html);
+  app.add_flag("-0,--null", wanted.has_list, "Read more ITEMs, each ended by a zero byte");
   app.add_flag("--print", arguments.print, "Print the command URL instead of opening it");
   app.add_flag("--verbose", arguments.verbose, "Write the log to standard error too");
   app.add_flag("--notify", arguments.notify, "Show on the desktop what went wrong");

@@ -14,6 +14,7 @@ _quoll_share() {
     --title
     --text
     --html
+    -0 --null
     --print
     --verbose
     --notify

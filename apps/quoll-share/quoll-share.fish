@@ -1,6 +1,7 @@
 complete -c quoll-share -l title -x -d 'Subject of the draft of a web link'
 complete -c quoll-share -l text -x -d 'Plain text, or - for standard input'
 complete -c quoll-share -l html -x -d 'Styled text, or - for standard input'
+complete -c quoll-share -s 0 -l null -d 'Read more items, each ended by a zero byte'
 complete -c quoll-share -l print -d 'Print the command URL instead of opening it'
 complete -c quoll-share -l verbose -d 'Write the log to standard error too'
 complete -c quoll-share -l notify -d 'Show on the desktop what went wrong'

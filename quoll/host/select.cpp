@@ -10,6 +10,7 @@
 #include "quoll/host/intake.h"
 #include "quoll/host/media_type.h"
 #include "quoll/host/received_bytes.h"
+#include "quoll/host/zero_ended_list.h"
 #include "quoll/platform/type_identifiers.h"
 
 namespace quoll::host {
@@ -20,6 +21,7 @@ using foundation::Bytes;
 using foundation::NSURL;
 
 constexpr std::string_view kStandardInput = "-";
+constexpr std::string_view kList = "the list on standard input";
 /// No command holds more, and what delivers it may have no end.
 constexpr std::size_t kLongestText = std::size_t{64} << 20;
 
@@ -33,9 +35,9 @@ class Selector {
     if (!given) {
       return std::nullopt;
     }
-    auto text = given == kStandardInput ? receive_text(standard_input_, kLongestText + 1) : given;
+    auto text = given == kStandardInput ? text_from_input() : given;
     if (!text) {
-      leave_out(what, error_words(errno));
+      leave_out(what, list_ ? "standard input ends before it" : error_words(errno));
     } else if (text->size() > kLongestText) {
       leave_out(what, "it is longer than 64 MiB");
       text.reset();
@@ -49,11 +51,43 @@ class Selector {
     return text;
   }
 
+  /// Takes the list on standard input; what it is for is left out when it cannot be had.
+  void read_list() {
+    constexpr std::size_t kLongestList = std::size_t{256} << 20;
+    auto bytes = receive_text(standard_input_, kLongestList + 1);
+    if (!bytes) {
+      leave_out(kList, error_words(errno));
+    } else if (bytes->size() > kLongestList) {
+      leave_out(kList, "it is longer than 256 MiB");
+      bytes.reset();
+    } else if (bytes->empty()) {
+      leave_out(kList, "it is empty");
+    }
+    list_.emplace(std::move(bytes).value_or(""));
+  }
+
+  /// Adds what the list still holds.
+  void add_list() {
+    while (const auto part = list_ ? list_->next() : std::nullopt) {
+      add_named(*part);
+    }
+  }
+
   void add(const std::string& given) {
     if (given == kStandardInput) {
       add_standard_input();
-    } else if (const auto scheme = link_scheme(given);
-               scheme == "data" && why_not_shareable(given)) {
+    } else {
+      add_named(given);
+    }
+  }
+
+ private:
+  std::optional<std::string> text_from_input() {
+    return list_ ? list_->next() : receive_text(standard_input_, kLongestText + 1);
+  }
+
+  void add_named(const std::string& given) {
+    if (const auto scheme = link_scheme(given); scheme == "data" && why_not_shareable(given)) {
       add_data_url(given);
     } else {
       Intake intake = take_in(given);
@@ -65,7 +99,6 @@ class Selector {
     }
   }
 
- private:
   void leave_out(std::string_view what, std::string why) {
     selection_.left_out.push_back({std::string(what), std::move(why)});
   }
@@ -133,6 +166,7 @@ class Selector {
 
   Selection& selection_;
   int standard_input_;
+  std::optional<ZeroEndedList> list_;
 };
 
 /// Browsers hand over a page's link, or its title, as its text once more; the draft says it once.
@@ -156,12 +190,16 @@ void drop_repeated_text(Selection& selection) {
 Selection select(const Wanted& wanted, int standard_input) {
   Selection selection;
   Selector selector(selection, standard_input);
+  if (wanted.has_list) {
+    selector.read_list();
+  }
   selection.title = selector.text(wanted.title, "the title");
   selection.text = selector.text(wanted.text, "the text");
   selection.html = selector.text(wanted.html, "the HTML text");
   for (const std::string& item : wanted.items) {
     selector.add(item);
   }
+  selector.add_list();
   drop_repeated_text(selection);
   return selection;
 }

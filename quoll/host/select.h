@@ -17,6 +17,9 @@ struct Wanted {
   std::optional<std::string> text;
   std::optional<std::string> html;
   std::vector<std::string> items;
+  /// Standard input is a list of any length, each part of it ended by a zero byte: first the texts
+  /// that are "-", in the order above, then more items.
+  bool has_list = false;
 };
 
 /// Something that is not shared, as it was given, and why, in words that follow a colon.

@@ -4,6 +4,9 @@
 quoll_defence(text_length FILE quoll/host/select.cpp
   TAKES "text->size() > kLongestText" GIVES "text->size() > 2 * kLongestText"
   SHOWN_BY host ReceivedLimits.ATextHas64MiBAtMost)
+quoll_defence(list_length FILE quoll/host/select.cpp
+  TAKES "bytes->size() > kLongestList" GIVES "bytes->size() > 2 * kLongestList"
+  SHOWN_BY host ReceivedLimits.AListHas256MiBAtMost)
 quoll_defence(image_in_memory FILE quoll/host/received_bytes.cpp
   TAKES "std::size_t{256} << 20" GIVES "std::size_t{512} << 20"
   SHOWN_BY host ReceivedLimits.AnImageIsHeldBelow256MiB)

@@ -59,5 +59,17 @@ TEST(ReceivedLimits, ATextWithoutAnEndEnds) {
   EXPECT_FALSE(select({{}, {}, "-", {}}, endless.get()).html);
 }
 
+TEST(ReceivedLimits, AListHas256MiBAtMost) {
+  const auto why_left_out = [](std::size_t size) {
+    const FileHandle list = delivering(std::string(256 * kMebibyte, 'a'), size);
+    Wanted wanted;
+    wanted.text = "-";
+    wanted.has_list = true;
+    return select(wanted, list.get()).left_out.front().why;
+  };
+  EXPECT_EQ(why_left_out(256 * kMebibyte), "it is longer than 64 MiB") << "its only part is a text";
+  EXPECT_EQ(why_left_out(256 * kMebibyte + 1), "it is longer than 256 MiB");
+}
+
 }  // namespace
 }  // namespace quoll::host

@@ -136,6 +136,65 @@ TEST(Select, ATextThatOnlyRepeatsALinkIsDropped) {
   }
 }
 
+TEST(Select, AListOnStandardInput) {
+  const test::TemporaryFolder folder;
+  const std::string awkward = folder.write("a\nb \xFF,'%20", "x");
+  const std::string given = folder.write("given.txt", "x");
+  struct Row {
+    const char* reason;
+    std::string list;
+    std::vector<std::string> items;
+    std::vector<std::string> left_out;
+  };
+  const std::string zero(1, '\0');
+  const std::vector<Row> rows{
+      {"any bytes but zero",
+       awkward + zero + "https://h/" + zero,
+       {given, awkward, "https://h/"},
+       {}},
+      {"the last end is missing", awkward, {given, awkward}, {}},
+      {"an empty part", zero + "https://h/" + zero, {given, "https://h/"}, {"the name is empty"}},
+      {"no part", "", {given}, {"it is empty"}},
+      {"standard input is the list itself", "-" + zero, {given}, {"no such file"}},
+  };
+  for (const Row& row : rows) {
+    const FileHandle input = delivering(row.list);
+    Wanted wanted;
+    wanted.items = {given};
+    wanted.has_list = true;
+    const Selection selection = select(wanted, input.get());
+    std::vector<std::string> items;
+    for (const auto& item : selection.items) {
+      items.push_back(item->given());
+    }
+    std::vector<std::string> left_out;
+    for (const LeftOut& left : selection.left_out) {
+      left_out.push_back(left.why);
+    }
+    EXPECT_EQ(items, row.items) << row.reason;
+    EXPECT_EQ(left_out, row.left_out) << row.reason;
+  }
+}
+
+TEST(Select, TheTextsStandFirstInAList) {
+  using namespace std::string_view_literals;
+  Wanted wanted;
+  wanted.title = "-";
+  wanted.html = "-";
+  wanted.has_list = true;
+  const FileHandle input = delivering("-\0<b>x</b>\0https://h/\0"sv);
+  const Selection selection = select(wanted, input.get());
+  EXPECT_EQ(selection.title, "-") << "what is in a list is meant as it is";
+  EXPECT_EQ(selection.html, "<b>x</b>");
+  ASSERT_EQ(selection.items.size(), 1U);
+  const FileHandle shorter = delivering("A title\0"sv);
+  const Selection without = select(wanted, shorter.get());
+  EXPECT_EQ(without.title, "A title");
+  EXPECT_EQ(without.html, std::nullopt);
+  ASSERT_EQ(without.left_out.size(), 1U);
+  EXPECT_EQ(without.left_out[0].why, "standard input ends before it");
+}
+
 TEST(Select, TextThatIsNotUtf8) {
   const Selection selection = select({"\xFF", "gr\xFC\xDF", {}, {"https://h/"}});
   EXPECT_EQ(selection.title, std::nullopt);

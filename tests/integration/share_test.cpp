@@ -191,7 +191,9 @@ TEST_F(Share, ThousandsOfFilesWithFewDescriptors) {
     home_.write("many/" + std::to_string(i), "x");
   }
   const Ended ended =
-      run({"sh", "-c", "ulimit -n 1024; cd \"$HOME/many\" && exec \"$0\" --print *", QUOLL_SHARE},
+      run({"sh", "-c",
+           "ulimit -n 1024; cd \"$HOME/many\" && find -type f -print0 | \"$0\" --print --null",
+           QUOLL_SHARE},
           home_.environment());
   const auto staged = attachments_of(ended.output);
   const std::set different(staged.begin(), staged.end());
@@ -205,6 +207,20 @@ TEST_F(Share, ThousandsOfFilesWithFewDescriptors) {
   }
   EXPECT_EQ(staged.size() + late, std::size_t{kFiles});
   EXPECT_EQ(ended.status, late == 0 ? 0 : 3);
+}
+
+TEST_F(Share, StandardInputIsOneThing) {
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{"--null", "-"}, {"-", "--text", "-"}, {"-", "-"}}) {
+    const Ended ended = home_.print(arguments);
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_NE(ended.errors.find("standard input can be used only once"), std::string::npos);
+  }
+  const std::string list = home_.write("list", std::string("A title\0Words\0https://h/\0", 25));
+  const Ended ended = home_.print({"-0", "--title", "-", "--text", "-"}, list);
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_EQ(message_of(ended.output)->subject(), Value("A title"));
+  EXPECT_NE(message_of(ended.output)->htmlBody().description().find("Words"), std::string::npos);
 }
 
 TEST_F(Share, ASecondShareWaitsForItsTurn) {
