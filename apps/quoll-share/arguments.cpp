@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <charconv>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -23,7 +24,8 @@ constexpr const char* kFooter =
 /// What no single option can check by itself; empty when the command line makes sense.
 std::string complaint(const host::Wanted& wanted) {
   const auto& items = wanted.items;
-  if (!wanted.text && !wanted.html && items.empty() && !wanted.has_list) {
+  if (!wanted.text && !wanted.html && items.empty() && wanted.deliveries.empty() &&
+      !wanted.has_list) {
     return "nothing to share was given";
   }
   const auto as_items = std::count(items.begin(), items.end(), "-");
@@ -58,6 +60,27 @@ void unmark(std::optional<std::string>& value) {
   }
 }
 
+/// Reads "N", "N:TYPE" or "N:TYPE:NAME"; a name may hold anything.
+std::optional<host::Delivery> delivery_of(const std::string& text) {
+  constexpr int kFirst = 3;  // the first descriptor that is no standard one
+  constexpr int kMost = 1 << 30;
+  host::Delivery delivery;
+  const auto [end, error] =
+      std::from_chars(text.data(), text.data() + text.size(), delivery.descriptor);
+  std::string_view rest = text;
+  rest.remove_prefix(static_cast<std::size_t>(end - text.data()));
+  if (error != std::errc() || delivery.descriptor < kFirst || delivery.descriptor > kMost ||
+      !(rest.empty() || rest.front() == ':')) {
+    return std::nullopt;
+  }
+  if (!rest.empty()) {
+    const std::size_t colon = std::min(rest.find(':', 1), rest.size());
+    delivery.media_type = rest.substr(1, colon - 1);
+    delivery.name = rest.substr(std::min(colon + 1, rest.size()));
+  }
+  return delivery;
+}
+
 int wrong_usage(const std::string& why) {
   std::cerr << "quoll-share: " << why << "; see quoll-share --help\n";
   return static_cast<int>(host::ExitCode::kUsage);
@@ -75,6 +98,10 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   auto* const html = app.add_option("--html", wanted.html, "Styled text, or - for standard input");
   text->excludes(html);
   app.add_flag("-0,--null", wanted.has_list, "Read more ITEMs, each ended by a zero byte");
+  std::vector<std::string> descriptors;
+  app.add_option("--descriptor", descriptors, "The bytes of an open descriptor, as a file")
+      ->type_name("N[:TYPE[:NAME]]")
+      ->allow_extra_args(false);
   app.add_flag("--print", arguments.print, "Print the command URL instead of opening it");
   app.add_flag("--verbose", arguments.verbose, "Write the log to standard error too");
   app.add_flag("--notify", arguments.notify, "Show on the desktop what went wrong");
@@ -91,6 +118,14 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   }
   for (std::string& item : wanted.items) {
     unmark(item);
+  }
+  for (std::string& descriptor : descriptors) {
+    unmark(descriptor);
+    auto delivery = delivery_of(descriptor);
+    if (!delivery) {
+      return wrong_usage("--descriptor takes a number above 2, a type and a name: N:TYPE:NAME");
+    }
+    wanted.deliveries.push_back(std::move(*delivery));
   }
   const std::string why = complaint(wanted);
   if (!why.empty()) {

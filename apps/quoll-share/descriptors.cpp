@@ -5,6 +5,7 @@
 
 #include <charconv>
 #include <set>
+#include <string>
 #include <string_view>
 
 namespace quoll {
@@ -18,10 +19,13 @@ void hold_standard_descriptors() {
   }
 }
 
-void close_inherited_descriptors(const std::vector<std::string>& items) {
+void close_inherited_descriptors(const host::Wanted& wanted) {
   constexpr unsigned kMost = 1U << 30U;
   std::set<unsigned> named;
-  for (const std::string& item : items) {
+  for (const host::Delivery& delivery : wanted.deliveries) {
+    named.insert(static_cast<unsigned>(delivery.descriptor));
+  }
+  for (const std::string& item : wanted.items) {
     for (const std::string_view folder : {"/dev/fd/", "/proc/self/fd/"}) {
       unsigned number = 0;
       if (item.starts_with(folder) &&

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <string>
-#include <vector>
+#include "quoll/host/select.h"
 
 namespace quoll {
 
@@ -10,7 +9,8 @@ namespace quoll {
 void hold_standard_descriptors();
 
 /// Closes what the starting program left open besides the standard descriptors, since no sandbox
-/// takes away what is open. What an item names by its number (`/dev/fd/5`) stays.
-void close_inherited_descriptors(const std::vector<std::string>& items);
+/// takes away what is open. What is wanted by its number, as bytes or as an item (`/dev/fd/5`),
+/// stays.
+void close_inherited_descriptors(const host::Wanted& wanted);
 
 }  // namespace quoll

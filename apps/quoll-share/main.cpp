@@ -11,7 +11,7 @@ namespace quoll {
 namespace {
 
 int run(const Arguments& arguments) {
-  close_inherited_descriptors(arguments.wanted.items);
+  close_inherited_descriptors(arguments.wanted);
   const auto run_here = [&] {
     return share(arguments.wanted,
                  {.print = arguments.print,

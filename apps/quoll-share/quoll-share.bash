@@ -7,7 +7,7 @@ _quoll_share() {
     [[ ${COMP_WORDS[i]} != -- ]] || return 0
   done
   case ${COMP_WORDS[COMP_CWORD - 1]} in
-    --title | --text | --html) return 0 ;;
+    --title | --text | --html | --descriptor) return 0 ;;
   esac
   [[ $word == -* ]] || return 0
   options=(
@@ -15,6 +15,7 @@ _quoll_share() {
     --text
     --html
     -0 --null
+    --descriptor
     --print
     --verbose
     --notify

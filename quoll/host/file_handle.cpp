@@ -1,5 +1,6 @@
 #include "quoll/host/file_handle.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -25,16 +26,23 @@ bool write_all(int descriptor, std::string_view bytes) {
   return true;
 }
 
-bool read_until(int descriptor, std::string& text, std::size_t enough, bool& ended) {
+bool read_until(int descriptor, std::string& text, std::size_t enough, bool& ended,
+                std::optional<std::chrono::milliseconds> patience) {
   constexpr std::size_t kLargestRead = std::size_t{1} << 20;
   ended = false;
   while (!ended && text.size() < enough) {
+    pollfd waiting{descriptor, POLLIN, 0};
+    if (patience && poll(&waiting, 1, static_cast<int>(patience->count())) == 0) {
+      errno = ETIMEDOUT;
+      return false;
+    }
     const std::size_t before = text.size();
     text.resize(before + std::min(kLargestRead, enough - before));
     const ssize_t got = read(descriptor, text.data() + before, text.size() - before);
     const int number = errno;
     text.resize(before + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
-    if (got < 0 && number != EINTR) {
+    const bool is_early = number == EINTR || (patience && number == EAGAIN);
+    if (got < 0 && !is_early) {
       errno = number;
       return false;
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -29,8 +31,10 @@ class FileHandle {
 [[nodiscard]] bool write_all(int descriptor, std::string_view bytes);
 
 /// Appends what is read until the end of the file or until `text` has at least `enough` bytes;
-/// false with `errno` set. `ended` tells whether the end was met.
-[[nodiscard]] bool read_until(int descriptor, std::string& text, std::size_t enough, bool& ended);
+/// false with `errno` set. `ended` tells whether the end was met. With `patience` it fails with
+/// ETIMEDOUT when nothing comes for that long.
+[[nodiscard]] bool read_until(int descriptor, std::string& text, std::size_t enough, bool& ended,
+                              std::optional<std::chrono::milliseconds> patience = std::nullopt);
 
 /// What an `errno` value means, in small letters, to follow a colon.
 [[nodiscard]] std::string error_words(int number);

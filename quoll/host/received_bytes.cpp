@@ -1,5 +1,7 @@
 #include "quoll/host/received_bytes.h"
 
+#include <cerrno>
+
 #include "quoll/host/file_handle.h"
 #include "quoll/host/image_signature.h"
 
@@ -13,31 +15,38 @@ constexpr std::size_t kLargestImage = std::size_t{256} << 20;
 
 }  // namespace
 
-std::optional<ReceivedBytes> receive(int descriptor) {
+std::optional<ReceivedBytes> receive(const Source& source) {
   ReceivedBytes received;
-  if (!read_until(descriptor, received.beginning, kBlock, received.is_whole)) {
+  const auto read_to = [&](std::size_t enough) {
+    return read_until(source.descriptor, received.beginning, enough, received.is_whole,
+                      source.patience);
+  };
+  if (!read_to(kBlock)) {
     return std::nullopt;
   }
-  if (!received.is_whole && begins_as_image(received.beginning) &&
-      !read_until(descriptor, received.beginning, kLargestImage, received.is_whole)) {
+  if (!received.is_whole && begins_as_image(received.beginning) && !read_to(kLargestImage)) {
     return std::nullopt;
   }
   return received;
 }
 
-bool write_through(const ReceivedBytes& received, int source, int target) {
+bool write_through(const ReceivedBytes& received, const Source& source, int target) {
   bool ended = received.is_whole;
+  std::size_t size = received.beginning.size();
   if (!write_all(target, received.beginning)) {
     return false;
   }
   std::string block;
-  while (!ended) {
+  while (!ended && size <= source.most) {
     block.clear();
-    if (!read_until(source, block, kBlock, ended) || !write_all(target, block)) {
+    if (!read_until(source.descriptor, block, kBlock, ended, source.patience) ||
+        !write_all(target, block)) {
       return false;
     }
+    size += block.size();
   }
-  return true;
+  errno = EFBIG;
+  return size <= source.most;
 }
 
 std::optional<std::string> receive_text(int descriptor, std::size_t enough) {

@@ -1,5 +1,7 @@
 #include "quoll/host/select.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 
@@ -22,13 +24,25 @@ using foundation::NSURL;
 
 constexpr std::string_view kStandardInput = "-";
 constexpr std::string_view kList = "the list on standard input";
+/// A descriptor may be anybody's, and have no end.
+constexpr std::size_t kLongestDelivery = std::size_t{256} << 20;
 /// No command holds more, and what delivers it may have no end.
 constexpr std::size_t kLongestText = std::size_t{64} << 20;
 
+/// The last part of a name; empty when that names no file.
+std::string_view file_name(std::string_view name) {
+  name.remove_prefix(name.rfind('/') + 1);
+  return name == "." || name == ".." ? std::string_view() : name;
+}
+
+std::string why_not_received() {
+  return errno == ETIMEDOUT ? "nothing came for too long" : error_words(errno);
+}
+
 class Selector {
  public:
-  Selector(Selection& selection, int standard_input)
-      : selection_(selection), standard_input_(standard_input) {}
+  Selector(Selection& selection, std::chrono::milliseconds patience, int standard_input)
+      : selection_(selection), patience_(patience), standard_input_(standard_input) {}
 
   /// The text itself, or what standard input delivers; none when it cannot be shared.
   std::optional<std::string> text(const std::optional<std::string>& given, std::string_view what) {
@@ -71,6 +85,16 @@ class Selector {
     while (const auto part = list_ ? list_->next() : std::nullopt) {
       add_named(*part);
     }
+  }
+
+  void add(const Delivery& delivery) {
+    const FileHandle owner(delivery.descriptor);
+    // Whoever made the file may have left off at its end.
+    static_cast<void>(lseek(delivery.descriptor, 0, SEEK_SET));
+    const std::string_view name = file_name(delivery.name);
+    add_received(name.empty() ? "an item without a name" : name,
+                 {delivery.descriptor, patience_, kLongestDelivery},
+                 {.media_type = delivery.media_type, .name = std::string(name)}, "item");
   }
 
   void add(const std::string& given) {
@@ -117,16 +141,23 @@ class Selector {
   }
 
   void add_standard_input() {
-    constexpr std::string_view kName = "standard input";
-    const auto received = receive(standard_input_);
+    add_received("standard input", {standard_input_}, {}, "standard-input");
+  }
+
+  void add_received(std::string_view given, const Source& source, const Delivery& known,
+                    std::string_view name_without_one) {
+    const auto received = receive(source);
     if (!received) {
-      leave_out(kName, error_words(errno));
+      leave_out(given, why_not_received());
     } else if (received->beginning.empty()) {
-      leave_out(kName, "it is empty");
-    } else if (received->is_whole && begins_as_image(received->beginning)) {
-      add_image(kName, received->beginning);
+      leave_out(given, "it is empty");
+    } else if (known.name.empty() && received->is_whole && begins_as_image(received->beginning)) {
+      add_image(given, received->beginning);
     } else {
-      add_bytes(kName, "standard-input", media_type_of_bytes(received->beginning), *received);
+      add_bytes(
+          given, known.name.empty() ? name_without_one : known.name,
+          known.media_type.empty() ? media_type_of_bytes(received->beginning) : known.media_type,
+          *received, source);
     }
   }
 
@@ -139,13 +170,13 @@ class Selector {
     } else if (data->media_type.starts_with("image/") && begins_as_image(data->bytes)) {
       add_image(name, data->bytes);
     } else {
-      add_bytes(name, "data", data->media_type, {std::move(data->bytes), true});
+      add_bytes(name, "data", data->media_type, {std::move(data->bytes), true}, {});
     }
   }
 
   /// Bytes become a private file, which is then shared like any other.
   void add_bytes(std::string_view given, std::string_view name, std::string_view media_type,
-                 const ReceivedBytes& bytes) {
+                 const ReceivedBytes& bytes, const Source& source) {
     if (!selection_.folder) {
       selection_.folder = PrivateFolder::make();
     }
@@ -153,18 +184,20 @@ class Selector {
       leave_out(given, "no temporary folder: " + error_words(errno));
       return;
     }
-    const std::string_view extension = extension_of_media_type(media_type);
+    const bool has_extension = name.find('.') != std::string_view::npos;
+    const std::string_view extension = has_extension ? "" : extension_of_media_type(media_type);
     std::string path;
     const FileHandle file = selection_.folder->create(
         std::string(name) + (extension.empty() ? "" : ".") + std::string(extension), path);
-    if (!file || !write_through(bytes, standard_input_, file.get())) {
-      leave_out(given, "it cannot be kept in a temporary file: " + error_words(errno));
+    if (!file || !write_through(bytes, source, file.get())) {
+      leave_out(given, "it cannot be kept in a temporary file: " + why_not_received());
       return;
     }
     add_url(given, NSURL::file_url(path, false));
   }
 
   Selection& selection_;
+  std::chrono::milliseconds patience_;
   int standard_input_;
   std::optional<ZeroEndedList> list_;
 };
@@ -189,7 +222,7 @@ void drop_repeated_text(Selection& selection) {
 
 Selection select(const Wanted& wanted, int standard_input) {
   Selection selection;
-  Selector selector(selection, standard_input);
+  Selector selector(selection, wanted.patience, standard_input);
   if (wanted.has_list) {
     selector.read_list();
   }
@@ -200,6 +233,9 @@ Selection select(const Wanted& wanted, int standard_input) {
     selector.add(item);
   }
   selector.add_list();
+  for (const Delivery& delivery : wanted.deliveries) {
+    selector.add(delivery);
+  }
   drop_repeated_text(selection);
   return selection;
 }

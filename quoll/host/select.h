@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,6 +11,16 @@
 
 namespace quoll::host {
 
+/// Bytes that an open descriptor delivers: a file from its beginning, anything else from where it
+/// is.
+struct Delivery {
+  int descriptor = -1;
+  std::string media_type;  ///< in small letters; empty when it is not known
+  /// The name of the file that they become, whatever folders stand before it. Without one an image
+  /// becomes an image, like one from standard input.
+  std::string name;
+};
+
 /// What somebody wants to share, as it was given. A text that is "-" comes from standard input, and
 /// so does an item; at most one of them all does.
 struct Wanted {
@@ -17,6 +28,10 @@ struct Wanted {
   std::optional<std::string> text;
   std::optional<std::string> html;
   std::vector<std::string> items;
+  /// Each is closed when it was taken.
+  std::vector<Delivery> deliveries = {};
+  /// How long one of them may deliver nothing: it may be anybody's.
+  std::chrono::milliseconds patience{10'000};
   /// Standard input is a list of any length, each part of it ended by a zero byte: first the texts
   /// that are "-", in the order above, then more items.
   bool has_list = false;
@@ -42,10 +57,10 @@ struct Selection {
   [[nodiscard]] bool empty() const { return !text && !html && items.empty(); }
 };
 
-/// Reads what was asked for. Files are looked at, not opened for good; bytes from standard input
-/// and from `data:` URLs are taken now. Whatever cannot be shared is left out with the reason and
-/// keeps nothing else back. A text that only repeats a link, or the title of one, is dropped. To be
-/// called while there is one thread.
+/// Reads what was asked for. Files are looked at, not opened for good; bytes from standard
+/// input, descriptors and `data:` URLs are taken now. Whatever cannot be shared is left out with
+/// the reason and keeps nothing else back. A text that only repeats a link, or the title of one, is
+/// dropped. To be called while there is one thread.
 [[nodiscard]] Selection select(const Wanted& wanted, int standard_input = 0);
 
 }  // namespace quoll::host

@@ -7,6 +7,9 @@ quoll_defence(text_length FILE quoll/host/select.cpp
 quoll_defence(list_length FILE quoll/host/select.cpp
   TAKES "bytes->size() > kLongestList" GIVES "bytes->size() > 2 * kLongestList"
   SHOWN_BY host ReceivedLimits.AListHas256MiBAtMost)
+quoll_defence(delivery_length FILE quoll/host/received_bytes.cpp
+  TAKES "return size <= source.most" GIVES "return true"
+  SHOWN_BY host ReceivedLimits.ADeliveryHas256MiBAtMost)
 quoll_defence(image_in_memory FILE quoll/host/received_bytes.cpp
   TAKES "std::size_t{256} << 20" GIVES "std::size_t{512} << 20"
   SHOWN_BY host ReceivedLimits.AnImageIsHeldBelow256MiB)

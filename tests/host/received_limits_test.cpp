@@ -23,19 +23,19 @@ FileHandle delivering(std::string_view beginning, std::size_t size) {
 
 TEST(ReceivedLimits, AnImageIsHeldBelow256MiB) {
   constexpr std::string_view kPng = "\x89PNG\r\n\x1a\n";
-  const auto longest = receive(delivering(kPng, 256 * kMebibyte - 1).get());
+  const auto longest = receive({delivering(kPng, 256 * kMebibyte - 1).get()});
   ASSERT_TRUE(longest);
   EXPECT_TRUE(longest->is_whole) << "an image, to be decoded";
   EXPECT_EQ(longest->beginning.size(), 256 * kMebibyte - 1);
-  const auto longer = receive(delivering(kPng, 256 * kMebibyte + 1).get());
+  const auto longer = receive({delivering(kPng, 256 * kMebibyte + 1).get()});
   ASSERT_TRUE(longer);
   EXPECT_FALSE(longer->is_whole) << "shared as the file that it is";
   EXPECT_EQ(longer->beginning.size(), 256 * kMebibyte);
 }
 
 TEST(ReceivedLimits, OfOtherBytesOneMebibyteIsHeld) {
-  EXPECT_TRUE(receive(delivering("", kMebibyte - 1).get())->is_whole);
-  const auto longer = receive(delivering("", 100 * kMebibyte).get());
+  EXPECT_TRUE(receive({delivering("", kMebibyte - 1).get()})->is_whole);
+  const auto longer = receive({delivering("", 100 * kMebibyte).get()});
   EXPECT_FALSE(longer->is_whole);
   EXPECT_EQ(longer->beginning.size(), kMebibyte) << "the rest goes through a block at a time";
 }
@@ -69,6 +69,19 @@ TEST(ReceivedLimits, AListHas256MiBAtMost) {
   };
   EXPECT_EQ(why_left_out(256 * kMebibyte), "it is longer than 64 MiB") << "its only part is a text";
   EXPECT_EQ(why_left_out(256 * kMebibyte + 1), "it is longer than 256 MiB");
+}
+
+TEST(ReceivedLimits, ADeliveryHas256MiBAtMost) {
+  const auto selected = [](std::size_t size) {
+    Wanted wanted;
+    wanted.deliveries = {{dup(delivering("", size).get()), "", "large"}};
+    return select(wanted);
+  };
+  EXPECT_EQ(selected(256 * kMebibyte).items.size(), 1U);
+  const Selection longer = selected(256 * kMebibyte + 1);
+  EXPECT_TRUE(longer.items.empty());
+  ASSERT_EQ(longer.left_out.size(), 1U);
+  EXPECT_EQ(longer.left_out[0].why, "it cannot be kept in a temporary file: file too large");
 }
 
 }  // namespace

@@ -136,6 +136,90 @@ TEST(Select, ATextThatOnlyRepeatsALinkIsDropped) {
   }
 }
 
+Selection select_delivery(FileHandle from, std::string media_type, std::string name) {
+  Wanted wanted;
+  wanted.deliveries = {{dup(from.get()), std::move(media_type), std::move(name)}};
+  wanted.patience = std::chrono::milliseconds(20);
+  return select(wanted);
+}
+
+TEST(Select, DeliveriesBecomeFilesOfTheirNames) {
+  struct Row {
+    const char* reason;
+    std::string media_type;
+    std::string name;
+    std::string file;
+  };
+  const std::vector<Row> rows{
+      {"a name", "application/pdf", "a b,c.pdf", "a b,c.pdf"},
+      {"one without an extension", "application/pdf", "report", "report.pdf"},
+      {"an unknown type", "x/y", "report", "report"},
+      {"no type", "", "report", "report.txt"},
+      {"folders before it", "", "/etc/../x.txt", "x.txt"},
+      {"folders above", "", "../..", "item.txt"},
+      {"none", "text/html", "", "item.html"},
+      {"a folder", "", "a/", "item.txt"},
+      {"not UTF-8", "", "\xFF.txt", "\xFF.txt"},
+      {"an option", "", "--x.txt", "--x.txt"},
+  };
+  for (const Row& row : rows) {
+    const Selection selection = select_delivery(delivering("hello"), row.media_type, row.name);
+    ASSERT_EQ(selection.items.size(), 1U) << row.reason;
+    const std::string path = selection.items[0]->file_path().value_or("");
+    EXPECT_EQ(path, selection.folder->path() + "/1/" + row.file) << row.reason;
+    EXPECT_EQ(test::read_file(path), "hello") << row.reason;
+  }
+}
+
+TEST(Select, AnImageThatIsDeliveredKeepsItsNameWhenItHasOne) {
+  const Selection without = select_delivery(delivering(kGif), "image/gif", "");
+  ASSERT_EQ(without.items.size(), 1U);
+  EXPECT_EQ(without.items[0]->type(), platform::kUTTypeImage);
+  const Selection with = select_delivery(delivering(kGif), "image/gif", "cat.gif");
+  ASSERT_EQ(with.items.size(), 1U);
+  EXPECT_EQ(with.items[0]->type(), platform::kUTTypeFileURL);
+}
+
+TEST(Select, AFileIsDeliveredFromItsBeginning) {
+  FileHandle file = delivering("hello");
+  lseek(file.get(), 0, SEEK_END);
+  const Selection selection = select_delivery(std::move(file), "", "a.txt");
+  ASSERT_EQ(selection.items.size(), 1U);
+  EXPECT_EQ(test::read_file(selection.items[0]->file_path().value_or("")), "hello");
+}
+
+TEST(Select, DescriptorsThatDeliverNothing) {
+  int ends[2] = {-1, -1};
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  const FileHandle writing(ends[1]);
+  int bounded[2] = {-1, -1};
+  ASSERT_EQ(pipe2(bounded, O_CLOEXEC | O_NONBLOCK), 0);
+  const FileHandle begun(bounded[1]);
+  ASSERT_TRUE(write_all(begun.get(), "the beginning, and no end"));
+  struct Row {
+    const char* reason;
+    FileHandle from;
+    std::string name;
+    std::string why;
+  };
+  std::vector<Row> rows;
+  rows.push_back({"silent", FileHandle(ends[0]), "a", "nothing came for too long"});
+  rows.push_back({"half", FileHandle(bounded[0]), "a", "nothing came for too long"});
+  rows.push_back({"folder", FileHandle(open("/", O_RDONLY)), "a", "is a directory"});
+  rows.push_back({"no rights", FileHandle(open("/etc", O_PATH)), "a", "bad file descriptor"});
+  rows.push_back({"to write", FileHandle(open("/dev/null", O_WRONLY)), "a", "bad file descriptor"});
+  rows.push_back({"empty", FileHandle(open("/dev/null", O_RDONLY)), "a", "it is empty"});
+  rows.push_back({"long name", delivering("x"), std::string(256, 'n'),
+                  "it cannot be kept in a temporary file: file name too long"});
+  for (Row& row : rows) {
+    const Selection selection = select_delivery(std::move(row.from), "", row.name);
+    EXPECT_TRUE(selection.empty()) << row.reason;
+    ASSERT_EQ(selection.left_out.size(), 1U) << row.reason;
+    EXPECT_EQ(selection.left_out[0].what, row.name) << row.reason;
+    EXPECT_EQ(selection.left_out[0].why, row.why) << row.reason;
+  }
+}
+
 TEST(Select, AListOnStandardInput) {
   const test::TemporaryFolder folder;
   const std::string awkward = folder.write("a\nb \xFF,'%20", "x");

@@ -223,6 +223,24 @@ TEST_F(Share, StandardInputIsOneThing) {
   EXPECT_NE(message_of(ended.output)->htmlBody().description().find("Words"), std::string::npos);
 }
 
+TEST_F(Share, BytesOfADescriptorAreAFileOfTheirName) {
+  const std::string from = home_.write("from", "the content");
+  const Ended ended = run({"sh", "-c",
+                           "exec \"$0\" --print --descriptor 5::a:b.txt --descriptor 5 "
+                           "--descriptor 6:text/html:page 5<\"$HOME/from\" 6<\"$HOME/from\"",
+                           QUOLL_SHARE},
+                          home_.environment());
+  EXPECT_EQ(ended.errors, "left out: an item without a name: bad file descriptor\n");
+  EXPECT_EQ(
+      attachments_of(ended.output),
+      (std::vector<std::string>{home_.staging() + "/a:b.txt", home_.staging() + "/page.html"}));
+  EXPECT_EQ(read_file(home_.staging() + "/a:b.txt"), "the content");
+  EXPECT_FALSE(home_.has_private_files());
+  for (const char* wrong : {"", "x", "2", "-1", "5x", "99999999999", "5;a"}) {
+    EXPECT_EQ(home_.print({"--descriptor", wrong}).status, 2) << wrong;
+  }
+}
+
 TEST_F(Share, ASecondShareWaitsForItsTurn) {
   ASSERT_EQ(home_.print({home_.write("first.txt", "1")}).status, 0);
   const posix::UniqueFd turn(
