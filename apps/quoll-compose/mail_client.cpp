@@ -45,8 +45,8 @@ std::string hand_to_mail_client(const std::string& draft, const gio::ActivationT
   }
   const gio::ObjectHandle<GFile> file(g_file_new_for_path(draft.c_str()));
   const gio::TextHandle uri(g_file_get_uri(file.get()));
-  const gio::Failure failure =
-      gio::start_program(G_DESKTOP_APP_INFO(client.get()), {uri.get()}, tokens);
+  const gio::Failure failure = gio::start_program(
+      G_DESKTOP_APP_INFO(client.get()), {.uris = {uri.get()}, .arguments = {}, .tokens = tokens});
   return failure ? "is kept: " + *failure : "was given to " + name;
 }
 

@@ -147,8 +147,9 @@ Failure Opener::open_by_entry(const OpenRequest& request, const std::string& bus
   if (g_app_info_supports_uris(G_APP_INFO(entry.get())) == FALSE) {
     return request.application + ".desktop takes no URLs";
   }
-  return start_program(entry.get(), request.urls,
-                       request.background ? ActivationTokens{} : tokens_);
+  return start_program(entry.get(), {.uris = request.urls,
+                                     .arguments = {},
+                                     .tokens = request.background ? ActivationTokens{} : tokens_});
 }
 
 }  // namespace quoll::gio
