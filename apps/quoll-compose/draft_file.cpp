@@ -44,16 +44,22 @@ class NewFile {
   /// Belongs to the stream that writes it.
   [[nodiscard]] int fd() const { return fd_; }
 
-  /// Gives it the first free name of this second and answers its path.
+  /// Gives it the first free name of this second and answers its path. A name that a mail client
+  /// was given is not free: what is cleaned with that draft would be this one.
   std::string name_it() {
+    const std::string given = given_folder();
     std::array<char, 32> now{};
     const std::time_t time = std::time(nullptr);
     std::tm local{};
     localtime_r(&time, &local);
     std::strftime(now.data(), now.size(), "%Y%m%d-%H%M%S", &local);
     for (unsigned number = 0;; ++number) {
-      const std::string suffix = number == 0 ? "" : "-" + std::to_string(number);
-      std::string named = folder_ + "/" + now.data() + suffix + ".eml";
+      const std::string name =
+          now.data() + (number == 0 ? std::string() : "-" + std::to_string(number));
+      if (access((given + "/" + name).c_str(), F_OK) == 0) {
+        continue;
+      }
+      std::string named = folder_ + "/" + name + ".eml";
       if (renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, named.c_str(), RENAME_NOREPLACE) == 0) {
         path_.clear();
         return named;

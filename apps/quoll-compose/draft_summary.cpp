@@ -89,22 +89,6 @@ void add_part(GMimeObject* /*parent*/, GMimeObject* object, gpointer data) {
   }
 }
 
-std::string size_text(std::int64_t size) {
-  constexpr std::array<const char*, 4> kUnits{"KB", "MB", "GB", "TB"};
-  if (size < 1000) {
-    return std::to_string(size) + (size == 1 ? " byte" : " bytes");
-  }
-  auto amount = static_cast<double>(size) / 1000;
-  std::size_t unit = 0;
-  while (amount >= 999.95 && unit + 1 < kUnits.size()) {
-    amount /= 1000;
-    ++unit;
-  }
-  std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%.1f %s", amount, kUnits[unit]);
-  return text.data();
-}
-
 /// At most a screenful of the text, each line indented.
 void print_excerpt(std::ostream& out, std::string_view text) {
   constexpr int kLines = 12;
@@ -142,6 +126,22 @@ std::string subject_of(const std::string& path) {
 }
 
 }  // namespace
+
+std::string size_text(std::int64_t size) {
+  constexpr std::array<const char*, 4> kUnits{"KB", "MB", "GB", "TB"};
+  if (size < 1000) {
+    return std::to_string(size) + (size == 1 ? " byte" : " bytes");
+  }
+  auto amount = static_cast<double>(size) / 1000;
+  std::size_t unit = 0;
+  while (amount >= 999.95 && unit + 1 < kUnits.size()) {
+    amount /= 1000;
+    ++unit;
+  }
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%.1f %s", amount, kUnits[unit]);
+  return text.data();
+}
 
 DraftSummary read_draft(const std::string& path) {
   const auto message = message_in(path);

@@ -10,6 +10,9 @@
 
 namespace quoll::receiver {
 
+/// A size for people: "31.2 MB".
+[[nodiscard]] std::string size_text(std::int64_t size);
+
 /// What a message file holds, for people.
 struct DraftSummary {
   struct Attachment {

@@ -29,6 +29,27 @@ bool DraftThread::busy() const {
   return working_ || !waiting_.empty();
 }
 
+bool DraftThread::has_notices() const {
+  const std::lock_guard lock(mutex_);
+  return !notices_.empty();
+}
+
+std::vector<Notice> DraftThread::take_notices() {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(notices_, {});
+}
+
+void DraftThread::tell(const std::optional<Notice>& notice) {
+  if (!notice) {
+    return;
+  }
+  {
+    const std::lock_guard lock(mutex_);
+    notices_.push_back(*notice);
+  }
+  noticed_();
+}
+
 void DraftThread::run() {
   std::unique_lock lock(mutex_);
   for (;;) {
@@ -41,9 +62,10 @@ void DraftThread::run() {
     working_ = true;
     lock.unlock();
     try {
-      static_cast<void>(finish(std::move(job.draft), job.tokens));
+      tell(notice_of(finish(std::move(job.draft), job.tokens)));
     } catch (const std::exception& exception) {
       platform::log("the draft is lost: %@", exception.what());
+      tell(Notice{.summary = "There is no draft", .body = exception.what()});
     }
     lock.lock();
     working_ = false;

@@ -2,10 +2,13 @@
 
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <vector>
 
+#include "apps/quoll-compose/notice.h"
 #include "apps/quoll-compose/received_draft.h"
 
 namespace quoll::receiver {
@@ -14,7 +17,9 @@ namespace quoll::receiver {
 /// nobody waiting. One that fails is logged. It ends with the last of them.
 class DraftThread {
  public:
-  DraftThread() : thread_([this] { run(); }) {}
+  /// `noticed` is called on that thread when there is a notice to take.
+  explicit DraftThread(std::function<void()> noticed)
+      : noticed_(std::move(noticed)), thread_([this] { run(); }) {}
   DraftThread(const DraftThread&) = delete;
   DraftThread& operator=(const DraftThread&) = delete;
   ~DraftThread();
@@ -22,6 +27,11 @@ class DraftThread {
   void finish_later(std::unique_ptr<ReceivedDraft> draft, gio::ActivationTokens tokens);
   /// True when a draft is not finished.
   [[nodiscard]] bool busy() const;
+  /// True when there are notices that nobody has taken.
+  [[nodiscard]] bool has_notices() const;
+  /// What people are to be told of the drafts finished since the last call. Those of a draft are
+  /// there before the thread is idle.
+  [[nodiscard]] std::vector<Notice> take_notices();
 
  private:
   struct Job {
@@ -30,10 +40,13 @@ class DraftThread {
   };
 
   void run();
+  void tell(const std::optional<Notice>& notice);
 
+  std::function<void()> noticed_;
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Job> waiting_;
+  std::vector<Notice> notices_;
   bool working_ = false;
   bool ending_ = false;
   std::thread thread_;  // last: it uses the rest

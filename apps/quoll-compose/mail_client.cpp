@@ -1,53 +1,159 @@
 #include "apps/quoll-compose/mail_client.h"
 
-#include <algorithm>
-#include <array>
-#include <cstdlib>
+#include <poll.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
-#include "linux/gio/desktop_entry.h"
+#include <chrono>
+#include <cstdlib>
+#include <utility>
+
+#include "apps/quoll-compose/cannot_compose.h"
+#include "apps/quoll-compose/compose_command.h"
+#include "apps/quoll-compose/message_headers.h"
+#include "apps/quoll-compose/message_parts.h"
+#include "linux/posix/unique_fd.h"
+#include "quoll/foundation/printable.h"
 
 namespace quoll::receiver {
 namespace {
 
-bool has_desktop() {
-  const auto is_set = [](const char* variable) {
-    const char* value = std::getenv(variable);
-    return value != nullptr && *value != '\0';
-  };
-  return is_set("DISPLAY") || is_set("WAYLAND_DISPLAY");
+using gio::DraftWay;
+
+constexpr std::chrono::milliseconds kAtOnce{3000};
+
+bool is_set(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
 }
 
-// These open a message file with `X-Unsent: 1` in a compose window; others show it, or nothing.
-bool opens_drafts(GAppInfo* client) {
-  constexpr std::array<const char*, 3> kKin{"thunderbird", "betterbird", "icedove"};
-  const auto names_one = [&](const char* text) {
-    const gio::TextHandle small(g_ascii_strdown(text != nullptr ? text : "", -1));
-    const std::string name = small.get();
-    return std::ranges::any_of(
-        kKin, [&](const char* kin) { return name.find(kin) != std::string::npos; });
-  };
-  return names_one(g_app_info_get_id(client)) || names_one(g_app_info_get_executable(client));
+std::string uri_of(const std::string& path) {
+  const gio::ObjectHandle<GFile> file(g_file_new_for_path(path.c_str()));
+  const gio::TextHandle uri(g_file_get_uri(file.get()));
+  return uri.get();
+}
+
+// A snap has a folder of its own in the home; the rest that it sees has no hidden part.
+std::string folder_of_snap(const std::string& name) {
+  return std::string(g_get_home_dir()) + "/snap/" + name + "/common/quoll-compose";
+}
+
+OutgoingDraft outgoing(const ExtensionMessage& message) {
+  OutgoingDraft draft{.subject = subject_line(message),
+                      .to = addresses_in(text_of_field(message.toString())),
+                      .cc = addresses_in(text_of_field(message.ccString())),
+                      .bcc = addresses_in(text_of_field(message.bccString())),
+                      .text = {},
+                      .text_file = {},
+                      .files = {}};
+  for (const char c : plain_body(message)) {
+    draft.text += c == '\0' ? "\u2400" : std::string(1, c);  // it would end an argument
+  }
+  return draft;
+}
+
+/// How a process ended within a moment; none when it runs on, or when that cannot be known.
+std::optional<int> early_end(pid_t process) {
+  const posix::UniqueFd handle(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
+  pollfd end{.fd = handle.get(), .events = POLLIN, .revents = 0};
+  int status = 0;
+  if (handle.get() < 0 || poll(&end, 1, static_cast<int>(kAtOnce.count())) <= 0 ||
+      waitpid(process, &status, WNOHANG) != process) {
+    return std::nullopt;
+  }
+  return status;
 }
 
 }  // namespace
 
-std::string hand_to_mail_client(const std::string& draft, const gio::ActivationTokens& tokens) {
-  if (!has_desktop()) {
-    return {};
+HandOver::HandOver(const std::string& draft, const ExtensionMessage& message,
+                   const std::vector<TakenFile>& files)
+    : draft_(draft), has_desktop_(is_set("DISPLAY") || is_set("WAYLAND_DISPLAY")) {
+  if (!has_desktop_) {
+    return;
   }
-  const gio::ObjectHandle<GAppInfo> client(g_app_info_get_default_for_uri_scheme("mailto"));
-  if (!client) {
-    return "is kept: no mail client is chosen for mail links";
+  chosen_ = gio::chosen_mail_client();
+  try {
+    lay_out(message, files);
+  } catch (const CannotCompose& reason) {
+    failure_ = reason.what();
   }
-  const std::string name = g_app_info_get_name(client.get());
-  if (!opens_drafts(client.get()) || !G_IS_DESKTOP_APP_INFO(client.get())) {
-    return "is kept: " + name + " cannot be given a draft, so open or import the file there";
+}
+
+void HandOver::lay_out(const ExtensionMessage& message, const std::vector<TakenFile>& files) {
+  if (!chosen_.client) {
+    throw CannotCompose("no mail client is chosen for mail links");
   }
-  const gio::ObjectHandle<GFile> file(g_file_new_for_path(draft.c_str()));
-  const gio::TextHandle uri(g_file_get_uri(file.get()));
-  const gio::Failure failure = gio::start_program(
-      G_DESKTOP_APP_INFO(client.get()), {.uris = {uri.get()}, .arguments = {}, .tokens = tokens});
-  return failure ? "is kept: " + *failure : "was given to " + name;
+  const gio::MailClient& client = *chosen_.client;
+  if (client.way == DraftWay::kNone) {
+    throw CannotCompose(client.name + " cannot be given a draft, so open or import the file there");
+  }
+  if (client.way != DraftWay::kMessageFile && client.sandbox.is_any() && !files.empty()) {
+    throw CannotCompose(client.name +
+                        " runs in a sandbox and cannot read the attachments, so open or import "
+                        "the file there");
+  }
+  given_.emplace(draft_);
+  if (client.way == DraftWay::kMessageFile) {
+    lay_out_file();
+    return;
+  }
+  OutgoingDraft draft = outgoing(message);
+  draft.text_file = given_->add_text(draft.text);
+  for (const auto& file : files) {
+    draft.files.push_back(given_->add(file, name_for_client(client.way, file.name)));
+  }
+  start_.arguments = client_arguments(client.way, draft);
+  if (!are_startable(start_.arguments)) {
+    throw CannotCompose("it is too long for " + client.name +
+                        ", which takes 131071 bytes, so open or import the file there");
+  }
+}
+
+void HandOver::lay_out_file() {
+  const gio::MailClient& client = *chosen_.client;
+  if (client.sandbox.is_flatpak && !client.sandbox.passes_files_on) {
+    throw CannotCompose(client.name +
+                        " runs in a sandbox and cannot read the draft, so copy it to where " +
+                        client.name + " can and open it there");
+  }
+  const std::string& snap = client.sandbox.snap;
+  start_.uris = {uri_of(snap.empty() ? draft_ : given_->copy_to(folder_of_snap(snap)))};
+}
+
+HandedOver HandOver::run(const gio::ActivationTokens& tokens) {
+  HandedOver result;
+  if (!has_desktop_) {
+    return result;
+  }
+  if (!chosen_.gone.empty()) {
+    result.note = "The chosen mail client " + foundation::printable(chosen_.gone) +
+                  " is not there any more; quoll-compose --clients lists those that are.";
+  }
+  if (!failure_) {
+    start_.tokens = tokens;
+    failure_ = start();
+  }
+  result.is_given = !failure_;
+  result.sentence = failure_ ? "is kept: " + *failure_ : "was given to " + chosen_.client->name;
+  return result;
+}
+
+gio::Failure HandOver::start() {
+  const gio::MailClient& client = *chosen_.client;
+  pid_t process = 0;
+  if (gio::Failure failure = gio::start_program(client.entry.get(), start_, &process)) {
+    return failure;
+  }
+  const std::optional<int> end = process != 0 ? early_end(process) : std::nullopt;
+  if (end && *end != 0) {
+    return client.name + " ended at once, " +
+           (WIFEXITED(*end) ? "with status " + std::to_string(WEXITSTATUS(*end))
+                            : "by signal " + std::to_string(WTERMSIG(*end)));
+  }
+  given_->mark();  // the last step: a draft that was not given is never cleaned
+  return std::nullopt;
 }
 
 }  // namespace quoll::receiver

@@ -1,15 +1,48 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <vector>
 
+#include "apps/quoll-compose/client_arguments.h"
+#include "apps/quoll-compose/given_drafts.h"
+#include "apps/quoll-compose/taken_files.h"
 #include "linux/gio/activation_tokens.h"
+#include "linux/gio/mail_clients.h"
+#include "quoll/message/extension_message.h"
 
 namespace quoll::receiver {
 
-/// Opens a draft with the mail client that handles `mailto:` links, when there is a desktop and the
-/// client is known to open message files as drafts; otherwise the draft just stays. Answers what
-/// was done, for people; empty without a desktop.
-[[nodiscard]] std::string hand_to_mail_client(const std::string& draft,
-                                              const gio::ActivationTokens& tokens);
+/// What became of a draft.
+struct HandedOver {
+  bool is_given = false;
+  std::string sentence;  ///< "was given to NAME" or "is kept: why"; empty without a desktop
+  std::string note;      ///< what else a person should know; mostly empty
+};
+
+/// One draft on its way to the user's mail client, in the way that the client takes.
+class HandOver {
+ public:
+  /// Chooses the client and puts what it will read where it can: the files may go from then on.
+  /// Without a desktop there is no client.
+  HandOver(const std::string& draft, const ExtensionMessage& message,
+           const std::vector<TakenFile>& files);
+
+  /// Starts the client. One that ends at once with an error has not taken the draft, so this waits
+  /// for a moment. Whatever happens, the draft stays where it is.
+  [[nodiscard]] HandedOver run(const gio::ActivationTokens& tokens);
+
+ private:
+  void lay_out(const ExtensionMessage& message, const std::vector<TakenFile>& files);
+  void lay_out_file();
+  [[nodiscard]] gio::Failure start();
+
+  std::string draft_;
+  bool has_desktop_;
+  gio::ChosenMailClient chosen_;
+  gio::Failure failure_;
+  gio::ProgramStart start_;
+  std::optional<GivenDraft> given_;
+};
 
 }  // namespace quoll::receiver

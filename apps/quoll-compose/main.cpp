@@ -1,6 +1,7 @@
 #include <gmime/gmime.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <iostream>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "apps/quoll-compose/cannot_compose.h"
+#include "apps/quoll-compose/client_choice.h"
 #include "apps/quoll-compose/draft_summary.h"
 #include "apps/quoll-compose/places.h"
 #include "apps/quoll-compose/received_draft.h"
@@ -26,11 +28,14 @@ using namespace quoll;
 
 struct Wanted {
   std::vector<std::string> urls;
-  std::string draft;  ///< the one to show; the newest when it is empty
+  std::string draft;   ///< the one to show; the newest when it is empty
+  std::string client;  ///< the one to choose; the default when it is empty
   double idle_seconds = 10;
   bool service = false;
   bool list = false;
   bool show = false;
+  bool clients = false;
+  bool choose = false;
 };
 
 int compose(const std::vector<std::string>& urls) {
@@ -40,8 +45,11 @@ int compose(const std::vector<std::string>& urls) {
     try {
       const auto draft = finish(std::make_unique<receiver::ReceivedDraft>(url), tokens);
       receiver::print_summary(std::cout, receiver::read_draft(draft.path), draft.left_out);
-      if (!draft.handed_over.empty()) {
-        std::cout << "The draft " << draft.handed_over << ".\n";
+      if (!draft.handed_over.sentence.empty()) {
+        std::cout << "The draft " << draft.handed_over.sentence << ".\n";
+      }
+      for (const auto& note : draft.notes) {
+        std::cout << note << '\n';
       }
       status = draft.left_out.empty() ? status : 1;
     } catch (const receiver::CannotCompose& reason) {
@@ -73,6 +81,16 @@ int list() {
   return 0;
 }
 
+int choose(const std::string& client) {
+  std::cout << receiver::choose_client(client) << '\n';
+  return 0;
+}
+
+int list_clients() {
+  receiver::print_clients(std::cout);
+  return 0;
+}
+
 int serve(double idle_seconds) {
   const auto identifier = platform::main_bundle_identifier();
   const std::string* name = identifier.text();
@@ -84,7 +102,8 @@ int serve(double idle_seconds) {
 std::optional<int> parse(int argc, char** argv, Wanted& wanted) {
   CLI::App app{
       "Takes the drafts of shares where no mail application is installed: keeps each as a message\n"
-      "file and opens it with the mail client that is there."};
+      "file and opens it in the mail client that is the default for mail links, or in the chosen\n"
+      "one. A draft that a client was given is removed 7 days later; the others stay."};
   app.set_version_flag("--version", "quoll-compose " QUOLL_VERSION);
   auto* urls = app.add_option("URL", wanted.urls, "compose commands, quoll://compose?...");
   auto* service = app.add_flag("--service", wanted.service, "take drafts from the session bus");
@@ -96,16 +115,25 @@ std::optional<int> parse(int argc, char** argv, Wanted& wanted) {
   auto* show = app.add_option("--show", wanted.draft, "show this draft, or the newest")
                    ->type_name("[FILE]")
                    ->expected(0, 1);
-  urls->excludes(service)->excludes(list)->excludes(show);
-  service->excludes(list)->excludes(show);
-  list->excludes(show);
+  auto* clients = app.add_flag("--clients", wanted.clients, "list the mail clients that are there");
+  auto* client =
+      app.add_option("--client", wanted.client,
+                     "from now on give drafts to this mail client; \"default\" goes back")
+          ->type_name("NAME");
+  const std::vector<CLI::Option*> actions{urls, service, list, show, clients, client};
+  for (std::size_t at = 0; at < actions.size(); ++at) {
+    for (std::size_t other = at + 1; other < actions.size(); ++other) {
+      actions[at]->excludes(actions[other]);
+    }
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;
   }
   wanted.show = show->count() > 0;
-  if (wanted.urls.empty() && !wanted.service && !wanted.list && !wanted.show) {
+  wanted.choose = client->count() > 0;
+  if (std::ranges::all_of(actions, [](const auto* action) { return action->count() == 0; })) {
     std::cerr << "quoll-compose: nothing to do; see quoll-compose --help\n";
     return 2;
   }
@@ -118,6 +146,12 @@ int run(const Wanted& wanted) {
   }
   if (wanted.list) {
     return list();
+  }
+  if (wanted.clients) {
+    return list_clients();
+  }
+  if (wanted.choose) {
+    return choose(wanted.client);
   }
   return wanted.show ? show(wanted.draft) : compose(wanted.urls);
 }

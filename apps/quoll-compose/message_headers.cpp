@@ -132,14 +132,37 @@ void add_addresses(InternetAddressList* list, const std::string& joined) {
   }
 }
 
+void add_written(std::vector<std::string>& texts, InternetAddressList* list) {
+  for (int i = 0; i < internet_address_list_length(list); ++i) {
+    InternetAddress* const address = internet_address_list_get_address(list, i);
+    if (INTERNET_ADDRESS_IS_GROUP(address)) {
+      add_written(texts, internet_address_group_get_members(INTERNET_ADDRESS_GROUP(address)));
+    } else {
+      const gio::TextHandle text(internet_address_to_string(address, nullptr, FALSE));
+      texts.emplace_back(text.get());
+    }
+  }
+}
+
 }  // namespace
+
+std::string subject_line(const ExtensionMessage& message) {
+  return one_line(text_of_field(message.subject()));
+}
+
+std::vector<std::string> addresses_in(const std::string& joined) {
+  const MimeHandle<InternetAddressList> list(internet_address_list_new());
+  add_addresses(list.get(), joined);
+  std::vector<std::string> texts;
+  add_written(texts, list.get());
+  return texts;
+}
 
 MimeHandle<GMimeMessage> message_with_headers(const ExtensionMessage& message) {
   MimeHandle<GMimeMessage> made(g_mime_message_new(FALSE));
   g_mime_object_set_header(GMIME_OBJECT(made.get()), "X-Unsent", "1", nullptr);
   g_mime_object_set_header(GMIME_OBJECT(made.get()), "Subject",
-                           header_text(one_line(text_of_field(message.subject()))).c_str(),
-                           nullptr);
+                           header_text(subject_line(message)).c_str(), nullptr);
   add_addresses(g_mime_message_get_from(made.get()), text_of_field(message.from()));
   add_addresses(g_mime_message_get_to(made.get()), text_of_field(message.toString()));
   add_addresses(g_mime_message_get_cc(made.get()), text_of_field(message.ccString()));

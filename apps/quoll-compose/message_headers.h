@@ -1,11 +1,18 @@
 #pragma once
 
-#include <string_view>
+#include <string>
+#include <vector>
 
 #include "apps/quoll-compose/mime_handles.h"
 #include "quoll/message/extension_message.h"
 
 namespace quoll::receiver {
+
+/// The draft's subject as one line.
+[[nodiscard]] std::string subject_line(const ExtensionMessage& message);
+
+/// The addresses of joined recipients, each as people write it; those of groups too.
+[[nodiscard]] std::vector<std::string> addresses_in(const std::string& joined);
 
 /// A message with the headers of a draft that was never sent: `X-Unsent: 1`, the subject, the
 /// recipients, and the sender when there is one; no date and no identifier, which are the mail

@@ -49,22 +49,6 @@ MimeHandle<GMimeObject> text_part(const char* subtype, const std::string& text) 
   return MimeHandle<GMimeObject>(GMIME_OBJECT(part.release()));
 }
 
-// A name is written into a header, where the library lets a line feed through, and read by people:
-// control characters are shown by their pictures.
-std::string header_name(const std::string& name) {
-  std::string out;
-  for (const char c : name) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7F) {
-      out += "\xE2\x90";
-      out += static_cast<char>(byte == 0x7F ? 0xA1 : 0x80 + byte);
-    } else {
-      out += c;
-    }
-  }
-  return out;
-}
-
 // By the name and the first bytes. Messages and multiparts may not be encoded, and an encoded one
 // is what keeps its bytes.
 std::string content_type(const std::string& name, int file) {
@@ -85,10 +69,30 @@ std::string content_type(const std::string& name, int file) {
 
 }  // namespace
 
+// A name is written into a header, where the library lets a line feed through, and read by people.
+std::string with_control_pictures(const std::string& name) {
+  std::string out;
+  for (const char c : name) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x20 || byte == 0x7F) {
+      out += "\xE2\x90";
+      out += static_cast<char>(byte == 0x7F ? 0xA1 : 0x80 + byte);
+    } else {
+      out += c;
+    }
+  }
+  return out;
+}
+
+std::string plain_body(const ExtensionMessage& message) {
+  const std::string plain = text_of_field(message.plainBody());
+  return with_line_feeds(plain.empty() ? plain_text_of_html(text_of_field(message.htmlBody()))
+                                       : plain);
+}
+
 MimeHandle<GMimeObject> body_part(const ExtensionMessage& message) {
   const std::string html = text_of_field(message.htmlBody());
-  const std::string plain = text_of_field(message.plainBody());
-  auto plain_part = text_part("plain", plain.empty() ? plain_text_of_html(html) : plain);
+  auto plain_part = text_part("plain", plain_body(message));
   if (html.empty()) {
     return plain_part;
   }
@@ -111,7 +115,7 @@ MimeHandle<GMimeObject> attachment_part(const TakenFile& file) {
       g_mime_part_new_with_type(type.substr(0, slash).c_str(), type.substr(slash + 1).c_str()));
   GMimeObject* object = GMIME_OBJECT(part.get());
   g_mime_object_set_disposition(object, GMIME_DISPOSITION_ATTACHMENT);
-  g_mime_part_set_filename(part.get(), header_name(file.name).c_str());
+  g_mime_part_set_filename(part.get(), with_control_pictures(file.name).c_str());
   g_mime_object_set_content_disposition_parameter(object, "size",
                                                   std::to_string(status.st_size).c_str());
   const MimeHandle<GMimeStream> content(g_mime_stream_fs_new(fd.release()));

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "apps/quoll-compose/cannot_compose.h"
+#include "apps/quoll-compose/given_drafts.h"
 #include "quoll/foundation/path.h"
 #include "quoll/platform/files.h"
 
@@ -75,6 +76,10 @@ std::string drafts_folder() {
   return made(data_folder() + "/quoll-compose/drafts");
 }
 
+std::string given_folder() {
+  return made(data_folder() + "/quoll-compose/given");
+}
+
 std::string incoming_folder() {
   return made(data_folder() + "/quoll-compose/incoming");
 }
@@ -84,6 +89,7 @@ posix::UniqueFd mark_draft_under_way() {
   if (flock(folder.get(), LOCK_EX | LOCK_NB) == 0) {
     remove_in(incoming_folder(), "");
     remove_in(drafts_folder(), kUnfinishedDraft);
+    clean_given_drafts(present_moment());
   }
   lock(folder, LOCK_SH);
   return folder;

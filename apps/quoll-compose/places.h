@@ -16,11 +16,15 @@ namespace quoll::receiver {
 /// How the name of a draft begins while it is written.
 inline constexpr std::string_view kUnfinishedDraft = ".draft-";
 
+/// What mail clients were given, a folder a draft.
+[[nodiscard]] std::string given_folder();
+
 /// Files that were taken for drafts that are not written yet.
 [[nodiscard]] std::string incoming_folder();
 
 /// Says that a draft is under way, as long as the descriptor lives; several programs may say so.
-/// The first of them removes what a program that was killed has left.
+/// The first of them removes what a program that was killed has left, and what mail clients were
+/// given long ago.
 [[nodiscard]] posix::UniqueFd mark_draft_under_way();
 
 /// Returns when no draft is under way in any program.

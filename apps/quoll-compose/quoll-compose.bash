@@ -3,12 +3,17 @@
 _quoll_compose() {
   local word=${COMP_WORDS[COMP_CWORD]} options
   COMPREPLY=()
-  [[ $word == -* && ${COMP_WORDS[COMP_CWORD - 1]} != --idle ]] || return 0
+  case ${COMP_WORDS[COMP_CWORD - 1]} in
+    --idle | --client) return 0 ;;
+  esac
+  [[ $word == -* ]] || return 0
   options=(
     --service
     --idle
     --list
     --show
+    --clients
+    --client
     --version
     -h --help
   )

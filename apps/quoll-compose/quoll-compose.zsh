@@ -4,6 +4,8 @@ _arguments -S \
   '--idle[end the service after so many idle seconds]:seconds: ' \
   '--list[list the drafts that are kept, newest last]' \
   '--show[show this draft, or the newest]::draft:_files -g "*.eml"' \
+  '--clients[list the mail clients that are there]' \
+  '--client[give drafts to this mail client from now on]:client: ' \
   '(- *)--version[print the version and exit]' \
   '(- *)'{-h,--help}'[print the options and exit]' \
   '*:command URL: '

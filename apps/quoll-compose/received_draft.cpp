@@ -7,7 +7,8 @@
 
 #include "apps/quoll-compose/cannot_compose.h"
 #include "apps/quoll-compose/draft_file.h"
-#include "apps/quoll-compose/mail_client.h"
+#include "apps/quoll-compose/draft_summary.h"
+#include "apps/quoll-compose/message_headers.h"
 #include "apps/quoll-compose/places.h"
 #include "quoll/platform/log.h"
 
@@ -44,6 +45,22 @@ void log_left_out(const std::vector<LeftOut>& left_out) {
   }
 }
 
+std::string named_after(const std::vector<TakenFile>& files) {
+  const std::size_t more = files.size() - 1;
+  return files.front().name + (more == 0 ? "" : " and " + std::to_string(more) + " more");
+}
+
+// By the message file: what is sent is as large as that.
+std::vector<std::string> notes_on_size(const std::string& draft) {
+  constexpr off_t kMostThatTravels = 25'000'000;
+  struct stat status {};
+  if (stat(draft.c_str(), &status) != 0 || status.st_size <= kMostThatTravels) {
+    return {};
+  }
+  return {"The draft has " + size_text(status.st_size) +
+          ", and many mail servers refuse more than 25 MB."};
+}
+
 }  // namespace
 
 ReceivedDraft::ReceivedDraft(std::string_view url)
@@ -51,19 +68,34 @@ ReceivedDraft::ReceivedDraft(std::string_view url)
       under_way_(mark_draft_under_way()),
       files_(command_.attachments) {
   require_room(command_, files_.files());
+  if (subject_line(*command_.message).empty() && !files_.files().empty()) {
+    command_.message->subject = named_after(files_.files());
+  }
 }
 
 std::string ReceivedDraft::write() const {
   return write_draft(*command_.message, files_.files());
 }
 
+HandOver ReceivedDraft::hand_over(const std::string& path) const {
+  return {path, *command_.message, files_.files()};
+}
+
 FinishedDraft finish(std::unique_ptr<ReceivedDraft> received, const gio::ActivationTokens& tokens) {
   FinishedDraft finished{
-      .path = received->write(), .left_out = received->left_out(), .handed_over = {}};
-  received.reset();
+      .path = received->write(), .left_out = received->left_out(), .handed_over = {}, .notes = {}};
   log_left_out(finished.left_out);
-  finished.handed_over = hand_to_mail_client(finished.path, tokens);
-  platform::log("draft %@ %@", finished.path, finished.handed_over);
+  finished.notes = notes_on_size(finished.path);
+  HandOver hand_over = received->hand_over(finished.path);
+  received.reset();  // whoever waits for the draft need not wait for the client
+  finished.handed_over = hand_over.run(tokens);
+  if (!finished.handed_over.note.empty()) {
+    finished.notes.push_back(finished.handed_over.note);
+  }
+  for (const auto& note : finished.notes) {
+    platform::log("%@", note);
+  }
+  platform::log("draft %@ %@", finished.path, finished.handed_over.sentence);
   return finished;
 }
 

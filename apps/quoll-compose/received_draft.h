@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "apps/quoll-compose/compose_command.h"
+#include "apps/quoll-compose/mail_client.h"
 #include "apps/quoll-compose/taken_files.h"
 #include "linux/gio/activation_tokens.h"
 #include "linux/posix/unique_fd.h"
@@ -13,6 +14,8 @@ namespace quoll::receiver {
 
 /// A compose command that was taken: its files are the receiver's own, there is room for the draft,
 /// and whoever looks at the drafts waits for it.
+///
+/// A draft with files but no subject gets one that names them, "report.pdf and 2 more".
 class ReceivedDraft {
  public:
   /// Throws `CannotCompose`.
@@ -20,6 +23,8 @@ class ReceivedDraft {
 
   /// Writes the draft and answers its path. Throws `CannotCompose`.
   [[nodiscard]] std::string write() const;
+  /// Makes the written draft ready for the user's mail client; the files go there.
+  [[nodiscard]] HandOver hand_over(const std::string& path) const;
   [[nodiscard]] const std::vector<LeftOut>& left_out() const { return files_.left_out(); }
 
  private:
@@ -32,11 +37,13 @@ class ReceivedDraft {
 struct FinishedDraft {
   std::string path;
   std::vector<LeftOut> left_out;
-  std::string handed_over;  ///< a sentence; empty without a desktop
+  HandedOver handed_over;
+  std::vector<std::string> notes;  ///< sentences: what else a person should know
 };
 
 /// Writes the draft and hands it to the user's mail client, which may come to the front by these
-/// tokens. The log says what was left out and where the draft is. Throws `CannotCompose`.
+/// tokens. The log says what was left out and where the draft is. Throws `CannotCompose`. It waits
+/// for a moment, to see that the client does not fail at once.
 [[nodiscard]] FinishedDraft finish(std::unique_ptr<ReceivedDraft> received,
                                    const gio::ActivationTokens& tokens);
 

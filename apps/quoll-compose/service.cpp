@@ -7,6 +7,7 @@
 #include "apps/quoll-compose/draft_thread.h"
 #include "apps/quoll-compose/received_draft.h"
 #include "linux/gio/handles.h"
+#include "linux/gio/notification.h"
 #include "linux/gio/opener.h"
 #include "linux/gio/session_bus.h"
 #include "quoll/platform/log.h"
@@ -35,7 +36,8 @@ gio::ActivationTokens tokens_in(GVariant* platform_data) {
 
 class Service {
  public:
-  Service(GDBusConnection* bus, std::string name) : bus_(bus), name_(std::move(name)) {}
+  Service(GDBusConnection* bus, std::string name)
+      : bus_(bus), name_(std::move(name)), writer_([] { g_main_context_wakeup(nullptr); }) {}
 
   /// The object stands before anybody can call it by the name.
   bool begin(gio::ErrorSlot& error) {
@@ -101,8 +103,18 @@ class Service {
   void wait_until_idle(std::chrono::milliseconds idle) {
     do {
       active_ = false;
-      gio::run_main_context_until(Clock::now() + idle, [this] { return active_; });
-    } while (active_ || writer_.busy());
+      gio::run_main_context_until(Clock::now() + idle,
+                                  [this] { return active_ || writer_.has_notices(); });
+      show_notices();
+    } while (active_ || writer_.busy() || writer_.has_notices());
+  }
+
+  // Nobody sees this program's standard output.
+  void show_notices() {
+    constexpr std::chrono::milliseconds kTimeOut{5000};
+    for (const Notice& notice : writer_.take_notices()) {
+      gio::show_notification(notice.summary, notice.body, kTimeOut);
+    }
   }
 
   gio::VariantHandle ask_bus(const char* method, GVariant* parameters, gio::ErrorSlot& error) {

@@ -1,0 +1,102 @@
+#include "apps/quoll-compose/client_choice.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "apps/quoll-compose/cannot_compose.h"
+#include "linux/gio/mail_clients.h"
+#include "quoll/foundation/printable.h"
+
+namespace quoll::receiver {
+namespace {
+
+using gio::DraftWay;
+using gio::MailClient;
+
+std::string in_words(const MailClient& client) {
+  if (client.way == DraftWay::kNone) {
+    return "cannot be given a draft";
+  }
+  if (client.way == DraftWay::kMessageFile) {
+    const bool is_shut = client.sandbox.is_flatpak && !client.sandbox.passes_files_on;
+    return is_shut ? "in a sandbox that no draft reaches" : "with HTML and attachments";
+  }
+  return client.sandbox.is_any() ? "plain text, in a sandbox that no attachment reaches"
+                                 : "plain text and attachments";
+}
+
+std::string folded(const std::string& text) {
+  const gio::TextHandle small(g_utf8_casefold(text.c_str(), -1));
+  return small.get();
+}
+
+bool is_called(const MailClient& client, const std::string& name) {
+  return folded(client.id) == folded(name) || folded(client.id) == folded(name + ".desktop") ||
+         folded(client.name) == folded(name);
+}
+
+/// Among those that open mail links, or any other program's entry by its identifier.
+std::optional<MailClient> client_called(const std::string& name) {
+  std::vector<MailClient> clients = gio::find_mail_clients();
+  const auto found = std::ranges::find_if(
+      clients, [&](const MailClient& client) { return is_called(client, name); });
+  if (found != clients.end()) {
+    return std::move(*found);
+  }
+  for (const std::string& id : {name, name + ".desktop"}) {
+    if (gio::EntryHandle entry{g_desktop_app_info_new(id.c_str())}) {
+      return gio::mail_client_of(std::move(entry));
+    }
+  }
+  return std::nullopt;
+}
+
+void keep(const std::string& id) {
+  if (const gio::Failure failure = gio::set_mail_client(id)) {
+    throw CannotCompose(*failure);
+  }
+}
+
+}  // namespace
+
+void print_clients(std::ostream& out) {
+  const gio::ChosenMailClient chosen = gio::chosen_mail_client();
+  std::vector<MailClient> clients = gio::find_mail_clients();
+  const std::string id = chosen.client ? chosen.client->id : "";
+  if (chosen.client && std::ranges::find(clients, id, &MailClient::id) == clients.end()) {
+    clients.push_back(gio::mail_client_of(gio::EntryHandle(g_desktop_app_info_new(id.c_str()))));
+  }
+  for (const MailClient& client : clients) {
+    const bool is_chosen = client.id == id;
+    const char* const why = chosen.is_set ? ", chosen" : ", the default for mail links";
+    out << (is_chosen ? "* " : "  ") << foundation::printable(client.name) << " ("
+        << foundation::printable(client.id) << "): " << in_words(client) << (is_chosen ? why : "")
+        << '\n';
+  }
+  if (clients.empty()) {
+    out << "No program opens mail links.\n";
+  }
+  if (!chosen.gone.empty()) {
+    out << foundation::printable(chosen.gone) << " was chosen and is not there any more.\n";
+  }
+}
+
+std::string choose_client(const std::string& name) {
+  if (name.empty() || name == "default") {
+    keep("");
+    const gio::ChosenMailClient now = gio::chosen_mail_client();
+    return "Drafts go to the default for mail links" +
+           (now.client ? ", " + now.client->name : ", which is not set") + ".";
+  }
+  const std::optional<MailClient> client = client_called(name);
+  if (!client) {
+    throw CannotCompose("there is no mail client " + foundation::printable(name) +
+                        "; quoll-compose --clients lists those that are there");
+  }
+  keep(client->id);
+  return "Drafts go to " + client->name + ": " + in_words(*client) + ".";
+}
+
+}  // namespace quoll::receiver

@@ -1,0 +1,147 @@
+// What each mail client's program is started with.
+#include "apps/quoll-compose/client_arguments.h"
+
+#include <gtest/gtest.h>
+
+namespace quoll::receiver {
+namespace {
+
+using gio::DraftWay;
+using Words = std::vector<std::string>;
+
+Words given(DraftWay way, const std::string& file) {
+  OutgoingDraft draft;
+  draft.files = {file};
+  return client_arguments(way, draft);
+}
+
+TEST(ClientArguments, AnyNameOfAFileArrivesAsThatFile) {
+  struct Row {
+    const char* reason;
+    std::string name;
+    std::string once;   ///< as a URL has it
+    std::string twice;  ///< as a URL within a URL has it
+  };
+  const Row rows[] = {
+      {"a space", "a b", "a%20b", "a%2520b"},
+      {"a comma", "a,b", "a%2Cb", "a%252Cb"},
+      {"an apostrophe", "a'b", "a%27b", "a%2527b"},
+      {"a quote", "a\"b", "a%22b", "a%2522b"},
+      {"an equals sign", "a=b", "a%3Db", "a%253Db"},
+      {"an ampersand", "a&b", "a%26b", "a%2526b"},
+      {"a hash", "a#b", "a%23b", "a%2523b"},
+      {"a per cent sign that begins no escape", "100%", "100%25", "100%2525"},
+      {"an escape that stands for itself", "a%20b", "a%2520b", "a%252520b"},
+      {"a plus sign", "a+b", "a%2Bb", "a%252Bb"},
+      {"a semicolon", "a;b", "a%3Bb", "a%253Bb"},
+      {"another script", "\u65e5", "%E6%97%A5", "%25E6%2597%25A5"},
+      {"a line feed", "a\nb", "a%0Ab", "a%250Ab"},
+      {"bytes that are not UTF-8", "a\xff", "a%FF", "a%25FF"},
+      {"a dash at the front", "-a", "-a", "-a"},
+      {"a field code of a desktop entry", "%u", "%25u", "%2525u"},
+  };
+  for (const Row& row : rows) {
+    const std::string path = "/d/0/" + row.name;
+    EXPECT_EQ(given(DraftWay::kEvolution, path),
+              Words{"mailto:?attach=file%3A%2F%2F%2Fd%2F0%2F" + row.twice})
+        << row.reason;
+    EXPECT_EQ(given(DraftWay::kKMail, path),
+              (Words{"--composer", "--attach=file:///d/0/" + row.once}))
+        << row.reason;
+    EXPECT_EQ(given(DraftWay::kClaws, path), (Words{"--compose", "mailto:", "--attach", path}))
+        << row.reason;
+    EXPECT_EQ(given(DraftWay::kMutt, path), (Words{"-a", path, "--"})) << row.reason;
+  }
+}
+
+OutgoingDraft whole_draft() {
+  return {.subject = "-S\u00fc, it's \"q\" & 100%",
+          .to = {"a@x.org", "Ann B <b@x.org>"},
+          .cc = {"c@x.org"},
+          .bcc = {"d@x.org", "e@x.org"},
+          .text = "one & two\nthree",
+          .text_file = "/d/text.txt",
+          .files = {"/d/0/f", "/d/1/g"}};
+}
+
+TEST(ClientArguments, AWholeDraftInEachWay) {
+  const std::string fields =
+      "cc=c%40x.org&bcc=d%40x.org%2C%20e%40x.org"
+      "&subject=-S%C3%BC%2C%20it%27s%20%22q%22%20%26%20100%25&body=one%20%26%20two%0D%0Athree";
+  const std::string to = "mailto:a%40x.org,Ann%20B%20%3Cb%40x.org%3E";
+  EXPECT_EQ(client_arguments(DraftWay::kEvolution, whole_draft()),
+            Words{to + "?" + fields +
+                  "&attach=file%3A%2F%2F%2Fd%2F0%2Ff&attach=file%3A%2F%2F%2Fd%2F1%2Fg"});
+  EXPECT_EQ(client_arguments(DraftWay::kKMail, whole_draft()),
+            (Words{"--composer", "--subject=-S\u00fc, it's \"q\" & 100%", "--cc=c@x.org",
+                   "--bcc=d@x.org, e@x.org", "--body=one & two\nthree", "--attach=file:///d/0/f",
+                   "--attach=file:///d/1/g", to}));
+  EXPECT_EQ(client_arguments(DraftWay::kClaws, whole_draft()),
+            (Words{"--compose", to + "?" + fields, "--attach", "/d/0/f", "/d/1/g"}));
+  EXPECT_EQ(client_arguments(DraftWay::kMutt, whole_draft()),
+            (Words{"-s", "-S\u00fc, it's \"q\" & 100%", "-i", "/d/text.txt", "-c", "c@x.org", "-b",
+                   "d@x.org", "-b", "e@x.org", "-a", "/d/0/f", "/d/1/g", "--", "a@x.org",
+                   "Ann B <b@x.org>"}));
+}
+
+TEST(ClientArguments, AnEmptyDraftIsAnEmptyWindow) {
+  EXPECT_EQ(client_arguments(DraftWay::kEvolution, {}), Words{"mailto:"});
+  EXPECT_EQ(client_arguments(DraftWay::kKMail, {}), Words{"--composer"});
+  EXPECT_EQ(client_arguments(DraftWay::kClaws, {}), (Words{"--compose", "mailto:"}));
+  EXPECT_EQ(client_arguments(DraftWay::kMutt, {}), Words{"--"});
+  EXPECT_EQ(client_arguments(DraftWay::kMessageFile, {}), Words{});
+}
+
+TEST(ClientArguments, ARecipientIsNeitherAFileNorAnOption) {
+  OutgoingDraft draft;
+  draft.to = {"file:///etc/passwd", "--attach=/etc/passwd", "a?attach=/etc/passwd&body=x"};
+  const std::string link =
+      "mailto:file%3A%2F%2F%2Fetc%2Fpasswd,--attach%3D%2Fetc%2Fpasswd,"
+      "a%3Fattach%3D%2Fetc%2Fpasswd%26body%3Dx";
+  EXPECT_EQ(client_arguments(DraftWay::kEvolution, draft), Words{link});
+  EXPECT_EQ(client_arguments(DraftWay::kKMail, draft), (Words{"--composer", link}));
+  EXPECT_EQ(client_arguments(DraftWay::kClaws, draft), (Words{"--compose", link}));
+  EXPECT_EQ(client_arguments(DraftWay::kMutt, draft).front(), "--");
+}
+
+TEST(ClientArguments, NoTextIsEverShortened) {
+  OutgoingDraft draft;
+  draft.text_file = "/d/text.txt";
+  draft.text = std::string(131071 - 7, 'x');
+  EXPECT_EQ(client_arguments(DraftWay::kKMail, draft).back(), "--body=" + draft.text);
+  EXPECT_TRUE(are_startable(client_arguments(DraftWay::kKMail, draft)));
+  draft.text += "x";
+  EXPECT_EQ(client_arguments(DraftWay::kKMail, draft).back(), "--msg=file:///d/text.txt");
+  EXPECT_TRUE(are_startable(client_arguments(DraftWay::kMutt, draft)));
+  for (const DraftWay way : {DraftWay::kEvolution, DraftWay::kClaws}) {
+    draft.text = std::string(131071 - std::string("mailto:?body=").size(), 'x');
+    EXPECT_TRUE(are_startable(client_arguments(way, draft)));
+    draft.text += "x";
+    EXPECT_FALSE(are_startable(client_arguments(way, draft)));
+  }
+}
+
+TEST(ClientArguments, AClientGetsNamesThatItWritesWhole) {
+  struct Row {
+    const char* reason;
+    std::string name;
+    std::string for_claws;
+    std::string for_others;
+  };
+  const std::string longest = std::string(253, 'n') + "\"\n";
+  const Row rows[] = {
+      {"as it is", "a, b' = & # % + ;\u65e5", "a, b' = & # % + ;\u65e5", "a, b' = & # % + ;\u65e5"},
+      {"a line feed", "a\nb", "a\u240ab", "a\u240ab"},
+      {"a quote", "a\"b", "a\u201db", "a\"b"},
+      {"no room for the signs", longest, longest, longest},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(name_for_client(DraftWay::kClaws, row.name), row.for_claws) << row.reason;
+    for (const DraftWay way : {DraftWay::kEvolution, DraftWay::kKMail, DraftWay::kMutt}) {
+      EXPECT_EQ(name_for_client(way, row.name), row.for_others) << row.reason;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quoll::receiver
