@@ -14,6 +14,7 @@
 #include "apps/quoll-compose/compose_command.h"
 #include "apps/quoll-compose/plain_text.h"
 #include "linux/posix/unique_fd.h"
+#include "quoll/foundation/text.h"
 
 namespace quoll::receiver {
 namespace {
@@ -49,8 +50,36 @@ MimeHandle<GMimeObject> text_part(const char* subtype, const std::string& text) 
   return MimeHandle<GMimeObject>(GMIME_OBJECT(part.release()));
 }
 
-// By the name and the first bytes. Messages and multiparts may not be encoded, and an encoded one
-// is what keeps its bytes.
+/// How much of a text surely is whole characters; the rest is one character at most.
+std::size_t whole_characters(std::string_view text) {
+  std::size_t start = text.size();
+  while (start > 0 && text.size() - start < 3 &&
+         (static_cast<unsigned char>(text[start - 1]) & 0xC0U) == 0x80) {
+    --start;
+  }
+  const bool begins_one =
+      start > 0 && (static_cast<unsigned char>(text[start - 1]) & 0xC0U) == 0xC0;
+  return begins_one ? start - 1 : text.size();
+}
+
+bool is_utf8_file(int file) {
+  std::string block;
+  std::string buffer(std::size_t{1} << 16U, '\0');
+  ssize_t size = 0;
+  for (off_t at = 0; (size = pread(file, buffer.data(), buffer.size(), at)) > 0; at += size) {
+    block.append(buffer, 0, static_cast<std::size_t>(size));
+    const std::size_t whole = whole_characters(block);
+    if (!foundation::is_utf8(std::string_view(block).substr(0, whole))) {
+      return false;
+    }
+    block.erase(0, whole);
+  }
+  return foundation::is_utf8(block);
+}
+
+// By the name and the first bytes. A text that is not UTF-8 has no name of its encoding here, and a
+// mail client that guesses one writes the text anew, so it goes as the bytes that it is. Messages
+// and multiparts may not be encoded, and an encoded one is what keeps its bytes.
 std::string content_type(const std::string& name, int file) {
   constexpr const char* kAnyBytes = "application/octet-stream";
   std::array<unsigned char, 4096> head{};
@@ -63,7 +92,8 @@ std::string content_type(const std::string& name, int file) {
   const gio::TextHandle mime(g_content_type_get_mime_type(guess.get()));
   const std::string type = mime ? mime.get() : kAnyBytes;
   const bool encodable = !type.starts_with("message/") && !type.starts_with("multipart/") &&
-                         !type.starts_with("inode/") && type.find('/') != std::string::npos;
+                         !type.starts_with("inode/") && type.find('/') != std::string::npos &&
+                         (!type.starts_with("text/") || is_utf8_file(file));
   return encodable ? type : kAnyBytes;
 }
 

@@ -158,6 +158,32 @@ TEST_F(ReceiverTest, AMessageAsAnAttachmentKeepsItsBytes) {
   EXPECT_FALSE(holds(read, "message/")) << read;
 }
 
+TEST_F(ReceiverTest, ATextThatIsNotUtf8IsNotCalledAText) {
+  const std::string ascii(65535, 'x');  // what follows stands over the edge of a block
+  struct Row {
+    const char* reason;
+    std::string content;
+    bool is_text;
+  };
+  const Row rows[] = {
+      {"ASCII", "x\n", true},
+      {"UTF-8", "caf\u00e9\n", true},
+      {"UTF-8 at the end", "caf\u00e9", true},
+      {"Latin-1", "caf\xe9\n", false},
+      {"Latin-1 at the end", "caf\xe9", false},
+      {"half a character at the end", "\xe6\x97", false},
+      {"a character over the edge of a block", ascii + "\u65e5\n", true},
+      {"Latin-1 at the edge of a block", ascii + "\xe9\n", false},
+      {"Latin-1 behind it", ascii + "xx\xe9\n", false},
+      {"the last bytes of a character", "x\x97\xa5\x97\xa5", false},
+  };
+  for (const Row& row : rows) {
+    const auto ended = home_.compose({ReceiverHome::url({home_.stage("a.txt", row.content)})});
+    EXPECT_EQ(holds(ended.output, "a.txt (text/plain, "), row.is_text) << row.reason;
+    EXPECT_EQ(holds(ended.output, "a.txt (application/octet-stream, "), !row.is_text) << row.reason;
+  }
+}
+
 TEST_F(ReceiverTest, WhatIsNotInTheStagingFolderIsLeftOutByName) {
   const std::string outside =
       home_.bus.path("containers/K7Q2M9XT4B.quoll/SharedData/Accounts.plist");
