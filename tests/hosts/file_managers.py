@@ -1,0 +1,59 @@
+"""File managers: all files of a folder are selected, and the entry is chosen in their menu."""
+
+from dataclasses import dataclass
+
+from desktop import Missing, wait_for
+from sources import write_sources
+
+NEW_MESSAGE = "New Message with Quoll"
+
+
+@dataclass
+class FileManager:
+    package: str
+    labels: tuple  # the way through the menu
+    command: tuple = ()  # the package's name unless given
+
+    @property
+    def entry(self):
+        return " > ".join(self.labels)
+
+    def drive(self, scene):
+        folder = scene.desktop.home / "what is shared"
+        wanted = write_sources(folder)
+        self.open(scene, folder)
+        count = len(wanted.files)
+        selected = rf"(^|\D){count} (items?|files?|item\(s\)) selected|Selection: {count} "
+
+        def select_all():
+            scene.menus.press("ctrl+a")
+            return scene.menus.shows(selected)
+
+        wait_for(select_all, f"a window that says that {count} files are selected")
+        scene.menus.choose(lambda: scene.menus.press("Menu"), self.labels)
+        draft = scene.wait_for_draft()
+        draft.content.expect(wanted)
+        return draft
+
+    def open(self, scene, folder):
+        """Starts it until its window is there: one that waits for itself for ever is none."""
+        for _ in range(3):
+            host = scene.start(*(self.command or (self.package,)), str(folder))
+            try:
+                wait_for(lambda: scene.menus.windows(folder.name), "a window of the folder", 20)
+                return
+            except Missing:
+                host.kill()
+        raise Missing("a window of the folder did not come in three starts")
+
+
+FILE_MANAGERS = {
+    "dolphin": FileManager("dolphin", ("Share", NEW_MESSAGE)),
+    "nemo": FileManager("nemo", (NEW_MESSAGE,)),
+    "thunar": FileManager("thunar", ("Send To", "Quoll Message")),
+    "caja": FileManager("caja", ("Caja-Actions actions", NEW_MESSAGE)),
+    # Tells its names through a module of the toolkit that is not loaded by itself.
+    "pcmanfm": FileManager("pcmanfm", (NEW_MESSAGE,),
+                           ("env", "GTK_MODULES=gail:atk-bridge", "pcmanfm")),
+    "pcmanfm-qt": FileManager("pcmanfm-qt", (NEW_MESSAGE,)),
+}

@@ -1,0 +1,109 @@
+"""Menus of any toolkit, walked with the keyboard: each program tells the name of what has the focus.
+
+To be imported once the desktop stands, as the names come over its bus."""
+
+import collections
+import re
+import time
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+
+from gi.repository import Atspi, GLib  # noqa: E402
+
+from desktop import Missing, wait_for  # noqa: E402
+
+FOCUS = ("object:state-changed:focused", "focus:")
+
+
+class Menus:
+    def __init__(self, desktop):
+        self._desktop = desktop
+        self._focused = collections.deque()
+        self._listener = Atspi.EventListener.new(self._on_focus)
+        for event in FOCUS:
+            self._listener.register(event)
+        # A program that looks for the registry while it starts itself is never heard of again.
+        Atspi.get_desktop(0).get_child_count()
+
+    def press(self, key):
+        self._focused.clear()
+        self._desktop.ask("xdotool", "key", key)
+
+    def click(self, button):
+        """Clicks on the button of that name."""
+        def shown():
+            for one in self._everything():
+                if one.get_name() == button and one.get_role_name() == "push button" and \
+                        one.get_state_set().contains(Atspi.StateType.SHOWING):
+                    return one.get_extents(Atspi.CoordType.SCREEN)
+            return None
+
+        place = wait_for(shown, f"a button {button!r}")
+        self._desktop.ask("xdotool", "mousemove", str(place.x + place.width // 2),
+                          str(place.y + place.height // 2), "click", "1")
+
+    def choose(self, opening, labels):
+        """Opens a menu by calling `opening`, and does what a click on the last label does; each
+        label but the last is a menu's in it."""
+        before = self.windows()
+        opening()
+        wait_for(lambda: self.windows() != before, "a menu")
+        for label in labels[:-1]:
+            self._go_to(label)
+            self.press("Right")
+        self._go_to(labels[-1])
+        self.press("Return")
+
+    def windows(self, title=""):
+        """All windows and menus that are shown, or those whose title has these words."""
+        return set(self._desktop.ask("xdotool", "search", "--onlyvisible", "--name",
+                                     title or ".*").split())
+
+    def shows(self, pattern):
+        """Whether a program shows a text in which the pattern is found."""
+        return any(re.search(pattern, one.get_name() or "", re.IGNORECASE)
+                   for one in self._everything())
+
+    def _go_to(self, label):
+        seen = []
+        while True:
+            if name := self._next_focus(1):
+                if name.startswith(label):
+                    return
+                if seen.count(name) > 1:
+                    raise Missing(f"{label!r} is not in the menu, which has {sorted(set(seen))}")
+                seen.append(name)
+            elif seen.count("") > 2:
+                raise Missing(f"the menu with {label!r} does not take keys")
+            else:
+                seen.append("")
+            self.press("Down")
+
+    def _next_focus(self, seconds):
+        end = time.monotonic() + seconds
+        while not self._focused and time.monotonic() < end:
+            if not GLib.MainContext.default().iteration(False):
+                time.sleep(0.01)
+        return self._focused.popleft() if self._focused else ""
+
+    def _on_focus(self, event):
+        try:
+            gained = event.type == "focus:" or event.detail1
+            if gained and event.source.get_name() and "menu" in event.source.get_role_name():
+                self._focused.append(event.source.get_name())
+        except GLib.Error:  # it went away
+            pass
+
+    def _everything(self, below=None, depth=25):
+        try:
+            parent = below or Atspi.get_desktop(0)
+            for index in range(min(parent.get_child_count(), 200)):
+                child = parent.get_child_at_index(index)
+                if child is not None:
+                    yield child
+                    if depth:
+                        yield from self._everything(child, depth - 1)
+        except GLib.Error:  # it went away
+            return
