@@ -1,90 +1,16 @@
 // The entry of KDE's share menu, talked to as the menu does.
-#include <gtest/gtest.h>
+#include "tests/integration/share_menu.h"
+
 #include <sys/file.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <nlohmann/json.hpp>
 #include <set>
-
-#include "quoll/host/file_handle.h"
-#include "tests/integration/private_bus.h"
 
 namespace quoll::test {
 namespace {
 
 namespace fs = std::filesystem;
 using host::FileHandle;
-using Json = nlohmann::json;
-
-class ShareMenu : public testing::Test {
- protected:
-  ShareMenu() : listener_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strcpy(address.sun_path, socket_path().c_str());
-    EXPECT_EQ(bind(listener_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
-              0);
-    EXPECT_EQ(listen(listener_.get(), 1), 0);
-  }
-
-  [[nodiscard]] std::string socket_path() const { return bus_.path("menu"); }
-  void install_receiver() const {
-    bus_.add_service("it.vorlent.quoll2", std::string(QUOLL_COMPOSE) + " --service");
-  }
-
-  /// Chooses the entry in the menu and answers once it has connected.
-  void choose() {
-    entry_ = std::make_unique<Process>(
-        std::vector<std::string>{QUOLL_SHARE_PURPOSE, "--server", socket_path(), "--pluginType",
-                                 "Export", "--pluginPath", "/main.bin"},
-        bus_.environment());
-    connection_ = FileHandle(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
-    EXPECT_TRUE(connection_);
-  }
-  void send(const std::string& bytes) const {
-    EXPECT_TRUE(host::write_all(connection_.get(), bytes));
-  }
-  void request(const Json& value) const {
-    const auto cbor = Json::to_cbor(value);
-    send(std::to_string(cbor.size()) + "\n" + std::string(cbor.begin(), cbor.end()));
-  }
-  /// The last line that the entry says before it closes the socket.
-  Json last_word() const {
-    std::string said;
-    bool ended = false;
-    // An entry that did not read everything resets the connection, behind what it said.
-    EXPECT_TRUE(host::read_until(connection_.get(), said, 1 << 20U, ended) || errno == ECONNRESET);
-    EXPECT_TRUE(said.ends_with('\n')) << said;
-    return Json::parse(said.substr(said.rfind('\n', said.size() - 2) + 1), nullptr, false);
-  }
-  [[nodiscard]] std::vector<std::string> drafts() const {
-    EXPECT_EQ(run({QUOLL_COMPOSE, "--list"}, bus_.environment()).status, 0);
-    std::vector<std::string> texts;
-    std::error_code missing;
-    for (const auto& entry :
-         fs::directory_iterator(bus_.data_home() + "/quoll-compose/drafts", missing)) {
-      texts.push_back(read_file(entry.path()));
-    }
-    return texts;
-  }
-  std::string write(const std::string& name) const {
-    std::ofstream(bus_.path(name)) << "the content of " << name;
-    return bus_.path(name);
-  }
-
-  PrivateBus bus_;
-  FileHandle listener_;
-  FileHandle connection_;
-  std::unique_ptr<Process> entry_;
-};
-
-const Json kEnd = {{"output", {{"url", ""}}}};
 
 TEST_F(ShareMenu, FilesWithSpacesAndCommas) {
   install_receiver();
