@@ -20,11 +20,10 @@ std::string in_words(const MailClient& client) {
     return "cannot be given a draft";
   }
   if (client.way == DraftWay::kMessageFile) {
-    const bool is_shut = client.sandbox.is_flatpak && !client.sandbox.passes_files_on;
-    return is_shut ? "in a sandbox that no draft reaches" : "with HTML and attachments";
+    return client.reads_files() ? "HTML and attachments" : "in a sandbox that no draft reaches";
   }
-  return client.sandbox.is_any() ? "plain text, in a sandbox that no attachment reaches"
-                                 : "plain text and attachments";
+  return client.reads_files() ? "plain text and attachments"
+                              : "plain text, in a sandbox that no attachment reaches";
 }
 
 std::string folded(const std::string& text) {

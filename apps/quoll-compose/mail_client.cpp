@@ -89,7 +89,7 @@ void HandOver::lay_out(const ExtensionMessage& message, const std::vector<TakenF
   if (client.way == DraftWay::kNone) {
     throw CannotCompose(client.name + " cannot be given a draft, so open or import the file there");
   }
-  if (client.way != DraftWay::kMessageFile && client.sandbox.is_any() && !files.empty()) {
+  if (client.way != DraftWay::kMessageFile && !client.reads_files() && !files.empty()) {
     throw CannotCompose(client.name +
                         " runs in a sandbox and cannot read the attachments, so open or import "
                         "the file there");
@@ -113,7 +113,7 @@ void HandOver::lay_out(const ExtensionMessage& message, const std::vector<TakenF
 
 void HandOver::lay_out_file() {
   const gio::MailClient& client = *chosen_.client;
-  if (client.sandbox.is_flatpak && !client.sandbox.passes_files_on) {
+  if (!client.reads_files()) {
     throw CannotCompose(client.name +
                         " runs in a sandbox and cannot read the draft, so copy it to where " +
                         client.name + " can and open it there");

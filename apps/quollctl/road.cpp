@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "linux/gio/applications.h"
+#include "linux/gio/mail_clients.h"
 #include "linux/gio/program_output.h"
 #include "linux/image_helper/images.h"
 #include "linux/posix/group_containers.h"
@@ -208,12 +209,28 @@ Step image_helper() {
 }
 
 Step mail_client() {
-  const std::string handler = gio::handler_of_scheme("mailto");
-  if (!handler.empty()) {
-    return {"mail client", State::kGood, handler, ""};
+  const std::string name = "mail client";
+  const gio::ChosenMailClient chosen = gio::chosen_mail_client();
+  if (!chosen.client) {
+    return {name, State::kWorthKnowing, "no program is the default for mail",
+            "choose one in the settings; quoll-compose keeps drafts and shows them until then"};
   }
-  return {"mail client", State::kWorthKnowing, "no program is the default for mail",
-          "choose one in the settings; quoll-compose keeps drafts and shows them until then"};
+  const gio::MailClient& client = *chosen.client;
+  if (!chosen.gone.empty()) {
+    return {name, State::kWorthKnowing,
+            chosen.gone + " was chosen and is not there; drafts go to " + client.id,
+            "quoll-compose --clients lists those that are there, --client NAME chooses one"};
+  }
+  if (client.way == gio::DraftWay::kNone) {
+    return {name, State::kWorthKnowing, client.id + " cannot be given a draft",
+            "open or import the drafts that quoll-compose keeps, or choose another by "
+            "quoll-compose --client NAME"};
+  }
+  if (!client.reads_files()) {
+    return {name, State::kWorthKnowing, client.id + " is in a sandbox that no attachment reaches",
+            "open or import the drafts that quoll-compose keeps for it"};
+  }
+  return {name, State::kGood, client.id, ""};
 }
 
 struct Entry {

@@ -97,6 +97,11 @@ std::string setting() {
 
 }  // namespace
 
+bool MailClient::reads_files() const {
+  return way == DraftWay::kMessageFile ? !sandbox.is_flatpak || sandbox.passes_files_on
+                                       : !sandbox.is_any();
+}
+
 MailClient mail_client_of(EntryHandle entry) {
   GAppInfo* const info = G_APP_INFO(entry.get());
   MailClient client{.entry = nullptr,

@@ -33,6 +33,10 @@ struct MailClient {
   std::string name;  ///< for people
   DraftWay way = DraftWay::kNone;
   Sandbox sandbox;
+
+  /// True when it reaches the files of a draft: in a sandbox, the message file of a Flatpak whose
+  /// files are passed on, and of a snap one in the snap's own folder.
+  [[nodiscard]] bool reads_files() const;
 };
 
 /// A mail client as its entry shows it, by its identifier or its program.

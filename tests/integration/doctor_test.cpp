@@ -150,6 +150,27 @@ TEST_F(Doctor, WhoHoldsALockIsNamed) {
   }
 }
 
+TEST_F(Doctor, TheMailClientThatDraftsGoTo) {
+  const auto client = [&](const std::string& id, const std::string& more) {
+    bus_.add_entry(id,
+                   "[Desktop Entry]\nType=Application\nName=M\nMimeType=x-scheme-handler/mailto;"
+                   "\nExec=sh %u\n" +
+                       more);
+    std::ofstream(bus_.path("config/mimeapps.list"))
+        << "[Default Applications]\nx-scheme-handler/mailto=" << id << ".desktop\n";
+    return said(doctor({"--json"}), "mail client");
+  };
+  EXPECT_EQ(said(doctor({"--json"}), "mail client"), "note: no program is the default for mail");
+  EXPECT_EQ(client("thunderbird", ""), "good: thunderbird.desktop");
+  EXPECT_EQ(client("geary", ""), "note: geary.desktop cannot be given a draft");
+  EXPECT_EQ(client("evolution", "X-Flatpak=x\n"),
+            "note: evolution.desktop is in a sandbox that no attachment reaches");
+  fs::create_directories(bus_.path("config/quoll-compose"));
+  std::ofstream(bus_.path("config/quoll-compose/mail-client")) << "gone.desktop\n";
+  EXPECT_EQ(client("mutt", ""),
+            "note: gone.desktop was chosen and is not there; drafts go to mutt.desktop");
+}
+
 TEST_F(Doctor, MenusAreLookedFor) {
   install_receiver();
   const std::string code =

@@ -201,7 +201,7 @@ TEST_F(MailClientTest, TheClientIsASetting) {
   choose("claws-mail", "Claws");
   choose("thunderbird", "The Bird");
   EXPECT_EQ(compose({"--clients"}).output,
-            "* The Bird (thunderbird.desktop): with HTML and attachments, the default for mail "
+            "* The Bird (thunderbird.desktop): HTML and attachments, the default for mail "
             "links\n  Claws (claws-mail.desktop): plain text and attachments\n");
   for (const char* name : {"claws-mail.desktop", "claws-mail", "CLAWS"}) {
     const auto chosen = compose({"--client", name});
