@@ -234,20 +234,21 @@ Step mail_client() {
 }
 
 struct Entry {
-  const char* host;
+  const char* name;
   const char* file;
   bool is_program;
 };
 
 constexpr std::array kEntries{
-    Entry{"KDE", "kpackage/Purpose/it.vorlent.quoll2.share/contents/code/main.bin", true},
-    Entry{"Nemo", "nemo/actions/quoll-share.nemo_action", false},
-    Entry{"Caja and PCManFM", "file-manager/actions/quoll-share.desktop", false},
-    Entry{"Thunar", "Thunar/sendto/quoll-share.desktop", false},
+    Entry{"menu of KDE", "kpackage/Purpose/it.vorlent.quoll2.share/contents/code/main.bin", true},
+    Entry{"menu of Nemo", "nemo/actions/quoll-share.nemo_action", false},
+    Entry{"menu of Caja and PCManFM", "file-manager/actions/quoll-share.desktop", false},
+    Entry{"menu of Thunar", "Thunar/sendto/quoll-share.desktop", false},
+    Entry{"calls of programs", "dbus-1/services/it.vorlent.quoll2.Quoll-Share.service", false},
 };
 
 Step menu_entry(const Entry& entry) {
-  const std::string name = std::string("menu of ") + entry.host;
+  const std::string name = entry.name;
   const std::string file = gio::find_data_file(entry.file);
   if (file.empty()) {
     return {name, State::kWorthKnowing, "not installed", "install quoll-share to have it there"};

@@ -26,6 +26,20 @@ quoll_defence(lock_name_length FILE linux/posix/coordinator.cpp
   TAKES "name.size() > NAME_MAX" GIVES "name.size() > 2 * NAME_MAX"
   SHOWN_BY posix_processes LockFileName.IsWrittenDownForOthers)
 
+# What other programs ask of the service
+quoll_defence(shares_at_a_time FILE apps/quoll-share-service/service.cpp
+  TAKES "kMostShares = 16" GIVES "kMostShares = 17"
+  SHOWN_BY share_service ShareService.SixteenSharesAreUnderWayAtMost)
+quoll_defence(uris_of_a_call FILE apps/quoll-share-service/share_request.h
+  TAKES "kMostUris = 20'000" GIVES "kMostUris = 40'000"
+  SHOWN_BY share_service ShareService.OpenHasItsLimits)
+quoll_defence(items_of_a_call FILE apps/quoll-share-service/share_request.h
+  TAKES "kMostItems = 64" GIVES "kMostItems = 65"
+  SHOWN_BY share_service ShareService.RequestsThatAreNone)
+quoll_defence(told_of_a_share FILE apps/quoll-share-service/share_process.cpp
+  TAKES "std::size_t{64} << 10" GIVES "std::size_t{64} << 20"
+  SHOWN_BY share_service ShareService.ThousandsOfNamesAndALongAnswer)
+
 # Property lists, values and JSON
 quoll_defence(xml_depth FILE quoll/foundation/property_list_xml.cpp
   TAKES "depth > kPropertyListDepth" GIVES "depth > 2 * kPropertyListDepth"

@@ -1,0 +1,95 @@
+#include "apps/quoll-share-service/service.h"
+
+#include "apps/quoll-share-service/share_interface.h"
+#include "apps/quoll-share-service/share_process.h"
+#include "apps/quoll-share-service/share_request.h"
+#include "linux/gio/application_service.h"
+
+namespace quoll {
+
+namespace {
+
+constexpr const char* kIdentifier = "it.vorlent.quoll2.Quoll-Share";
+/// Shares take turns; each that waits is a process.
+constexpr int kMostShares = 16;
+
+void refuse(GDBusMethodInvocation* call, GDBusError error, const std::string& why) {
+  g_dbus_method_invocation_return_error_literal(call, G_DBUS_ERROR, error, why.c_str());
+}
+
+class ShareService final : public gio::ApplicationService {
+ public:
+  ShareService() : ApplicationService(kIdentifier, kShareInterface) {}
+
+ private:
+  void open(std::vector<std::string> uris, gio::ActivationTokens tokens,
+            GDBusMethodInvocation* call) override {
+    if (uris.empty()) {
+      return refuse(call, G_DBUS_ERROR_INVALID_ARGS, "there is nothing to share");
+    }
+    if (uris.size() > kMostUris) {
+      return refuse(call, G_DBUS_ERROR_LIMITS_EXCEEDED,
+                    std::to_string(uris.size()) + " URIs, and " + std::to_string(kMostUris) +
+                        " are the most");
+    }
+    ShareRequest request;
+    request.uris = std::move(uris);
+    request.tokens = std::move(tokens);
+    if (start(std::move(request), Listener::kPerson, call, [](const ShareEnd&) {})) {
+      g_dbus_method_invocation_return_value(call, nullptr);
+    }
+  }
+
+  // There is one method.
+  void call(std::string_view /*method*/, GVariant* parameters,
+            GDBusMethodInvocation* call) override {
+    const gio::VariantHandle given(g_variant_get_child_value(parameters, 0));
+    GDBusMessage* const message = g_dbus_method_invocation_get_message(call);
+    ShareRequest request;
+    if (const auto complaint =
+            read_share_request(given.get(), g_dbus_message_get_unix_fd_list(message), request)) {
+      return refuse(call, G_DBUS_ERROR_INVALID_ARGS, *complaint);
+    }
+    start(std::move(request), Listener::kCaller, call, [call](const ShareEnd& end) {
+      g_dbus_method_invocation_return_value(
+          call, g_variant_new("(us)", static_cast<guint32>(end.code), end.told.c_str()));
+    });
+  }
+
+  [[nodiscard]] bool busy() const override { return running_ > 0; }
+
+  /// False when the call was answered with an error.
+  bool start(ShareRequest request, Listener listener, GDBusMethodInvocation* call,
+             std::function<void(const ShareEnd&)> ended) {
+    if (running_ == kMostShares) {
+      refuse(call, G_DBUS_ERROR_LIMITS_EXCEEDED, "too many shares are under way");
+      return false;
+    }
+    const auto failure = start_share(std::move(request), listener,
+                                     [this, ended = std::move(ended)](const ShareEnd& end) {
+                                       --running_;
+                                       ended(end);
+                                     });
+    if (failure) {
+      refuse(call, G_DBUS_ERROR_FAILED, *failure);
+      return false;
+    }
+    ++running_;
+    return true;
+  }
+
+  int running_ = 0;
+};
+
+}  // namespace
+
+gio::Failure serve_shares(std::chrono::milliseconds idle) {
+  ShareService service;
+  if (auto failure = service.begin()) {
+    return failure;
+  }
+  service.run(idle);
+  return std::nullopt;
+}
+
+}  // namespace quoll

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <chrono>
+
+#include "linux/gio/open_request.h"
+
+namespace quoll {
+
+/// Answers on the session bus to programs that share (docs/dbus.md), each share in a process of its
+/// own, until nothing came for `idle`. Answers why when it cannot.
+[[nodiscard]] gio::Failure serve_shares(std::chrono::milliseconds idle);
+
+}  // namespace quoll

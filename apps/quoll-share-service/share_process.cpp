@@ -1,0 +1,238 @@
+#include "apps/quoll-share-service/share_process.h"
+
+#include <sys/mman.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "linux/gio/handles.h"
+#include "quoll/foundation/text.h"
+#include "quoll/host/file_handle.h"
+#include "quoll/host/report.h"
+
+namespace quoll {
+
+namespace {
+
+constexpr unsigned kDeadlineSeconds = 600;
+/// A share tells a line for each thing that it left out.
+constexpr std::size_t kMostTold = std::size_t{64} << 10;
+constexpr gsize kBlock = 4096;
+
+template <typename T>
+using ObjectHandle = gio::ObjectHandle<T>;
+
+std::string share_program() {
+  namespace fs = std::filesystem;
+  std::error_code ignored;
+  const fs::path folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
+  const fs::path installed =
+      (folder / QUOLL_PROGRAMS_FROM_SERVICE / "quoll-share").lexically_normal();
+  const fs::path built = (folder / "../quoll-share/quoll-share").lexically_normal();
+  return !fs::exists(installed, ignored) && fs::exists(built, ignored) ? built : installed;
+}
+
+/// The texts and the items, as the program takes them from its standard input.
+posix::UniqueFd list_of(const ShareRequest& request) {
+  posix::UniqueFd list(memfd_create("list", MFD_CLOEXEC));
+  std::string parts;
+  for (const auto* text : {&request.title, request.html ? &request.html : &request.text}) {
+    if (*text) {
+      parts += **text;
+      parts += '\0';
+    }
+  }
+  for (const std::string& uri : request.uris) {
+    parts += uri;
+    parts += '\0';
+  }
+  if (!list || !host::write_all(list.get(), parts) || lseek(list.get(), 0, SEEK_SET) != 0) {
+    list.reset();
+  }
+  return list;
+}
+
+/// The number that the program finds the item under.
+int number_of(std::size_t item) {
+  constexpr int kFirst = 3;
+  return kFirst + static_cast<int>(item);
+}
+
+std::vector<std::string> command_of(const ShareRequest& request, Listener listener) {
+  std::vector<std::string> command{share_program()};
+  if (!request.uris.empty() || request.title || request.text || request.html) {
+    command.emplace_back("--null");
+  }
+  if (listener == Listener::kPerson) {
+    command.emplace_back("--notify");
+  }
+  if (request.title) {
+    command.insert(command.end(), {"--title", "-"});
+  }
+  if (request.text || request.html) {
+    command.insert(command.end(), {request.html ? "--html" : "--text", "-"});
+  }
+  for (std::size_t at = 0; at < request.items.size(); ++at) {
+    const RequestedItem& item = request.items[at];
+    command.insert(command.end(), {"--descriptor", std::to_string(number_of(at)) + ":" +
+                                                       item.media_type + ":" + item.name});
+  }
+  return command;
+}
+
+void pass_token(GSubprocessLauncher* launcher, const char* variable, const std::string& token) {
+  if (token.empty()) {
+    g_subprocess_launcher_unsetenv(launcher, variable);
+  } else {
+    g_subprocess_launcher_setenv(launcher, variable, token.c_str(), TRUE);
+  }
+}
+
+ObjectHandle<GSubprocess> spawn(ShareRequest& request, Listener listener, gio::ErrorSlot& error) {
+  const auto flags = static_cast<GSubprocessFlags>(
+      G_SUBPROCESS_FLAGS_STDOUT_SILENCE |
+      (listener == Listener::kCaller ? G_SUBPROCESS_FLAGS_STDERR_PIPE : 0));
+  const ObjectHandle<GSubprocessLauncher> launcher(g_subprocess_launcher_new(flags));
+  g_subprocess_launcher_take_stdin_fd(launcher.get(), list_of(request).release());
+  auto command = command_of(request, listener);
+  for (std::size_t at = 0; at < request.items.size(); ++at) {
+    g_subprocess_launcher_take_fd(launcher.get(), request.items[at].descriptor.release(),
+                                  number_of(at));
+  }
+  pass_token(launcher.get(), "XDG_ACTIVATION_TOKEN", request.tokens.activation);
+  pass_token(launcher.get(), "DESKTOP_STARTUP_ID", request.tokens.startup);
+  std::vector<const char*> arguments;
+  for (const std::string& argument : command) {
+    arguments.push_back(argument.c_str());
+  }
+  arguments.push_back(nullptr);
+  return ObjectHandle<GSubprocess>(
+      g_subprocess_launcher_spawnv(launcher.get(), arguments.data(), error.out()));
+}
+
+/// A share that runs. Every step that waits holds a reference to it.
+class RunningShare : public std::enable_shared_from_this<RunningShare> {
+ public:
+  RunningShare(ObjectHandle<GSubprocess> process, std::function<void(const ShareEnd&)> ended)
+      : process_(std::move(process)), ended_(std::move(ended)), given_up_(g_cancellable_new()) {}
+
+  void watch(Listener listener) {
+    if (listener == Listener::kCaller) {
+      is_told_ = false;
+      read_on();
+      deadline_ = g_timeout_add_seconds(kDeadlineSeconds, late, this);
+    }
+    g_subprocess_wait_async(process_.get(), given_up_.get(), exited, reference());
+  }
+
+ private:
+  using Reference = std::shared_ptr<RunningShare>;
+
+  gpointer reference() { return new Reference(shared_from_this()); }
+  static Reference taken(gpointer data) {
+    const std::unique_ptr<Reference> owner(static_cast<Reference*>(data));
+    return *owner;
+  }
+
+  void read_on() {
+    g_input_stream_read_bytes_async(g_subprocess_get_stderr_pipe(process_.get()), kBlock,
+                                    G_PRIORITY_DEFAULT, given_up_.get(), read, reference());
+  }
+
+  static void read(GObject* source, GAsyncResult* result, gpointer data) {
+    const Reference self = taken(data);
+    GBytes* const bytes = g_input_stream_read_bytes_finish(G_INPUT_STREAM(source), result, nullptr);
+    const gsize size = bytes != nullptr ? g_bytes_get_size(bytes) : 0;
+    if (size > 0 && self->told_.size() <= kMostTold) {
+      self->told_.append(static_cast<const char*>(g_bytes_get_data(bytes, nullptr)), size);
+    }
+    g_bytes_unref(bytes);
+    if (size > 0) {
+      self->read_on();
+    } else {
+      self->is_told_ = true;
+      self->end_when_over();
+    }
+  }
+
+  static void exited(GObject* source, GAsyncResult* result, gpointer data) {
+    const Reference self = taken(data);
+    g_subprocess_wait_finish(G_SUBPROCESS(source), result, nullptr);
+    self->has_exited_ = true;
+    self->end_when_over();
+  }
+
+  static gboolean late(gpointer data) {
+    auto& self = *static_cast<RunningShare*>(data);
+    self.deadline_ = 0;
+    self.is_late_ = true;
+    g_subprocess_force_exit(self.process_.get());
+    g_cancellable_cancel(self.given_up_.get());
+    return G_SOURCE_REMOVE;
+  }
+
+  void end_when_over() {
+    if (!has_exited_ || !is_told_) {
+      return;
+    }
+    if (deadline_ != 0) {
+      g_source_remove(deadline_);
+    }
+    ended_(end());
+  }
+
+  [[nodiscard]] ShareEnd end() const {
+    constexpr int kNotOpened = static_cast<int>(host::ExitCode::kNotOpened);
+    if (is_late_) {
+      return {kNotOpened, "not opened: it took longer than ten minutes"};
+    }
+    if (g_subprocess_get_if_exited(process_.get()) == FALSE) {
+      return {kNotOpened, "not opened: quoll-share was ended by signal " +
+                              std::to_string(g_subprocess_get_term_sig(process_.get()))};
+    }
+    const int code = g_subprocess_get_exit_status(process_.get());
+    const bool is_wrong_use = code == static_cast<int>(host::ExitCode::kUsage);
+    return {is_wrong_use ? kNotOpened : code, shown()};
+  }
+
+  /// The program has had other people's bytes in its hands, so what it tells is looked at first.
+  [[nodiscard]] std::string shown() const {
+    std::string_view told = told_;
+    const bool is_long = told.size() > kMostTold;
+    if (is_long) {
+      told = told.substr(0, told.rfind('\n', kMostTold));
+    }
+    if (told.find('\0') != std::string_view::npos || !foundation::is_utf8(told)) {
+      return "the system log tells more";
+    }
+    return std::string(foundation::trim(told)) + (is_long ? "\n..." : "");
+  }
+
+  ObjectHandle<GSubprocess> process_;
+  std::function<void(const ShareEnd&)> ended_;
+  ObjectHandle<GCancellable> given_up_;
+  std::string told_;
+  guint deadline_ = 0;
+  bool has_exited_ = false;
+  bool is_told_ = true;
+  bool is_late_ = false;
+};
+
+}  // namespace
+
+gio::Failure start_share(ShareRequest request, Listener listener,
+                         std::function<void(const ShareEnd&)> ended) {
+  gio::ErrorSlot error;
+  auto process = spawn(request, listener, error);
+  if (!process) {
+    return "quoll-share could not be started: " + error.message();
+  }
+  std::make_shared<RunningShare>(std::move(process), std::move(ended))->watch(listener);
+  return std::nullopt;
+}
+
+}  // namespace quoll
