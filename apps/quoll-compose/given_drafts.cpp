@@ -109,7 +109,7 @@ std::string GivenDraft::add(const TakenFile& file, const std::string& name) {
 
 std::string GivenDraft::add_text(const std::string& text) const {
   const std::string path = folder_ + "/text.txt";
-  write_file(path, text);
+  write_file(path, text.empty() || text.ends_with('\n') ? text : text + '\n');
   return path;
 }
 

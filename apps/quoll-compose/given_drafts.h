@@ -16,7 +16,7 @@ class GivenDraft {
 
   /// Moves a file in, under this name exactly, and answers its path.
   std::string add(const TakenFile& file, const std::string& name);
-  /// Writes a text into a file and answers its path.
+  /// Writes a text into a file, whose last line ends, and answers its path.
   [[nodiscard]] std::string add_text(const std::string& text) const;
   /// Copies the draft into a folder elsewhere, made when it is missing, and answers the copy's
   /// path. The copy is cleaned with the draft. Once a draft.

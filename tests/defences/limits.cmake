@@ -146,6 +146,21 @@ quoll_defence(log_line_length FILE linux/posix/system_log.cpp
 quoll_defence(left_out_log_lines FILE apps/quoll-compose/received_draft.cpp
   TAKES "kMost = 20" GIVES "kMost = 30"
   SHOWN_BY compose_text ComposeLimits.TwentyFilesThatAreLeftOutAreLoggedByName)
+quoll_defence(files_in_a_notice FILE apps/quoll-compose/notice.cpp
+  TAKES "kMostFiles = 5" GIVES "kMostFiles = 6"
+  SHOWN_BY mail_client ComposeNotice.ManyFilesFromElsewhereAreCounted)
+quoll_defence(client_argument_length FILE apps/quoll-compose/client_arguments.cpp
+  TAKES "kLongestArgument = 131071" GIVES "kLongestArgument = 131072"
+  SHOWN_BY mail_client ClientArguments.NoTextIsEverShortened)
+quoll_defence(given_draft_stays FILE apps/quoll-compose/given_drafts.cpp
+  TAKES "std::int64_t{7} * 24" GIVES "std::int64_t{6} * 24"
+  SHOWN_BY mail_client GivenDraftsTest.AreCleanedAfterSevenDaysAndNeverBefore)
+quoll_defence(only_copy_stays FILE apps/quoll-compose/given_drafts.cpp
+  TAKES "  if (is_given) {" GIVES "  if (status.st_size >= 0) {"
+  SHOWN_BY mail_client GivenDraftsTest.ADraftThatNoClientHasStaysForGood)
+quoll_defence(large_draft_is_said FILE apps/quoll-compose/received_draft.cpp
+  TAKES "25'000'000" GIVES "26'000'000"
+  SHOWN_BY mail_client MailClientTest.ADraftThatServersRefuseIsSaid)
 quoll_defence(shown_lines FILE apps/quoll-compose/draft_summary.cpp
   TAKES "kLines = 12" GIVES "kLines = 13"
   SHOWN_BY compose_text ComposeLimits.TwelveLinesOfATextAreShown)

@@ -137,6 +137,14 @@ quoll_defence(receiver_follows_no_links FILE ${file}
 quoll_defence(receiver_only_composes FILE apps/quoll-compose/compose_command.cpp
   TAKES "if (command != commandCompose) {" GIVES "if (command.empty()) {"
   SHOWN_BY receiver ReceiverTest.WhatIsNoComposeCommandIsRefusedInOneLine)
+quoll_defence(recipient_is_no_file FILE apps/quoll-compose/client_arguments.cpp
+  TAKES "arguments.push_back(MailLink(draft.to).text());"
+  GIVES "arguments.insert(arguments.end(), draft.to.begin(), draft.to.end());"
+  SHOWN_BY mail_client ClientArguments.ARecipientIsNeitherAFileNorAnOption)
+quoll_defence(refused_files_are_said FILE apps/quoll-compose/notice.cpp
+  TAKES "foundation::printable(left_out[at].name, kLongestName)"
+  GIVES "foundation::printable(\"a file\", kLongestName)"
+  SHOWN_BY mail_client ComposeNotice.AFileFromElsewhereIsRefusedAndSaid)
 quoll_defence(receiver_is_safe_on_a_terminal FILE apps/quoll-compose/draft_summary.cpp
   TAKES "foundation::printable(content.substr(0, shown))"
   GIVES "content.substr(0, shown)"

@@ -112,7 +112,7 @@ TEST_F(ComposeNotice, ATextTooLongForACommandLineIsNeverShortened) {
   const Words words = given();
   ASSERT_EQ(words.size(), 3U);
   ASSERT_TRUE(words[2].starts_with("--msg=file:///")) << words[2];
-  EXPECT_EQ(read_file(words[2].substr(13)), text);
+  EXPECT_EQ(read_file(words[2].substr(13)), text + "\n");
 }
 
 }  // namespace

@@ -89,7 +89,7 @@ TEST_F(MailClientTest, AClientOfTheTerminalIsStartedInOne) {
   const Words words = given();
   ASSERT_EQ(words.size(), 5U);
   EXPECT_EQ(words[1], "it's");
-  EXPECT_EQ(read_file(words[3]), "one\ntwo");
+  EXPECT_EQ(read_file(words[3]), "one\ntwo\n");
   EXPECT_EQ(words[4], "--");
   EXPECT_EQ(read_file(home_.bus.path("terminal")), "1");
 }
