@@ -34,9 +34,22 @@ class ShareService final : public gio::ApplicationService {
     }
     ShareRequest request;
     request.uris = std::move(uris);
-    request.tokens = std::move(tokens);
-    if (start(std::move(request), Listener::kPerson, call, [](const ShareEnd&) {})) {
-      g_dbus_method_invocation_return_value(call, nullptr);
+    start_for_person(std::move(request), std::move(tokens), call);
+  }
+
+  // Started by itself, the application shares what the clipboard holds: it has no window to show.
+  void activate(gio::ActivationTokens tokens, GDBusMethodInvocation* call) override {
+    ShareRequest request;
+    request.clipboard = true;
+    start_for_person(std::move(request), std::move(tokens), call);
+  }
+
+  void activate_action(std::string_view action, gio::ActivationTokens tokens,
+                       GDBusMethodInvocation* call) override {
+    if (action == "share-clipboard") {
+      activate(std::move(tokens), call);
+    } else {
+      refuse(call, G_DBUS_ERROR_INVALID_ARGS, "the only action is share-clipboard");
     }
   }
 
@@ -57,6 +70,14 @@ class ShareService final : public gio::ApplicationService {
   }
 
   [[nodiscard]] bool busy() const override { return running_ > 0; }
+
+  void start_for_person(ShareRequest request, gio::ActivationTokens tokens,
+                        GDBusMethodInvocation* call) {
+    request.tokens = std::move(tokens);
+    if (start(std::move(request), Listener::kPerson, call, [](const ShareEnd&) {})) {
+      g_dbus_method_invocation_return_value(call, nullptr);
+    }
+  }
 
   /// False when the call was answered with an error.
   bool start(ShareRequest request, Listener listener, GDBusMethodInvocation* call,

@@ -70,6 +70,9 @@ std::vector<std::string> command_of(const ShareRequest& request, Listener listen
   if (listener == Listener::kPerson) {
     command.emplace_back("--notify");
   }
+  if (request.clipboard) {
+    command.emplace_back("--clipboard");
+  }
   if (request.title) {
     command.insert(command.end(), {"--title", "-"});
   }

@@ -27,6 +27,8 @@ struct ShareRequest {
   std::vector<std::string> uris;
   std::vector<RequestedItem> items;
   gio::ActivationTokens tokens;
+  /// What the clipboard holds is shared; nothing else then.
+  bool clipboard = false;
 
   /// A title alone is no share.
   [[nodiscard]] bool empty() const { return !text && !html && uris.empty() && items.empty(); }

@@ -22,10 +22,15 @@ constexpr const char* kFooter =
     "\nExit status: 0 opened, 1 not opened, 2 wrong usage, 3 opened without something.";
 
 /// What no single option can check by itself; empty when the command line makes sense.
-std::string complaint(const host::Wanted& wanted) {
+std::string complaint(const Arguments& arguments) {
+  const host::Wanted& wanted = arguments.wanted;
   const auto& items = wanted.items;
-  if (!wanted.text && !wanted.html && items.empty() && wanted.deliveries.empty() &&
-      !wanted.has_list) {
+  const bool is_empty = !wanted.text && !wanted.html && items.empty() &&
+                        wanted.deliveries.empty() && !wanted.has_list;
+  if (arguments.clipboard) {
+    return is_empty ? "" : "with --clipboard nothing else is shared";
+  }
+  if (is_empty) {
     return "nothing to share was given";
   }
   const auto as_items = std::count(items.begin(), items.end(), "-");
@@ -98,6 +103,7 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   auto* const html = app.add_option("--html", wanted.html, "Styled text, or - for standard input");
   text->excludes(html);
   app.add_flag("-0,--null", wanted.has_list, "Read more ITEMs, each ended by a zero byte");
+  app.add_flag("--clipboard", arguments.clipboard, "Share what the clipboard holds");
   std::vector<std::string> descriptors;
   app.add_option("--descriptor", descriptors, "The bytes of an open descriptor, as a file")
       ->type_name("N[:TYPE[:NAME]]")
@@ -127,7 +133,7 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
     }
     wanted.deliveries.push_back(std::move(*delivery));
   }
-  const std::string why = complaint(wanted);
+  const std::string why = complaint(arguments);
   if (!why.empty()) {
     return wrong_usage(why);
   }

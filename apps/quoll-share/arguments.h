@@ -12,6 +12,8 @@ struct Arguments {
   bool print = false;
   bool verbose = false;
   bool notify = false;
+  /// What the clipboard holds is wanted; nothing else then but a title.
+  bool clipboard = false;
 };
 
 /// Reads the command line. When there is nothing more to do (help was shown, or what was wrong) it

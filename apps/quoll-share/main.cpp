@@ -3,6 +3,7 @@
 
 #include "apps/quoll-share/share_program.h"
 #include "arguments.h"
+#include "clipboard.h"
 #include "descriptors.h"
 #include "notify.h"
 
@@ -10,9 +11,14 @@ namespace quoll {
 
 namespace {
 
-int run(const Arguments& arguments) {
+int run(Arguments& arguments) {
   close_inherited_descriptors(arguments.wanted);
   const auto run_here = [&] {
+    const auto reason = arguments.clipboard ? add_clipboard(arguments.wanted) : std::nullopt;
+    if (reason) {
+      std::cerr << "not opened: the clipboard: " << *reason << '\n';
+      return static_cast<int>(host::ExitCode::kNotOpened);
+    }
     return share(arguments.wanted,
                  {.print = arguments.print,
                   .verbose = arguments.verbose,
@@ -29,7 +35,7 @@ int run(const Arguments& arguments) {
 int main(int argc, char** argv) {
   quoll::hold_standard_descriptors();
   try {
-    const auto arguments = quoll::parse(argc, argv);
+    auto arguments = quoll::parse(argc, argv);
     const int* const ended = std::get_if<int>(&arguments);
     return ended != nullptr ? *ended : quoll::run(std::get<quoll::Arguments>(arguments));
   } catch (const std::exception& exception) {

@@ -16,6 +16,7 @@ _quoll_share() {
     --html
     -0 --null
     --descriptor
+    --clipboard
     --print
     --verbose
     --notify

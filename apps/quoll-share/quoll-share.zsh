@@ -5,6 +5,7 @@ _arguments -S \
   '(--text)--html[styled text, or - for standard input]:HTML: ' \
   {-0,--null}'[read more items, each ended by a zero byte]' \
   '*--descriptor[the bytes of an open descriptor, as a file]:number: ' \
+  '--clipboard[share what the clipboard holds]' \
   '--print[print the command URL instead of opening it]' \
   '--verbose[write the log to standard error too]' \
   '--notify[show on the desktop what went wrong]' \

@@ -224,6 +224,25 @@ TEST_F(ShareService, AFailureOfOpenIsShown) {
   EXPECT_EQ(desktop.read_line(), "Nothing was shared|left out: /nowhere: no such file");
 }
 
+TEST_F(ShareService, StartedByItselfItSharesTheClipboard) {
+  Process desktop({NOTIFICATION_DOUBLE}, home_.bus.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  const auto call = [&](std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"gdbus", "call", "--session", "--dest", kName,
+                                         "--object-path", kPath, "--method"});
+    return run(arguments, home_.bus.environment());
+  };
+  const std::string told =
+      "Nothing was shared|not opened: the clipboard: there is no display, and so no clipboard";
+  EXPECT_EQ(call({"org.freedesktop.Application.Activate", "{}"}).status, 0);
+  EXPECT_EQ(desktop.read_line(), told);
+  const std::string action = "org.freedesktop.Application.ActivateAction";
+  EXPECT_EQ(call({action, "share-clipboard", "[]", "{}"}).status, 0);
+  EXPECT_EQ(desktop.read_line(), told);
+  const Ended other = call({action, "delete-everything", "[]", "{}"});
+  EXPECT_NE(other.errors.find("the only action is share-clipboard"), std::string::npos);
+}
+
 TEST_F(ShareService, OpenHasItsLimits) {
   EXPECT_EQ(open({}), "there is nothing to share");
   EXPECT_EQ(open(std::vector<std::string>(20'001, "a:b")), "20001 URIs, and 20000 are the most");

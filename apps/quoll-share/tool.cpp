@@ -1,0 +1,91 @@
+#include "apps/quoll-share/tool.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+
+#include "quoll/foundation/printable.h"
+#include "quoll/host/file_handle.h"
+
+namespace quoll {
+
+namespace {
+
+constexpr std::size_t kLongestComplaint = 200;
+
+using host::FileHandle;
+
+/// Answers the process, or -1.
+pid_t spawn(const std::vector<std::string>& command, int output, int errors) {
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, errors, STDERR_FILENO);
+  std::vector<char*> arguments;
+  for (const std::string& argument : command) {
+    arguments.push_back(const_cast<char*>(argument.c_str()));
+  }
+  arguments.push_back(nullptr);
+  pid_t process = -1;
+  const int failed =
+      posix_spawnp(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  return failed == 0 ? process : -1;
+}
+
+bool ended_well(pid_t process) {
+  int status = -1;
+  while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
+  }
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+std::string first_line(int errors) {
+  std::string text(kLongestComplaint, '\0');
+  const ssize_t size = pread(errors, text.data(), text.size(), 0);
+  text.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+  return foundation::printable(text.substr(0, text.find('\n')), kLongestComplaint);
+}
+
+}  // namespace
+
+ToolAnswer run_tool(const std::vector<std::string>& command, std::size_t most,
+                    std::chrono::milliseconds patience) {
+  ToolAnswer answer;
+  int ends[2] = {-1, -1};
+  const FileHandle errors(memfd_create("errors", MFD_CLOEXEC));
+  if (pipe2(ends, O_CLOEXEC) != 0) {
+    return answer;
+  }
+  const FileHandle reading(ends[0]);
+  FileHandle writing(ends[1]);
+  const pid_t process = spawn(command, writing.get(), errors.get());
+  writing.reset();
+  if (process < 0) {
+    return answer;
+  }
+  bool ended = false;
+  const bool is_read = host::read_until(reading.get(), answer.output, most + 1, ended, patience);
+  if (!ended) {
+    kill(process, SIGKILL);
+  }
+  const bool is_well = ended_well(process);
+  answer.complaint = first_line(errors.get());
+  if (!is_read) {
+    answer.end = ToolAnswer::End::kSilent;
+  } else if (!ended) {
+    answer.end = ToolAnswer::End::kTooLong;
+  } else {
+    answer.end = is_well ? ToolAnswer::End::kWell : ToolAnswer::End::kBadly;
+  }
+  return answer;
+}
+
+}  // namespace quoll

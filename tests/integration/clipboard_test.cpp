@@ -1,0 +1,259 @@
+// What the clipboard holds, by the programs that read it: real ones on a display of the test's own,
+// and doubles that offer what no program offers at a time, or do not answer.
+#include "apps/quoll-share/clipboard.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+
+#include "quoll/host/data_url.h"
+#include "quoll/host/file_handle.h"
+#include "tests/integration/share_home.h"
+
+namespace quoll::test {
+namespace {
+
+using namespace std::chrono_literals;
+using foundation::Value;
+
+std::string file_name(std::string type) {
+  std::replace(type.begin(), type.end(), '/', '@');
+  return type;
+}
+
+/// A folder with a program that answers as `xclip` and `wl-paste` do.
+class Tools {
+ public:
+  explicit Tools(const std::string& name) : name_(name) {
+    folder_.write(name, R"sh(#!/bin/sh
+[ -e "$(dirname "$0")/script" ] && . "$(dirname "$0")/script"
+for type; do :; done
+case $type in
+  TARGETS | --list-types) cd "$(dirname "$0")/types" && ls | tr @ / ;;
+  *) cat "$(dirname "$0")/types/$(echo "$type" | tr / @)" ;;
+esac
+)sh");
+    std::filesystem::permissions(folder_.path(name), std::filesystem::perms::owner_all);
+    std::filesystem::create_directory(folder_.path("types"));
+  }
+  void offer(const std::string& type, const std::string& bytes) const {
+    folder_.write("types/" + file_name(type), bytes);
+  }
+  void forget() const {
+    std::filesystem::remove_all(folder_.path("types"));
+    std::filesystem::create_directory(folder_.path("types"));
+  }
+  /// Lets it do this first.
+  void behave(const std::string& script) const { folder_.write("script", script + "\n"); }
+  [[nodiscard]] Environment environment() const {
+    const bool is_wayland = name_ == "wl-paste";
+    return {
+        {"PATH", folder_.path() + ":" + std::getenv("PATH")},
+        {"DISPLAY", is_wayland ? std::nullopt : std::optional<std::string>(":99999")},
+        {"WAYLAND_DISPLAY", is_wayland ? std::optional<std::string>("wayland-0") : std::nullopt}};
+  }
+
+ private:
+  TemporaryFolder folder_;
+  std::string name_;
+};
+
+/// What is wanted, in one line.
+std::string described(const host::Wanted& wanted) {
+  std::string all;
+  for (const std::string& item : wanted.items) {
+    all += "item " + item + ";";
+  }
+  for (const host::Delivery& delivery : wanted.deliveries) {
+    const host::FileHandle held(delivery.descriptor);
+    all += delivery.media_type + " of " + std::to_string(lseek(held.get(), 0, SEEK_END)) + ";";
+  }
+  all += wanted.html ? "html " + *wanted.html + ";" : "";
+  all += wanted.text ? "text " + *wanted.text + ";" : "";
+  return all;
+}
+
+/// What comes of reading it: what is wanted then, or why nothing is.
+std::string read_by(const Tools& tools, std::chrono::milliseconds patience = 60s) {
+  const ScopedEnvironment environment(tools.environment());
+  host::Wanted wanted;
+  const auto reason = add_clipboard(wanted, patience);
+  return reason.value_or(described(wanted));
+}
+
+TEST(Clipboard, FilesThenPictureThenStyledThenPlainText) {
+  for (const char* name : {"xclip", "wl-paste"}) {
+    const Tools tools(name);
+    EXPECT_EQ(read_by(tools), "it is empty") << name;
+    tools.offer("TIMESTAMP", "1");
+    EXPECT_EQ(read_by(tools), "it holds nothing that can be shared") << name;
+    tools.offer("text/plain", "plain");
+    EXPECT_EQ(read_by(tools), "text plain;") << name;
+    tools.offer("text/html", "<b>styled</b>");
+    EXPECT_EQ(read_by(tools), "html <b>styled</b>;") << name;
+    tools.offer("image/png", "12345");
+    EXPECT_EQ(read_by(tools), "image/png of 5;") << name;
+    tools.offer("text/uri-list", "file:///a\r\n");
+    EXPECT_EQ(read_by(tools), "item file:///a;") << name;
+    tools.offer("x-special/mate-copied-files", "cut\nfile:///b");
+    EXPECT_EQ(read_by(tools), "item file:///b;") << name;
+    tools.offer("x-special/gnome-copied-files", "copy\nfile:///c\nfile:///d");
+    EXPECT_EQ(read_by(tools), "item file:///c;item file:///d;") << name;
+  }
+}
+
+TEST(Clipboard, WhatIsEmptyGivesWayToTheNext) {
+  const Tools tools("xclip");
+  tools.offer("text/uri-list", "# nothing\r\n");
+  tools.offer("image/png", "");
+  tools.offer("text/html", "");
+  tools.offer("UTF8_STRING", "plain");
+  EXPECT_EQ(read_by(tools), "text plain;");
+}
+
+TEST(Clipboard, ALoneDashIsNotStandardInput) {
+  const Tools tools("xclip");
+  tools.offer("UTF8_STRING", "-");
+  EXPECT_EQ(read_by(tools), "text - ;");
+}
+
+TEST(Clipboard, ToolsInTrouble) {
+  struct Row {
+    const char* tool;
+    const char* script;
+    const char* reason;
+  };
+  const Row rows[] = {
+      {"xclip", "echo 'Error: target TARGETS not available' >&2; exit 1", "it is empty"},
+      {"wl-paste", "echo 'Nothing is copied' >&2; exit 1", "it is empty"},
+      {"xclip", "printf 'no\\033 display\\nmore' >&2; exit 1", "xclip says: no\\x1B display"},
+      {"xclip", "kill -9 $$", "xclip failed"},
+      {"xclip", "exec yes", "what it holds is too long"},
+  };
+  for (const Row& row : rows) {
+    const Tools tools(row.tool);
+    tools.behave(row.script);
+    EXPECT_EQ(read_by(tools), row.reason) << row.script;
+  }
+}
+
+TEST(Clipboard, AnOwnerThatDoesNotAnswerIsGivenUp) {
+  const Tools tools("xclip");
+  tools.offer("text/html", "x");
+  tools.behave("exec sleep 1000");
+  EXPECT_EQ(read_by(tools, 50ms), "the program that holds it does not answer");
+  tools.behave("[ \"$5\" = text/html ] && exec sleep 1000");
+  EXPECT_EQ(read_by(tools, 300ms), "the program that holds it does not answer");
+}
+
+TEST(Clipboard, WithoutADisplayOrATool) {
+  const Tools tools("xclip");
+  Environment environment = tools.environment();
+  environment["DISPLAY"] = "";
+  host::Wanted wanted;
+  {
+    const ScopedEnvironment none(environment);
+    EXPECT_EQ(add_clipboard(wanted), "there is no display, and so no clipboard");
+  }
+  environment["DISPLAY"] = ":99999";
+  environment["PATH"] = "/nowhere";
+  const ScopedEnvironment missing(environment);
+  EXPECT_EQ(add_clipboard(wanted), "xclip could not be started; install xclip");
+}
+
+// A display on the other side of a program that cannot reach it is asked by the other program.
+TEST(Clipboard, XIsAskedWhereWaylandCannotBe) {
+  const Tools wayland("wl-paste");
+  wayland.behave("echo 'Failed to connect to a Wayland server' >&2; exit 1");
+  const Tools x("xclip");
+  x.offer("UTF8_STRING", "by X");
+  const ScopedEnvironment first(x.environment());
+  const ScopedEnvironment both(
+      {{"WAYLAND_DISPLAY", "wayland-0"}, {"PATH", *wayland.environment()["PATH"]}});
+  host::Wanted wanted;
+  EXPECT_EQ(add_clipboard(wanted), std::nullopt);
+  EXPECT_EQ(wanted.text, "by X");
+}
+
+/// A display with nothing on it, and a home to share from.
+class RealClipboard : public testing::Test {
+ protected:
+  RealClipboard() {
+    home_.environment()["DISPLAY"] = ":" + display_.read_line();
+    home_.environment()["WAYLAND_DISPLAY"] = std::nullopt;
+  }
+  /// Puts it into the clipboard, where a process of its own holds it until the display ends.
+  void copy(const std::string& type, const std::string& bytes) const {
+    const std::string file = home_.write("copied", bytes);
+    EXPECT_EQ(run({"sh", "-c", "exec xclip -selection clipboard -t \"$0\" \"$1\" >/dev/null 2>&1",
+                   type, file},
+                  home_.environment())
+                  .status,
+              0);
+  }
+  [[nodiscard]] Ended share() const { return home_.print({"--clipboard", "--title", "A title"}); }
+
+  mutable ShareHome home_;
+  Process display_{{"Xvfb", "-displayfd", "1", "-screen", "0", "64x64x24", "-nolisten", "tcp"}};
+};
+
+TEST_F(RealClipboard, IsEmptyAtFirst) {
+  const Ended ended = share();
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.errors, "not opened: the clipboard: it is empty\n");
+}
+
+TEST_F(RealClipboard, HoldsWhatABrowserCopies) {
+  copy("text/html",
+       "<meta http-equiv=\"content-type\" content=\"text/html; charset=utf-8\">gr\xC3\xBC\xC3\x9F "
+       "<b>bold</b>");
+  const Ended ended = share();
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  const std::string body = message_of(ended.output)->htmlBody().description();
+  EXPECT_NE(body.find("gr\xC3\xBC\xC3\x9F <b>bold</b>"), std::string::npos) << body;
+}
+
+TEST_F(RealClipboard, HoldsWhatAFileManagerCopies) {
+  const std::string file = home_.write("a b,c.txt", "the content");
+  copy("x-special/gnome-copied-files", "copy\nfile://" + home_.path("a%20b,c.txt"));
+  const Ended ended = share();
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_EQ(attachments_of(ended.output), std::vector<std::string>{home_.staging() + "/a b,c.txt"});
+}
+
+TEST_F(RealClipboard, HoldsAPicture) {
+  const auto pixel = host::read_data_url(
+      "data:;base64,iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mNk+"
+      "M9QDwADhgGAWjR9awAA"
+      "AABJRU5ErkJggg==");
+  copy("image/png", pixel.value().bytes);
+  const Ended ended = share();
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_EQ(attachments_of(ended.output), std::vector<std::string>{home_.staging() + "/image.png"});
+}
+
+TEST_F(RealClipboard, HoldsALongText) {
+  copy("UTF8_STRING", std::string(2'000'000, 'a') + "end");
+  const Ended ended = share();
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_NE(ended.output.find("aend"), std::string::npos);
+}
+
+TEST_F(RealClipboard, ADisplayThatIsGone) {
+  home_.environment()["DISPLAY"] = ":99999";
+  const Ended ended = share();
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.errors,
+            "not opened: the clipboard: xclip says: Error: Can't open display: :99999\n");
+}
+
+TEST_F(RealClipboard, IsSharedAlone) {
+  EXPECT_EQ(home_.print({"--clipboard", "https://example.org/"}).status, 2);
+  EXPECT_EQ(home_.print({"--clipboard", "--text", "x"}).status, 2);
+}
+
+}  // namespace
+}  // namespace quoll::test
