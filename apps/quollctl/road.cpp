@@ -244,13 +244,15 @@ constexpr std::array kEntries{
     Entry{"menu of Nemo", "nemo/actions/quoll-share.nemo_action", false},
     Entry{"menu of Caja and PCManFM", "file-manager/actions/quoll-share.desktop", false},
     Entry{"menu of Thunar", "Thunar/sendto/quoll-share.desktop", false},
+    Entry{"menu of Nautilus", QUOLL_NAUTILUS_EXTENSIONS "/libnautilus-quoll.so", false},
     Entry{"calls of programs", "dbus-1/services/it.vorlent.quoll2.Quoll-Share.service", false},
 };
 
 Step menu_entry(const Entry& entry) {
   const std::string name = entry.name;
-  const std::string file = gio::find_data_file(entry.file);
-  if (file.empty()) {
+  const bool is_path = *entry.file == '/';
+  const std::string file = is_path ? entry.file : gio::find_data_file(entry.file);
+  if (file.empty() || (is_path && access(entry.file, F_OK) != 0)) {
     return {name, State::kWorthKnowing, "not installed", "install quoll-share to have it there"};
   }
   if (entry.is_program && access(file.c_str(), X_OK) != 0) {

@@ -22,6 +22,11 @@ GVariant* parameters(const std::string& summary, const std::string& body) {
                        plain.get(), nullptr, nullptr, kUsualTime);
 }
 
+/// Until then the call keeps the connection, which nobody else may hold.
+void sent(GObject* bus, GAsyncResult* result, gpointer /*data*/) {
+  const VariantHandle reply(g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, nullptr));
+}
+
 }  // namespace
 
 bool show_notification(const std::string& summary, const std::string& body,
@@ -39,6 +44,11 @@ bool show_notification(const std::string& summary, const std::string& body,
       G_DBUS_CALL_FLAGS_NONE, static_cast<int>(std::max<std::int64_t>(left.count(), 1)), nullptr,
       nullptr));
   return reply != nullptr;
+}
+
+void send_notification(GDBusConnection* bus, const std::string& summary, const std::string& body) {
+  g_dbus_connection_call(bus, kName, kPath, kName, "Notify", parameters(summary, body), nullptr,
+                         G_DBUS_CALL_FLAGS_NONE, -1, nullptr, sent, nullptr);
 }
 
 }  // namespace quoll::gio

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gio/gio.h>
+
 #include <chrono>
 #include <string>
 
@@ -10,5 +12,8 @@ namespace quoll::gio {
 /// Runs the thread's default main context.
 bool show_notification(const std::string& summary, const std::string& body,
                        std::chrono::milliseconds time_out);
+
+/// The same for a program that goes on: it is sent, and nobody waits for what comes of it.
+void send_notification(GDBusConnection* bus, const std::string& summary, const std::string& body);
 
 }  // namespace quoll::gio
