@@ -1,4 +1,5 @@
-"""A desktop of the run's own: a screen, a session bus, a home, and the installed tree in its paths."""
+"""A desktop of the run's own: a screen, a session bus and a home, with the installed tree in its
+paths."""
 
 import os
 import pathlib
@@ -71,7 +72,8 @@ class Desktop:
             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
         })
         os.environ["DISPLAY"] = ":" + self._first_word(
-            "Xvfb", "-displayfd", "1", "-screen", "0", "1280x1000x24", "-nolisten", "tcp", "-noreset")
+            "Xvfb", "-displayfd", "1", "-screen", "0", "1280x1000x24", "-nolisten", "tcp",
+            "-noreset")
         os.environ["DBUS_SESSION_BUS_ADDRESS"] = self._first_word(
             "dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address")
         self.start("openbox", "--sm-disable", "--config-file", str(self.home / "rc.xml"))

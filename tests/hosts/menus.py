@@ -1,6 +1,5 @@
-"""Menus of any toolkit, walked with the keyboard: each program tells the name of what has the focus.
-
-To be imported once the desktop stands, as the names come over its bus."""
+"""Menus of any toolkit, walked with the keyboard by the name of what has the focus, which each program
+tells. To be imported once the desktop stands, as the names come over its bus."""
 
 import collections
 import re
@@ -61,10 +60,22 @@ class Menus:
         return set(self._desktop.ask("xdotool", "search", "--onlyvisible", "--name",
                                      title or ".*").split())
 
+    def click_in_corner(self):
+        """Clicks into the lower right corner of the window in front, where nothing is."""
+        window = self._desktop.ask("xdotool", "getactivewindow")
+        place = self._desktop.ask("xdotool", "getwindowgeometry", "--shell", window)
+        width, height = (int(re.search(rf"{side}=(\d+)", place)[1]) for side in ("WIDTH", "HEIGHT"))
+        self._desktop.ask("xdotool", "mousemove", "--window", window, str(width - 60),
+                          str(height - 60), "click", "1")
+
     def shows(self, pattern):
-        """Whether a program shows a text in which the pattern is found."""
-        return any(re.search(pattern, one.get_name() or "", re.IGNORECASE)
-                   for one in self._everything())
+        """Whether a program shows a text in which the pattern is found, now or in a moment."""
+        end = time.monotonic() + 1
+        while time.monotonic() < end:
+            if any(re.search(pattern, one.get_name() or "", re.IGNORECASE)
+                   for one in self._everything()):
+                return True
+        return False
 
     def _go_to(self, label):
         seen = []
