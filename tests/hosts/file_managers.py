@@ -57,8 +57,8 @@ class FileManager:
 
 
 class Nautilus(FileManager):
-    """Reads extensions from the system's folder only; the installed tree's is put in its place where
-    nobody but this one sees it."""
+    """Reads extensions from the system's folder only: the installed tree's is put over it, where no
+    other program sees that."""
 
     def program(self, scene):
         if os.geteuid() != 0:

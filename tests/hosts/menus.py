@@ -1,5 +1,5 @@
-"""Menus of any toolkit, walked with the keyboard by the name of what has the focus, which each program
-tells. To be imported once the desktop stands, as the names come over its bus."""
+"""Menus of any toolkit, walked with the keyboard by the name of what has the focus, which each
+program tells. To be imported once the desktop stands, as the names come over its bus."""
 
 import collections
 import re
