@@ -81,7 +81,15 @@ std::vector<std::string> for_evolution(const OutgoingDraft& draft) {
   return {link.text()};
 }
 
-// A recipient by itself that looks like a URL would be attached.
+/// True for what reads as a URL: a word of the letters of a scheme, and a colon behind it.
+bool has_scheme(const std::string& text) {
+  constexpr std::string_view kLetters =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+-.";
+  const auto end = text.find_first_not_of(kLetters);
+  return end != std::string::npos && text[end] == ':';
+}
+
+// KMail attaches a recipient that is a URL, and loses those of a mail link that have a name.
 std::vector<std::string> for_kmail(const OutgoingDraft& draft) {
   std::vector<std::string> arguments{"--composer"};
   const auto add = [&](const char* option, const std::string& value) {
@@ -98,7 +106,10 @@ std::vector<std::string> for_kmail(const OutgoingDraft& draft) {
     add("--attach=", file_url(file));
   }
   if (!draft.to.empty()) {
-    arguments.push_back(MailLink(draft.to).text());
+    arguments.emplace_back("--");
+  }
+  for (const auto& address : draft.to) {
+    arguments.push_back(has_scheme(address) ? "<" + address + ">" : address);
   }
   return arguments;
 }

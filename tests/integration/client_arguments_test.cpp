@@ -75,7 +75,7 @@ TEST(ClientArguments, AWholeDraftInEachWay) {
   EXPECT_EQ(client_arguments(DraftWay::kKMail, whole_draft()),
             (Words{"--composer", "--subject=-S\u00fc, it's \"q\" & 100%", "--cc=c@x.org",
                    "--bcc=d@x.org, e@x.org", "--body=one & two\nthree", "--attach=file:///d/0/f",
-                   "--attach=file:///d/1/g", to}));
+                   "--attach=file:///d/1/g", "--", "a@x.org", "Ann B <b@x.org>"}));
   EXPECT_EQ(client_arguments(DraftWay::kClaws, whole_draft()),
             (Words{"--compose", to + "?" + fields, "--attach", "/d/0/f", "/d/1/g"}));
   EXPECT_EQ(client_arguments(DraftWay::kMutt, whole_draft()),
@@ -99,7 +99,9 @@ TEST(ClientArguments, ARecipientIsNeitherAFileNorAnOption) {
       "mailto:file%3A%2F%2F%2Fetc%2Fpasswd,--attach%3D%2Fetc%2Fpasswd,"
       "a%3Fattach%3D%2Fetc%2Fpasswd%26body%3Dx";
   EXPECT_EQ(client_arguments(DraftWay::kEvolution, draft), Words{link});
-  EXPECT_EQ(client_arguments(DraftWay::kKMail, draft), (Words{"--composer", link}));
+  EXPECT_EQ(client_arguments(DraftWay::kKMail, draft),
+            (Words{"--composer", "--", "<file:///etc/passwd>", "--attach=/etc/passwd",
+                   "a?attach=/etc/passwd&body=x"}));
   EXPECT_EQ(client_arguments(DraftWay::kClaws, draft), (Words{"--compose", link}));
   EXPECT_EQ(client_arguments(DraftWay::kMutt, draft).front(), "--");
 }

@@ -36,7 +36,7 @@ TEST_F(MailClientTest, TheOthersGetSubjectTextAndFiles) {
     std::size_t words;
   };
   const Row rows[] = {
-      {"kmail", "it's, \"q\"\u240a#1%20;", 4, 6},
+      {"kmail", "it's, \"q\"\u240a#1%20;", 4, 7},
       {"claws-mail", "it's, \u201dq\u201d\u240a#1%20;", 4, 5},
       {"mutt", "it's, \"q\"\u240a#1%20;", 6, 9},
   };
