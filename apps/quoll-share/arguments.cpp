@@ -98,6 +98,7 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   host::Wanted& wanted = arguments.wanted;
   CLI::App app("Shares links, files, images and text as one mail draft.", "quoll-share");
   app.footer(kFooter);
+  app.set_version_flag("--version", "quoll-share " QUOLL_VERSION);
   app.add_option("--title", wanted.title, "The draft's subject, used when a web link is shared");
   auto* const text = app.add_option("--text", wanted.text, "Plain text, or - for standard input");
   auto* const html = app.add_option("--html", wanted.html, "Styled text, or - for standard input");

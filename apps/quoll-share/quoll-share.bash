@@ -20,6 +20,7 @@ _quoll_share() {
     --print
     --verbose
     --notify
+    --version
     -h --help
   )
   mapfile -t COMPREPLY < <(compgen -W "${options[*]}" -- "$word")

@@ -9,5 +9,6 @@ _arguments -S \
   '--print[print the command URL instead of opening it]' \
   '--verbose[write the log to standard error too]' \
   '--notify[show on the desktop what went wrong]' \
+  '(- *)--version[print the version and exit]' \
   '(- *)'{-h,--help}'[print the options and exit]' \
   '*:item:_files'

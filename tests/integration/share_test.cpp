@@ -147,6 +147,16 @@ TEST_F(Share, WrongUsage) {
   }
 }
 
+TEST_F(Share, WhatIsOnlyAskedIsAnswered) {
+  for (const auto& [option, begins] : std::vector<std::pair<std::string, std::string>>{
+           {"--version", "quoll-share "}, {"--help", "Shares links"}}) {
+    const Ended ended = home_.share({option, "https://h/"});
+    EXPECT_EQ(ended.status, 0) << option;
+    EXPECT_TRUE(ended.output.starts_with(begins)) << ended.output;
+    EXPECT_EQ(ended.errors, "") << option;
+  }
+}
+
 TEST_F(Share, Texts) {
   const std::string input = home_.write("input", "1 < 2");
   const auto plain = message_of(home_.print({"--text", "-"}, input).output)->htmlBody();
