@@ -253,7 +253,9 @@ Step menu_entry(const Entry& entry) {
   const bool is_path = *entry.file == '/';
   const std::string file = is_path ? entry.file : gio::find_data_file(entry.file);
   if (file.empty() || (is_path && access(entry.file, F_OK) != 0)) {
-    return {name, State::kWorthKnowing, "not installed", "install quoll-share to have it there"};
+    const std::string package = is_path ? "quoll-share-nautilus" : "quoll-share";
+    return {name, State::kWorthKnowing, "not installed",
+            "install " + package + " to have it there"};
   }
   if (entry.is_program && access(file.c_str(), X_OK) != 0) {
     return {name, State::kWorthKnowing, file + " cannot be started",
