@@ -20,7 +20,7 @@ class Service final : public gio::ApplicationService {
         writer_([this] { g_idle_add_full(G_PRIORITY_DEFAULT, show_notices, this, nullptr); }) {}
 
  private:
-  void open(std::vector<std::string> urls, gio::ActivationTokens tokens,
+  void open(std::vector<std::string> urls, const gio::ActivationTokens& tokens,
             GDBusMethodInvocation* call) override {
     std::vector<std::unique_ptr<ReceivedDraft>> drafts;
     try {

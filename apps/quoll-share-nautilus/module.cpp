@@ -70,8 +70,8 @@ G_MODULE_EXPORT void nautilus_module_initialize(GTypeModule* module) {
 
 G_MODULE_EXPORT void nautilus_module_shutdown() {}
 
-G_MODULE_EXPORT void nautilus_module_list_types(const GType** types, int* count) {
+G_MODULE_EXPORT void nautilus_module_list_types(const GType** types, int* num_types) {
   *types = &provider_type;
-  *count = 1;
+  *num_types = 1;
 }
 }

@@ -22,7 +22,7 @@ class ShareService final : public gio::ApplicationService {
   ShareService() : ApplicationService(kIdentifier, kShareInterface) {}
 
  private:
-  void open(std::vector<std::string> uris, gio::ActivationTokens tokens,
+  void open(std::vector<std::string> uris, const gio::ActivationTokens& tokens,
             GDBusMethodInvocation* call) override {
     if (uris.empty()) {
       return refuse(call, G_DBUS_ERROR_INVALID_ARGS, "there is nothing to share");
@@ -34,20 +34,20 @@ class ShareService final : public gio::ApplicationService {
     }
     ShareRequest request;
     request.uris = std::move(uris);
-    start_for_person(std::move(request), std::move(tokens), call);
+    start_for_person(std::move(request), tokens, call);
   }
 
   // Started by itself, the application shares what the clipboard holds: it has no window to show.
-  void activate(gio::ActivationTokens tokens, GDBusMethodInvocation* call) override {
+  void activate(const gio::ActivationTokens& tokens, GDBusMethodInvocation* call) override {
     ShareRequest request;
     request.clipboard = true;
-    start_for_person(std::move(request), std::move(tokens), call);
+    start_for_person(std::move(request), tokens, call);
   }
 
-  void activate_action(std::string_view action, gio::ActivationTokens tokens,
+  void activate_action(std::string_view action, const gio::ActivationTokens& tokens,
                        GDBusMethodInvocation* call) override {
     if (action == "share-clipboard") {
-      activate(std::move(tokens), call);
+      activate(tokens, call);
     } else {
       refuse(call, G_DBUS_ERROR_INVALID_ARGS, "the only action is share-clipboard");
     }
@@ -71,9 +71,9 @@ class ShareService final : public gio::ApplicationService {
 
   [[nodiscard]] bool busy() const override { return running_ > 0; }
 
-  void start_for_person(ShareRequest request, gio::ActivationTokens tokens,
+  void start_for_person(ShareRequest request, const gio::ActivationTokens& tokens,
                         GDBusMethodInvocation* call) {
-    request.tokens = std::move(tokens);
+    request.tokens = tokens;
     if (start(std::move(request), Listener::kPerson, call, [](const ShareEnd&) {})) {
       g_dbus_method_invocation_return_value(call, nullptr);
     }

@@ -159,7 +159,7 @@ Reason add_from(const Tool& tool, host::Wanted& wanted, std::chrono::millisecond
     command.emplace_back(type.name);
     const auto answer =
         run_tool(command, type.kind == Kind::kImage ? kLargestImage : kLongestText, patience);
-    const auto reason = why_not(tool, answer);
+    auto reason = why_not(tool, answer);
     if (!reason && add(wanted, type.kind, answer.output)) {
       return std::nullopt;
     }

@@ -105,11 +105,12 @@ void ApplicationService::run(std::chrono::milliseconds idle) {
   }
 }
 
-void ApplicationService::activate(ActivationTokens /*tokens*/, GDBusMethodInvocation* call) {
+void ApplicationService::activate(const ActivationTokens& /*tokens*/, GDBusMethodInvocation* call) {
   g_dbus_method_invocation_return_value(call, nullptr);
 }
 
-void ApplicationService::activate_action(std::string_view /*action*/, ActivationTokens /*tokens*/,
+void ApplicationService::activate_action(std::string_view /*action*/,
+                                         const ActivationTokens& /*tokens*/,
                                          GDBusMethodInvocation* call) {
   g_dbus_method_invocation_return_error_literal(call, G_DBUS_ERROR, G_DBUS_ERROR_INVALID_ARGS,
                                                 "there are no actions");

@@ -30,12 +30,12 @@ class ApplicationService {
   void run(std::chrono::milliseconds idle);
 
  protected:
-  virtual void open(std::vector<std::string> uris, ActivationTokens tokens,
+  virtual void open(std::vector<std::string> uris, const ActivationTokens& tokens,
                     GDBusMethodInvocation* call) = 0;
   /// There is no window to show.
-  virtual void activate(ActivationTokens tokens, GDBusMethodInvocation* call);
+  virtual void activate(const ActivationTokens& tokens, GDBusMethodInvocation* call);
   /// There are no actions.
-  virtual void activate_action(std::string_view action, ActivationTokens tokens,
+  virtual void activate_action(std::string_view action, const ActivationTokens& tokens,
                                GDBusMethodInvocation* call);
   /// A method of the other interfaces.
   virtual void call(std::string_view method, GVariant* parameters, GDBusMethodInvocation* call);
