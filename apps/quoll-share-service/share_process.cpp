@@ -234,7 +234,8 @@ gio::Failure start_share(ShareRequest request, Listener listener,
   if (!process) {
     return "quoll-share could not be started: " + error.message();
   }
-  std::make_shared<RunningShare>(std::move(process), std::move(ended))->watch(listener);
+  const auto running = std::make_shared<RunningShare>(std::move(process), std::move(ended));
+  running->watch(listener);
   return std::nullopt;
 }
 
