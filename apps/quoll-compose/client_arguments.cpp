@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstddef>
 #include <string_view>
+#include <utility>
 
 #include "apps/quoll-compose/message_parts.h"
 #include "quoll/foundation/percent.h"
@@ -89,7 +90,29 @@ bool has_scheme(const std::string& text) {
   return end != std::string::npos && text[end] == ':';
 }
 
-// KMail attaches a recipient that is a URL, and loses those of a mail link that have a name.
+// KMail attaches a recipient that is a URL, and loses all of them when it cannot read the name of
+// one: it gets addresses without names.
+std::string bare(const std::string& address) {
+  const auto start = address.rfind('<');
+  const bool has_name = start != std::string::npos && address.ends_with('>');
+  const std::string alone =
+      has_name ? address.substr(start + 1, address.size() - start - 2) : address;
+  return has_scheme(alone) ? "<" + alone + ">" : alone;
+}
+
+std::vector<std::string> bare(std::vector<std::string> addresses) {
+  for (auto& address : addresses) {
+    address = bare(address);
+  }
+  return addresses;
+}
+
+constexpr std::string_view kKMailText = "--body=";
+
+bool is_too_long_for_kmail(const std::string& text) {
+  return text.size() > kLongestArgument - kKMailText.size();
+}
+
 std::vector<std::string> for_kmail(const OutgoingDraft& draft) {
   std::vector<std::string> arguments{"--composer"};
   const auto add = [&](const char* option, const std::string& value) {
@@ -98,18 +121,21 @@ std::vector<std::string> for_kmail(const OutgoingDraft& draft) {
     }
   };
   add("--subject=", draft.subject);
-  add("--cc=", joined(draft.cc));
-  add("--bcc=", joined(draft.bcc));
-  const bool is_long = draft.text.size() > kLongestArgument - std::string_view("--body=").size();
-  add(is_long ? "--msg=" : "--body=", is_long ? file_url(draft.text_file) : draft.text);
+  add("--cc=", joined(bare(draft.cc)));
+  add("--bcc=", joined(bare(draft.bcc)));
+  if (is_too_long_for_kmail(draft.text)) {
+    add("--msg=", file_url(draft.text_file));
+  } else {
+    add(kKMailText.data(), draft.text);
+  }
   for (const auto& file : draft.files) {
     add("--attach=", file_url(file));
   }
   if (!draft.to.empty()) {
     arguments.emplace_back("--");
   }
-  for (const auto& address : draft.to) {
-    arguments.push_back(has_scheme(address) ? "<" + address + ">" : address);
+  for (auto& address : bare(draft.to)) {
+    arguments.push_back(std::move(address));
   }
   return arguments;
 }
@@ -169,13 +195,25 @@ std::vector<std::string> client_arguments(gio::DraftWay way, const OutgoingDraft
 }
 
 // Line breaks get lost in Evolution and break the headers of Claws, which takes quotes as they are
-// too. A name that would be too long with the signs that look like them stays.
+// too. Where there is no room for signs that look like them, each becomes a low line.
 std::string name_for_client(gio::DraftWay way, const std::string& name) {
+  const bool has_quotes = way == gio::DraftWay::kClaws;
   std::string out;
   for (const char c : with_control_pictures(name)) {
-    out += c == '"' && way == gio::DraftWay::kClaws ? "\u201d" : std::string(1, c);
+    out += c == '"' && has_quotes ? "\u201d" : std::string(1, c);
   }
-  return out.size() <= NAME_MAX ? out : name;
+  if (out.size() > NAME_MAX) {
+    out = name;
+    std::ranges::replace_if(
+        out, [&](unsigned char c) { return c < 0x20 || c == 0x7F || (c == '"' && has_quotes); },
+        '_');
+  }
+  return out;
+}
+
+bool reads_files(gio::DraftWay way, const OutgoingDraft& draft) {
+  return !draft.files.empty() || (way == gio::DraftWay::kMutt && !draft.text.empty()) ||
+         (way == gio::DraftWay::kKMail && is_too_long_for_kmail(draft.text));
 }
 
 bool are_startable(const std::vector<std::string>& arguments) {

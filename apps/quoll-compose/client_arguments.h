@@ -25,6 +25,9 @@ struct OutgoingDraft {
 /// characters as in a message file, and without what the client would write into a mail broken.
 [[nodiscard]] std::string name_for_client(gio::DraftWay way, const std::string& name);
 
+/// True when the client would read files of the draft, with these arguments.
+[[nodiscard]] bool reads_files(gio::DraftWay way, const OutgoingDraft& draft);
+
 /// True when the system starts a program with these: it takes 131,071 bytes an argument.
 [[nodiscard]] bool are_startable(const std::vector<std::string>& arguments);
 

@@ -8,6 +8,7 @@
 #include "apps/quoll-compose/cannot_compose.h"
 #include "linux/gio/mail_clients.h"
 #include "quoll/foundation/printable.h"
+#include "quoll/foundation/text.h"
 
 namespace quoll::receiver {
 namespace {
@@ -26,6 +27,11 @@ std::string in_words(const MailClient& client) {
                               : "plain text, in a sandbox that no attachment reaches";
 }
 
+// Two clients may have one name.
+std::string called(const MailClient& client) {
+  return foundation::printable(client.name) + " (" + foundation::printable(client.id) + ")";
+}
+
 std::string folded(const std::string& text) {
   const gio::TextHandle small(g_utf8_casefold(text.c_str(), -1));
   return small.get();
@@ -38,6 +44,9 @@ bool is_called(const MailClient& client, const std::string& name) {
 
 /// Among those that open mail links, or any other program's entry by its identifier.
 std::optional<MailClient> client_called(const std::string& name) {
+  if (!foundation::is_utf8(name)) {
+    return std::nullopt;
+  }
   std::vector<MailClient> clients = gio::find_mail_clients();
   const auto found = std::ranges::find_if(
       clients, [&](const MailClient& client) { return is_called(client, name); });
@@ -61,18 +70,17 @@ void keep(const std::string& id) {
 }  // namespace
 
 void print_clients(std::ostream& out) {
-  const gio::ChosenMailClient chosen = gio::chosen_mail_client();
+  gio::ChosenMailClient chosen = gio::chosen_mail_client();
   std::vector<MailClient> clients = gio::find_mail_clients();
   const std::string id = chosen.client ? chosen.client->id : "";
   if (chosen.client && std::ranges::find(clients, id, &MailClient::id) == clients.end()) {
-    clients.push_back(gio::mail_client_of(gio::EntryHandle(g_desktop_app_info_new(id.c_str()))));
+    clients.push_back(std::move(*chosen.client));
   }
   for (const MailClient& client : clients) {
     const bool is_chosen = client.id == id;
     const char* const why = chosen.is_set ? ", chosen" : ", the default for mail links";
-    out << (is_chosen ? "* " : "  ") << foundation::printable(client.name) << " ("
-        << foundation::printable(client.id) << "): " << in_words(client) << (is_chosen ? why : "")
-        << '\n';
+    out << (is_chosen ? "* " : "  ") << called(client) << ": " << in_words(client)
+        << (is_chosen ? why : "") << '\n';
   }
   if (clients.empty()) {
     out << "No program opens mail links.\n";
@@ -87,7 +95,7 @@ std::string choose_client(const std::string& name) {
     keep("");
     const gio::ChosenMailClient now = gio::chosen_mail_client();
     return "Drafts go to the default for mail links" +
-           (now.client ? ", " + now.client->name : ", which is not set") + ".";
+           (now.client ? ", " + called(*now.client) : ", which is not set") + ".";
   }
   const std::optional<MailClient> client = client_called(name);
   if (!client) {
@@ -95,7 +103,7 @@ std::string choose_client(const std::string& name) {
                         "; quoll-compose --clients lists those that are there");
   }
   keep(client->id);
-  return "Drafts go to " + client->name + ": " + in_words(*client) + ".";
+  return "Drafts go to " + called(*client) + ": " + in_words(*client) + ".";
 }
 
 }  // namespace quoll::receiver

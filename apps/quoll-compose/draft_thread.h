@@ -2,24 +2,24 @@
 
 #include <condition_variable>
 #include <deque>
-#include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
-#include <vector>
 
 #include "apps/quoll-compose/notice.h"
 #include "apps/quoll-compose/received_draft.h"
 
 namespace quoll::receiver {
 
-/// Finishes received drafts one after the other on a thread of its own, so that large ones keep
-/// nobody waiting. One that fails is logged. It ends with the last of them.
+/// Finishes received drafts on a thread of its own, so that large ones keep nobody waiting: writes
+/// those that wait, one after the other, and gives them to the mail client when none waits, since a
+/// client takes its time. What there is to say of one becomes a notice; one that fails is logged
+/// too. It ends with the last of them.
 class DraftThread {
  public:
-  /// `noticed` is called on that thread when there is a notice to take.
-  explicit DraftThread(std::function<void()> noticed)
-      : noticed_(std::move(noticed)), thread_([this] { run(); }) {}
+  /// The notices of a draft are there before the thread is idle.
+  explicit DraftThread(Notices& notices) : notices_(notices), thread_([this] { run(); }) {}
   DraftThread(const DraftThread&) = delete;
   DraftThread& operator=(const DraftThread&) = delete;
   ~DraftThread();
@@ -27,11 +27,6 @@ class DraftThread {
   void finish_later(std::unique_ptr<ReceivedDraft> draft, gio::ActivationTokens tokens);
   /// True when a draft is not finished.
   [[nodiscard]] bool busy() const;
-  /// True when there are notices that nobody has taken.
-  [[nodiscard]] bool has_notices() const;
-  /// What people are to be told of the drafts finished since the last call. Those of a draft are
-  /// there before the thread is idle.
-  [[nodiscard]] std::vector<Notice> take_notices();
 
  private:
   struct Job {
@@ -39,14 +34,20 @@ class DraftThread {
     gio::ActivationTokens tokens;
   };
 
-  void run();
-  void tell(const std::optional<Notice>& notice);
+  struct Offer {
+    WrittenDraft draft;
+    gio::ActivationTokens tokens;
+  };
 
-  std::function<void()> noticed_;
+  void run();
+  [[nodiscard]] std::optional<Offer> written(Job job);
+  void hand(Offer offer);
+
+  Notices& notices_;
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Job> waiting_;
-  std::vector<Notice> notices_;
+  std::deque<Offer> written_;
   bool working_ = false;
   bool ending_ = false;
   std::thread thread_;  // last: it uses the rest

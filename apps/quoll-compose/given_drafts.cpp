@@ -13,6 +13,7 @@
 
 #include "apps/quoll-compose/cannot_compose.h"
 #include "apps/quoll-compose/places.h"
+#include "linux/posix/file_contents.h"
 #include "linux/posix/unique_fd.h"
 #include "quoll/foundation/path.h"
 #include "quoll/platform/files.h"
@@ -34,20 +35,14 @@ std::string reason() {
 void write_file(const std::string& path, const std::string& content) {
   const posix::UniqueFd file(
       open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-  std::string_view left = content;
-  while (file.get() >= 0 && !left.empty()) {
-    const ssize_t written = write(file.get(), left.data(), left.size());
-    if (written < 0 && errno != EINTR) {
-      break;
-    }
-    left.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
-  }
-  if (file.get() < 0 || !left.empty()) {
-    throw CannotCompose(path + " cannot be written: " + reason());
+  const int error =
+      file.get() < 0 ? errno : posix::write_all(file.get(), content.data(), content.size());
+  if (error != 0) {
+    throw CannotCompose(path + " cannot be written: " + std::strerror(error));
   }
 }
 
-/// How long ago it was; negative when it lies in the future.
+/// How long ago it was; negative when it lies in the future, which then has to come.
 std::int64_t age_of(const std::string& mark, const struct stat& status, const Moment& now) {
   std::ifstream file(mark);
   std::string boot;
@@ -64,11 +59,6 @@ void clean(const std::string& folder, const std::string& draft, const Moment& no
     return;
   }
   const std::int64_t age = age_of(mark, status, now);
-  if (age < 0) {
-    const std::timespec present{.tv_sec = now.time, .tv_nsec = 0};
-    const std::timespec times[] = {present, present};
-    utimensat(AT_FDCWD, (is_given ? mark : folder).c_str(), times, AT_SYMLINK_NOFOLLOW);
-  }
   if (age < kKeptFor) {
     return;
   }

@@ -42,8 +42,8 @@ struct Moment {
 
 /// Removes the drafts that a client was given 7 days ago or earlier, with all that was made for the
 /// client, and folders of that age that no client was given; the drafts of these stay. While the
-/// system runs without a restart, a clock that is set changes nothing; a time that lies in the
-/// future begins anew. Called while no draft is under way in any program.
+/// system runs without a restart, a clock that is set changes nothing. Called while no draft is
+/// under way in any program.
 void clean_given_drafts(const Moment& now);
 
 }  // namespace quoll::receiver

@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <utility>
@@ -15,6 +16,7 @@
 #include "apps/quoll-compose/message_parts.h"
 #include "linux/posix/unique_fd.h"
 #include "quoll/foundation/printable.h"
+#include "quoll/foundation/text.h"
 
 namespace quoll::receiver {
 namespace {
@@ -53,23 +55,33 @@ OutgoingDraft outgoing(const ExtensionMessage& message) {
   return draft;
 }
 
-/// How a process ended within a moment; none when it runs on, or when that cannot be known.
-std::optional<int> early_end(pid_t process) {
+/// A process that was watched for a moment.
+struct Watched {
+  bool is_well = false;      ///< it runs, or ended without an error
+  std::optional<int> error;  ///< the status with which it ended at once
+};
+
+Watched watch(pid_t process) {
   const posix::UniqueFd handle(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
   pollfd end{.fd = handle.get(), .events = POLLIN, .revents = 0};
+  const int ended = handle.get() < 0 ? -1 : poll(&end, 1, static_cast<int>(kAtOnce.count()));
   int status = 0;
-  if (handle.get() < 0 || poll(&end, 1, static_cast<int>(kAtOnce.count())) <= 0 ||
-      waitpid(process, &status, WNOHANG) != process) {
-    return std::nullopt;
+  if (ended > 0 && waitpid(process, &status, WNOHANG) != process) {
+    return {};
   }
-  return status;
+  const bool is_well = ended == 0 || (ended > 0 && status == 0);
+  return {.is_well = is_well, .error = status != 0 ? std::optional(status) : std::nullopt};
 }
 
 }  // namespace
 
+bool has_desktop() {
+  return is_set("DISPLAY") || is_set("WAYLAND_DISPLAY");
+}
+
 HandOver::HandOver(const std::string& draft, const ExtensionMessage& message,
                    const std::vector<TakenFile>& files)
-    : draft_(draft), has_desktop_(is_set("DISPLAY") || is_set("WAYLAND_DISPLAY")) {
+    : draft_(draft), has_desktop_(has_desktop()) {
   if (!has_desktop_) {
     return;
   }
@@ -83,13 +95,16 @@ HandOver::HandOver(const std::string& draft, const ExtensionMessage& message,
 
 void HandOver::lay_out(const ExtensionMessage& message, const std::vector<TakenFile>& files) {
   if (!chosen_.client) {
-    throw CannotCompose("no mail client is chosen for mail links");
+    throw CannotCompose(
+        "no mail client is chosen for mail links; quoll-compose --clients lists those there are");
   }
   const gio::MailClient& client = *chosen_.client;
   if (client.way == DraftWay::kNone) {
     throw CannotCompose(client.name + " cannot be given a draft, so open or import the file there");
   }
-  if (client.way != DraftWay::kMessageFile && !client.reads_files() && !files.empty()) {
+  OutgoingDraft draft = outgoing(message);
+  if (client.way != DraftWay::kMessageFile && !client.reads_files() &&
+      (!files.empty() || reads_files(client.way, draft))) {
     throw CannotCompose(client.name +
                         " runs in a sandbox and cannot read the attachments, so open or import "
                         "the file there");
@@ -99,12 +114,15 @@ void HandOver::lay_out(const ExtensionMessage& message, const std::vector<TakenF
     lay_out_file();
     return;
   }
-  OutgoingDraft draft = outgoing(message);
   draft.text_file = given_->add_text(draft.text);
   for (const auto& file : files) {
     draft.files.push_back(given_->add(file, name_for_client(client.way, file.name)));
   }
   start_.arguments = client_arguments(client.way, draft);
+  if (!std::ranges::all_of(start_.arguments, foundation::is_utf8)) {
+    throw CannotCompose("a path that is not UTF-8 cannot be told to " + client.name +
+                        ", so open or import the file there");
+  }
   if (!are_startable(start_.arguments)) {
     throw CannotCompose("it is too long for " + client.name +
                         ", which takes 131071 bytes, so open or import the file there");
@@ -136,7 +154,9 @@ HandedOver HandOver::run(const gio::ActivationTokens& tokens) {
     failure_ = start();
   }
   result.is_given = !failure_;
-  result.sentence = failure_ ? "is kept: " + *failure_ : "was given to " + chosen_.client->name;
+  result.reason = foundation::printable(failure_.value_or(""));
+  result.sentence = failure_ ? "is kept: " + result.reason
+                             : "was given to " + foundation::printable(chosen_.client->name);
   return result;
 }
 
@@ -146,13 +166,17 @@ gio::Failure HandOver::start() {
   if (gio::Failure failure = gio::start_program(client.entry.get(), start_, &process)) {
     return failure;
   }
-  const std::optional<int> end = process != 0 ? early_end(process) : std::nullopt;
-  if (end && *end != 0) {
+  const Watched seen = process != 0 ? watch(process) : Watched{};
+  if (const auto error = seen.error) {
     return client.name + " ended at once, " +
-           (WIFEXITED(*end) ? "with status " + std::to_string(WEXITSTATUS(*end))
-                            : "by signal " + std::to_string(WTERMSIG(*end)));
+           (WIFEXITED(*error) ? "with status " + std::to_string(WEXITSTATUS(*error))
+                              : "by signal " + std::to_string(WTERMSIG(*error))) +
+           "; open or import the file there";
   }
-  given_->mark();  // the last step: a draft that was not given is never cleaned
+  // The last step: a draft that may not have arrived is never cleaned.
+  if (seen.is_well && !client.is_in_terminal) {
+    given_->mark();
+  }
   return std::nullopt;
 }
 

@@ -13,10 +13,14 @@
 
 namespace quoll::receiver {
 
+/// True when there is a desktop to show anything on.
+[[nodiscard]] bool has_desktop();
+
 /// What became of a draft.
 struct HandedOver {
   bool is_given = false;
   std::string sentence;  ///< "was given to NAME" or "is kept: why"; empty without a desktop
+  std::string reason;    ///< why it is kept, and what to do; empty when it is given
   std::string note;      ///< what else a person should know; mostly empty
 };
 
@@ -29,7 +33,9 @@ class HandOver {
            const std::vector<TakenFile>& files);
 
   /// Starts the client. One that ends at once with an error has not taken the draft, so this waits
-  /// for a moment. Whatever happens, the draft stays where it is.
+  /// for a moment. Whatever happens, the draft stays where it is; it is marked as given, and
+  /// cleaned one day, when the client was seen to run or to end well. Behind a terminal that is not
+  /// seen.
   [[nodiscard]] HandedOver run(const gio::ActivationTokens& tokens);
 
  private:

@@ -1,24 +1,29 @@
 #include <gmime/gmime.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <exception>
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "apps/quoll-compose/cannot_compose.h"
 #include "apps/quoll-compose/client_choice.h"
 #include "apps/quoll-compose/draft_summary.h"
+#include "apps/quoll-compose/notice.h"
 #include "apps/quoll-compose/places.h"
 #include "apps/quoll-compose/received_draft.h"
 #include "apps/quoll-compose/service.h"
 #include "linux/posix/files.h"
 #include "linux/posix/program_bundle.h"
 #include "linux/posix/system_log.h"
+#include "quoll/foundation/printable.h"
 #include "quoll/message/command_launcher.h"
 #include "quoll/platform/desktop.h"
 
@@ -38,24 +43,41 @@ struct Wanted {
   bool choose = false;
 };
 
+/// Links are opened by this program's desktop entry too, and then nobody reads what it writes.
+bool is_read() {
+  return isatty(STDOUT_FILENO) != 0 || isatty(STDERR_FILENO) != 0 || !receiver::has_desktop();
+}
+
+void print(const receiver::FinishedDraft& draft) {
+  receiver::print_summary(std::cout, receiver::read_draft(draft.path), draft.left_out);
+  if (!draft.handed_over.sentence.empty()) {
+    std::cout << "The draft " << draft.handed_over.sentence << ".\n";
+  }
+  for (const auto& note : draft.notes) {
+    std::cout << note << '\n';
+  }
+}
+
 int compose(const std::vector<std::string>& urls) {
   const auto tokens = gio::take_activation_tokens();
+  receiver::Notices notices([] {});
   int status = 0;
   for (const auto& url : urls) {
     try {
       const auto draft = finish(std::make_unique<receiver::ReceivedDraft>(url), tokens);
-      receiver::print_summary(std::cout, receiver::read_draft(draft.path), draft.left_out);
-      if (!draft.handed_over.sentence.empty()) {
-        std::cout << "The draft " << draft.handed_over.sentence << ".\n";
+      if (auto notice = receiver::notice_of(draft)) {
+        notices.add(std::move(*notice));
       }
-      for (const auto& note : draft.notes) {
-        std::cout << note << '\n';
-      }
+      print(draft);
       status = draft.left_out.empty() ? status : 1;
     } catch (const receiver::CannotCompose& reason) {
-      std::cerr << "quoll-compose: " << reason.what() << '\n';
+      std::cerr << "quoll-compose: " << foundation::printable(reason.what()) << '\n';
+      notices.add(receiver::refusal_notice(reason.what()));
       status = 1;
     }
+  }
+  if (!is_read()) {
+    notices.show();
   }
   return status;
 }
@@ -173,6 +195,7 @@ int main(int argc, char** argv) {
                      .clock = {},
                      .images = {},
                      .styled_text = {}});
+  std::signal(SIGCHLD, SIG_DFL);  // a client's end is waited for, whoever started this
   g_mime_init();
   try {
     return run(wanted);

@@ -137,7 +137,11 @@ void add_written(std::vector<std::string>& texts, InternetAddressList* list) {
     InternetAddress* const address = internet_address_list_get_address(list, i);
     if (INTERNET_ADDRESS_IS_GROUP(address)) {
       add_written(texts, internet_address_group_get_members(INTERNET_ADDRESS_GROUP(address)));
-    } else {
+      continue;
+    }
+    const std::string_view mailbox =
+        internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(address));
+    if (mailbox.find('@') != std::string_view::npos) {
       const gio::TextHandle text(internet_address_to_string(address, nullptr, FALSE));
       texts.emplace_back(text.get());
     }

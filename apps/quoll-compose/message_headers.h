@@ -11,7 +11,8 @@ namespace quoll::receiver {
 /// The draft's subject as one line.
 [[nodiscard]] std::string subject_line(const ExtensionMessage& message);
 
-/// The addresses of joined recipients, each as people write it; those of groups too.
+/// The addresses of joined recipients, each as people write it; those of groups too. What is no
+/// address is left out: it stays in the message file alone.
 [[nodiscard]] std::vector<std::string> addresses_in(const std::string& joined);
 
 /// A message with the headers of a draft that was never sent: `X-Unsent: 1`, the subject, the

@@ -1,7 +1,11 @@
 #include "apps/quoll-compose/notice.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cstddef>
+#include <utility>
 
+#include "linux/gio/notification.h"
 #include "quoll/foundation/printable.h"
 
 namespace quoll::receiver {
@@ -22,7 +26,7 @@ std::optional<Notice> notice_of(const FinishedDraft& draft) {
     add("Left out: " + std::to_string(left_out.size() - kMostFiles) + " more");
   }
   if (is_kept) {
-    add("The draft " + handed.sentence + ".");
+    add(handed.reason + ".");
     add(foundation::printable(draft.path));
   }
   for (const auto& note : draft.notes) {
@@ -34,6 +38,43 @@ std::optional<Notice> notice_of(const FinishedDraft& draft) {
   const char* const otherwise = is_kept ? "The draft is kept" : "A draft was made";
   return Notice{.summary = left_out.empty() ? otherwise : "Not everything is in the draft",
                 .body = body};
+}
+
+Notice refusal_notice(const std::string& reason) {
+  return {.summary = "There is no draft", .body = foundation::printable(reason)};
+}
+
+void Notices::add(Notice notice) {
+  {
+    const std::lock_guard lock(mutex_);
+    notices_.push_back(std::move(notice));
+  }
+  added_();
+}
+
+bool Notices::empty() const {
+  const std::lock_guard lock(mutex_);
+  return notices_.empty();
+}
+
+void Notices::show() {
+  constexpr std::size_t kMost = 3;
+  constexpr std::chrono::milliseconds kTimeOut{5000};
+  std::vector<Notice> notices;
+  {
+    const std::lock_guard lock(mutex_);
+    notices.swap(notices_);
+  }
+  if (notices.size() > kMost) {
+    const std::string more = std::to_string(notices.size() - kMost);
+    notices.resize(kMost);
+    notices.push_back({.summary = more + " more drafts were not as they should be",
+                       .body = "The system log tells of each; quoll-compose --list names them."});
+  }
+  // A desktop that did not show one has kept its caller waiting long enough.
+  static_cast<void>(std::ranges::all_of(notices, [&](const Notice& notice) {
+    return gio::show_notification(notice.summary, notice.body, kTimeOut);
+  }));
 }
 
 }  // namespace quoll::receiver

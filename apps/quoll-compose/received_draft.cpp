@@ -4,6 +4,7 @@
 #include <sys/statvfs.h>
 
 #include <cstdint>
+#include <utility>
 
 #include "apps/quoll-compose/cannot_compose.h"
 #include "apps/quoll-compose/draft_file.h"
@@ -81,14 +82,18 @@ HandOver ReceivedDraft::hand_over(const std::string& path) const {
   return {path, *command_.message, files_.files()};
 }
 
-FinishedDraft finish(std::unique_ptr<ReceivedDraft> received, const gio::ActivationTokens& tokens) {
-  FinishedDraft finished{
+WrittenDraft write(std::unique_ptr<ReceivedDraft> received) {
+  FinishedDraft draft{
       .path = received->write(), .left_out = received->left_out(), .handed_over = {}, .notes = {}};
-  log_left_out(finished.left_out);
-  finished.notes = notes_on_size(finished.path);
-  HandOver hand_over = received->hand_over(finished.path);
-  received.reset();  // whoever waits for the draft need not wait for the client
-  finished.handed_over = hand_over.run(tokens);
+  log_left_out(draft.left_out);
+  draft.notes = notes_on_size(draft.path);
+  HandOver hand_over = received->hand_over(draft.path);
+  return {.draft = std::move(draft), .hand_over = std::move(hand_over)};
+}
+
+FinishedDraft hand_over(WrittenDraft written, const gio::ActivationTokens& tokens) {
+  FinishedDraft finished = std::move(written.draft);
+  finished.handed_over = written.hand_over.run(tokens);
   if (!finished.handed_over.note.empty()) {
     finished.notes.push_back(finished.handed_over.note);
   }
@@ -97,6 +102,10 @@ FinishedDraft finish(std::unique_ptr<ReceivedDraft> received, const gio::Activat
   }
   platform::log("draft %@ %@", finished.path, finished.handed_over.sentence);
   return finished;
+}
+
+FinishedDraft finish(std::unique_ptr<ReceivedDraft> received, const gio::ActivationTokens& tokens) {
+  return hand_over(write(std::move(received)), tokens);
 }
 
 }  // namespace quoll::receiver

@@ -41,9 +41,20 @@ struct FinishedDraft {
   std::vector<std::string> notes;  ///< sentences: what else a person should know
 };
 
-/// Writes the draft and hands it to the user's mail client, which may come to the front by these
-/// tokens. The log says what was left out and where the draft is. Throws `CannotCompose`. It waits
-/// for a moment, to see that the client does not fail at once.
+/// A draft that was written and is ready for the user's mail client.
+struct WrittenDraft {
+  FinishedDraft draft;
+  HandOver hand_over;
+};
+
+/// Writes the draft. The log says what was left out. Throws `CannotCompose`.
+[[nodiscard]] WrittenDraft write(std::unique_ptr<ReceivedDraft> received);
+
+/// Hands it to the mail client, which may come to the front by these tokens, and waits for a moment
+/// to see that the client does not fail at once. The log says where the draft is.
+[[nodiscard]] FinishedDraft hand_over(WrittenDraft written, const gio::ActivationTokens& tokens);
+
+/// Both.
 [[nodiscard]] FinishedDraft finish(std::unique_ptr<ReceivedDraft> received,
                                    const gio::ActivationTokens& tokens);
 

@@ -7,7 +7,6 @@
 #include "apps/quoll-compose/draft_thread.h"
 #include "apps/quoll-compose/received_draft.h"
 #include "linux/gio/application_service.h"
-#include "linux/gio/notification.h"
 #include "quoll/platform/log.h"
 
 namespace quoll::receiver {
@@ -15,9 +14,7 @@ namespace {
 
 class Service final : public gio::ApplicationService {
  public:
-  explicit Service(std::string identifier)
-      : ApplicationService(std::move(identifier)),
-        writer_([this] { g_idle_add_full(G_PRIORITY_DEFAULT, show_notices, this, nullptr); }) {}
+  using ApplicationService::ApplicationService;
 
  private:
   void open(std::vector<std::string> urls, const gio::ActivationTokens& tokens,
@@ -31,6 +28,7 @@ class Service final : public gio::ApplicationService {
       platform::log("not taken: %@", exception.what());
       g_dbus_method_invocation_return_error_literal(call, G_DBUS_ERROR, G_DBUS_ERROR_FAILED,
                                                     exception.what());
+      notices_.add(refusal_notice(exception.what()));  // a browser drops the error
       return;
     }
     g_dbus_method_invocation_return_value(call, nullptr);
@@ -39,18 +37,16 @@ class Service final : public gio::ApplicationService {
     }
   }
 
-  [[nodiscard]] bool busy() const override { return writer_.busy() || writer_.has_notices(); }
+  [[nodiscard]] bool busy() const override { return writer_.busy() || !notices_.empty(); }
 
   // Nobody sees this program's standard output.
   static gboolean show_notices(gpointer self) {
-    constexpr std::chrono::milliseconds kTimeOut{5000};
-    for (const Notice& notice : static_cast<Service*>(self)->writer_.take_notices()) {
-      gio::show_notification(notice.summary, notice.body, kTimeOut);
-    }
+    static_cast<Service*>(self)->notices_.show();
     return G_SOURCE_REMOVE;
   }
 
-  DraftThread writer_;
+  Notices notices_{[this] { g_idle_add_full(G_PRIORITY_DEFAULT, show_notices, this, nullptr); }};
+  DraftThread writer_{notices_};
 };
 
 }  // namespace

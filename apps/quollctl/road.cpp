@@ -227,7 +227,8 @@ Step mail_client() {
             "quoll-compose --client NAME"};
   }
   if (!client.reads_files()) {
-    return {name, State::kWorthKnowing, client.id + " is in a sandbox that no attachment reaches",
+    return {name, State::kWorthKnowing,
+            client.id + " is in a sandbox that no attachment of a draft reaches",
             "open or import the drafts that quoll-compose keeps for it"};
   }
   return {name, State::kGood, client.id, ""};

@@ -108,6 +108,8 @@ MailClient mail_client_of(EntryHandle entry) {
                     .id = text_of(g_app_info_get_id(info)),
                     .name = text_of(g_app_info_get_name(info)),
                     .way = way_of(info),
+                    .is_in_terminal = g_desktop_app_info_get_boolean(
+                                          entry.get(), G_KEY_FILE_DESKTOP_KEY_TERMINAL) != FALSE,
                     .sandbox = sandbox_of(entry.get())};
   client.entry = std::move(entry);
   return client;

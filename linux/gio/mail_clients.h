@@ -32,6 +32,7 @@ struct MailClient {
   std::string id;    ///< with ".desktop" behind it
   std::string name;  ///< for people
   DraftWay way = DraftWay::kNone;
+  bool is_in_terminal = false;  ///< what is started is a terminal, and it in there
   Sandbox sandbox;
 
   /// True when it reaches the files of a draft: in a sandbox, the message file of a Flatpak whose

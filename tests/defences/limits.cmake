@@ -152,6 +152,9 @@ quoll_defence(left_out_log_lines FILE apps/quoll-compose/received_draft.cpp
 quoll_defence(files_in_a_notice FILE apps/quoll-compose/notice.cpp
   TAKES "kMostFiles = 5" GIVES "kMostFiles = 6"
   SHOWN_BY mail_client ComposeNotice.ManyFilesFromElsewhereAreCounted)
+quoll_defence(notices_at_once FILE apps/quoll-compose/notice.cpp
+  TAKES "kMost = 3" GIVES "kMost = 4"
+  SHOWN_BY mail_client ComposeNotice.OfManyTheFirstAreShown)
 quoll_defence(client_argument_length FILE apps/quoll-compose/client_arguments.cpp
   TAKES "kLongestArgument = 131071" GIVES "kLongestArgument = 131072"
   SHOWN_BY mail_client ClientArguments.NoTextIsEverShortened)

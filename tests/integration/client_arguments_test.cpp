@@ -75,7 +75,7 @@ TEST(ClientArguments, AWholeDraftInEachWay) {
   EXPECT_EQ(client_arguments(DraftWay::kKMail, whole_draft()),
             (Words{"--composer", "--subject=-S\u00fc, it's \"q\" & 100%", "--cc=c@x.org",
                    "--bcc=d@x.org, e@x.org", "--body=one & two\nthree", "--attach=file:///d/0/f",
-                   "--attach=file:///d/1/g", "--", "a@x.org", "Ann B <b@x.org>"}));
+                   "--attach=file:///d/1/g", "--", "a@x.org", "b@x.org"}));
   EXPECT_EQ(client_arguments(DraftWay::kClaws, whole_draft()),
             (Words{"--compose", to + "?" + fields, "--attach", "/d/0/f", "/d/1/g"}));
   EXPECT_EQ(client_arguments(DraftWay::kMutt, whole_draft()),
@@ -104,6 +104,8 @@ TEST(ClientArguments, ARecipientIsNeitherAFileNorAnOption) {
                    "a?attach=/etc/passwd&body=x"}));
   EXPECT_EQ(client_arguments(DraftWay::kClaws, draft), (Words{"--compose", link}));
   EXPECT_EQ(client_arguments(DraftWay::kMutt, draft).front(), "--");
+  draft.to = {"A <file:///etc/passwd>"};
+  EXPECT_EQ(client_arguments(DraftWay::kKMail, draft).back(), "<file:///etc/passwd>");
 }
 
 TEST(ClientArguments, NoTextIsEverShortened) {
@@ -123,6 +125,21 @@ TEST(ClientArguments, NoTextIsEverShortened) {
   }
 }
 
+TEST(ClientArguments, WhoReadsFilesIsKnown) {
+  OutgoingDraft draft;
+  for (const DraftWay way : {DraftWay::kEvolution, DraftWay::kKMail, DraftWay::kClaws}) {
+    draft.text = "x";
+    EXPECT_FALSE(reads_files(way, draft));
+    draft.text = std::string(131071, 'x');
+    EXPECT_EQ(reads_files(way, draft), way == DraftWay::kKMail);
+  }
+  EXPECT_TRUE(reads_files(DraftWay::kMutt, draft));
+  EXPECT_FALSE(reads_files(DraftWay::kMutt, {}));
+  draft = {};
+  draft.files = {"/d/0/x"};
+  EXPECT_TRUE(reads_files(DraftWay::kEvolution, draft));
+}
+
 TEST(ClientArguments, AClientGetsNamesThatItWritesWhole) {
   struct Row {
     const char* reason;
@@ -135,7 +152,8 @@ TEST(ClientArguments, AClientGetsNamesThatItWritesWhole) {
       {"as it is", "a, b' = & # % + ;\u65e5", "a, b' = & # % + ;\u65e5", "a, b' = & # % + ;\u65e5"},
       {"a line feed", "a\nb", "a\u240ab", "a\u240ab"},
       {"a quote", "a\"b", "a\u201db", "a\"b"},
-      {"no room for the signs", longest, longest, longest},
+      {"no room for the signs", longest, std::string(253, 'n') + "__",
+       std::string(253, 'n') + "\"_"},
   };
   for (const Row& row : rows) {
     EXPECT_EQ(name_for_client(DraftWay::kClaws, row.name), row.for_claws) << row.reason;

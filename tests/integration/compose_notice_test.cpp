@@ -58,15 +58,19 @@ TEST_F(ComposeNotice, ManyFilesFromElsewhereAreCounted) {
 
 TEST_F(ComposeNotice, ADraftThatIsKeptIsSaidWithItsPlace) {
   open("quoll://compose?subject=x");
-  EXPECT_EQ(line(),
-            "The draft is kept|The draft is kept: no mail client is chosen for mail links.");
+  EXPECT_EQ(
+      line(),
+      "The draft is kept|no mail client is chosen for mail links; quoll-compose --clients lists "
+      "those there are.");
   EXPECT_EQ(line(), only_draft());
 }
 
 TEST_F(ComposeNotice, AClientThatFailsAtOnceIsSaid) {
   choose("claws-mail", "Claws", "exit 1");
   open("quoll://compose?subject=x");
-  EXPECT_EQ(line(), "The draft is kept|The draft is kept: Claws ended at once, with status 1.");
+  EXPECT_EQ(line(),
+            "The draft is kept|Claws ended at once, with status 1; open or import the file "
+            "there.");
   EXPECT_EQ(line(), only_draft());
 }
 
@@ -89,6 +93,69 @@ TEST_F(ComposeNotice, ADraftThatServersRefuseIsSaid) {
       "A draft was made|The draft has 26.0 MB, and many mail servers refuse more than 25 MB.");
 }
 
+TEST_F(ComposeNotice, ACommandThatIsRefusedIsSaid) {
+  EXPECT_NE(
+      run({"gdbus", "call", "--session", "--dest", kName, "--object-path", "/it/vorlent/quoll2",
+           "--method", "org.freedesktop.Application.Open", "['quoll://send?to=a']", "{}"},
+          home_.bus.environment())
+          .status,
+      0);
+  const std::string told = line();
+  EXPECT_TRUE(told.starts_with("There is no draft|the command ") &&
+              holds(told, " needs the mail application; "))
+      << told;
+}
+
+TEST_F(ComposeNotice, ALinkThatTheEntryOpensIsSaidAsWell) {
+  choose("thunderbird", "The Bird");
+  EXPECT_EQ(compose({ReceiverHome::url({"/etc/passwd"})}).status, 1);
+  EXPECT_EQ(
+      line(),
+      "Not everything is in the draft|Left out: /etc/passwd: it is outside the shared folder");
+  EXPECT_EQ(compose({"quoll://send"}).status, 1);
+  EXPECT_TRUE(line().starts_with("There is no draft|the command"));
+}
+
+TEST_F(ComposeNotice, OfManyTheFirstAreShown) {
+  EXPECT_EQ(compose(Words(9, "quoll://send")).status, 1);
+  for (int shown = 0; shown < 3; ++shown) {
+    EXPECT_TRUE(line().starts_with("There is no draft|the command"));
+  }
+  EXPECT_EQ(line(),
+            "6 more drafts were not as they should be|The system log tells of each; quoll-compose "
+            "--list names them.");
+}
+
+TEST_F(ComposeNotice, EveryDraftIsWrittenBeforeAClientIsWaitedFor) {
+  choose("thunderbird", "The Bird", "exec sleep 5");
+  const ScopedEnvironment scoped(home_.bus.environment());
+  const platform::ScopedDesktop desktop({.log = std::make_shared<RecordingLog>()});
+  std::vector<std::shared_ptr<foundation::NSURL>> urls;
+  for (const char* subject : {"a", "b", "c"}) {
+    urls.push_back(
+        foundation::NSURL::URLWithString(std::string("quoll://compose?subject=") + subject));
+  }
+  EXPECT_TRUE(gio::start_launcher({}, 60s)->openURLs(urls, kName, 131072));
+  static_cast<void>(given());
+  EXPECT_EQ(home_.drafts().size(), 3U) << "the client is there as soon as the last is written";
+}
+
+TEST_F(ComposeNotice, ARecipientIsNeverAFile) {
+  choose("kmail", "KMail");
+  open(
+      "quoll://compose?subject=S&to=a%40x.org%3Fsubject%3DI%26attach%3D%2Fetc%2Fpasswd%3B"
+      "file%3A%2F%2F%2Fetc%2Fpasswd%3Bmailto%3Ab%40x.org%3Fattach%3D%2Fetc%2Fpasswd%3B"
+      "Ann%20%3Cc%40x.org%3E%3B");
+  bool is_recipient = false;
+  for (const std::string& word : given()) {
+    EXPECT_FALSE(word.starts_with("mailto:") || word.starts_with("file:") ||
+                 word.starts_with("--attach"))
+        << word;
+    is_recipient = is_recipient || word == "c@x.org";
+  }
+  EXPECT_TRUE(is_recipient);
+}
+
 TEST_F(ComposeNotice, ADraftThatArrivesIsSilent) {
   choose("thunderbird", "The Bird");
   open("quoll://compose?subject=first");
@@ -103,7 +170,7 @@ TEST_F(ComposeNotice, ATextTooLongForACommandLineIsNeverShortened) {
   choose("claws-mail", "Claws");
   open("quoll://compose?subject=x&plainBody=" + text);
   EXPECT_EQ(line(),
-            "The draft is kept|The draft is kept: it is too long for Claws, which takes 131071 "
+            "The draft is kept|it is too long for Claws, which takes 131071 "
             "bytes, so open or import the file there.");
   EXPECT_EQ(line(), only_draft());
   EXPECT_TRUE(holds(home_.read_only_draft(), text));

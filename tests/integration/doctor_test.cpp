@@ -164,7 +164,7 @@ TEST_F(Doctor, TheMailClientThatDraftsGoTo) {
   EXPECT_EQ(client("thunderbird", ""), "good: thunderbird.desktop");
   EXPECT_EQ(client("geary", ""), "note: geary.desktop cannot be given a draft");
   EXPECT_EQ(client("evolution", "X-Flatpak=x\n"),
-            "note: evolution.desktop is in a sandbox that no attachment reaches");
+            "note: evolution.desktop is in a sandbox that no attachment of a draft reaches");
   fs::create_directories(bus_.path("config/quoll-compose"));
   std::ofstream(bus_.path("config/quoll-compose/mail-client")) << "gone.desktop\n";
   EXPECT_EQ(client("mutt", ""),

@@ -92,6 +92,7 @@ TEST_F(MailClientTest, AClientOfTheTerminalIsStartedInOne) {
   EXPECT_EQ(read_file(words[3]), "one\ntwo\n");
   EXPECT_EQ(words[4], "--");
   EXPECT_EQ(read_file(home_.bus.path("terminal")), "1");
+  EXPECT_FALSE(is_marked()) << "a terminal ends well whatever its program did";
 }
 
 TEST_F(MailClientTest, AnUnknownClientLeavesTheDraft) {
@@ -115,8 +116,10 @@ TEST_F(MailClientTest, AClientThatFailsAtOnceLeavesTheDraft) {
     const char* told;
   };
   const Row rows[] = {
-      {"exit 3", "The draft is kept: X ended at once, with status 3.\n"},
-      {"kill -9 $$", "The draft is kept: X ended at once, by signal 9.\n"},
+      {"exit 3",
+       "The draft is kept: X ended at once, with status 3; open or import the file there.\n"},
+      {"kill -9 $$",
+       "The draft is kept: X ended at once, by signal 9; open or import the file there.\n"},
   };
   for (const Row& row : rows) {
     choose("claws-mail", "X", row.script);
@@ -128,6 +131,18 @@ TEST_F(MailClientTest, AClientThatFailsAtOnceLeavesTheDraft) {
     EXPECT_FALSE(is_marked());
     fs::remove(home_.drafts().front());
   }
+}
+
+TEST_F(MailClientTest, AnEndIsSeenWhateverStartedTheProgram) {
+  choose("claws-mail", "X", "exit 3");
+  Environment environment = home_.bus.environment();
+  const auto ended = run({"python3", "-c",
+                          "import os, signal, sys\nsignal.signal(signal.SIGCHLD, signal.SIG_IGN)\n"
+                          "os.execv(sys.argv[1], sys.argv[1:])",
+                          QUOLL_COMPOSE, "quoll://compose?subject=x"},
+                         environment);
+  EXPECT_TRUE(holds(ended.output, "X ended at once, with status 3"))
+      << ended.output << ended.errors;
 }
 
 TEST_F(MailClientTest, AClientThatStaysHasTheDraft) {
@@ -206,7 +221,8 @@ TEST_F(MailClientTest, TheClientIsASetting) {
   for (const char* name : {"claws-mail.desktop", "claws-mail", "CLAWS"}) {
     const auto chosen = compose({"--client", name});
     EXPECT_EQ(chosen.status, 0) << chosen.errors;
-    EXPECT_EQ(chosen.output, "Drafts go to Claws: plain text and attachments.\n");
+    EXPECT_EQ(chosen.output,
+              "Drafts go to Claws (claws-mail.desktop): plain text and attachments.\n");
     EXPECT_EQ(read_file(home_.bus.path("config/quoll-compose/mail-client")),
               "claws-mail.desktop\n");
   }
@@ -215,7 +231,7 @@ TEST_F(MailClientTest, TheClientIsASetting) {
   EXPECT_TRUE(holds(compose({"quoll://compose?subject=x"}).output, "was given to Claws.\n"));
   for (const char* name : {"default", ""}) {
     EXPECT_EQ(compose({"--client", name}).output,
-              "Drafts go to the default for mail links, The Bird.\n");
+              "Drafts go to the default for mail links, The Bird (thunderbird.desktop).\n");
     EXPECT_FALSE(fs::exists(home_.bus.path("config/quoll-compose/mail-client")));
   }
 }

@@ -72,7 +72,12 @@ TEST(MailClients, SandboxesAreSeen) {
     EXPECT_EQ(sandbox.passes_files_on, row.passes_files_on) << row.reason;
     EXPECT_EQ(sandbox.snap, row.snap) << row.reason;
     EXPECT_EQ(sandbox.is_any(), row.is_flatpak || *row.snap != '\0') << row.reason;
-    MailClient client{.entry = nullptr, .id = "", .name = "", .way = {}, .sandbox = sandbox};
+    MailClient client{.entry = nullptr,
+                      .id = "",
+                      .name = "",
+                      .way = {},
+                      .is_in_terminal = false,
+                      .sandbox = sandbox};
     client.way = DraftWay::kMessageFile;
     EXPECT_EQ(client.reads_files(), !row.is_flatpak || row.passes_files_on) << row.reason;
     client.way = DraftWay::kClaws;
