@@ -4,7 +4,6 @@
 #include <climits>
 #include <cstddef>
 #include <string_view>
-#include <utility>
 
 #include "apps/quoll-compose/message_parts.h"
 #include "quoll/foundation/percent.h"
@@ -90,29 +89,13 @@ bool has_scheme(const std::string& text) {
   return end != std::string::npos && text[end] == ':';
 }
 
-// KMail attaches a recipient that is a URL, and loses all of them when it cannot read the name of
-// one: it gets addresses without names.
-std::string bare(const std::string& address) {
-  const auto start = address.rfind('<');
-  const bool has_name = start != std::string::npos && address.ends_with('>');
-  const std::string alone =
-      has_name ? address.substr(start + 1, address.size() - start - 2) : address;
-  return has_scheme(alone) ? "<" + alone + ">" : alone;
-}
-
-std::vector<std::string> bare(std::vector<std::string> addresses) {
-  for (auto& address : addresses) {
-    address = bare(address);
-  }
-  return addresses;
-}
-
 constexpr std::string_view kKMailText = "--body=";
 
 bool is_too_long_for_kmail(const std::string& text) {
   return text.size() > kLongestArgument - kKMailText.size();
 }
 
+// KMail attaches a recipient that is a URL.
 std::vector<std::string> for_kmail(const OutgoingDraft& draft) {
   std::vector<std::string> arguments{"--composer"};
   const auto add = [&](const char* option, const std::string& value) {
@@ -121,8 +104,8 @@ std::vector<std::string> for_kmail(const OutgoingDraft& draft) {
     }
   };
   add("--subject=", draft.subject);
-  add("--cc=", joined(bare(draft.cc)));
-  add("--bcc=", joined(bare(draft.bcc)));
+  add("--cc=", joined(draft.cc));
+  add("--bcc=", joined(draft.bcc));
   if (is_too_long_for_kmail(draft.text)) {
     add("--msg=", file_url(draft.text_file));
   } else {
@@ -134,8 +117,8 @@ std::vector<std::string> for_kmail(const OutgoingDraft& draft) {
   if (!draft.to.empty()) {
     arguments.emplace_back("--");
   }
-  for (auto& address : bare(draft.to)) {
-    arguments.push_back(std::move(address));
+  for (const auto& address : draft.to) {
+    arguments.push_back(has_scheme(address) ? "<" + address + ">" : address);
   }
   return arguments;
 }

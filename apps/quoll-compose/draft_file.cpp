@@ -54,12 +54,13 @@ class NewFile {
     localtime_r(&time, &local);
     std::strftime(now.data(), now.size(), "%Y%m%d-%H%M%S", &local);
     for (unsigned number = 0;; ++number) {
-      const std::string name =
-          now.data() + (number == 0 ? std::string() : "-" + std::to_string(number));
-      if (access((given + "/" + name).c_str(), F_OK) == 0) {
+      const std::string suffix = number == 0 ? "" : "-" + std::to_string(number);
+      std::string name = "/";
+      name.append(now.data()).append(suffix);
+      if (access((given + name).c_str(), F_OK) == 0) {
         continue;
       }
-      std::string named = folder_ + "/" + name + ".eml";
+      std::string named = folder_ + name + ".eml";
       if (renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, named.c_str(), RENAME_NOREPLACE) == 0) {
         path_.clear();
         return named;

@@ -89,7 +89,7 @@ GivenDraft::GivenDraft(const std::string& draft)
 // Each in a folder of its own, so that no two names meet.
 std::string GivenDraft::add(const TakenFile& file, const std::string& name) {
   const std::string folder = folder_ + "/" + std::to_string(files_++);
-  const std::string path = folder + "/" + name;
+  std::string path = folder + "/" + name;
   if (mkdir(folder.c_str(), S_IRWXU) != 0 || chmod(file.path.c_str(), S_IRUSR | S_IWUSR) != 0 ||
       rename(file.path.c_str(), path.c_str()) != 0) {
     throw CannotCompose(file.name + " cannot be put into " + folder + ": " + reason());
@@ -98,7 +98,7 @@ std::string GivenDraft::add(const TakenFile& file, const std::string& name) {
 }
 
 std::string GivenDraft::add_text(const std::string& text) const {
-  const std::string path = folder_ + "/text.txt";
+  std::string path = folder_ + "/text.txt";
   write_file(path, text.empty() || text.ends_with('\n') ? text : text + '\n');
   return path;
 }
@@ -107,7 +107,7 @@ std::string GivenDraft::copy_to(const std::string& folder) const {
   std::error_code error;
   fs::create_directories(folder, error);
   fs::permissions(folder, fs::perms::owner_all, error);
-  const std::string copy =
+  std::string copy =
       foundation::appending_path_component(folder, foundation::last_path_component(draft_));
   fs::create_symlink(copy, folder_ + "/" + kCopy, error);
   if (error || !fs::copy_file(draft_, copy, error)) {

@@ -138,7 +138,7 @@ quoll_defence(receiver_only_composes FILE apps/quoll-compose/compose_command.cpp
   TAKES "if (command != commandCompose) {" GIVES "if (command.empty()) {"
   SHOWN_BY receiver ReceiverTest.WhatIsNoComposeCommandIsRefusedInOneLine)
 quoll_defence(recipient_is_no_file FILE apps/quoll-compose/client_arguments.cpp
-  TAKES "has_scheme(alone) ?" GIVES "alone.empty() && has_scheme(alone) ?"
+  TAKES "has_scheme(address) ?" GIVES "address.empty() && has_scheme(address) ?"
   SHOWN_BY mail_client ClientArguments.ARecipientIsNeitherAFileNorAnOption)
 quoll_defence(refused_files_are_said FILE apps/quoll-compose/notice.cpp
   TAKES "foundation::printable(left_out[at].name, kLongestName)"

@@ -151,7 +151,7 @@ TEST_F(ComposeNotice, ARecipientIsNeverAFile) {
     EXPECT_FALSE(word.starts_with("mailto:") || word.starts_with("file:") ||
                  word.starts_with("--attach"))
         << word;
-    is_recipient = is_recipient || word == "c@x.org";
+    is_recipient = is_recipient || word == "Ann <c@x.org>";
   }
   EXPECT_TRUE(is_recipient);
 }
