@@ -51,7 +51,7 @@ TextHandle activation_token() {
       reinterpret_cast<GetDisplay>(dlsym(RTLD_DEFAULT, "gdk_display_get_default"));
   const auto get_context =
       reinterpret_cast<GetContext>(dlsym(RTLD_DEFAULT, "gdk_display_get_app_launch_context"));
-  gpointer const display = get_display != nullptr ? get_display() : nullptr;
+  void* const display = get_display != nullptr ? get_display() : nullptr;
   const ObjectHandle<GDesktopAppInfo> entry(
       g_desktop_app_info_new("it.vorlent.quoll2.Quoll-Share.desktop"));
   if (display == nullptr || get_context == nullptr || !entry) {

@@ -109,6 +109,7 @@ ObjectHandle<GSubprocess> spawn(ShareRequest& request, Listener listener, gio::E
   pass_token(launcher.get(), "XDG_ACTIVATION_TOKEN", request.tokens.activation);
   pass_token(launcher.get(), "DESKTOP_STARTUP_ID", request.tokens.startup);
   std::vector<const char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (const std::string& argument : command) {
     arguments.push_back(argument.c_str());
   }

@@ -42,7 +42,7 @@ void make_info(gpointer given, gpointer) {
   };
 }
 
-GType file_type() {
+GType make_file_type(GTypeModule* module) {
   constexpr GTypeInfo kType{
       .class_size = sizeof(FileClass),
       .base_init = nullptr,
@@ -56,17 +56,14 @@ GType file_type() {
       .instance_init = nullptr,
       .value_table = nullptr};
   constexpr GInterfaceInfo kInfo{make_info, nullptr, nullptr};
-  static const GType type = [&] {
-    const GType made =
-        g_type_register_static(G_TYPE_OBJECT, "File", &kType, static_cast<GTypeFlags>(0));
-    g_type_add_interface_static(made, NAUTILUS_TYPE_FILE_INFO, &kInfo);
-    return made;
-  }();
+  const GType type = g_type_module_register_type(module, G_TYPE_OBJECT, "File", &kType,
+                                                 static_cast<GTypeFlags>(0));
+  g_type_module_add_interface(module, type, NAUTILUS_TYPE_FILE_INFO, &kInfo);
   return type;
 }
 
-GObject* make_file(const std::string& named) {
-  auto* const object = static_cast<GObject*>(g_object_new(file_type(), nullptr));
+GObject* make_file(GType type, const std::string& named) {
+  auto* const object = static_cast<GObject*>(g_object_new(type, nullptr));
   auto* const file = reinterpret_cast<File*>(object);
   const std::size_t bar = named.find('|');
   file->uri = named == "-" ? nullptr : g_strdup(named.substr(0, bar).c_str());
@@ -104,7 +101,7 @@ GTypeModule* make_module() {
 }
 
 /// The provider of the extension, made as Nautilus makes it.
-NautilusMenuProvider* load(const char* path) {
+NautilusMenuProvider* load(const char* path, GTypeModule* module) {
   void* const library = dlopen(path, RTLD_LAZY | RTLD_LOCAL);
   if (library == nullptr) {
     std::fprintf(stderr, "%s\n", dlerror());
@@ -114,8 +111,6 @@ NautilusMenuProvider* load(const char* path) {
       reinterpret_cast<void (*)(GTypeModule*)>(dlsym(library, "nautilus_module_initialize"));
   const auto list_types =
       reinterpret_cast<void (*)(const GType**, int*)>(dlsym(library, "nautilus_module_list_types"));
-  GTypeModule* const module = make_module();
-  g_type_module_use(module);
   initialize(module);
   const GType* types = nullptr;
   int count = 0;
@@ -127,13 +122,16 @@ NautilusMenuProvider* load(const char* path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  NautilusMenuProvider* const provider = argc > 1 ? load(argv[1]) : nullptr;
+  GTypeModule* const module = make_module();
+  g_type_module_use(module);
+  NautilusMenuProvider* const provider = argc > 1 ? load(argv[1], module) : nullptr;
   if (provider == nullptr) {
     return 1;
   }
+  const GType file_type = make_file_type(module);
   GList* files = nullptr;
   for (int at = 2; at < argc; ++at) {
-    files = g_list_append(files, make_file(argv[at]));
+    files = g_list_append(files, make_file(file_type, argv[at]));
   }
   GList* const items = nautilus_menu_provider_get_file_items(provider, files);
   for (const GList* at = items; at != nullptr; at = at->next) {
@@ -142,7 +140,7 @@ int main(int argc, char** argv) {
     std::printf("item: %s\n", label);
     g_free(label);
   }
-  auto* const folder = NAUTILUS_FILE_INFO(make_file("file:///"));
+  auto* const folder = NAUTILUS_FILE_INFO(make_file(file_type, "file:///"));
   std::printf("background items: %u\n",
               g_list_length(nautilus_menu_provider_get_background_items(provider, folder)));
   g_object_unref(folder);

@@ -18,6 +18,9 @@ constexpr const char* kName = "it.vorlent.quoll2.Quoll-Share";
 
 class Nautilus : public testing::Test {
  protected:
+  // The modules of this machine's desktop are not what is tested.
+  Nautilus() { environment_["GIO_MODULE_DIR"] = bus_.path("no-modules"); }
+
   /// A service that behaves in one of the ways of the double.
   void install(const std::string& how) const {
     bus_.add_service(kName,
