@@ -25,9 +25,6 @@ quoll_defence(pool_threads FILE linux/posix/thread_pool.cpp
 quoll_defence(lock_name_length FILE linux/posix/coordinator.cpp
   TAKES "name.size() > NAME_MAX" GIVES "name.size() > 2 * NAME_MAX"
   SHOWN_BY posix_processes LockFileName.IsWrittenDownForOthers)
-quoll_defence(silent_tool FILE apps/quoll-share/tool.cpp
-  TAKES "most + 1, ended, patience)" GIVES "most + 1, ended, 100 * patience)"
-  SHOWN_BY clipboard Clipboard.AnOwnerThatDoesNotAnswerIsGivenUp)
 
 # What other programs ask of the service
 quoll_defence(shares_at_a_time FILE apps/quoll-share-service/service.cpp
