@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "apps/quoll-compose/compose_command.h"
-#include "apps/quoll-compose/mail_client.h"
+#include "apps/quoll-compose/hand_over.h"
 #include "apps/quoll-compose/taken_files.h"
 #include "linux/gio/activation_tokens.h"
 #include "linux/posix/unique_fd.h"

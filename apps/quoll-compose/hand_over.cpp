@@ -1,4 +1,4 @@
-#include "apps/quoll-compose/mail_client.h"
+#include "apps/quoll-compose/hand_over.h"
 
 #include <poll.h>
 #include <sys/syscall.h>
