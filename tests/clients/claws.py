@@ -28,11 +28,12 @@ SETTINGS = "[Common]\nenable_aspell=0\nautosave=0\nupdate_stepwise=0\n"
 class Claws:
     name = "Claws Mail"
     package = "claws-mail"
+    program = r"^claws-mail "
     entry = "claws-mail.desktop"
     keeps_html = False
     writes_line_breaks = True
-    window = "Compose message"
-    ways = ("cold", "running")
+    window = "^Sübject.* - Compose message"
+    ways = ("cold", "running", "next share", "killed")
     seconds = 60
 
     def set_up(self, desktop):

@@ -130,12 +130,13 @@ class Desktop:
         rows = (line.split(maxsplit=3) for line in listed)
         return {str(int(row[0], 16)): row[3] for row in rows if len(row) > 3}
 
-    def windows(self, name):
-        """The windows whose title has this regular expression."""
-        return [window for window, title in self.titles().items() if re.search(name, title)]
+    def wait_for_window(self, name, seconds, besides=()):
+        """A window, none of these, whose title has this regular expression."""
+        def found():
+            return [window for window, title in self.titles().items()
+                    if window not in besides and re.search(name, title)]
 
-    def wait_for_window(self, name, seconds):
-        return until(f"no window called {name!r}", seconds, lambda: self.windows(name))[0]
+        return until(f"no window called {name!r}", seconds, found)[0]
 
     def press(self, window, *keys):
         """Presses keys in a window, which comes to the front first."""

@@ -38,11 +38,12 @@ BackendName=sendmail
 class Evolution:
     name = "Evolution"
     package = "evolution"
+    program = r"^evolution mailto"
     entry = "org.gnome.Evolution.desktop"
     keeps_html = False
     writes_line_breaks = False
     window = "Sübject"
-    ways = ("cold", "running")
+    ways = ("cold", "running", "next share", "killed")
     seconds = 120
 
     def set_up(self, desktop):

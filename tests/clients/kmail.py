@@ -1,4 +1,4 @@
-"""KMail: an identity, and a Maildir that Akonadi knows from the start; drafts in that."""
+"""KMail: an identity, and a Maildir that Akonadi has known for a while; drafts in that."""
 
 from desktop import until
 
@@ -24,11 +24,12 @@ FOLDERS = ("", "inbox", "outbox", "sent-mail", "drafts", "templates", "trash")
 class KMail:
     name = "KMail"
     package = "kmail"
+    program = r"^(/usr/bin/)?kmail "
     entry = "org.kde.kmail2.desktop"
     keeps_html = False
     writes_line_breaks = False
-    window = "^Sübject.* KMail$"
-    ways = ("running",)
+    window = "KMail$"  # the first window of the program has the title that its entry says
+    ways = ("cold", "running", "next share", "killed")
     seconds = 120
 
     def set_up(self, desktop):
@@ -39,9 +40,18 @@ class KMail:
             for part in ("new", "cur", "tmp"):
                 (desktop.data / "local-mail" / folder / part).mkdir(parents=True)
         self.drafts = desktop.data / "local-mail/drafts"
+        # KMail gives up when it comes before Akonadi has looked into the folders.
+        desktop.start("akonadictl", "start")
+        until("Akonadi did not start the Maildir's resource", self.seconds,
+              lambda: self._is_on_bus(desktop))
+        desktop.settle()
+
+    def _is_on_bus(self, desktop):
+        names = desktop.run("dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus",
+                            "/", "org.freedesktop.DBus.ListNames").stdout.decode()
+        return f"org.freedesktop.Akonadi.Resource.{RESOURCE}_0" in names
 
     def start(self, desktop):
-        """Without its main window it ends with the composer, before Akonadi has the draft."""
         desktop.start("kmail")
         desktop.wait_for_window("^KMail$", self.seconds)
 

@@ -22,11 +22,12 @@ echo more >>"$1"
 class Mutt:
     name = "mutt"
     package = "mutt"
+    program = r"^(/usr/bin/)?mutt "
     entry = "mutt.desktop"
     keeps_html = False
     writes_line_breaks = False
     window = "^mutt"
-    ways = ("cold",)
+    ways = ("cold", "killed")
     seconds = 60
 
     def set_up(self, desktop):
@@ -41,7 +42,7 @@ class Mutt:
         (desktop.home / ".muttrc").write_text(settings)
 
     def save(self, desktop, window):
-        """Answers the questions for recipient and subject, if asked, lets the text be edited, postpones."""
+        """Answers what it asks for, recipient and subject, lets the text be edited, postpones."""
         until("mutt asked for nothing", SHORT_WAIT, lambda: self._asks(desktop))
         if not self.seen.exists():
             self._type(desktop, window, "quoll@example.org", "Return")
@@ -58,7 +59,7 @@ class Mutt:
 
     def _asks(self, desktop):
         """True when it waits for keys: its terminal gives each as it comes."""
-        for number in desktop.processes(r"^(/usr/bin/)?mutt "):
+        for number in desktop.processes(self.program):
             try:
                 with open(f"/proc/{number}/fd/0", "rb") as terminal:
                     state = subprocess.run(["stty", "-a"], stdin=terminal, capture_output=True,

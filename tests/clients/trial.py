@@ -20,9 +20,11 @@ def message_files(desktop):
     return list((desktop.data / "quoll-compose/drafts").glob("*.eml"))
 
 
-def _saved(desktop, client, before_saving=lambda: None):
-    """Saves what the client shows, once it shows all, and answers the message that it keeps."""
-    window = desktop.wait_for_window(client.window, client.seconds)
+def _shared_and_saved(desktop, client, before_saving=lambda: None):
+    """Shares, saves what the client then shows, and answers the message that it keeps."""
+    before = desktop.titles()
+    share(desktop)
+    window = desktop.wait_for_window(client.window, client.seconds, besides=before)
     desktop.settle()
     before_saving()
     client.save(desktop, window)
@@ -40,8 +42,7 @@ def _saved(desktop, client, before_saving=lambda: None):
 
 def cold(desktop, client):
     """The share starts the client, or opens its composer."""
-    share(desktop)
-    return _saved(desktop, client)
+    return _shared_and_saved(desktop, client)
 
 
 def running(desktop, client):
@@ -49,6 +50,19 @@ def running(desktop, client):
     client.start(desktop)
     desktop.settle()
     return cold(desktop, client)
+
+
+def next_share(desktop, client):
+    """Something else is shared before the draft is saved, which empties the staging folder."""
+    def share_more():
+        done = desktop.run("quoll-share", "--title", "Another", "https://example.org/another")
+        if done.returncode != 0:
+            raise Missed(f"the next quoll-share ended with {done.returncode}")
+        desktop.wait_for_window("Another", client.seconds)
+        desktop.settle()
+
+    client.start(desktop)
+    return _shared_and_saved(desktop, client, before_saving=share_more)
 
 
 def file_gone(desktop, client):
@@ -60,8 +74,7 @@ def file_gone(desktop, client):
         for file in files:
             file.unlink()
 
-    share(desktop)
-    return _saved(desktop, client, before_saving=remove)
+    return _shared_and_saved(desktop, client, before_saving=remove)
 
 
 def killed(desktop, client):
@@ -94,4 +107,5 @@ def verdict(client, way, arrived):
     return "; ".join(wrong) or "ok"
 
 
-WAYS = {"cold": cold, "running": running, "file gone": file_gone, "killed": killed}
+WAYS = {"cold": cold, "running": running, "next share": next_share, "file gone": file_gone,
+        "killed": killed}
