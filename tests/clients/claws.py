@@ -33,7 +33,7 @@ class Claws:
     keeps_html = False
     writes_line_breaks = True
     window = "^Sübject.* - Compose message"
-    ways = ("cold", "running", "next share", "killed")
+    ways = ("cold", "running", "next share", "recipients", "killed")
     seconds = 60
 
     def set_up(self, desktop):

@@ -43,7 +43,7 @@ class Evolution:
     keeps_html = False
     writes_line_breaks = False
     window = "Sübject"
-    ways = ("cold", "running", "next share", "killed")
+    ways = ("cold", "running", "next share", "recipients", "killed")
     seconds = 120
 
     def set_up(self, desktop):

@@ -29,7 +29,7 @@ class KMail:
     keeps_html = False
     writes_line_breaks = False
     window = "KMail$"  # the first window of the program has the title that its entry says
-    ways = ("cold", "running", "next share", "killed")
+    ways = ("cold", "running", "next share", "recipients", "killed")
     seconds = 120
 
     def set_up(self, desktop):
@@ -47,9 +47,9 @@ class KMail:
         desktop.settle()
 
     def _is_on_bus(self, desktop):
-        names = desktop.run("dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus",
-                            "/", "org.freedesktop.DBus.ListNames").stdout.decode()
-        return f"org.freedesktop.Akonadi.Resource.{RESOURCE}_0" in names
+        listed = desktop.run("dbus-send", "--session", "--print-reply",
+                             "--dest=org.freedesktop.DBus", "/", "org.freedesktop.DBus.ListNames")
+        return f"org.freedesktop.Akonadi.Resource.{RESOURCE}_0" in listed.stdout.decode()
 
     def start(self, desktop):
         desktop.start("kmail")

@@ -27,7 +27,7 @@ class Mutt:
     keeps_html = False
     writes_line_breaks = False
     window = "^mutt"
-    ways = ("cold", "killed")
+    ways = ("cold", "recipients", "killed")
     seconds = 60
 
     def set_up(self, desktop):
@@ -45,7 +45,8 @@ class Mutt:
         """Answers what it asks for, recipient and subject, lets the text be edited, postpones."""
         until("mutt asked for nothing", SHORT_WAIT, lambda: self._asks(desktop))
         if not self.seen.exists():
-            self._type(desktop, window, "quoll@example.org", "Return")
+            nobody = desktop.processes(self.program + r".*-- $")
+            self._type(desktop, window, "quoll@example.org" if nobody else "", "Return")
             self._type(desktop, window, "", "Return")  # the subject stays
         until("mutt did not have the text edited", SHORT_WAIT, self.seen.exists)
         until("mutt went nowhere", SHORT_WAIT, lambda: self._asks(desktop))

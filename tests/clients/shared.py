@@ -3,15 +3,20 @@
 import dataclasses
 import email
 import email.policy
+import email.utils
 import hashlib
 import os
 import random
 import re
+import urllib.parse
 
 SUBJECT = "Sübject, it's \"q\" & 100% ✓"
 HTML = ("<p>Read <b>this</b> first: <a href=\"https://example.org/?a=1&amp;b=2\">a link</a></p>"
         "<ul><li>naïve, 日本</li></ul>")
 WORDS = ("Read", "this", "first", "a link", "naïve, 日本")
+
+RECIPIENTS = {"to": ("Ann Example <ann@example.org>", "bob+lists@example.org"),
+              "cc": ("\"Doe, Jörg\" <joerg@example.org>",), "bcc": ("carol@example.org",)}
 
 
 @dataclasses.dataclass(frozen=True)
@@ -65,10 +70,19 @@ def write_files(folder):
     return paths
 
 
+def compose_command():
+    """The command URL of a draft with recipients and without files, as other programs send it."""
+    fields = {"subject": SUBJECT, "htmlBody": HTML}
+    fields |= {key: "".join(f"{one};" for one in all_of) for key, all_of in RECIPIENTS.items()}
+    return "quoll://compose?" + "&".join(
+        f"{key}={urllib.parse.quote(value, safe='')}" for key, value in fields.items())
+
+
 @dataclasses.dataclass
 class Arrived:
     """What a message has of what was shared; the numbers are of files."""
     subject: bool
+    recipients: str  # "all" when there are those of RECIPIENTS and no others, else who they are
     html: bool
     words: bool
     names: int
@@ -81,6 +95,13 @@ class Arrived:
         if not self.words:
             return "lost"
         return "HTML" if self.html else "text"
+
+
+def _recipients(message):
+    found = {key: sorted((one.display_name, one.addr_spec) for one in message[key].addresses)
+             if message[key] else [] for key in RECIPIENTS}
+    parsed = {key: sorted(email.utils.getaddresses(all_of)) for key, all_of in RECIPIENTS.items()}
+    return "all" if found == parsed else str(found)
 
 
 def _name(part):
@@ -114,14 +135,15 @@ def _text(content):
     return content.replace(b"\r\n", b"\n").rstrip(b"\n")
 
 
-def read_message(source):
+def read_message(source, files=FILES):
     """Compares a message, as bytes, with what was shared."""
     message = email.message_from_bytes(source, policy=email.policy.default)
     attachments = _attachments(message)
     names = [name for name, _ in attachments]
     arrived = Arrived(subject=message["Subject"] == SUBJECT, html=False, words=False, names=0,
-                      exact=0, new_line_breaks=0, lost=[], unknown=[])
-    for file in FILES:
+                      exact=0, new_line_breaks=0, lost=[], unknown=[],
+                      recipients=_recipients(message))
+    for file in files:
         contents = [content for name, content in attachments if name in file.arrives_as]
         arrived.names += len(contents) == 1
         if _sum(file.content) in map(_sum, contents):
@@ -130,7 +152,7 @@ def read_message(source):
             arrived.new_line_breaks += 1
         else:
             arrived.lost.append(os.fsdecode(file.on_disk))
-    expected = {name for file in FILES for name in file.arrives_as}
+    expected = {name for file in files for name in file.arrives_as}
     arrived.unknown = [name for name in names if name not in expected]
     html = _body(message, "text/html")
     flat = " ".join((html or _body(message, "text/plain")).split())

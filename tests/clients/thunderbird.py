@@ -46,7 +46,7 @@ class Thunderbird:
     keeps_html = True
     writes_line_breaks = False
     window = "^Write: Sübject"
-    ways = ("cold", "running", "file gone", "killed")
+    ways = ("cold", "running", "file gone", "recipients", "killed")
     seconds = 120
 
     def set_up(self, desktop):

@@ -20,10 +20,18 @@ def message_files(desktop):
     return list((desktop.data / "quoll-compose/drafts").glob("*.eml"))
 
 
-def _shared_and_saved(desktop, client, before_saving=lambda: None):
+def _compose(desktop):
+    """Has a draft with recipients made, as a link of another program does."""
+    done = desktop.run("quoll-compose", shared.compose_command())
+    if done.returncode != 0:
+        said = done.stderr.decode(errors="replace").strip()
+        raise Missed(f"quoll-compose ended with {done.returncode}: {said}")
+
+
+def _shared_and_saved(desktop, client, before_saving=lambda: None, begin=share):
     """Shares, saves what the client then shows, and answers the message that it keeps."""
     before = desktop.titles()
-    share(desktop)
+    begin(desktop)
     window = desktop.wait_for_window(client.window, client.seconds, besides=before)
     desktop.settle()
     before_saving()
@@ -65,6 +73,11 @@ def next_share(desktop, client):
     return _shared_and_saved(desktop, client, before_saving=share_more)
 
 
+def recipients(desktop, client):
+    """A draft for somebody, without files."""
+    return _shared_and_saved(desktop, client, begin=_compose)
+
+
 def file_gone(desktop, client):
     """The message file is removed when the window is open; the client has to have it all."""
     def remove():
@@ -98,6 +111,8 @@ def verdict(client, way, arrived):
         wrong.append("subject")
     if arrived.body() != ("HTML" if client.keeps_html or way == "killed" else "text"):
         wrong.append("body")
+    if way == "recipients" and arrived.recipients != "all":
+        wrong.append(f"recipients: {arrived.recipients}")
     if arrived.lost:
         wrong.append("lost " + ", ".join(map(repr, arrived.lost)))
     if arrived.unknown:
@@ -108,4 +123,4 @@ def verdict(client, way, arrived):
 
 
 WAYS = {"cold": cold, "running": running, "next share": next_share, "file gone": file_gone,
-        "killed": killed}
+        "recipients": recipients, "killed": killed}
