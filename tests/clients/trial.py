@@ -44,7 +44,7 @@ def _shared_and_saved(desktop, client, before_saving=lambda: None, begin=share):
         kept.append(client.stored())
         return len(kept) > 1 and kept[-1] and kept[-1] == kept[-2]
 
-    until(f"{client.name} saved no draft", SHORT_WAIT, is_whole)
+    until(f"{client.name} saved no draft", client.seconds, is_whole)
     return kept[-1]
 
 
