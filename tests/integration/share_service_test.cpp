@@ -368,9 +368,10 @@ TEST_F(ShareService, SixteenSharesAreUnderWayAtMost) {
     calls.emplace_back(bus(), requests.emplace_back().text("text", std::to_string(number)));
   }
   Request request;
-  EXPECT_EQ(share(request.text("text", "words")).told, "too many shares are under way");
+  Call beyond(bus(), request.text("text", "words"));
   EXPECT_EQ(open({"https://example.org/"}), "too many shares are under way");
   turn.reset();
+  EXPECT_EQ(beyond.wait().told, "too many shares are under way");
   for (Call& call : calls) {
     EXPECT_EQ(call.wait().code, 1) << "there is no receiver";
   }
