@@ -16,6 +16,8 @@ namespace {
 
 using gio::VariantHandle;
 
+constexpr std::size_t kMostItems = 64;  // each is a descriptor, and a file
+
 /// What is wrong; none when all is well.
 using Complaint = std::optional<std::string>;
 

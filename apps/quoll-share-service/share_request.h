@@ -36,7 +36,6 @@ struct ShareRequest {
 
 /// More than anybody selects, and few enough for one process.
 inline constexpr std::size_t kMostUris = 20'000;
-inline constexpr std::size_t kMostItems = 64;
 
 /// Reads what docs/dbus.md describes into `request`, with the descriptors that came beside it (null
 /// when none did). Answers what is wrong with it; none when all is well.

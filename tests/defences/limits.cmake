@@ -33,7 +33,7 @@ quoll_defence(shares_at_a_time FILE apps/quoll-share-service/service.cpp
 quoll_defence(uris_of_a_call FILE apps/quoll-share-service/share_request.h
   TAKES "kMostUris = 20'000" GIVES "kMostUris = 40'000"
   SHOWN_BY share_service ShareService.OpenHasItsLimits)
-quoll_defence(items_of_a_call FILE apps/quoll-share-service/share_request.h
+quoll_defence(items_of_a_call FILE apps/quoll-share-service/share_request.cpp
   TAKES "kMostItems = 64" GIVES "kMostItems = 65"
   SHOWN_BY share_service ShareService.RequestsThatAreNone)
 quoll_defence(told_of_a_share FILE apps/quoll-share-service/share_process.cpp
