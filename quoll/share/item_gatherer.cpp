@@ -49,7 +49,11 @@ class Answer {
 void append_html(ExtensionMessage& message, const std::string& html) {
   const auto lock = message.synchronized();
   const Value body = message.htmlBody();
-  message.htmlBody = (body.is_null() ? std::string() : foundation::text_of(body)) + html;
+  // A link can be the last of thousands: the text so far is copied once.
+  std::string longer;
+  const std::string_view text = body.text() != nullptr ? *body.text() : std::string_view();
+  longer.reserve(text.size() + html.size());
+  message.htmlBody = std::move(longer.append(text).append(html));
 }
 
 void append_attachments(ExtensionMessage& message, const List& paths) {
