@@ -31,9 +31,8 @@ bool is_set(const char* variable) {
 }
 
 std::string uri_of(const std::string& path) {
-  const gio::ObjectHandle<GFile> file(g_file_new_for_path(path.c_str()));
-  const gio::TextHandle uri(g_file_get_uri(file.get()));
-  return uri.get();
+  const gio::TextHandle uri(g_filename_to_uri(path.c_str(), nullptr, nullptr));
+  return uri.get();  // never null: drafts lie at whole paths
 }
 
 // A snap has a folder of its own in the home; the rest that it sees has no hidden part.
