@@ -1,5 +1,6 @@
 #include "quoll/host/received_bytes.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include "quoll/host/file_handle.h"
@@ -24,29 +25,31 @@ std::optional<ReceivedBytes> receive(const Source& source) {
   if (!read_to(kBlock)) {
     return std::nullopt;
   }
-  if (!received.is_whole && begins_as_image(received.beginning) && !read_to(kLargestImage)) {
+  if (!received.is_whole && begins_as_image(received.beginning) &&
+      !read_to(std::min(kLargestImage, source.most))) {
     return std::nullopt;
   }
   return received;
 }
 
-bool write_through(const ReceivedBytes& received, const Source& source, int target) {
+std::optional<std::size_t> write_through(const ReceivedBytes& received, const Source& source,
+                                         int target) {
   bool ended = received.is_whole;
   std::size_t size = received.beginning.size();
   if (!write_all(target, received.beginning)) {
-    return false;
+    return std::nullopt;
   }
   std::string block;
   while (!ended && size <= source.most) {
     block.clear();
     if (!read_until(source.descriptor, block, kBlock, ended, source.patience) ||
         !write_all(target, block)) {
-      return false;
+      return std::nullopt;
     }
     size += block.size();
   }
   errno = EFBIG;
-  return size <= source.most;
+  return size <= source.most ? std::optional(size) : std::nullopt;
 }
 
 std::optional<std::string> receive_text(int descriptor, std::size_t enough) {

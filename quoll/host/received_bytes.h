@@ -14,6 +14,7 @@ struct Source {
   int descriptor = -1;
   /// How long it may deliver nothing; none: for ever.
   std::optional<std::chrono::milliseconds> patience = std::nullopt;
+  /// How many bytes are wanted of it.
   std::size_t most = std::numeric_limits<std::size_t>::max();
 };
 
@@ -23,13 +24,15 @@ struct ReceivedBytes {
   bool is_whole = false;
 };
 
-/// Reads enough to tell what it is, and all of it when it is an image that memory may hold; none
-/// with `errno` set when reading failed.
+/// Reads enough to tell what it is, and all of it when it is an image that memory may hold and that
+/// is not more than wanted; none with `errno` set when reading failed.
 [[nodiscard]] std::optional<ReceivedBytes> receive(const Source& source);
 
 /// Writes the beginning and whatever still comes from `source` to `target`, without holding more
-/// than a block in memory. False with `errno` set, to EFBIG when it is more than wanted.
-[[nodiscard]] bool write_through(const ReceivedBytes& received, const Source& source, int target);
+/// than a block in memory. Answers how many bytes they are; none with `errno` set, to EFBIG when
+/// they are more than wanted.
+[[nodiscard]] std::optional<std::size_t> write_through(const ReceivedBytes& received,
+                                                       const Source& source, int target);
 
 /// All that a descriptor delivers, or its first `enough` bytes; none with `errno` set.
 [[nodiscard]] std::optional<std::string> receive_text(int descriptor, std::size_t enough);

@@ -24,8 +24,7 @@ using foundation::NSURL;
 
 constexpr std::string_view kStandardInput = "-";
 constexpr std::string_view kList = "the list on standard input";
-/// A descriptor may be anybody's, and have no end.
-constexpr std::size_t kLongestDelivery = std::size_t{256} << 20;
+constexpr const char* kNoRoom = "it is too large, together with the items before it";
 /// No command holds more, and what delivers it may have no end.
 constexpr std::size_t kLongestText = std::size_t{64} << 20;
 
@@ -41,8 +40,11 @@ std::string why_not_received() {
 
 class Selector {
  public:
-  Selector(Selection& selection, std::chrono::milliseconds patience, int standard_input)
-      : selection_(selection), patience_(patience), standard_input_(standard_input) {}
+  Selector(Selection& selection, const Wanted& wanted, int standard_input)
+      : selection_(selection),
+        patience_(wanted.patience),
+        room_(wanted.room),
+        standard_input_(standard_input) {}
 
   /// The text itself, or what standard input delivers; none when it cannot be shared.
   std::optional<std::string> text(const std::optional<std::string>& given, std::string_view what) {
@@ -92,9 +94,9 @@ class Selector {
     // Whoever made the file may have left off at its end.
     static_cast<void>(lseek(delivery.descriptor, 0, SEEK_SET));
     const std::string_view name = file_name(delivery.name);
-    add_received(name.empty() ? "an item without a name" : name,
-                 {delivery.descriptor, patience_, kLongestDelivery},
-                 {.media_type = delivery.media_type, .name = std::string(name)}, "item");
+    room_ -= add_received(name.empty() ? "an item without a name" : name,
+                          {delivery.descriptor, patience_, room_},
+                          {.media_type = delivery.media_type, .name = std::string(name)}, "item");
   }
 
   void add(const std::string& given) {
@@ -144,21 +146,24 @@ class Selector {
     add_received("standard input", {standard_input_}, {}, "standard-input");
   }
 
-  void add_received(std::string_view given, const Source& source, const Delivery& known,
-                    std::string_view name_without_one) {
+  /// Answers how many bytes were taken.
+  std::size_t add_received(std::string_view given, const Source& source, const Delivery& known,
+                           std::string_view name_without_one) {
     const auto received = receive(source);
-    if (!received) {
-      leave_out(given, why_not_received());
-    } else if (received->beginning.empty()) {
-      leave_out(given, "it is empty");
-    } else if (known.name.empty() && received->is_whole && begins_as_image(received->beginning)) {
-      add_image(given, received->beginning);
-    } else {
-      add_bytes(
-          given, known.name.empty() ? name_without_one : known.name,
-          known.media_type.empty() ? media_type_of_bytes(received->beginning) : known.media_type,
-          *received, source);
+    const std::size_t held = received ? received->beginning.size() : 0;
+    if (held == 0) {
+      leave_out(given, received ? "it is empty" : why_not_received());
+      return 0;
     }
+    if (known.name.empty() && received->is_whole && held <= source.most &&
+        begins_as_image(received->beginning)) {
+      add_image(given, received->beginning);
+      return held;
+    }
+    return add_bytes(
+        given, known.name.empty() ? name_without_one : known.name,
+        known.media_type.empty() ? media_type_of_bytes(received->beginning) : known.media_type,
+        *received, source);
   }
 
   void add_data_url(const std::string& given) {
@@ -174,30 +179,36 @@ class Selector {
     }
   }
 
-  /// Bytes become a private file, which is then shared like any other.
-  void add_bytes(std::string_view given, std::string_view name, std::string_view media_type,
-                 const ReceivedBytes& bytes, const Source& source) {
+  /// Bytes become a private file, which is then shared like any other. Answers how many they are.
+  std::size_t add_bytes(std::string_view given, std::string_view name, std::string_view media_type,
+                        const ReceivedBytes& bytes, const Source& source) {
     if (!selection_.folder) {
       selection_.folder = PrivateFolder::make();
     }
     if (!selection_.folder) {
       leave_out(given, "no temporary folder: " + error_words(errno));
-      return;
+      return 0;
     }
     const bool has_extension = name.find('.') != std::string_view::npos;
     const std::string_view extension = has_extension ? "" : extension_of_media_type(media_type);
     std::string path;
     const FileHandle file = selection_.folder->create(
         std::string(name) + (extension.empty() ? "" : ".") + std::string(extension), path);
-    if (!file || !write_through(bytes, source, file.get())) {
-      leave_out(given, "it cannot be kept in a temporary file: " + why_not_received());
-      return;
+    const auto size = file ? write_through(bytes, source, file.get()) : std::nullopt;
+    if (!size) {
+      leave_out(given, errno == EFBIG
+                           ? kNoRoom
+                           : "it cannot be kept in a temporary file: " + why_not_received());
+      unlink(path.c_str());  // what is there of it takes room until the share ends
+      return 0;
     }
     add_url(given, NSURL::file_url(path, false));
+    return *size;
   }
 
   Selection& selection_;
   std::chrono::milliseconds patience_;
+  std::size_t room_;  ///< how many bytes may still be delivered
   int standard_input_;
   std::optional<ZeroEndedList> list_;
 };
@@ -222,7 +233,7 @@ void drop_repeated_text(Selection& selection) {
 
 Selection select(const Wanted& wanted, int standard_input) {
   Selection selection;
-  Selector selector(selection, wanted.patience, standard_input);
+  Selector selector(selection, wanted, standard_input);
   if (wanted.has_list) {
     selector.read_list();
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,6 +31,8 @@ struct Wanted {
   std::vector<std::string> items;
   /// Each is closed when it was taken.
   std::vector<Delivery> deliveries = {};
+  /// How many bytes they may have together: they may be anybody's, one file many times.
+  std::size_t room = std::size_t{256} << 20;
   /// How long one of them may deliver nothing: it may be anybody's.
   std::chrono::milliseconds patience{10'000};
   /// Standard input is a list of any length, each part of it ended by a zero byte: first the texts

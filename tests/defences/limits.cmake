@@ -8,8 +8,17 @@ quoll_defence(list_length FILE quoll/host/select.cpp
   TAKES "bytes->size() > kLongestList" GIVES "bytes->size() > 2 * kLongestList"
   SHOWN_BY host ReceivedLimits.AListHas256MiBAtMost)
 quoll_defence(delivery_length FILE quoll/host/received_bytes.cpp
-  TAKES "return size <= source.most" GIVES "return true"
-  SHOWN_BY host ReceivedLimits.ADeliveryHas256MiBAtMost)
+  TAKES "return size <= source.most ?" GIVES "return true ?"
+  SHOWN_BY host ReceivedLimits.DeliveriesHave256MiBInAll)
+quoll_defence(deliveries_in_all FILE quoll/host/select.cpp
+  TAKES "room_ -= add_received(" GIVES "add_received("
+  SHOWN_BY host ReceivedLimits.FilesAndImagesShareTheRoomOfDeliveries)
+quoll_defence(left_out_on_the_disk FILE quoll/host/select.cpp
+  TAKES "unlink(path.c_str());" GIVES "path.clear();"
+  SHOWN_BY host ReceivedLimits.FilesAndImagesShareTheRoomOfDeliveries)
+quoll_defence(delivered_image FILE quoll/host/received_bytes.cpp
+  TAKES "std::min(kLargestImage, source.most)" GIVES "kLargestImage"
+  SHOWN_BY host ReceivedLimits.OfAnImageNoMoreIsHeldThanIsWanted)
 quoll_defence(image_in_memory FILE quoll/host/received_bytes.cpp
   TAKES "std::size_t{256} << 20" GIVES "std::size_t{512} << 20"
   SHOWN_BY host ReceivedLimits.AnImageIsHeldBelow256MiB)

@@ -4,6 +4,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <filesystem>
+
 #include "quoll/host/received_bytes.h"
 #include "quoll/host/select.h"
 
@@ -71,7 +73,7 @@ TEST(ReceivedLimits, AListHas256MiBAtMost) {
   EXPECT_EQ(why_left_out(256 * kMebibyte + 1), "it is longer than 256 MiB");
 }
 
-TEST(ReceivedLimits, ADeliveryHas256MiBAtMost) {
+TEST(ReceivedLimits, DeliveriesHave256MiBInAll) {
   const auto selected = [](std::size_t size) {
     Wanted wanted;
     wanted.deliveries = {{dup(delivering("", size).get()), "", "large"}};
@@ -81,7 +83,41 @@ TEST(ReceivedLimits, ADeliveryHas256MiBAtMost) {
   const Selection longer = selected(256 * kMebibyte + 1);
   EXPECT_TRUE(longer.items.empty());
   ASSERT_EQ(longer.left_out.size(), 1U);
-  EXPECT_EQ(longer.left_out[0].why, "it cannot be kept in a temporary file: file too large");
+  EXPECT_EQ(longer.left_out[0].why, "it is too large, together with the items before it");
+}
+
+// One file may be delivered many times, so what each of them has is counted.
+TEST(ReceivedLimits, FilesAndImagesShareTheRoomOfDeliveries) {
+  constexpr std::string_view kPng = "\x89PNG\r\n\x1a\n";
+  Wanted wanted;
+  wanted.room = 5 * kMebibyte;
+  const auto deliver = [&](std::string_view beginning, std::size_t size, const char* name) {
+    wanted.deliveries.push_back({dup(delivering(beginning, size).get()), "", name});
+  };
+  deliver(kPng, 2 * kMebibyte, "");
+  deliver("", 2 * kMebibyte, "file");
+  deliver(kPng, 2 * kMebibyte, "");
+  deliver("", 2 * kMebibyte, "another");
+  deliver("", kMebibyte, "the last that has room");
+  deliver(kPng, 100, "");
+  const Selection selection = select(wanted);
+  EXPECT_EQ(selection.items.size(), 3U);
+  ASSERT_EQ(selection.left_out.size(), 3U);
+  for (const LeftOut& left : selection.left_out) {
+    EXPECT_EQ(left.why, "it is too large, together with the items before it") << left.what;
+  }
+  std::size_t kept = 0;
+  for (const auto& entry :
+       std::filesystem::recursive_directory_iterator(selection.folder->path())) {
+    kept += entry.is_regular_file() ? entry.file_size() : 0;
+  }
+  EXPECT_EQ(kept, 3 * kMebibyte) << "what is left out takes no room";
+}
+
+TEST(ReceivedLimits, OfAnImageNoMoreIsHeldThanIsWanted) {
+  constexpr std::string_view kPng = "\x89PNG\r\n\x1a\n";
+  const FileHandle image = delivering(kPng, 100 * kMebibyte);
+  EXPECT_EQ(receive({image.get(), std::nullopt, 3 * kMebibyte})->beginning.size(), 3 * kMebibyte);
 }
 
 }  // namespace
