@@ -145,8 +145,9 @@ std::vector<std::string> lines_of(const std::string& text) {
   return lines;
 }
 
-Reason add_from(const Tool& tool, host::Wanted& wanted, std::chrono::milliseconds patience) {
-  const ToolAnswer listed = run_tool(tool.types, kLongestList, patience);
+Reason add_from(const Tool& tool, host::Wanted& wanted, std::chrono::milliseconds patience,
+                std::chrono::steady_clock::time_point deadline) {
+  const ToolAnswer listed = run_tool(tool.types, kLongestList, patience, deadline);
   if (auto reason = why_not(tool, listed)) {
     return reason;
   }
@@ -157,8 +158,8 @@ Reason add_from(const Tool& tool, host::Wanted& wanted, std::chrono::millisecond
     }
     auto command = tool.content;
     command.emplace_back(type.name);
-    const auto answer =
-        run_tool(command, type.kind == Kind::kImage ? kLargestImage : kLongestText, patience);
+    const auto answer = run_tool(command, type.kind == Kind::kImage ? kLargestImage : kLongestText,
+                                 patience, deadline);
     auto reason = why_not(tool, answer);
     if (!reason && add(wanted, type.kind, answer.output)) {
       return std::nullopt;
@@ -172,14 +173,15 @@ Reason add_from(const Tool& tool, host::Wanted& wanted, std::chrono::millisecond
 
 }  // namespace
 
-std::optional<std::string> add_clipboard(host::Wanted& wanted, std::chrono::milliseconds patience) {
+std::optional<std::string> add_clipboard(host::Wanted& wanted, const ClipboardTime& time) {
+  const auto deadline = std::chrono::steady_clock::now() + time.in_all;
   Reason first;
   for (const Tool& tool : tools()) {
     const char* const display = std::getenv(tool.variable);
     if (display == nullptr || *display == '\0') {
       continue;
     }
-    auto reason = add_from(tool, wanted, patience);
+    auto reason = add_from(tool, wanted, time.silence, deadline);
     if (!reason || reason == kEmpty) {
       return reason;
     }

@@ -8,11 +8,16 @@
 
 namespace quoll {
 
+/// How long the program that holds the clipboard may take.
+struct ClipboardTime {
+  std::chrono::milliseconds silence{5'000};  ///< without a byte
+  std::chrono::milliseconds in_all{30'000};
+};
+
 /// Adds what the clipboard holds to what is wanted: files and links before a picture, that before
 /// styled text, that before plain text. Answers why there is nothing, in words that follow a colon;
-/// none when there is something. `patience` is how long the program that holds it may be silent.
-/// To be called while there is one thread.
-[[nodiscard]] std::optional<std::string> add_clipboard(
-    host::Wanted& wanted, std::chrono::milliseconds patience = std::chrono::seconds(5));
+/// none when there is something. To be called while there is one thread.
+[[nodiscard]] std::optional<std::string> add_clipboard(host::Wanted& wanted,
+                                                       const ClipboardTime& time = {});
 
 }  // namespace quoll

@@ -21,13 +21,16 @@ constexpr std::size_t kLongestComplaint = 200;
 
 using host::FileHandle;
 
-/// Answers the process, or -1.
+/// Answers the process, which leads a group of its own, or -1.
 pid_t spawn(const std::vector<std::string>& command, int output, int errors) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
   posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
   posix_spawn_file_actions_adddup2(&actions, errors, STDERR_FILENO);
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
   std::vector<char*> arguments;
   arguments.reserve(command.size() + 1);
   for (const std::string& argument : command) {
@@ -36,7 +39,8 @@ pid_t spawn(const std::vector<std::string>& command, int output, int errors) {
   arguments.push_back(nullptr);
   pid_t process = -1;
   const int failed =
-      posix_spawnp(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
+      posix_spawnp(&process, arguments[0], &actions, &attributes, arguments.data(), environ);
+  posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&actions);
   return failed == 0 ? process : -1;
 }
@@ -58,11 +62,14 @@ std::string first_line(int errors) {
 }  // namespace
 
 ToolAnswer run_tool(const std::vector<std::string>& command, std::size_t most,
-                    std::chrono::milliseconds patience) {
+                    std::chrono::milliseconds patience,
+                    std::chrono::steady_clock::time_point deadline) {
   ToolAnswer answer;
   int ends[2] = {-1, -1};
   const FileHandle errors(memfd_create("errors", MFD_CLOEXEC));
   if (pipe2(ends, O_CLOEXEC) != 0) {
+    answer.end = ToolAnswer::End::kBadly;
+    answer.complaint = host::error_words(errno);
     return answer;
   }
   const FileHandle reading(ends[0]);
@@ -73,9 +80,10 @@ ToolAnswer run_tool(const std::vector<std::string>& command, std::size_t most,
     return answer;
   }
   bool ended = false;
-  const bool is_read = host::read_until(reading.get(), answer.output, most + 1, ended, patience);
+  const bool is_read =
+      host::read_until(reading.get(), answer.output, most + 1, ended, patience, deadline);
   if (!ended) {
-    kill(process, SIGKILL);
+    kill(-process, SIGKILL);  // one of its children may be the one that waits
   }
   const bool is_well = ended_well(process);
   answer.complaint = first_line(errors.get());

@@ -9,6 +9,21 @@
 
 namespace quoll::host {
 
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+/// Waits until there is something to read, or the end; false when it takes too long.
+bool comes_in_time(int descriptor, milliseconds patience, steady_clock::time_point deadline) {
+  const auto left = std::chrono::duration_cast<milliseconds>(deadline - steady_clock::now());
+  pollfd waiting{descriptor, POLLIN, 0};
+  return left.count() > 0 &&
+         poll(&waiting, 1, static_cast<int>(std::min(patience, left).count())) != 0;
+}
+
+}  // namespace
+
 void FileHandle::reset() {
   if (const int descriptor = std::exchange(descriptor_, -1); descriptor >= 0) {
     close(descriptor);
@@ -27,12 +42,11 @@ bool write_all(int descriptor, std::string_view bytes) {
 }
 
 bool read_until(int descriptor, std::string& text, std::size_t enough, bool& ended,
-                std::optional<std::chrono::milliseconds> patience) {
+                std::optional<milliseconds> patience, steady_clock::time_point deadline) {
   constexpr std::size_t kLargestRead = std::size_t{1} << 20;
   ended = false;
   while (!ended && text.size() < enough) {
-    pollfd waiting{descriptor, POLLIN, 0};
-    if (patience && poll(&waiting, 1, static_cast<int>(patience->count())) == 0) {
+    if (patience && !comes_in_time(descriptor, *patience, deadline)) {
       errno = ETIMEDOUT;
       return false;
     }

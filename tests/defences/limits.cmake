@@ -34,6 +34,12 @@ quoll_defence(pool_threads FILE linux/posix/thread_pool.cpp
 quoll_defence(lock_name_length FILE linux/posix/coordinator.cpp
   TAKES "name.size() > NAME_MAX" GIVES "name.size() > 2 * NAME_MAX"
   SHOWN_BY posix_processes LockFileName.IsWrittenDownForOthers)
+quoll_defence(slow_tool FILE apps/quoll-share/clipboard.cpp
+  TAKES "+ time.in_all" GIVES "+ 100 * time.in_all"
+  SHOWN_BY clipboard Clipboard.AnOwnerThatDeliversAByteNowAndThenIsGivenUp)
+quoll_defence(children_of_a_tool FILE apps/quoll-share/tool.cpp
+  TAKES "kill(-process, SIGKILL)" GIVES "kill(process, SIGKILL)"
+  SHOWN_BY clipboard Clipboard.NothingOfTheToolStays)
 
 # What other programs ask of the service
 quoll_defence(shares_at_a_time FILE apps/quoll-share-service/service.cpp

@@ -2,7 +2,9 @@
 // and doubles that offer what no program offers at a time, or do not answer.
 #include "apps/quoll-share/clipboard.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -77,10 +79,10 @@ std::string described(const host::Wanted& wanted) {
 }
 
 /// What comes of reading it: what is wanted then, or why nothing is.
-std::string read_by(const Tools& tools, std::chrono::milliseconds patience = 60s) {
+std::string read_by(const Tools& tools, const ClipboardTime& time = {60s, 600s}) {
   const ScopedEnvironment environment(tools.environment());
   host::Wanted wanted;
-  const auto reason = add_clipboard(wanted, patience);
+  const auto reason = add_clipboard(wanted, time);
   return reason.value_or(described(wanted));
 }
 
@@ -140,13 +142,37 @@ TEST(Clipboard, ToolsInTrouble) {
   }
 }
 
+constexpr const char* kGivenUp = "the program that holds it does not answer";
+
 TEST(Clipboard, AnOwnerThatDoesNotAnswerIsGivenUp) {
   const Tools tools("xclip");
   tools.offer("text/html", "x");
-  tools.behave("exec sleep 1000");
-  EXPECT_EQ(read_by(tools, 50ms), "the program that holds it does not answer");
+  tools.behave("sleep 2");
+  EXPECT_EQ(read_by(tools, {50ms, 600s}), kGivenUp);
   tools.behave("[ \"$5\" = text/html ] && exec sleep 1000");
-  EXPECT_EQ(read_by(tools, 300ms), "the program that holds it does not answer");
+  EXPECT_EQ(read_by(tools, {300ms, 600s}), kGivenUp);
+}
+
+TEST(Clipboard, AnOwnerThatDeliversAByteNowAndThenIsGivenUp) {
+  const Tools tools("wl-paste");
+  tools.offer("text/html", "x");
+  tools.behave("for i in 1 2 3 4 5 6 7 8 9; do echo; sleep 0.2; done");
+  EXPECT_EQ(read_by(tools, {60s, 500ms}), kGivenUp);
+}
+
+// `wl-paste` leaves it to a child to wait for the owner.
+TEST(Clipboard, NothingOfTheToolStays) {
+  const Tools tools("wl-paste");
+  const TemporaryFolder folder;
+  const std::string held = folder.path("held");
+  ASSERT_EQ(mkfifo(held.c_str(), 0600), 0);
+  const host::FileHandle reading(open(held.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  tools.behave("exec 3>'" + held + "'; (echo begun; sleep 10; echo stayed) >&3 & exec yes");
+  EXPECT_EQ(read_by(tools), "what it holds is too long");
+  std::string written;
+  bool ended = false;
+  ASSERT_TRUE(host::read_until(reading.get(), written, 100, ended, 60s)) << "nobody holds it";
+  EXPECT_EQ(written.find("stayed"), std::string::npos);
 }
 
 TEST(Clipboard, WithoutADisplayOrATool) {
