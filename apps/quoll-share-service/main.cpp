@@ -4,16 +4,18 @@
 #include <cstdint>
 #include <exception>
 #include <iostream>
+#include <utility>
 
 #include "apps/quoll-share-service/service.h"
 
 namespace {
 
-/// Calls bring descriptors along, more at a time than a program is usually given.
-void allow_many_descriptors() {
+/// Calls bring descriptors along, more at a time than a program is usually given. A share is given
+/// as many as this program was.
+void allow_many_descriptors(quoll::ShareBounds& bounds) {
   rlimit limit{};
   if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
-    limit.rlim_cur = limit.rlim_max;
+    bounds.descriptors = std::exchange(limit.rlim_cur, limit.rlim_max);
     setrlimit(RLIMIT_NOFILE, &limit);
   }
 }
@@ -22,19 +24,25 @@ void allow_many_descriptors() {
 
 int main(int argc, char** argv) {
   double idle_seconds = 10;
+  quoll::ShareBounds bounds;
+  std::int64_t share_seconds = bounds.time.count();
   CLI::App app("Shares for other programs; the session bus starts it.", "quoll-share-service");
   app.add_option("--idle", idle_seconds, "end after so many idle seconds")
       ->check(CLI::Range(0.0, 86400.0))
+      ->capture_default_str();
+  app.add_option("--time", share_seconds, "end a share that takes longer than so many seconds")
+      ->check(CLI::Range(1, 86400))
       ->capture_default_str();
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;
   }
-  allow_many_descriptors();
+  bounds.time = std::chrono::seconds(share_seconds);
+  allow_many_descriptors(bounds);
   try {
     const auto failure = quoll::serve_shares(
-        std::chrono::milliseconds(static_cast<std::int64_t>(idle_seconds * 1000)));
+        std::chrono::milliseconds(static_cast<std::int64_t>(idle_seconds * 1000)), bounds);
     if (!failure) {
       return 0;
     }

@@ -1,9 +1,12 @@
 #include "apps/quoll-share-service/service.h"
 
+#include <memory>
+
 #include "apps/quoll-share-service/share_interface.h"
 #include "apps/quoll-share-service/share_process.h"
 #include "apps/quoll-share-service/share_request.h"
 #include "linux/gio/application_service.h"
+#include "linux/gio/notification.h"
 
 namespace quoll {
 
@@ -19,7 +22,8 @@ void refuse(GDBusMethodInvocation* call, GDBusError error, const std::string& wh
 
 class ShareService final : public gio::ApplicationService {
  public:
-  ShareService() : ApplicationService(kIdentifier, kShareInterface) {}
+  explicit ShareService(const ShareBounds& bounds)
+      : ApplicationService(kIdentifier, kShareInterface), bounds_(bounds) {}
 
  private:
   void open(std::vector<std::string> uris, const gio::ActivationTokens& tokens,
@@ -27,10 +31,8 @@ class ShareService final : public gio::ApplicationService {
     if (uris.empty()) {
       return refuse(call, G_DBUS_ERROR_INVALID_ARGS, "there is nothing to share");
     }
-    if (uris.size() > kMostUris) {
-      return refuse(call, G_DBUS_ERROR_LIMITS_EXCEEDED,
-                    std::to_string(uris.size()) + " URIs, and " + std::to_string(kMostUris) +
-                        " are the most");
+    if (const auto complaint = too_many_uris(uris.size())) {
+      return refuse(call, G_DBUS_ERROR_LIMITS_EXCEEDED, *complaint);
     }
     ShareRequest request;
     request.uris = std::move(uris);
@@ -56,6 +58,9 @@ class ShareService final : public gio::ApplicationService {
   // There is one method.
   void call(std::string_view /*method*/, GVariant* parameters,
             GDBusMethodInvocation* call) override {
+    if (running_ == kMostShares) {  // before anything of it is held
+      return refuse_one_more(call);
+    }
     const gio::VariantHandle given(g_variant_get_child_value(parameters, 0));
     GDBusMessage* const message = g_dbus_method_invocation_get_message(call);
     ShareRequest request;
@@ -74,19 +79,31 @@ class ShareService final : public gio::ApplicationService {
   void start_for_person(ShareRequest request, const gio::ActivationTokens& tokens,
                         GDBusMethodInvocation* call) {
     request.tokens = tokens;
-    if (start(std::move(request), Listener::kPerson, call, [](const ShareEnd&) {})) {
+    const std::shared_ptr<GDBusConnection> bus(
+        static_cast<GDBusConnection*>(g_object_ref(g_dbus_method_invocation_get_connection(call))),
+        g_object_unref);
+    const auto show = [bus](const ShareEnd& end) {
+      if (!end.told.empty()) {
+        gio::send_notification(bus.get(), "Nothing was shared", end.told);
+      }
+    };
+    if (start(std::move(request), Listener::kPerson, call, show)) {
       g_dbus_method_invocation_return_value(call, nullptr);
     }
+  }
+
+  static void refuse_one_more(GDBusMethodInvocation* call) {
+    refuse(call, G_DBUS_ERROR_LIMITS_EXCEEDED, "too many shares are under way");
   }
 
   /// False when the call was answered with an error.
   bool start(ShareRequest request, Listener listener, GDBusMethodInvocation* call,
              std::function<void(const ShareEnd&)> ended) {
     if (running_ == kMostShares) {
-      refuse(call, G_DBUS_ERROR_LIMITS_EXCEEDED, "too many shares are under way");
+      refuse_one_more(call);
       return false;
     }
-    const auto failure = start_share(std::move(request), listener,
+    const auto failure = start_share(std::move(request), listener, bounds_,
                                      [this, ended = std::move(ended)](const ShareEnd& end) {
                                        --running_;
                                        ended(end);
@@ -99,13 +116,14 @@ class ShareService final : public gio::ApplicationService {
     return true;
   }
 
+  ShareBounds bounds_;
   int running_ = 0;
 };
 
 }  // namespace
 
-gio::Failure serve_shares(std::chrono::milliseconds idle) {
-  ShareService service;
+gio::Failure serve_shares(std::chrono::milliseconds idle, const ShareBounds& bounds) {
+  ShareService service(bounds);
   if (auto failure = service.begin()) {
     return failure;
   }

@@ -2,6 +2,7 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <memory>
@@ -18,7 +19,6 @@ namespace quoll {
 
 namespace {
 
-constexpr unsigned kDeadlineSeconds = 600;
 /// A share tells a line for each thing that it left out.
 constexpr std::size_t kMostTold = std::size_t{64} << 10;
 constexpr gsize kBlock = 4096;
@@ -36,7 +36,8 @@ std::string share_program() {
   return !fs::exists(installed, ignored) && fs::exists(built, ignored) ? built : installed;
 }
 
-/// The texts and the items, as the program takes them from its standard input.
+/// The texts and the items, as the program takes them from its standard input; none with `errno`
+/// set when they cannot be held.
 posix::UniqueFd list_of(const ShareRequest& request) {
   posix::UniqueFd list(memfd_create("list", MFD_CLOEXEC));
   std::string parts;
@@ -95,12 +96,29 @@ void pass_token(GSubprocessLauncher* launcher, const char* variable, const std::
   }
 }
 
-ObjectHandle<GSubprocess> spawn(ShareRequest& request, Listener listener, gio::ErrorSlot& error) {
+/// Runs between fork and exec, where little may be done.
+void allow_usual_descriptors(gpointer bounds) {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+    limit.rlim_cur = std::min(static_cast<const ShareBounds*>(bounds)->descriptors, limit.rlim_max);
+    setrlimit(RLIMIT_NOFILE, &limit);
+  }
+}
+
+ObjectHandle<GSubprocess> spawn(ShareRequest& request, Listener listener, ShareBounds bounds,
+                                gio::ErrorSlot& error) {
+  posix::UniqueFd list = list_of(request);
+  if (!list) {
+    g_set_error(error.out(), G_IO_ERROR, g_io_error_from_errno(errno),
+                "the request cannot be held: %s", host::error_words(errno).c_str());
+    return nullptr;
+  }
   const auto flags = static_cast<GSubprocessFlags>(
       G_SUBPROCESS_FLAGS_STDOUT_SILENCE |
       (listener == Listener::kCaller ? G_SUBPROCESS_FLAGS_STDERR_PIPE : 0));
   const ObjectHandle<GSubprocessLauncher> launcher(g_subprocess_launcher_new(flags));
-  g_subprocess_launcher_take_stdin_fd(launcher.get(), list_of(request).release());
+  g_subprocess_launcher_take_stdin_fd(launcher.get(), list.release());
+  g_subprocess_launcher_set_child_setup(launcher.get(), allow_usual_descriptors, &bounds, nullptr);
   auto command = command_of(request, listener);
   for (std::size_t at = 0; at < request.items.size(); ++at) {
     g_subprocess_launcher_take_fd(launcher.get(), request.items[at].descriptor.release(),
@@ -124,11 +142,12 @@ class RunningShare : public std::enable_shared_from_this<RunningShare> {
   RunningShare(ObjectHandle<GSubprocess> process, std::function<void(const ShareEnd&)> ended)
       : process_(std::move(process)), ended_(std::move(ended)), given_up_(g_cancellable_new()) {}
 
-  void watch(Listener listener) {
+  void watch(Listener listener, std::chrono::seconds time) {
+    time_ = time;
+    deadline_ = g_timeout_add_seconds(static_cast<guint>(time.count()), late, this);
     if (listener == Listener::kCaller) {
       is_told_ = false;
       read_on();
-      deadline_ = g_timeout_add_seconds(kDeadlineSeconds, late, this);
     }
     g_subprocess_wait_async(process_.get(), given_up_.get(), exited, reference());
   }
@@ -192,7 +211,8 @@ class RunningShare : public std::enable_shared_from_this<RunningShare> {
   [[nodiscard]] ShareEnd end() const {
     constexpr int kNotOpened = static_cast<int>(host::ExitCode::kNotOpened);
     if (is_late_) {
-      return {kNotOpened, "not opened: it took longer than ten minutes"};
+      return {kNotOpened,
+              "not opened: it took longer than " + std::to_string(time_.count()) + " s"};
     }
     if (g_subprocess_get_if_exited(process_.get()) == FALSE) {
       return {kNotOpened, "not opened: quoll-share was ended by signal " +
@@ -220,6 +240,7 @@ class RunningShare : public std::enable_shared_from_this<RunningShare> {
   std::function<void(const ShareEnd&)> ended_;
   ObjectHandle<GCancellable> given_up_;
   std::string told_;
+  std::chrono::seconds time_{};
   guint deadline_ = 0;
   bool has_exited_ = false;
   bool is_told_ = true;
@@ -228,15 +249,15 @@ class RunningShare : public std::enable_shared_from_this<RunningShare> {
 
 }  // namespace
 
-gio::Failure start_share(ShareRequest request, Listener listener,
+gio::Failure start_share(ShareRequest request, Listener listener, const ShareBounds& bounds,
                          std::function<void(const ShareEnd&)> ended) {
   gio::ErrorSlot error;
-  auto process = spawn(request, listener, error);
+  auto process = spawn(request, listener, bounds, error);
   if (!process) {
     return "quoll-share could not be started: " + error.message();
   }
   const auto running = std::make_shared<RunningShare>(std::move(process), std::move(ended));
-  running->watch(listener);
+  running->watch(listener, bounds.time);
   return std::nullopt;
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <sys/resource.h>
+
+#include <chrono>
 #include <functional>
 #include <string>
 
@@ -16,13 +19,20 @@ struct ShareEnd {
 
 /// Who hears of a failure.
 enum class Listener {
-  kPerson,  ///< it is shown on the desktop
-  kCaller,  ///< it is in the answer only, which comes after ten minutes at the latest
+  kPerson,  ///< the share shows it on the desktop; told is only what it could not
+  kCaller,  ///< it is told
+};
+
+/// What a share may use.
+struct ShareBounds {
+  std::chrono::seconds time{600};  ///< then it is ended
+  rlim_t descriptors = 1024;       ///< as the programs that it starts expect it
 };
 
 /// Starts `quoll-share` with all of the request and answers at once. `ended` is called later, once,
 /// by the default main context; not when the process could not be started, which is said.
 [[nodiscard]] gio::Failure start_share(ShareRequest request, Listener listener,
+                                       const ShareBounds& bounds,
                                        std::function<void(const ShareEnd&)> ended);
 
 }  // namespace quoll

@@ -45,7 +45,10 @@ Complaint take_text(std::string_view key, GVariant* value, Text& text) {
   if (g_variant_is_of_type(value, G_VARIANT_TYPE_STRING) == FALSE) {
     return wrong_type(key, "s");
   }
-  text = g_variant_get_string(value, nullptr);
+  // Programs give an empty one for none.
+  if (const char* const given = g_variant_get_string(value, nullptr); *given != '\0') {
+    text = given;
+  }
   return std::nullopt;
 }
 
@@ -54,8 +57,8 @@ Complaint take_uris(GVariant* value, std::vector<std::string>& uris) {
     return wrong_type("uris", "as");
   }
   const gsize count = g_variant_n_children(value);
-  if (count > kMostUris) {
-    return std::to_string(count) + " URIs, and " + std::to_string(kMostUris) + " are the most";
+  if (auto complaint = too_many_uris(uris.size() + count)) {
+    return complaint;
   }
   for (gsize at = 0; at < count; ++at) {
     const char* uri = nullptr;
@@ -138,8 +141,9 @@ Complaint take_items(GVariant* value, GUnixFDList* descriptors, std::vector<Requ
     return wrong_type("items", "aa{sv}");
   }
   const gsize count = g_variant_n_children(value);
-  if (count > kMostItems) {
-    return std::to_string(count) + " items, and " + std::to_string(kMostItems) + " are the most";
+  // A key may come more than once.
+  if (const std::size_t all = items.size() + count; all > kMostItems) {
+    return std::to_string(all) + " items, and " + std::to_string(kMostItems) + " are the most";
   }
   for (gsize at = 0; at < count; ++at) {
     const VariantHandle item(g_variant_get_child_value(value, at));
@@ -151,6 +155,14 @@ Complaint take_items(GVariant* value, GUnixFDList* descriptors, std::vector<Requ
 }
 
 }  // namespace
+
+std::optional<std::string> too_many_uris(std::size_t count) {
+  if (count <= kMostUris) {
+    return std::nullopt;
+  }
+  return std::to_string(count) + " links and files, and " + std::to_string(kMostUris) +
+         " are the most";
+}
 
 std::optional<std::string> read_share_request(GVariant* given, GUnixFDList* descriptors,
                                               ShareRequest& request) {

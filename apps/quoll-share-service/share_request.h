@@ -37,6 +37,9 @@ struct ShareRequest {
 /// More than anybody selects, and few enough for one process.
 inline constexpr std::size_t kMostUris = 20'000;
 
+/// What is said of so many links and files when they are too many; none when they are not.
+[[nodiscard]] std::optional<std::string> too_many_uris(std::size_t count);
+
 /// Reads what docs/dbus.md describes into `request`, with the descriptors that came beside it (null
 /// when none did). Answers what is wrong with it; none when all is well.
 [[nodiscard]] std::optional<std::string> read_share_request(GVariant* given,

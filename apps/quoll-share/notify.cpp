@@ -1,12 +1,14 @@
 #include "apps/quoll-share/notify.h"
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <limits>
 #include <string>
@@ -60,11 +62,16 @@ int share_and_notify(const std::function<int()>& share) {
   const bool is_piped = pipe2(ends, O_CLOEXEC) == 0;
   host::FileHandle reading(ends[0]);
   host::FileHandle writing(ends[1]);
+  const pid_t program = getpid();
   const pid_t process = is_piped ? fork() : -1;
   if (process < 0) {
     return share();  // as it would be without a desktop
   }
   if (process == 0) {
+    // Whoever ends this program ends the share.
+    if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != program) {
+      _exit(kSignalled + SIGKILL);
+    }
     dup2(writing.get(), STDERR_FILENO);
     writing.reset();
     reading.reset();

@@ -51,6 +51,19 @@ quoll_defence(uris_of_a_call FILE apps/quoll-share-service/share_request.h
 quoll_defence(items_of_a_call FILE apps/quoll-share-service/share_request.cpp
   TAKES "kMostItems = 64" GIVES "kMostItems = 65"
   SHOWN_BY share_service ShareService.RequestsThatAreNone)
+quoll_defence(uris_under_two_keys FILE apps/quoll-share-service/share_request.cpp
+  TAKES "too_many_uris(uris.size() + count)" GIVES "too_many_uris(count)"
+  SHOWN_BY share_service ShareService.RequestsThatAreNone)
+quoll_defence(items_under_two_keys FILE apps/quoll-share-service/share_request.cpp
+  TAKES "items.size() + count" GIVES "count"
+  SHOWN_BY share_service ShareService.RequestsThatAreNone)
+quoll_defence(late_share FILE apps/quoll-share/notify.cpp
+  TAKES "PR_SET_PDEATHSIG, SIGKILL" GIVES "PR_SET_PDEATHSIG, 0"
+  SHOWN_BY share_service HurriedShareService.AShareThatTakesTooLongIsEndedAndSaid)
+quoll_defence(inherited_descriptors FILE apps/quoll-share-service/share_process.cpp
+  TAKES "    setrlimit(RLIMIT_NOFILE, &limit);" GIVES "    getrlimit(RLIMIT_NOFILE, &limit);"
+  SHOWN_BY share_service
+    ShareServiceWithFewDescriptors.TheMailApplicationIsGivenAsManyAsItWouldBe)
 quoll_defence(told_of_a_share FILE apps/quoll-share-service/share_process.cpp
   TAKES "std::size_t{64} << 10" GIVES "std::size_t{64} << 20"
   SHOWN_BY share_service ShareService.ThousandsOfNamesAndALongAnswer)

@@ -4,6 +4,7 @@
 #include <gio/gunixfdlist.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -64,16 +65,20 @@ class Request {
     entries_.emplace_back(key, gio::VariantHandle(g_variant_ref_sink(value)));
     return *this;
   }
+  /// What comes after it stands under another key of the same name.
+  Request& end_of_items() {
+    GVariant* const list =
+        g_variant_new_array(G_VARIANT_TYPE_VARDICT, items_.data(), items_.size());
+    for (GVariant* item : items_) {
+      g_variant_unref(item);
+    }
+    items_.clear();
+    return add("items", list);
+  }
   /// The parameters of the call; floating.
   [[nodiscard]] GVariant* parameters() {
     if (!items_.empty()) {
-      GVariant* const list =
-          g_variant_new_array(G_VARIANT_TYPE_VARDICT, items_.data(), items_.size());
-      for (GVariant* item : items_) {
-        g_variant_unref(item);
-      }
-      items_.clear();
-      add("items", list);
+      end_of_items();
     }
     g_auto(GVariantBuilder) all = G_VARIANT_BUILDER_INIT(G_VARIANT_TYPE("a{sv}"));
     for (const auto& [key, value] : entries_) {
@@ -113,7 +118,6 @@ class Call {
     }
     return answer_;
   }
-  [[nodiscard]] bool is_over() const { return is_over_; }
 
  private:
   static void answered(GObject* bus, GAsyncResult* result, gpointer data) {
@@ -245,7 +249,8 @@ TEST_F(ShareService, StartedByItselfItSharesTheClipboard) {
 
 TEST_F(ShareService, OpenHasItsLimits) {
   EXPECT_EQ(open({}), "there is nothing to share");
-  EXPECT_EQ(open(std::vector<std::string>(20'001, "a:b")), "20001 URIs, and 20000 are the most");
+  EXPECT_EQ(open(std::vector<std::string>(20'001, "a:b")),
+            "20001 links and files, and 20000 are the most");
 }
 
 // As arguments they would be longer than a command line may be.
@@ -319,6 +324,7 @@ TEST_F(ShareService, RequestsThatAreNone) {
   };
   row("there is nothing to share");
   row("there is nothing to share").text("title", "alone");
+  row("there is nothing to share").text("text", "").text("html", "");
   row("\"subject\" is not known").text("subject", "S");
   row("\"text\" is not of the type s").add("text", g_variant_new_int32(1));
   row("\"uris\" is not of the type as").text("uris", "https://h/");
@@ -333,7 +339,18 @@ TEST_F(ShareService, RequestsThatAreNone) {
   row("\"path\" is not known of items").item("", "", "path", g_variant_new_string("/etc/passwd"));
   row("a name or a type is longer than 255 bytes").bytes(std::string(256, 'n'), "", "x");
   row("\"a:b\" is no media type").bytes("n", "a:b", "x");
-  row("20001 URIs, and 20000 are the most").uris(std::vector<std::string>(20'001, "a:b"));
+  row("20001 links and files, and 20000 are the most")
+      .uris(std::vector<std::string>(20'001, "a:b"));
+  row("20001 links and files, and 20000 are the most")
+      .uris(std::vector<std::string>(20'000, "a:b"))
+      .uris({"a:b"});
+  Request& twice = row("66 items, and 64 are the most");
+  for (int number = 0; number < 66; ++number) {
+    twice.bytes("n", "", "x");
+    if (number == 32) {
+      twice.end_of_items();
+    }
+  }
   Request& many = row("65 items, and 64 are the most");
   for (int number = 0; number < 65; ++number) {
     many.bytes("n", "", "x");
@@ -357,7 +374,7 @@ TEST_F(ShareService, ASlowDescriptorDoesNotStopTheNextCall) {
   EXPECT_EQ(second.code, 0) << second.told;
   ASSERT_EQ(::write(writing.get(), "slow", 4), 4);
   writing.reset();
-  first.wait();
+  EXPECT_EQ(first.wait().code, 0) << "it was not given up";
 }
 
 TEST_F(ShareService, SixteenSharesAreUnderWayAtMost) {
@@ -375,6 +392,14 @@ TEST_F(ShareService, SixteenSharesAreUnderWayAtMost) {
   for (Call& call : calls) {
     EXPECT_EQ(call.wait().code, 1) << "there is no receiver";
   }
+}
+
+TEST_F(ShareService, AnEmptyTextIsNone) {
+  install_receiver();
+  Request request;
+  const Answer answer = share(request.text("title", "").text("html", "").text("text", "words"));
+  EXPECT_EQ(answer.code, 0) << answer.told;
+  EXPECT_EQ(answer.told, "");
 }
 
 TEST_F(ShareService, ACallerThatGoesAwayHasShared) {
@@ -423,6 +448,59 @@ TEST_F(ShareService, WithoutABusItSaysSo) {
   EXPECT_EQ(ended.status, 1);
   EXPECT_NE(ended.errors.find("quoll-share-service: there is no session bus"), std::string::npos);
   EXPECT_EQ(run({QUOLL_SHARE_SERVICE, "--idle", "x"}, environment).status, 2);
+}
+
+class HurriedShareService : public ShareService {
+ protected:
+  HurriedShareService() : ShareService("0.2 --time 1") {}
+};
+
+TEST_F(HurriedShareService, AShareThatTakesTooLongIsEndedAndSaid) {
+  install_receiver();
+  Process desktop({NOTIFICATION_DOUBLE}, home_.bus.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  posix::UniqueFd turn = held_turn();
+  Request request;
+  const Answer answer = share(request.text("text", "asked by a program"));
+  EXPECT_EQ(answer.code, 1);
+  EXPECT_EQ(answer.told, "not opened: it took longer than 1 s");
+  EXPECT_EQ(open({"https://example.org/asked-by-a-person"}), "");
+  EXPECT_EQ(desktop.read_line(), "Nothing was shared|not opened: it took longer than 1 s");
+  turn.reset();
+  EXPECT_EQ(run({QUOLL_SHARE, "--text", "words"}, home_.bus.environment()).status, 0);
+  const std::string draft = drafts(1);
+  EXPECT_EQ(draft.find("asked"), std::string::npos) << draft;
+}
+
+/// Sets how many descriptors this process and those that it starts may have.
+class FewDescriptors {
+ protected:
+  FewDescriptors() {
+    EXPECT_EQ(getrlimit(RLIMIT_NOFILE, &before_), 0);
+    const rlimit few{200, before_.rlim_max};
+    EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+  }
+  ~FewDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
+
+ private:
+  rlimit before_{};
+};
+
+class ShareServiceWithFewDescriptors : FewDescriptors, public ShareService {};
+
+// One that calls select() with more of them than it expects would break.
+TEST_F(ShareServiceWithFewDescriptors, TheMailApplicationIsGivenAsManyAsItWouldBe) {
+  const std::string record = home_.bus.path("record");
+  home_.bus.add_entry(
+      kReceiver, "[Desktop Entry]\nType=Application\nName=Recorder\nExec=sh -c \"ulimit -Sn >" +
+                     record + ".new; mv " + record + ".new " + record + "\" %u\n");
+  Request request;
+  const Answer answer = share(request.text("text", "words"));
+  EXPECT_EQ(answer.code, 0) << answer.told;
+  while (!std::filesystem::exists(record)) {
+    std::this_thread::sleep_for(10ms);
+  }
+  EXPECT_EQ(read_file(record), "200\n");
 }
 
 class ShortLivedShareService : public ShareService {
