@@ -1,7 +1,8 @@
 #include "arguments.h"
 
-#include <CLI/CLI.hpp>
+#include <fcntl.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
 #include <iostream>
@@ -131,6 +132,15 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
     auto delivery = delivery_of(descriptor);
     if (!delivery) {
       return wrong_usage("--descriptor takes a number above 2, a type and a name: N:TYPE:NAME");
+    }
+    // Later another file may have got the number.
+    const bool is_open = fcntl(delivery->descriptor, F_GETFD) >= 0;
+    const bool is_repeated = std::ranges::any_of(wanted.deliveries, [&](const auto& other) {
+      return other.descriptor == delivery->descriptor;
+    });
+    if (!is_open || is_repeated) {
+      return wrong_usage("descriptor " + std::to_string(delivery->descriptor) +
+                         (is_open ? " is given twice" : " is not open"));
     }
     wanted.deliveries.push_back(std::move(*delivery));
   }

@@ -236,11 +236,11 @@ TEST_F(Share, StandardInputIsOneThing) {
 TEST_F(Share, BytesOfADescriptorAreAFileOfTheirName) {
   const std::string from = home_.write("from", "the content");
   const Ended ended = run({"sh", "-c",
-                           "exec \"$0\" --print --descriptor 5::a:b.txt --descriptor 5 "
+                           "exec \"$0\" --print --descriptor 5::a:b.txt "
                            "--descriptor 6:text/html:page 5<\"$HOME/from\" 6<\"$HOME/from\"",
                            QUOLL_SHARE},
                           home_.environment());
-  EXPECT_EQ(ended.errors, "left out: an item without a name: bad file descriptor\n");
+  EXPECT_EQ(ended.errors, "");
   auto staged = attachments_of(ended.output);  // in the order in which they were copied
   std::ranges::sort(staged);
   EXPECT_EQ(staged, (std::vector<std::string>{home_.staging() + "/a:b.txt",
@@ -250,6 +250,22 @@ TEST_F(Share, BytesOfADescriptorAreAFileOfTheirName) {
   for (const char* wrong : {"", "x", "2", "-1", "5x", "99999999999", "5;a"}) {
     EXPECT_EQ(home_.print({"--descriptor", wrong}).status, 2) << wrong;
   }
+}
+
+// The program's own files would be taken for the item.
+TEST_F(Share, ADescriptorIsOpenAndGivenOnce) {
+  const auto errors_of = [&](const char* arguments) {
+    const Ended ended =
+        run({"sh", "-c", std::string("exec \"$0\" --text x --print ") + arguments, QUOLL_SHARE},
+            home_.environment());
+    EXPECT_EQ(ended.status, 2) << arguments;
+    return ended.errors;
+  };
+  const std::string help = "; see quoll-share --help\n";
+  EXPECT_EQ(errors_of("--descriptor 3::a.txt 3>&-"),
+            "quoll-share: descriptor 3 is not open" + help);
+  EXPECT_EQ(errors_of("--descriptor 3::a --descriptor 3::b 3</dev/null"),
+            "quoll-share: descriptor 3 is given twice" + help);
 }
 
 TEST_F(Share, ASecondShareWaitsForItsTurn) {
