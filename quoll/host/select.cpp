@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 
 #include "quoll/foundation/text.h"
 #include "quoll/host/data_url.h"
@@ -190,7 +191,10 @@ class Selector {
       return 0;
     }
     const bool has_extension = name.find('.') != std::string_view::npos;
-    const std::string_view extension = has_extension ? "" : extension_of_media_type(media_type);
+    std::string_view extension = has_extension ? "" : extension_of_media_type(media_type);
+    if (name.size() + 1 + extension.size() > NAME_MAX) {
+      extension = "";
+    }
     std::string path;
     const FileHandle file = selection_.folder->create(
         std::string(name) + (extension.empty() ? "" : ".") + std::string(extension), path);

@@ -153,6 +153,8 @@ TEST(Select, DeliveriesBecomeFilesOfTheirNames) {
   const std::vector<Row> rows{
       {"a name", "application/pdf", "a b,c.pdf", "a b,c.pdf"},
       {"one without an extension", "application/pdf", "report", "report.pdf"},
+      {"no room for one", "text/plain", std::string(252, 'n'), std::string(252, 'n')},
+      {"just room", "text/plain", std::string(251, 'n'), std::string(251, 'n') + ".txt"},
       {"an unknown type", "x/y", "report", "report"},
       {"no type", "", "report", "report.txt"},
       {"folders before it", "", "/etc/../x.txt", "x.txt"},
