@@ -86,6 +86,13 @@ std::string in_words(const gio::ErrorSlot& error) {
   if (error.is(G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN)) {
     return "nobody answers to it.vorlent.quoll2.Quoll-Share; install quoll-share";
   }
+  if (error.is(G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY)) {
+    return "quoll-share-service ended before it answered";
+  }
+  if (error.is(G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) {
+    return "quoll-share-service did not answer within " +
+           std::to_string(kTimeOutMilliseconds / 1000) + " s";
+  }
   g_dbus_error_strip_remote_error(error.get());
   return error.message();
 }
