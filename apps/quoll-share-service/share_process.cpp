@@ -6,12 +6,10 @@
 #include <cerrno>
 #include <filesystem>
 #include <memory>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "linux/gio/handles.h"
-#include "quoll/foundation/text.h"
 #include "quoll/host/file_handle.h"
 #include "quoll/host/report.h"
 
@@ -220,20 +218,8 @@ class RunningShare : public std::enable_shared_from_this<RunningShare> {
     }
     const int code = g_subprocess_get_exit_status(process_.get());
     const bool is_wrong_use = code == static_cast<int>(host::ExitCode::kUsage);
-    return {is_wrong_use ? kNotOpened : code, shown()};
-  }
-
-  /// The program has had other people's bytes in its hands, so what it tells is looked at first.
-  [[nodiscard]] std::string shown() const {
-    std::string_view told = told_;
-    const bool is_long = told.size() > kMostTold;
-    if (is_long) {
-      told = told.substr(0, told.rfind('\n', kMostTold));
-    }
-    if (told.find('\0') != std::string_view::npos || !foundation::is_utf8(told)) {
-      return "the system log tells more";
-    }
-    return std::string(foundation::trim(told)) + (is_long ? "\n..." : "");
+    return {is_wrong_use ? kNotOpened : code,
+            host::shown_report(told_, kMostTold).value_or("the system log tells more")};
   }
 
   ObjectHandle<GSubprocess> process_;

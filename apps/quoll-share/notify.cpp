@@ -5,7 +5,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -15,7 +14,6 @@
 #include <string_view>
 
 #include "linux/gio/notification.h"
-#include "quoll/foundation/text.h"
 #include "quoll/host/file_handle.h"
 #include "quoll/host/received_bytes.h"
 #include "quoll/host/report.h"
@@ -33,26 +31,13 @@ int wait_for(pid_t process) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
 }
 
-/// The first lines of it, as many as a notification has room for. The share has had other people's
-/// bytes in its hands, so what it tells is not taken for text before it was looked at.
-std::string shown(std::string_view told) {
-  constexpr std::size_t kMost = 1000;
-  told = foundation::trim(told);
-  const bool is_long = told.size() > kMost;
-  if (is_long) {
-    told = told.substr(0, std::min(told.rfind('\n', kMost), kMost));
-  }
-  if (told.empty() || !foundation::is_utf8(told)) {
-    return "The system log tells more.";
-  }
-  return std::string(told) + (is_long ? "\n..." : "");
-}
-
 void show(int code, std::string_view told) {
+  constexpr std::size_t kMost = 1000;  // a notification has no room for more
   constexpr std::chrono::milliseconds kTimeOut{5000};
+  const std::string shown = host::shown_report(told, kMost).value_or("");
   const bool is_opened = code == static_cast<int>(host::ExitCode::kSomethingLeftOut);
   gio::show_notification(is_opened ? "Not everything is in the draft" : "Nothing was shared",
-                         shown(told), kTimeOut);
+                         shown.empty() ? "The system log tells more." : shown, kTimeOut);
 }
 
 }  // namespace

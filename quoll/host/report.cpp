@@ -7,6 +7,7 @@
 #include "quoll/foundation/error.h"
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/printable.h"
+#include "quoll/foundation/text.h"
 #include "quoll/host/plain_reason.h"
 #include "quoll/message/extension_message.h"
 
@@ -148,6 +149,18 @@ ExitCode report(const Selection& selection, const Outcome& outcome,
     return ExitCode::kNotOpened;
   }
   return left_out.empty() ? ExitCode::kOpened : ExitCode::kSomethingLeftOut;
+}
+
+std::optional<std::string> shown_report(std::string_view told, std::size_t most) {
+  told = foundation::trim(told);
+  const bool is_long = told.size() > most;
+  if (is_long) {
+    told = told.substr(0, std::min(told.rfind('\n', most), most));
+  }
+  if (told.find('\0') != std::string_view::npos || !foundation::is_utf8(told)) {
+    return std::nullopt;
+  }
+  return std::string(told) + (is_long ? "\n..." : "");
 }
 
 }  // namespace quoll::host

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <ostream>
+#include <string>
+#include <string_view>
 
 #include "quoll/host/run.h"
 #include "quoll/host/select.h"
@@ -21,5 +25,10 @@ enum class ExitCode : int {
 /// silent.
 [[nodiscard]] ExitCode report(const Selection& selection, const Outcome& outcome,
                               const WatchedWorkspace& workspace, std::ostream& out);
+
+/// What another process told as `report` does, to be shown: as many whole lines as `most` bytes
+/// hold, and "..." for the rest. That process has had other people's bytes in its hands, so none
+/// when it is not text.
+[[nodiscard]] std::optional<std::string> shown_report(std::string_view told, std::size_t most);
 
 }  // namespace quoll::host

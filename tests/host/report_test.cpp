@@ -158,5 +158,15 @@ TEST(Report, AFolderThatCouldNotBeEmptiedAndWasFilledIsNoTrouble) {
   EXPECT_EQ(answer.code, ExitCode::kOpened);
 }
 
+TEST(ShownReport, HasWholeLinesOfText) {
+  constexpr std::size_t kMost = 8;
+  EXPECT_EQ(shown_report("", kMost), "");
+  EXPECT_EQ(shown_report("one\ntwo\n", kMost), "one\ntwo");
+  EXPECT_EQ(shown_report("one\ntwo\nthree\n", kMost), "one\ntwo\n...");
+  EXPECT_EQ(shown_report("a long line", kMost), "a long l\n...");
+  EXPECT_EQ(shown_report("gr\xFC\xDF", kMost), std::nullopt);
+  EXPECT_EQ(shown_report(std::string_view("a\0b", 3), kMost), std::nullopt);
+}
+
 }  // namespace
 }  // namespace quoll::host
