@@ -147,6 +147,7 @@ int main(int argc, char** argv) {
   nautilus_file_info_list_free(files);
   std::fflush(stdout);
   if (items == nullptr) {
+    g_object_unref(provider);
     return 0;
   }
   nautilus_menu_item_activate(NAUTILUS_MENU_ITEM(items->data));
