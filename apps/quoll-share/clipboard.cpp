@@ -10,14 +10,16 @@
 #include <string_view>
 #include <vector>
 
-#include "apps/quoll-share/tool.h"
 #include "quoll/host/clipboard_content.h"
 #include "quoll/host/file_handle.h"
+#include "quoll/host/tool.h"
 
 namespace quoll {
 
 namespace {
 
+using host::run_tool;
+using host::ToolAnswer;
 using End = ToolAnswer::End;
 /// Why there is nothing; none when there is something.
 using Reason = std::optional<std::string>;

@@ -14,7 +14,6 @@
 
 #include "linux/gio/applications.h"
 #include "linux/gio/mail_clients.h"
-#include "linux/gio/program_output.h"
 #include "linux/image_helper/images.h"
 #include "linux/posix/group_containers.h"
 #include "linux/posix/lock_holder.h"
@@ -22,6 +21,7 @@
 #include "quoll/container/group_container.h"
 #include "quoll/foundation/nsurl.h"
 #include "quoll/foundation/path.h"
+#include "quoll/host/tool.h"
 #include "quoll/message/command_launcher.h"
 #include "quoll/platform/bundle.h"
 #include "quoll/platform/desktop.h"
@@ -267,18 +267,20 @@ Step menu_entry(const Entry& entry) {
 
 /// What shares said last, and the receiver of their drafts; only what this user may read.
 Step log_lines() {
+  constexpr std::size_t kMost = 65536;
   // A large journal on a slow disk is not worth more of a person's time.
   const auto said =
-      gio::output_of({"timeout", "5", "journalctl", "--quiet", "--no-pager", "--output=short-iso",
-                      "--lines=5", "--identifier=quoll-share", "--identifier=quoll-compose"});
+      host::run_tool({"journalctl", "--quiet", "--no-pager", "--output=short-iso", "--lines=5",
+                      "--identifier=quoll-share", "--identifier=quoll-compose"},
+                     kMost, kPatience, std::chrono::steady_clock::now() + kPatience);
   Step step{"last log lines", State::kGood, "none", ""};
-  if (!said) {
+  if (said.end != host::ToolAnswer::End::kWell) {
     step.found = "there is no system journal here";
     step.advice = "look for quoll-share where the system keeps its log, or share with --verbose";
     step.state = State::kWorthKnowing;
     return step;
   }
-  std::istringstream lines(*said);
+  std::istringstream lines(said.output);
   for (std::string line; std::getline(lines, line);) {
     step.lines.push_back(line);
   }

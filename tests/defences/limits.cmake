@@ -37,7 +37,7 @@ quoll_defence(lock_name_length FILE linux/posix/coordinator.cpp
 quoll_defence(slow_tool FILE apps/quoll-share/clipboard.cpp
   TAKES "+ time.in_all" GIVES "+ 100 * time.in_all"
   SHOWN_BY clipboard Clipboard.AnOwnerThatDeliversAByteNowAndThenIsGivenUp)
-quoll_defence(children_of_a_tool FILE apps/quoll-share/tool.cpp
+quoll_defence(children_of_a_tool FILE quoll/host/tool.cpp
   TAKES "kill(-process, SIGKILL)" GIVES "kill(process, SIGKILL)"
   SHOWN_BY clipboard Clipboard.NothingOfTheToolStays)
 

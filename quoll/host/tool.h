@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace quoll {
+namespace quoll::host {
 
 /// What a small program of the system answered.
 struct ToolAnswer {
@@ -27,4 +27,4 @@ struct ToolAnswer {
                                   std::chrono::milliseconds patience,
                                   std::chrono::steady_clock::time_point deadline);
 
-}  // namespace quoll
+}  // namespace quoll::host

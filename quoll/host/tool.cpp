@@ -1,4 +1,4 @@
-#include "apps/quoll-share/tool.h"
+#include "quoll/host/tool.h"
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -13,13 +13,11 @@
 #include "quoll/foundation/printable.h"
 #include "quoll/host/file_handle.h"
 
-namespace quoll {
+namespace quoll::host {
 
 namespace {
 
 constexpr std::size_t kLongestComplaint = 200;
-
-using host::FileHandle;
 
 /// Answers the process, which leads a group of its own, or -1.
 pid_t spawn(const std::vector<std::string>& command, int output, int errors) {
@@ -69,7 +67,7 @@ ToolAnswer run_tool(const std::vector<std::string>& command, std::size_t most,
   const FileHandle errors(memfd_create("errors", MFD_CLOEXEC));
   if (pipe2(ends, O_CLOEXEC) != 0) {
     answer.end = ToolAnswer::End::kBadly;
-    answer.complaint = host::error_words(errno);
+    answer.complaint = error_words(errno);
     return answer;
   }
   const FileHandle reading(ends[0]);
@@ -81,7 +79,7 @@ ToolAnswer run_tool(const std::vector<std::string>& command, std::size_t most,
   }
   bool ended = false;
   const bool is_read =
-      host::read_until(reading.get(), answer.output, most + 1, ended, patience, deadline);
+      read_until(reading.get(), answer.output, most + 1, ended, patience, deadline);
   if (!ended) {
     kill(-process, SIGKILL);  // one of its children may be the one that waits
   }
@@ -97,4 +95,4 @@ ToolAnswer run_tool(const std::vector<std::string>& command, std::size_t most,
   return answer;
 }
 
-}  // namespace quoll
+}  // namespace quoll::host
