@@ -5,9 +5,9 @@
 
 #include <memory>
 
-#include "linux/icu/date_formatter.h"
-#include "linux/posix/steady_clock.h"
 #include "quoll/foundation/exchange_date.h"
+#include "quoll/linux/icu/date_formatter.h"
+#include "quoll/linux/posix/steady_clock.h"
 #include "quoll/platform/desktop.h"
 #include "quoll/records/extension_date.h"
 

@@ -1,7 +1,7 @@
 // Finding links in a text, against the same work by other libraries. The patterns of the peers take
 // what looks like an address; unlike this system they know neither top-level domains nor brackets.
 
-#include "linux/links/links.h"
+#include "quoll/linux/links/links.h"
 
 #include <benchmark/benchmark.h>
 

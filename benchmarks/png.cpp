@@ -29,8 +29,8 @@
 #include <utility>
 #include <vector>
 
-#include "linux/image_helper/codecs/readers.h"
-#include "linux/image_helper/images.h"
+#include "apps/image-helper/codecs/readers.h"
+#include "quoll/linux/image_helper/images.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "quoll/console/property_list_writer.h"
+#include "apps/console/operations/property_list_writer.h"
 #include "quoll/foundation/collections.h"
 
 #ifdef QUOLL_WITH_PLIST

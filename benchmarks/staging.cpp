@@ -14,9 +14,9 @@
 #include <fstream>
 #include <memory>
 
-#include "linux/posix/coordinator.h"
-#include "linux/posix/files.h"
 #include "quoll/foundation/collections.h"
+#include "quoll/linux/posix/coordinator.h"
+#include "quoll/linux/posix/files.h"
 #include "quoll/platform/desktop.h"
 
 extern char** environ;

@@ -3,11 +3,11 @@ set(QUOLL_ZSH_COMPLETIONS ${CMAKE_INSTALL_DATADIR}/zsh/site-functions
     CACHE STRING "Where zsh finds completions, below the prefix")
 
 # A command comes with a man page and with completions for each shell:
-# NAME.1, NAME.bash, NAME.zsh and NAME.fish in its folder.
-#   quoll_command(quoll-share COMPONENT quoll-share)
+# NAME.1, NAME.bash, NAME.zsh and NAME.fish in FOLDER.
+#   quoll_command(quoll-share FOLDER share COMPONENT quoll-share)
 function(quoll_command name)
-  cmake_parse_arguments(PARSE_ARGV 1 COMMAND "" "COMPONENT" "")
-  set(folder ${CMAKE_CURRENT_SOURCE_DIR}/${name})
+  cmake_parse_arguments(PARSE_ARGV 1 COMMAND "" "FOLDER;COMPONENT" "")
+  set(folder ${CMAKE_CURRENT_SOURCE_DIR}/${COMMAND_FOLDER})
   install(FILES ${folder}/${name}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
           COMPONENT ${COMMAND_COMPONENT})
   install(FILES ${folder}/${name}.bash RENAME ${name}

@@ -1,8 +1,6 @@
 # What is installed for other programs lies below one folder, so that its headers keep their names.
 set(QUOLL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/quoll-extensions)
 set(QUOLL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/QuollExtensions)
-# Rooms that are parts of this project's programs, not of the library.
-set(QUOLL_PROGRAM_ROOMS host console)
 
 # The headers of this folder, as FOLDER/NAME.h, but those that only the folder itself includes.
 function(quoll_install_headers folder)
@@ -25,27 +23,28 @@ function(quoll_room name)
   foreach(used IN LISTS ROOM_USES)
     target_link_libraries(quoll_${name} PUBLIC quoll_${used})
   endforeach()
-  if(NOT name IN_LIST QUOLL_PROGRAM_ROOMS)
-    quoll_install_headers(quoll/${name} INTERNAL ${ROOM_INTERNAL})
-  endif()
+  quoll_install_headers(quoll/${name} INTERNAL ${ROOM_INTERNAL})
 endfunction()
 
 # An adapter behind the ports, named after what it stands on. Other programs link it beside the
-# library; only HEADERS are for them.
+# library; only HEADERS are for them. ROOMS are used beside platform and foundation.
 #   quoll_adapter(gio SOURCES ... LIBRARIES PkgConfig::GIO HEADERS launcher.h)
 function(quoll_adapter name)
-  cmake_parse_arguments(ADAPTER "" "" "SOURCES;LIBRARIES;HEADERS" ${ARGN})
+  cmake_parse_arguments(ADAPTER "" "" "SOURCES;ROOMS;LIBRARIES;HEADERS" ${ARGN})
   add_library(linux_${name} STATIC ${ADAPTER_SOURCES})
   target_link_libraries(linux_${name}
     PUBLIC $<BUILD_INTERFACE:quoll_platform>
            $<INSTALL_INTERFACE:QuollExtensions::quoll-extensions> ${ADAPTER_LIBRARIES}
     PRIVATE $<BUILD_INTERFACE:quoll_warnings>)
+  foreach(room IN LISTS ADAPTER_ROOMS)
+    target_link_libraries(linux_${name} PUBLIC $<BUILD_INTERFACE:quoll_${room}>)
+  endforeach()
   set_target_properties(linux_${name} PROPERTIES EXPORT_NAME ${name}
                                                  OUTPUT_NAME quoll-linux-${name})
   install(TARGETS linux_${name} EXPORT QuollExtensions-${name} COMPONENT development)
   install(EXPORT QuollExtensions-${name} NAMESPACE QuollExtensions::
     DESTINATION ${QUOLL_CMAKEDIR} COMPONENT development)
-  install(FILES ${ADAPTER_HEADERS} DESTINATION ${QUOLL_INCLUDEDIR}/linux/${name}
+  install(FILES ${ADAPTER_HEADERS} DESTINATION ${QUOLL_INCLUDEDIR}/quoll/linux/${name}
     COMPONENT development)
 endfunction()
 

@@ -14,14 +14,14 @@
 #include <string>
 #include <string_view>
 
-#include "apps/quoll-compose/cannot_compose.h"
-#include "apps/quoll-compose/compose_command.h"
-#include "apps/quoll-compose/draft_summary.h"
-#include "apps/quoll-compose/mime_handles.h"
-#include "apps/quoll-compose/places.h"
-#include "apps/quoll-compose/received_draft.h"
+#include "apps/compose/cannot_compose.h"
+#include "apps/compose/compose_command.h"
+#include "apps/compose/draft_summary.h"
+#include "apps/compose/mime_handles.h"
+#include "apps/compose/places.h"
+#include "apps/compose/received_draft.h"
 #include "fuzz/require.h"
-#include "linux/posix/files.h"
+#include "quoll/linux/posix/files.h"
 #include "quoll/platform/desktop.h"
 #include "tests/support/temporary_folder.h"
 
@@ -94,8 +94,8 @@ bool is_without_links(const std::string& path) {
   return true;
 }
 
-void check_taken(const receiver::ComposeCommand& command) {
-  const receiver::TakenFiles taken(command.attachments);
+void check_taken(const compose::ComposeCommand& command) {
+  const compose::TakenFiles taken(command.attachments);
   require(taken.files().size() + taken.left_out().size() == command.attachments.size());
   std::multiset<std::string> left_out;
   for (const auto& one : taken.left_out()) {
@@ -112,11 +112,11 @@ void check_taken(const receiver::ComposeCommand& command) {
 }
 
 void check_draft(const std::string& url) {
-  const receiver::ReceivedDraft received(url);
+  const compose::ReceivedDraft received(url);
   const std::string path = received.write();
-  const auto draft = receiver::read_draft(path);
+  const auto draft = compose::read_draft(path);
   fs::remove(path);
-  const auto asked = receiver::read_compose_command(url).attachments.size();
+  const auto asked = compose::read_compose_command(url).attachments.size();
   require(draft.attachments.size() + received.left_out().size() == asked);
 }
 
@@ -130,12 +130,12 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string url = url_of({reinterpret_cast<const char*>(data), size});
   try {
-    check_taken(receiver::read_compose_command(url));
+    check_taken(compose::read_compose_command(url));
     check_draft(url);
-  } catch (const receiver::CannotCompose& refused) {
+  } catch (const compose::CannotCompose& refused) {
     require(*refused.what() != '\0');
   }
-  require(fs::is_empty(receiver::incoming_folder()));
-  require(fs::is_empty(receiver::drafts_folder()));
+  require(fs::is_empty(compose::incoming_folder()));
+  require(fs::is_empty(compose::drafts_folder()));
   return 0;
 }

@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
+#include "apps/console/operations/read_value.h"
+#include "apps/console/operations/session.h"
+#include "apps/console/operations/write_value.h"
 #include "fuzz/require.h"
-#include "quoll/console/read_value.h"
-#include "quoll/console/session.h"
-#include "quoll/console/write_value.h"
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/text.h"
 #include "tests/support/memory_files.h"

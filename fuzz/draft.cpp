@@ -14,9 +14,9 @@
 #include <string_view>
 #include <vector>
 
-#include "apps/quoll-compose/draft_file.h"
-#include "apps/quoll-compose/message_headers.h"
-#include "apps/quoll-compose/plain_text.h"
+#include "apps/compose/draft_file.h"
+#include "apps/compose/message_headers.h"
+#include "apps/compose/plain_text.h"
 #include "fuzz/require.h"
 #include "fuzz/script.h"
 #include "quoll/foundation/text.h"
@@ -25,13 +25,13 @@
 namespace {
 
 using namespace quoll;
+using compose::MimeHandle;
 using fuzz::require;
-using receiver::MimeHandle;
 
 struct Draft {
   std::string subject, from, to, cc, bcc;
   std::string plain, html;
-  std::vector<receiver::TakenFile> files;
+  std::vector<compose::TakenFile> files;
   std::vector<std::string> contents;
 };
 
@@ -183,7 +183,7 @@ std::string one_line(std::string text) {
 void check_headers(GMimeMessage* read, const Draft& draft, const ExtensionMessage& message) {
   const char* const subject = g_mime_message_get_subject(read);
   require((subject != nullptr ? subject : "") == one_line(draft.subject));
-  const auto made = receiver::message_with_headers(message);
+  const auto made = compose::message_with_headers(message);
   for (const GMimeAddressType type : {GMIME_ADDRESS_TYPE_FROM, GMIME_ADDRESS_TYPE_TO,
                                       GMIME_ADDRESS_TYPE_CC, GMIME_ADDRESS_TYPE_BCC}) {
     require(addresses(g_mime_message_get_addresses(read, type)) ==
@@ -216,8 +216,8 @@ std::string shown(const std::string& name) {
 void check_parts(GMimeMessage* read, const Draft& draft) {
   ReadParts parts;
   g_mime_message_foreach(read, add_part, &parts);
-  std::vector<std::string> texts{with_line_feeds(
-      draft.plain.empty() ? receiver::plain_text_of_html(draft.html) : draft.plain)};
+  std::vector<std::string> texts{
+      with_line_feeds(draft.plain.empty() ? compose::plain_text_of_html(draft.html) : draft.plain)};
   if (!draft.html.empty()) {
     texts.push_back(with_line_feeds(draft.html));
   }
@@ -245,7 +245,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::Script script({data, size});
   const Draft draft = draft_of(script);
   const auto message = message_of(draft);
-  const std::string path = receiver::write_draft(*message, draft.files);
+  const std::string path = compose::write_draft(*message, draft.files);
   const std::string file = test::read_file(path);
   std::filesystem::remove(path);
   check_lines(file);

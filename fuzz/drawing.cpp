@@ -8,7 +8,7 @@
 
 #include "fuzz/require.h"
 #include "fuzz/script.h"
-#include "linux/cairo/drawing.h"
+#include "quoll/linux/cairo/drawing.h"
 #include "quoll/view/flipped_view.h"
 
 namespace {

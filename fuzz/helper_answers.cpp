@@ -19,8 +19,8 @@
 
 #include "fuzz/helper_steps.h"
 #include "fuzz/require.h"
-#include "linux/image_helper/answers.h"
-#include "linux/image_helper/images.h"
+#include "quoll/linux/image_helper/answers.h"
+#include "quoll/linux/image_helper/images.h"
 #include "quoll/platform/desktop.h"
 #include "tests/support/recorders.h"
 

@@ -13,9 +13,9 @@
 
 #include "fuzz/require.h"
 #include "fuzz/script.h"
-#include "linux/xml/html_reader.h"
-#include "linux/xml/html_writer.h"
 #include "quoll/foundation/text.h"
+#include "quoll/linux/xml/html_reader.h"
+#include "quoll/linux/xml/html_writer.h"
 
 extern "C" quoll::xml::ReadHtml quoll_read_html;
 

@@ -11,13 +11,13 @@
 #include <string>
 #include <string_view>
 
+#include "apps/share/request/data_url.h"
+#include "apps/share/request/image_signature.h"
+#include "apps/share/request/intake.h"
+#include "apps/share/request/media_type.h"
 #include "fuzz/require.h"
 #include "quoll/foundation/base64.h"
 #include "quoll/foundation/text.h"
-#include "quoll/host/data_url.h"
-#include "quoll/host/image_signature.h"
-#include "quoll/host/intake.h"
-#include "quoll/host/media_type.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -51,7 +51,7 @@ class InFolder {
 };
 
 void check_intake(std::string_view given) {
-  const host::Intake intake = host::take_in(given);
+  const share::Intake intake = share::take_in(given);
   require((intake.url == nullptr) != intake.refusal.empty());
   if (!intake.url) {
     require(intake.refusal.find('\n') == std::string::npos);
@@ -66,12 +66,12 @@ void check_intake(std::string_view given) {
   }
   const std::string& text = intake.url->absoluteString();
   require(NSURL::URLWithString(text) != nullptr);
-  require(host::link_scheme(text).has_value());
+  require(share::link_scheme(text).has_value());
   require(std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c < 0x7F; }));
 }
 
 void check_data_url(std::string_view given) {
-  const auto read = host::read_data_url(given);
+  const auto read = share::read_data_url(given);
   if (!read) {
     return;
   }
@@ -79,17 +79,17 @@ void check_data_url(std::string_view given) {
   require(!type.empty() && type.find_first_of(";, \t") == std::string::npos);
   require(std::none_of(type.begin(), type.end(), [](char c) { return c >= 'A' && c <= 'Z'; }));
   const auto again =
-      host::read_data_url("data:" + type + ";base64," + foundation::base64_encode(read->bytes));
+      share::read_data_url("data:" + type + ";base64," + foundation::base64_encode(read->bytes));
   require(again && again->media_type == type && again->bytes == read->bytes);
 }
 
 void check_bytes(std::string_view bytes) {
-  const std::string_view type = host::media_type_of_bytes(bytes);
-  require(type.empty() || !host::extension_of_media_type(type).empty());
+  const std::string_view type = share::media_type_of_bytes(bytes);
+  require(type.empty() || !share::extension_of_media_type(type).empty());
   require(type != "text/plain" || bytes.find('\0') == std::string_view::npos);
   require(!foundation::is_utf8(bytes) || bytes.find('\0') != std::string_view::npos ||
           type == "text/plain" || bytes.starts_with("%PDF-") || bytes.starts_with("PK"));
-  require(!host::begins_as_image(bytes) || bytes.size() >= 3);
+  require(!share::begins_as_image(bytes) || bytes.size() >= 3);
 }
 
 }  // namespace

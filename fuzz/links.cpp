@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "fuzz/require.h"
-#include "linux/links/scanner.h"
 #include "quoll/foundation/nsurl.h"
+#include "quoll/linux/links/scanner.h"
 
 namespace {
 

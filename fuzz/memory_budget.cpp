@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "apps/image-helper/codecs/picture.h"
 #include "fuzz/require.h"
-#include "linux/image_helper/codecs/picture.h"
 
 namespace {
 

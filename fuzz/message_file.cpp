@@ -8,9 +8,9 @@
 #include <string>
 #include <string_view>
 
-#include "apps/quoll-compose/cannot_compose.h"
-#include "apps/quoll-compose/draft_summary.h"
-#include "apps/quoll-compose/mime_handles.h"
+#include "apps/compose/cannot_compose.h"
+#include "apps/compose/draft_summary.h"
+#include "apps/compose/mime_handles.h"
 #include "fuzz/require.h"
 #include "quoll/foundation/text.h"
 #include "tests/support/temporary_folder.h"
@@ -28,10 +28,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::ostringstream out;
   std::size_t attachments = 0;
   try {
-    const auto draft = quoll::receiver::read_draft(path);
+    const auto draft = quoll::compose::read_draft(path);
     attachments = draft.attachments.size();
     print_summary(out, draft, {});
-  } catch (const quoll::receiver::CannotCompose&) {
+  } catch (const quoll::compose::CannotCompose&) {
     return 0;
   }
   const std::string printed = out.str();

@@ -10,11 +10,11 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/image-helper/codecs/readers.h"
+#include "apps/image-helper/codecs/writers.h"
 #include "fuzz/memory_budget.h"
 #include "fuzz/pixels.h"
 #include "fuzz/require.h"
-#include "linux/image_helper/codecs/readers.h"
-#include "linux/image_helper/codecs/writers.h"
 
 namespace {
 

@@ -9,11 +9,11 @@
 #include <utility>
 #include <vector>
 
+#include "apps/image-helper/codecs/upright.h"
+#include "apps/image-helper/codecs/writers.h"
 #include "fuzz/pixels.h"
 #include "fuzz/require.h"
 #include "fuzz/script.h"
-#include "linux/image_helper/codecs/upright.h"
-#include "linux/image_helper/codecs/writers.h"
 
 namespace {
 

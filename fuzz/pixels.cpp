@@ -6,9 +6,9 @@
 #include <memory>
 #include <utility>
 
+#include "apps/image-helper/codecs/readers.h"
 #include "fuzz/require.h"
-#include "linux/image_helper/codecs/readers.h"
-#include "linux/image_helper/descriptors.h"
+#include "quoll/linux/image_helper/descriptors.h"
 
 namespace quoll::fuzz {
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "linux/image_helper/codecs/picture.h"
+#include "apps/image-helper/codecs/picture.h"
 
 namespace quoll::fuzz {
 

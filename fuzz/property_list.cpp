@@ -10,8 +10,8 @@
 #include <optional>
 #include <string>
 
+#include "apps/console/operations/property_list_writer.h"
 #include "fuzz/require.h"
-#include "quoll/console/property_list_writer.h"
 #include "quoll/foundation/collections.h"
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/text.h"

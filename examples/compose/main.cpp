@@ -1,12 +1,12 @@
 // Opens a compose window for a message from the first account of the mail application.
 #include <iostream>
 
-#include "linux/gio/launcher.h"
-#include "linux/posix/coordinator.h"
-#include "linux/posix/files.h"
-#include "linux/posix/program_bundle.h"
-#include "linux/posix/system_log.h"
 #include "quoll/container/accounts_store.h"
+#include "quoll/linux/gio/launcher.h"
+#include "quoll/linux/posix/coordinator.h"
+#include "quoll/linux/posix/files.h"
+#include "quoll/linux/posix/program_bundle.h"
+#include "quoll/linux/posix/system_log.h"
 #include "quoll/message/command_launcher.h"
 #include "quoll/message/extension_message.h"
 #include "quoll/platform/desktop.h"

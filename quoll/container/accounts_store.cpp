@@ -2,7 +2,7 @@
 
 #include "quoll/container/coordinated_access.h"
 #include "quoll/container/group_container.h"
-#include "quoll/platform/property_list_files.h"
+#include "quoll/container/property_list_files.h"
 #include "quoll/records/extension_account.h"
 
 namespace quoll::ExtensionUtilities {
@@ -16,7 +16,7 @@ std::shared_ptr<List> Accounts() {
   container::with_coordinated_access(
       foundation::URLByAppendingPathComponent(GroupDataPath(), "Accounts.plist"),
       "NSFileCoordinator Accounts %@", [&](const std::shared_ptr<NSURL>& location) {
-        stored = platform::array_with_contents_of_url(location);
+        stored = container::array_with_contents_of_url(location);
       });
   auto accounts = std::make_shared<List>();
   for (const Value& element : Value(stored).list()) {

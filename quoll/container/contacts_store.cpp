@@ -4,9 +4,9 @@
 
 #include "quoll/container/coordinated_access.h"
 #include "quoll/container/group_container.h"
+#include "quoll/container/property_list_files.h"
 #include "quoll/platform/files.h"
 #include "quoll/platform/log.h"
-#include "quoll/platform/property_list_files.h"
 #include "quoll/records/extension_address.h"
 
 namespace quoll::ExtensionUtilities {
@@ -32,7 +32,7 @@ bool make_contacts_folder(const std::shared_ptr<NSURL>& location) {
 }
 
 std::shared_ptr<List> stored_list(const std::shared_ptr<NSURL>& folder, std::string_view name) {
-  return platform::array_with_contents_of_url(
+  return container::array_with_contents_of_url(
       foundation::URLByAppendingPathComponent(folder, name));
 }
 

@@ -6,7 +6,7 @@
 
 #include "quoll/foundation/error.h"
 #include "quoll/message/extension_message.h"
-#include "quoll/platform/view_controller.h"
+#include "quoll/view/view_controller.h"
 
 namespace quoll {
 

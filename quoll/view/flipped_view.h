@@ -6,7 +6,7 @@
 #include <string>
 
 #include "quoll/foundation/property.h"
-#include "quoll/platform/view.h"
+#include "quoll/view/view.h"
 
 namespace quoll {
 

@@ -1,4 +1,4 @@
-#include "linux/cairo/drawing.h"
+#include "quoll/linux/cairo/drawing.h"
 
 #include <cmath>
 #include <limits>

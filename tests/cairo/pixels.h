@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "linux/cairo/drawing.h"
+#include "quoll/linux/cairo/drawing.h"
 #include "quoll/platform/desktop.h"
 #include "tests/support/recorders.h"
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "quoll/console/json.h"
-#include "quoll/console/write_value.h"
+#include "apps/console/operations/json.h"
+#include "apps/console/operations/write_value.h"
 #include "quoll/foundation/collections.h"
 
 namespace quoll::console {

@@ -4,8 +4,8 @@
 #include <string>
 #include <thread>
 
-#include "linux/posix/steady_clock.h"
-#include "quoll/console/session.h"
+#include "apps/console/operations/session.h"
+#include "quoll/linux/posix/steady_clock.h"
 #include "tests/support/recorders.h"
 
 /// How described share requests are answered: when providers answer, how long it takes, and whose

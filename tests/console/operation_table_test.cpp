@@ -1,4 +1,4 @@
-#include "quoll/console/operation_table.h"
+#include "apps/console/operations/operation_table.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "quoll/console/property_list_writer.h"
+#include "apps/console/operations/property_list_writer.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
-#include "quoll/console/session.h"
+#include "apps/console/operations/session.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "quoll/console/events.h"
+#include "apps/console/operations/events.h"
 #include "tests/support/recorders.h"
 
 namespace quoll::console {

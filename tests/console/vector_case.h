@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "quoll/console/json.h"
+#include "apps/console/operations/json.h"
 #include "tests/support/temporary_folder.h"
 
 namespace quoll::test {

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "linux/posix/coordinator.h"
-#include "linux/posix/files.h"
 #include "quoll/foundation/collections.h"
+#include "quoll/linux/posix/coordinator.h"
+#include "quoll/linux/posix/files.h"
 #include "quoll/platform/desktop.h"
 #include "tests/support/failing_files.h"
 #include "tests/support/recorders.h"

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <memory>
 
-#include "linux/posix/program_bundle.h"
+#include "quoll/linux/posix/program_bundle.h"
 #include "quoll/platform/desktop.h"
 #include "tests/support/recorders.h"
 #include "tests/support/temporary_folder.h"

@@ -8,7 +8,7 @@
 #include <functional>
 #include <string>
 
-#include "linux/posix/unique_fd.h"
+#include "quoll/linux/posix/unique_fd.h"
 
 namespace quoll::test {
 

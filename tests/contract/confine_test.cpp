@@ -1,4 +1,4 @@
-#include "linux/sandbox/confine.h"
+#include "apps/sandbox/confine.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -13,8 +13,8 @@
 #include <string>
 #include <thread>
 
-#include "linux/posix/coordinator.h"
-#include "linux/posix/files.h"
+#include "quoll/linux/posix/coordinator.h"
+#include "quoll/linux/posix/files.h"
 #include "tests/contract/child_process.h"
 #include "tests/support/temporary_folder.h"
 

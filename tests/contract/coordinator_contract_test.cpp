@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "linux/posix/coordinator.h"
+#include "quoll/linux/posix/coordinator.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/thread_coordinator.h"
 

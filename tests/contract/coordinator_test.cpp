@@ -1,4 +1,4 @@
-#include "linux/posix/coordinator.h"
+#include "quoll/linux/posix/coordinator.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-#include "linux/posix/files.h"
+#include "quoll/linux/posix/files.h"
 #include "tests/contract/child_process.h"
 #include "tests/support/temporary_folder.h"
 

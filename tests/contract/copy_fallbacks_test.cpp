@@ -23,7 +23,7 @@
 #include <thread>
 #include <vector>
 
-#include "linux/posix/files.h"
+#include "quoll/linux/posix/files.h"
 #include "tests/contract/child_process.h"
 #include "tests/support/temporary_folder.h"
 

@@ -12,9 +12,9 @@
 #include <string>
 #include <thread>
 
-#include "linux/posix/files.h"
-#include "linux/posix/unique_fd.h"
 #include "quoll/foundation/error.h"
+#include "quoll/linux/posix/files.h"
+#include "quoll/linux/posix/unique_fd.h"
 #include "tests/contract/child_process.h"
 #include "tests/support/temporary_folder.h"
 

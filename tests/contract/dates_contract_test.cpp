@@ -7,8 +7,8 @@
 #include <thread>
 #include <vector>
 
-#include "linux/icu/date_formatter.h"
 #include "quoll/foundation/exchange_date.h"
+#include "quoll/linux/icu/date_formatter.h"
 #include "quoll/platform/dates.h"
 #include "tests/support/fixed_dates.h"
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "linux/posix/files.h"
+#include "quoll/linux/posix/files.h"
 #include "tests/support/memory_files.h"
 #include "tests/support/temporary_folder.h"
 

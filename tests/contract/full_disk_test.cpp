@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <string>
 
-#include "linux/posix/files.h"
+#include "quoll/linux/posix/files.h"
 #include "tests/support/temporary_folder.h"
 
 namespace quoll {

@@ -1,12 +1,12 @@
-#include "linux/posix/group_containers.h"
+#include "quoll/linux/posix/group_containers.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
 
-#include "linux/posix/files.h"
-#include "linux/posix/paths.h"
+#include "quoll/linux/posix/files.h"
+#include "quoll/linux/posix/paths.h"
 #include "tests/support/temporary_folder.h"
 
 namespace quoll {

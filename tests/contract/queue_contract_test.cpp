@@ -13,9 +13,9 @@
 #include <stdexcept>
 #include <thread>
 
-#include "linux/posix/steady_clock.h"
-#include "linux/posix/thread_pool.h"
 #include "quoll/foundation/exception.h"
+#include "quoll/linux/posix/steady_clock.h"
+#include "quoll/linux/posix/thread_pool.h"
 #include "quoll/platform/desktop.h"
 #include "tests/support/recorders.h"
 

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "linux/posix/files.h"
+#include "quoll/linux/posix/files.h"
 #include "tests/contract/child_process.h"
 #include "tests/support/temporary_folder.h"
 

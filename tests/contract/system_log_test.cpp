@@ -1,4 +1,4 @@
-#include "linux/posix/system_log.h"
+#include "quoll/linux/posix/system_log.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <thread>
 
-#include "linux/posix/files.h"
+#include "quoll/linux/posix/files.h"
 #include "tests/support/temporary_folder.h"
 
 namespace quoll {

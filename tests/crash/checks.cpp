@@ -7,7 +7,7 @@
 #include <set>
 #include <sstream>
 
-#include "linux/posix/unique_fd.h"
+#include "quoll/linux/posix/unique_fd.h"
 
 namespace quoll::crash {
 

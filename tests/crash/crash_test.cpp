@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <map>
 
-#include "linux/sandbox/sanitizer_build.h"
+#include "apps/sandbox/sanitizer_build.h"
 #include "tests/crash/series.h"
 
 namespace quoll::crash {

@@ -9,9 +9,9 @@
 #include <random>
 #include <stdexcept>
 
-#include "linux/posix/unique_fd.h"
 #include "quoll/foundation/base64.h"
 #include "quoll/foundation/nsurl.h"
+#include "quoll/linux/posix/unique_fd.h"
 #include "quoll/message/extension_message.h"
 #include "tests/crash/stepper.h"
 

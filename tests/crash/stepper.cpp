@@ -18,7 +18,7 @@
 #include <set>
 #include <stdexcept>
 
-#include "linux/posix/unique_fd.h"
+#include "quoll/linux/posix/unique_fd.h"
 
 namespace quoll::crash {
 

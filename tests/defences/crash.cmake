@@ -1,7 +1,7 @@
 # What makes a share whole after a crash, see docs/reliability.md.
 
 quoll_defence(whole_before_it_is_named
-  FILE linux/posix/copy_item.cpp
+  FILE quoll/linux/posix/copy_item.cpp
   TAKES [[return ::openat(to.folder.get(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
   }));
   if (unnamed) {]]
@@ -15,7 +15,7 @@ quoll_defence(whole_before_it_is_named
   SHOWN_BY crash All/Killed.NoFileIsHalfUnderItsName/0)
 
 quoll_defence(hidden_while_it_is_made
-  FILE linux/posix/copy_item.cpp
+  FILE quoll/linux/posix/copy_item.cpp
   TAKES [[return copy_under_hidden_name(from, to);]]
   GIVES [[(void)&copy_under_hidden_name;
   const UniqueFd named(::openat(to.folder.get(), to.name.c_str(),
@@ -24,13 +24,13 @@ quoll_defence(hidden_while_it_is_made
   SHOWN_BY crash All/Killed.NoFileIsHalfUnderItsName/1)
 
 quoll_defence(left_overs_are_swept
-  FILE linux/posix/incoming.cpp
+  FILE quoll/linux/posix/incoming.cpp
   TAKES [[if (left && lock_at_once(left.get())) {]]
   GIVES [[if (left && lock_at_once(left.get()) && name.empty()) {]]
   SHOWN_BY crash All/Killed.NothingStaysThatTheNextShareDoesNotRemove/1)
 
 quoll_defence(locks_die_with_their_holder
-  FILE quoll/host/turn.cpp
+  FILE apps/share/turn.cpp
   TAKES [[  while (flock(file, LOCK_EX) != 0) {]]
   GIVES [[  static std::string held = "/proc/self/fd/" + std::to_string(file);
   char path[4096] = {};
@@ -44,7 +44,7 @@ quoll_defence(locks_die_with_their_holder
   SHOWN_BY crash All/Killed.NoLockStays/0)
 
 quoll_defence(sources_are_only_read
-  FILE linux/posix/copy_item.cpp
+  FILE quoll/linux/posix/copy_item.cpp
   TAKES [[  keep_attributes(from, status, to);
   // No fsync]]
   GIVES [[  keep_attributes(from, status, to);

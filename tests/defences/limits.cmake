@@ -1,70 +1,70 @@
 # The limits of docs/limits.md that keep hostile input from growing, or a person from waiting.
 
 # What a program takes in
-quoll_defence(text_length FILE quoll/host/select.cpp
+quoll_defence(text_length FILE apps/share/request/select.cpp
   TAKES "text->size() > kLongestText" GIVES "text->size() > 2 * kLongestText"
   SHOWN_BY host ReceivedLimits.ATextHas64MiBAtMost)
-quoll_defence(list_length FILE quoll/host/select.cpp
+quoll_defence(list_length FILE apps/share/request/select.cpp
   TAKES "bytes->size() > kLongestList" GIVES "bytes->size() > 2 * kLongestList"
   SHOWN_BY host ReceivedLimits.AListHas256MiBAtMost)
-quoll_defence(delivery_length FILE quoll/host/received_bytes.cpp
+quoll_defence(delivery_length FILE apps/share/request/received_bytes.cpp
   TAKES "return size <= source.most ?" GIVES "return true ?"
   SHOWN_BY host ReceivedLimits.DeliveriesHave256MiBInAll)
-quoll_defence(deliveries_in_all FILE quoll/host/select.cpp
+quoll_defence(deliveries_in_all FILE apps/share/request/select.cpp
   TAKES "room_ -= add_received(" GIVES "add_received("
   SHOWN_BY host ReceivedLimits.FilesAndImagesShareTheRoomOfDeliveries)
-quoll_defence(left_out_on_the_disk FILE quoll/host/select.cpp
+quoll_defence(left_out_on_the_disk FILE apps/share/request/select.cpp
   TAKES "unlink(path.c_str());" GIVES "path.clear();"
   SHOWN_BY host ReceivedLimits.FilesAndImagesShareTheRoomOfDeliveries)
-quoll_defence(delivered_image FILE quoll/host/received_bytes.cpp
+quoll_defence(delivered_image FILE apps/share/request/received_bytes.cpp
   TAKES "std::min(kLargestImage, source.most)" GIVES "kLargestImage"
   SHOWN_BY host ReceivedLimits.OfAnImageNoMoreIsHeldThanIsWanted)
-quoll_defence(image_in_memory FILE quoll/host/received_bytes.cpp
+quoll_defence(image_in_memory FILE apps/share/request/received_bytes.cpp
   TAKES "std::size_t{256} << 20" GIVES "std::size_t{512} << 20"
   SHOWN_BY host ReceivedLimits.AnImageIsHeldBelow256MiB)
-quoll_defence(file_in_memory FILE linux/posix/files.cpp
+quoll_defence(file_in_memory FILE quoll/linux/posix/files.cpp
   TAKES "off_t{1} << 30" GIVES "off_t{1} << 31"
   SHOWN_BY posix_files Write.ReadingKnowsItsLimits)
 quoll_defence(wait_for_answers FILE quoll/share/item_gatherer.cpp
   TAKES "int attempt = -100" GIVES "int attempt = -200"
   SHOWN_BY share Gathering.WaitsItsFullTimeForWhatIsNeitherUrlNorImage)
-quoll_defence(pool_threads FILE linux/posix/thread_pool.cpp
+quoll_defence(pool_threads FILE quoll/linux/posix/thread_pool.cpp
   TAKES "kThreads = 4" GIVES "kThreads = 8"
   SHOWN_BY contract_ports ThreadPool.FourBlocksRunAtATime)
-quoll_defence(lock_name_length FILE linux/posix/coordinator.cpp
+quoll_defence(lock_name_length FILE quoll/linux/posix/coordinator.cpp
   TAKES "name.size() > NAME_MAX" GIVES "name.size() > 2 * NAME_MAX"
   SHOWN_BY posix_processes LockFileName.IsWrittenDownForOthers)
-quoll_defence(slow_tool FILE apps/quoll-share/clipboard.cpp
+quoll_defence(slow_tool FILE apps/share/request/clipboard.cpp
   TAKES "+ time.in_all" GIVES "+ 100 * time.in_all"
   SHOWN_BY clipboard Clipboard.AnOwnerThatDeliversAByteNowAndThenIsGivenUp)
-quoll_defence(children_of_a_tool FILE quoll/host/tool.cpp
+quoll_defence(children_of_a_tool FILE quoll/linux/posix/subprocess.cpp
   TAKES "kill(-process, SIGKILL)" GIVES "kill(process, SIGKILL)"
   SHOWN_BY clipboard Clipboard.NothingOfTheToolStays)
 
 # What other programs ask of the service
-quoll_defence(shares_at_a_time FILE apps/quoll-share-service/service.cpp
+quoll_defence(shares_at_a_time FILE apps/share-service/service.cpp
   TAKES "kMostShares = 16" GIVES "kMostShares = 17"
   SHOWN_BY share_service ShareService.SixteenSharesAreUnderWayAtMost)
-quoll_defence(uris_of_a_call FILE apps/quoll-share-service/share_request.h
+quoll_defence(uris_of_a_call FILE apps/share-service/share_request.h
   TAKES "kMostUris = 20'000" GIVES "kMostUris = 40'000"
   SHOWN_BY share_service ShareService.OpenHasItsLimits)
-quoll_defence(items_of_a_call FILE apps/quoll-share-service/share_request.cpp
+quoll_defence(items_of_a_call FILE apps/share-service/share_request.cpp
   TAKES "kMostItems = 64" GIVES "kMostItems = 65"
   SHOWN_BY share_service ShareService.RequestsThatAreNone)
-quoll_defence(uris_under_two_keys FILE apps/quoll-share-service/share_request.cpp
+quoll_defence(uris_under_two_keys FILE apps/share-service/share_request.cpp
   TAKES "too_many_uris(uris.size() + count)" GIVES "too_many_uris(count)"
   SHOWN_BY share_service ShareService.RequestsThatAreNone)
-quoll_defence(items_under_two_keys FILE apps/quoll-share-service/share_request.cpp
+quoll_defence(items_under_two_keys FILE apps/share-service/share_request.cpp
   TAKES "items.size() + count" GIVES "count"
   SHOWN_BY share_service ShareService.RequestsThatAreNone)
-quoll_defence(late_share FILE apps/quoll-share/notify.cpp
+quoll_defence(late_share FILE apps/share/notify.cpp
   TAKES "PR_SET_PDEATHSIG, SIGKILL" GIVES "PR_SET_PDEATHSIG, 0"
   SHOWN_BY share_service HurriedShareService.AShareThatTakesTooLongIsEndedAndSaid)
-quoll_defence(inherited_descriptors FILE apps/quoll-share-service/share_process.cpp
+quoll_defence(inherited_descriptors FILE apps/share-service/share_process.cpp
   TAKES "    setrlimit(RLIMIT_NOFILE, &limit);" GIVES "    getrlimit(RLIMIT_NOFILE, &limit);"
   SHOWN_BY share_service
     ShareServiceWithFewDescriptors.TheMailApplicationIsGivenAsManyAsItWouldBe)
-quoll_defence(told_of_a_share FILE apps/quoll-share-service/share_process.cpp
+quoll_defence(told_of_a_share FILE apps/share-service/share_process.cpp
   TAKES "std::size_t{64} << 10" GIVES "std::size_t{64} << 20"
   SHOWN_BY share_service ShareService.ThousandsOfNamesAndALongAnswer)
 
@@ -100,112 +100,112 @@ quoll_defence(printed_depth FILE quoll/foundation/value_description.cpp
 quoll_defence(printed_bytes FILE quoll/foundation/value_description.cpp
   TAKES "std::size_t{1} << 26U" GIVES "std::size_t{1} << 28U"
   SHOWN_BY foundation ValueDescription.EndsForAListThatDoublesAtEachLevel)
-quoll_defence(json_depth FILE quoll/console/json.cpp
+quoll_defence(json_depth FILE apps/console/operations/json.cpp
   TAKES "kMaxDepth = 512" GIVES "kMaxDepth = 513"
   SHOWN_BY console JsonDepth.IsReadTo512Levels)
-quoll_defence(answer_depth FILE quoll/console/write_value.cpp
+quoll_defence(answer_depth FILE apps/console/operations/write_value.cpp
   TAKES "kMaxDepth = 1024" GIVES "kMaxDepth = 1025"
   SHOWN_BY console JsonDepth.IsWrittenTo1024Levels)
 
 # Pictures
-quoll_defence(picture_pixels FILE linux/image_helper/codecs/picture.cpp
+quoll_defence(picture_pixels FILE apps/image-helper/codecs/picture.cpp
   TAKES "width * height > kMostPixels" GIVES "width * height > 2 * kMostPixels"
   SHOWN_BY image_helper PictureLimits.APictureHas2To28Pixels)
-quoll_defence(picture_memory FILE linux/image_helper/codecs/picture.cpp
+quoll_defence(picture_memory FILE apps/image-helper/codecs/picture.cpp
   TAKES "bytes > kMostHeldBytes" GIVES "bytes > 2 * kMostHeldBytes"
   SHOWN_BY image_helper PictureLimits.OneGibibyteOfPixelsIsHeld)
-quoll_defence(helper_seconds FILE apps/quoll-image-helper/confine.cpp
+quoll_defence(helper_seconds FILE apps/image-helper/confine.cpp
   TAKES "limit(RLIMIT_CPU, kSeconds)" GIVES "limit(RLIMIT_CPU, 2 * kSeconds)"
   SHOWN_BY image_helper HelperLimits.AreSetBeforeAnyByteIsRead)
-quoll_defence(helper_result FILE apps/quoll-image-helper/confine.cpp
+quoll_defence(helper_result FILE apps/image-helper/confine.cpp
   TAKES "limit(RLIMIT_FSIZE, kLongestResult)" GIVES "limit(RLIMIT_FSIZE, 2 * kLongestResult)"
   SHOWN_BY image_helper HelperLimits.AreSetBeforeAnyByteIsRead)
-quoll_defence(helper_memory FILE apps/quoll-image-helper/confine.cpp
+quoll_defence(helper_memory FILE apps/image-helper/confine.cpp
   TAKES "3 * kMostHeldBytes" GIVES "6 * kMostHeldBytes"
   SHOWN_BY image_helper HelperLimits.AreSetBeforeAnyByteIsRead)
 
 # HTML, links and texts
-quoll_defence(html_comparisons FILE linux/xml/html_reader.cpp
+quoll_defence(html_comparisons FILE quoll/linux/xml/html_reader.cpp
   TAKES "200'000'000" GIVES "400'000'000"
   SHOWN_BY xml HtmlLimits.EndsThatFitNothingAreComparedTwoHundredMillionTimes)
-quoll_defence(html_link_length FILE linux/xml/document_reader.cpp
+quoll_defence(html_link_length FILE quoll/linux/xml/document_reader.cpp
   TAKES "kLongestLink = 8192" GIVES "kLongestLink = 8193"
   SHOWN_BY xml HtmlLimits.ALinkHas8192Bytes)
-quoll_defence(html_repeated_links FILE linux/xml/run_builder.cpp
+quoll_defence(html_repeated_links FILE quoll/linux/xml/run_builder.cpp
   TAKES "std::size_t{64} << 20U" GIVES "std::size_t{128} << 20U"
   SHOWN_BY xml HtmlReading.StopsRepeatingALongLink)
-quoll_defence(html_font_name FILE linux/xml/css.cpp
+quoll_defence(html_font_name FILE quoll/linux/xml/css.cpp
   TAKES "kLongestFamily = 100" GIVES "kLongestFamily = 101"
   SHOWN_BY xml HtmlLimits.AFontsNameHas100Bytes)
-quoll_defence(html_font_size FILE linux/xml/css.cpp
+quoll_defence(html_font_size FILE quoll/linux/xml/css.cpp
   TAKES "kLargestSize = 1638" GIVES "kLargestSize = 1639"
   SHOWN_BY xml HtmlLimits.AFontHas1638Points)
-quoll_defence(host_length FILE linux/links/scanner.cpp
+quoll_defence(host_length FILE quoll/linux/links/scanner.cpp
   TAKES "kLongest = 1024" GIVES "kLongest = 1025"
   SHOWN_BY links Scan.AsksForTheAsciiFormOfPlausibleHostsOnly)
 quoll_defence(rendering_length FILE quoll/message/html_rendering.cpp
   TAKES "std::size_t{64} << 20U" GIVES "std::size_t{128} << 20U"
   SHOWN_BY message HtmlRendering.KeepsTheExactResultUpTo64MiB)
-quoll_defence(date_text_length FILE linux/icu/date_formatter.cpp
+quoll_defence(date_text_length FILE quoll/linux/icu/date_formatter.cpp
   TAKES "kLongest = 1000" GIVES "kLongest = 1001"
   SHOWN_BY icu DateFormatterTest.ReadsATextOfAThousandBytes)
-quoll_defence(locale_name_length FILE linux/icu/user_locale.cpp
+quoll_defence(locale_name_length FILE quoll/linux/icu/user_locale.cpp
   TAKES "kLongest = 100" GIVES "kLongest = 101"
   SHOWN_BY icu UserLocale.IsLookedAtUpToAHundredBytes)
 
 # Drawings
-quoll_defence(drawn_text_length FILE linux/cairo/text_layout.cpp
+quoll_defence(drawn_text_length FILE quoll/linux/cairo/text_layout.cpp
   TAKES "std::size_t{256} << 10" GIVES "std::size_t{257} << 10"
   SHOWN_BY cairo TextDrawing.ATextHas256KiB)
-quoll_defence(drawn_font_size FILE linux/cairo/text_layout.cpp
+quoll_defence(drawn_font_size FILE quoll/linux/cairo/text_layout.cpp
   TAKES "kLargestFont = 4096" GIVES "kLargestFont = 4097"
   SHOWN_BY cairo TextDrawing.TakesAnyLengthAndSize)
-quoll_defence(drawn_image_pixels FILE linux/cairo/image_surface.cpp
+quoll_defence(drawn_image_pixels FILE quoll/linux/cairo/image_surface.cpp
   TAKES "std::uint64_t{1} << 28" GIVES "std::uint64_t{1} << 29"
   SHOWN_BY cairo ImageDrawing.RefusesMorePixelsThanTheLimit)
 
 # Handing over and receiving
-quoll_defence(bus_length FILE linux/gio/open_request.cpp
+quoll_defence(bus_length FILE quoll/linux/gio/open_request.cpp
   TAKES "size >= kLargestBusList" GIVES "size > kLargestBusList"
   SHOWN_BY launcher LauncherTest.AsMuchAsABusMessageCarriesIsOpenedAndNoMore)
-quoll_defence(log_line_length FILE linux/posix/system_log.cpp
+quoll_defence(log_line_length FILE quoll/linux/posix/system_log.cpp
   TAKES "kLongestLine = 4096" GIVES "kLongestLine = 4097"
   SHOWN_BY posix_text SystemLog.ALineHas4096Bytes)
-quoll_defence(left_out_log_lines FILE apps/quoll-compose/received_draft.cpp
+quoll_defence(left_out_log_lines FILE apps/compose/received_draft.cpp
   TAKES "kMost = 20" GIVES "kMost = 30"
   SHOWN_BY compose_text ComposeLimits.TwentyFilesThatAreLeftOutAreLoggedByName)
-quoll_defence(files_in_a_notice FILE apps/quoll-compose/notice.cpp
+quoll_defence(files_in_a_notice FILE apps/compose/notice.cpp
   TAKES "kMostFiles = 5" GIVES "kMostFiles = 6"
   SHOWN_BY mail_client ComposeNotice.ManyFilesFromElsewhereAreCounted)
-quoll_defence(notices_at_once FILE apps/quoll-compose/notice.cpp
+quoll_defence(notices_at_once FILE apps/compose/notice.cpp
   TAKES "kMost = 3" GIVES "kMost = 4"
   SHOWN_BY mail_client ComposeNotice.OfManyTheFirstAreShown)
-quoll_defence(client_argument_length FILE apps/quoll-compose/client_arguments.cpp
+quoll_defence(client_argument_length FILE apps/compose/client_arguments.cpp
   TAKES "kLongestArgument = 131071" GIVES "kLongestArgument = 131072"
   SHOWN_BY mail_client ClientArguments.NoTextIsEverShortened)
-quoll_defence(given_draft_stays FILE apps/quoll-compose/given_drafts.cpp
+quoll_defence(given_draft_stays FILE apps/compose/given_drafts.cpp
   TAKES "std::int64_t{7} * 24" GIVES "std::int64_t{6} * 24"
   SHOWN_BY mail_client GivenDraftsTest.AreCleanedAfterSevenDaysAndNeverBefore)
-quoll_defence(only_copy_stays FILE apps/quoll-compose/given_drafts.cpp
+quoll_defence(only_copy_stays FILE apps/compose/given_drafts.cpp
   TAKES "  if (is_given) {" GIVES "  if (status.st_size >= 0) {"
   SHOWN_BY mail_client GivenDraftsTest.ADraftThatNoClientHasStaysForGood)
-quoll_defence(large_draft_is_said FILE apps/quoll-compose/received_draft.cpp
+quoll_defence(large_draft_is_said FILE apps/compose/received_draft.cpp
   TAKES "25'000'000" GIVES "26'000'000"
   SHOWN_BY mail_client MailClientTest.ADraftThatServersRefuseIsSaid)
-quoll_defence(shown_lines FILE apps/quoll-compose/draft_summary.cpp
+quoll_defence(shown_lines FILE apps/compose/draft_summary.cpp
   TAKES "kLines = 12" GIVES "kLines = 13"
   SHOWN_BY compose_text ComposeLimits.TwelveLinesOfATextAreShown)
-quoll_defence(shown_line_length FILE apps/quoll-compose/draft_summary.cpp
+quoll_defence(shown_line_length FILE apps/compose/draft_summary.cpp
   TAKES "kBytesOfALine = 400" GIVES "kBytesOfALine = 401"
   SHOWN_BY compose_text ComposeLimits.FourHundredBytesOfALineAreShown)
 
 # What a share menu sends.
-quoll_defence(menu_request_depth FILE apps/quoll-share/menu_request.cpp
+quoll_defence(menu_request_depth FILE apps/share/request/menu_request.cpp
   TAKES "kDeepest = 16;" GIVES "kDeepest = 17;"
   SHOWN_BY menu_request MenuRequest.SixteenLevelsAreRead)
-quoll_defence(menu_request_lengths FILE apps/quoll-share/menu_request.cpp
+quoll_defence(menu_request_lengths FILE apps/share/request/menu_request.cpp
   TAKES "failed_ = !is_countable;" GIVES "static_cast<void>(is_countable);"
   SHOWN_BY menu_request MenuRequest.WhatIsNoRequest)
-quoll_defence(notification_is_cut FILE apps/quoll-share/notify.cpp
+quoll_defence(notification_is_cut FILE apps/share/notify.cpp
   TAKES "kMost = 1000;" GIVES "kMost = 100000;"
   SHOWN_BY notify Notify.ManyLinesAreCutShort)

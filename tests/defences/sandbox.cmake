@@ -1,5 +1,5 @@
 # The sandbox of quoll-share (docs/security.md).
-set(main apps/quoll-share/share_program.cpp)
+set(main apps/share/share_program.cpp)
 set(confined "sandbox::confine(needs_of(selection, *files, image_helper));")
 set(unconfined "static_cast<void>(&needs_of);")
 foreach(pair IN ITEMS share_is_confined:TheRunningProgramIsMarked no_tracing:NoProcessIsTraced
@@ -11,7 +11,7 @@ foreach(pair IN ITEMS share_is_confined:TheRunningProgramIsMarked no_tracing:NoP
                 SHOWN_BY sandbox Sandbox.${test})
 endforeach()
 
-set(file linux/sandbox/confine.cpp)
+set(file apps/sandbox/confine.cpp)
 quoll_defence(read_only_what_was_selected FILE ${file}
   TAKES "rules.allow(path, Access::kReadFile);" GIVES "rules.allow(\"/\", Access::kRead);"
   SHOWN_BY sandbox Sandbox.AnotherFileCannotBeRead)
@@ -32,7 +32,7 @@ quoll_defence(lesser_kernel_is_told FILE ${file}
   TAKES "if (missing.empty()) {" GIVES "if (missing.empty() || !missing.empty()) {"
   SHOWN_BY sandbox LesserKernel.WithoutBothOneLineTells)
 
-set(file linux/sandbox/path_rules.cpp)
+set(file apps/sandbox/path_rules.cpp)
 quoll_defence(selected_folders_give_nothing FILE ${file}
   TAKES "return S_ISREG(mode);" GIVES "return mode != 0;"
   SHOWN_BY posix_processes Confine.OnlyWhatIsListedCanBeRead)
@@ -40,7 +40,7 @@ quoll_defence(no_signals FILE ${file}
   TAKES "kAbstractSockets | kSignals}" GIVES "kAbstractSockets}"
   SHOWN_BY sandbox Sandbox.NoProcessIsSignalled)
 
-set(file linux/sandbox/share_calls.cpp)
+set(file apps/sandbox/share_calls.cpp)
 quoll_defence(modes_and_owners_stay FILE ${file}
   TAKES "filter.allow(\"utimensat\", {is_null(1)});" GIVES "filter.allow({\"utimensat\"});"
   SHOWN_BY sandbox Sandbox.ModesOwnersTimesAndAttributesStay)
@@ -71,15 +71,15 @@ quoll_defence(the_user_stays FILE ${file}
 quoll_defence(nothing_is_typed FILE ${file}
   TAKES "std::uint32_t{TIOCGWINSZ}" GIVES "std::uint32_t{TIOCSTI}"
   SHOWN_BY sandbox Sandbox.NothingIsTypedIntoTheTerminal)
-quoll_defence(other_machines_end FILE linux/sandbox/call_filter.cpp
+quoll_defence(other_machines_end FILE apps/sandbox/call_filter.cpp
   TAKES "SCMP_ACT_KILL_PROCESS" GIVES "SCMP_ACT_ALLOW"
   SHOWN_BY sandbox Sandbox.CallsOfAnotherMachineEndTheProgram)
-quoll_defence(inherited_descriptors_are_closed FILE apps/quoll-share/descriptors.cpp
+quoll_defence(inherited_descriptors_are_closed FILE apps/share/request/descriptors.cpp
   TAKES "close_range(first, ~0U, 0);" GIVES "static_cast<void>(first);"
   SHOWN_BY sandbox Sandbox.WhatTheHostLeftOpenIsClosed)
 
 # The image helper.
-set(file apps/quoll-image-helper/confine.cpp)
+set(file apps/image-helper/confine.cpp)
 quoll_defence(helper_opens_nothing FILE ${file}
   TAKES "  leave_no_paths();\n  leave_few_calls();"
   GIVES "  static_cast<void>(&leave_no_paths);\n  static_cast<void>(&leave_few_calls);"
@@ -105,12 +105,12 @@ quoll_defence(helper_runs_no_memory FILE ${file}
 quoll_defence(helper_memory_limit FILE ${file}
   TAKES "limit(RLIMIT_AS, 3 * kMostHeldBytes);" GIVES "limit(RLIMIT_AS, RLIM_INFINITY);"
   SHOWN_BY sandbox HelperSandbox.MemoryHasALimit)
-quoll_defence(helper_result_is_whole FILE linux/image_helper/images.cpp
+quoll_defence(helper_result_is_whole FILE quoll/linux/image_helper/images.cpp
   TAKES "!is_sealed(file.get()) || " GIVES ""
   SHOWN_BY image_helper Helper.WhatAHelperMayDoWrong)
 
 # The launcher, which is not confined.
-set(file linux/gio/launcher.cpp)
+set(file quoll/linux/gio/launcher.cpp)
 quoll_defence(launcher_opens_the_mail_application FILE ${file}
   TAKES "!request.application.starts_with(openable.applications)"
   GIVES "request.application.empty()"
@@ -121,7 +121,7 @@ quoll_defence(launcher_opens_its_urls FILE ${file}
 quoll_defence(launcher_counts FILE ${file}
   TAKES "openable.times == 0" GIVES "openable.urls.empty()"
   SHOWN_BY launcher LauncherLimits.NotMoreOftenThanItMay)
-quoll_defence(launcher_reads_no_long_lists FILE linux/gio/fields.cpp
+quoll_defence(launcher_reads_no_long_lists FILE quoll/linux/gio/fields.cpp
   TAKES " || fields.size() == kMostFields" GIVES ""
   SHOWN_BY launcher LauncherMessages.WhatIsNoRequestEndsTheLauncherInOrder)
 quoll_defence(share_makes_one_draft FILE ${main}
@@ -129,22 +129,22 @@ quoll_defence(share_makes_one_draft FILE ${main}
   SHOWN_BY sandbox Sandbox.TheLauncherMakesOneDraftAndNothingElse)
 
 # The receiver.
-set(file apps/quoll-compose/taken_files.cpp)
+set(file apps/compose/taken_files.cpp)
 quoll_defence(receiver_follows_no_links FILE ${file}
   TAKES "how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;"
   GIVES "how.resolve = RESOLVE_NO_MAGICLINKS;"
   SHOWN_BY receiver ReceiverTest.WhatIsNotInTheStagingFolderIsLeftOutByName)
-quoll_defence(receiver_only_composes FILE apps/quoll-compose/compose_command.cpp
+quoll_defence(receiver_only_composes FILE apps/compose/compose_command.cpp
   TAKES "if (command != commandCompose) {" GIVES "if (command.empty()) {"
   SHOWN_BY receiver ReceiverTest.WhatIsNoComposeCommandIsRefusedInOneLine)
-quoll_defence(recipient_is_no_file FILE apps/quoll-compose/client_arguments.cpp
+quoll_defence(recipient_is_no_file FILE apps/compose/client_arguments.cpp
   TAKES "has_scheme(address) ?" GIVES "address.empty() && has_scheme(address) ?"
   SHOWN_BY mail_client ClientArguments.ARecipientIsNeitherAFileNorAnOption)
-quoll_defence(refused_files_are_said FILE apps/quoll-compose/notice.cpp
+quoll_defence(refused_files_are_said FILE apps/compose/notice.cpp
   TAKES "foundation::printable(left_out[at].name, kLongestName)"
   GIVES "foundation::printable(\"a file\", kLongestName)"
   SHOWN_BY mail_client ComposeNotice.AFileFromElsewhereIsRefusedAndSaid)
-quoll_defence(receiver_is_safe_on_a_terminal FILE apps/quoll-compose/draft_summary.cpp
+quoll_defence(receiver_is_safe_on_a_terminal FILE apps/compose/draft_summary.cpp
   TAKES "foundation::printable(content.substr(0, shown))"
   GIVES "content.substr(0, shown)"
   SHOWN_BY receiver ReceiverTest.TheSummaryIsSafeOnATerminal)

@@ -1,8 +1,8 @@
-#include "quoll/host/clipboard_content.h"
+#include "apps/share/request/clipboard_content.h"
 
 #include <gtest/gtest.h>
 
-namespace quoll::host {
+namespace quoll::share {
 namespace {
 
 using namespace std::string_view_literals;
@@ -57,4 +57,4 @@ TEST(ClipboardContent, Lists) {
 }
 
 }  // namespace
-}  // namespace quoll::host
+}  // namespace quoll::share

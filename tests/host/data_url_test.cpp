@@ -1,13 +1,13 @@
-#include "quoll/host/data_url.h"
+#include "apps/share/request/data_url.h"
 
 #include <gtest/gtest.h>
 
 #include <vector>
 
-#include "quoll/host/image_signature.h"
-#include "quoll/host/media_type.h"
+#include "apps/share/request/image_signature.h"
+#include "apps/share/request/media_type.h"
 
-namespace quoll::host {
+namespace quoll::share {
 namespace {
 
 TEST(DataUrl, Taken) {
@@ -85,4 +85,4 @@ TEST(ImageSignature, Known) {
 }
 
 }  // namespace
-}  // namespace quoll::host
+}  // namespace quoll::share

@@ -1,4 +1,4 @@
-#include "quoll/host/intake.h"
+#include "apps/share/request/intake.h"
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -9,10 +9,11 @@
 #include <cstring>
 #include <vector>
 
-#include "quoll/host/file_handle.h"
+#include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/unique_fd.h"
 #include "tests/support/temporary_folder.h"
 
-namespace quoll::host {
+namespace quoll::share {
 namespace {
 
 /// A folder with awkward names, which is the working directory as long as it lives.
@@ -115,7 +116,7 @@ TEST_F(Intakes, Refused) {
     const char* refusal;
   };
   ASSERT_EQ(mkfifo(folder_.path("pipe").c_str(), 0600), 0);
-  const FileHandle socket_file(socket(AF_UNIX, SOCK_STREAM, 0));
+  const posix::UniqueFd socket_file(socket(AF_UNIX, SOCK_STREAM, 0));
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   std::strncpy(address.sun_path, "socket", sizeof address.sun_path - 1);
@@ -164,4 +165,4 @@ TEST_F(Intakes, UnreadableFile) {
 }
 
 }  // namespace
-}  // namespace quoll::host
+}  // namespace quoll::share

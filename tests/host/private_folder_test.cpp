@@ -1,4 +1,4 @@
-#include "quoll/host/private_folder.h"
+#include "apps/share/request/private_folder.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -10,7 +10,7 @@
 
 #include "tests/support/temporary_folder.h"
 
-namespace quoll::host {
+namespace quoll::share {
 namespace {
 
 unsigned mode_of(const std::string& path) {
@@ -47,13 +47,13 @@ TEST(PrivateFolder, GoesWhenTheProgramIsKilled) {
     const auto folder = PrivateFolder::make();
     std::string file;
     const bool is_made = folder && folder->create("data.txt", file);
-    static_cast<void>(write_all(ends[1], is_made ? folder->path() : ""));
+    static_cast<void>(posix::write_all(ends[1], is_made ? folder->path() : ""));
     kill(getpid(), SIGKILL);
   }
   close(ends[1]);
   std::string path;
   bool ended = false;
-  ASSERT_TRUE(read_until(ends[0], path, 4096, ended));
+  ASSERT_TRUE(posix::read_until(ends[0], path, 4096, ended));
   close(ends[0]);
   ASSERT_EQ(waitpid(child, nullptr, 0), child);
   ASSERT_FALSE(path.empty());
@@ -71,4 +71,4 @@ TEST(PrivateFolder, NoneWithoutATemporaryFolder) {
 }
 
 }  // namespace
-}  // namespace quoll::host
+}  // namespace quoll::share

@@ -6,18 +6,18 @@
 
 #include <filesystem>
 
-#include "quoll/host/received_bytes.h"
-#include "quoll/host/select.h"
+#include "apps/share/request/received_bytes.h"
+#include "apps/share/request/select.h"
 
-namespace quoll::host {
+namespace quoll::share {
 namespace {
 
 constexpr std::size_t kMebibyte = std::size_t{1} << 20;
 
 /// A descriptor that delivers this beginning and then zero bytes, so many in all.
-FileHandle delivering(std::string_view beginning, std::size_t size) {
-  FileHandle file(memfd_create("test", MFD_CLOEXEC));
-  EXPECT_TRUE(write_all(file.get(), beginning));
+posix::UniqueFd delivering(std::string_view beginning, std::size_t size) {
+  posix::UniqueFd file(memfd_create("test", MFD_CLOEXEC));
+  EXPECT_TRUE(posix::write_all(file.get(), beginning));
   EXPECT_EQ(ftruncate(file.get(), static_cast<off_t>(size)), 0);
   lseek(file.get(), 0, SEEK_SET);
   return file;
@@ -57,13 +57,13 @@ TEST(ReceivedLimits, ATextHas64MiBAtMost) {
 }
 
 TEST(ReceivedLimits, ATextWithoutAnEndEnds) {
-  const FileHandle endless(open("/dev/zero", O_RDONLY | O_CLOEXEC));
+  const posix::UniqueFd endless(open("/dev/zero", O_RDONLY | O_CLOEXEC));
   EXPECT_FALSE(select({{}, {}, "-", {}}, endless.get()).html);
 }
 
 TEST(ReceivedLimits, AListHas256MiBAtMost) {
   const auto why_left_out = [](std::size_t size) {
-    const FileHandle list = delivering(std::string(256 * kMebibyte, 'a'), size);
+    const posix::UniqueFd list = delivering(std::string(256 * kMebibyte, 'a'), size);
     Wanted wanted;
     wanted.text = "-";
     wanted.has_list = true;
@@ -116,9 +116,9 @@ TEST(ReceivedLimits, FilesAndImagesShareTheRoomOfDeliveries) {
 
 TEST(ReceivedLimits, OfAnImageNoMoreIsHeldThanIsWanted) {
   constexpr std::string_view kPng = "\x89PNG\r\n\x1a\n";
-  const FileHandle image = delivering(kPng, 100 * kMebibyte);
+  const posix::UniqueFd image = delivering(kPng, 100 * kMebibyte);
   EXPECT_EQ(receive({image.get(), std::nullopt, 3 * kMebibyte})->beginning.size(), 3 * kMebibyte);
 }
 
 }  // namespace
-}  // namespace quoll::host
+}  // namespace quoll::share

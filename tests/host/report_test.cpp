@@ -1,16 +1,16 @@
-#include "quoll/host/report.h"
+#include "apps/share/report.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
+#include "apps/share/watched_desktop.h"
 #include "quoll/foundation/format.h"
-#include "quoll/host/watched_desktop.h"
 #include "quoll/platform/desktop.h"
 #include "quoll/platform/type_identifiers.h"
 #include "tests/support/recorders.h"
 
-namespace quoll::host {
+namespace quoll::share {
 namespace {
 
 using foundation::file_error;
@@ -169,4 +169,4 @@ TEST(ShownReport, HasWholeLinesOfText) {
 }
 
 }  // namespace
-}  // namespace quoll::host
+}  // namespace quoll::share

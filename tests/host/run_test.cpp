@@ -1,4 +1,4 @@
-#include "quoll/host/run.h"
+#include "apps/share/run.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -8,9 +8,9 @@
 #include <latch>
 #include <thread>
 
-#include "linux/posix/unique_fd.h"
-#include "quoll/host/report.h"
-#include "quoll/host/watched_desktop.h"
+#include "apps/share/report.h"
+#include "apps/share/watched_desktop.h"
+#include "quoll/linux/posix/unique_fd.h"
 #include "quoll/message/extension_message.h"
 #include "quoll/platform/desktop.h"
 #include "quoll/platform/type_identifiers.h"
@@ -20,7 +20,7 @@
 #include "tests/support/temporary_folder.h"
 #include "tests/support/thread_coordinator.h"
 
-namespace quoll::host {
+namespace quoll::share {
 namespace {
 
 using foundation::NSURL;
@@ -188,4 +188,4 @@ TEST_F(Run, AShareOfMoreThanASecondShowsItsProgress) {
 }
 
 }  // namespace
-}  // namespace quoll::host
+}  // namespace quoll::share

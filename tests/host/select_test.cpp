@@ -1,4 +1,4 @@
-#include "quoll/host/select.h"
+#include "apps/share/request/select.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -8,22 +8,22 @@
 #include "quoll/platform/type_identifiers.h"
 #include "tests/support/temporary_folder.h"
 
-namespace quoll::host {
+namespace quoll::share {
 namespace {
 
 /// A descriptor that delivers these bytes, then ends.
-FileHandle delivering(std::string_view bytes) {
+posix::UniqueFd delivering(std::string_view bytes) {
   std::FILE* const file = std::tmpfile();
   std::fwrite(bytes.data(), 1, bytes.size(), file);
   std::fflush(file);
   const int descriptor = dup(fileno(file));
   std::fclose(file);
   lseek(descriptor, 0, SEEK_SET);
-  return FileHandle(descriptor);
+  return posix::UniqueFd(descriptor);
 }
 
 Selection select_items(std::vector<std::string> items, std::string_view standard_input = "") {
-  const FileHandle input = delivering(standard_input);
+  const posix::UniqueFd input = delivering(standard_input);
   return select({{}, {}, {}, std::move(items)}, input.get());
 }
 
@@ -93,7 +93,7 @@ TEST(Select, WhatCannotBeSharedKeepsNothingBack) {
 }
 
 TEST(Select, StandardInputThatCannotBeRead) {
-  const FileHandle closed(open("/dev/null", O_WRONLY));
+  const posix::UniqueFd closed(open("/dev/null", O_WRONLY));
   const Selection selection = select({{}, {}, {}, {"-"}}, closed.get());
   EXPECT_TRUE(selection.empty());
   ASSERT_EQ(selection.left_out.size(), 1U);
@@ -101,7 +101,7 @@ TEST(Select, StandardInputThatCannotBeRead) {
 }
 
 TEST(Select, Texts) {
-  const FileHandle input = delivering("from afar");
+  const posix::UniqueFd input = delivering("from afar");
   const Selection selection = select({"A title", "-", {}, {}}, input.get());
   EXPECT_EQ(selection.title, "A title");
   EXPECT_EQ(selection.text, "from afar");
@@ -136,7 +136,7 @@ TEST(Select, ATextThatOnlyRepeatsALinkIsDropped) {
   }
 }
 
-Selection select_delivery(FileHandle from, std::string media_type, std::string name) {
+Selection select_delivery(posix::UniqueFd from, std::string media_type, std::string name) {
   Wanted wanted;
   wanted.deliveries = {{dup(from.get()), std::move(media_type), std::move(name)}};
   wanted.patience = std::chrono::milliseconds(20);
@@ -183,7 +183,7 @@ TEST(Select, AnImageThatIsDeliveredKeepsItsNameWhenItHasOne) {
 }
 
 TEST(Select, AFileIsDeliveredFromItsBeginning) {
-  FileHandle file = delivering("hello");
+  posix::UniqueFd file = delivering("hello");
   lseek(file.get(), 0, SEEK_END);
   const Selection selection = select_delivery(std::move(file), "", "a.txt");
   ASSERT_EQ(selection.items.size(), 1U);
@@ -193,24 +193,25 @@ TEST(Select, AFileIsDeliveredFromItsBeginning) {
 TEST(Select, DescriptorsThatDeliverNothing) {
   int ends[2] = {-1, -1};
   ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
-  const FileHandle writing(ends[1]);
+  const posix::UniqueFd writing(ends[1]);
   int bounded[2] = {-1, -1};
   ASSERT_EQ(pipe2(bounded, O_CLOEXEC | O_NONBLOCK), 0);
-  const FileHandle begun(bounded[1]);
-  ASSERT_TRUE(write_all(begun.get(), "the beginning, and no end"));
+  const posix::UniqueFd begun(bounded[1]);
+  ASSERT_TRUE(posix::write_all(begun.get(), "the beginning, and no end"));
   struct Row {
     const char* reason;
-    FileHandle from;
+    posix::UniqueFd from;
     std::string name;
     std::string why;
   };
   std::vector<Row> rows;
-  rows.push_back({"silent", FileHandle(ends[0]), "a", "nothing came for too long"});
-  rows.push_back({"half", FileHandle(bounded[0]), "a", "nothing came for too long"});
-  rows.push_back({"folder", FileHandle(open("/", O_RDONLY)), "a", "is a directory"});
-  rows.push_back({"no rights", FileHandle(open("/etc", O_PATH)), "a", "bad file descriptor"});
-  rows.push_back({"to write", FileHandle(open("/dev/null", O_WRONLY)), "a", "bad file descriptor"});
-  rows.push_back({"empty", FileHandle(open("/dev/null", O_RDONLY)), "a", "it is empty"});
+  rows.push_back({"silent", posix::UniqueFd(ends[0]), "a", "nothing came for too long"});
+  rows.push_back({"half", posix::UniqueFd(bounded[0]), "a", "nothing came for too long"});
+  rows.push_back({"folder", posix::UniqueFd(open("/", O_RDONLY)), "a", "is a directory"});
+  rows.push_back({"no rights", posix::UniqueFd(open("/etc", O_PATH)), "a", "bad file descriptor"});
+  rows.push_back(
+      {"to write", posix::UniqueFd(open("/dev/null", O_WRONLY)), "a", "bad file descriptor"});
+  rows.push_back({"empty", posix::UniqueFd(open("/dev/null", O_RDONLY)), "a", "it is empty"});
   rows.push_back({"long name", delivering("x"), std::string(256, 'n'),
                   "it cannot be kept in a temporary file: file name too long"});
   for (Row& row : rows) {
@@ -244,7 +245,7 @@ TEST(Select, AListOnStandardInput) {
       {"standard input is the list itself", "-" + zero, {given}, {"no such file"}},
   };
   for (const Row& row : rows) {
-    const FileHandle input = delivering(row.list);
+    const posix::UniqueFd input = delivering(row.list);
     Wanted wanted;
     wanted.items = {given};
     wanted.has_list = true;
@@ -268,12 +269,12 @@ TEST(Select, TheTextsStandFirstInAList) {
   wanted.title = "-";
   wanted.html = "-";
   wanted.has_list = true;
-  const FileHandle input = delivering("-\0<b>x</b>\0https://h/\0"sv);
+  const posix::UniqueFd input = delivering("-\0<b>x</b>\0https://h/\0"sv);
   const Selection selection = select(wanted, input.get());
   EXPECT_EQ(selection.title, "-") << "what is in a list is meant as it is";
   EXPECT_EQ(selection.html, "<b>x</b>");
   ASSERT_EQ(selection.items.size(), 1U);
-  const FileHandle shorter = delivering("A title\0"sv);
+  const posix::UniqueFd shorter = delivering("A title\0"sv);
   const Selection without = select(wanted, shorter.get());
   EXPECT_EQ(without.title, "A title");
   EXPECT_EQ(without.html, std::nullopt);
@@ -304,4 +305,4 @@ TEST(Select, MoreFilesThanDescriptors) {
 }
 
 }  // namespace
-}  // namespace quoll::host
+}  // namespace quoll::share

@@ -1,4 +1,4 @@
-#include "quoll/host/turn.h"
+#include "apps/share/turn.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 #include "tests/host/folder_files.h"
 #include "tests/support/temporary_folder.h"
 
-namespace quoll::host {
+namespace quoll::share {
 namespace {
 
 TEST(Turn, NoneWithoutAContainer) {
@@ -47,22 +47,22 @@ TEST(Turn, AnotherProcessWaitsUntilTheTurnIsOver) {
     const int file = open(folder.path(".locks/turn").c_str(), O_RDWR);
     const bool is_free = flock(file, LOCK_EX | LOCK_NB) == 0;
     close(file);
-    static_cast<void>(write_all(ends[1], is_free ? "free," : "taken,"));
+    static_cast<void>(posix::write_all(ends[1], is_free ? "free," : "taken,"));
     const Turn next = take_turn();
-    static_cast<void>(write_all(ends[1], next.is_held() ? "held" : "none"));
+    static_cast<void>(posix::write_all(ends[1], next.is_held() ? "held" : "none"));
     _exit(0);
   }
   close(ends[1]);
   std::string told;
   bool ended = false;
-  ASSERT_TRUE(read_until(ends[0], told, 6, ended));
+  ASSERT_TRUE(posix::read_until(ends[0], told, 6, ended));
   EXPECT_EQ(told, "taken,");
   turn.reset();
-  ASSERT_TRUE(read_until(ends[0], told, 100, ended));
+  ASSERT_TRUE(posix::read_until(ends[0], told, 100, ended));
   EXPECT_EQ(told, "taken,held");
   close(ends[0]);
   ASSERT_EQ(waitpid(child, nullptr, 0), child);
 }
 
 }  // namespace
-}  // namespace quoll::host
+}  // namespace quoll::share

@@ -3,18 +3,19 @@
 
 #include <thread>
 
-#include "quoll/host/file_handle.h"
-#include "quoll/host/print_workspace.h"
-#include "quoll/host/shared_item.h"
-#include "quoll/host/watched_desktop.h"
-#include "quoll/host/watched_queue.h"
-#include "quoll/host/watched_workspace.h"
+#include "apps/share/print_workspace.h"
+#include "apps/share/shared_item.h"
+#include "apps/share/watched_desktop.h"
+#include "apps/share/watched_queue.h"
+#include "apps/share/watched_workspace.h"
+#include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/unique_fd.h"
 #include "quoll/platform/type_identifiers.h"
 #include "tests/host/folder_files.h"
 #include "tests/support/recorders.h"
 #include "tests/support/temporary_folder.h"
 
-namespace quoll::host {
+namespace quoll::share {
 namespace {
 
 using foundation::NSURL;
@@ -57,13 +58,13 @@ TEST(WatchedWorkspace, HearsWhyNothingWasOpened) {
 TEST(Printer, OneLineAUrl) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
-  const FileHandle reading(ends[0]);
-  FileHandle writing(ends[1]);
+  const posix::UniqueFd reading(ends[0]);
+  posix::UniqueFd writing(ends[1]);
   EXPECT_TRUE(printer(writing.get())->openURLs({NSURL::URLWithString("quoll://compose?")}, "x", 0));
   writing.reset();
   std::string printed;
   bool ended = false;
-  ASSERT_TRUE(read_until(reading.get(), printed, 4096, ended));
+  ASSERT_TRUE(posix::read_until(reading.get(), printed, 4096, ended));
   EXPECT_EQ(printed, "quoll://compose?\n");
 }
 
@@ -172,4 +173,4 @@ TEST(SharedItem, WhatLeavesAHandlerEndsThere) {
 }
 
 }  // namespace
-}  // namespace quoll::host
+}  // namespace quoll::share

@@ -3,11 +3,11 @@
 #include <cerrno>
 #include <vector>
 
+#include "apps/share/plain_reason.h"
 #include "quoll/foundation/error.h"
 #include "quoll/foundation/format.h"
-#include "quoll/host/plain_reason.h"
 
-namespace quoll::host {
+namespace quoll::share {
 namespace {
 
 TEST(PlainReason, SaysWhatTheSystemSaid) {
@@ -57,4 +57,4 @@ TEST(PlainReason, ErrorCode) {
 }
 
 }  // namespace
-}  // namespace quoll::host
+}  // namespace quoll::share

@@ -1,4 +1,4 @@
-#include "linux/icu/date_formatter.h"
+#include "quoll/linux/icu/date_formatter.h"
 
 #include <gtest/gtest.h>
 #include <unicode/gregocal.h>

@@ -1,4 +1,4 @@
-#include "linux/icu/user_locale.h"
+#include "quoll/linux/icu/user_locale.h"
 
 #include <gtest/gtest.h>
 

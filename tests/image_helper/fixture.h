@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 
-#include "linux/image_helper/images.h"
+#include "quoll/linux/image_helper/images.h"
 #include "quoll/platform/desktop.h"
 #include "tests/support/recorders.h"
 

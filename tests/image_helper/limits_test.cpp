@@ -9,9 +9,9 @@
 #include <csignal>
 #include <string>
 
-#include "linux/image_helper/codecs/picture.h"
-#include "linux/image_helper/descriptors.h"
-#include "linux/sandbox/sanitizer_build.h"
+#include "apps/image-helper/codecs/picture.h"
+#include "quoll/linux/image_helper/descriptors.h"
+#include "apps/sandbox/sanitizer_build.h"
 #include "tests/support/temporary_folder.h"
 
 namespace quoll::image_helper {

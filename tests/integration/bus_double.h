@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-#include "linux/gio/handles.h"
+#include "quoll/linux/gio/handles.h"
 
 namespace quoll::test {
 

@@ -1,9 +1,9 @@
 // What each mail client's program is started with.
-#include "apps/quoll-compose/client_arguments.h"
+#include "apps/compose/client_arguments.h"
 
 #include <gtest/gtest.h>
 
-namespace quoll::receiver {
+namespace quoll::compose {
 namespace {
 
 using gio::DraftWay;
@@ -162,4 +162,4 @@ TEST(ClientArguments, AClientGetsNamesThatItWritesWhole) {
 }
 
 }  // namespace
-}  // namespace quoll::receiver
+}  // namespace quoll::compose

@@ -1,6 +1,6 @@
 // What the clipboard holds, by the programs that read it: real ones on a display of the test's own,
 // and doubles that offer what no program offers at a time, or do not answer.
-#include "apps/quoll-share/clipboard.h"
+#include "apps/share/request/clipboard.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -11,8 +11,8 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "quoll/host/data_url.h"
-#include "quoll/host/file_handle.h"
+#include "apps/share/request/data_url.h"
+#include "quoll/linux/posix/descriptor_io.h"
 #include "tests/integration/share_home.h"
 
 namespace quoll::test {
@@ -64,13 +64,13 @@ esac
 };
 
 /// What is wanted, in one line.
-std::string described(const host::Wanted& wanted) {
+std::string described(const share::Wanted& wanted) {
   std::string all;
   for (const std::string& item : wanted.items) {
     all += "item " + item + ";";
   }
-  for (const host::Delivery& delivery : wanted.deliveries) {
-    const host::FileHandle held(delivery.descriptor);
+  for (const share::Delivery& delivery : wanted.deliveries) {
+    const posix::UniqueFd held(delivery.descriptor);
     all += delivery.media_type + " of " + std::to_string(lseek(held.get(), 0, SEEK_END)) + ";";
   }
   all += wanted.html ? "html " + *wanted.html + ";" : "";
@@ -79,10 +79,10 @@ std::string described(const host::Wanted& wanted) {
 }
 
 /// What comes of reading it: what is wanted then, or why nothing is.
-std::string read_by(const Tools& tools, const ClipboardTime& time = {60s, 600s}) {
+std::string read_by(const Tools& tools, const share::ClipboardTime& time = {60s, 600s}) {
   const ScopedEnvironment environment(tools.environment());
-  host::Wanted wanted;
-  const auto reason = add_clipboard(wanted, time);
+  share::Wanted wanted;
+  const auto reason = share::add_clipboard(wanted, time);
   return reason.value_or(described(wanted));
 }
 
@@ -166,12 +166,12 @@ TEST(Clipboard, NothingOfTheToolStays) {
   const TemporaryFolder folder;
   const std::string held = folder.path("held");
   ASSERT_EQ(mkfifo(held.c_str(), 0600), 0);
-  const host::FileHandle reading(open(held.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  const posix::UniqueFd reading(open(held.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   tools.behave("exec 3>'" + held + "'; (echo begun; sleep 10; echo stayed) >&3 & exec yes");
   EXPECT_EQ(read_by(tools), "what it holds is too long");
   std::string written;
   bool ended = false;
-  ASSERT_TRUE(host::read_until(reading.get(), written, 100, ended, 60s)) << "nobody holds it";
+  ASSERT_TRUE(posix::read_until(reading.get(), written, 100, ended, 60s)) << "nobody holds it";
   EXPECT_EQ(written.find("stayed"), std::string::npos);
 }
 
@@ -179,15 +179,15 @@ TEST(Clipboard, WithoutADisplayOrATool) {
   const Tools tools("xclip");
   Environment environment = tools.environment();
   environment["DISPLAY"] = "";
-  host::Wanted wanted;
+  share::Wanted wanted;
   {
     const ScopedEnvironment none(environment);
-    EXPECT_EQ(add_clipboard(wanted), "there is no display, and so no clipboard");
+    EXPECT_EQ(share::add_clipboard(wanted), "there is no display, and so no clipboard");
   }
   environment["DISPLAY"] = ":99999";
   environment["PATH"] = "/nowhere";
   const ScopedEnvironment missing(environment);
-  EXPECT_EQ(add_clipboard(wanted), "xclip could not be started; install xclip");
+  EXPECT_EQ(share::add_clipboard(wanted), "xclip could not be started; install xclip");
 }
 
 // A display on the other side of a program that cannot reach it is asked by the other program.
@@ -199,8 +199,8 @@ TEST(Clipboard, XIsAskedWhereWaylandCannotBe) {
   const ScopedEnvironment first(x.environment());
   const ScopedEnvironment both(
       {{"WAYLAND_DISPLAY", "wayland-0"}, {"PATH", *wayland.environment()["PATH"]}});
-  host::Wanted wanted;
-  EXPECT_EQ(add_clipboard(wanted), std::nullopt);
+  share::Wanted wanted;
+  EXPECT_EQ(share::add_clipboard(wanted), std::nullopt);
   EXPECT_EQ(wanted.text, "by X");
 }
 
@@ -251,7 +251,7 @@ TEST_F(RealClipboard, HoldsWhatAFileManagerCopies) {
 }
 
 TEST_F(RealClipboard, HoldsAPicture) {
-  const auto pixel = host::read_data_url(
+  const auto pixel = share::read_data_url(
       "data:;base64,iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mNk+"
       "M9QDwADhgGAWjR9awAA"
       "AABJRU5ErkJggg==");

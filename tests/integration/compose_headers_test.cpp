@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "apps/quoll-compose/message_headers.h"
-#include "linux/gio/handles.h"
+#include "apps/compose/message_headers.h"
+#include "quoll/linux/gio/handles.h"
 
-namespace quoll::receiver {
+namespace quoll::compose {
 namespace {
 
 /// The line of a header as it stands in the file, unfolded.
@@ -78,4 +78,4 @@ TEST(DraftHeaders, NoLineIsTooLong) {
 }
 
 }  // namespace
-}  // namespace quoll::receiver
+}  // namespace quoll::compose

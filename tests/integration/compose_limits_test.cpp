@@ -4,8 +4,8 @@
 
 #include <fstream>
 
-#include "apps/quoll-compose/received_draft.h"
-#include "linux/posix/files.h"
+#include "apps/compose/received_draft.h"
+#include "quoll/linux/posix/files.h"
 #include "quoll/platform/desktop.h"
 #include "tests/integration/receiver_home.h"
 #include "tests/support/recorders.h"
@@ -51,7 +51,7 @@ TEST(ComposeLimits, TwentyFilesThatAreLeftOutAreLoggedByName) {
          .log = log});
     const std::vector<std::string> paths(static_cast<std::size_t>(files), "/etc/hostname");
     static_cast<void>(
-        receiver::finish(std::make_unique<receiver::ReceivedDraft>(ReceiverHome::url(paths)), {}));
+        compose::finish(std::make_unique<compose::ReceivedDraft>(ReceiverHome::url(paths)), {}));
     auto lines = log->lines();
     lines.pop_back();  // where the draft is
     return lines;

@@ -1,7 +1,7 @@
 // What a person is told of a draft that came by the bus, where nobody sees a terminal.
 #include <thread>
 
-#include "linux/gio/launcher.h"
+#include "quoll/linux/gio/launcher.h"
 #include "tests/integration/client_home.h"
 #include "tests/support/recorders.h"
 

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <thread>
 
-#include "linux/gio/launcher.h"
+#include "quoll/linux/gio/launcher.h"
 #include "tests/integration/receiver_home.h"
 #include "tests/support/recorders.h"
 

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "apps/quoll-compose/plain_text.h"
+#include "apps/compose/plain_text.h"
 
-namespace quoll::receiver {
+namespace quoll::compose {
 namespace {
 
 TEST(PlainTextOfHtml, IsWhatAReaderSees) {
@@ -60,4 +60,4 @@ TEST(PlainTextOfHtml, HostileTextsEnd) {
 }
 
 }  // namespace
-}  // namespace quoll::receiver
+}  // namespace quoll::compose

@@ -9,7 +9,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "linux/posix/unique_fd.h"
+#include "quoll/linux/posix/unique_fd.h"
 #include "tests/integration/private_bus.h"
 
 namespace quoll::test {

@@ -1,5 +1,5 @@
 // Arguments in the `Exec` line of a desktop entry.
-#include "linux/gio/exec_line.h"
+#include "quoll/linux/gio/exec_line.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // How long a draft stays that a mail client was given.
-#include "apps/quoll-compose/given_drafts.h"
+#include "apps/compose/given_drafts.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -7,12 +7,12 @@
 #include <filesystem>
 #include <fstream>
 
-#include "linux/posix/files.h"
+#include "quoll/linux/posix/files.h"
 #include "quoll/platform/desktop.h"
 #include "tests/integration/process.h"
 #include "tests/support/temporary_folder.h"
 
-namespace quoll::receiver {
+namespace quoll::compose {
 namespace {
 
 namespace fs = std::filesystem;
@@ -151,4 +151,4 @@ TEST_F(GivenDraftsTest, WhatLiesAmongThemIsNoHarm) {
 }
 
 }  // namespace
-}  // namespace quoll::receiver
+}  // namespace quoll::compose

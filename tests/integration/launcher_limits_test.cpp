@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <filesystem>
 
-#include "linux/gio/fields.h"
-#include "linux/gio/launcher.h"
+#include "quoll/linux/gio/fields.h"
+#include "quoll/linux/gio/launcher.h"
 #include "tests/integration/private_bus.h"
 #include "tests/support/recorders.h"
 

@@ -1,4 +1,4 @@
-#include "linux/gio/launcher.h"
+#include "quoll/linux/gio/launcher.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@
 #include <filesystem>
 #include <thread>
 
-#include "linux/gio/fields.h"
+#include "quoll/linux/gio/fields.h"
 #include "tests/integration/private_bus.h"
 #include "tests/support/recorders.h"
 

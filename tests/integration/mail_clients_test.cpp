@@ -1,5 +1,5 @@
 // What a desktop entry says of a mail client.
-#include "linux/gio/mail_clients.h"
+#include "quoll/linux/gio/mail_clients.h"
 
 #include <gtest/gtest.h>
 

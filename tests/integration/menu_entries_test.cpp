@@ -3,7 +3,7 @@
 // split into words, so a name that breaks it is a menu item that does nothing.
 #include <gtest/gtest.h>
 
-#include "linux/gio/handles.h"
+#include "quoll/linux/gio/handles.h"
 
 namespace quoll::test {
 namespace {

@@ -1,11 +1,11 @@
 // What KDE's share menu sends, read without the menu.
-#include "apps/quoll-share/menu_request.h"
+#include "apps/share/request/menu_request.h"
 
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
-namespace quoll {
+namespace quoll::share {
 namespace {
 
 using Json = nlohmann::json;
@@ -142,4 +142,4 @@ TEST(MenuRequest, AnEmptyMapSharesNothing) {
 }
 
 }  // namespace
-}  // namespace quoll
+}  // namespace quoll::share

@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <string>
 
-#include "linux/gio/handles.h"
+#include "quoll/linux/gio/handles.h"
 
 namespace {
 

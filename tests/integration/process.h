@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "linux/posix/unique_fd.h"
+#include "quoll/linux/posix/unique_fd.h"
 
 namespace quoll::test {
 

@@ -10,8 +10,8 @@
 #include <fstream>
 #include <string>
 
-#include "linux/gio/handles.h"
-#include "linux/gio/opener.h"
+#include "quoll/linux/gio/handles.h"
+#include "quoll/linux/gio/opener.h"
 #include "tests/integration/bus_double.h"
 
 namespace {

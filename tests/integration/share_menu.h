@@ -10,7 +10,8 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "quoll/host/file_handle.h"
+#include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/unique_fd.h"
 #include "tests/integration/private_bus.h"
 
 namespace quoll::test {
@@ -41,11 +42,11 @@ class ShareMenu : public testing::Test {
         std::vector<std::string>{QUOLL_SHARE_PURPOSE, "--server", socket_path(), "--pluginType",
                                  "Export", "--pluginPath", "/main.bin"},
         bus_.environment());
-    connection_ = host::FileHandle(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    connection_ = posix::UniqueFd(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
     EXPECT_TRUE(connection_);
   }
   void send(const std::string& bytes) const {
-    EXPECT_TRUE(host::write_all(connection_.get(), bytes));
+    EXPECT_TRUE(posix::write_all(connection_.get(), bytes));
   }
   void request(const Json& value) const {
     const auto cbor = Json::to_cbor(value);
@@ -56,7 +57,7 @@ class ShareMenu : public testing::Test {
     std::string said;
     bool ended = false;
     // An entry that did not read everything resets the connection, behind what it said.
-    EXPECT_TRUE(host::read_until(connection_.get(), said, 1 << 20U, ended) || errno == ECONNRESET);
+    EXPECT_TRUE(posix::read_until(connection_.get(), said, 1 << 20U, ended) || errno == ECONNRESET);
     EXPECT_TRUE(said.ends_with('\n')) << said;
     return Json::parse(said.substr(said.rfind('\n', said.size() - 2) + 1), nullptr, false);
   }
@@ -84,8 +85,8 @@ class ShareMenu : public testing::Test {
   }
 
   PrivateBus bus_;
-  host::FileHandle listener_;
-  host::FileHandle connection_;
+  posix::UniqueFd listener_;
+  posix::UniqueFd connection_;
   std::unique_ptr<Process> entry_;
 };
 

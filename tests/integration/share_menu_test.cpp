@@ -10,7 +10,7 @@ namespace quoll::test {
 namespace {
 
 namespace fs = std::filesystem;
-using host::FileHandle;
+using posix::UniqueFd;
 
 TEST_F(ShareMenu, FilesWithSpacesAndCommas) {
   install_receiver();
@@ -136,7 +136,7 @@ TEST_F(ShareMenu, NoOtherProcessHoldsTheSocket) {
   install_receiver();
   const std::string locks = bus_.path("containers/K7Q2M9XT4B.quoll/.locks");
   fs::create_directories(locks);
-  const FileHandle turn(open((locks + "/turn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  const posix::UniqueFd turn(open((locks + "/turn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
   ASSERT_EQ(flock(turn.get(), LOCK_EX), 0);  // so the entry waits, with its launcher beside it
   choose();
   request({{"urls", {"https://example.org/"}}});

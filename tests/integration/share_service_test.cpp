@@ -11,8 +11,8 @@
 #include <list>
 #include <thread>
 
-#include "linux/gio/handles.h"
-#include "linux/posix/unique_fd.h"
+#include "quoll/linux/gio/handles.h"
+#include "quoll/linux/posix/unique_fd.h"
 #include "tests/integration/receiver_home.h"
 
 namespace quoll::test {

@@ -11,7 +11,7 @@
 #include <cstdlib>
 #include <set>
 
-#include "linux/posix/unique_fd.h"
+#include "quoll/linux/posix/unique_fd.h"
 #include "tests/integration/share_home.h"
 
 namespace quoll::test {

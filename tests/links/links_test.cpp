@@ -1,4 +1,4 @@
-#include "linux/links/links.h"
+#include "quoll/linux/links/links.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "linux/links/marks.h"
+#include "quoll/linux/links/marks.h"
 
 #include <gtest/gtest.h>
 #include <unicode/uchar.h>

@@ -1,4 +1,4 @@
-#include "linux/links/scanner.h"
+#include "quoll/linux/links/scanner.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "quoll/platform/view_controller.h"
+#include "quoll/view/view_controller.h"
 #include "tests/support/recorders.h"
 
 namespace quoll::platform {

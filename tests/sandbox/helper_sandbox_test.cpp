@@ -4,7 +4,7 @@
 
 #include <cerrno>
 
-#include "linux/sandbox/sanitizer_build.h"
+#include "apps/sandbox/sanitizer_build.h"
 #include "tests/sandbox/probing.h"
 
 namespace quoll::test {

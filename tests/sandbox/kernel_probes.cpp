@@ -20,7 +20,7 @@
 #include <csignal>
 #include <cstdlib>
 
-#include "linux/image_helper/codecs/picture.h"
+#include "apps/image-helper/codecs/picture.h"
 #include "tests/sandbox/probe_table.h"
 
 namespace quoll::test {

@@ -3,7 +3,7 @@
 
 #include <sstream>
 
-#include "linux/sandbox/path_rules.h"
+#include "apps/sandbox/path_rules.h"
 #include "tests/sandbox/probing.h"
 
 namespace quoll::test {

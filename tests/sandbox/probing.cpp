@@ -10,7 +10,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "linux/sandbox/path_rules.h"
+#include "apps/sandbox/path_rules.h"
 
 namespace quoll::test {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "linux/posix/unique_fd.h"
+#include "quoll/linux/posix/unique_fd.h"
 #include "tests/integration/private_bus.h"
 #include "tests/integration/share_home.h"
 

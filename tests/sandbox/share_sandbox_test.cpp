@@ -11,7 +11,7 @@
 
 #include <cerrno>
 
-#include "linux/sandbox/sanitizer_build.h"
+#include "apps/sandbox/sanitizer_build.h"
 #include "tests/sandbox/probing.h"
 
 namespace quoll::test {

@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "linux/posix/coordinator.h"
-#include "linux/posix/files.h"
+#include "quoll/linux/posix/coordinator.h"
+#include "quoll/linux/posix/files.h"
 #include "quoll/platform/desktop.h"
 #include "quoll/platform/extension_host.h"
 #include "quoll/platform/type_identifiers.h"

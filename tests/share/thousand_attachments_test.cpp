@@ -8,8 +8,8 @@
 #include <set>
 #include <thread>
 
-#include "linux/posix/thread_pool.h"
 #include "quoll/container/staging.h"
+#include "quoll/linux/posix/thread_pool.h"
 #include "quoll/platform/queue.h"
 #include "quoll/share/item_gatherer.h"
 #include "tests/share/scripted_share.h"

@@ -31,10 +31,10 @@ class Home:
     def __init__(self, build):
         self.root = pathlib.Path(tempfile.mkdtemp(prefix="quoll-soak-"))
         self.programs = {
-            "share": build / "apps/quoll-share/quoll-share",
-            "compose": build / "apps/quoll-compose/quoll-compose",
-            "control": build / "apps/quollctl/quollctl",
-            "helper": build / "apps/quoll-image-helper/quoll-image-helper",
+            "share": build / "apps/share/quoll-share",
+            "compose": build / "apps/compose/quoll-compose",
+            "control": build / "apps/console/quollctl",
+            "helper": build / "apps/image-helper/quoll-image-helper",
             "receiver": build / "tests/soak/soak_receiver",
             "resident": build / "tests/soak/soak_resident",
         }

@@ -15,9 +15,9 @@
 #include <map>
 #include <string>
 
-#include "linux/gio/handles.h"
-#include "linux/gio/opener.h"
-#include "linux/posix/unique_fd.h"
+#include "quoll/linux/gio/handles.h"
+#include "quoll/linux/gio/opener.h"
+#include "quoll/linux/posix/unique_fd.h"
 
 namespace {
 

@@ -15,18 +15,18 @@
 #include <set>
 #include <stdexcept>
 
-#include "linux/image_helper/images.h"
-#include "linux/posix/coordinator.h"
-#include "linux/posix/files.h"
-#include "linux/posix/program_bundle.h"
-#include "linux/posix/steady_clock.h"
-#include "linux/posix/thread_pool.h"
+#include "apps/share/request/select.h"
+#include "apps/share/run.h"
+#include "apps/share/watched_queue.h"
 #include "quoll/container/accounts_store.h"
 #include "quoll/container/contacts_store.h"
 #include "quoll/container/staging.h"
-#include "quoll/host/run.h"
-#include "quoll/host/select.h"
-#include "quoll/host/watched_queue.h"
+#include "quoll/linux/image_helper/images.h"
+#include "quoll/linux/posix/coordinator.h"
+#include "quoll/linux/posix/files.h"
+#include "quoll/linux/posix/program_bundle.h"
+#include "quoll/linux/posix/steady_clock.h"
+#include "quoll/linux/posix/thread_pool.h"
 #include "quoll/platform/desktop.h"
 #include "quoll/records/extension_account.h"
 #include "quoll/records/extension_address.h"
@@ -59,7 +59,7 @@ class Resident {
  public:
   explicit Resident(std::string folder)
       : folder_(std::move(folder)),
-        queue_(std::make_shared<host::WatchedQueue>(posix::make_thread_pool())),
+        queue_(std::make_shared<share::WatchedQueue>(posix::make_thread_pool())),
         desktop_({.bundle = posix::make_program_bundle("it.vorlent.quoll2.Quoll-Share"),
                   .files = posix::make_file_manager(),
                   .coordinator = posix::coordinator_factory(),
@@ -69,7 +69,7 @@ class Resident {
 
   void round() {
     const auto items = new_items();
-    host::Selection selection = host::select({"A title", {}, {}, items});
+    share::Selection selection = share::select({"A title", {}, {}, items});
     const auto message = gathered(selection);
     check_staged(*ExtensionMessage::ExtensionMessageWithUrl(message->queryUrl("compose")));
     const std::size_t records =
@@ -100,13 +100,13 @@ class Resident {
     return items;
   }
 
-  std::shared_ptr<ExtensionMessage> gathered(host::Selection& selection) {
+  std::shared_ptr<ExtensionMessage> gathered(share::Selection& selection) {
     std::shared_ptr<ExtensionMessage> message;
     ExtensionUtilities::ShareInit(kService);
     ExtensionUtilities::GetItemForExtension(
-        host::make_request(selection), kService,
+        share::make_request(selection), kService,
         [&](const auto& gathered, const auto&) { message = gathered; });
-    host::wait_until_done(selection, *queue_);
+    share::wait_until_done(selection, *queue_);
     if (!message) {
       throw Loss("the completion was not called");
     }
@@ -156,7 +156,7 @@ class Resident {
   }
 
   std::string folder_;
-  std::shared_ptr<host::WatchedQueue> queue_;
+  std::shared_ptr<share::WatchedQueue> queue_;
   platform::ScopedDesktop desktop_;
   std::mt19937 random_{1};
   std::multiset<std::string> files_;

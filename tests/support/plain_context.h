@@ -4,7 +4,7 @@
 #include <cmath>
 #include <vector>
 
-#include "quoll/platform/drawing_context.h"
+#include "quoll/view/drawing_context.h"
 
 namespace quoll::test {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "linux/xml/styled_text.h"
+#include "quoll/linux/xml/styled_text.h"
 
 namespace quoll {
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "linux/xml/styled_text.h"
+#include "quoll/linux/xml/styled_text.h"
 
 namespace quoll {
 namespace {

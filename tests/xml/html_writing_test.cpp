@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "linux/xml/styled_text.h"
 #include "quoll/foundation/text.h"
+#include "quoll/linux/xml/styled_text.h"
 
 namespace quoll {
 namespace {

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string>
 
-#include "linux/xml/styled_text.h"
+#include "quoll/linux/xml/styled_text.h"
 #include "quoll/platform/desktop.h"
 #include "tests/support/recorders.h"
 #include "tests/support/temporary_folder.h"

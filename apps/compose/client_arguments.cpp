@@ -1,0 +1,207 @@
+#include "apps/compose/client_arguments.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstddef>
+#include <string_view>
+
+#include "apps/compose/message_parts.h"
+#include "quoll/foundation/percent.h"
+
+namespace quoll::compose {
+namespace {
+
+using foundation::percent_encode;
+
+constexpr std::size_t kLongestArgument = 131071;  // the kernel's
+
+/// A path as it is would be read by rules of the client's own; of this there is one reading.
+std::string file_url(const std::string& path) {
+  std::string url = "file://";
+  for (const char c : path) {
+    if (c == '/') {
+      url += c;
+    } else {
+      foundation::percent_encode_append(url, std::string_view(&c, 1));
+    }
+  }
+  return url;
+}
+
+std::string joined(const std::vector<std::string>& texts) {
+  std::string all;
+  for (const auto& text : texts) {
+    all += (all.empty() ? "" : ", ") + text;
+  }
+  return all;
+}
+
+/// Mail links break lines as mail does.
+std::string with_mail_lines(const std::string& text) {
+  std::string out;
+  for (const char c : text) {
+    out += c == '\n' ? "\r\n" : std::string(1, c);
+  }
+  return out;
+}
+
+/// `mailto:` and the recipients, with what else stands in such a link behind a "?".
+class MailLink {
+ public:
+  explicit MailLink(const std::vector<std::string>& to) {
+    for (const auto& address : to) {
+      text_ += (text_.ends_with(':') ? "" : ",") + percent_encode(address);
+    }
+  }
+  void add(const char* key, const std::string& value) {
+    if (!value.empty()) {
+      text_ += (has_query_ ? "&" : "?") + std::string(key) + "=" + percent_encode(value);
+      has_query_ = true;
+    }
+  }
+  void add_message(const OutgoingDraft& draft) {
+    add("cc", joined(draft.cc));
+    add("bcc", joined(draft.bcc));
+    add("subject", draft.subject);
+    add("body", with_mail_lines(draft.text));
+  }
+  [[nodiscard]] const std::string& text() const { return text_; }
+
+ private:
+  std::string text_ = "mailto:";
+  bool has_query_ = false;
+};
+
+std::vector<std::string> for_evolution(const OutgoingDraft& draft) {
+  MailLink link(draft.to);
+  link.add_message(draft);
+  for (const auto& file : draft.files) {
+    link.add("attach", file_url(file));
+  }
+  return {link.text()};
+}
+
+/// True for what reads as a URL: a word of the letters of a scheme, and a colon behind it.
+bool has_scheme(const std::string& text) {
+  constexpr std::string_view kLetters =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+-.";
+  const auto end = text.find_first_not_of(kLetters);
+  return end != std::string::npos && text[end] == ':';
+}
+
+constexpr std::string_view kKMailText = "--body=";
+
+bool is_too_long_for_kmail(const std::string& text) {
+  return text.size() > kLongestArgument - kKMailText.size();
+}
+
+// KMail attaches a recipient that is a URL.
+std::vector<std::string> for_kmail(const OutgoingDraft& draft) {
+  std::vector<std::string> arguments{"--composer"};
+  const auto add = [&](const char* option, const std::string& value) {
+    if (!value.empty()) {
+      arguments.push_back(option + value);
+    }
+  };
+  add("--subject=", draft.subject);
+  add("--cc=", joined(draft.cc));
+  add("--bcc=", joined(draft.bcc));
+  if (is_too_long_for_kmail(draft.text)) {
+    add("--msg=", file_url(draft.text_file));
+  } else {
+    add(kKMailText.data(), draft.text);
+  }
+  for (const auto& file : draft.files) {
+    add("--attach=", file_url(file));
+  }
+  if (!draft.to.empty()) {
+    arguments.emplace_back("--");
+  }
+  for (const auto& address : draft.to) {
+    arguments.push_back(has_scheme(address) ? "<" + address + ">" : address);
+  }
+  return arguments;
+}
+
+std::vector<std::string> for_claws(const OutgoingDraft& draft) {
+  MailLink link(draft.to);
+  link.add_message(draft);
+  std::vector<std::string> arguments{"--compose", link.text()};
+  if (!draft.files.empty()) {
+    arguments.emplace_back("--attach");
+    arguments.insert(arguments.end(), draft.files.begin(), draft.files.end());
+  }
+  return arguments;
+}
+
+std::vector<std::string> for_mutt(const OutgoingDraft& draft) {
+  std::vector<std::string> arguments;
+  const auto add = [&](const char* option, const std::string& value) {
+    if (!value.empty()) {
+      arguments.insert(arguments.end(), {option, value});
+    }
+  };
+  add("-s", draft.subject);
+  add("-i", draft.text.empty() ? "" : draft.text_file);
+  for (const auto& address : draft.cc) {
+    add("-c", address);
+  }
+  for (const auto& address : draft.bcc) {
+    add("-b", address);
+  }
+  if (!draft.files.empty()) {
+    arguments.emplace_back("-a");
+    arguments.insert(arguments.end(), draft.files.begin(), draft.files.end());
+  }
+  arguments.emplace_back("--");
+  arguments.insert(arguments.end(), draft.to.begin(), draft.to.end());
+  return arguments;
+}
+
+}  // namespace
+
+std::vector<std::string> client_arguments(gio::DraftWay way, const OutgoingDraft& draft) {
+  switch (way) {
+    case gio::DraftWay::kEvolution:
+      return for_evolution(draft);
+    case gio::DraftWay::kKMail:
+      return for_kmail(draft);
+    case gio::DraftWay::kClaws:
+      return for_claws(draft);
+    case gio::DraftWay::kMutt:
+      return for_mutt(draft);
+    case gio::DraftWay::kMessageFile:
+    case gio::DraftWay::kNone:
+      break;
+  }
+  return {};
+}
+
+// Line breaks get lost in Evolution and break the headers of Claws, which takes quotes as they are
+// too. Where there is no room for signs that look like them, each becomes a low line.
+std::string name_for_client(gio::DraftWay way, const std::string& name) {
+  const bool has_quotes = way == gio::DraftWay::kClaws;
+  std::string out;
+  for (const char c : with_control_pictures(name)) {
+    out += c == '"' && has_quotes ? "\u201d" : std::string(1, c);
+  }
+  if (out.size() > NAME_MAX) {
+    out = name;
+    std::ranges::replace_if(
+        out, [&](unsigned char c) { return c < 0x20 || c == 0x7F || (c == '"' && has_quotes); },
+        '_');
+  }
+  return out;
+}
+
+bool reads_files(gio::DraftWay way, const OutgoingDraft& draft) {
+  return !draft.files.empty() || (way == gio::DraftWay::kMutt && !draft.text.empty()) ||
+         (way == gio::DraftWay::kKMail && is_too_long_for_kmail(draft.text));
+}
+
+bool are_startable(const std::vector<std::string>& arguments) {
+  return std::ranges::all_of(
+      arguments, [](const std::string& argument) { return argument.size() <= kLongestArgument; });
+}
+
+}  // namespace quoll::compose

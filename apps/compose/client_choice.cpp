@@ -1,0 +1,109 @@
+#include "apps/compose/client_choice.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "apps/compose/cannot_compose.h"
+#include "quoll/foundation/printable.h"
+#include "quoll/foundation/text.h"
+#include "quoll/linux/gio/mail_clients.h"
+
+namespace quoll::compose {
+namespace {
+
+using gio::DraftWay;
+using gio::MailClient;
+
+std::string in_words(const MailClient& client) {
+  if (client.way == DraftWay::kNone) {
+    return "cannot be given a draft";
+  }
+  if (client.way == DraftWay::kMessageFile) {
+    return client.reads_files() ? "HTML and attachments" : "in a sandbox that no draft reaches";
+  }
+  return client.reads_files() ? "plain text and attachments"
+                              : "plain text, in a sandbox that no attachment reaches";
+}
+
+// Two clients may have one name.
+std::string called(const MailClient& client) {
+  return foundation::printable(client.name) + " (" + foundation::printable(client.id) + ")";
+}
+
+std::string folded(const std::string& text) {
+  const gio::TextHandle small(g_utf8_casefold(text.c_str(), -1));
+  return small.get();
+}
+
+bool is_called(const MailClient& client, const std::string& name) {
+  return folded(client.id) == folded(name) || folded(client.id) == folded(name + ".desktop") ||
+         folded(client.name) == folded(name);
+}
+
+/// Among those that open mail links, or any other program's entry by its identifier.
+std::optional<MailClient> client_called(const std::string& name) {
+  if (!foundation::is_utf8(name)) {
+    return std::nullopt;
+  }
+  std::vector<MailClient> clients = gio::find_mail_clients();
+  const auto found = std::ranges::find_if(
+      clients, [&](const MailClient& client) { return is_called(client, name); });
+  if (found != clients.end()) {
+    return std::move(*found);
+  }
+  for (const std::string& id : {name, name + ".desktop"}) {
+    if (gio::EntryHandle entry{g_desktop_app_info_new(id.c_str())}) {
+      return gio::mail_client_of(std::move(entry));
+    }
+  }
+  return std::nullopt;
+}
+
+void keep(const std::string& id) {
+  if (const gio::Failure failure = gio::set_mail_client(id)) {
+    throw CannotCompose(*failure);
+  }
+}
+
+}  // namespace
+
+void print_clients(std::ostream& out) {
+  gio::ChosenMailClient chosen = gio::chosen_mail_client();
+  std::vector<MailClient> clients = gio::find_mail_clients();
+  const std::string id = chosen.client ? chosen.client->id : "";
+  if (chosen.client && std::ranges::find(clients, id, &MailClient::id) == clients.end()) {
+    clients.push_back(std::move(*chosen.client));
+  }
+  for (const MailClient& client : clients) {
+    const bool is_chosen = client.id == id;
+    const char* const why = chosen.is_set ? ", chosen" : ", the default for mail links";
+    out << (is_chosen ? "* " : "  ") << called(client) << ": " << in_words(client)
+        << (is_chosen ? why : "") << '\n';
+  }
+  if (clients.empty()) {
+    out << "No program opens mail links.\n";
+  }
+  if (!chosen.gone.empty()) {
+    out << foundation::printable(chosen.gone) << " was chosen and is not there any more.\n";
+  }
+}
+
+std::string choose_client(const std::string& name) {
+  if (name.empty() || name == "default") {
+    keep("");
+    const gio::ChosenMailClient now = gio::chosen_mail_client();
+    return "Drafts go to the default for mail links" +
+           (now.client ? ", " + called(*now.client) : ", which is not set") + ".";
+  }
+  const std::optional<MailClient> client = client_called(name);
+  if (!client) {
+    throw CannotCompose("there is no mail client " + foundation::printable(name) +
+                        "; quoll-compose --clients lists those that are there");
+  }
+  keep(client->id);
+  return "Drafts go to " + called(*client) + ": " + in_words(*client) + ".";
+}
+
+}  // namespace quoll::compose

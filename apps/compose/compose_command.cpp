@@ -1,0 +1,78 @@
+#include "apps/compose/compose_command.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <limits>
+#include <utility>
+
+#include "apps/compose/cannot_compose.h"
+#include "quoll/foundation/exception.h"
+#include "quoll/foundation/nsurl.h"
+#include "quoll/message/command_launcher.h"
+#include "quoll/requestutils/url_query.h"
+
+namespace quoll::compose {
+namespace {
+
+constexpr std::string_view kAttachmentPrefix = "attachment_";
+
+std::uint64_t number_in(std::string_view key) {
+  constexpr auto kLast = std::numeric_limits<std::uint64_t>::max();
+  key.remove_prefix(kAttachmentPrefix.size());
+  std::uint64_t number = 0;
+  const auto [end, error] = std::from_chars(key.data(), key.data() + key.size(), number);
+  return error == std::errc() && end == key.data() + key.size() ? number : kLast;
+}
+
+// The record gives them in the order in which they stand; the order in which they were shared is in
+// their keys.
+std::vector<std::string> attachments_of(const foundation::NSURL& url) {
+  std::vector<std::pair<std::uint64_t, std::string>> numbered;
+  const auto parameters = RequestUtils::URLQueryParameters(url.absoluteString());
+  for (const auto& [key, value] : *parameters) {
+    if (key.starts_with(kAttachmentPrefix)) {
+      numbered.emplace_back(number_in(key), text_of_field(value));
+    }
+  }
+  std::ranges::stable_sort(numbered, {}, &std::pair<std::uint64_t, std::string>::first);
+  std::vector<std::string> paths;
+  paths.reserve(numbered.size());
+  for (auto& [number, path] : numbered) {
+    paths.push_back(std::move(path));
+  }
+  return paths;
+}
+
+bool is_command_scheme(std::string_view scheme) {
+  return std::ranges::equal(scheme, std::string_view("quoll"), {}, [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  });
+}
+
+}  // namespace
+
+std::string text_of_field(const foundation::Value& field) {
+  const std::string* text = field.text();
+  return text != nullptr ? *text : std::string();
+}
+
+ComposeCommand read_compose_command(std::string_view text) {
+  const auto url = foundation::NSURL::URLWithString(text);
+  if (!url || !is_command_scheme(url->scheme().value_or(""))) {
+    throw CannotCompose("this is not a command URL of the form quoll://compose?...");
+  }
+  const std::string command = url->host().value_or("");
+  if (command != commandCompose) {
+    throw CannotCompose("the command \"" + command + "\" needs the mail application; only \"" +
+                        std::string(commandCompose) + "\" is taken here");
+  }
+  try {
+    return {.message = ExtensionMessage::ExtensionMessageWithUrl(url),
+            .attachments = attachments_of(*url)};
+  } catch (const foundation::NSException& exception) {
+    throw CannotCompose("the command URL cannot be read: " + exception.reason());
+  }
+}
+
+}  // namespace quoll::compose

@@ -1,0 +1,219 @@
+#include "apps/compose/draft_summary.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <tuple>
+
+#include "apps/compose/cannot_compose.h"
+#include "apps/compose/mime_handles.h"
+#include "apps/compose/places.h"
+#include "quoll/foundation/path.h"
+#include "quoll/foundation/printable.h"
+#include "quoll/linux/posix/unique_fd.h"
+
+namespace quoll::compose {
+namespace {
+
+std::string text_or_empty(const char* text) {
+  return text != nullptr ? text : "";
+}
+
+// As it stands in the file: what is no address is shown as well.
+std::string header(GMimeMessage* message, const char* name) {
+  return text_or_empty(g_mime_object_get_header(GMIME_OBJECT(message), name));
+}
+
+MimeHandle<GMimeMessage> parsed(GMimeStream* stream, const std::string& path) {
+  const MimeHandle<GMimeParser> parser(g_mime_parser_new_with_stream(stream));
+  MimeHandle<GMimeMessage> message(g_mime_parser_construct_message(parser.get(), nullptr));
+  if (!message) {
+    throw CannotCompose(path + " is not a message");
+  }
+  return message;
+}
+
+MimeHandle<GMimeMessage> message_in(const std::string& path) {
+  posix::UniqueFd fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  struct stat status {};
+  if (fd.get() < 0 || fstat(fd.get(), &status) != 0) {
+    throw CannotCompose(path + " cannot be read: " + std::strerror(errno));
+  }
+  if (!S_ISREG(status.st_mode)) {
+    throw CannotCompose(path + " is not a file");
+  }
+  const MimeHandle<GMimeStream> stream(g_mime_stream_fs_new(fd.release()));
+  return parsed(stream.get(), path);
+}
+
+// Our own drafts say the size; other message files have to be decoded for it.
+std::int64_t size_of(GMimePart* part) {
+  const std::string said =
+      text_or_empty(g_mime_object_get_content_disposition_parameter(GMIME_OBJECT(part), "size"));
+  std::int64_t size = 0;
+  if (std::from_chars(said.data(), said.data() + said.size(), size).ec == std::errc()) {
+    return size;
+  }
+  GMimeDataWrapper* content = g_mime_part_get_content(part);
+  if (content == nullptr) {
+    return 0;
+  }
+  const MimeHandle<GMimeStream> nowhere(g_mime_stream_null_new());
+  g_mime_data_wrapper_write_to_stream(content, nowhere.get());
+  return g_mime_stream_length(nowhere.get());
+}
+
+void add_part(GMimeObject* /*parent*/, GMimeObject* object, gpointer data) {
+  auto& draft = *static_cast<DraftSummary*>(data);
+  if (!GMIME_IS_PART(object)) {
+    return;
+  }
+  GMimePart* part = GMIME_PART(object);
+  GMimeContentType* type = g_mime_object_get_content_type(object);
+  if (g_mime_part_is_attachment(part) != FALSE) {
+    const gio::TextHandle type_text(g_mime_content_type_get_mime_type(type));
+    draft.attachments.push_back({.name = text_or_empty(g_mime_part_get_filename(part)),
+                                 .type = text_or_empty(type_text.get()),
+                                 .size = size_of(part)});
+  } else if (draft.text.empty() && GMIME_IS_TEXT_PART(object) &&
+             g_mime_content_type_is_type(type, "text", "plain") != FALSE) {
+    const gio::TextHandle text(g_mime_text_part_get_text(GMIME_TEXT_PART(object)));
+    draft.text = text_or_empty(text.get());
+  }
+}
+
+/// At most a screenful of the text, each line indented.
+void print_excerpt(std::ostream& out, std::string_view text) {
+  constexpr int kLines = 12;
+  constexpr std::size_t kBytesOfALine = 400;
+  for (int line = 0; !text.empty(); ++line) {
+    if (line == kLines) {
+      out << "  ...\n";
+      return;
+    }
+    const auto end = std::min(text.find('\n'), text.size());
+    std::string_view content = text.substr(0, end);
+    content.remove_suffix(content.ends_with('\r') ? 1 : 0);
+    auto shown = std::min(content.size(), kBytesOfALine);
+    while (shown < content.size() && (static_cast<unsigned char>(content[shown]) & 0xC0U) == 0x80) {
+      --shown;  // not inside a character
+    }
+    out << "  " << foundation::printable(content.substr(0, shown))
+        << (shown < content.size() ? "..." : "") << '\n';
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+}
+
+std::string subject_of(const std::string& path) {
+  constexpr std::size_t kEnoughForHeaders = 65536;
+  const posix::UniqueFd fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  std::string head(kEnoughForHeaders, '\0');
+  const ssize_t size = read(fd.get(), head.data(), head.size());
+  if (size <= 0) {
+    return {};
+  }
+  const MimeHandle<GMimeStream> stream(
+      g_mime_stream_mem_new_with_buffer(head.data(), static_cast<std::size_t>(size)));
+  const auto message = parsed(stream.get(), path);
+  return text_or_empty(g_mime_message_get_subject(message.get()));
+}
+
+}  // namespace
+
+std::string size_text(std::int64_t size) {
+  constexpr std::array<const char*, 4> kUnits{"KB", "MB", "GB", "TB"};
+  if (size < 1000) {
+    return std::to_string(size) + (size == 1 ? " byte" : " bytes");
+  }
+  auto amount = static_cast<double>(size) / 1000;
+  std::size_t unit = 0;
+  while (amount >= 999.95 && unit + 1 < kUnits.size()) {
+    amount /= 1000;
+    ++unit;
+  }
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%.1f %s", amount, kUnits[unit]);
+  return text.data();
+}
+
+DraftSummary read_draft(const std::string& path) {
+  const auto message = message_in(path);
+  DraftSummary draft{.path = path,
+                     .subject = text_or_empty(g_mime_message_get_subject(message.get())),
+                     .from = header(message.get(), "From"),
+                     .to = header(message.get(), "To"),
+                     .cc = header(message.get(), "Cc"),
+                     .bcc = header(message.get(), "Bcc"),
+                     .text = {},
+                     .attachments = {}};
+  g_mime_message_foreach(message.get(), add_part, &draft);
+  return draft;
+}
+
+void print_summary(std::ostream& out, const DraftSummary& draft,
+                   const std::vector<LeftOut>& left_out) {
+  const auto line = [&](const char* label, const std::string& text) {
+    if (!text.empty()) {
+      out << label << foundation::printable(text) << '\n';
+    }
+  };
+  out << "Subject: " << (draft.subject.empty() ? "(none)" : foundation::printable(draft.subject))
+      << '\n';
+  line("From: ", draft.from);
+  line("To: ", draft.to);
+  line("Cc: ", draft.cc);
+  line("Bcc: ", draft.bcc);
+  if (!draft.text.empty()) {
+    out << "Text:\n";
+    print_excerpt(out, draft.text);
+  }
+  if (!draft.attachments.empty()) {
+    out << "Attachments: " << draft.attachments.size() << '\n';
+    for (const auto& attachment : draft.attachments) {
+      out << "  " << foundation::printable(attachment.name) << " ("
+          << foundation::printable(attachment.type) << ", " << size_text(attachment.size) << ")\n";
+    }
+  }
+  for (const auto& item : left_out) {
+    out << "Left out: " << foundation::printable(item.name) << ": " << item.reason << '\n';
+  }
+  line("Draft: ", draft.path);
+}
+
+std::vector<KeptDraft> kept_drafts() {
+  const std::string folder = drafts_folder();
+  std::vector<KeptDraft> drafts;
+  const std::unique_ptr<DIR, gio::Release<closedir>> listing(opendir(folder.c_str()));
+  for (const dirent* entry = nullptr; listing && (entry = readdir(listing.get())) != nullptr;) {
+    const std::string name = entry->d_name;
+    const std::string path = foundation::appending_path_component(folder, name);
+    struct stat status {};
+    if (name.ends_with(".eml") && !name.starts_with(".") && stat(path.c_str(), &status) == 0 &&
+        S_ISREG(status.st_mode)) {
+      drafts.push_back({.path = path, .time = status.st_mtim});
+    }
+  }
+  std::ranges::sort(drafts, {}, [](const KeptDraft& draft) {
+    return std::tuple(draft.time.tv_sec, draft.time.tv_nsec, draft.path);
+  });
+  return drafts;
+}
+
+void print_line(std::ostream& out, const KeptDraft& draft) {
+  std::array<char, 32> time{};
+  std::tm local{};
+  localtime_r(&draft.time.tv_sec, &local);
+  std::strftime(time.data(), time.size(), "%Y-%m-%d %H:%M:%S", &local);
+  const std::string subject = subject_of(draft.path);
+  out << time.data() << "  " << (subject.empty() ? "(no subject)" : foundation::printable(subject))
+      << "  " << foundation::printable(draft.path) << '\n';
+}
+
+}  // namespace quoll::compose

@@ -1,0 +1,182 @@
+#include "apps/compose/hand_over.h"
+
+#include <poll.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <utility>
+
+#include "apps/compose/cannot_compose.h"
+#include "apps/compose/compose_command.h"
+#include "apps/compose/message_headers.h"
+#include "apps/compose/message_parts.h"
+#include "quoll/foundation/printable.h"
+#include "quoll/foundation/text.h"
+#include "quoll/linux/posix/unique_fd.h"
+
+namespace quoll::compose {
+namespace {
+
+using gio::DraftWay;
+
+constexpr std::chrono::milliseconds kAtOnce{3000};
+
+bool is_set(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
+std::string uri_of(const std::string& path) {
+  const gio::TextHandle uri(g_filename_to_uri(path.c_str(), nullptr, nullptr));
+  return uri.get();  // never null: drafts lie at whole paths
+}
+
+// A snap has a folder of its own in the home; the rest that it sees has no hidden part.
+std::string folder_of_snap(const std::string& name) {
+  return std::string(g_get_home_dir()) + "/snap/" + name + "/common/quoll-compose";
+}
+
+OutgoingDraft outgoing(const ExtensionMessage& message) {
+  OutgoingDraft draft{.subject = subject_line(message),
+                      .to = addresses_in(text_of_field(message.toString())),
+                      .cc = addresses_in(text_of_field(message.ccString())),
+                      .bcc = addresses_in(text_of_field(message.bccString())),
+                      .text = {},
+                      .text_file = {},
+                      .files = {}};
+  for (const char c : plain_body(message)) {
+    draft.text += c == '\0' ? "\u2400" : std::string(1, c);  // it would end an argument
+  }
+  return draft;
+}
+
+/// A process that was watched for a moment.
+struct Watched {
+  bool is_well = false;      ///< it runs, or ended without an error
+  std::optional<int> error;  ///< the status with which it ended at once
+};
+
+Watched watch(pid_t process) {
+  const posix::UniqueFd handle(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
+  pollfd end{.fd = handle.get(), .events = POLLIN, .revents = 0};
+  const int ended = handle.get() < 0 ? -1 : poll(&end, 1, static_cast<int>(kAtOnce.count()));
+  int status = 0;
+  if (ended > 0 && waitpid(process, &status, WNOHANG) != process) {
+    return {};
+  }
+  const bool is_well = ended == 0 || (ended > 0 && status == 0);
+  return {.is_well = is_well, .error = status != 0 ? std::optional(status) : std::nullopt};
+}
+
+}  // namespace
+
+bool has_desktop() {
+  return is_set("DISPLAY") || is_set("WAYLAND_DISPLAY");
+}
+
+HandOver::HandOver(const std::string& draft, const ExtensionMessage& message,
+                   const std::vector<TakenFile>& files)
+    : draft_(draft), has_desktop_(has_desktop()) {
+  if (!has_desktop_) {
+    return;
+  }
+  chosen_ = gio::chosen_mail_client();
+  try {
+    lay_out(message, files);
+  } catch (const CannotCompose& reason) {
+    failure_ = reason.what();
+  }
+}
+
+void HandOver::lay_out(const ExtensionMessage& message, const std::vector<TakenFile>& files) {
+  if (!chosen_.client) {
+    throw CannotCompose(
+        "no mail client is chosen for mail links; quoll-compose --clients lists those there are");
+  }
+  const gio::MailClient& client = *chosen_.client;
+  if (client.way == DraftWay::kNone) {
+    throw CannotCompose(client.name + " cannot be given a draft, so open or import the file there");
+  }
+  OutgoingDraft draft = outgoing(message);
+  if (client.way != DraftWay::kMessageFile && !client.reads_files() &&
+      (!files.empty() || reads_files(client.way, draft))) {
+    throw CannotCompose(client.name +
+                        " runs in a sandbox and cannot read the attachments, so open or import "
+                        "the file there");
+  }
+  given_.emplace(draft_);
+  if (client.way == DraftWay::kMessageFile) {
+    lay_out_file();
+    return;
+  }
+  draft.text_file = given_->add_text(draft.text);
+  for (const auto& file : files) {
+    draft.files.push_back(given_->add(file, name_for_client(client.way, file.name)));
+  }
+  start_.arguments = client_arguments(client.way, draft);
+  if (!std::ranges::all_of(start_.arguments, foundation::is_utf8)) {
+    throw CannotCompose("a path that is not UTF-8 cannot be told to " + client.name +
+                        ", so open or import the file there");
+  }
+  if (!are_startable(start_.arguments)) {
+    throw CannotCompose("it is too long for " + client.name +
+                        ", which takes 131071 bytes, so open or import the file there");
+  }
+}
+
+void HandOver::lay_out_file() {
+  const gio::MailClient& client = *chosen_.client;
+  if (!client.reads_files()) {
+    throw CannotCompose(client.name +
+                        " runs in a sandbox and cannot read the draft, so copy it to where " +
+                        client.name + " can and open it there");
+  }
+  const std::string& snap = client.sandbox.snap;
+  start_.uris = {uri_of(snap.empty() ? draft_ : given_->copy_to(folder_of_snap(snap)))};
+}
+
+HandedOver HandOver::run(const gio::ActivationTokens& tokens) {
+  HandedOver result;
+  if (!has_desktop_) {
+    return result;
+  }
+  if (!chosen_.gone.empty()) {
+    result.note = "The chosen mail client " + foundation::printable(chosen_.gone) +
+                  " is not there any more; quoll-compose --clients lists those that are.";
+  }
+  if (!failure_) {
+    start_.tokens = tokens;
+    failure_ = start();
+  }
+  result.is_given = !failure_;
+  result.reason = foundation::printable(failure_.value_or(""));
+  result.sentence = failure_ ? "is kept: " + result.reason
+                             : "was given to " + foundation::printable(chosen_.client->name);
+  return result;
+}
+
+gio::Failure HandOver::start() {
+  const gio::MailClient& client = *chosen_.client;
+  pid_t process = 0;
+  if (gio::Failure failure = gio::start_program(client.entry.get(), start_, &process)) {
+    return failure;
+  }
+  const Watched seen = process != 0 ? watch(process) : Watched{};
+  if (const auto error = seen.error) {
+    return client.name + " ended at once, " +
+           (WIFEXITED(*error) ? "with status " + std::to_string(WEXITSTATUS(*error))
+                              : "by signal " + std::to_string(WTERMSIG(*error))) +
+           "; open or import the file there";
+  }
+  // The last step: a draft that may not have arrived is never cleaned.
+  if (seen.is_well && !client.is_in_terminal) {
+    given_->mark();
+  }
+  return std::nullopt;
+}
+
+}  // namespace quoll::compose

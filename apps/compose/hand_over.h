@@ -1,0 +1,54 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "apps/compose/client_arguments.h"
+#include "apps/compose/given_drafts.h"
+#include "apps/compose/taken_files.h"
+#include "quoll/linux/gio/activation_tokens.h"
+#include "quoll/linux/gio/mail_clients.h"
+#include "quoll/message/extension_message.h"
+
+namespace quoll::compose {
+
+/// True when there is a desktop to show anything on.
+[[nodiscard]] bool has_desktop();
+
+/// What became of a draft.
+struct HandedOver {
+  bool is_given = false;
+  std::string sentence;  ///< "was given to NAME" or "is kept: why"; empty without a desktop
+  std::string reason;    ///< why it is kept, and what to do; empty when it is given
+  std::string note;      ///< what else a person should know; mostly empty
+};
+
+/// One draft on its way to the user's mail client, in the way that the client takes.
+class HandOver {
+ public:
+  /// Chooses the client and puts what it will read where it can: the files may go from then on.
+  /// Without a desktop there is no client.
+  HandOver(const std::string& draft, const ExtensionMessage& message,
+           const std::vector<TakenFile>& files);
+
+  /// Starts the client. One that ends at once with an error has not taken the draft, so this waits
+  /// for a moment. Whatever happens, the draft stays where it is; it is marked as given, and
+  /// cleaned one day, when the client was seen to run or to end well. Behind a terminal that is not
+  /// seen.
+  [[nodiscard]] HandedOver run(const gio::ActivationTokens& tokens);
+
+ private:
+  void lay_out(const ExtensionMessage& message, const std::vector<TakenFile>& files);
+  void lay_out_file();
+  [[nodiscard]] gio::Failure start();
+
+  std::string draft_;
+  bool has_desktop_;
+  gio::ChosenMailClient chosen_;
+  gio::Failure failure_;
+  gio::ProgramStart start_;
+  std::optional<GivenDraft> given_;
+};
+
+}  // namespace quoll::compose

@@ -1,0 +1,88 @@
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "apps/console/commands.h"
+#include "apps/console/message_file.h"
+#include "apps/console/operations/write_value.h"
+#include "apps/console/program_desktop.h"
+#include "quoll/foundation/printable.h"
+#include "quoll/message/command_launcher.h"
+
+namespace quoll::console {
+
+namespace {
+
+using Messages = std::vector<std::shared_ptr<ExtensionMessage>>;
+
+void complain(const std::string& line) {
+  std::cerr << "quollctl: " << foundation::printable(line) << '\n';
+}
+
+/// The messages that a command was announced for, while it lives.
+class Announced final {
+ public:
+  Announced() {
+    center_->addObserver(this, ACTION_CALLED_EXTENSION, nullptr,
+                         [this](std::string_view /*name*/, const foundation::Value& object) {
+                           messages_.insert(object.objectForKey("message").object());
+                         });
+  }
+  Announced(const Announced&) = delete;
+  Announced& operator=(const Announced&) = delete;
+  ~Announced() { center_->removeObserver(this); }
+
+  [[nodiscard]] bool has(const std::shared_ptr<ExtensionMessage>& message) const {
+    return messages_.contains(message);
+  }
+  [[nodiscard]] bool empty() const { return messages_.empty(); }
+
+ private:
+  std::shared_ptr<platform::NSNotificationCenter> center_ =
+      platform::NSNotificationCenter::defaultCenter();
+  std::set<std::shared_ptr<foundation::Object>> messages_;
+};
+
+Messages read_messages(const std::vector<std::string>& files) {
+  Messages messages;
+  for (const std::string& file : files) {
+    messages.push_back(read_message(file));
+  }
+  return messages;
+}
+
+}  // namespace
+
+int launch(const std::string& command, const std::vector<std::string>& files, bool background,
+           bool as_json) {
+  platform::Desktop around = program_desktop();
+  around.log = reading_desktop().log;  // why nothing was opened is told here
+  const platform::ScopedDesktop desktop(std::move(around));
+  try {
+    const Messages messages = read_messages(files);
+    const Announced announced;
+    const bool opened = ExtensionUtilities::LaunchCommandForMessages(messages, command, background);
+    if (!opened && !announced.empty()) {
+      complain("the mail application has not taken the command " + command);
+    }
+    console::Json left_out = console::Json::array();
+    for (std::size_t i = 0; i < messages.size(); ++i) {
+      if (!announced.has(messages[i])) {
+        complain(files[i] + " is left out: its identifier cannot stand in a URL");
+        left_out.push_back(console::json_text(files[i]));
+      }
+    }
+    if (as_json) {
+      std::cout << console::json_line({{"opened", opened}, {"left_out", left_out}}) << '\n';
+    }
+    return opened && left_out.empty() && std::cout.flush() ? 0 : 1;
+  } catch (const std::exception& failure) {
+    complain(failure.what());
+    return 1;
+  }
+}
+
+}  // namespace quoll::console

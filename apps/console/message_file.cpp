@@ -1,0 +1,70 @@
+#include "apps/console/message_file.h"
+
+#include <iostream>
+#include <iterator>
+#include <optional>
+#include <stdexcept>
+
+#include "apps/console/operations/json.h"
+#include "apps/console/operations/read_value.h"
+#include "quoll/foundation/property_list.h"
+#include "quoll/platform/files.h"
+
+namespace quoll::console {
+
+namespace {
+
+using foundation::Value;
+
+std::string contents_of(const std::string& file) {
+  if (file == "-") {
+    return {std::istreambuf_iterator<char>(std::cin), {}};
+  }
+  std::optional<foundation::Error> error;
+  const auto bytes = platform::NSFileManager::defaultManager()->contentsAtPath(file, error);
+  if (!bytes) {
+    throw std::runtime_error(error ? error->text : "it cannot be read");
+  }
+  return {bytes->begin(), bytes->end()};
+}
+
+/// The names of the fields stand in the object itself, or below the record's name as in a request.
+Value read_json(const std::string& contents) {
+  console::Json json = console::parse_json(contents);
+  const bool is_bare = json.is_object() && (json.empty() || !json.begin().key().starts_with('$'));
+  if (is_bare) {
+    json = {{"$ExtensionMessage", std::move(json)}};
+  }
+  return console::ValueReader({}).read(json);
+}
+
+/// A property list's root is never null, and an object in braces is none of the old form.
+Value read(const std::string& contents) {
+  const auto root = foundation::read_property_list(contents);
+  return root ? *root : read_json(contents);
+}
+
+std::shared_ptr<ExtensionMessage> message_in(const std::string& contents) {
+  const Value value = read(contents);
+  if (value.as_dictionary()) {
+    return ExtensionMessage::initWithDictonary(value);
+  }
+  auto message = value.as<ExtensionMessage>();
+  if (!message) {
+    throw std::runtime_error("it holds " + std::string(value.kind()) + " instead of a message");
+  }
+  return message;
+}
+
+}  // namespace
+
+std::shared_ptr<ExtensionMessage> read_message(const std::string& file) {
+  try {
+    return message_in(contents_of(file));
+  } catch (const std::runtime_error& failure) {
+    throw std::runtime_error((file == "-" ? "standard input" : file) +
+                             " gives no message: " + failure.what());
+  }
+}
+
+}  // namespace quoll::console

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "quoll/message/extension_message.h"
+
+namespace quoll::console {
+
+/// The message in a file, or on standard input for "-": a message dictionary as a property list of
+/// any form, or a JSON object of the message's fields, with or without the operation console's
+/// `$ExtensionMessage` around it. Never null; throws `std::runtime_error` with one line that says
+/// why when there is none.
+[[nodiscard]] std::shared_ptr<ExtensionMessage> read_message(const std::string& file);
+
+}  // namespace quoll::console

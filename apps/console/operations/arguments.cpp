@@ -1,0 +1,67 @@
+#include "apps/console/operations/arguments.h"
+
+namespace quoll::console {
+
+using foundation::Value;
+
+void raise_wrong_argument(const Value& value, std::string_view wanted) {
+  foundation::raise_invalid_argument(std::string(wanted) + " was wanted, not " +
+                                     std::string(value.kind()));
+}
+
+const std::string& text_argument(const Value& value) {
+  const std::string* text = value.text();
+  if (text == nullptr) {
+    raise_wrong_argument(value, "a text");
+  }
+  return *text;
+}
+
+std::optional<std::string_view> optional_text_argument(const Value& value) {
+  return value.is_null() ? std::nullopt : std::optional<std::string_view>(text_argument(value));
+}
+
+std::int64_t integer_argument(const Value& value) {
+  if (value.text() != nullptr) {
+    raise_wrong_argument(value, "a number");
+  }
+  return value.integerValue();
+}
+
+bool boolean_argument(const Value& value) {
+  if (value.text() != nullptr) {
+    raise_wrong_argument(value, "a boolean");
+  }
+  return value.boolValue();
+}
+
+std::uint32_t options_argument(const Value& value) {
+  return static_cast<std::uint32_t>(integer_argument(value));
+}
+
+std::shared_ptr<foundation::List> list_argument(const Value& value) {
+  auto list = value.as_list();
+  if (!list && !value.is_null()) {
+    raise_wrong_argument(value, "a list");
+  }
+  return list;
+}
+
+std::shared_ptr<foundation::Dictionary> dictionary_argument(const Value& value) {
+  auto dictionary = value.as_dictionary();
+  if (!dictionary && !value.is_null()) {
+    raise_wrong_argument(value, "a dictionary");
+  }
+  return dictionary;
+}
+
+foundation::Dictionary parameters_argument(const Value& value) {
+  const auto dictionary = dictionary_argument(value);
+  return dictionary ? *dictionary : foundation::Dictionary();
+}
+
+Value optional_text(std::optional<std::string> text) {
+  return text ? Value(std::move(*text)) : Value();
+}
+
+}  // namespace quoll::console

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "apps/console/operations/answer_timer.h"
+#include "apps/console/operations/json.h"
+#include "quoll/foundation/object.h"
+#include "quoll/foundation/value.h"
+#include "quoll/platform/extension_host.h"
+
+namespace quoll::console {
+
+/// An extension context made of a description. It only has input items: what the extension tells
+/// its host goes nowhere.
+class DescribedContext final : public foundation::Object, public platform::NSExtensionContext {
+ public:
+  explicit DescribedContext(Items items) : items_(std::move(items)) {}
+
+  [[nodiscard]] Items inputItems() const override { return items_; }
+  void completeRequestReturningItems(const Items& /*items*/,
+                                     std::function<void(bool expired)> handler) override {
+    if (handler) {
+      handler(false);
+    }
+  }
+  void cancelRequestWithError(const foundation::Error& /*error*/) override {}
+
+  [[nodiscard]] std::string_view class_name() const override { return "NSExtensionContext"; }
+  [[nodiscard]] std::string description() const override { return "NSExtensionContext"; }
+
+ private:
+  Items items_;
+};
+
+/// Reads the description. `read` reads the items that providers answer with; `timer` lets them
+/// wait, and when it has ended they do not answer any more.
+[[nodiscard]] std::shared_ptr<DescribedContext> read_context(
+    const Json& json, const std::function<foundation::Value(const Json&)>& read,
+    const std::weak_ptr<AnswerTimer>& timer);
+
+}  // namespace quoll::console

@@ -1,0 +1,70 @@
+#include "apps/console/program_desktop.h"
+
+#include <cstdlib>
+#include <iostream>
+#include <string_view>
+
+#include "apps/console/operations/events.h"
+#include "quoll/foundation/printable.h"
+#include "quoll/linux/gio/launcher.h"
+#include "quoll/linux/icu/date_formatter.h"
+#include "quoll/linux/image_helper/images.h"
+#include "quoll/linux/links/links.h"
+#include "quoll/linux/posix/coordinator.h"
+#include "quoll/linux/posix/files.h"
+#include "quoll/linux/posix/program_bundle.h"
+#include "quoll/linux/posix/steady_clock.h"
+#include "quoll/linux/posix/system_log.h"
+#include "quoll/linux/posix/thread_pool.h"
+#include "quoll/linux/xml/styled_text.h"
+
+namespace quoll::console {
+
+namespace {
+
+std::shared_ptr<platform::NSWorkspace> make_workspace() {
+  const char* kind = std::getenv("QUOLL_WORKSPACE");
+  return kind != nullptr && std::string_view(kind) == "record" ? console::make_recording_workspace()
+                                                               : gio::start_launcher();
+}
+
+class ErrorLog final : public platform::Log {
+ public:
+  void line(std::string_view text) override {
+    std::cerr << "quollctl: " + foundation::printable(text) + "\n";
+  }
+};
+
+std::shared_ptr<platform::NSBundle> make_bundle() {
+  return posix::make_program_bundle("it.vorlent.quoll2.Quoll-Share", posix::information_file());
+}
+
+}  // namespace
+
+platform::Desktop program_desktop() {
+  auto workspace = make_workspace();  // before anything that could start a thread
+  return {.bundle = make_bundle(),
+          .files = posix::make_file_manager(),
+          .coordinator = posix::coordinator_factory(),
+          .workspace = std::move(workspace),
+          .notifications = nullptr,
+          .log = posix::make_system_log("quollctl"),
+          .queue = posix::make_thread_pool(),
+          .clock = posix::make_clock(),
+          .images = image_helper::make_images(image_helper::helper_path()),
+          .styled_text = xml::make_styled_text(true),
+          .dates = icu::make_dates(),
+          .links = links::make_links()};
+}
+
+platform::Desktop reading_desktop() {
+  return {.bundle = make_bundle(),
+          .files = posix::make_file_manager(),
+          .coordinator = posix::coordinator_factory(),
+          .log = std::make_shared<ErrorLog>(),
+          .clock = posix::make_clock(),
+          .dates = icu::make_dates(),
+          .links = links::make_links()};
+}
+
+}  // namespace quoll::console

@@ -1,0 +1,131 @@
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include "apps/console/commands.h"
+#include "apps/console/program_desktop.h"
+#include "quoll/container/group_container.h"
+#include "quoll/foundation/collections.h"
+#include "quoll/foundation/format.h"
+#include "quoll/foundation/printable.h"
+#include "quoll/platform/coordinator.h"
+#include "quoll/platform/files.h"
+
+namespace quoll::console {
+
+namespace {
+
+using console::PropertyListForm;
+using foundation::Bytes;
+using foundation::Dictionary;
+using foundation::Error;
+using foundation::List;
+using foundation::NSURL;
+using foundation::Value;
+
+template <typename... Values>
+Value list(const Values&... values) {
+  return std::make_shared<List>(std::initializer_list<Value>{values...});
+}
+
+Value alias(const char* mail, const char* name, const char* account) {
+  return std::make_shared<Dictionary>(std::initializer_list<Dictionary::Entry>{
+      {"mail", mail}, {"name", name}, {"account", account}});
+}
+
+Value account(const char* mail, const char* name, int type, bool enabled, const Value& aliases) {
+  return std::make_shared<Dictionary>(std::initializer_list<Dictionary::Entry>{
+      {"mail", mail}, {"name", name}, {"type", type}, {"enabled", enabled}, {"aliases", aliases}});
+}
+
+Value address(const char* mail, const char* first, const char* last, const char* company,
+              const char* nickname, int rank) {
+  return std::make_shared<Dictionary>(
+      std::initializer_list<Dictionary::Entry>{{"mail", mail},
+                                               {"firstName", first},
+                                               {"lastName", last},
+                                               {"company", company},
+                                               {"nickname", nickname},
+                                               {"rank", rank}});
+}
+
+Value group(const char* idx, const char* name, const Value& addresses) {
+  return std::make_shared<Dictionary>(std::initializer_list<Dictionary::Entry>{
+      {"idx", idx}, {"name", name}, {"addresses", addresses}});
+}
+
+Value accounts() {
+  return list(account("ann.lee@example.org", "Ann Lee", 1, true,
+                      list(alias("ann@example.org", "Ann", "ann.lee@example.org"),
+                           alias("office@example.org", "The Office", "ann.lee@example.org"))),
+              account("a.lee@work.example.com", "A. Lee (Work & Co.)", 3, true, list()),
+              account("old@example.net", "An old account", 2, false, list()));
+}
+
+Value zoe() {
+  return address("zoe@example.org", "Zo\xC3\xAB", "M\xC3\xBCller", "", "zo", 7);
+}
+
+Value acme() {
+  return address("sales@acme.example", "", "", "Acme", "", 1);
+}
+
+Value addresses() {
+  return list(zoe(), acme(),
+              address("ken@example.jp", "\xE5\x81\xA5", "\xE7\x94\xB0\xE4\xB8\xAD", "", "", 4),
+              address("nobody@example.org", "", "", "", "", 0));
+}
+
+Value groups() {
+  return list(group("1", "Friends", list(zoe())), group("2", "Trade", list(acme())));
+}
+
+/// Puts a file into the shared data as the mail application does: alone with it, and in one step.
+std::optional<Error> store(const std::shared_ptr<NSURL>& folder, const char* name,
+                           const Value& content, PropertyListForm form) {
+  const std::string document = console::write_property_list(content, form);
+  std::optional<Error> error;
+  if (!platform::NSFileManager::defaultManager()->createDirectoryAtURL(folder, error)) {
+    return error;
+  }
+  platform::NSFileCoordinator::create()->coordinateWritingItemAtURL(
+      foundation::URLByAppendingPathComponent(folder, name),
+      platform::NSFileCoordinatorWritingForDeleting, error,
+      [&](const std::shared_ptr<NSURL>& location) {
+        const std::string path = location->file_system_path().value_or("");
+        if (platform::NSFileManager::defaultManager()->writeToFile(
+                Bytes(document.begin(), document.end()), path, platform::NSDataWritingAtomic,
+                error)) {
+          std::cout << foundation::printable(path) << '\n';
+        }
+      });
+  return error;
+}
+
+std::optional<Error> store_all(const std::shared_ptr<NSURL>& data, PropertyListForm form) {
+  const auto contacts = foundation::URLByAppendingPathComponent(data, "Contacts");
+  auto error = store(data, "Accounts.plist", accounts(), form);
+  if (!error) {
+    error = store(contacts, "Addresses.plist", addresses(), form);
+  }
+  return error ? error : store(contacts, "Groups.plist", groups(), form);
+}
+
+}  // namespace
+
+int sample_container(const std::string& folder, PropertyListForm form) {
+  // Whoever looks for containers, the coordinator's locks among them, finds them by this.
+  std::error_code unknown;
+  ::setenv("QUOLL_GROUP_CONTAINERS", std::filesystem::absolute(folder, unknown).c_str(), 1);
+  const platform::ScopedDesktop desktop(reading_desktop());
+  if (const auto error = store_all(ExtensionUtilities::GroupDataPath(), form)) {
+    std::cerr << "quollctl: " << foundation::printable(foundation::text_of(*error)) << '\n';
+    return 1;
+  }
+  return std::cout.flush() ? 0 : 1;
+}
+
+}  // namespace quoll::console

@@ -1,0 +1,128 @@
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "apps/console/commands.h"
+#include "apps/console/operations/json.h"
+#include "apps/console/operations/record_classes.h"
+#include "apps/console/operations/write_value.h"
+#include "apps/console/program_desktop.h"
+#include "quoll/container/accounts_store.h"
+#include "quoll/container/contacts_store.h"
+#include "quoll/container/group_container.h"
+#include "quoll/container/property_list_files.h"
+#include "quoll/foundation/exception.h"
+#include "quoll/foundation/format.h"
+#include "quoll/foundation/printable.h"
+#include "quoll/platform/files.h"
+#include "quoll/records/extension_account.h"
+#include "quoll/records/extension_address.h"
+#include "quoll/records/extension_alias.h"
+
+namespace quoll::console {
+
+namespace {
+
+using console::Json;
+using foundation::List;
+using foundation::Value;
+
+/// A record as an object with its fields, a list of records as an array of those.
+Json plain(const Value& value) {
+  if (const auto list = value.as_list()) {
+    Json array = Json::array();
+    for (const Value& element : *list) {
+      array.push_back(plain(element));
+    }
+    return array;
+  }
+  const auto object = value.object();
+  const auto* known = object ? console::record_class(object->class_name()) : nullptr;
+  if (known == nullptr) {
+    return console::write_value(value);
+  }
+  Json fields = Json::object();
+  for (const console::RecordField& field : known->fields) {
+    console::append(fields, std::string(field.name), plain(field.get(*object)));
+  }
+  return fields;
+}
+
+std::string shown(const Value& value) {
+  return foundation::printable(foundation::text_of(value));
+}
+
+void print_account(const ExtensionAccount& account) {
+  std::cout << shown(account.mail()) << "  " << shown(account.name()) << "  type " << account.type()
+            << (account.enabled() ? "" : "  (disabled)") << '\n';
+  for (const Value& element : Value(account.aliases()).list()) {
+    const auto alias = element.as<ExtensionAlias>();
+    std::cout << "  alias " << shown(alias->mail()) << "  " << shown(alias->name()) << '\n';
+  }
+}
+
+/// Why a store gives nothing; empty when it is there, can be read and holds nothing.
+std::string fault_of(const char* name) {
+  const auto store =
+      foundation::URLByAppendingPathComponent(ExtensionUtilities::GroupDataPath(), name);
+  if (!store) {
+    return "there is no group container";
+  }
+  const std::string path = store->file_system_path().value_or("");
+  if (!platform::NSFileManager::defaultManager()->fileExistsAtPath(path)) {
+    return path + " is not there: the mail application has not written it";
+  }
+  return container::array_with_contents_of_url(store)
+             ? ""
+             : path + " cannot be read as a property list that holds a list";
+}
+
+int refuse(const std::string& why) {
+  std::cerr << "quollctl: " << foundation::printable(why) << '\n';
+  return 1;
+}
+
+/// Prints what was read, by `print_records` for people; the exit status.
+template <typename PrintRecords>
+int tell(const List& records, const char* store, const Json& json, bool as_json,
+         const PrintRecords& print_records) {
+  if (const std::string fault = records.empty() ? fault_of(store) : ""; !fault.empty()) {
+    return refuse(fault);
+  }
+  if (as_json) {
+    std::cout << console::json_line(json) << '\n';
+  } else {
+    print_records();
+  }
+  return std::cout.flush() ? 0 : 1;
+}
+
+}  // namespace
+
+int accounts(bool as_json) {
+  const platform::ScopedDesktop desktop(reading_desktop());
+  const auto read = ExtensionUtilities::Accounts();
+  return tell(*read, "Accounts.plist", plain(read), as_json, [&] {
+    for (const Value& account : *read) {
+      print_account(*account.as<ExtensionAccount>());
+    }
+  });
+}
+
+int contacts(bool as_json) {
+  const platform::ScopedDesktop desktop(reading_desktop());
+  const auto read = ExtensionUtilities::AddressesAndGroups();
+  const auto addresses = read->objectForKey("addresses").as_list();
+  const Json json{{"addresses", plain(addresses)}, {"groups", plain(read->objectForKey("groups"))}};
+  try {
+    return tell(*addresses, "Contacts/Addresses.plist", json, as_json, [&] {
+      for (const Value& address : *addresses) {
+        std::cout << shown(address.as<ExtensionAddress>()->prettyprint()) << '\n';
+      }
+    });
+  } catch (const foundation::NSException& exception) {
+    return refuse("an address cannot be shown: " + exception.reason());
+  }
+}
+
+}  // namespace quoll::console

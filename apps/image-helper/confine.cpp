@@ -1,0 +1,104 @@
+#include "apps/image-helper/confine.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include "apps/image-helper/codecs/picture.h"
+#include "apps/sandbox/call_filter.h"
+#include "apps/sandbox/path_rules.h"
+#include "apps/sandbox/sanitizer_build.h"
+#include "quoll/linux/image_helper/answers.h"
+
+// The leak check of a build with the address sanitizer looks at the process's threads in /proc,
+// which a helper of a confined program cannot see; it is left out there, and only there.
+extern "C" int __lsan_is_turned_off();   // NOLINT(bugprone-reserved-identifier): its name
+extern "C" int __lsan_is_turned_off() {  // NOLINT(bugprone-reserved-identifier)
+  const int threads = open("/proc/self/task", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (threads >= 0) {
+    close(threads);
+  }
+  return threads < 0 ? 1 : 0;
+}
+
+namespace quoll::image_helper {
+
+namespace {
+
+using sandbox::kSanitizerBuild;
+
+void limit(__rlimit_resource resource, rlim_t most) {
+  const rlimit both{most, most};
+  setrlimit(resource, &both);
+}
+
+void end_with_parent() {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  // It may have ended before; then nobody reads what went wrong here.
+  pollfd reason{STDERR_FILENO, 0, 0};
+  if (poll(&reason, 1, 0) > 0 && (reason.revents & POLLERR) != 0) {
+    std::_Exit(EXIT_FAILURE);
+  }
+}
+
+/// No file, no folder, no TCP connection; nobody else can be signalled.
+void leave_no_paths() {
+  sandbox::PathRules rules;
+  if (kSanitizerBuild) {
+    rules.allow("/proc/self", sandbox::PathRules::Access::kRead);
+  }
+  (void)!rules.enforce();
+}
+
+/// Memory, the open descriptors, and an orderly end.
+void leave_few_calls() {
+  using namespace sandbox;
+  CallFilter filter;
+  filter.allow({"read", "write", "writev", "lseek", "dup", "close", "fstat"});
+  filter.allow("fcntl", {is(1, F_ADD_SEALS)});
+  filter.allow({"brk", "munmap", "mremap", "madvise", "sysinfo", "getrandom"});
+  // No memory that can be run, and none from a file.
+  filter.allow("mmap", {has_none_of(2, PROT_EXEC), has_all_of(3, MAP_ANONYMOUS)});
+  filter.allow("mprotect", {has_none_of(2, PROT_EXEC)});
+  filter.allow({"exit", "exit_group", "getpid", "gettid", "rt_sigaction", "rt_sigprocmask",
+                "rt_sigreturn", "futex", "sched_yield", "clock_gettime", "gettimeofday"});
+  filter.allow("tgkill", {is(0, static_cast<std::uint32_t>(getpid()))});  // for abort()
+  if (kSanitizerBuild) {  // reads /proc/self, and stops its own threads to look at their memory
+    filter.allow({"open",       "openat",  "newfstatat", "getdents64",      "readlink",
+                  "readlinkat", "mmap",    "mprotect",   "mincore",         "clone",
+                  "wait4",      "ptrace",  "prctl",      "sigaltstack",     "prlimit64",
+                  "getppid",    "tgkill",  "nanosleep",  "clock_nanosleep", "pipe",
+                  "pipe2",      "getdents"});
+  }
+  (void)!filter.enforce();
+}
+
+}  // namespace
+
+void limit_resources() {
+  end_with_parent();
+  constexpr rlim_t kSeconds = 30;
+  limit(RLIMIT_CPU, kSeconds);
+  limit(RLIMIT_CORE, 0);
+  limit(RLIMIT_FSIZE, kLongestResult);
+  signal(SIGXFSZ, SIG_IGN);  // a result that is too long is an error of write()
+  signal(SIGPIPE, SIG_IGN);
+  if (!kSanitizerBuild) {
+    // The held pixels, a decoder's own copy of them, and the file with what the libraries need.
+    limit(RLIMIT_AS, 3 * kMostHeldBytes);
+  }
+}
+
+void confine() {
+  prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+  leave_no_paths();
+  leave_few_calls();
+}
+
+}  // namespace quoll::image_helper

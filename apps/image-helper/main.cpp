@@ -1,0 +1,85 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <new>
+#include <string_view>
+#include <vector>
+
+#include "apps/image-helper/codecs/readers.h"
+#include "apps/image-helper/codecs/writers.h"
+#include "apps/image-helper/confine.h"
+#include "quoll/linux/image_helper/answers.h"
+#include "quoll/linux/image_helper/descriptors.h"
+
+// Reads one image file from its standard input and writes what is wanted of it to its standard
+// output, both files that can seek. What goes wrong is one line on the standard error.
+
+namespace {
+
+using namespace quoll::image_helper;
+
+void write_size(PictureSource& source, int descriptor) {
+  const Picture& picture = source.picture();
+  const SizeAnswer size{picture.width, picture.height};
+  // An image that can be shown is one that can be read to its end.
+  std::vector<unsigned char> row(picture.row_bytes());
+  for (std::uint32_t y = 0; y < picture.height; ++y) {
+    source.read(row.data());
+  }
+  if (write(descriptor, &size, sizeof size) != sizeof size) {
+    throw Refused(std::strerror(errno));
+  }
+}
+
+struct Request {
+  std::string_view name;
+  void (*answer)(PictureSource& source, int descriptor);
+};
+
+constexpr Request kRequests[] = {{"size", write_size}, {"png", write_png}, {"tiff", write_tiff}};
+
+/// What the image's bytes can do comes after the mapping, and after everything was given up.
+void answer(const Request& request) {
+  struct stat status = {};
+  if (fstat(STDIN_FILENO, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size == 0) {
+    throw Refused("there are no bytes");
+  }
+  const Mapping file(STDIN_FILENO, static_cast<std::size_t>(status.st_size));
+  if (!file.good()) {
+    throw Refused(std::strerror(errno));
+  }
+  confine();
+  request.answer(*open_picture(file.bytes()), STDOUT_FILENO);
+  seal(STDOUT_FILENO);
+}
+
+int fail(const char* reason) {
+  std::fprintf(stderr, "%s\n", reason);
+  return 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  limit_resources();
+  const std::string_view wanted = argc == 2 ? argv[1] : "";
+  for (const Request& request : kRequests) {
+    if (request.name != wanted) {
+      continue;
+    }
+    try {
+      answer(request);
+      return 0;
+    } catch (const std::bad_alloc&) {
+      return fail("the image needs more memory than the limit");
+    } catch (const std::exception& exception) {
+      return fail(exception.what());
+    }
+  }
+  std::fputs("usage: quoll-image-helper size|png|tiff <IMAGE >RESULT\n", stderr);
+  return 2;
+}

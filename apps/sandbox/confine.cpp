@@ -1,0 +1,86 @@
+#include "apps/sandbox/confine.h"
+
+#include <link.h>
+#include <sys/prctl.h>
+
+#include <cstring>
+
+#include "apps/sandbox/path_rules.h"
+#include "apps/sandbox/share_calls.h"
+#include "quoll/platform/log.h"
+
+namespace quoll::sandbox {
+
+namespace {
+
+using Access = PathRules::Access;
+
+/// Read by the C library and the dynamic loader in every program.
+constexpr const char* kAlwaysReadable[] = {
+    "/usr", "/lib", "/lib64", "/etc/ld.so.cache", "/etc/localtime", "/proc/self", "/dev/urandom"};
+
+/// The path of the dynamic loader, which the kernel starts together with a program; as this program
+/// names it, empty when it names none.
+std::string loader_path() {
+  std::string path;
+  ::dl_iterate_phdr(
+      [](dl_phdr_info* program, std::size_t, void* out) {
+        for (int i = 0; i < program->dlpi_phnum; ++i) {
+          const auto& header = program->dlpi_phdr[i];
+          if (header.p_type == PT_INTERP) {
+            *static_cast<std::string*>(out) =
+                // NOLINTNEXTLINE(performance-no-int-to-ptr): an address is what the header holds
+                reinterpret_cast<const char*>(program->dlpi_addr + header.p_vaddr);
+          }
+        }
+        return 1;  // the first is this program
+      },
+      &path);
+  return path;
+}
+
+int enforce_paths(const Confinement& wanted, int version) {
+  PathRules rules(version);
+  for (const char* const path : kAlwaysReadable) {
+    rules.allow(path, Access::kRead);
+  }
+  rules.allow("/dev/null", Access::kWriteFile);
+  for (const std::string& path : wanted.readable) {
+    rules.allow(path, Access::kReadFile);
+  }
+  for (const std::string& path : wanted.writable) {
+    rules.allow(path, Access::kChange);
+  }
+  for (const std::string& path : wanted.executable) {
+    rules.allow(path, Access::kExecute);
+  }
+  if (!wanted.executable.empty()) {
+    rules.allow(loader_path(), Access::kExecute);
+  }
+  return rules.enforce();
+}
+
+/// What the kernel did not take, as part of a line; empty when it took all.
+std::string failed(const char* what, int number) {
+  return number == 0 ? "" : std::string(what) + ": " + std::strerror(number) + "; ";
+}
+
+}  // namespace
+
+bool confine(const Confinement& wanted) {
+  const int version = PathRules::kernel_version();
+  std::string missing = failed("no rules for paths", enforce_paths(wanted, version));
+  if (missing.empty() && version < PathRules::kWholeVersion) {
+    missing = "rules for paths of version " + std::to_string(version) + ", not " +
+              std::to_string(PathRules::kWholeVersion) + "; ";
+  }
+  missing += failed("no filter of system calls", enforce_share_calls());
+  if (missing.empty()) {
+    return true;
+  }
+  missing.resize(missing.size() - 2);
+  platform::log("confine: this kernel offers less than is wanted: %@", missing);
+  return false;
+}
+
+}  // namespace quoll::sandbox

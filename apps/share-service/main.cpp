@@ -1,0 +1,54 @@
+#include <sys/resource.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <exception>
+#include <iostream>
+#include <utility>
+
+#include "apps/share-service/service.h"
+
+namespace {
+
+/// Calls bring descriptors along, more at a time than a program is usually given. A share is given
+/// as many as this program was.
+void allow_many_descriptors(quoll::share_service::ShareBounds& bounds) {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+    bounds.descriptors = std::exchange(limit.rlim_cur, limit.rlim_max);
+    setrlimit(RLIMIT_NOFILE, &limit);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  double idle_seconds = 10;
+  quoll::share_service::ShareBounds bounds;
+  std::int64_t share_seconds = bounds.time.count();
+  CLI::App app("Shares for other programs; the session bus starts it.", "quoll-share-service");
+  app.add_option("--idle", idle_seconds, "end after so many idle seconds")
+      ->check(CLI::Range(0.0, 86400.0))
+      ->capture_default_str();
+  app.add_option("--time", share_seconds, "end a share that takes longer than so many seconds")
+      ->check(CLI::Range(1, 86400))
+      ->capture_default_str();
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : 2;
+  }
+  bounds.time = std::chrono::seconds(share_seconds);
+  allow_many_descriptors(bounds);
+  try {
+    const auto failure = quoll::share_service::serve_shares(
+        std::chrono::milliseconds(static_cast<std::int64_t>(idle_seconds * 1000)), bounds);
+    if (!failure) {
+      return 0;
+    }
+    std::cerr << "quoll-share-service: " << *failure << '\n';
+  } catch (const std::exception& exception) {
+    std::cerr << "quoll-share-service: " << exception.what() << '\n';
+  }
+  return 1;
+}

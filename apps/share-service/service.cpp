@@ -1,0 +1,134 @@
+#include "apps/share-service/service.h"
+
+#include <memory>
+
+#include "apps/share-service/share_interface.h"
+#include "apps/share-service/share_process.h"
+#include "apps/share-service/share_request.h"
+#include "quoll/linux/gio/application_service.h"
+#include "quoll/linux/gio/notification.h"
+
+namespace quoll::share_service {
+
+namespace {
+
+constexpr const char* kIdentifier = "it.vorlent.quoll2.Quoll-Share";
+/// Shares take turns; each that waits is a process.
+constexpr int kMostShares = 16;
+
+void refuse(GDBusMethodInvocation* call, GDBusError error, const std::string& why) {
+  g_dbus_method_invocation_return_error_literal(call, G_DBUS_ERROR, error, why.c_str());
+}
+
+class ShareService final : public gio::ApplicationService {
+ public:
+  explicit ShareService(const ShareBounds& bounds)
+      : ApplicationService(kIdentifier, kShareInterface), bounds_(bounds) {}
+
+ private:
+  void open(std::vector<std::string> uris, const gio::ActivationTokens& tokens,
+            GDBusMethodInvocation* call) override {
+    if (uris.empty()) {
+      return refuse(call, G_DBUS_ERROR_INVALID_ARGS, "there is nothing to share");
+    }
+    if (const auto complaint = too_many_uris(uris.size())) {
+      return refuse(call, G_DBUS_ERROR_LIMITS_EXCEEDED, *complaint);
+    }
+    ShareRequest request;
+    request.uris = std::move(uris);
+    start_for_person(std::move(request), tokens, call);
+  }
+
+  // Started by itself, the application shares what the clipboard holds: it has no window to show.
+  void activate(const gio::ActivationTokens& tokens, GDBusMethodInvocation* call) override {
+    ShareRequest request;
+    request.clipboard = true;
+    start_for_person(std::move(request), tokens, call);
+  }
+
+  void activate_action(std::string_view action, const gio::ActivationTokens& tokens,
+                       GDBusMethodInvocation* call) override {
+    if (action == "share-clipboard") {
+      activate(tokens, call);
+    } else {
+      refuse(call, G_DBUS_ERROR_INVALID_ARGS, "the only action is share-clipboard");
+    }
+  }
+
+  // There is one method.
+  void call(std::string_view /*method*/, GVariant* parameters,
+            GDBusMethodInvocation* call) override {
+    if (running_ == kMostShares) {  // before anything of it is held
+      return refuse_one_more(call);
+    }
+    const gio::VariantHandle given(g_variant_get_child_value(parameters, 0));
+    GDBusMessage* const message = g_dbus_method_invocation_get_message(call);
+    ShareRequest request;
+    if (const auto complaint =
+            read_share_request(given.get(), g_dbus_message_get_unix_fd_list(message), request)) {
+      return refuse(call, G_DBUS_ERROR_INVALID_ARGS, *complaint);
+    }
+    start(std::move(request), Listener::kCaller, call, [call](const ShareEnd& end) {
+      g_dbus_method_invocation_return_value(
+          call, g_variant_new("(us)", static_cast<guint32>(end.code), end.told.c_str()));
+    });
+  }
+
+  [[nodiscard]] bool busy() const override { return running_ > 0; }
+
+  void start_for_person(ShareRequest request, const gio::ActivationTokens& tokens,
+                        GDBusMethodInvocation* call) {
+    request.tokens = tokens;
+    const std::shared_ptr<GDBusConnection> bus(
+        static_cast<GDBusConnection*>(g_object_ref(g_dbus_method_invocation_get_connection(call))),
+        g_object_unref);
+    const auto show = [bus](const ShareEnd& end) {
+      if (!end.told.empty()) {
+        gio::send_notification(bus.get(), "Nothing was shared", end.told);
+      }
+    };
+    if (start(std::move(request), Listener::kPerson, call, show)) {
+      g_dbus_method_invocation_return_value(call, nullptr);
+    }
+  }
+
+  static void refuse_one_more(GDBusMethodInvocation* call) {
+    refuse(call, G_DBUS_ERROR_LIMITS_EXCEEDED, "too many shares are under way");
+  }
+
+  /// False when the call was answered with an error.
+  bool start(ShareRequest request, Listener listener, GDBusMethodInvocation* call,
+             std::function<void(const ShareEnd&)> ended) {
+    if (running_ == kMostShares) {
+      refuse_one_more(call);
+      return false;
+    }
+    const auto failure = start_share(std::move(request), listener, bounds_,
+                                     [this, ended = std::move(ended)](const ShareEnd& end) {
+                                       --running_;
+                                       ended(end);
+                                     });
+    if (failure) {
+      refuse(call, G_DBUS_ERROR_FAILED, *failure);
+      return false;
+    }
+    ++running_;
+    return true;
+  }
+
+  ShareBounds bounds_;
+  int running_ = 0;
+};
+
+}  // namespace
+
+gio::Failure serve_shares(std::chrono::milliseconds idle, const ShareBounds& bounds) {
+  ShareService service(bounds);
+  if (auto failure = service.begin()) {
+    return failure;
+  }
+  service.run(idle);
+  return std::nullopt;
+}
+
+}  // namespace quoll::share_service

@@ -1,0 +1,251 @@
+#include "apps/share-service/share_process.h"
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "apps/share/report.h"
+#include "quoll/linux/gio/handles.h"
+#include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/unique_fd.h"
+
+namespace quoll::share_service {
+
+namespace {
+
+/// A share tells a line for each thing that it left out.
+constexpr std::size_t kMostTold = std::size_t{64} << 10;
+constexpr gsize kBlock = 4096;
+
+template <typename T>
+using ObjectHandle = gio::ObjectHandle<T>;
+
+std::string share_program() {
+  namespace fs = std::filesystem;
+  std::error_code ignored;
+  const fs::path folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
+  const fs::path installed =
+      (folder / QUOLL_PROGRAMS_FROM_SERVICE / "quoll-share").lexically_normal();
+  const fs::path built = (folder / "../share/quoll-share").lexically_normal();
+  return !fs::exists(installed, ignored) && fs::exists(built, ignored) ? built : installed;
+}
+
+/// The texts and the items, as the program takes them from its standard input; none with `errno`
+/// set when they cannot be held.
+posix::UniqueFd list_of(const ShareRequest& request) {
+  posix::UniqueFd list(memfd_create("list", MFD_CLOEXEC));
+  std::string parts;
+  for (const auto* text : {&request.title, request.html ? &request.html : &request.text}) {
+    if (*text) {
+      parts += **text;
+      parts += '\0';
+    }
+  }
+  for (const std::string& uri : request.uris) {
+    parts += uri;
+    parts += '\0';
+  }
+  if (!list || !posix::write_all(list.get(), parts) || lseek(list.get(), 0, SEEK_SET) != 0) {
+    list.reset();
+  }
+  return list;
+}
+
+/// The number that the program finds the item under.
+int number_of(std::size_t item) {
+  constexpr int kFirst = 3;
+  return kFirst + static_cast<int>(item);
+}
+
+std::vector<std::string> command_of(const ShareRequest& request, Listener listener) {
+  std::vector<std::string> command{share_program()};
+  if (!request.uris.empty() || request.title || request.text || request.html) {
+    command.emplace_back("--null");
+  }
+  if (listener == Listener::kPerson) {
+    command.emplace_back("--notify");
+  }
+  if (request.clipboard) {
+    command.emplace_back("--clipboard");
+  }
+  if (request.title) {
+    command.insert(command.end(), {"--title", "-"});
+  }
+  if (request.text || request.html) {
+    command.insert(command.end(), {request.html ? "--html" : "--text", "-"});
+  }
+  for (std::size_t at = 0; at < request.items.size(); ++at) {
+    const RequestedItem& item = request.items[at];
+    command.insert(command.end(), {"--descriptor", std::to_string(number_of(at)) + ":" +
+                                                       item.media_type + ":" + item.name});
+  }
+  return command;
+}
+
+void pass_token(GSubprocessLauncher* launcher, const char* variable, const std::string& token) {
+  if (token.empty()) {
+    g_subprocess_launcher_unsetenv(launcher, variable);
+  } else {
+    g_subprocess_launcher_setenv(launcher, variable, token.c_str(), TRUE);
+  }
+}
+
+/// Runs between fork and exec, where little may be done.
+void allow_usual_descriptors(gpointer bounds) {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+    limit.rlim_cur = std::min(static_cast<const ShareBounds*>(bounds)->descriptors, limit.rlim_max);
+    setrlimit(RLIMIT_NOFILE, &limit);
+  }
+}
+
+ObjectHandle<GSubprocess> spawn(ShareRequest& request, Listener listener, ShareBounds bounds,
+                                gio::ErrorSlot& error) {
+  posix::UniqueFd list = list_of(request);
+  if (!list) {
+    g_set_error(error.out(), G_IO_ERROR, g_io_error_from_errno(errno),
+                "the request cannot be held: %s", posix::error_words(errno).c_str());
+    return nullptr;
+  }
+  const auto flags = static_cast<GSubprocessFlags>(
+      G_SUBPROCESS_FLAGS_STDOUT_SILENCE |
+      (listener == Listener::kCaller ? G_SUBPROCESS_FLAGS_STDERR_PIPE : 0));
+  const ObjectHandle<GSubprocessLauncher> launcher(g_subprocess_launcher_new(flags));
+  g_subprocess_launcher_take_stdin_fd(launcher.get(), list.release());
+  g_subprocess_launcher_set_child_setup(launcher.get(), allow_usual_descriptors, &bounds, nullptr);
+  auto command = command_of(request, listener);
+  for (std::size_t at = 0; at < request.items.size(); ++at) {
+    g_subprocess_launcher_take_fd(launcher.get(), request.items[at].descriptor.release(),
+                                  number_of(at));
+  }
+  pass_token(launcher.get(), "XDG_ACTIVATION_TOKEN", request.tokens.activation);
+  pass_token(launcher.get(), "DESKTOP_STARTUP_ID", request.tokens.startup);
+  std::vector<const char*> arguments;
+  arguments.reserve(command.size() + 1);
+  for (const std::string& argument : command) {
+    arguments.push_back(argument.c_str());
+  }
+  arguments.push_back(nullptr);
+  return ObjectHandle<GSubprocess>(
+      g_subprocess_launcher_spawnv(launcher.get(), arguments.data(), error.out()));
+}
+
+/// A share that runs. Every step that waits holds a reference to it.
+class RunningShare : public std::enable_shared_from_this<RunningShare> {
+ public:
+  RunningShare(ObjectHandle<GSubprocess> process, std::function<void(const ShareEnd&)> ended)
+      : process_(std::move(process)), ended_(std::move(ended)), given_up_(g_cancellable_new()) {}
+
+  void watch(Listener listener, std::chrono::seconds time) {
+    time_ = time;
+    deadline_ = g_timeout_add_seconds(static_cast<guint>(time.count()), late, this);
+    if (listener == Listener::kCaller) {
+      is_told_ = false;
+      read_on();
+    }
+    g_subprocess_wait_async(process_.get(), given_up_.get(), exited, reference());
+  }
+
+ private:
+  using Reference = std::shared_ptr<RunningShare>;
+
+  gpointer reference() { return new Reference(shared_from_this()); }
+  static Reference taken(gpointer data) {
+    const std::unique_ptr<Reference> owner(static_cast<Reference*>(data));
+    return *owner;
+  }
+
+  void read_on() {
+    g_input_stream_read_bytes_async(g_subprocess_get_stderr_pipe(process_.get()), kBlock,
+                                    G_PRIORITY_DEFAULT, given_up_.get(), read, reference());
+  }
+
+  static void read(GObject* source, GAsyncResult* result, gpointer data) {
+    const Reference self = taken(data);
+    GBytes* const bytes = g_input_stream_read_bytes_finish(G_INPUT_STREAM(source), result, nullptr);
+    const gsize size = bytes != nullptr ? g_bytes_get_size(bytes) : 0;
+    if (size > 0 && self->told_.size() <= kMostTold) {
+      self->told_.append(static_cast<const char*>(g_bytes_get_data(bytes, nullptr)), size);
+    }
+    g_bytes_unref(bytes);
+    if (size > 0) {
+      self->read_on();
+    } else {
+      self->is_told_ = true;
+      self->end_when_over();
+    }
+  }
+
+  static void exited(GObject* source, GAsyncResult* result, gpointer data) {
+    const Reference self = taken(data);
+    g_subprocess_wait_finish(G_SUBPROCESS(source), result, nullptr);
+    self->has_exited_ = true;
+    self->end_when_over();
+  }
+
+  static gboolean late(gpointer data) {
+    auto& self = *static_cast<RunningShare*>(data);
+    self.deadline_ = 0;
+    self.is_late_ = true;
+    g_subprocess_force_exit(self.process_.get());
+    g_cancellable_cancel(self.given_up_.get());
+    return G_SOURCE_REMOVE;
+  }
+
+  void end_when_over() {
+    if (!has_exited_ || !is_told_) {
+      return;
+    }
+    if (deadline_ != 0) {
+      g_source_remove(deadline_);
+    }
+    ended_(end());
+  }
+
+  [[nodiscard]] ShareEnd end() const {
+    constexpr int kNotOpened = static_cast<int>(share::ExitCode::kNotOpened);
+    if (is_late_) {
+      return {kNotOpened,
+              "not opened: it took longer than " + std::to_string(time_.count()) + " s"};
+    }
+    if (g_subprocess_get_if_exited(process_.get()) == FALSE) {
+      return {kNotOpened, "not opened: quoll-share was ended by signal " +
+                              std::to_string(g_subprocess_get_term_sig(process_.get()))};
+    }
+    const int code = g_subprocess_get_exit_status(process_.get());
+    const bool is_wrong_use = code == static_cast<int>(share::ExitCode::kUsage);
+    return {is_wrong_use ? kNotOpened : code,
+            share::shown_report(told_, kMostTold).value_or("the system log tells more")};
+  }
+
+  ObjectHandle<GSubprocess> process_;
+  std::function<void(const ShareEnd&)> ended_;
+  ObjectHandle<GCancellable> given_up_;
+  std::string told_;
+  std::chrono::seconds time_{};
+  guint deadline_ = 0;
+  bool has_exited_ = false;
+  bool is_told_ = true;
+  bool is_late_ = false;
+};
+
+}  // namespace
+
+gio::Failure start_share(ShareRequest request, Listener listener, const ShareBounds& bounds,
+                         std::function<void(const ShareEnd&)> ended) {
+  gio::ErrorSlot error;
+  auto process = spawn(request, listener, bounds, error);
+  if (!process) {
+    return "quoll-share could not be started: " + error.message();
+  }
+  const auto running = std::make_shared<RunningShare>(std::move(process), std::move(ended));
+  running->watch(listener, bounds.time);
+  return std::nullopt;
+}
+
+}  // namespace quoll::share_service

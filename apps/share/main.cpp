@@ -1,0 +1,46 @@
+#include <exception>
+#include <iostream>
+
+#include "apps/share/notify.h"
+#include "apps/share/request/arguments.h"
+#include "apps/share/request/clipboard.h"
+#include "apps/share/request/descriptors.h"
+#include "apps/share/share_program.h"
+
+namespace quoll::share {
+
+namespace {
+
+int share(Arguments& arguments) {
+  close_inherited_descriptors(arguments.wanted);
+  const auto run_here = [&] {
+    const auto reason = arguments.clipboard ? add_clipboard(arguments.wanted) : std::nullopt;
+    if (reason) {
+      std::cerr << "not opened: the clipboard: " << *reason << '\n';
+      return static_cast<int>(ExitCode::kNotOpened);
+    }
+    return run_share(arguments.wanted,
+                     {.print = arguments.print,
+                      .verbose = arguments.verbose,
+                      .progress = nullptr,
+                      .ended = [](ExitCode, const std::string& told) { std::cerr << told; }});
+  };
+  return arguments.notify ? share_and_notify(run_here) : run_here();
+}
+
+}  // namespace
+
+}  // namespace quoll::share
+
+int main(int argc, char** argv) {
+  quoll::share::hold_standard_descriptors();
+  try {
+    auto arguments = quoll::share::parse(argc, argv);
+    const int* const ended = std::get_if<int>(&arguments);
+    return ended != nullptr ? *ended
+                            : quoll::share::share(std::get<quoll::share::Arguments>(arguments));
+  } catch (const std::exception& exception) {
+    std::cerr << "not opened: " << exception.what() << '\n';
+    return static_cast<int>(quoll::share::ExitCode::kNotOpened);
+  }
+}

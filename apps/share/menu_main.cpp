@@ -1,0 +1,76 @@
+#include <csignal>
+#include <exception>
+#include <iostream>
+#include <string>
+#include <string_view>
+
+#include "apps/share/request/descriptors.h"
+#include "apps/share/request/menu_request.h"
+#include "apps/share/request/menu_socket.h"
+#include "apps/share/share_program.h"
+
+// The entry of KDE's share menu. The program whose menu it is starts this one with the socket that
+// it listens on: "--server PATH", and more that does not matter here.
+
+namespace {
+
+using quoll::share::ExitCode;
+using quoll::share::MenuSocket;
+
+constexpr int kNotOpened = static_cast<int>(ExitCode::kNotOpened);
+
+std::string_view value_of(std::string_view option, int argc, char** argv) {
+  for (int i = 1; i + 1 < argc; ++i) {
+    if (argv[i] == option) {
+      return argv[i + 1];
+    }
+  }
+  return {};
+}
+
+int fail(MenuSocket& socket, const char* reason) {
+  socket.tell_error(std::string("not opened: ") + reason);
+  return kNotOpened;
+}
+
+int share(MenuSocket& socket) {
+  const auto request = socket.receive();
+  const auto wanted = request ? quoll::share::read_menu_request(*request) : std::nullopt;
+  if (!wanted) {
+    return fail(socket, "the menu did not say what to share");
+  }
+  return quoll::share::run_share(
+      *wanted, {.print = false,
+                .verbose = false,
+                .progress =
+                    [&](std::size_t answered, std::size_t items) {
+                      socket.tell_progress(static_cast<int>(100 * answered / (items + 1)));
+                    },
+                .ended =
+                    [&](ExitCode, const std::string& told) {
+                      if (told.empty()) {
+                        socket.tell_end();
+                      } else {
+                        socket.tell_error(told.substr(0, told.size() - 1));
+                      }
+                    }});
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  quoll::share::hold_standard_descriptors();
+  quoll::share::close_inherited_descriptors({});
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));  // a menu that went away is no reason to end
+  MenuSocket socket{std::string(value_of("--server", argc, argv))};
+  if (!socket.is_connected()) {
+    std::cerr
+        << "quoll-share-purpose: this is the entry of a share menu; quoll-share is for people\n";
+    return static_cast<int>(ExitCode::kUsage);
+  }
+  try {
+    return share(socket);
+  } catch (const std::exception& exception) {
+    return fail(socket, exception.what());
+  }
+}

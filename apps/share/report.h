@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+#include "apps/share/request/select.h"
+#include "apps/share/run.h"
+#include "apps/share/watched_workspace.h"
+
+namespace quoll::share {
+
+/// What a program that shares ends with.
+enum class ExitCode : int {
+  kOpened = 0,
+  kNotOpened = 1,
+  kUsage = 2,
+  kSomethingLeftOut = 3,
+};
+
+/// Tells people what came of the share: a line for each thing that was left out, one when the
+/// shared folder could not be prepared, one when nothing was opened. A share that arrived whole is
+/// silent.
+[[nodiscard]] ExitCode report(const Selection& selection, const Outcome& outcome,
+                              const WatchedWorkspace& workspace, std::ostream& out);
+
+/// What another process told as `report` does, to be shown: as many whole lines as `most` bytes
+/// hold, and "..." for the rest. That process has had other people's bytes in its hands, so none
+/// when it is not text.
+[[nodiscard]] std::optional<std::string> shown_report(std::string_view told, std::size_t most);
+
+}  // namespace quoll::share

@@ -1,0 +1,154 @@
+#include "apps/share/request/arguments.h"
+
+#include <fcntl.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "apps/share/report.h"
+
+namespace quoll::share {
+
+namespace {
+
+constexpr const char* kFooter =
+    "\nAn ITEM is a web link, a path, a file URL, a data: URL, or - for the bytes on standard\n"
+    "input. After -- everything is an ITEM. With --null standard input is a list whose parts end\n"
+    "with zero bytes: first the texts given as -, then more ITEMs.\n"
+    "\nExit status: 0 opened, 1 not opened, 2 wrong usage, 3 opened without something.";
+
+/// What no single option can check by itself; empty when the command line makes sense.
+std::string complaint(const Arguments& arguments) {
+  const Wanted& wanted = arguments.wanted;
+  const auto& items = wanted.items;
+  const bool is_empty = !wanted.text && !wanted.html && items.empty() &&
+                        wanted.deliveries.empty() && !wanted.has_list;
+  if (arguments.clipboard) {
+    return is_empty ? "" : "with --clipboard nothing else is shared";
+  }
+  if (is_empty) {
+    return "nothing to share was given";
+  }
+  const auto as_items = std::count(items.begin(), items.end(), "-");
+  const auto as_texts = (wanted.title == "-") + (wanted.text == "-") + (wanted.html == "-");
+  return as_items + (wanted.has_list ? 1 : as_texts) > 1 ? "standard input can be used only once"
+                                                         : "";
+}
+
+/// The parser takes names such as "[a,b]", "{}" and "%%" apart. It leaves alone what begins with
+/// this, so every argument that is no option gets it, and every value loses it again.
+constexpr char kMark = '\1';
+
+/// The arguments as the parser wants them: the last one first.
+std::vector<std::string> marked(int argc, const char* const* argv) {
+  std::vector<std::string> out;
+  for (int i = argc - 1; i > 0; --i) {
+    const std::string argument = argv[i];
+    out.push_back(argument.starts_with('-') ? argument : kMark + argument);
+  }
+  return out;
+}
+
+void unmark(std::string& value) {
+  if (value.starts_with(kMark)) {
+    value.erase(0, 1);
+  }
+}
+
+void unmark(std::optional<std::string>& value) {
+  if (value) {
+    unmark(*value);
+  }
+}
+
+/// Reads "N", "N:TYPE" or "N:TYPE:NAME"; a name may hold anything.
+std::optional<Delivery> delivery_of(const std::string& text) {
+  constexpr int kFirst = 3;  // the first descriptor that is no standard one
+  constexpr int kMost = 1 << 30;
+  Delivery delivery;
+  const auto [end, error] =
+      std::from_chars(text.data(), text.data() + text.size(), delivery.descriptor);
+  std::string_view rest = text;
+  rest.remove_prefix(static_cast<std::size_t>(end - text.data()));
+  if (error != std::errc() || delivery.descriptor < kFirst || delivery.descriptor > kMost ||
+      !(rest.empty() || rest.front() == ':')) {
+    return std::nullopt;
+  }
+  if (!rest.empty()) {
+    const std::size_t colon = std::min(rest.find(':', 1), rest.size());
+    delivery.media_type = rest.substr(1, colon - 1);
+    delivery.name = rest.substr(std::min(colon + 1, rest.size()));
+  }
+  return delivery;
+}
+
+int wrong_usage(const std::string& why) {
+  std::cerr << "quoll-share: " << why << "; see quoll-share --help\n";
+  return static_cast<int>(ExitCode::kUsage);
+}
+
+}  // namespace
+
+std::variant<Arguments, int> parse(int argc, const char* const* argv) {
+  Arguments arguments;
+  Wanted& wanted = arguments.wanted;
+  CLI::App app("Shares links, files, images and text as one mail draft.", "quoll-share");
+  app.footer(kFooter);
+  app.set_version_flag("--version", "quoll-share " QUOLL_VERSION);
+  app.add_option("--title", wanted.title, "The draft's subject, used when a web link is shared");
+  auto* const text = app.add_option("--text", wanted.text, "Plain text, or - for standard input");
+  auto* const html = app.add_option("--html", wanted.html, "Styled text, or - for standard input");
+  text->excludes(html);
+  app.add_flag("-0,--null", wanted.has_list, "Read more ITEMs, each ended by a zero byte");
+  app.add_flag("--clipboard", arguments.clipboard, "Share what the clipboard holds");
+  std::vector<std::string> descriptors;
+  app.add_option("--descriptor", descriptors, "The bytes of an open descriptor, as a file")
+      ->type_name("N[:TYPE[:NAME]]")
+      ->allow_extra_args(false);
+  app.add_flag("--print", arguments.print, "Print the command URL instead of opening it");
+  app.add_flag("--verbose", arguments.verbose, "Write the log to standard error too");
+  app.add_flag("--notify", arguments.notify, "Show on the desktop what went wrong");
+  app.add_option("ITEM", wanted.items, "What to share");
+  try {
+    app.parse(marked(argc, argv));
+  } catch (const CLI::Success& asked_for_help) {
+    return app.exit(asked_for_help);
+  } catch (const CLI::ParseError& error) {
+    return wrong_usage(error.what());
+  }
+  for (auto* const value : {&wanted.title, &wanted.text, &wanted.html}) {
+    unmark(*value);
+  }
+  for (std::string& item : wanted.items) {
+    unmark(item);
+  }
+  for (std::string& descriptor : descriptors) {
+    unmark(descriptor);
+    auto delivery = delivery_of(descriptor);
+    if (!delivery) {
+      return wrong_usage("--descriptor takes a number above 2, a type and a name: N:TYPE:NAME");
+    }
+    // Later another file may have got the number.
+    const bool is_open = fcntl(delivery->descriptor, F_GETFD) >= 0;
+    const bool is_repeated = std::ranges::any_of(wanted.deliveries, [&](const auto& other) {
+      return other.descriptor == delivery->descriptor;
+    });
+    if (!is_open || is_repeated) {
+      return wrong_usage("descriptor " + std::to_string(delivery->descriptor) +
+                         (is_open ? " is given twice" : " is not open"));
+    }
+    wanted.deliveries.push_back(std::move(*delivery));
+  }
+  const std::string why = complaint(arguments);
+  if (!why.empty()) {
+    return wrong_usage(why);
+  }
+  return arguments;
+}
+
+}  // namespace quoll::share

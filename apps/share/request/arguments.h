@@ -1,0 +1,23 @@
+#pragma once
+
+#include <variant>
+
+#include "apps/share/request/select.h"
+
+namespace quoll::share {
+
+/// The command line of `quoll-share`.
+struct Arguments {
+  Wanted wanted;
+  bool print = false;
+  bool verbose = false;
+  bool notify = false;
+  /// What the clipboard holds is wanted; nothing else then but a title.
+  bool clipboard = false;
+};
+
+/// Reads the command line. When there is nothing more to do (help was shown, or what was wrong) it
+/// answers the number to end the program with.
+[[nodiscard]] std::variant<Arguments, int> parse(int argc, const char* const* argv);
+
+}  // namespace quoll::share

@@ -1,0 +1,198 @@
+#include "apps/share/request/clipboard.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <sstream>
+#include <string_view>
+#include <vector>
+
+#include "apps/share/request/clipboard_content.h"
+#include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/subprocess.h"
+#include "quoll/linux/posix/unique_fd.h"
+
+namespace quoll::share {
+
+namespace {
+
+using posix::run_tool;
+using posix::ToolAnswer;
+using End = posix::ToolAnswer::End;
+/// Why there is nothing; none when there is something.
+using Reason = std::optional<std::string>;
+
+constexpr std::size_t kMebibyte = std::size_t{1} << 20;
+constexpr std::size_t kLongestText = 64 * kMebibyte;
+constexpr std::size_t kLargestImage = 256 * kMebibyte;
+constexpr std::size_t kLongestList = kMebibyte;
+constexpr const char* kEmpty = "it is empty";
+
+/// The program that talks to a kind of display, and how it is asked.
+struct Tool {
+  const char* variable;  ///< set where there is such a display
+  std::string_view name;
+  std::string_view package;
+  std::vector<std::string> types;    ///< lists the types of what the clipboard holds
+  std::vector<std::string> content;  ///< delivers the type that stands behind it
+  std::vector<std::string_view> words_for_empty;
+};
+
+const std::array<Tool, 2>& tools() {
+  static const std::array<Tool, 2> all{
+      Tool{"WAYLAND_DISPLAY",
+           "wl-paste",
+           "wl-clipboard",
+           {"wl-paste", "--list-types"},
+           {"wl-paste", "--no-newline", "--type"},
+           {"Nothing is copied", "No selection", "No suitable type"}},
+      Tool{"DISPLAY",
+           "xclip",
+           "xclip",
+           {"xclip", "-selection", "clipboard", "-o", "-t", "TARGETS"},
+           {"xclip", "-selection", "clipboard", "-o", "-t"},
+           {"not available"}},
+  };
+  return all;
+}
+
+enum class Kind { kFiles, kImage, kHtml, kText };
+
+struct Type {
+  std::string_view name;
+  Kind kind;
+};
+
+/// The first of them that there is counts.
+constexpr std::array kTypes{
+    Type{"x-special/gnome-copied-files", Kind::kFiles},
+    Type{"x-special/mate-copied-files", Kind::kFiles},
+    Type{"text/uri-list", Kind::kFiles},
+    Type{"image/png", Kind::kImage},
+    Type{"text/html", Kind::kHtml},
+    Type{"text/plain;charset=utf-8", Kind::kText},
+    Type{"UTF8_STRING", Kind::kText},
+    Type{"text/plain", Kind::kText},
+};
+
+Reason why_not(const Tool& tool, const posix::ToolAnswer& answer) {
+  switch (answer.end) {
+    case End::kWell:
+      return std::nullopt;
+    case End::kSilent:
+      return "the program that holds it does not answer";
+    case End::kTooLong:
+      return "what it holds is too long";
+    case End::kMissing:
+      return std::string(tool.name) + " could not be started; install " + std::string(tool.package);
+    case End::kBadly:
+      break;
+  }
+  const bool is_empty = std::any_of(
+      tool.words_for_empty.begin(), tool.words_for_empty.end(),
+      [&](std::string_view words) { return answer.complaint.find(words) != std::string::npos; });
+  if (is_empty) {
+    return kEmpty;
+  }
+  return std::string(tool.name) +
+         (answer.complaint.empty() ? " failed" : " says: " + answer.complaint);
+}
+
+/// False when there is nothing in it.
+bool add_image(Wanted& wanted, const std::string& bytes) {
+  const int held = memfd_create("clipboard", MFD_CLOEXEC);
+  if (bytes.empty() || held < 0 || !posix::write_all(held, bytes)) {
+    posix::UniqueFd closed(held);
+    return false;
+  }
+  wanted.deliveries.push_back({held, "image/png", ""});
+  return true;
+}
+
+bool add_text(std::optional<std::string>& wanted, const std::string& bytes) {
+  std::string text = clipboard_text(bytes);
+  if (text.empty()) {
+    return false;
+  }
+  if (text == "-") {  // stands for standard input, which is not the clipboard
+    text += ' ';
+  }
+  wanted = std::move(text);
+  return true;
+}
+
+bool add(Wanted& wanted, Kind kind, const std::string& bytes) {
+  switch (kind) {
+    case Kind::kFiles:
+      wanted.items = clipboard_items(clipboard_text(bytes));
+      return !wanted.items.empty();
+    case Kind::kImage:
+      return add_image(wanted, bytes);
+    case Kind::kHtml:
+      return add_text(wanted.html, bytes);
+    case Kind::kText:
+      return add_text(wanted.text, bytes);
+  }
+  return false;
+}
+
+std::vector<std::string> lines_of(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    lines.push_back(std::move(line));
+  }
+  return lines;
+}
+
+Reason add_from(const Tool& tool, Wanted& wanted, std::chrono::milliseconds patience,
+                std::chrono::steady_clock::time_point deadline) {
+  const posix::ToolAnswer listed = posix::run_tool(tool.types, kLongestList, patience, deadline);
+  if (auto reason = why_not(tool, listed)) {
+    return reason;
+  }
+  const auto there = lines_of(listed.output);
+  for (const Type& type : kTypes) {
+    if (std::find(there.begin(), there.end(), type.name) == there.end()) {
+      continue;
+    }
+    auto command = tool.content;
+    command.emplace_back(type.name);
+    const auto answer = posix::run_tool(
+        command, type.kind == Kind::kImage ? kLargestImage : kLongestText, patience, deadline);
+    auto reason = why_not(tool, answer);
+    if (!reason && add(wanted, type.kind, answer.output)) {
+      return std::nullopt;
+    }
+    if (reason && reason != kEmpty) {
+      return reason;
+    }
+  }
+  return there.empty() ? kEmpty : "it holds nothing that can be shared";
+}
+
+}  // namespace
+
+std::optional<std::string> add_clipboard(Wanted& wanted, const ClipboardTime& time) {
+  const auto deadline = std::chrono::steady_clock::now() + time.in_all;
+  Reason first;
+  for (const Tool& tool : tools()) {
+    const char* const display = std::getenv(tool.variable);
+    if (display == nullptr || *display == '\0') {
+      continue;
+    }
+    auto reason = add_from(tool, wanted, time.silence, deadline);
+    if (!reason || reason == kEmpty) {
+      return reason;
+    }
+    if (!first) {
+      first = std::move(reason);
+    }
+  }
+  return first ? first : "there is no display, and so no clipboard";
+}
+
+}  // namespace quoll::share

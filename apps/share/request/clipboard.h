@@ -1,0 +1,23 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "apps/share/request/select.h"
+
+namespace quoll::share {
+
+/// How long the program that holds the clipboard may take.
+struct ClipboardTime {
+  std::chrono::milliseconds silence{5'000};  ///< without a byte
+  std::chrono::milliseconds in_all{30'000};
+};
+
+/// Adds what the clipboard holds to what is wanted: files and links before a picture, that before
+/// styled text, that before plain text. Answers why there is nothing, in words that follow a colon;
+/// none when there is something. To be called while there is one thread.
+[[nodiscard]] std::optional<std::string> add_clipboard(Wanted& wanted,
+                                                       const ClipboardTime& time = {});
+
+}  // namespace quoll::share

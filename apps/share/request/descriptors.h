@@ -1,0 +1,16 @@
+#pragma once
+
+#include "apps/share/request/select.h"
+
+namespace quoll::share {
+
+/// Standard descriptors that were closed are taken by something that fails, so that no other file
+/// gets their numbers.
+void hold_standard_descriptors();
+
+/// Closes what the starting program left open besides the standard descriptors, since no sandbox
+/// takes away what is open. What is wanted by its number, as bytes or as an item (`/dev/fd/5`),
+/// stays.
+void close_inherited_descriptors(const Wanted& wanted);
+
+}  // namespace quoll::share

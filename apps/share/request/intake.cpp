@@ -1,0 +1,198 @@
+#include "apps/share/request/intake.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+#include "quoll/foundation/path.h"
+#include "quoll/foundation/percent.h"
+#include "quoll/foundation/text.h"
+#include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/unique_fd.h"
+
+namespace quoll::share {
+
+namespace {
+
+using foundation::NSURL;
+
+char small_letter(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+
+std::string small_letters(std::string_view text) {
+  std::string out(text);
+  std::transform(out.begin(), out.end(), out.begin(), small_letter);
+  return out;
+}
+
+bool is_space(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+bool exists(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0;
+}
+
+/// What a path leads to when it is not a file; none for a file.
+std::optional<std::string> other_kind(mode_t mode) {
+  if (S_ISREG(mode)) {
+    return std::nullopt;
+  }
+  if (S_ISDIR(mode)) {
+    return "it is a folder";
+  }
+  if (S_ISFIFO(mode)) {
+    return "it is a pipe";
+  }
+  return S_ISSOCK(mode) ? "it is a socket" : "it is a device";
+}
+
+std::string absolute(std::string_view path) {
+  if (path.starts_with('/')) {
+    return std::string(path);
+  }
+  std::array<char, 4096> folder{};
+  const char* const found = getcwd(folder.data(), folder.size());
+  return foundation::appending_path_component(found != nullptr ? found : "", path);
+}
+
+Intake file_intake(std::string_view path) {
+  if (auto refusal = why_not_shareable(std::string(path))) {
+    return {nullptr, std::move(*refusal)};
+  }
+  return {NSURL::file_url(absolute(path), false), {}};
+}
+
+bool is_this_machine(std::string_view host) {
+  const std::string wanted = small_letters(host);
+  std::array<char, 256> name{};
+  if (wanted.empty() || wanted == "localhost") {
+    return true;
+  }
+  if (gethostname(name.data(), name.size() - 1) != 0) {
+    return false;
+  }
+  const std::string own = small_letters(name.data());
+  return wanted == own || wanted == own.substr(0, own.find('.'));
+}
+
+/// `rest` is what follows "file:".
+Intake file_url_intake(std::string_view rest) {
+  if (rest.starts_with("//")) {
+    rest.remove_prefix(2);
+    const std::size_t slash = std::min(rest.find('/'), rest.size());
+    if (!is_this_machine(rest.substr(0, slash))) {
+      return {nullptr, "the file is on another computer"};
+    }
+    rest.remove_prefix(slash);
+  }
+  const std::string raw(rest);
+  const auto decoded = foundation::percent_decode_bytes(rest);
+  if (decoded && decoded->find('\0') != std::string::npos) {
+    return {nullptr, "the name holds a zero byte"};
+  }
+  // Some hosts escape and some do not, so a "%" may be either: the disk knows.
+  const bool is_raw = !decoded || (!exists(*decoded) && exists(raw));
+  return file_intake(is_raw ? raw : *decoded);
+}
+
+/// True when a link keeps the character at `position` as it is.
+bool stays(std::string_view text, std::size_t position) {
+  const std::string_view rest = text.substr(position);
+  if (rest.front() == '#') {
+    return text.find('#') == position;
+  }
+  if (rest.front() == '%') {
+    return NSURL::URLWithString(rest.substr(0, 3)) != nullptr;
+  }
+  return NSURL::URLWithString(rest.substr(0, 1)) != nullptr;
+}
+
+/// The text with everything escaped that would make it no URL, and nothing else.
+std::string with_escapes(std::string_view text) {
+  std::string out;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (stays(text, i)) {
+      out += text[i];
+    } else {
+      foundation::percent_escape_append(out, text[i]);
+    }
+  }
+  return out;
+}
+
+Intake link_intake(std::string_view text) {
+  auto url = NSURL::URLWithString(text);
+  if (!url) {
+    url = NSURL::URLWithString(with_escapes(text));
+  }
+  return url ? Intake{std::move(url), {}} : Intake{nullptr, "it cannot be made a link"};
+}
+
+}  // namespace
+
+std::optional<std::string> why_not_shareable(const std::string& path) {
+  struct stat status {};
+  // Looked at before it is opened: opening rewinds tapes and wakes the writers of pipes.
+  if (stat(path.c_str(), &status) != 0) {
+    return errno == ENOENT || errno == ENOTDIR ? "no such file" : posix::error_words(errno);
+  }
+  if (auto kind = other_kind(status.st_mode)) {
+    return kind;
+  }
+  const posix::UniqueFd file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+  if (!file || fstat(file.get(), &status) != 0) {
+    return posix::error_words(errno);
+  }
+  return other_kind(status.st_mode);
+}
+
+std::optional<std::string> link_scheme(std::string_view text) {
+  const auto is_letter = [](char c) { return small_letter(c) >= 'a' && small_letter(c) <= 'z'; };
+  const auto in_scheme = [&](char c) {
+    return is_letter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
+  };
+  const auto end = std::find_if_not(text.begin(), text.end(), in_scheme);
+  const auto length = static_cast<std::size_t>(end - text.begin());
+  // One letter is a drive of another system; white space after the colon is a sentence.
+  if (length < 2 || !is_letter(text.front()) || length + 1 >= text.size() || *end != ':' ||
+      is_space(text[length + 1])) {
+    return std::nullopt;
+  }
+  return small_letters(text.substr(0, length));
+}
+
+Intake take_in(std::string_view given) {
+  if (given.empty()) {
+    return {nullptr, "the name is empty"};
+  }
+  if (given.find('\0') != std::string_view::npos) {
+    return {nullptr, "the name holds a zero byte"};
+  }
+  if (exists(std::string(given))) {
+    return file_intake(given);
+  }
+  const std::string_view text = foundation::trim(given);
+  const auto scheme = link_scheme(text);
+  if (scheme == "file") {
+    const std::string_view untrimmed =
+        given.substr(static_cast<std::size_t>(text.data() - given.data()));
+    return file_url_intake(untrimmed.substr(scheme->size() + 1));
+  }
+  if (scheme) {
+    return link_intake(text);
+  }
+  if (small_letters(text.substr(0, 4)) == "www." && text.size() > 4 &&
+      std::none_of(text.begin(), text.end(), is_space)) {
+    return link_intake("http://" + std::string(text));
+  }
+  return file_intake(given);
+}
+
+}  // namespace quoll::share

@@ -1,0 +1,64 @@
+#include "apps/share/request/received_bytes.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include "apps/share/request/image_signature.h"
+#include "quoll/linux/posix/descriptor_io.h"
+
+namespace quoll::share {
+
+namespace {
+
+constexpr std::size_t kBlock = std::size_t{1} << 20;
+/// Beyond this an image is shared as the file that it is.
+constexpr std::size_t kLargestImage = std::size_t{256} << 20;
+
+}  // namespace
+
+std::optional<ReceivedBytes> receive(const Source& source) {
+  ReceivedBytes received;
+  const auto read_to = [&](std::size_t enough) {
+    return posix::read_until(source.descriptor, received.beginning, enough, received.is_whole,
+                             source.patience);
+  };
+  if (!read_to(kBlock)) {
+    return std::nullopt;
+  }
+  if (!received.is_whole && begins_as_image(received.beginning) &&
+      !read_to(std::min(kLargestImage, source.most))) {
+    return std::nullopt;
+  }
+  return received;
+}
+
+std::optional<std::size_t> write_through(const ReceivedBytes& received, const Source& source,
+                                         int target) {
+  bool ended = received.is_whole;
+  std::size_t size = received.beginning.size();
+  if (!posix::write_all(target, received.beginning)) {
+    return std::nullopt;
+  }
+  std::string block;
+  while (!ended && size <= source.most) {
+    block.clear();
+    if (!posix::read_until(source.descriptor, block, kBlock, ended, source.patience) ||
+        !posix::write_all(target, block)) {
+      return std::nullopt;
+    }
+    size += block.size();
+  }
+  errno = EFBIG;
+  return size <= source.most ? std::optional(size) : std::nullopt;
+}
+
+std::optional<std::string> receive_text(int descriptor, std::size_t enough) {
+  std::string text;
+  bool ended = false;
+  if (!posix::read_until(descriptor, text, enough, ended)) {
+    return std::nullopt;
+  }
+  return text;
+}
+
+}  // namespace quoll::share

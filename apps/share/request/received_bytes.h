@@ -1,0 +1,40 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quoll::share {
+
+/// Where bytes come from, and how much trouble is taken over them.
+struct Source {
+  int descriptor = -1;
+  /// How long it may deliver nothing; none: for ever.
+  std::optional<std::chrono::milliseconds> patience = std::nullopt;
+  /// How many bytes are wanted of it.
+  std::size_t most = std::numeric_limits<std::size_t>::max();
+};
+
+/// The beginning of what a descriptor delivers, or all of it.
+struct ReceivedBytes {
+  std::string beginning;
+  bool is_whole = false;
+};
+
+/// Reads enough to tell what it is, and all of it when it is an image that memory may hold and that
+/// is not more than wanted; none with `errno` set when reading failed.
+[[nodiscard]] std::optional<ReceivedBytes> receive(const Source& source);
+
+/// Writes the beginning and whatever still comes from `source` to `target`, without holding more
+/// than a block in memory. Answers how many bytes they are; none with `errno` set, to EFBIG when
+/// they are more than wanted.
+[[nodiscard]] std::optional<std::size_t> write_through(const ReceivedBytes& received,
+                                                       const Source& source, int target);
+
+/// All that a descriptor delivers, or its first `enough` bytes; none with `errno` set.
+[[nodiscard]] std::optional<std::string> receive_text(int descriptor, std::size_t enough);
+
+}  // namespace quoll::share

@@ -1,0 +1,259 @@
+#include "apps/share/request/select.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+
+#include "apps/share/request/data_url.h"
+#include "apps/share/request/image_signature.h"
+#include "apps/share/request/intake.h"
+#include "apps/share/request/media_type.h"
+#include "apps/share/request/received_bytes.h"
+#include "apps/share/request/zero_ended_list.h"
+#include "quoll/foundation/text.h"
+#include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/unique_fd.h"
+#include "quoll/platform/type_identifiers.h"
+
+namespace quoll::share {
+
+namespace {
+
+using foundation::Bytes;
+using foundation::NSURL;
+
+constexpr std::string_view kStandardInput = "-";
+constexpr std::string_view kList = "the list on standard input";
+constexpr const char* kNoRoom = "it is too large, together with the items before it";
+/// No command holds more, and what delivers it may have no end.
+constexpr std::size_t kLongestText = std::size_t{64} << 20;
+
+/// The last part of a name; empty when that names no file.
+std::string_view file_name(std::string_view name) {
+  name.remove_prefix(name.rfind('/') + 1);
+  return name == "." || name == ".." ? std::string_view() : name;
+}
+
+std::string why_not_received() {
+  return errno == ETIMEDOUT ? "nothing came for too long" : posix::error_words(errno);
+}
+
+class Selector {
+ public:
+  Selector(Selection& selection, const Wanted& wanted, int standard_input)
+      : selection_(selection),
+        patience_(wanted.patience),
+        room_(wanted.room),
+        standard_input_(standard_input) {}
+
+  /// The text itself, or what standard input delivers; none when it cannot be shared.
+  std::optional<std::string> text(const std::optional<std::string>& given, std::string_view what) {
+    if (!given) {
+      return std::nullopt;
+    }
+    auto text = given == kStandardInput ? text_from_input() : given;
+    if (!text) {
+      leave_out(what, list_ ? "standard input ends before it" : posix::error_words(errno));
+    } else if (text->size() > kLongestText) {
+      leave_out(what, "it is longer than 64 MiB");
+      text.reset();
+    } else if (!foundation::is_utf8(*text)) {
+      leave_out(what, "it is not UTF-8");
+      text.reset();
+    } else if (text->empty()) {
+      leave_out(what, "it is empty");
+      text.reset();
+    }
+    return text;
+  }
+
+  /// Takes the list on standard input; what it is for is left out when it cannot be had.
+  void read_list() {
+    constexpr std::size_t kLongestList = std::size_t{256} << 20;
+    auto bytes = receive_text(standard_input_, kLongestList + 1);
+    if (!bytes) {
+      leave_out(kList, posix::error_words(errno));
+    } else if (bytes->size() > kLongestList) {
+      leave_out(kList, "it is longer than 256 MiB");
+      bytes.reset();
+    } else if (bytes->empty()) {
+      leave_out(kList, "it is empty");
+    }
+    list_.emplace(std::move(bytes).value_or(""));
+  }
+
+  /// Adds what the list still holds.
+  void add_list() {
+    while (const auto part = list_ ? list_->next() : std::nullopt) {
+      add_named(*part);
+    }
+  }
+
+  void add(const Delivery& delivery) {
+    const posix::UniqueFd owner(delivery.descriptor);
+    // Whoever made the file may have left off at its end.
+    static_cast<void>(lseek(delivery.descriptor, 0, SEEK_SET));
+    const std::string_view name = file_name(delivery.name);
+    room_ -= add_received(name.empty() ? "an item without a name" : name,
+                          {delivery.descriptor, patience_, room_},
+                          {.media_type = delivery.media_type, .name = std::string(name)}, "item");
+  }
+
+  void add(const std::string& given) {
+    if (given == kStandardInput) {
+      add_standard_input();
+    } else {
+      add_named(given);
+    }
+  }
+
+ private:
+  std::optional<std::string> text_from_input() {
+    return list_ ? list_->next() : receive_text(standard_input_, kLongestText + 1);
+  }
+
+  void add_named(const std::string& given) {
+    if (const auto scheme = link_scheme(given); scheme == "data" && why_not_shareable(given)) {
+      add_data_url(given);
+    } else {
+      Intake intake = take_in(given);
+      if (!intake.url) {
+        leave_out(given, std::move(intake.refusal));
+        return;
+      }
+      add_url(given, intake.url);
+    }
+  }
+
+  void leave_out(std::string_view what, std::string why) {
+    selection_.left_out.push_back({std::string(what), std::move(why)});
+  }
+
+  void add_item(std::string_view given, std::string_view type, foundation::Value value) {
+    selection_.items.push_back(
+        std::make_shared<SharedItem>(std::string(given), type, std::move(value)));
+  }
+
+  void add_url(std::string_view given, const std::shared_ptr<NSURL>& url) {
+    add_item(given, url->isFileURL() ? platform::kUTTypeFileURL : platform::kUTTypeURL, url);
+  }
+
+  void add_image(std::string_view given, const std::string& bytes) {
+    add_item(given, platform::kUTTypeImage, Bytes(bytes.begin(), bytes.end()));
+  }
+
+  void add_standard_input() {
+    add_received("standard input", {standard_input_}, {}, "standard-input");
+  }
+
+  /// Answers how many bytes were taken.
+  std::size_t add_received(std::string_view given, const Source& source, const Delivery& known,
+                           std::string_view name_without_one) {
+    const auto received = receive(source);
+    const std::size_t held = received ? received->beginning.size() : 0;
+    if (held == 0) {
+      leave_out(given, received ? "it is empty" : why_not_received());
+      return 0;
+    }
+    if (known.name.empty() && received->is_whole && held <= source.most &&
+        begins_as_image(received->beginning)) {
+      add_image(given, received->beginning);
+      return held;
+    }
+    return add_bytes(
+        given, known.name.empty() ? name_without_one : known.name,
+        known.media_type.empty() ? media_type_of_bytes(received->beginning) : known.media_type,
+        *received, source);
+  }
+
+  void add_data_url(const std::string& given) {
+    constexpr std::size_t kShown = 40;
+    const std::string name = given.size() > kShown ? given.substr(0, kShown) + "..." : given;
+    auto data = read_data_url(given);
+    if (!data) {
+      leave_out(name, "the data: URL is damaged");
+    } else if (data->media_type.starts_with("image/") && begins_as_image(data->bytes)) {
+      add_image(name, data->bytes);
+    } else {
+      add_bytes(name, "data", data->media_type, {std::move(data->bytes), true}, {});
+    }
+  }
+
+  /// Bytes become a private file, which is then shared like any other. Answers how many they are.
+  std::size_t add_bytes(std::string_view given, std::string_view name, std::string_view media_type,
+                        const ReceivedBytes& bytes, const Source& source) {
+    if (!selection_.folder) {
+      selection_.folder = PrivateFolder::make();
+    }
+    if (!selection_.folder) {
+      leave_out(given, "no temporary folder: " + posix::error_words(errno));
+      return 0;
+    }
+    const bool has_extension = name.find('.') != std::string_view::npos;
+    std::string_view extension = has_extension ? "" : extension_of_media_type(media_type);
+    if (name.size() + 1 + extension.size() > NAME_MAX) {
+      extension = "";
+    }
+    std::string path;
+    const posix::UniqueFd file = selection_.folder->create(
+        std::string(name) + (extension.empty() ? "" : ".") + std::string(extension), path);
+    const auto size = file ? write_through(bytes, source, file.get()) : std::nullopt;
+    if (!size) {
+      leave_out(given, errno == EFBIG
+                           ? kNoRoom
+                           : "it cannot be kept in a temporary file: " + why_not_received());
+      unlink(path.c_str());  // what is there of it takes room until the share ends
+      return 0;
+    }
+    add_url(given, NSURL::file_url(path, false));
+    return *size;
+  }
+
+  Selection& selection_;
+  std::chrono::milliseconds patience_;
+  std::size_t room_;  ///< how many bytes may still be delivered
+  int standard_input_;
+  std::optional<ZeroEndedList> list_;
+};
+
+/// Browsers hand over a page's link, or its title, as its text once more; the draft says it once.
+void drop_repeated_text(Selection& selection) {
+  if (!selection.text) {
+    return;
+  }
+  const std::string_view text = foundation::trim(*selection.text);
+  const bool is_title = selection.title && text == foundation::trim(*selection.title);
+  const bool is_repeated = std::ranges::any_of(selection.items, [&](const auto& item) {
+    const bool is_link = item->type() == platform::kUTTypeURL;  // only then the title is shown
+    return is_link && (is_title || text == foundation::trim(item->given()));
+  });
+  if (is_repeated) {
+    selection.text.reset();
+  }
+}
+
+}  // namespace
+
+Selection select(const Wanted& wanted, int standard_input) {
+  Selection selection;
+  Selector selector(selection, wanted, standard_input);
+  if (wanted.has_list) {
+    selector.read_list();
+  }
+  selection.title = selector.text(wanted.title, "the title");
+  selection.text = selector.text(wanted.text, "the text");
+  selection.html = selector.text(wanted.html, "the HTML text");
+  for (const std::string& item : wanted.items) {
+    selector.add(item);
+  }
+  selector.add_list();
+  for (const Delivery& delivery : wanted.deliveries) {
+    selector.add(delivery);
+  }
+  drop_repeated_text(selection);
+  return selection;
+}
+
+}  // namespace quoll::share

@@ -1,0 +1,98 @@
+#include "apps/share/share_program.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include "apps/sandbox/confine.h"
+#include "apps/share/leave.h"
+#include "apps/share/print_workspace.h"
+#include "apps/share/run.h"
+#include "apps/share/turn.h"
+#include "apps/share/watched_desktop.h"
+#include "apps/share/watched_queue.h"
+#include "apps/share/watched_workspace.h"
+#include "quoll/container/group_container.h"
+#include "quoll/linux/gio/launcher.h"
+#include "quoll/linux/image_helper/images.h"
+#include "quoll/linux/posix/coordinator.h"
+#include "quoll/linux/posix/files.h"
+#include "quoll/linux/posix/program_bundle.h"
+#include "quoll/linux/posix/steady_clock.h"
+#include "quoll/linux/posix/system_log.h"
+#include "quoll/linux/posix/thread_pool.h"
+#include "quoll/linux/xml/styled_text.h"
+#include "quoll/platform/desktop.h"
+#include "quoll/share/share_view_controller.h"
+
+namespace quoll::share {
+
+namespace {
+
+/// What the share still needs once it is known what is shared.
+sandbox::Confinement needs_of(const Selection& selection, platform::NSFileManager& files,
+                              const std::string& image_helper) {
+  sandbox::Confinement needs;
+  for (const auto& item : selection.items) {
+    if (auto path = item->file_path()) {
+      needs.readable.push_back(std::move(*path));
+    }
+  }
+  // Asked for now, so that it is made while that is still allowed.
+  const auto container = files.containerURLForSecurityApplicationGroupIdentifier(
+      ExtensionUtilities::application_group);
+  if (const auto path = container ? container->file_system_path() : std::nullopt) {
+    needs.writable.push_back(*path);
+  }
+  needs.executable.push_back(image_helper);
+  return needs;
+}
+
+/// Tells what came of it, and ends the program.
+int end(Selection& selection, const Outcome& outcome, const WatchedWorkspace& opened,
+        const ShareSettings& settings) {
+  std::ostringstream told;
+  const ExitCode code = report(selection, outcome, opened, told);
+  settings.ended(code, told.str());
+  return leave(selection, code);
+}
+
+}  // namespace
+
+int run_share(const Wanted& wanted, const ShareSettings& settings) {
+  auto opened = std::make_shared<WatchedWorkspace>(
+      settings.print ? printer(STDOUT_FILENO)
+                     : gio::start_launcher({.urls = "quoll://compose?", .times = 1}));
+  // A reader that went away is an error of the write, to be reported like any other. Not before the
+  // launcher has started: the applications would inherit it.
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  Selection selection = select(wanted);
+  if (selection.empty()) {
+    return end(selection, {}, *opened, settings);
+  }
+  const auto files = posix::make_file_manager();
+  const auto background = std::make_shared<WatchedQueue>(posix::make_thread_pool());
+  const std::string image_helper = image_helper::helper_path();
+  platform::install({
+      .bundle =
+          posix::make_program_bundle("it.vorlent.quoll2.Quoll-Share", posix::information_file()),
+      .files = watched_files(files),
+      .coordinator = posix::coordinator_factory(),
+      .workspace = opened,
+      .notifications = nullptr,
+      .log = watched_log(posix::make_system_log("quoll-share"), settings.verbose),
+      .queue = background,
+      .clock = posix::make_clock(),
+      .images = image_helper::make_images(image_helper),
+      .styled_text = xml::make_styled_text(selection.html.has_value()),
+  });
+  sandbox::confine(needs_of(selection, *files, image_helper));
+  const Turn turn = take_turn();
+  const Outcome outcome = run<ShareViewController>(selection, *background, settings.progress);
+  return end(selection, outcome, *opened, settings);
+}
+
+}  // namespace quoll::share

@@ -1,0 +1,38 @@
+#include "apps/share/shared_item.h"
+
+#include <exception>
+
+#include "quoll/platform/log.h"
+#include "quoll/platform/queue.h"
+#include "quoll/platform/type_identifiers.h"
+
+namespace quoll::share {
+
+bool SharedItem::hasItemConformingToTypeIdentifier(std::string_view type) const {
+  return platform::type_conforms_to(type_, type);
+}
+
+void SharedItem::loadItemForTypeIdentifier(std::string_view /*type*/, CompletionHandler handler) {
+  state_ = State::kAsked;
+  platform::dispatch_async(
+      platform::QueuePriority::kDefault,
+      [self = shared_from_this(), handler = std::move(handler)] { self->answer(handler); });
+}
+
+void SharedItem::answer(const CompletionHandler& handler) {
+  state_ = State::kAnswering;
+  const Witness::Scope scope(witness_);
+  try {
+    handler(value_, std::nullopt);
+  } catch (const std::exception& exception) {
+    platform::log("loadItemForTypeIdentifier %@", exception.what());
+  }
+  state_ = State::kAnswered;
+}
+
+std::optional<std::string> SharedItem::file_path() const {
+  const auto url = value_.as<foundation::NSURL>();
+  return url && url->isFileURL() ? url->file_system_path() : std::nullopt;
+}
+
+}  // namespace quoll::share

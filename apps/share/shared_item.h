@@ -1,0 +1,51 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "apps/share/witness.h"
+#include "quoll/foundation/nsurl.h"
+#include "quoll/foundation/value.h"
+#include "quoll/platform/extension_host.h"
+
+namespace quoll::share {
+
+/// One item of a share, as the extension asks for it: a file or a link (an `NSURL`), or the bytes
+/// of an image. It answers on the default queue, so that several are copied at a time, and
+/// remembers what came of it. Held by `std::shared_ptr`; any thread may call.
+class SharedItem final : public platform::NSItemProvider,
+                         public std::enable_shared_from_this<SharedItem> {
+ public:
+  enum class State { kNotAsked, kAsked, kAnswering, kAnswered };
+
+  /// `given` is what the user called it.
+  SharedItem(std::string given, std::string_view type, foundation::Value value)
+      : given_(std::move(given)), type_(type), value_(std::move(value)) {}
+
+  [[nodiscard]] bool hasItemConformingToTypeIdentifier(std::string_view type) const override;
+  void loadItemForTypeIdentifier(std::string_view type, CompletionHandler handler) override;
+
+  [[nodiscard]] const std::string& given() const { return given_; }
+  [[nodiscard]] const std::string& type() const { return type_; }
+  [[nodiscard]] const foundation::Value& value() const { return value_; }
+  /// The path of a file; none for anything else.
+  [[nodiscard]] std::optional<std::string> file_path() const;
+
+  [[nodiscard]] State state() const { return state_; }
+  /// What was logged and written while the extension worked on the item.
+  [[nodiscard]] const Witness& witness() const { return witness_; }
+
+ private:
+  void answer(const CompletionHandler& handler);
+
+  std::string given_;
+  std::string type_;
+  foundation::Value value_;
+  std::atomic<State> state_ = State::kNotAsked;
+  Witness witness_;
+};
+
+}  // namespace quoll::share

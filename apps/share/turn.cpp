@@ -1,0 +1,70 @@
+#include "apps/share/turn.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+
+#include "quoll/container/group_container.h"
+#include "quoll/foundation/path.h"
+
+namespace quoll::share {
+
+namespace {
+
+/// The lock file, made when it is not there yet; it is never deleted, or two hosts could each hold
+/// a lock on a file of that name.
+posix::UniqueFd lock_file() {
+  const auto container = ExtensionUtilities::GroupPath();
+  const auto path = container ? container->file_system_path() : std::nullopt;
+  if (!path) {
+    return posix::UniqueFd();
+  }
+  const std::string folder = foundation::appending_path_component(*path, ".locks");
+  mkdir(folder.c_str(), 0700);  // it may exist; what else goes wrong shows at the next step
+  const std::string name = foundation::appending_path_component(folder, "turn");
+  posix::UniqueFd file(open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+  if (!file) {
+    file = posix::UniqueFd(open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+  }
+  return file;
+}
+
+bool try_for_a_second(int file) {
+  constexpr int kTries = 20;
+  constexpr useconds_t kPause = 50'000;
+  for (int i = 0; i < kTries; ++i) {
+    if (flock(file, LOCK_EX | LOCK_NB) == 0) {
+      return true;
+    }
+    usleep(kPause);
+  }
+  return false;
+}
+
+bool lock(int file) {
+  if (isatty(STDERR_FILENO) == 1) {
+    if (try_for_a_second(file)) {
+      return true;
+    }
+    static_cast<void>(posix::write_all(STDERR_FILENO, "waiting for another share to finish\n"));
+  }
+  while (flock(file, LOCK_EX) != 0) {
+    if (errno != EINTR) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+Turn take_turn() {
+  posix::UniqueFd file = lock_file();
+  return file && lock(file.get()) ? Turn(std::move(file)) : Turn();
+}
+
+}  // namespace quoll::share

@@ -1,0 +1,31 @@
+#include "quoll/container/property_list_files.h"
+
+#include <optional>
+
+#include "quoll/foundation/property_list.h"
+#include "quoll/platform/files.h"
+
+namespace quoll::container {
+
+namespace {
+
+/// The root of the document at the URL, null when there is none.
+foundation::Value root_of(const std::shared_ptr<foundation::NSURL>& url) {
+  const auto path = url && url->isFileURL() ? url->file_system_path() : std::nullopt;
+  if (!path) {
+    return {};
+  }
+  std::optional<foundation::Error> ignored;
+  const auto contents = platform::NSFileManager::defaultManager()->contentsAtPath(*path, ignored);
+  return contents ? foundation::read_property_list(*contents).value_or(foundation::Value())
+                  : foundation::Value();
+}
+
+}  // namespace
+
+std::shared_ptr<foundation::List> array_with_contents_of_url(
+    const std::shared_ptr<foundation::NSURL>& url) {
+  return root_of(url).as_list();
+}
+
+}  // namespace quoll::container

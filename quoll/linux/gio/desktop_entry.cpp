@@ -1,0 +1,89 @@
+#include "quoll/linux/gio/desktop_entry.h"
+
+#include <fcntl.h>
+
+#include "quoll/linux/gio/exec_line.h"
+#include "quoll/linux/posix/unique_fd.h"
+
+namespace quoll::gio {
+namespace {
+
+// The library offers an entry that names a bus service to that service and looks no further, even
+// when nobody provides it. Without the key, and without a file, it runs the `Exec` line.
+EntryHandle startable(GDesktopAppInfo* entry, const std::vector<std::string>& arguments) {
+  constexpr const char* kGroup = G_KEY_FILE_DESKTOP_GROUP;
+  const KeyFileHandle file(g_key_file_new());
+  const char* path = g_desktop_app_info_get_filename(entry);
+  if (path == nullptr ||
+      g_key_file_load_from_file(file.get(), path, G_KEY_FILE_NONE, nullptr) == FALSE) {
+    return nullptr;
+  }
+  g_key_file_remove_key(file.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_DBUS_ACTIVATABLE, nullptr);
+  if (!arguments.empty()) {
+    const TextHandle exec(
+        g_key_file_get_string(file.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_EXEC, nullptr));
+    const std::string line = exec_line_with(exec ? exec.get() : "", arguments);
+    g_key_file_set_string(file.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_EXEC, line.c_str());
+  }
+  return EntryHandle(g_desktop_app_info_new_from_keyfile(file.get()));
+}
+
+void pass_token(GAppLaunchContext* context, const char* variable, const std::string& token) {
+  if (token.empty()) {
+    g_app_launch_context_unsetenv(context, variable);
+  } else {
+    g_app_launch_context_setenv(context, variable, token.c_str());
+  }
+}
+
+}  // namespace
+
+Failure start_program(GDesktopAppInfo* entry, const ProgramStart& start, pid_t* process) {
+  const EntryHandle program = startable(entry, start.arguments);
+  if (!program) {
+    return std::string("the entry ") + g_app_info_get_id(G_APP_INFO(entry)) + " cannot be used";
+  }
+  const ObjectHandle<GAppLaunchContext> context(g_app_launch_context_new());
+  pass_token(context.get(), "XDG_ACTIVATION_TOKEN", start.tokens.activation);
+  pass_token(context.get(), "DESKTOP_STARTUP_ID", start.tokens.startup);
+  GList* list = nullptr;
+  for (const std::string& uri : start.uris) {
+    list = g_list_prepend(list, const_cast<char*>(uri.c_str()));
+  }
+  list = g_list_reverse(list);
+  const posix::UniqueFd nothing(open("/dev/null", O_RDWR | O_CLOEXEC));
+  const auto keep_process = [](GDesktopAppInfo* /*entry*/, GPid pid, gpointer kept) {
+    if (kept != nullptr) {
+      *static_cast<pid_t*>(kept) = pid;
+    }
+  };
+  const int flags = process != nullptr ? G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD
+                                       : static_cast<int>(G_SPAWN_SEARCH_PATH);
+  ErrorSlot error;
+  const bool started =
+      g_desktop_app_info_launch_uris_as_manager_with_fds(
+          program.get(), list, context.get(), static_cast<GSpawnFlags>(flags), nullptr, nullptr,
+          keep_process, process, nothing.get(), nothing.get(), nothing.get(), error.out()) != FALSE;
+  g_list_free(list);
+  if (started) {
+    return std::nullopt;
+  }
+  if (error.is(G_SPAWN_ERROR, G_SPAWN_ERROR_TOO_BIG)) {
+    return start.arguments.empty()
+               ? "the URLs are too long for a command line, which takes 131071 bytes each"
+               : "its command line would be too long";
+  }
+  return std::string(g_app_info_get_name(G_APP_INFO(entry))) +
+         " could not be started: " + error.message();
+}
+
+bool entry_exists(const std::string& application) {
+  const KeyFileHandle file(g_key_file_new());
+  const std::string name = "applications/" + application + ".desktop";
+  ErrorSlot error;
+  return g_key_file_load_from_data_dirs(file.get(), name.c_str(), nullptr, G_KEY_FILE_NONE,
+                                        error.out()) != FALSE ||
+         !error.is(G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_NOT_FOUND);
+}
+
+}  // namespace quoll::gio

@@ -1,0 +1,105 @@
+#include "quoll/linux/gio/fields.h"
+
+#include <sys/socket.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace quoll::gio {
+namespace {
+
+// Both sides are one binary, so a length travels as the machine writes it.
+using Length = std::uint32_t;
+// What a bus message carries, and a little for what goes with it.
+constexpr Length kLargestList = 65U << 20U;
+// No more than that many of the shortest URLs fit into a bus message.
+constexpr std::size_t kMostFields = (std::size_t{64} << 20U) / 16;
+
+bool send_all(int socket, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t sent = send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    if (sent < 0 && errno != EINTR) {
+      return false;
+    }
+    bytes.remove_prefix(sent < 0 ? 0 : static_cast<std::size_t>(sent));
+  }
+  return true;
+}
+
+bool receive_all(int socket, char* into, std::size_t size) {
+  while (size > 0) {
+    const ssize_t received = recv(socket, into, size, 0);
+    if (received == 0 || (received < 0 && errno != EINTR)) {
+      return false;
+    }
+    const auto got = received < 0 ? 0 : static_cast<std::size_t>(received);
+    into += got;
+    size -= got;
+  }
+  return true;
+}
+
+void append_length(std::string& out, std::size_t length) {
+  std::array<char, sizeof(Length)> bytes{};
+  const auto narrow = static_cast<Length>(length);
+  std::memcpy(bytes.data(), &narrow, bytes.size());
+  out.append(bytes.data(), bytes.size());
+}
+
+std::optional<Length> take_length(std::string_view& bytes) {
+  Length length = 0;
+  if (bytes.size() < sizeof(length)) {
+    return std::nullopt;
+  }
+  std::memcpy(&length, bytes.data(), sizeof(length));
+  bytes.remove_prefix(sizeof(length));
+  return length;
+}
+
+}  // namespace
+
+bool send_fields(int socket, const std::vector<std::string>& fields) {
+  std::string list;
+  for (const auto& field : fields) {
+    append_length(list, field.size());
+    list += field;
+    if (list.size() > kLargestList) {
+      return false;
+    }
+  }
+  std::string head;
+  append_length(head, list.size());
+  return send_all(socket, head) && send_all(socket, list);
+}
+
+std::optional<std::vector<std::string>> receive_fields(int socket) {
+  std::string head(sizeof(Length), '\0');
+  if (!receive_all(socket, head.data(), head.size())) {
+    return std::nullopt;
+  }
+  std::string_view head_left = head;
+  const Length size = *take_length(head_left);
+  if (size > kLargestList) {
+    return std::nullopt;
+  }
+  std::string list(size, '\0');
+  if (!receive_all(socket, list.data(), list.size())) {
+    return std::nullopt;
+  }
+  std::vector<std::string> fields;
+  std::string_view left = list;
+  while (!left.empty()) {
+    const auto length = take_length(left);
+    if (!length || *length > left.size() || fields.size() == kMostFields) {
+      return std::nullopt;
+    }
+    fields.emplace_back(left.substr(0, *length));
+    left.remove_prefix(*length);
+  }
+  return fields;
+}
+
+}  // namespace quoll::gio

@@ -1,0 +1,192 @@
+#include "quoll/linux/gio/launcher.h"
+
+#include <fcntl.h>
+#include <gio/gio.h>
+#include <glib-unix.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <mutex>
+#include <utility>
+
+#include "quoll/linux/gio/fields.h"
+#include "quoll/linux/gio/opener.h"
+#include "quoll/linux/posix/unique_fd.h"
+#include "quoll/platform/log.h"
+
+namespace quoll::gio {
+namespace {
+
+constexpr unsigned kWithoutActivation = 512;
+constexpr unsigned kFirstOther = STDERR_FILENO + 1;  // the first descriptor that is no standard one
+constexpr const char* kTaken = "taken";
+constexpr const char* kNotTaken = "not taken";
+
+/// The side of the program: sends requests, one at a time, and waits for the answers.
+class Launcher final : public platform::NSWorkspace {
+ public:
+  Launcher(pid_t process, posix::UniqueFd socket) : process_(process), socket_(std::move(socket)) {}
+  ~Launcher() override {
+    socket_.reset();
+    while (process_ > 0 && waitpid(process_, nullptr, 0) < 0 && errno == EINTR) {
+    }
+  }
+
+  bool openURLs(const std::vector<std::shared_ptr<foundation::NSURL>>& urls,
+                std::string_view application, unsigned options) override {
+    OpenRequest request{.application = std::string(application),
+                        .background = (options & kWithoutActivation) != 0,
+                        .urls = {}};
+    for (const auto& url : urls) {
+      request.urls.push_back(url ? url->absoluteString() : std::string());
+    }
+    const Failure failure = ask(request);
+    if (failure) {
+      platform::log("openURLs %@", *failure);
+    }
+    return !failure;
+  }
+
+ private:
+  Failure ask(const OpenRequest& request) {
+    if (auto failure = refusal(request)) {
+      return failure;
+    }
+    const std::lock_guard lock(mutex_);
+    if (process_ < 0) {
+      return "the launcher could not be started";
+    }
+    if (!send_fields(socket_.get(), request.fields())) {
+      return "the launcher has ended";
+    }
+    const auto answer = receive_fields(socket_.get());
+    if (!answer || answer->size() != 2) {
+      return "the launcher has ended";
+    }
+    return answer->front() == kTaken ? Failure() : answer->back();
+  }
+
+  std::mutex mutex_;
+  pid_t process_;
+  posix::UniqueFd socket_;
+};
+
+// A program may be started with its standard descriptors closed; what is opened then takes their
+// numbers, and would be read as standard input.
+posix::UniqueFd no_standard_one(posix::UniqueFd fd) {
+  if (fd.get() >= static_cast<int>(kFirstOther)) {
+    return fd;
+  }
+  return posix::UniqueFd(fcntl(fd.get(), F_DUPFD_CLOEXEC, kFirstOther));
+}
+
+// The program's own terminal, pipes and files stay the program's: whoever waits for the end of one
+// of them does not wait for the launcher. Standard error stays, for what the libraries may say.
+void leave_the_program(int socket) {
+  setsid();  // so Ctrl-C in the terminal ends neither a hand-over under way nor the application
+  for (const int number : {SIGCHLD, SIGPIPE, SIGINT, SIGTERM, SIGHUP}) {
+    std::signal(number, SIG_DFL);
+  }
+  const int nothing = open("/dev/null", O_RDWR);
+  for (const int number : {STDIN_FILENO, STDOUT_FILENO}) {
+    dup2(nothing, number);
+  }
+  const auto keep = static_cast<unsigned>(socket);
+  if (keep > kFirstOther) {
+    close_range(kFirstOther, keep - 1, 0);
+  }
+  close_range(keep + 1, ~0U, 0);
+}
+
+// Nothing but local files and the bus is needed, so the desktop's modules, for remote files above
+// all, are not loaded; a program that is started later must not inherit that choice.
+void load_no_modules() {
+  constexpr const char* kWhere = "GIO_MODULE_DIR";
+  if (std::getenv(kWhere) == nullptr) {
+    setenv(kWhere, "/dev/null", 1);
+    g_vfs_get_default();
+    unsetenv(kWhere);
+  }
+}
+
+// Lets the bus connect while the program is not asking yet.
+void wait_for_input(int socket) {
+  bool readable = false;
+  const guint watch = g_unix_fd_add(
+      socket, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR),
+      [](int, GIOCondition, gpointer flag) -> gboolean {
+        *static_cast<bool*>(flag) = true;
+        return G_SOURCE_CONTINUE;
+      },
+      &readable);
+  while (!readable) {
+    g_main_context_iteration(nullptr, TRUE);
+  }
+  g_source_remove(watch);
+}
+
+// The asking program may be in other hands by now.
+Failure not_openable(const OpenRequest& request, const Openable& openable) {
+  if (!request.application.starts_with(openable.applications)) {
+    return "\"" + request.application + "\" is not the mail application";
+  }
+  const bool all_known = std::ranges::all_of(
+      request.urls, [&](const std::string& url) { return url.starts_with(openable.urls); });
+  if (!all_known) {
+    return "a URL does not begin with " + openable.urls;
+  }
+  return openable.times == 0 ? Failure("it has been asked too often") : std::nullopt;
+}
+
+[[noreturn]] void serve(int socket, ActivationTokens tokens, Openable openable,
+                        std::chrono::milliseconds time_out) {
+  leave_the_program(socket);
+  load_no_modules();
+  Opener opener(std::move(tokens), time_out);
+  for (;;) {
+    wait_for_input(socket);
+    auto fields = receive_fields(socket);
+    const auto request = fields ? OpenRequest::from_fields(std::move(*fields)) : std::nullopt;
+    if (!request) {
+      break;
+    }
+    Failure failure = not_openable(*request, openable);
+    if (!failure) {
+      --openable.times;
+      failure = opener.open(*request);
+    }
+    if (!send_fields(socket, {failure ? kNotTaken : kTaken, failure.value_or("")})) {
+      break;
+    }
+  }
+  _exit(0);  // what the program registered for its own end is not the launcher's
+}
+
+}  // namespace
+
+std::shared_ptr<platform::NSWorkspace> start_launcher(Openable openable,
+                                                      std::chrono::milliseconds time_out) {
+  ActivationTokens tokens = take_activation_tokens();
+  int ends[2] = {-1, -1};
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+    return std::make_shared<Launcher>(-1, posix::UniqueFd());
+  }
+  posix::UniqueFd program_end = no_standard_one(posix::UniqueFd(ends[0]));
+  const posix::UniqueFd launcher_end = no_standard_one(posix::UniqueFd(ends[1]));
+  if (!program_end || !launcher_end) {
+    return std::make_shared<Launcher>(-1, posix::UniqueFd());
+  }
+  const pid_t process = fork();
+  if (process == 0) {
+    program_end.reset();
+    serve(launcher_end.get(), std::move(tokens), std::move(openable), time_out);
+  }
+  return std::make_shared<Launcher>(process, std::move(program_end));
+}
+
+}  // namespace quoll::gio

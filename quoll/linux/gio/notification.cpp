@@ -1,0 +1,54 @@
+#include "quoll/linux/gio/notification.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "quoll/linux/gio/handles.h"
+#include "quoll/linux/gio/session_bus.h"
+
+namespace quoll::gio {
+
+namespace {
+
+constexpr const char* kName = "org.freedesktop.Notifications";
+constexpr const char* kPath = "/org/freedesktop/Notifications";
+
+GVariant* parameters(const std::string& summary, const std::string& body) {
+  constexpr std::uint32_t kNew = 0;        // takes no other one's place
+  constexpr std::int32_t kUsualTime = -1;  // how long it stays is the desktop's choice
+  // Some desktops read markup in it.
+  const TextHandle plain(g_markup_escape_text(body.data(), static_cast<gssize>(body.size())));
+  return g_variant_new("(susssasa{sv}i)", "Quoll", kNew, "mail-message-new", summary.c_str(),
+                       plain.get(), nullptr, nullptr, kUsualTime);
+}
+
+/// Until then the call keeps the connection, which nobody else may hold.
+void sent(GObject* bus, GAsyncResult* result, gpointer /*data*/) {
+  const VariantHandle reply(g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, nullptr));
+}
+
+}  // namespace
+
+bool show_notification(const std::string& summary, const std::string& body,
+                       std::chrono::milliseconds time_out) {
+  const auto deadline = std::chrono::steady_clock::now() + time_out;
+  SessionBus session;
+  GDBusConnection* const bus = session.connection(deadline);
+  if (bus == nullptr) {
+    return false;
+  }
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+      deadline - std::chrono::steady_clock::now());
+  const VariantHandle reply(g_dbus_connection_call_sync(
+      bus, kName, kPath, kName, "Notify", parameters(summary, body), nullptr,
+      G_DBUS_CALL_FLAGS_NONE, static_cast<int>(std::max<std::int64_t>(left.count(), 1)), nullptr,
+      nullptr));
+  return reply != nullptr;
+}
+
+void send_notification(GDBusConnection* bus, const std::string& summary, const std::string& body) {
+  g_dbus_connection_call(bus, kName, kPath, kName, "Notify", parameters(summary, body), nullptr,
+                         G_DBUS_CALL_FLAGS_NONE, -1, nullptr, sent, nullptr);
+}
+
+}  // namespace quoll::gio

@@ -1,0 +1,55 @@
+#include "quoll/linux/gio/open_request.h"
+
+#include <cstddef>
+#include <iterator>
+
+#include "quoll/foundation/text.h"
+
+namespace quoll::gio {
+namespace {
+
+// A list inside a bus message holds at most 64 MiB; each text in it is preceded by its length, ends
+// in a zero byte and is aligned to four bytes.
+constexpr std::size_t kLargestBusList = std::size_t{64} << 20U;
+constexpr std::size_t kBytesAroundAText = 4 + 1 + 3;
+
+constexpr const char* kBackground = "background";
+constexpr const char* kForeground = "foreground";
+
+}  // namespace
+
+std::vector<std::string> OpenRequest::fields() const {
+  std::vector<std::string> fields{application, background ? kBackground : kForeground};
+  fields.insert(fields.end(), urls.begin(), urls.end());
+  return fields;
+}
+
+std::optional<OpenRequest> OpenRequest::from_fields(std::vector<std::string> fields) {
+  if (fields.size() < 2) {
+    return std::nullopt;
+  }
+  return OpenRequest{
+      .application = std::move(fields[0]),
+      .background = fields[1] == kBackground,
+      .urls = {std::make_move_iterator(fields.begin() + 2), std::make_move_iterator(fields.end())}};
+}
+
+Failure refusal(const OpenRequest& request) {
+  if (request.urls.empty()) {
+    return "there is nothing to open";
+  }
+  std::size_t size = 0;
+  for (const auto& url : request.urls) {
+    if (url.empty() || url.find('\0') != std::string::npos || !foundation::is_utf8(url)) {
+      return "a URL is empty, is not UTF-8 or holds a zero byte";
+    }
+    size += url.size() + kBytesAroundAText;
+  }
+  if (size >= kLargestBusList) {
+    return "the URLs are too long: " + std::to_string(size) + " bytes, and fewer than " +
+           std::to_string(kLargestBusList) + " can be handed over";
+  }
+  return std::nullopt;
+}
+
+}  // namespace quoll::gio

@@ -1,0 +1,155 @@
+#include "quoll/linux/gio/opener.h"
+
+#include <algorithm>
+
+#include "quoll/linux/gio/desktop_entry.h"
+
+namespace quoll::gio {
+namespace {
+
+using std::chrono::milliseconds;
+
+std::string duration_text(milliseconds duration) {
+  const auto count = duration.count();
+  return count % 1000 == 0 ? std::to_string(count / 1000) + " s" : std::to_string(count) + " ms";
+}
+
+GVariant* open_parameters(const OpenRequest& request, const ActivationTokens& tokens) {
+  GVariantBuilder uris;
+  g_variant_builder_init(&uris, G_VARIANT_TYPE("as"));
+  for (const auto& url : request.urls) {
+    g_variant_builder_add(&uris, "s", url.c_str());
+  }
+  GVariantBuilder platform_data;
+  g_variant_builder_init(&platform_data, G_VARIANT_TYPE("a{sv}"));
+  const auto add = [&](const char* key, const std::string& token) {
+    if (!token.empty() && !request.background) {
+      g_variant_builder_add(&platform_data, "{sv}", key, g_variant_new_string(token.c_str()));
+    }
+  };
+  add("activation-token", tokens.activation);
+  add("desktop-startup-id", tokens.startup);
+  return g_variant_new("(asa{sv})", &uris, &platform_data);
+}
+
+// Nobody has the name and the bus can start nobody, or who has it does not speak this interface.
+bool says_nobody_there(const ErrorSlot& error) {
+  constexpr GDBusError codes[] = {G_DBUS_ERROR_SERVICE_UNKNOWN, G_DBUS_ERROR_NAME_HAS_NO_OWNER,
+                                  G_DBUS_ERROR_UNKNOWN_METHOD, G_DBUS_ERROR_UNKNOWN_OBJECT,
+                                  G_DBUS_ERROR_UNKNOWN_INTERFACE};
+  return std::ranges::any_of(codes, [&](GDBusError code) { return error.is(G_DBUS_ERROR, code); });
+}
+
+bool says_not_started(const ErrorSlot& error) {
+  const GError* held = error.get();
+  return held != nullptr && held->domain == G_DBUS_ERROR &&
+         held->code >= G_DBUS_ERROR_SPAWN_EXEC_FAILED && held->code <= G_DBUS_ERROR_SPAWN_NO_MEMORY;
+}
+
+bool says_time_out(const ErrorSlot& error) {
+  return error.is(G_IO_ERROR, G_IO_ERROR_TIMED_OUT) ||
+         error.is(G_DBUS_ERROR, G_DBUS_ERROR_TIMED_OUT) ||
+         error.is(G_DBUS_ERROR, G_DBUS_ERROR_TIMEOUT);
+}
+
+bool is_application_name(const std::string& name) {
+  return g_dbus_is_name(name.c_str()) != FALSE && g_dbus_is_unique_name(name.c_str()) == FALSE &&
+         name.find('\0') == std::string::npos;
+}
+
+}  // namespace
+
+std::string object_path(const std::string& application) {
+  std::string path = "/" + application;
+  std::ranges::replace(path, '.', '/');
+  std::ranges::replace(path, '-', '_');
+  return path;
+}
+
+Opener::Opener(ActivationTokens tokens, milliseconds time_out)
+    : tokens_(std::move(tokens)), time_out_(time_out) {}
+
+Failure Opener::open(const OpenRequest& request) {
+  if (auto failure = refusal(request)) {
+    return failure;
+  }
+  if (!is_application_name(request.application)) {
+    return "no application can have the identifier \"" + request.application + "\"";
+  }
+  const auto deadline = std::chrono::steady_clock::now() + time_out_;
+  GDBusConnection* connection = bus_.connection(deadline);
+  if (connection == nullptr) {
+    return open_by_entry(request, "there is no session bus: " + bus_.reason());
+  }
+  std::string reason;
+  switch (open_by_bus(connection, request, deadline, reason)) {
+    case BusAnswer::kTaken:
+      return std::nullopt;
+    case BusAnswer::kFailed:
+      return reason;
+    case BusAnswer::kNobodyThere:
+      break;
+  }
+  return open_by_entry(request, {});
+}
+
+Opener::BusAnswer Opener::open_by_bus(GDBusConnection* connection, const OpenRequest& request,
+                                      std::chrono::steady_clock::time_point deadline,
+                                      std::string& reason) const {
+  const auto left =
+      std::chrono::duration_cast<milliseconds>(deadline - std::chrono::steady_clock::now());
+  ErrorSlot error;
+  const VariantHandle reply(g_dbus_connection_call_sync(
+      connection, request.application.c_str(), object_path(request.application).c_str(),
+      "org.freedesktop.Application", "Open", open_parameters(request, tokens_), nullptr,
+      G_DBUS_CALL_FLAGS_NONE, static_cast<int>(std::max<std::int64_t>(left.count(), 1)), nullptr,
+      error.out()));
+  if (reply) {
+    return BusAnswer::kTaken;
+  }
+  if (says_nobody_there(error)) {
+    return BusAnswer::kNobodyThere;
+  }
+  reason = in_words(error, request.application);
+  return BusAnswer::kFailed;
+}
+
+std::string Opener::in_words(const ErrorSlot& error, const std::string& application) const {
+  if (says_time_out(error)) {
+    return application + " did not answer within " + duration_text(time_out_);
+  }
+  if (error.is(G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY)) {
+    return application + " ended before it had taken the URLs";
+  }
+  if (error.is(G_IO_ERROR, G_IO_ERROR_CLOSED)) {
+    return "the session bus has ended";
+  }
+  const bool remote = g_dbus_error_is_remote_error(error.get()) != FALSE;
+  g_dbus_error_strip_remote_error(error.get());
+  if (says_not_started(error)) {
+    return application + " could not be started: " + error.message();
+  }
+  return remote ? application + " did not take the URLs: " + error.message()
+                : application + " could not be asked: " + error.message();
+}
+
+Failure Opener::open_by_entry(const OpenRequest& request, const std::string& bus_reason) {
+  const EntryHandle entry(g_desktop_app_info_new((request.application + ".desktop").c_str()));
+  if (!entry) {
+    const std::string why = bus_reason.empty() ? "" : " (" + bus_reason + ")";
+    if (entry_exists(request.application)) {
+      return request.application + ".desktop is damaged, or its program is missing" + why +
+             "; install the application again";
+    }
+    return "no application answers to " + request.application + why +
+           "; install the mail application or quoll-compose";
+  }
+  if (g_app_info_supports_uris(G_APP_INFO(entry.get())) == FALSE) {
+    return request.application + ".desktop takes no URLs";
+  }
+  return start_program(entry.get(), {.uris = request.urls,
+                                     .arguments = {},
+                                     .tokens = request.background ? ActivationTokens{} : tokens_});
+}
+
+}  // namespace quoll::gio

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include "quoll/linux/gio/handles.h"
+
+namespace quoll::gio {
+
+/// The session bus of a process that runs the default main context on this thread. It begins to
+/// connect when it is made and lives as long as the process.
+class SessionBus {
+ public:
+  SessionBus();
+  SessionBus(const SessionBus&) = delete;
+  SessionBus& operator=(const SessionBus&) = delete;
+  ~SessionBus() = default;
+
+  /// The connection, waited for until `deadline`; null when there is none, and `reason` says why.
+  [[nodiscard]] GDBusConnection* connection(std::chrono::steady_clock::time_point deadline);
+  [[nodiscard]] const std::string& reason() const { return reason_; }
+
+ private:
+  static void connected(GObject* source, GAsyncResult* result, gpointer self);
+
+  bool connecting_ = true;
+  ObjectHandle<GDBusConnection> connection_;
+  std::string reason_;
+};
+
+/// Runs the default main context until `done` answers true or `deadline` has passed.
+template <typename Done>
+void run_main_context_until(std::chrono::steady_clock::time_point deadline, const Done& done) {
+  using std::chrono::milliseconds;
+  const auto left =
+      std::chrono::duration_cast<milliseconds>(deadline - std::chrono::steady_clock::now());
+  bool late = left <= milliseconds::zero();
+  const guint alarm = late ? 0
+                           : g_timeout_add(
+                                 static_cast<guint>(left.count()),
+                                 [](gpointer flag) -> gboolean {
+                                   *static_cast<bool*>(flag) = true;
+                                   return G_SOURCE_CONTINUE;
+                                 },
+                                 &late);
+  while (!done() && !late) {
+    g_main_context_iteration(nullptr, TRUE);
+  }
+  if (alarm != 0) {
+    g_source_remove(alarm);
+  }
+}
+
+}  // namespace quoll::gio

@@ -1,0 +1,29 @@
+#include "quoll/linux/icu/wall_clock.h"
+
+#include <ctime>
+
+#include <cmath>
+
+namespace quoll::icu {
+
+WallClock::WallClock(std::optional<int> seconds_from_gmt) : fixed_(seconds_from_gmt) {
+  if (!fixed_) {
+    ::tzset();
+  }
+}
+
+int WallClock::offset_at(double moment) const {
+  if (fixed_) {
+    return *fixed_;
+  }
+  const auto seconds = static_cast<std::time_t>(std::floor(moment));
+  std::tm fields{};
+  return ::localtime_r(&seconds, &fields) != nullptr ? static_cast<int>(fields.tm_gmtoff) : 0;
+}
+
+double WallClock::moment_of(double shown) const {
+  // The offset at about that moment, and then the one that really holds there.
+  return shown - offset_at(shown - offset_at(shown));
+}
+
+}  // namespace quoll::icu

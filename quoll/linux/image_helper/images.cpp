@@ -1,0 +1,100 @@
+#include "quoll/linux/image_helper/images.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <utility>
+
+#include "quoll/linux/image_helper/answers.h"
+#include "quoll/linux/image_helper/descriptors.h"
+#include "quoll/linux/image_helper/helper_process.h"
+#include "quoll/platform/log.h"
+
+namespace quoll::image_helper {
+
+namespace {
+
+using foundation::Bytes;
+using platform::BitmapImageFileType;
+
+/// How long a result may be, in bytes.
+struct Lengths {
+  std::uint64_t shortest;
+  std::uint64_t longest;
+};
+constexpr Lengths kOfASize{sizeof(SizeAnswer), sizeof(SizeAnswer)};
+constexpr Lengths kOfAFile{1, kLongestResult};
+
+/// What the helper gave, when it is whole and as long as it should be.
+std::optional<Bytes> read_result(const Descriptor& file, const Lengths& lengths) {
+  struct stat status = {};
+  if (!is_sealed(file.get()) || fstat(file.get(), &status) != 0 || status.st_size < 0) {
+    return std::nullopt;
+  }
+  const auto length = static_cast<std::uint64_t>(status.st_size);
+  if (length < lengths.shortest || length > lengths.longest) {
+    return std::nullopt;
+  }
+  const Mapping result(file.get(), length);
+  if (!result.good()) {
+    return std::nullopt;
+  }
+  return Bytes(result.bytes().begin(), result.bytes().end());
+}
+
+class HelperImages final : public platform::Images {
+ public:
+  HelperImages(std::string helper, std::chrono::milliseconds time_limit)
+      : helper_(std::move(helper)), time_limit_(time_limit) {}
+
+  std::optional<Size> size(const Bytes& file) override {
+    SizeAnswer size;
+    const std::optional<Bytes> answer = ask("size", file, kOfASize);
+    if (!answer) {
+      return std::nullopt;
+    }
+    std::memcpy(&size, answer->data(), sizeof size);
+    return Size{size.width, size.height};
+  }
+
+  std::optional<Bytes> convert(const Bytes& file, BitmapImageFileType type) override {
+    return ask(type == BitmapImageFileType::NSBitmapImageFileTypePNG ? "png" : "tiff", file,
+               kOfAFile);
+  }
+
+ private:
+  /// The helper's answer; else nothing, and a line in the log.
+  std::optional<Bytes> ask(const char* wanted, const Bytes& file, const Lengths& lengths) {
+    const Descriptor in = make_memory_file();
+    const Descriptor out = make_memory_file();
+    if (!in.good() || !out.good() || !fill_and_seal(in, file)) {
+      platform::log("image: %@", std::strerror(errno));
+      return std::nullopt;
+    }
+    const Outcome outcome = run_helper(helper_, wanted, in.get(), out.get(), time_limit_);
+    if (!outcome.ended_well) {
+      platform::log("image: %@", outcome.reason);
+      return std::nullopt;
+    }
+    std::optional<Bytes> result = read_result(out, lengths);
+    if (!result) {
+      platform::log("image: %@", "the helper gave no whole result");
+    }
+    return result;
+  }
+
+  const std::string helper_;
+  const std::chrono::milliseconds time_limit_;
+};
+
+}  // namespace
+
+std::shared_ptr<platform::Images> make_images(std::string helper,
+                                              std::chrono::milliseconds time_limit) {
+  return std::make_shared<HelperImages>(std::move(helper), time_limit);
+}
+
+}  // namespace quoll::image_helper

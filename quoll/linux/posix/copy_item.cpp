@@ -1,0 +1,340 @@
+#include "quoll/linux/posix/copy_item.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <climits>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "quoll/foundation/path.h"
+#include "quoll/linux/posix/file_contents.h"
+#include "quoll/linux/posix/folder_cursor.h"
+#include "quoll/linux/posix/incoming.h"
+#include "quoll/linux/posix/paths.h"
+#include "quoll/linux/posix/unique_fd.h"
+
+namespace quoll::posix {
+
+namespace {
+
+/// Opening for reading never waits, neither for the other end of a pipe nor for a terminal.
+constexpr int kSourceFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+
+Failure refused(std::string_view path, std::string_view why) {
+  std::string text = "“";
+  text.append(foundation::last_path_component(path)).append("” couldn’t be copied ").append(why);
+  return {EINVAL, false, text};
+}
+
+Failure neither_file_nor_folder(std::string_view path) {
+  return refused(path, "because it is neither a file nor a folder.");
+}
+
+Outcome fill_file(int from, int to) {
+  struct stat status {};
+  if (::fstat(from, &status) != 0) {
+    return Failure{errno, false};
+  }
+  if (auto failure = copy_contents(from, to)) {
+    return failure;
+  }
+  keep_attributes(from, status, to);
+  // No fsync: who reads the copy next runs on this machine and sees what is in memory; waiting for
+  // the disk would make every share as slow as the disk. After a power cut the share is gone
+  // anyway.
+  if (const int number = late_write_error(to)) {
+    return Failure{number, true};
+  }
+  return std::nullopt;
+}
+
+Outcome copy_inner_file(int from_folder, int to_folder, const std::string& name) {
+  const UniqueFd from(uninterrupted(
+      [&] { return ::openat(from_folder, name.c_str(), kSourceFlags | O_NOFOLLOW); }));
+  struct stat status {};
+  if (!from || ::fstat(from.get(), &status) != 0) {
+    return Failure{errno, false};
+  }
+  if (!S_ISREG(status.st_mode)) {
+    return neither_file_nor_folder(name);
+  }
+  const UniqueFd to(uninterrupted([&] {
+    return ::openat(to_folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                    S_IRUSR | S_IWUSR);
+  }));
+  if (!to) {
+    return Failure{errno, true};
+  }
+  return fill_file(from.get(), to.get());
+}
+
+Outcome copy_link(int from_folder, const struct stat& status, int to_folder,
+                  const std::string& name) {
+  std::array<char, PATH_MAX + 1> target{};
+  if (::readlinkat(from_folder, name.c_str(), target.data(), target.size() - 1) < 0) {
+    return Failure{errno, false};
+  }
+  if (::symlinkat(target.data(), to_folder, name.c_str()) != 0) {
+    return Failure{errno, true};
+  }
+  const std::array times{status.st_atim, status.st_mtim};
+  ::utimensat(to_folder, name.c_str(), times.data(), AT_SYMLINK_NOFOLLOW);
+  return std::nullopt;
+}
+
+/// Copies a tree of folders without recursion: it may be deeper than the stack.
+class TreeCopy {
+ public:
+  TreeCopy(UniqueFd source, UniqueFd destination)
+      : source_(std::move(source)),
+        destination_(std::move(destination)),
+        built_(destination_.identity()) {}
+
+  /// All but the attributes of the topmost folder.
+  Outcome run() {
+    if (auto failure = copy_files()) {
+      return failure;
+    }
+    while (true) {
+      Outcome failure;
+      if (!folders_.back().empty()) {
+        const std::string name = std::move(folders_.back().back());
+        folders_.back().pop_back();
+        failure = enter(name);
+      } else {
+        folders_.pop_back();
+        if (folders_.empty()) {
+          return std::nullopt;
+        }
+        failure = leave();
+      }
+      if (failure) {
+        return failure;
+      }
+    }
+  }
+
+  [[nodiscard]] int source() const { return source_.fd(); }
+
+ private:
+  Outcome enter(const std::string& name) {
+    if (const int number = source_.enter(name)) {
+      return Failure{number, false};
+    }
+    if (source_.identity() == built_) {
+      return refused(name, "into itself.");
+    }
+    if (::mkdirat(destination_.fd(), name.c_str(), S_IRWXU) != 0) {
+      return Failure{errno, true};
+    }
+    if (const int number = destination_.enter(name)) {
+      return Failure{number, true};
+    }
+    return copy_files();
+  }
+
+  Outcome leave() {
+    UniqueFd from;
+    UniqueFd to;
+    if (const int number = source_.leave(from)) {
+      return Failure{number, false};
+    }
+    if (const int number = destination_.leave(to)) {
+      return Failure{number, true};
+    }
+    // Only now: its files changed its times, and its mode may forbid to change it.
+    struct stat status {};
+    if (::fstat(from.get(), &status) == 0) {
+      keep_attributes(from.get(), status, to.get());
+    }
+    return std::nullopt;
+  }
+
+  /// Copies what is not a folder in the folder at which the cursors stand, and notes the rest.
+  Outcome copy_files() {
+    std::vector<std::string> names;
+    if (const int number = list_folder(source_.fd(), names)) {
+      return Failure{number, false};
+    }
+    std::vector<std::string> folders;
+    for (std::string& name : names) {
+      struct stat status {};
+      if (::fstatat(source_.fd(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        return Failure{errno, false};
+      }
+      Outcome failure;
+      if (S_ISDIR(status.st_mode)) {
+        folders.push_back(std::move(name));
+      } else if (S_ISLNK(status.st_mode)) {
+        failure = copy_link(source_.fd(), status, destination_.fd(), name);
+      } else if (S_ISREG(status.st_mode)) {
+        failure = copy_inner_file(source_.fd(), destination_.fd(), name);
+      } else {
+        failure = neither_file_nor_folder(name);
+      }
+      if (failure) {
+        return failure;
+      }
+    }
+    folders_.push_back(std::move(folders));
+    return std::nullopt;
+  }
+
+  FolderCursor source_;
+  FolderCursor destination_;
+  FileIdentity built_;
+  /// The sub-folders still to be copied, for each folder from the top down to the cursors.
+  std::vector<std::vector<std::string>> folders_;
+};
+
+/// Where a copy goes.
+struct Destination {
+  std::string path;
+  UniqueFd folder;
+  std::string name;
+};
+
+/// True when the folder is `above` or lies inside it, by whatever links it was reached.
+bool lies_inside(int folder, const FileIdentity& above) {
+  constexpr int kFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+  UniqueFd here(::openat(folder, ".", kFlags));
+  while (here) {
+    const FileIdentity identity = identity_of(here.get());
+    if (identity == above) {
+      return true;
+    }
+    UniqueFd parent(::openat(here.get(), "..", kFlags));
+    if (parent && identity_of(parent.get()) == identity) {
+      return false;  // the root
+    }
+    here = std::move(parent);
+  }
+  return false;
+}
+
+Outcome copy_folder(UniqueFd from, const std::string& source, const Destination& to) {
+  struct stat status {};
+  if (::fstat(from.get(), &status) != 0) {
+    return Failure{errno, false};
+  }
+  if (lies_inside(to.folder.get(), identity_of(from.get()))) {
+    return refused(source, "into itself.");
+  }
+  UniqueFd building = open_building_folder(to.path, to.folder.get());
+  if (!building) {
+    return Failure{errno, true};
+  }
+  Incoming incoming(std::move(building));
+  if (const int number = incoming.make_folder()) {
+    return Failure{number, true};
+  }
+  UniqueFd top(::fcntl(incoming.fd(), F_DUPFD_CLOEXEC, 0));
+  if (!top) {
+    return Failure{errno, true};
+  }
+  TreeCopy copy(std::move(from), std::move(top));
+  if (auto failure = copy.run()) {
+    return failure;
+  }
+  if (const int number = incoming.place(to.folder.get(), to.name)) {
+    return Failure{number, true};
+  }
+  // After it has moved: a folder that must not be written cannot be moved to another one.
+  keep_attributes(copy.source(), status, incoming.fd());
+  return std::nullopt;
+}
+
+Outcome copy_under_hidden_name(int from, const Destination& to) {
+  UniqueFd building = open_building_folder(to.path, to.folder.get());
+  if (!building) {
+    return Failure{errno, true};
+  }
+  Incoming incoming(std::move(building));
+  if (const int number = incoming.make_file(S_IRUSR | S_IWUSR)) {
+    return Failure{number, true};
+  }
+  if (auto failure = fill_file(from, incoming.fd())) {
+    return failure;
+  }
+  if (const int number = incoming.place(to.folder.get(), to.name)) {
+    return Failure{number, true};
+  }
+  return std::nullopt;
+}
+
+Outcome copy_file(int from, const Destination& to) {
+  const UniqueFd unnamed(uninterrupted([&] {
+    return ::openat(to.folder.get(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  }));
+  if (unnamed) {
+    if (auto failure = fill_file(from, unnamed.get())) {
+      return failure;
+    }
+    const std::string link = "/proc/self/fd/" + std::to_string(unnamed.get());
+    if (::linkat(AT_FDCWD, link.c_str(), to.folder.get(), to.name.c_str(), AT_SYMLINK_FOLLOW) ==
+        0) {
+      return std::nullopt;
+    }
+    if (errno == EEXIST) {
+      return Failure{EEXIST, true};
+    }
+  }
+  // No unnamed files here, or none that can be named (without /proc): whatever is really wrong with
+  // the folder, the other way meets it again and tells.
+  return copy_under_hidden_name(from, to);
+}
+
+Outcome open_source(const std::string& path, UniqueFd& from, bool& is_folder) {
+  // Looked at before it is opened, since opening a device may do something to it.
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) {
+    return Failure{errno, false};
+  }
+  if (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)) {
+    from = UniqueFd(uninterrupted([&] { return ::open(path.c_str(), kSourceFlags); }));
+    if (!from || ::fstat(from.get(), &status) != 0) {
+      return Failure{errno, false};
+    }
+  }
+  is_folder = S_ISDIR(status.st_mode);
+  return is_folder || S_ISREG(status.st_mode) ? Outcome() : neither_file_nor_folder(path);
+}
+
+Outcome open_destination(const std::string& path, Destination& to) {
+  ParentAndName entry = parent_and_name(path);
+  to.path = path;
+  to.name = std::move(entry.name);
+  to.folder = UniqueFd(uninterrupted(
+      [&] { return ::open(entry.parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+  if (!to.folder) {
+    return Failure{errno, true};
+  }
+  // Told before a large file is copied in vain; the name is taken exclusively all the same.
+  struct stat status {};
+  if (to.name.empty() ||
+      ::fstatat(to.folder.get(), to.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
+    return Failure{EEXIST, true};
+  }
+  return errno == ENOENT ? Outcome() : Failure{errno, true};
+}
+
+}  // namespace
+
+Outcome copy_item(const std::string& source, const std::string& destination) {
+  UniqueFd from;
+  bool is_folder = false;
+  if (auto failure = open_source(source, from, is_folder)) {
+    return failure;
+  }
+  Destination to;
+  if (auto failure = open_destination(destination, to)) {
+    return failure;
+  }
+  return is_folder ? copy_folder(std::move(from), source, to) : copy_file(from.get(), to);
+}
+
+}  // namespace quoll::posix

@@ -1,0 +1,268 @@
+#include "quoll/linux/posix/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+#include <utility>
+
+#include "quoll/foundation/path.h"
+#include "quoll/linux/posix/copy_item.h"
+#include "quoll/linux/posix/file_contents.h"
+#include "quoll/linux/posix/folder_cursor.h"
+#include "quoll/linux/posix/group_containers.h"
+#include "quoll/linux/posix/incoming.h"
+#include "quoll/linux/posix/paths.h"
+#include "quoll/linux/posix/remove_item.h"
+#include "quoll/linux/posix/unique_fd.h"
+
+namespace quoll::posix {
+
+namespace {
+
+using foundation::Bytes;
+using foundation::Error;
+using foundation::NSURL;
+
+constexpr off_t kLargestRead = off_t{1} << 30;
+constexpr mode_t kFileMode = 0666;  // less what the user's umask takes away
+
+Error error_of(const Failure& failure, std::string_view path) {
+  Error error = foundation::file_error(failure.number, path, failure.writing);
+  if (!failure.text.empty()) {
+    error.text = failure.text;
+  }
+  return error;
+}
+
+/// Reports an `errno` value; 0 is success.
+bool succeeds(int number, std::string_view path, std::optional<Error>& error) {
+  if (number != 0) {
+    error = foundation::file_error(number, path, true);
+  }
+  return number == 0;
+}
+
+/// The path of a file URL; empty for what has none.
+std::string path_of(const std::shared_ptr<NSURL>& url) {
+  const auto path = url && url->isFileURL() ? url->file_system_path() : std::nullopt;
+  return path && is_usable_path(*path) ? *path : std::string();
+}
+
+bool is_folder(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+/// Makes the folder at an absolute path and those above it; answers 0 or an `errno` value.
+int make_folders(const std::string& path, mode_t mode) {
+  for (std::size_t end = 0; end != std::string::npos;) {
+    end = path.find('/', end + 1);
+    const std::string folder = path.substr(0, end);
+    if (::mkdir(folder.c_str(), mode) != 0) {
+      const int number = errno;
+      if (!is_folder(folder)) {
+        return number;
+      }
+    }
+  }
+  return 0;
+}
+
+UniqueFd open_parent(const ParentAndName& entry) {
+  return UniqueFd(uninterrupted(
+      [&] { return ::open(entry.parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+}
+
+int replace_file(const Bytes& data, const std::string& path) {
+  const ParentAndName entry = parent_and_name(path);
+  if (!entry.names_an_entry()) {
+    return EISDIR;
+  }
+  UniqueFd folder = open_parent(entry);
+  if (!folder) {
+    return errno;
+  }
+  Incoming incoming(std::move(folder));
+  int number = incoming.make_file(kFileMode);
+  if (number == 0) {
+    number = write_all(incoming.fd(), data.data(), data.size());
+  }
+  if (number == 0) {
+    number = late_write_error(incoming.fd());
+  }
+  return number != 0 ? number : incoming.place_over(entry.name);
+}
+
+int write_file(const Bytes& data, const std::string& path) {
+  const UniqueFd file(uninterrupted([&] {
+    return ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
+                  kFileMode);
+  }));
+  if (!file) {
+    return errno;
+  }
+  const int number = write_all(file.get(), data.data(), data.size());
+  return number != 0 ? number : late_write_error(file.get());
+}
+
+Outcome read_file(const std::string& path, Bytes& data) {
+  const UniqueFd file(uninterrupted(
+      [&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
+  struct stat status {};
+  if (!file || ::fstat(file.get(), &status) != 0) {
+    return Failure{errno, false};
+  }
+  if (!S_ISREG(status.st_mode)) {
+    return Failure{S_ISDIR(status.st_mode) ? EISDIR : EINVAL, false};
+  }
+  // Files of /proc claim to be empty, and a file may grow: it is read until it ends.
+  constexpr off_t kPiece = 1 << 16;
+  std::size_t size = 0;
+  while (status.st_size <= kLargestRead && size <= static_cast<std::size_t>(kLargestRead)) {
+    if (size == data.size()) {
+      data.resize(std::max(size * 2, static_cast<std::size_t>(
+                                         size == 0 ? std::max(status.st_size + 1, kPiece) : 0)));
+    }
+    const ssize_t got =
+        uninterrupted([&] { return ::read(file.get(), data.data() + size, data.size() - size); });
+    if (got < 0) {
+      return Failure{errno, false};
+    }
+    size += static_cast<std::size_t>(got);
+    if (got == 0) {
+      data.resize(size);
+      return std::nullopt;
+    }
+  }
+  return Failure{EFBIG, false};
+}
+
+class PosixFiles final : public platform::NSFileManager {
+ public:
+  std::shared_ptr<NSURL> containerURLForSecurityApplicationGroupIdentifier(
+      std::string_view group) override {
+    const auto root = group_containers_folder();
+    const bool is_name = is_usable_path(group) && group.find('/') == std::string_view::npos &&
+                         group != "." && group != "..";
+    if (!root || !is_name) {
+      return nullptr;
+    }
+    const std::string path = foundation::appending_path_component(*root, group);
+    return make_folders(path, S_IRWXU) == 0 ? NSURL::file_url(path, true) : nullptr;
+  }
+
+  bool removeItemAtURL(const std::shared_ptr<NSURL>& url, std::optional<Error>& error) override {
+    const std::string path = path_of(url);
+    return succeeds(remove(path), path, error);
+  }
+
+  bool createDirectoryAtURL(const std::shared_ptr<NSURL>& url,
+                            std::optional<Error>& error) override {
+    const std::string path = path_of(url);
+    return succeeds(path.empty() ? ENOENT : make_folders(path, 0777), path, error);
+  }
+
+  bool copyItemAtPath(std::string_view source, std::string_view destination,
+                      std::optional<Error>& error) override {
+    const auto failure = copy(source, destination);
+    if (failure) {
+      error = error_of(*failure, source);
+      error->user_info.emplace_back("NSDestinationFilePath", destination);
+    }
+    return !failure;
+  }
+
+  bool fileExistsAtPath(std::string_view path, bool* is_directory) override {
+    struct stat status {};
+    const bool exists = is_usable_path(path) && ::stat(std::string(path).c_str(), &status) == 0;
+    if (is_directory != nullptr) {
+      *is_directory = exists && S_ISDIR(status.st_mode);
+    }
+    return exists;
+  }
+
+  std::optional<std::vector<std::string>> contentsOfDirectoryAtPath(
+      std::string_view path) override {
+    if (!is_usable_path(path)) {
+      return std::nullopt;
+    }
+    const std::string name(path);
+    const UniqueFd folder(
+        uninterrupted([&] { return ::open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    std::vector<std::string> names;
+    if (!folder || list_folder(folder.get(), names) != 0) {
+      return std::nullopt;
+    }
+    return names;
+  }
+
+  std::optional<Bytes> contentsAtPath(std::string_view path, std::optional<Error>& error) override {
+    Bytes data;
+    const Outcome failure =
+        is_usable_path(path) ? read_file(std::string(path), data) : Outcome(Failure{ENOENT, false});
+    if (failure) {
+      error = error_of(*failure, path);
+      if (failure->number == EFBIG) {
+        error->code = foundation::NSFileReadTooLargeError;
+      }
+      return std::nullopt;
+    }
+    return data;
+  }
+
+  bool writeToFile(const Bytes& data, std::string_view path, unsigned options,
+                   std::optional<Error>& error) override {
+    if (!is_usable_path(path)) {
+      return succeeds(ENOENT, path, error);
+    }
+    const std::string name(path);
+    const bool atomic = (options & platform::NSDataWritingAtomic) != 0;
+    return succeeds(atomic ? replace_file(data, name) : write_file(data, name), path, error);
+  }
+
+  std::string currentDirectoryPath() override {
+    const std::unique_ptr<char, decltype(&std::free)> path(::getcwd(nullptr, 0), &std::free);
+    // A working directory that lies outside the root comes as "(unreachable)...".
+    return path && *path == '/' ? std::string(path.get()) : std::string();
+  }
+
+ private:
+  static int remove(const std::string& path) {
+    if (path.empty()) {
+      return ENOENT;
+    }
+    const ParentAndName entry = parent_and_name(path);
+    if (!entry.names_an_entry()) {
+      return EBUSY;  // a folder that nobody means to remove by such a name
+    }
+    const UniqueFd parent = open_parent(entry);
+    return parent ? remove_item(parent.get(), entry.name) : errno;
+  }
+
+  Outcome copy(std::string_view source, std::string_view destination) {
+    if (!is_usable_path(source)) {
+      return Failure{ENOENT, false};
+    }
+    if (!is_usable_path(destination)) {
+      return Failure{ENOENT, true};
+    }
+    if (destination.starts_with('/')) {
+      return copy_item(std::string(source), std::string(destination));
+    }
+    return copy_item(std::string(source),
+                     foundation::appending_path_component(currentDirectoryPath(), destination));
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<platform::NSFileManager> make_file_manager() {
+  return std::make_shared<PosixFiles>();
+}
+
+}  // namespace quoll::posix

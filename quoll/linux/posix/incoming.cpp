@@ -1,0 +1,151 @@
+#include "quoll/linux/posix/incoming.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "quoll/linux/posix/folder_cursor.h"
+#include "quoll/linux/posix/group_containers.h"
+#include "quoll/linux/posix/remove_item.h"
+#include "quoll/linux/posix/system_call.h"
+
+namespace quoll::posix {
+
+namespace {
+
+constexpr std::string_view kPrefix = ".quoll-incoming-";
+constexpr int kAttempts = 100;
+
+std::string hidden_name() {
+  std::uint64_t number = 0;
+  (void)!::getrandom(&number, sizeof number, 0);  // a name that is taken is tried again
+  char digits[17];
+  std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(number));
+  return std::string(kPrefix) + digits;
+}
+
+bool lock_at_once(int fd) {
+  return uninterrupted([&] { return ::flock(fd, LOCK_EX | LOCK_NB); }) == 0;
+}
+
+/// Removes what processes left that were killed while they were at it.
+void sweep(int folder) {
+  std::vector<std::string> names;
+  (void)!list_folder(folder, names);
+  for (const std::string& name : names) {
+    if (!name.starts_with(kPrefix)) {
+      continue;
+    }
+    const UniqueFd left(
+        ::openat(folder, name.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
+    if (left && lock_at_once(left.get())) {
+      (void)!remove_item(folder, name);
+    }
+  }
+}
+
+/// False when somebody who sweeps came between making and locking. (A file system without locks
+/// locks out the sweepers as well.)
+bool is_ours(int fd) {
+  struct stat status {};
+  return (lock_at_once(fd) || errno != EWOULDBLOCK) && ::fstat(fd, &status) == 0 &&
+         status.st_nlink > 0;
+}
+
+UniqueFd make_entry(int folder, const std::string& name, mode_t mode, bool is_folder) {
+  int flags = O_WRONLY | O_CREAT | O_EXCL;
+  if (is_folder) {
+    if (::mkdirat(folder, name.c_str(), mode) != 0) {
+      return UniqueFd();
+    }
+    flags = O_RDONLY | O_DIRECTORY;
+  }
+  return UniqueFd(uninterrupted(
+      [&] { return ::openat(folder, name.c_str(), flags | O_NOFOLLOW | O_CLOEXEC, mode); }));
+}
+
+}  // namespace
+
+Incoming::Incoming(UniqueFd folder) : folder_(std::move(folder)) {
+  sweep(folder_.get());
+}
+
+Incoming::~Incoming() {
+  if (!name_.empty()) {
+    (void)!remove_item(folder_.get(), name_);
+  }
+}
+
+int Incoming::make_file(mode_t mode) {
+  return make(mode, false);
+}
+
+int Incoming::make_folder() {
+  return make(S_IRWXU, true);
+}
+
+int Incoming::make(mode_t mode, bool is_folder) {
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    const std::string name = hidden_name();
+    UniqueFd made = make_entry(folder_.get(), name, mode, is_folder);
+    if (made && is_ours(made.get())) {
+      fd_ = std::move(made);
+      name_ = name;
+      return 0;
+    }
+    // A folder that was swept before it could be opened is ENOENT; so is a folder_ that is gone.
+    if (!made && errno != EEXIST && !(is_folder && errno == ENOENT)) {
+      return errno;
+    }
+  }
+  return EBUSY;
+}
+
+int Incoming::place(int folder, const std::string& name) {
+  int result = ::renameat2(folder_.get(), name_.c_str(), folder, name.c_str(), RENAME_NOREPLACE);
+  if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
+    // Network file systems know no exclusive rename. The coordinator keeps other writers away
+    // between these two calls.
+    struct stat status {};
+    if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
+      return EEXIST;
+    }
+    result = ::renameat(folder_.get(), name_.c_str(), folder, name.c_str());
+  }
+  if (result != 0) {
+    return errno;
+  }
+  name_.clear();
+  return 0;
+}
+
+int Incoming::place_over(const std::string& name) {
+  if (::renameat(folder_.get(), name_.c_str(), folder_.get(), name.c_str()) != 0) {
+    return errno;
+  }
+  name_.clear();
+  return 0;
+}
+
+UniqueFd open_building_folder(const std::string& destination, int beside) {
+  constexpr int kFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+  if (const auto location = locate_in_container(destination)) {
+    const std::string incoming = location->container + "/.incoming";
+    ::mkdir(incoming.c_str(), S_IRWXU);
+    UniqueFd folder(::open(incoming.c_str(), kFlags | O_NOFOLLOW));
+    if (folder && identity_of(folder.get()).device == identity_of(beside).device) {
+      return folder;
+    }
+  }
+  return UniqueFd(::openat(beside, ".", kFlags));
+}
+
+}  // namespace quoll::posix

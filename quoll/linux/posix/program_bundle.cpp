@@ -1,0 +1,81 @@
+#include "quoll/linux/posix/program_bundle.h"
+
+#include <libintl.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <utility>
+
+#include "quoll/foundation/property_list.h"
+#include "quoll/linux/posix/files.h"
+
+namespace quoll::posix {
+
+namespace {
+
+using foundation::Dictionary;
+
+constexpr const char* kCatalogue = "quoll-share";
+constexpr std::string_view kIdentifier = "CFBundleIdentifier";
+
+class ProgramBundle final : public platform::NSBundle {
+ public:
+  explicit ProgramBundle(std::shared_ptr<const Dictionary> information)
+      : information_(std::move(information)) {}
+
+  std::shared_ptr<Dictionary> infoDictionary() const override {
+    return std::make_shared<Dictionary>(*information_);
+  }
+
+  std::string localizedStringForKey(std::string_view key, std::string_view value) const override {
+    const std::string text(key);
+    // The empty key would give the catalogue's header, one with a zero byte another key's text.
+    if (!text.empty() && text.find('\0') == std::string::npos) {
+      const char* translation = ::dgettext(kCatalogue, text.c_str());
+      if (translation != text.c_str()) {
+        return translation;
+      }
+    }
+    return std::string(value.empty() || key.empty() ? key : value);
+  }
+
+ private:
+  std::shared_ptr<const Dictionary> information_;
+};
+
+/// Never null.
+std::shared_ptr<Dictionary> read_information(const std::string& file) {
+  std::optional<foundation::Error> ignored;
+  const auto contents = make_file_manager()->contentsAtPath(file, ignored);
+  const auto root = contents ? foundation::read_property_list(*contents) : std::nullopt;
+  auto information = root ? root->as_dictionary() : nullptr;
+  return information ? information : std::make_shared<Dictionary>();
+}
+
+}  // namespace
+
+std::string information_file() {
+  namespace fs = std::filesystem;
+  std::error_code unknown;
+  const fs::path program = fs::read_symlink("/proc/self/exe", unknown);
+  if (unknown) {
+    return {};
+  }
+  return (program.parent_path() / QUOLL_INFORMATION_FROM_PROGRAMS).lexically_normal();
+}
+
+std::shared_ptr<platform::NSBundle> make_program_bundle(std::string identifier,
+                                                        const std::string& information) {
+  const auto known = read_information(information);
+  if (const char* chosen = std::getenv("QUOLL_BUNDLE_IDENTIFIER")) {
+    known->removeObjectForKey(kIdentifier);
+    identifier = chosen;
+  }
+  if (!identifier.empty() && known->find(kIdentifier) == nullptr) {
+    known->setObject(std::move(identifier), kIdentifier);
+  }
+  return std::make_shared<ProgramBundle>(known);
+}
+
+}  // namespace quoll::posix

@@ -1,0 +1,143 @@
+#include "quoll/linux/posix/thread_pool.h"
+
+#include <sys/resource.h>
+
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <functional>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "quoll/foundation/exception.h"
+#include "quoll/platform/log.h"
+
+namespace quoll::posix {
+
+namespace {
+
+using Block = std::function<void()>;
+using platform::QueuePriority;
+
+constexpr int kThreads = 4;
+constexpr int kBackgroundNice = 10;  // beyond what the process is already
+
+/// What the threads share; each of them keeps it alive.
+class Work : public std::enable_shared_from_this<Work> {
+ public:
+  void add(Block block) {
+    {
+      const std::lock_guard lock(mutex_);
+      blocks_.push_back(std::move(block));
+    }
+    changed_.notify_one();
+  }
+
+  void start_pool() {
+    std::call_once(started_, [this] {
+      for (int i = 0; i < kThreads; ++i) {
+        start([this] { serve(); });
+      }
+    });
+  }
+
+  /// False when the system has no thread left.
+  bool start(Block body) {
+    {
+      const std::lock_guard lock(mutex_);
+      ++threads_;
+    }
+    try {
+      std::thread([self = shared_from_this(), body = std::move(body)]() mutable {
+        serving_ = self.get();
+        body();
+        body = nullptr;
+        self->ended();
+      }).detach();
+      return true;
+    } catch (const std::system_error& error) {
+      platform::log("queue: no thread can be started: %@", error.what());
+      ended();
+      return false;
+    }
+  }
+
+  void finish() {
+    std::unique_lock lock(mutex_);
+    finishing_ = true;
+    changed_.notify_all();
+    if (serving_ != this) {  // one of the threads would wait for itself
+      gone_.wait(lock, [this] { return threads_ == 0; });
+    }
+  }
+
+ private:
+  void serve() {
+    std::unique_lock lock(mutex_);
+    while (true) {
+      changed_.wait(lock, [this] { return finishing_ || !blocks_.empty(); });
+      if (blocks_.empty()) {
+        return;
+      }
+      Block block = std::move(blocks_.front());
+      blocks_.pop_front();
+      lock.unlock();
+      platform::run_block(block);
+      block = nullptr;  // what it holds is let go outside the lock
+      lock.lock();
+    }
+  }
+
+  void ended() {
+    const std::lock_guard lock(mutex_);
+    --threads_;
+    gone_.notify_all();
+  }
+
+  static inline thread_local const Work* serving_ = nullptr;
+
+  std::once_flag started_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::condition_variable gone_;
+  std::deque<Block> blocks_;
+  int threads_ = 0;
+  bool finishing_ = false;
+};
+
+class ThreadPool final : public platform::Queue {
+ public:
+  ~ThreadPool() override { work_->finish(); }
+
+  void async(QueuePriority priority, Block block) override {
+    // A thread has the priority of the one that started it and cannot raise it: were the pool
+    // started by the first block that a background block hands over, it would be slow for ever.
+    work_->start_pool();
+    if (priority == QueuePriority::kDefault) {
+      work_->add(std::move(block));
+      return;
+    }
+    const auto body = [block] {
+      constexpr id_t kThisThread = 0;
+      ::setpriority(PRIO_PROCESS, kThisThread,
+                    ::getpriority(PRIO_PROCESS, kThisThread) + kBackgroundNice);
+      platform::run_block(block);
+    };
+    if (!work_->start(body)) {
+      work_->add(std::move(block));  // late is better than never
+    }
+  }
+
+ private:
+  std::shared_ptr<Work> work_ = std::make_shared<Work>();
+};
+
+}  // namespace
+
+std::shared_ptr<platform::Queue> make_thread_pool() {
+  return std::make_shared<ThreadPool>();
+}
+
+}  // namespace quoll::posix

@@ -1,0 +1,161 @@
+#include "quoll/linux/xml/html_reader.h"
+
+#include <libxml/HTMLparser.h>
+#include <libxml/parser.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <new>
+#include <string>
+#include <string_view>
+
+#include "quoll/linux/xml/document_reader.h"
+
+namespace quoll::xml {
+namespace {
+
+/// The parser compares an end tag that fits nothing with every open element; each comparison
+/// counts.
+constexpr std::size_t kMostComparisons = 200'000'000;
+/// It compares each attribute of a tag with those before it. It knows every name from a dictionary,
+/// so what bounds the dictionary bounds this: new names beyond it are not attributes any more.
+constexpr std::size_t kDictionaryLimit = 16384;
+constexpr std::size_t kChunk = 65536;
+
+/// One document being read. Nothing may be thrown through the parser: what happens is kept here and
+/// the parser is told to stop.
+struct Reading {
+  DocumentReader document;
+  htmlParserCtxtPtr parser = nullptr;
+  std::size_t comparisons = 0;
+  const char* problem = nullptr;
+
+  void fail(const char* why) {
+    problem = why;
+    xmlStopParser(parser);
+  }
+};
+
+template <typename Step>
+void guarded(void* user, Step step) {
+  Reading& reading = *static_cast<Reading*>(user);
+  if (reading.problem != nullptr) {
+    return;
+  }
+  try {
+    step(reading);
+  } catch (const std::bad_alloc&) {
+    reading.fail("there is not enough memory");
+  }
+}
+
+std::string_view view(const xmlChar* text) {
+  return text != nullptr ? reinterpret_cast<const char*>(text) : std::string_view();
+}
+
+void on_start(void* user, const xmlChar* name, const xmlChar** given) {
+  guarded(user, [&](Reading& reading) {
+    std::vector<DocumentReader::Attribute> attributes;
+    for (; given != nullptr && given[0] != nullptr; given += 2) {
+      attributes.emplace_back(view(given[0]), view(given[1]));
+    }
+    reading.document.open(view(name), attributes);
+  });
+}
+
+void on_end(void* user, const xmlChar* /*name*/) {
+  guarded(user, [](Reading& reading) { reading.document.close(); });
+}
+
+void on_text(void* user, const xmlChar* text, int length) {
+  guarded(user, [&](Reading& reading) {
+    reading.document.text({reinterpret_cast<const char*>(text), static_cast<std::size_t>(length)});
+  });
+}
+
+void on_error(void* user, xmlErrorPtr error) {
+  guarded(user, [&](Reading& reading) {
+    reading.comparisons += error->code == XML_ERR_TAG_NAME_MISMATCH ? reading.document.depth() : 0;
+    if (reading.comparisons > kMostComparisons) {
+      reading.fail("its elements are nested too deeply");
+    }
+  });
+}
+
+htmlSAXHandler handler() {
+  htmlSAXHandler sax{};
+  sax.initialized = XML_SAX2_MAGIC;
+  sax.startElement = on_start;
+  sax.endElement = on_end;
+  sax.characters = on_text;
+  sax.ignorableWhitespace = on_text;
+  sax.serror = on_error;
+  return sax;
+}
+
+void parse(htmlParserCtxtPtr parser, std::string_view html) {
+  while (!html.empty()) {
+    const std::string_view chunk = html.substr(0, kChunk);
+    htmlParseChunk(parser, chunk.data(), static_cast<int>(chunk.size()), 0);
+    html.remove_prefix(chunk.size());
+  }
+}
+
+/// Line ends as line feeds, and without the zero bytes at which the parser might stop.
+std::string normal_text(std::string_view html) {
+  std::string text;
+  text.reserve(html.size());
+  for (std::size_t at = 0; at < html.size(); ++at) {
+    const bool half = html[at] == '\r' && html.substr(at + 1).starts_with('\n');
+    if (html[at] != '\0' && !half) {
+      text += html[at] == '\r' ? '\n' : html[at];
+    }
+  }
+  return text;
+}
+
+const char* read(std::string_view html, std::vector<platform::TextRun>& runs) {
+  [[maybe_unused]] static const bool initialised = (xmlInitParser(), true);
+  htmlSAXHandler sax = handler();
+  Reading reading;
+  const std::unique_ptr<htmlParserCtxt, decltype(&htmlFreeParserCtxt)> parser(
+      htmlCreatePushParserCtxt(&sax, &reading, nullptr, 0, nullptr, XML_CHAR_ENCODING_UTF8),
+      &htmlFreeParserCtxt);
+  if (!parser) {
+    return "there is not enough memory";
+  }
+  reading.parser = parser.get();
+  // The text is UTF-8 whatever it says of itself.
+  htmlCtxtUseOptions(parser.get(), HTML_PARSE_IGNORE_ENC);
+  for (const std::string_view name : known_names()) {
+    xmlDictLookup(parser->dict, reinterpret_cast<const xmlChar*>(name.data()),
+                  static_cast<int>(name.size()));
+  }
+  xmlDictSetLimit(parser->dict, kDictionaryLimit);
+  // What follows the end of the document element would be lost, and mail programs and mailing lists
+  // do add text there. For each start tag in excess the parser ignores one such end.
+  for (int spare = 0; spare < 64; ++spare) {
+    parse(parser.get(), "<html>");
+  }
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  html.remove_prefix(html.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
+  parse(parser.get(), normal_text(html));
+  htmlParseChunk(parser.get(), nullptr, 0, 1);
+  if (reading.problem == nullptr) {
+    runs = reading.document.take();
+  }
+  return reading.problem;
+}
+
+}  // namespace
+}  // namespace quoll::xml
+
+extern "C" __attribute__((visibility("default"))) const char* quoll_read_html(
+    const char* html, std::size_t size, std::vector<quoll::platform::TextRun>* runs) noexcept {
+  try {
+    return quoll::xml::read({html, size}, *runs);
+  } catch (const std::bad_alloc&) {
+    return "there is not enough memory";
+  }
+}

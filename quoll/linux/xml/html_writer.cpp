@@ -1,0 +1,288 @@
+#include "quoll/linux/xml/html_writer.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "quoll/foundation/number_text.h"
+#include "quoll/foundation/text.h"
+
+namespace quoll::xml {
+namespace {
+
+using foundation::Bytes;
+using platform::TextAttributes;
+
+constexpr std::string_view kOpening =
+    "<!DOCTYPE html>\n<html>\n<head>\n<meta charset=\"utf-8\">\n"
+    "<meta name=\"generator\" content=\"Quoll Share\">\n"
+    "<style>p { margin: 0 }</style>\n</head>\n<body>\n";
+constexpr std::string_view kClosing = "</body>\n</html>\n";
+/// More would only be a mistake, or an attack on whoever lays out the text.
+constexpr double kLargestSize = 1638;
+
+void add(Bytes& out, std::string_view text) {
+  out.insert(out.end(), text.begin(), text.end());
+}
+
+bool is_line_end(char byte) {
+  return byte == '\n' || byte == '\r';
+}
+/// Vertical tab and form feed are forbidden, but part words: they are written as blanks.
+bool is_blank(char byte) {
+  return byte == ' ' || byte == '\v' || byte == '\f';
+}
+bool is_white(char byte) {
+  return is_blank(byte) || byte == '\t' || is_line_end(byte);
+}
+bool is_ascii_control(char byte) {
+  return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F;
+}
+
+/// True at the first byte of U+0080 to U+009F.
+bool is_wide_control(std::string_view text, std::size_t at) {
+  return text[at] == '\xC2' && at + 1 < text.size() &&
+         static_cast<unsigned char>(text[at + 1]) < 0xA0;
+}
+
+/// What stands for a character in text and in attribute values; empty when it stands for itself.
+std::string_view escape(char byte) {
+  switch (byte) {
+    case '&':
+      return "&amp;";
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    case '"':
+      return "&quot;";
+    default:
+      return {};
+  }
+}
+
+/// Without control characters, escaped, for a value between double quotes.
+std::string attribute_value(std::string_view text) {
+  std::string value;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (is_wide_control(text, at)) {
+      ++at;
+    } else if (const auto escaped = escape(text[at]); !escaped.empty()) {
+      value += escaped;
+    } else if (!is_ascii_control(text[at])) {
+      value += text[at];
+    }
+  }
+  return value;
+}
+
+/// A family name as CSS writes it: quoted, unless it names a kind of font.
+std::string family(std::string_view font) {
+  constexpr std::array<std::string_view, 6> kKinds{"serif",   "sans-serif", "monospace",
+                                                   "cursive", "fantasy",    "system-ui"};
+  if (std::find(kKinds.begin(), kKinds.end(), font) != kKinds.end()) {
+    return std::string(font);
+  }
+  std::string quoted = "'";
+  for (const char byte : font) {
+    if (byte == '\'' || byte == '\\') {
+      quoted += '\\';
+    }
+    quoted += byte;
+  }
+  return quoted + "'";
+}
+
+std::string colour_text(std::uint32_t colour) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string text = "#";
+  for (int shift = 20; shift >= 0; shift -= 4) {
+    text += kDigits[(colour >> static_cast<unsigned>(shift)) & 0xFU];
+  }
+  return text;
+}
+
+std::string css(const TextAttributes& look) {
+  std::string text;
+  const auto declare = [&text](std::string_view property, std::string_view value) {
+    text += text.empty() ? "" : "; ";
+    text.append(property).append(": ").append(value);
+  };
+  if (!look.font.empty() && foundation::is_utf8(look.font)) {
+    declare("font-family", family(look.font));
+  }
+  if (look.size > 0 && look.size <= kLargestSize) {
+    declare("font-size", foundation::text_of_real(look.size) + "pt");
+  }
+  if (look.colour) {
+    declare("color", colour_text(*look.colour));
+  }
+  if (look.background) {
+    declare("background-color", colour_text(*look.background));
+  }
+  return text;
+}
+
+/// The tags around a piece of text of one look.
+struct Tags {
+  std::string opening;
+  std::string closing;
+
+  explicit Tags(const TextAttributes& look) {
+    if (!look.link.empty() && foundation::is_utf8(look.link)) {
+      nest("a", "href", look.link);
+    }
+    if (const std::string style = css(look); !style.empty()) {
+      nest("span", "style", style);
+    }
+    if (look.bold) {
+      nest("b");
+    }
+    if (look.italic) {
+      nest("i");
+    }
+    if (look.underline) {
+      nest("u");
+    }
+    if (look.strikethrough) {
+      nest("s");
+    }
+  }
+
+ private:
+  void nest(std::string_view tag, std::string_view attribute = {}, std::string_view value = {}) {
+    opening.append("<").append(tag);
+    if (!attribute.empty()) {
+      opening.append(" ").append(attribute).append("=\"").append(attribute_value(value)) += '"';
+    }
+    opening += '>';
+    closing.insert(0, std::string("</").append(tag).append(">"));
+  }
+};
+
+class Writer {
+ public:
+  explicit Writer(std::string_view text) : text_(text) {
+    out_.reserve(text.size() + text.size() / 8 + kOpening.size() + kClosing.size());
+  }
+
+  Bytes document(const std::vector<platform::TextRun>& runs) {
+    add(out_, kOpening);
+    for (const platform::TextRun& run : runs) {
+      write_run(at_ + run.text.size(), Tags(run.attributes));
+    }
+    if (in_paragraph_) {
+      end_paragraph();
+    }
+    add(out_, kClosing);
+    return std::move(out_);
+  }
+
+ private:
+  /// Writes the whole text up to `end`, all of one look.
+  void write_run(std::size_t end, const Tags& tags) {
+    while (at_ < end) {
+      const auto line_end =
+          std::find_if(text_.begin() + static_cast<std::ptrdiff_t>(at_),
+                       text_.begin() + static_cast<std::ptrdiff_t>(end), is_line_end);
+      const auto piece_end = static_cast<std::size_t>(line_end - text_.begin());
+      if (piece_end > at_) {
+        begin_paragraph();
+        add(out_, tags.opening);
+        write_piece(piece_end);
+        add(out_, tags.closing);
+      }
+      if (at_ < end) {
+        write_line_end();
+      }
+    }
+  }
+
+  void write_line_end() {
+    const bool second_half = text_[at_] == '\n' && at_ > 0 && text_[at_ - 1] == '\r';
+    ++at_;
+    if (second_half) {
+      return;
+    }
+    if (!in_paragraph_) {
+      begin_paragraph();
+      add(out_, "<br>");
+    }
+    end_paragraph();
+  }
+
+  /// A piece holds no line end.
+  void write_piece(std::size_t end) {
+    while (at_ < end) {
+      const char byte = text_[at_];
+      if (is_blank(byte)) {
+        write_blanks(end);
+      } else if (byte == '\t') {
+        add(out_, "<span style=\"white-space: pre\">\t</span>");
+        ++at_;
+      } else if (is_wide_control(text_, at_)) {
+        at_ = std::min(at_ + 2, end);
+      } else {
+        if (const auto escaped = escape(byte); !escaped.empty()) {
+          add(out_, escaped);
+        } else if (!is_ascii_control(byte)) {
+          out_.push_back(static_cast<unsigned char>(byte));
+        }
+        ++at_;
+      }
+    }
+  }
+
+  /// A reader joins blanks and drops those at the ends of a paragraph; a no-break blank stays. The
+  /// last blank before a word is an ordinary one, so that a line can be broken there.
+  void write_blanks(std::size_t end) {
+    auto blanks_end = at_;
+    while (blanks_end < end && is_blank(text_[blanks_end])) {
+      ++blanks_end;
+    }
+    const bool before_word = blanks_end < text_.size() && !is_white(text_[blanks_end]);
+    const bool after_line_end = at_ == 0 || is_line_end(text_[at_ - 1]);
+    auto kept = blanks_end - at_;
+    const bool ordinary_last = before_word && (kept > 1 || !after_line_end);
+    kept -= ordinary_last ? 1 : 0;
+    if (kept > 0) {
+      add(out_, "<span class=\"");
+      add(out_, kBlanksClass);
+      add(out_, "\">");
+      for (; kept > 0; --kept) {
+        add(out_, kNoBreakBlank);
+      }
+      add(out_, "</span>");
+    }
+    if (ordinary_last) {
+      out_.push_back(' ');
+    }
+    at_ = blanks_end;
+  }
+
+  void begin_paragraph() {
+    if (!in_paragraph_) {
+      add(out_, "<p>");
+      in_paragraph_ = true;
+    }
+  }
+
+  void end_paragraph() {
+    add(out_, "</p>\n");
+    in_paragraph_ = false;
+  }
+
+  /// The text of all runs, and how much of it is written.
+  std::string_view text_;
+  std::size_t at_ = 0;
+  bool in_paragraph_ = false;
+  Bytes out_;
+};
+
+}  // namespace
+
+Bytes html_document(const platform::NSAttributedString& text) {
+  return Writer(text.string()).document(text.runs());
+}
+
+}  // namespace quoll::xml

@@ -1,0 +1,93 @@
+#include "quoll/linux/xml/styled_text.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "quoll/foundation/text.h"
+#include "quoll/linux/xml/html_reader.h"
+#include "quoll/linux/xml/html_writer.h"
+#include "quoll/platform/log.h"
+
+namespace quoll::xml {
+namespace {
+
+struct Reader {
+  ReadHtml* read = nullptr;
+  /// Why there is none.
+  std::string problem;
+};
+
+/// The module of an installed program, else that of a program in the folder it was built in.
+std::filesystem::path module_path() {
+  std::error_code error;
+  const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  auto installed = folder / ".." / QUOLL_LIBDIR / "quoll" / kReaderModule;
+  return std::filesystem::exists(installed, error)
+             ? installed
+             : folder / ".." / ".." / "linux" / "xml" / kReaderModule;
+}
+
+/// Never closed: libraries behind the module keep data for each thread.
+Reader load_reader() {
+  void* module = ::dlopen(module_path().c_str(), RTLD_NOW | RTLD_LOCAL);
+  void* symbol = module != nullptr ? ::dlsym(module, kReadHtmlName) : nullptr;
+  if (symbol == nullptr) {
+    const char* problem = ::dlerror();
+    return {nullptr, problem != nullptr ? problem : kReaderModule};
+  }
+  return {reinterpret_cast<ReadHtml*>(symbol), {}};
+}
+
+class HtmlText final : public platform::StyledText {
+ public:
+  explicit HtmlText(Reader reader) : reader_(std::move(reader)) {}
+
+  std::shared_ptr<platform::NSAttributedString> from_html(std::string_view html) override {
+    std::vector<platform::TextRun> runs;
+    if (const std::string problem = read(html, runs); !problem.empty()) {
+      platform::log("the HTML text cannot be read: %@", problem);
+      return nullptr;
+    }
+    return std::make_shared<platform::NSAttributedString>(std::move(runs));
+  }
+
+  std::optional<foundation::Bytes> to_html(const platform::NSAttributedString& text) override {
+    const bool readable = std::ranges::all_of(
+        text.runs(), [](const platform::TextRun& run) { return foundation::is_utf8(run.text); });
+    if (!readable) {
+      platform::log_line("the styled text cannot be written as HTML: it is not UTF-8");
+      return std::nullopt;
+    }
+    return html_document(text);
+  }
+
+ private:
+  /// Why it failed, or nothing.
+  [[nodiscard]] std::string read(std::string_view html,
+                                 std::vector<platform::TextRun>& runs) const {
+    if (reader_.read == nullptr) {
+      return reader_.problem;
+    }
+    if (!foundation::is_utf8(html)) {
+      return "it is not UTF-8";
+    }
+    const char* problem = reader_.read(html.data(), html.size(), &runs);
+    return problem != nullptr ? problem : "";
+  }
+
+  const Reader reader_;
+};
+
+}  // namespace
+
+std::shared_ptr<platform::StyledText> make_styled_text(bool with_html_reader) {
+  return std::make_shared<HtmlText>(
+      with_html_reader ? load_reader() : Reader{nullptr, "this program reads no HTML"});
+}
+
+}  // namespace quoll::xml

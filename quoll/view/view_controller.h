@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "quoll/platform/extension_host.h"
+#include "quoll/view/view.h"
+
+namespace quoll::platform {
+
+/// `NSViewController`: makes its view when it is asked for it the first time. It belongs to the
+/// thread that asks.
+class NSViewController {
+ public:
+  NSViewController() = default;
+  NSViewController(const NSViewController&) = delete;
+  NSViewController& operator=(const NSViewController&) = delete;
+  virtual ~NSViewController() = default;
+
+  /// The name of the interface file; it is only read.
+  [[nodiscard]] virtual std::string nibName() const { return {}; }
+  /// Makes an empty view.
+  virtual void loadView() { view_ = std::make_shared<NSView>(); }
+  virtual void viewDidLoad() {}
+
+  /// The view; the first call loads it (`loadView`, then `viewDidLoad`).
+  std::shared_ptr<NSView> view();
+
+  /// The request that this controller serves, set by the host before it asks for the view.
+  [[nodiscard]] const std::shared_ptr<NSExtensionContext>& extensionContext() const {
+    return context_;
+  }
+  void set_extension_context(std::shared_ptr<NSExtensionContext> context) {
+    context_ = std::move(context);
+  }
+
+ private:
+  std::shared_ptr<NSView> view_;
+  std::shared_ptr<NSExtensionContext> context_;
+};
+
+}  // namespace quoll::platform
