@@ -53,7 +53,9 @@ void encode_append(std::string& out, std::string_view text, const EncodeTable& t
     char* to = encoded.data();
     for (const char c : part) {
       const Encoded& characters = table[static_cast<unsigned char>(c)];
-      std::memcpy(to, characters.data(), sizeof characters);
+      // Four bytes, whole. The builtin, since what fortified headers make of std::memcpy is a call
+      // for each byte of the text, five times as slow.
+      __builtin_memcpy(to, characters.data(), sizeof characters);
       to += characters[3];
     }
     out.append(encoded.data(), to);
@@ -116,7 +118,7 @@ std::uint64_t escapes_in(const char* block, std::uint64_t& bits) {
 char* append(char* to, const char* from, const char* end) {
   const auto size = static_cast<std::size_t>(end - from);
   if (size <= kPiece) {
-    std::memcpy(to, from, kPiece);
+    __builtin_memcpy(to, from, kPiece);  // a load and a store, see encode_append
   } else {
     std::memcpy(to, from, size);
   }
