@@ -6,7 +6,9 @@
 
 #include "apps/compose/draft_thread.h"
 #include "apps/compose/received_draft.h"
+#include "quoll/container/group_container.h"
 #include "quoll/linux/gio/application_service.h"
+#include "quoll/linux/posix/temporary_item.h"
 #include "quoll/platform/log.h"
 
 namespace quoll::compose {
@@ -52,6 +54,10 @@ class Service final : public gio::ApplicationService {
 }  // namespace
 
 int serve(const std::string& identifier, std::chrono::milliseconds idle) {
+  const auto container = ExtensionUtilities::GroupPath();
+  if (const auto path = container ? container->file_system_path() : std::nullopt) {
+    posix::sweep_temporary_items(*path);  // what killed shares left
+  }
   Service service(identifier);
   if (const auto failure = service.begin()) {
     std::cerr << "quoll-compose: " << *failure << '\n';

@@ -22,6 +22,7 @@
 #include "quoll/linux/posix/group_containers.h"
 #include "quoll/linux/posix/lock_holder.h"
 #include "quoll/linux/posix/subprocess.h"
+#include "quoll/linux/posix/temporary_item.h"
 #include "quoll/message/command_launcher.h"
 #include "quoll/platform/bundle.h"
 #include "quoll/platform/desktop.h"
@@ -78,12 +79,14 @@ std::optional<std::string> container_path() {
   return foundation::appending_path_component(*folder, ExtensionUtilities::application_group);
 }
 
-/// Makes the container, and keeps others out of it. What cannot be done is found again.
+/// Makes the container, keeps others out of it, and removes what killed shares left there. What
+/// cannot be done is found again.
 void mend_container(const std::string& path) {
   std::error_code ignored;
   fs::create_directories(path, ignored);
   fs::permissions(path, fs::perms::group_all | fs::perms::others_all, fs::perm_options::remove,
                   ignored);
+  posix::sweep_temporary_items(path);
 }
 
 /// What there is of a path that may still have to be made.

@@ -22,7 +22,8 @@ struct Step {
 
 /// Walks the road of a share from the program to the compose window and says what it finds, without
 /// sharing anything. With `mend` it first puts right what can be put right without taking anything
-/// away: the container and its mode, and who opens command URLs when nobody does.
+/// away that somebody needs: the container, its mode and what killed shares left in it, and who
+/// opens command URLs when nobody does.
 [[nodiscard]] std::vector<Step> walk_road(bool mend);
 
 /// True when a share would arrive.

@@ -23,6 +23,7 @@
 #include "quoll/linux/posix/program_bundle.h"
 #include "quoll/linux/posix/steady_clock.h"
 #include "quoll/linux/posix/system_log.h"
+#include "quoll/linux/posix/temporary_item.h"
 #include "quoll/linux/posix/thread_pool.h"
 #include "quoll/linux/xml/styled_text.h"
 #include "quoll/platform/desktop.h"
@@ -32,8 +33,19 @@ namespace quoll::share {
 
 namespace {
 
+/// The group container, made when it is missing; free of what killed shares left.
+std::optional<std::string> usable_container() {
+  const auto container = ExtensionUtilities::GroupPath();
+  auto path = container ? container->file_system_path() : std::nullopt;
+  if (path) {
+    posix::sweep_temporary_items(*path);
+  }
+  return path;
+}
+
 /// What the share still needs once it is known what is shared.
-sandbox::Confinement needs_of(const Selection& selection, platform::NSFileManager& files,
+sandbox::Confinement needs_of(const Selection& selection,
+                              const std::optional<std::string>& container,
                               const std::string& image_helper) {
   sandbox::Confinement needs;
   for (const auto& item : selection.items) {
@@ -41,11 +53,8 @@ sandbox::Confinement needs_of(const Selection& selection, platform::NSFileManage
       needs.readable.push_back(std::move(*path));
     }
   }
-  // Asked for now, so that it is made while that is still allowed.
-  const auto container = files.containerURLForSecurityApplicationGroupIdentifier(
-      ExtensionUtilities::application_group);
-  if (const auto path = container ? container->file_system_path() : std::nullopt) {
-    needs.writable.push_back(*path);
+  if (container) {
+    needs.writable.push_back(*container);
   }
   needs.executable.push_back(image_helper);
   return needs;
@@ -73,13 +82,12 @@ int run_share(const Wanted& wanted, const ShareSettings& settings) {
   if (selection.empty()) {
     return end(selection, {}, *opened, settings);
   }
-  const auto files = posix::make_file_manager();
   const auto background = std::make_shared<WatchedQueue>(posix::make_thread_pool());
   const std::string image_helper = image_helper::helper_path();
   platform::install({
       .bundle =
           posix::make_program_bundle("it.vorlent.quoll2.Quoll-Share", posix::information_file()),
-      .files = watched_files(files),
+      .files = watched_files(posix::make_file_manager()),
       .coordinator = posix::coordinator_factory(),
       .workspace = opened,
       .notifications = nullptr,
@@ -89,7 +97,8 @@ int run_share(const Wanted& wanted, const ShareSettings& settings) {
       .images = image_helper::make_images(image_helper),
       .styled_text = xml::make_styled_text(selection.html.has_value()),
   });
-  sandbox::confine(needs_of(selection, *files, image_helper));
+  // The container is made while that is still allowed.
+  sandbox::confine(needs_of(selection, usable_container(), image_helper));
   const Turn turn = take_turn();
   const Outcome outcome = run<ShareViewController>(selection, *background, settings.progress);
   return end(selection, outcome, *opened, settings);

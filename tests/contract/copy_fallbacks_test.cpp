@@ -3,7 +3,6 @@
 #include <linux/audit.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
-#include <sys/file.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -24,6 +23,7 @@
 #include <vector>
 
 #include "quoll/linux/posix/files.h"
+#include "quoll/linux/posix/temporary_item.h"
 #include "tests/contract/child_process.h"
 #include "tests/support/temporary_folder.h"
 
@@ -182,15 +182,6 @@ TEST_F(CopyFallbacks, WhereThereAreUnnamedFilesNoHiddenNameIsUsed) {
   EXPECT_FALSE(fs::exists(container_ + "/.incoming"));
 }
 
-TEST_F(CopyFallbacks, WhatIsBeingWrittenIsNotSweptAway) {
-  const std::string live = container_ + "/.incoming/.quoll-incoming-live";
-  fs::create_directories(live);
-  const posix::UniqueFd held(::open(live.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  ASSERT_EQ(::flock(held.get(), LOCK_EX | LOCK_NB), 0);
-  EXPECT_EQ(copy_without({kNoUnnamedFile}, staging_ + "/y"), "");
-  EXPECT_TRUE(fs::exists(live));
-}
-
 TEST_F(CopyFallbacks, AKilledCopyLeavesNothingUnderTheName) {
   fs::resize_file(folder_.path("x"), 0);
   {
@@ -221,8 +212,8 @@ TEST_F(CopyFallbacks, AKilledCopyLeavesNothingUnderTheName) {
       }
     }
   }
-  EXPECT_EQ(copy_without({kNoUnnamedFile}, staging_ + "/y"), "");
-  EXPECT_TRUE(fs::is_empty(container_ + "/.incoming")) << "a later copy sweeps what was left";
+  posix::sweep_temporary_items(container_);
+  EXPECT_TRUE(fs::is_empty(container_ + "/.incoming"));
 }
 
 }  // namespace

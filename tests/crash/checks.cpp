@@ -15,7 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kHidden = ".quoll-incoming-";
 constexpr int kOpened = 0;
 constexpr int kNotOpened = 1;
 constexpr int kSomethingLeftOut = 3;
@@ -23,7 +22,7 @@ constexpr int kSomethingLeftOut = 3;
 void check_staged(const Scene& scene, Findings& findings) {
   for (const std::string& name : names_in(scene.staging())) {
     const std::string path = scene.staging() + "/" + name;
-    if (!name.starts_with(kHidden) && !scene.is_whole(name, test::read_file(path))) {
+    if (!scene.is_whole(name, test::read_file(path))) {
       findings.push_back({About::kHalfFile, "Share/" + name + " has " +
                                                 std::to_string(fs::file_size(path)) +
                                                 " bytes and is no whole copy"});

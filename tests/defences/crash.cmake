@@ -24,7 +24,7 @@ quoll_defence(hidden_while_it_is_made
   SHOWN_BY crash All/Killed.NoFileIsHalfUnderItsName/1)
 
 quoll_defence(left_overs_are_swept
-  FILE quoll/linux/posix/incoming.cpp
+  FILE quoll/linux/posix/temporary_item.cpp
   TAKES [[if (left && lock_at_once(left.get())) {]]
   GIVES [[if (left && lock_at_once(left.get()) && name.empty()) {]]
   SHOWN_BY crash All/Killed.NothingStaysThatTheNextShareDoesNotRemove/1)

@@ -50,6 +50,14 @@ TEST_F(ComposeServiceTest, TheSendersFilesMayGoAsSoonAsItAnswered) {
   EXPECT_GT(std::filesystem::file_size(home_.drafts().front()), content.size());
 }
 
+TEST_F(ComposeServiceTest, WhatAKilledShareLeftIsSweptAtTheStart) {
+  const std::string left =
+      home_.bus.path("containers/K7Q2M9XT4B.quoll/.incoming/.quoll-incoming-1");
+  std::filesystem::create_directories(left + "/1");
+  ASSERT_TRUE(open({"quoll://compose?subject=a"}));
+  EXPECT_FALSE(std::filesystem::exists(left));
+}
+
 TEST_F(ComposeServiceTest, SeveralDraftsOfOneRequestAreAllKept) {
   ASSERT_TRUE(open({"quoll://compose?subject=a", "quoll://compose?subject=b"}));
   EXPECT_EQ(home_.compose({"--list"}).status, 0);

@@ -125,6 +125,16 @@ TEST_F(Doctor, AContainerThatIsOpenToOthersIsClosed) {
   EXPECT_EQ(fs::status(container()).permissions(), fs::perms::owner_all);
 }
 
+TEST_F(Doctor, WhatAKilledShareLeftIsRemovedWhenAsked) {
+  install_receiver();
+  const std::string left = container() + "/.incoming/.quoll-incoming-1";
+  fs::create_directories(left + "/1");
+  EXPECT_EQ(doctor().status, 0);
+  EXPECT_TRUE(fs::exists(left));
+  EXPECT_EQ(doctor({"--fix"}).status, 0);
+  EXPECT_FALSE(fs::exists(left));
+}
+
 TEST_F(Doctor, LinksAreGivenToTheMailApplication) {
   const Environment settings{{"XDG_CONFIG_HOME", bus_.path("config")}};
   bus_.add_entry("it.vorlent.quoll2",

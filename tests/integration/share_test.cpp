@@ -19,6 +19,9 @@ namespace {
 
 using foundation::Value;
 
+constexpr std::string_view kOnePixel(
+    "GIF89a\1\0\1\0\x80\0\0\0\0\0\xFF\xFF\xFF\x2C\0\0\0\0\1\0\1\0\0\2\2\x44\1\0\x3B", 35);
+
 class Share : public testing::Test {
  protected:
   ShareHome home_;
@@ -81,12 +84,26 @@ TEST_F(Share, ANameThatIsNotUtf8) {
 }
 
 TEST_F(Share, AnImageFromStandardInputIsStagedAsPng) {
-  const std::string gif(
-      "GIF89a\1\0\1\0\x80\0\0\0\0\0\xFF\xFF\xFF\x2C\0\0\0\0\1\0\1\0\0\2\2\x44\1\0\x3B", 35);
-  const Ended ended = home_.print({"-"}, home_.write("input", gif));
+  const Ended ended = home_.print({"-"}, home_.write("input", std::string(kOnePixel)));
   EXPECT_EQ(ended.status, 0) << ended.errors;
   EXPECT_EQ(attachments_of(ended.output), std::vector<std::string>{home_.staging() + "/image.png"});
   EXPECT_TRUE(read_file(home_.staging() + "/image.png").starts_with("\x89PNG\r\n\x1a\n"));
+}
+
+TEST_F(Share, AnImageTakesNothingFromAFileOfAnyName) {
+  const std::string notes = home_.write(".quoll-incoming-notes", "notes");
+  const Ended ended = home_.print({notes, "-"}, home_.write("input", std::string(kOnePixel)));
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_EQ(attachments_of(ended.output).size(), 2U) << ended.output;
+  EXPECT_EQ(read_file(home_.staging() + "/.quoll-incoming-notes"), "notes");
+  EXPECT_TRUE(read_file(home_.staging() + "/image.png").starts_with("\x89PNG"));
+}
+
+TEST_F(Share, WhatAKilledShareLeftIsSwept) {
+  const std::string left = home_.container() + "/.incoming/.quoll-incoming-1";
+  std::filesystem::create_directories(left + "/1");
+  EXPECT_EQ(home_.print({"https://h/"}).status, 0);
+  EXPECT_FALSE(std::filesystem::exists(left));
 }
 
 TEST_F(Share, ADamagedImageIsLeftOut) {

@@ -13,8 +13,8 @@
 #include "quoll/foundation/path.h"
 #include "quoll/linux/posix/file_contents.h"
 #include "quoll/linux/posix/folder_cursor.h"
-#include "quoll/linux/posix/incoming.h"
 #include "quoll/linux/posix/paths.h"
+#include "quoll/linux/posix/temporary_item.h"
 #include "quoll/linux/posix/unique_fd.h"
 
 namespace quoll::posix {
@@ -224,15 +224,15 @@ Outcome copy_folder(UniqueFd from, const std::string& source, const Destination&
   if (lies_inside(to.folder.get(), identity_of(from.get()))) {
     return refused(source, "into itself.");
   }
-  UniqueFd building = open_building_folder(to.path, to.folder.get());
-  if (!building) {
+  BuildingFolder building = open_building_folder(to.path, to.folder.get());
+  if (!building.fd) {
     return Failure{errno, true};
   }
-  Incoming incoming(std::move(building));
-  if (const int number = incoming.make_folder()) {
+  TemporaryItem item(std::move(building));
+  if (const int number = item.make_folder()) {
     return Failure{number, true};
   }
-  UniqueFd top(::fcntl(incoming.fd(), F_DUPFD_CLOEXEC, 0));
+  UniqueFd top(::fcntl(item.fd(), F_DUPFD_CLOEXEC, 0));
   if (!top) {
     return Failure{errno, true};
   }
@@ -240,27 +240,27 @@ Outcome copy_folder(UniqueFd from, const std::string& source, const Destination&
   if (auto failure = copy.run()) {
     return failure;
   }
-  if (const int number = incoming.place(to.folder.get(), to.name)) {
+  if (const int number = item.place(to.folder.get(), to.name)) {
     return Failure{number, true};
   }
   // After it has moved: a folder that must not be written cannot be moved to another one.
-  keep_attributes(copy.source(), status, incoming.fd());
+  keep_attributes(copy.source(), status, item.fd());
   return std::nullopt;
 }
 
 Outcome copy_under_hidden_name(int from, const Destination& to) {
-  UniqueFd building = open_building_folder(to.path, to.folder.get());
-  if (!building) {
+  BuildingFolder building = open_building_folder(to.path, to.folder.get());
+  if (!building.fd) {
     return Failure{errno, true};
   }
-  Incoming incoming(std::move(building));
-  if (const int number = incoming.make_file(S_IRUSR | S_IWUSR)) {
+  TemporaryItem item(std::move(building));
+  if (const int number = item.make_file(S_IRUSR | S_IWUSR)) {
     return Failure{number, true};
   }
-  if (auto failure = fill_file(from, incoming.fd())) {
+  if (auto failure = fill_file(from, item.fd())) {
     return failure;
   }
-  if (const int number = incoming.place(to.folder.get(), to.name)) {
+  if (const int number = item.place(to.folder.get(), to.name)) {
     return Failure{number, true};
   }
   return std::nullopt;

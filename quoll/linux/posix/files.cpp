@@ -15,9 +15,9 @@
 #include "quoll/linux/posix/file_contents.h"
 #include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/group_containers.h"
-#include "quoll/linux/posix/incoming.h"
 #include "quoll/linux/posix/paths.h"
 #include "quoll/linux/posix/remove_item.h"
+#include "quoll/linux/posix/temporary_item.h"
 #include "quoll/linux/posix/unique_fd.h"
 
 namespace quoll::posix {
@@ -83,19 +83,20 @@ int replace_file(const Bytes& data, const std::string& path) {
   if (!entry.names_an_entry()) {
     return EISDIR;
   }
-  UniqueFd folder = open_parent(entry);
-  if (!folder) {
+  const UniqueFd folder = open_parent(entry);
+  BuildingFolder building = folder ? open_building_folder(path, folder.get()) : BuildingFolder{};
+  if (!building.fd) {
     return errno;
   }
-  Incoming incoming(std::move(folder));
-  int number = incoming.make_file(kFileMode);
+  TemporaryItem item(std::move(building));
+  int number = item.make_file(kFileMode);
   if (number == 0) {
-    number = write_all(incoming.fd(), data.data(), data.size());
+    number = write_all(item.fd(), data.data(), data.size());
   }
   if (number == 0) {
-    number = late_write_error(incoming.fd());
+    number = late_write_error(item.fd());
   }
-  return number != 0 ? number : incoming.place_over(entry.name);
+  return number != 0 ? number : item.place_over(folder.get(), entry.name);
 }
 
 int write_file(const Bytes& data, const std::string& path) {

@@ -1,4 +1,4 @@
-#include "quoll/linux/posix/incoming.h"
+#include "quoll/linux/posix/temporary_item.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -14,6 +14,7 @@
 
 #include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/group_containers.h"
+#include "quoll/linux/posix/paths.h"
 #include "quoll/linux/posix/remove_item.h"
 #include "quoll/linux/posix/system_call.h"
 
@@ -23,6 +24,15 @@ namespace {
 
 constexpr std::string_view kPrefix = ".quoll-incoming-";
 constexpr int kAttempts = 100;
+constexpr int kFolderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+
+std::string incoming_path(const std::string& container) {
+  return container + "/.incoming";
+}
+
+UniqueFd open_incoming(const std::string& path) {
+  return UniqueFd(::open(path.c_str(), kFolderFlags | O_NOFOLLOW));
+}
 
 std::string hidden_name() {
   std::uint64_t number = 0;
@@ -34,22 +44,6 @@ std::string hidden_name() {
 
 bool lock_at_once(int fd) {
   return uninterrupted([&] { return ::flock(fd, LOCK_EX | LOCK_NB); }) == 0;
-}
-
-/// Removes what processes left that were killed while they were at it.
-void sweep(int folder) {
-  std::vector<std::string> names;
-  (void)!list_folder(folder, names);
-  for (const std::string& name : names) {
-    if (!name.starts_with(kPrefix)) {
-      continue;
-    }
-    const UniqueFd left(
-        ::openat(folder, name.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
-    if (left && lock_at_once(left.get())) {
-      (void)!remove_item(folder, name);
-    }
-  }
 }
 
 /// False when somebody who sweeps came between making and locking. (A file system without locks
@@ -74,28 +68,26 @@ UniqueFd make_entry(int folder, const std::string& name, mode_t mode, bool is_fo
 
 }  // namespace
 
-Incoming::Incoming(UniqueFd folder) : folder_(std::move(folder)) {
-  sweep(folder_.get());
-}
+TemporaryItem::TemporaryItem(BuildingFolder folder) : folder_(std::move(folder)) {}
 
-Incoming::~Incoming() {
+TemporaryItem::~TemporaryItem() {
   if (!name_.empty()) {
-    (void)!remove_item(folder_.get(), name_);
+    (void)!remove_item(folder_.fd.get(), name_);
   }
 }
 
-int Incoming::make_file(mode_t mode) {
+int TemporaryItem::make_file(mode_t mode) {
   return make(mode, false);
 }
 
-int Incoming::make_folder() {
+int TemporaryItem::make_folder() {
   return make(S_IRWXU, true);
 }
 
-int Incoming::make(mode_t mode, bool is_folder) {
+int TemporaryItem::make(mode_t mode, bool is_folder) {
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     const std::string name = hidden_name();
-    UniqueFd made = make_entry(folder_.get(), name, mode, is_folder);
+    UniqueFd made = make_entry(folder_.fd.get(), name, mode, is_folder);
     if (made && is_ours(made.get())) {
       fd_ = std::move(made);
       name_ = name;
@@ -109,8 +101,8 @@ int Incoming::make(mode_t mode, bool is_folder) {
   return EBUSY;
 }
 
-int Incoming::place(int folder, const std::string& name) {
-  int result = ::renameat2(folder_.get(), name_.c_str(), folder, name.c_str(), RENAME_NOREPLACE);
+int TemporaryItem::place(int folder, const std::string& name) {
+  int result = ::renameat2(folder_.fd.get(), name_.c_str(), folder, name.c_str(), RENAME_NOREPLACE);
   if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
     // Network file systems know no exclusive rename. The coordinator keeps other writers away
     // between these two calls.
@@ -118,7 +110,7 @@ int Incoming::place(int folder, const std::string& name) {
     if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
       return EEXIST;
     }
-    result = ::renameat(folder_.get(), name_.c_str(), folder, name.c_str());
+    result = ::renameat(folder_.fd.get(), name_.c_str(), folder, name.c_str());
   }
   if (result != 0) {
     return errno;
@@ -127,25 +119,46 @@ int Incoming::place(int folder, const std::string& name) {
   return 0;
 }
 
-int Incoming::place_over(const std::string& name) {
-  if (::renameat(folder_.get(), name_.c_str(), folder_.get(), name.c_str()) != 0) {
+int TemporaryItem::place_over(int folder, const std::string& name) {
+  if (::renameat(folder_.fd.get(), name_.c_str(), folder, name.c_str()) != 0) {
     return errno;
   }
   name_.clear();
   return 0;
 }
 
-UniqueFd open_building_folder(const std::string& destination, int beside) {
-  constexpr int kFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+BuildingFolder open_incoming_folder(const std::string& container) {
+  const std::string path = incoming_path(container);
+  ::mkdir(path.c_str(), S_IRWXU);  // it may exist; what else goes wrong shows at the next step
+  return {open_incoming(path), path};
+}
+
+BuildingFolder open_building_folder(const std::string& destination, int beside) {
   if (const auto location = locate_in_container(destination)) {
-    const std::string incoming = location->container + "/.incoming";
-    ::mkdir(incoming.c_str(), S_IRWXU);
-    UniqueFd folder(::open(incoming.c_str(), kFlags | O_NOFOLLOW));
-    if (folder && identity_of(folder.get()).device == identity_of(beside).device) {
-      return folder;
+    BuildingFolder incoming = open_incoming_folder(location->container);
+    if (incoming.fd && identity_of(incoming.fd.get()).device == identity_of(beside).device) {
+      return incoming;
     }
   }
-  return UniqueFd(::openat(beside, ".", kFlags));
+  return {UniqueFd(::openat(beside, ".", kFolderFlags)), parent_and_name(destination).parent};
+}
+
+void sweep_temporary_items(const std::string& container) {
+  const UniqueFd folder = open_incoming(incoming_path(container));
+  std::vector<std::string> names;
+  if (folder) {
+    (void)!list_folder(folder.get(), names);
+  }
+  for (const std::string& name : names) {
+    if (!name.starts_with(kPrefix)) {
+      continue;
+    }
+    const UniqueFd left(
+        ::openat(folder.get(), name.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
+    if (left && lock_at_once(left.get())) {
+      (void)!remove_item(folder.get(), name);
+    }
+  }
 }
 
 }  // namespace quoll::posix
