@@ -2,9 +2,9 @@
 
 #include <memory>
 
+#include "apps/share-service/share_call.h"
 #include "apps/share-service/share_interface.h"
 #include "apps/share-service/share_process.h"
-#include "apps/share-service/share_request.h"
 #include "quoll/linux/gio/application_service.h"
 #include "quoll/linux/gio/notification.h"
 
@@ -34,16 +34,16 @@ class ShareService final : public gio::ApplicationService {
     if (const auto complaint = too_many_uris(uris.size())) {
       return refuse(call, G_DBUS_ERROR_LIMITS_EXCEEDED, *complaint);
     }
-    ShareRequest request;
-    request.uris = std::move(uris);
-    start_for_person(std::move(request), tokens, call);
+    ShareCall share;
+    share.request.items = std::move(uris);
+    start_for_person(std::move(share), tokens, call);
   }
 
   // Started by itself, the application shares what the clipboard holds: it has no window to show.
   void activate(const gio::ActivationTokens& tokens, GDBusMethodInvocation* call) override {
-    ShareRequest request;
-    request.clipboard = true;
-    start_for_person(std::move(request), tokens, call);
+    ShareCall share;
+    share.clipboard = true;
+    start_for_person(std::move(share), tokens, call);
   }
 
   void activate_action(std::string_view action, const gio::ActivationTokens& tokens,
@@ -63,12 +63,12 @@ class ShareService final : public gio::ApplicationService {
     }
     const gio::VariantHandle given(g_variant_get_child_value(parameters, 0));
     GDBusMessage* const message = g_dbus_method_invocation_get_message(call);
-    ShareRequest request;
+    ShareCall share;
     if (const auto complaint =
-            read_share_request(given.get(), g_dbus_message_get_unix_fd_list(message), request)) {
+            read_share_call(given.get(), g_dbus_message_get_unix_fd_list(message), share)) {
       return refuse(call, G_DBUS_ERROR_INVALID_ARGS, *complaint);
     }
-    start(std::move(request), Listener::kCaller, call, [call](const ShareEnd& end) {
+    start(std::move(share), Listener::kCaller, call, [call](const ShareEnd& end) {
       g_dbus_method_invocation_return_value(
           call, g_variant_new("(us)", static_cast<guint32>(end.code), end.told.c_str()));
     });
@@ -76,9 +76,9 @@ class ShareService final : public gio::ApplicationService {
 
   [[nodiscard]] bool busy() const override { return running_ > 0; }
 
-  void start_for_person(ShareRequest request, const gio::ActivationTokens& tokens,
+  void start_for_person(ShareCall share, const gio::ActivationTokens& tokens,
                         GDBusMethodInvocation* call) {
-    request.tokens = tokens;
+    share.tokens = tokens;
     const std::shared_ptr<GDBusConnection> bus(
         static_cast<GDBusConnection*>(g_object_ref(g_dbus_method_invocation_get_connection(call))),
         g_object_unref);
@@ -87,7 +87,7 @@ class ShareService final : public gio::ApplicationService {
         gio::send_notification(bus.get(), "Nothing was shared", end.told);
       }
     };
-    if (start(std::move(request), Listener::kPerson, call, show)) {
+    if (start(std::move(share), Listener::kPerson, call, show)) {
       g_dbus_method_invocation_return_value(call, nullptr);
     }
   }
@@ -97,13 +97,13 @@ class ShareService final : public gio::ApplicationService {
   }
 
   /// False when the call was answered with an error.
-  bool start(ShareRequest request, Listener listener, GDBusMethodInvocation* call,
+  bool start(ShareCall share, Listener listener, GDBusMethodInvocation* call,
              std::function<void(const ShareEnd&)> ended) {
     if (running_ == kMostShares) {
       refuse_one_more(call);
       return false;
     }
-    const auto failure = start_share(std::move(request), listener, bounds_,
+    const auto failure = start_share(std::move(share), listener, bounds_,
                                      [this, ended = std::move(ended)](const ShareEnd& end) {
                                        --running_;
                                        ended(end);

@@ -37,7 +37,7 @@ std::string share_program() {
 
 /// The texts and the items, as the program takes them from its standard input; none with `errno`
 /// set when they cannot be held.
-posix::UniqueFd list_of(const ShareRequest& request) {
+posix::UniqueFd list_of(const share::ShareRequest& request) {
   posix::UniqueFd list(memfd_create("list", MFD_CLOEXEC));
   std::string parts;
   for (const auto* text : {&request.title, request.html ? &request.html : &request.text}) {
@@ -46,8 +46,8 @@ posix::UniqueFd list_of(const ShareRequest& request) {
       parts += '\0';
     }
   }
-  for (const std::string& uri : request.uris) {
-    parts += uri;
+  for (const std::string& item : request.items) {
+    parts += item;
     parts += '\0';
   }
   if (!list || !posix::write_all(list.get(), parts) || lseek(list.get(), 0, SEEK_SET) != 0) {
@@ -62,15 +62,16 @@ int number_of(std::size_t item) {
   return kFirst + static_cast<int>(item);
 }
 
-std::vector<std::string> command_of(const ShareRequest& request, Listener listener) {
+std::vector<std::string> command_of(const ShareCall& call, Listener listener) {
+  const share::ShareRequest& request = call.request;
   std::vector<std::string> command{share_program()};
-  if (!request.uris.empty() || request.title || request.text || request.html) {
+  if (!request.items.empty() || request.title || request.text || request.html) {
     command.emplace_back("--null");
   }
   if (listener == Listener::kPerson) {
     command.emplace_back("--notify");
   }
-  if (request.clipboard) {
+  if (call.clipboard) {
     command.emplace_back("--clipboard");
   }
   if (request.title) {
@@ -79,8 +80,8 @@ std::vector<std::string> command_of(const ShareRequest& request, Listener listen
   if (request.text || request.html) {
     command.insert(command.end(), {request.html ? "--html" : "--text", "-"});
   }
-  for (std::size_t at = 0; at < request.items.size(); ++at) {
-    const RequestedItem& item = request.items[at];
+  for (std::size_t at = 0; at < request.descriptor_items.size(); ++at) {
+    const share::DescriptorItem& item = request.descriptor_items[at];
     command.insert(command.end(), {"--descriptor", std::to_string(number_of(at)) + ":" +
                                                        item.media_type + ":" + item.name});
   }
@@ -104,9 +105,9 @@ void allow_usual_descriptors(gpointer bounds) {
   }
 }
 
-ObjectHandle<GSubprocess> spawn(ShareRequest& request, Listener listener, ShareBounds bounds,
+ObjectHandle<GSubprocess> spawn(ShareCall& call, Listener listener, ShareBounds bounds,
                                 gio::ErrorSlot& error) {
-  posix::UniqueFd list = list_of(request);
+  posix::UniqueFd list = list_of(call.request);
   if (!list) {
     g_set_error(error.out(), G_IO_ERROR, g_io_error_from_errno(errno),
                 "the request cannot be held: %s", posix::error_words(errno).c_str());
@@ -118,13 +119,13 @@ ObjectHandle<GSubprocess> spawn(ShareRequest& request, Listener listener, ShareB
   const ObjectHandle<GSubprocessLauncher> launcher(g_subprocess_launcher_new(flags));
   g_subprocess_launcher_take_stdin_fd(launcher.get(), list.release());
   g_subprocess_launcher_set_child_setup(launcher.get(), allow_usual_descriptors, &bounds, nullptr);
-  auto command = command_of(request, listener);
-  for (std::size_t at = 0; at < request.items.size(); ++at) {
-    g_subprocess_launcher_take_fd(launcher.get(), request.items[at].descriptor.release(),
-                                  number_of(at));
+  auto command = command_of(call, listener);
+  for (std::size_t at = 0; at < call.request.descriptor_items.size(); ++at) {
+    g_subprocess_launcher_take_fd(
+        launcher.get(), call.request.descriptor_items[at].descriptor.release(), number_of(at));
   }
-  pass_token(launcher.get(), "XDG_ACTIVATION_TOKEN", request.tokens.activation);
-  pass_token(launcher.get(), "DESKTOP_STARTUP_ID", request.tokens.startup);
+  pass_token(launcher.get(), "XDG_ACTIVATION_TOKEN", call.tokens.activation);
+  pass_token(launcher.get(), "DESKTOP_STARTUP_ID", call.tokens.startup);
   std::vector<const char*> arguments;
   arguments.reserve(command.size() + 1);
   for (const std::string& argument : command) {
@@ -236,10 +237,10 @@ class RunningShare : public std::enable_shared_from_this<RunningShare> {
 
 }  // namespace
 
-gio::Failure start_share(ShareRequest request, Listener listener, const ShareBounds& bounds,
+gio::Failure start_share(ShareCall call, Listener listener, const ShareBounds& bounds,
                          std::function<void(const ShareEnd&)> ended) {
   gio::ErrorSlot error;
-  auto process = spawn(request, listener, bounds, error);
+  auto process = spawn(call, listener, bounds, error);
   if (!process) {
     return "quoll-share could not be started: " + error.message();
   }

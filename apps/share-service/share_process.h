@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "apps/share-service/share_request.h"
+#include "apps/share-service/share_call.h"
 #include "quoll/linux/gio/open_request.h"
 
 namespace quoll::share_service {
@@ -29,10 +29,9 @@ struct ShareBounds {
   rlim_t descriptors = 1024;       ///< as the programs that it starts expect it
 };
 
-/// Starts `quoll-share` with all of the request and answers at once. `ended` is called later, once,
+/// Starts `quoll-share` with all of the call and answers at once. `ended` is called later, once,
 /// by the default main context; not when the process could not be started, which is said.
-[[nodiscard]] gio::Failure start_share(ShareRequest request, Listener listener,
-                                       const ShareBounds& bounds,
+[[nodiscard]] gio::Failure start_share(ShareCall call, Listener listener, const ShareBounds& bounds,
                                        std::function<void(const ShareEnd&)> ended);
 
 }  // namespace quoll::share_service

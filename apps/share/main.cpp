@@ -12,14 +12,14 @@ namespace quoll::share {
 namespace {
 
 int share(Arguments& arguments) {
-  close_inherited_descriptors(arguments.wanted);
+  close_inherited_descriptors(arguments.request);
   const auto run_here = [&] {
-    const auto reason = arguments.clipboard ? add_clipboard(arguments.wanted) : std::nullopt;
+    const auto reason = arguments.clipboard ? add_clipboard(arguments.request) : std::nullopt;
     if (reason) {
       std::cerr << "not opened: the clipboard: " << *reason << '\n';
       return static_cast<int>(ExitCode::kNotOpened);
     }
-    return run_share(arguments.wanted,
+    return run_share(std::move(arguments.request),
                      {.print = arguments.print,
                       .verbose = arguments.verbose,
                       .progress = nullptr,

@@ -34,26 +34,27 @@ int fail(MenuSocket& socket, const char* reason) {
 }
 
 int share(MenuSocket& socket) {
-  const auto request = socket.receive();
-  const auto wanted = request ? quoll::share::read_menu_request(*request) : std::nullopt;
-  if (!wanted) {
+  const auto message = socket.receive();
+  auto request = message ? quoll::share::read_menu_request(*message) : std::nullopt;
+  if (!request) {
     return fail(socket, "the menu did not say what to share");
   }
   return quoll::share::run_share(
-      *wanted, {.print = false,
-                .verbose = false,
-                .progress =
-                    [&](std::size_t answered, std::size_t items) {
-                      socket.tell_progress(static_cast<int>(100 * answered / (items + 1)));
-                    },
-                .ended =
-                    [&](ExitCode, const std::string& told) {
-                      if (told.empty()) {
-                        socket.tell_end();
-                      } else {
-                        socket.tell_error(told.substr(0, told.size() - 1));
-                      }
-                    }});
+      std::move(*request),
+      {.print = false,
+       .verbose = false,
+       .progress =
+           [&](std::size_t answered, std::size_t items) {
+             socket.tell_progress(static_cast<int>(100 * answered / (items + 1)));
+           },
+       .ended =
+           [&](ExitCode, const std::string& told) {
+             if (told.empty()) {
+               socket.tell_end();
+             } else {
+               socket.tell_error(told.substr(0, told.size() - 1));
+             }
+           }});
 }
 
 }  // namespace

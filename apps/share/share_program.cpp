@@ -11,7 +11,7 @@
 #include "apps/share/leave.h"
 #include "apps/share/print_workspace.h"
 #include "apps/share/run.h"
-#include "apps/share/turn.h"
+#include "apps/share/staging_lock.h"
 #include "apps/share/watched_desktop.h"
 #include "apps/share/watched_queue.h"
 #include "apps/share/watched_workspace.h"
@@ -71,14 +71,14 @@ int end(Selection& selection, const Outcome& outcome, const WatchedWorkspace& op
 
 }  // namespace
 
-int run_share(const Wanted& wanted, const ShareSettings& settings) {
+int run_share(ShareRequest request, const ShareSettings& settings) {
   auto opened = std::make_shared<WatchedWorkspace>(
       settings.print ? printer(STDOUT_FILENO)
                      : gio::start_launcher({.urls = "quoll://compose?", .times = 1}));
   // A reader that went away is an error of the write, to be reported like any other. Not before the
   // launcher has started: the applications would inherit it.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
-  Selection selection = select(wanted);
+  Selection selection = select(std::move(request));
   if (selection.empty()) {
     return end(selection, {}, *opened, settings);
   }
@@ -99,7 +99,7 @@ int run_share(const Wanted& wanted, const ShareSettings& settings) {
   });
   // The container is made while that is still allowed.
   sandbox::confine(needs_of(selection, usable_container(), image_helper));
-  const Turn turn = take_turn();
+  const StagingLock lock = lock_staging();
   const Outcome outcome = run<ShareViewController>(selection, *background, settings.progress);
   return end(selection, outcome, *opened, settings);
 }

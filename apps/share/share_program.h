@@ -21,9 +21,9 @@ struct ShareSettings {
   std::function<void(ExitCode code, const std::string& told)> ended;
 };
 
-/// Shares what is wanted as one draft, and answers the number to end the program with; it may end
-/// the program itself. For the whole of a program: it starts the launcher, gives up what a share
-/// does not need and installs the desktop, so it is called once, while there is one thread.
-[[nodiscard]] int run_share(const Wanted& wanted, const ShareSettings& settings);
+/// Shares what was asked for as one draft, and answers the number to end the program with; it may
+/// end the program itself. For the whole of a program: it starts the launcher, gives up what a
+/// share does not need and installs the desktop, so it is called once, while there is one thread.
+[[nodiscard]] int run_share(ShareRequest request, const ShareSettings& settings);
 
 }  // namespace quoll::share

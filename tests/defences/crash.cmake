@@ -30,7 +30,7 @@ quoll_defence(left_overs_are_swept
   SHOWN_BY crash All/Killed.NothingStaysThatTheNextShareDoesNotRemove/1)
 
 quoll_defence(locks_die_with_their_holder
-  FILE apps/share/turn.cpp
+  FILE apps/share/staging_lock.cpp
   TAKES [[  while (flock(file, LOCK_EX) != 0) {]]
   GIVES [[  static std::string held = "/proc/self/fd/" + std::to_string(file);
   char path[4096] = {};

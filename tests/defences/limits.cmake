@@ -7,17 +7,17 @@ quoll_defence(text_length FILE apps/share/request/select.cpp
 quoll_defence(list_length FILE apps/share/request/select.cpp
   TAKES "bytes->size() > kLongestList" GIVES "bytes->size() > 2 * kLongestList"
   SHOWN_BY host ReceivedLimits.AListHas256MiBAtMost)
-quoll_defence(delivery_length FILE apps/share/request/received_bytes.cpp
-  TAKES "return size <= source.most ?" GIVES "return true ?"
-  SHOWN_BY host ReceivedLimits.DeliveriesHave256MiBInAll)
-quoll_defence(deliveries_in_all FILE apps/share/request/select.cpp
-  TAKES "room_ -= add_received(" GIVES "add_received("
-  SHOWN_BY host ReceivedLimits.FilesAndImagesShareTheRoomOfDeliveries)
+quoll_defence(descriptor_length FILE apps/share/request/received_bytes.cpp
+  TAKES "return size <= source.limit ?" GIVES "return true ?"
+  SHOWN_BY host ReceivedLimits.DescriptorsHave256MiBInAll)
+quoll_defence(descriptors_in_all FILE apps/share/request/select.cpp
+  TAKES "budget_ -= taken" GIVES "budget_ -= 0 * taken"
+  SHOWN_BY host ReceivedLimits.FilesAndImagesShareTheBudgetOfDescriptors)
 quoll_defence(left_out_on_the_disk FILE apps/share/request/select.cpp
   TAKES "unlink(path.c_str());" GIVES "path.clear();"
-  SHOWN_BY host ReceivedLimits.FilesAndImagesShareTheRoomOfDeliveries)
+  SHOWN_BY host ReceivedLimits.FilesAndImagesShareTheBudgetOfDescriptors)
 quoll_defence(delivered_image FILE apps/share/request/received_bytes.cpp
-  TAKES "std::min(kLargestImage, source.most)" GIVES "kLargestImage"
+  TAKES "std::min(kLargestImage, source.limit)" GIVES "kLargestImage"
   SHOWN_BY host ReceivedLimits.OfAnImageNoMoreIsHeldThanIsWanted)
 quoll_defence(image_in_memory FILE apps/share/request/received_bytes.cpp
   TAKES "std::size_t{256} << 20" GIVES "std::size_t{512} << 20"
@@ -45,16 +45,16 @@ quoll_defence(children_of_a_tool FILE quoll/linux/posix/subprocess.cpp
 quoll_defence(shares_at_a_time FILE apps/share-service/service.cpp
   TAKES "kMostShares = 16" GIVES "kMostShares = 17"
   SHOWN_BY share_service ShareService.SixteenSharesAreUnderWayAtMost)
-quoll_defence(uris_of_a_call FILE apps/share-service/share_request.h
+quoll_defence(uris_of_a_call FILE apps/share-service/share_call.h
   TAKES "kMostUris = 20'000" GIVES "kMostUris = 40'000"
   SHOWN_BY share_service ShareService.OpenHasItsLimits)
-quoll_defence(items_of_a_call FILE apps/share-service/share_request.cpp
+quoll_defence(items_of_a_call FILE apps/share-service/share_call.cpp
   TAKES "kMostItems = 64" GIVES "kMostItems = 65"
   SHOWN_BY share_service ShareService.RequestsThatAreNone)
-quoll_defence(uris_under_two_keys FILE apps/share-service/share_request.cpp
+quoll_defence(uris_under_two_keys FILE apps/share-service/share_call.cpp
   TAKES "too_many_uris(uris.size() + count)" GIVES "too_many_uris(count)"
   SHOWN_BY share_service ShareService.RequestsThatAreNone)
-quoll_defence(items_under_two_keys FILE apps/share-service/share_request.cpp
+quoll_defence(items_under_two_keys FILE apps/share-service/share_call.cpp
   TAKES "items.size() + count" GIVES "count"
   SHOWN_BY share_service ShareService.RequestsThatAreNone)
 quoll_defence(late_share FILE apps/share/notify.cpp

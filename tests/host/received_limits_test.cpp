@@ -64,20 +64,20 @@ TEST(ReceivedLimits, ATextWithoutAnEndEnds) {
 TEST(ReceivedLimits, AListHas256MiBAtMost) {
   const auto why_left_out = [](std::size_t size) {
     const posix::UniqueFd list = delivering(std::string(256 * kMebibyte, 'a'), size);
-    Wanted wanted;
-    wanted.text = "-";
-    wanted.has_list = true;
-    return select(wanted, list.get()).left_out.front().why;
+    ShareRequest request;
+    request.text = "-";
+    request.has_list = true;
+    return select(std::move(request), list.get()).left_out.front().why;
   };
   EXPECT_EQ(why_left_out(256 * kMebibyte), "it is longer than 64 MiB") << "its only part is a text";
   EXPECT_EQ(why_left_out(256 * kMebibyte + 1), "it is longer than 256 MiB");
 }
 
-TEST(ReceivedLimits, DeliveriesHave256MiBInAll) {
+TEST(ReceivedLimits, DescriptorsHave256MiBInAll) {
   const auto selected = [](std::size_t size) {
-    Wanted wanted;
-    wanted.deliveries = {{dup(delivering("", size).get()), "", "large"}};
-    return select(wanted);
+    ShareRequest request;
+    request.descriptor_items.push_back({delivering("", size), "", "large"});
+    return select(std::move(request));
   };
   EXPECT_EQ(selected(256 * kMebibyte).items.size(), 1U);
   const Selection longer = selected(256 * kMebibyte + 1);
@@ -87,12 +87,12 @@ TEST(ReceivedLimits, DeliveriesHave256MiBInAll) {
 }
 
 // One file may be delivered many times, so what each of them has is counted.
-TEST(ReceivedLimits, FilesAndImagesShareTheRoomOfDeliveries) {
+TEST(ReceivedLimits, FilesAndImagesShareTheBudgetOfDescriptors) {
   constexpr std::string_view kPng = "\x89PNG\r\n\x1a\n";
-  Wanted wanted;
-  wanted.room = 5 * kMebibyte;
+  ShareRequest request;
+  request.byte_budget = 5 * kMebibyte;
   const auto deliver = [&](std::string_view beginning, std::size_t size, const char* name) {
-    wanted.deliveries.push_back({dup(delivering(beginning, size).get()), "", name});
+    request.descriptor_items.push_back({delivering(beginning, size), "", name});
   };
   deliver(kPng, 2 * kMebibyte, "");
   deliver("", 2 * kMebibyte, "file");
@@ -100,7 +100,7 @@ TEST(ReceivedLimits, FilesAndImagesShareTheRoomOfDeliveries) {
   deliver("", 2 * kMebibyte, "another");
   deliver("", kMebibyte, "the last that has room");
   deliver(kPng, 100, "");
-  const Selection selection = select(wanted);
+  const Selection selection = select(std::move(request));
   EXPECT_EQ(selection.items.size(), 3U);
   ASSERT_EQ(selection.left_out.size(), 3U);
   for (const LeftOut& left : selection.left_out) {

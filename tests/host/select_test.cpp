@@ -136,14 +136,14 @@ TEST(Select, ATextThatOnlyRepeatsALinkIsDropped) {
   }
 }
 
-Selection select_delivery(posix::UniqueFd from, std::string media_type, std::string name) {
-  Wanted wanted;
-  wanted.deliveries = {{dup(from.get()), std::move(media_type), std::move(name)}};
-  wanted.patience = std::chrono::milliseconds(20);
-  return select(wanted);
+Selection select_descriptor(posix::UniqueFd from, std::string media_type, std::string name) {
+  ShareRequest request;
+  request.descriptor_items.push_back({std::move(from), std::move(media_type), std::move(name)});
+  request.read_timeout = std::chrono::milliseconds(20);
+  return select(std::move(request));
 }
 
-TEST(Select, DeliveriesBecomeFilesOfTheirNames) {
+TEST(Select, DescriptorsBecomeFilesOfTheirNames) {
   struct Row {
     const char* reason;
     std::string media_type;
@@ -165,7 +165,7 @@ TEST(Select, DeliveriesBecomeFilesOfTheirNames) {
       {"an option", "", "--x.txt", "--x.txt"},
   };
   for (const Row& row : rows) {
-    const Selection selection = select_delivery(delivering("hello"), row.media_type, row.name);
+    const Selection selection = select_descriptor(delivering("hello"), row.media_type, row.name);
     ASSERT_EQ(selection.items.size(), 1U) << row.reason;
     const std::string path = selection.items[0]->file_path().value_or("");
     EXPECT_EQ(path, selection.folder->path() + "/1/" + row.file) << row.reason;
@@ -174,10 +174,10 @@ TEST(Select, DeliveriesBecomeFilesOfTheirNames) {
 }
 
 TEST(Select, AnImageThatIsDeliveredKeepsItsNameWhenItHasOne) {
-  const Selection without = select_delivery(delivering(kGif), "image/gif", "");
+  const Selection without = select_descriptor(delivering(kGif), "image/gif", "");
   ASSERT_EQ(without.items.size(), 1U);
   EXPECT_EQ(without.items[0]->type(), platform::kUTTypeImage);
-  const Selection with = select_delivery(delivering(kGif), "image/gif", "cat.gif");
+  const Selection with = select_descriptor(delivering(kGif), "image/gif", "cat.gif");
   ASSERT_EQ(with.items.size(), 1U);
   EXPECT_EQ(with.items[0]->type(), platform::kUTTypeFileURL);
 }
@@ -185,7 +185,7 @@ TEST(Select, AnImageThatIsDeliveredKeepsItsNameWhenItHasOne) {
 TEST(Select, AFileIsDeliveredFromItsBeginning) {
   posix::UniqueFd file = delivering("hello");
   lseek(file.get(), 0, SEEK_END);
-  const Selection selection = select_delivery(std::move(file), "", "a.txt");
+  const Selection selection = select_descriptor(std::move(file), "", "a.txt");
   ASSERT_EQ(selection.items.size(), 1U);
   EXPECT_EQ(test::read_file(selection.items[0]->file_path().value_or("")), "hello");
 }
@@ -215,7 +215,7 @@ TEST(Select, DescriptorsThatDeliverNothing) {
   rows.push_back({"long name", delivering("x"), std::string(256, 'n'),
                   "it cannot be kept in a temporary file: file name too long"});
   for (Row& row : rows) {
-    const Selection selection = select_delivery(std::move(row.from), "", row.name);
+    const Selection selection = select_descriptor(std::move(row.from), "", row.name);
     EXPECT_TRUE(selection.empty()) << row.reason;
     ASSERT_EQ(selection.left_out.size(), 1U) << row.reason;
     EXPECT_EQ(selection.left_out[0].what, row.name) << row.reason;
@@ -246,10 +246,10 @@ TEST(Select, AListOnStandardInput) {
   };
   for (const Row& row : rows) {
     const posix::UniqueFd input = delivering(row.list);
-    Wanted wanted;
-    wanted.items = {given};
-    wanted.has_list = true;
-    const Selection selection = select(wanted, input.get());
+    ShareRequest request;
+    request.items = {given};
+    request.has_list = true;
+    const Selection selection = select(std::move(request), input.get());
     std::vector<std::string> items;
     for (const auto& item : selection.items) {
       items.push_back(item->given());
@@ -265,17 +265,18 @@ TEST(Select, AListOnStandardInput) {
 
 TEST(Select, TheTextsStandFirstInAList) {
   using namespace std::string_view_literals;
-  Wanted wanted;
-  wanted.title = "-";
-  wanted.html = "-";
-  wanted.has_list = true;
-  const posix::UniqueFd input = delivering("-\0<b>x</b>\0https://h/\0"sv);
-  const Selection selection = select(wanted, input.get());
+  const auto select_from = [](std::string_view list) {
+    ShareRequest request;
+    request.title = "-";
+    request.html = "-";
+    request.has_list = true;
+    return select(std::move(request), delivering(list).get());
+  };
+  const Selection selection = select_from("-\0<b>x</b>\0https://h/\0"sv);
   EXPECT_EQ(selection.title, "-") << "what is in a list is meant as it is";
   EXPECT_EQ(selection.html, "<b>x</b>");
   ASSERT_EQ(selection.items.size(), 1U);
-  const posix::UniqueFd shorter = delivering("A title\0"sv);
-  const Selection without = select(wanted, shorter.get());
+  const Selection without = select_from("A title\0"sv);
   EXPECT_EQ(without.title, "A title");
   EXPECT_EQ(without.html, std::nullopt);
   ASSERT_EQ(without.left_out.size(), 1U);

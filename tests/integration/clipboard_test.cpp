@@ -63,27 +63,27 @@ esac
   std::string name_;
 };
 
-/// What is wanted, in one line.
-std::string described(const share::Wanted& wanted) {
+/// What is asked for, in one line.
+std::string described(const share::ShareRequest& request) {
   std::string all;
-  for (const std::string& item : wanted.items) {
+  for (const std::string& item : request.items) {
     all += "item " + item + ";";
   }
-  for (const share::Delivery& delivery : wanted.deliveries) {
-    const posix::UniqueFd held(delivery.descriptor);
-    all += delivery.media_type + " of " + std::to_string(lseek(held.get(), 0, SEEK_END)) + ";";
+  for (const share::DescriptorItem& item : request.descriptor_items) {
+    all +=
+        item.media_type + " of " + std::to_string(lseek(item.descriptor.get(), 0, SEEK_END)) + ";";
   }
-  all += wanted.html ? "html " + *wanted.html + ";" : "";
-  all += wanted.text ? "text " + *wanted.text + ";" : "";
+  all += request.html ? "html " + *request.html + ";" : "";
+  all += request.text ? "text " + *request.text + ";" : "";
   return all;
 }
 
-/// What comes of reading it: what is wanted then, or why nothing is.
+/// What comes of reading it: what is asked for then, or why nothing is.
 std::string read_by(const Tools& tools, const share::ClipboardTime& time = {60s, 600s}) {
   const ScopedEnvironment environment(tools.environment());
-  share::Wanted wanted;
-  const auto reason = share::add_clipboard(wanted, time);
-  return reason.value_or(described(wanted));
+  share::ShareRequest request;
+  const auto reason = share::add_clipboard(request, time);
+  return reason.value_or(described(request));
 }
 
 TEST(Clipboard, FilesThenPictureThenStyledThenPlainText) {
@@ -179,15 +179,15 @@ TEST(Clipboard, WithoutADisplayOrATool) {
   const Tools tools("xclip");
   Environment environment = tools.environment();
   environment["DISPLAY"] = "";
-  share::Wanted wanted;
+  share::ShareRequest request;
   {
     const ScopedEnvironment none(environment);
-    EXPECT_EQ(share::add_clipboard(wanted), "there is no display, and so no clipboard");
+    EXPECT_EQ(share::add_clipboard(request), "there is no display, and so no clipboard");
   }
   environment["DISPLAY"] = ":99999";
   environment["PATH"] = "/nowhere";
   const ScopedEnvironment missing(environment);
-  EXPECT_EQ(share::add_clipboard(wanted), "xclip could not be started; install xclip");
+  EXPECT_EQ(share::add_clipboard(request), "xclip could not be started; install xclip");
 }
 
 // A display on the other side of a program that cannot reach it is asked by the other program.
@@ -199,9 +199,9 @@ TEST(Clipboard, XIsAskedWhereWaylandCannotBe) {
   const ScopedEnvironment first(x.environment());
   const ScopedEnvironment both(
       {{"WAYLAND_DISPLAY", "wayland-0"}, {"PATH", *wayland.environment()["PATH"]}});
-  share::Wanted wanted;
-  EXPECT_EQ(share::add_clipboard(wanted), std::nullopt);
-  EXPECT_EQ(wanted.text, "by X");
+  share::ShareRequest request;
+  EXPECT_EQ(share::add_clipboard(request), std::nullopt);
+  EXPECT_EQ(request.text, "by X");
 }
 
 /// A display with nothing on it, and a home to share from.

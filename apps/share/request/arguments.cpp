@@ -24,10 +24,10 @@ constexpr const char* kFooter =
 
 /// What no single option can check by itself; empty when the command line makes sense.
 std::string complaint(const Arguments& arguments) {
-  const Wanted& wanted = arguments.wanted;
-  const auto& items = wanted.items;
-  const bool is_empty = !wanted.text && !wanted.html && items.empty() &&
-                        wanted.deliveries.empty() && !wanted.has_list;
+  const ShareRequest& request = arguments.request;
+  const auto& items = request.items;
+  const bool is_empty = !request.text && !request.html && items.empty() &&
+                        request.descriptor_items.empty() && !request.has_list;
   if (arguments.clipboard) {
     return is_empty ? "" : "with --clipboard nothing else is shared";
   }
@@ -35,9 +35,9 @@ std::string complaint(const Arguments& arguments) {
     return "nothing to share was given";
   }
   const auto as_items = std::count(items.begin(), items.end(), "-");
-  const auto as_texts = (wanted.title == "-") + (wanted.text == "-") + (wanted.html == "-");
-  return as_items + (wanted.has_list ? 1 : as_texts) > 1 ? "standard input can be used only once"
-                                                         : "";
+  const auto as_texts = (request.title == "-") + (request.text == "-") + (request.html == "-");
+  return as_items + (request.has_list ? 1 : as_texts) > 1 ? "standard input can be used only once"
+                                                          : "";
 }
 
 /// The parser takes names such as "[a,b]", "{}" and "%%" apart. It leaves alone what begins with
@@ -66,25 +66,36 @@ void unmark(std::optional<std::string>& value) {
   }
 }
 
-/// Reads "N", "N:TYPE" or "N:TYPE:NAME"; a name may hold anything.
-std::optional<Delivery> delivery_of(const std::string& text) {
+/// Reads "N", "N:TYPE" or "N:TYPE:NAME", a name may hold anything, and adds it to the request.
+/// Answers what is wrong with it; empty when all is well.
+std::string add_descriptor(ShareRequest& request, const std::string& text) {
   constexpr int kFirst = 3;  // the first descriptor that is no standard one
   constexpr int kMost = 1 << 30;
-  Delivery delivery;
-  const auto [end, error] =
-      std::from_chars(text.data(), text.data() + text.size(), delivery.descriptor);
+  int number = -1;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   std::string_view rest = text;
   rest.remove_prefix(static_cast<std::size_t>(end - text.data()));
-  if (error != std::errc() || delivery.descriptor < kFirst || delivery.descriptor > kMost ||
+  if (error != std::errc() || number < kFirst || number > kMost ||
       !(rest.empty() || rest.front() == ':')) {
-    return std::nullopt;
+    return "--descriptor takes a number above 2, a type and a name: N:TYPE:NAME";
   }
+  const bool is_repeated = std::ranges::any_of(request.descriptor_items, [&](const auto& other) {
+    return other.descriptor.get() == number;
+  });
+  if (is_repeated) {
+    return "descriptor " + std::to_string(number) + " is given twice";
+  }
+  if (fcntl(number, F_GETFD) < 0) {  // later another file may get the number
+    return "descriptor " + std::to_string(number) + " is not open";
+  }
+  DescriptorItem& item = request.descriptor_items.emplace_back();
+  item.descriptor.reset(number);
   if (!rest.empty()) {
     const std::size_t colon = std::min(rest.find(':', 1), rest.size());
-    delivery.media_type = rest.substr(1, colon - 1);
-    delivery.name = rest.substr(std::min(colon + 1, rest.size()));
+    item.media_type = rest.substr(1, colon - 1);
+    item.name = rest.substr(std::min(colon + 1, rest.size()));
   }
-  return delivery;
+  return "";
 }
 
 int wrong_usage(const std::string& why) {
@@ -96,15 +107,15 @@ int wrong_usage(const std::string& why) {
 
 std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   Arguments arguments;
-  Wanted& wanted = arguments.wanted;
+  ShareRequest& request = arguments.request;
   CLI::App app("Shares links, files, images and text as one mail draft.", "quoll-share");
   app.footer(kFooter);
   app.set_version_flag("--version", "quoll-share " QUOLL_VERSION);
-  app.add_option("--title", wanted.title, "The draft's subject, used when a web link is shared");
-  auto* const text = app.add_option("--text", wanted.text, "Plain text, or - for standard input");
-  auto* const html = app.add_option("--html", wanted.html, "Styled text, or - for standard input");
+  app.add_option("--title", request.title, "The draft's subject, used when a web link is shared");
+  auto* const text = app.add_option("--text", request.text, "Plain text, or - for standard input");
+  auto* const html = app.add_option("--html", request.html, "Styled text, or - for standard input");
   text->excludes(html);
-  app.add_flag("-0,--null", wanted.has_list, "Read more ITEMs, each ended by a zero byte");
+  app.add_flag("-0,--null", request.has_list, "Read more ITEMs, each ended by a zero byte");
   app.add_flag("--clipboard", arguments.clipboard, "Share what the clipboard holds");
   std::vector<std::string> descriptors;
   app.add_option("--descriptor", descriptors, "The bytes of an open descriptor, as a file")
@@ -113,7 +124,7 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   app.add_flag("--print", arguments.print, "Print the command URL instead of opening it");
   app.add_flag("--verbose", arguments.verbose, "Write the log to standard error too");
   app.add_flag("--notify", arguments.notify, "Show on the desktop what went wrong");
-  app.add_option("ITEM", wanted.items, "What to share");
+  app.add_option("ITEM", request.items, "What to share");
   try {
     app.parse(marked(argc, argv));
   } catch (const CLI::Success& asked_for_help) {
@@ -121,31 +132,19 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   } catch (const CLI::ParseError& error) {
     return wrong_usage(error.what());
   }
-  for (auto* const value : {&wanted.title, &wanted.text, &wanted.html}) {
+  for (auto* const value : {&request.title, &request.text, &request.html}) {
     unmark(*value);
   }
-  for (std::string& item : wanted.items) {
+  for (std::string& item : request.items) {
     unmark(item);
   }
   for (std::string& descriptor : descriptors) {
     unmark(descriptor);
-    auto delivery = delivery_of(descriptor);
-    if (!delivery) {
-      return wrong_usage("--descriptor takes a number above 2, a type and a name: N:TYPE:NAME");
+    if (const std::string why = add_descriptor(request, descriptor); !why.empty()) {
+      return wrong_usage(why);
     }
-    // Later another file may have got the number.
-    const bool is_open = fcntl(delivery->descriptor, F_GETFD) >= 0;
-    const bool is_repeated = std::ranges::any_of(wanted.deliveries, [&](const auto& other) {
-      return other.descriptor == delivery->descriptor;
-    });
-    if (!is_open || is_repeated) {
-      return wrong_usage("descriptor " + std::to_string(delivery->descriptor) +
-                         (is_open ? " is given twice" : " is not open"));
-    }
-    wanted.deliveries.push_back(std::move(*delivery));
   }
-  const std::string why = complaint(arguments);
-  if (!why.empty()) {
+  if (const std::string why = complaint(arguments); !why.empty()) {
     return wrong_usage(why);
   }
   return arguments;

@@ -2,17 +2,17 @@
 
 #include <variant>
 
-#include "apps/share/request/select.h"
+#include "apps/share/request/share_request.h"
 
 namespace quoll::share {
 
 /// The command line of `quoll-share`.
 struct Arguments {
-  Wanted wanted;
+  ShareRequest request;
   bool print = false;
   bool verbose = false;
   bool notify = false;
-  /// What the clipboard holds is wanted; nothing else then but a title.
+  /// What the clipboard holds is asked for; nothing else then but a title.
   bool clipboard = false;
 };
 

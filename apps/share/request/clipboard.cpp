@@ -102,17 +102,16 @@ Reason why_not(const Tool& tool, const posix::ToolAnswer& answer) {
 }
 
 /// False when there is nothing in it.
-bool add_image(Wanted& wanted, const std::string& bytes) {
-  const int held = memfd_create("clipboard", MFD_CLOEXEC);
-  if (bytes.empty() || held < 0 || !posix::write_all(held, bytes)) {
-    posix::UniqueFd closed(held);
+bool add_image(ShareRequest& request, const std::string& bytes) {
+  posix::UniqueFd held(memfd_create("clipboard", MFD_CLOEXEC));
+  if (bytes.empty() || !held || !posix::write_all(held.get(), bytes)) {
     return false;
   }
-  wanted.deliveries.push_back({held, "image/png", ""});
+  request.descriptor_items.push_back({std::move(held), "image/png", ""});
   return true;
 }
 
-bool add_text(std::optional<std::string>& wanted, const std::string& bytes) {
+bool add_text(std::optional<std::string>& part, const std::string& bytes) {
   std::string text = clipboard_text(bytes);
   if (text.empty()) {
     return false;
@@ -120,21 +119,21 @@ bool add_text(std::optional<std::string>& wanted, const std::string& bytes) {
   if (text == "-") {  // stands for standard input, which is not the clipboard
     text += ' ';
   }
-  wanted = std::move(text);
+  part = std::move(text);
   return true;
 }
 
-bool add(Wanted& wanted, Kind kind, const std::string& bytes) {
+bool add(ShareRequest& request, Kind kind, const std::string& bytes) {
   switch (kind) {
     case Kind::kFiles:
-      wanted.items = clipboard_items(clipboard_text(bytes));
-      return !wanted.items.empty();
+      request.items = clipboard_items(clipboard_text(bytes));
+      return !request.items.empty();
     case Kind::kImage:
-      return add_image(wanted, bytes);
+      return add_image(request, bytes);
     case Kind::kHtml:
-      return add_text(wanted.html, bytes);
+      return add_text(request.html, bytes);
     case Kind::kText:
-      return add_text(wanted.text, bytes);
+      return add_text(request.text, bytes);
   }
   return false;
 }
@@ -148,7 +147,7 @@ std::vector<std::string> lines_of(const std::string& text) {
   return lines;
 }
 
-Reason add_from(const Tool& tool, Wanted& wanted, std::chrono::milliseconds patience,
+Reason add_from(const Tool& tool, ShareRequest& request, std::chrono::milliseconds patience,
                 std::chrono::steady_clock::time_point deadline) {
   const posix::ToolAnswer listed = posix::run_tool(tool.types, kLongestList, patience, deadline);
   if (auto reason = why_not(tool, listed)) {
@@ -164,7 +163,7 @@ Reason add_from(const Tool& tool, Wanted& wanted, std::chrono::milliseconds pati
     const auto answer = posix::run_tool(
         command, type.kind == Kind::kImage ? kLargestImage : kLongestText, patience, deadline);
     auto reason = why_not(tool, answer);
-    if (!reason && add(wanted, type.kind, answer.output)) {
+    if (!reason && add(request, type.kind, answer.output)) {
       return std::nullopt;
     }
     if (reason && reason != kEmpty) {
@@ -176,7 +175,7 @@ Reason add_from(const Tool& tool, Wanted& wanted, std::chrono::milliseconds pati
 
 }  // namespace
 
-std::optional<std::string> add_clipboard(Wanted& wanted, const ClipboardTime& time) {
+std::optional<std::string> add_clipboard(ShareRequest& request, const ClipboardTime& time) {
   const auto deadline = std::chrono::steady_clock::now() + time.in_all;
   Reason first;
   for (const Tool& tool : tools()) {
@@ -184,7 +183,7 @@ std::optional<std::string> add_clipboard(Wanted& wanted, const ClipboardTime& ti
     if (display == nullptr || *display == '\0') {
       continue;
     }
-    auto reason = add_from(tool, wanted, time.silence, deadline);
+    auto reason = add_from(tool, request, time.silence, deadline);
     if (!reason || reason == kEmpty) {
       return reason;
     }

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "apps/share/request/select.h"
+#include "apps/share/request/share_request.h"
 
 namespace quoll::share {
 
@@ -14,10 +14,10 @@ struct ClipboardTime {
   std::chrono::milliseconds in_all{30'000};
 };
 
-/// Adds what the clipboard holds to what is wanted: files and links before a picture, that before
+/// Adds what the clipboard holds to the request: files and links before a picture, that before
 /// styled text, that before plain text. Answers why there is nothing, in words that follow a colon;
 /// none when there is something. To be called while there is one thread.
-[[nodiscard]] std::optional<std::string> add_clipboard(Wanted& wanted,
+[[nodiscard]] std::optional<std::string> add_clipboard(ShareRequest& request,
                                                        const ClipboardTime& time = {});
 
 }  // namespace quoll::share

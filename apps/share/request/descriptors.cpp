@@ -19,13 +19,13 @@ void hold_standard_descriptors() {
   }
 }
 
-void close_inherited_descriptors(const Wanted& wanted) {
+void close_inherited_descriptors(const ShareRequest& request) {
   constexpr unsigned kMost = 1U << 30U;
   std::set<unsigned> named;
-  for (const Delivery& delivery : wanted.deliveries) {
-    named.insert(static_cast<unsigned>(delivery.descriptor));
+  for (const DescriptorItem& item : request.descriptor_items) {
+    named.insert(static_cast<unsigned>(item.descriptor.get()));
   }
-  for (const std::string& item : wanted.items) {
+  for (const std::string& item : request.items) {
     for (const std::string_view folder : {"/dev/fd/", "/proc/self/fd/"}) {
       unsigned number = 0;
       if (item.starts_with(folder) &&

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/share/request/select.h"
+#include "apps/share/request/share_request.h"
 
 namespace quoll::share {
 
@@ -9,8 +9,8 @@ namespace quoll::share {
 void hold_standard_descriptors();
 
 /// Closes what the starting program left open besides the standard descriptors, since no sandbox
-/// takes away what is open. What is wanted by its number, as bytes or as an item (`/dev/fd/5`),
-/// stays.
-void close_inherited_descriptors(const Wanted& wanted);
+/// takes away what is open. What the request names by its number, as bytes or as an item
+/// (`/dev/fd/5`), stays.
+void close_inherited_descriptors(const ShareRequest& request);
 
 }  // namespace quoll::share

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/share/request/intake.h"
+#include "apps/share/request/resolve_item.h"
 
 namespace quoll::share {
 
@@ -22,7 +22,7 @@ bool is_item(std::string_view given) {
 /// may claim any length and any depth.
 class RequestReader {
  public:
-  explicit RequestReader(Wanted& wanted) : wanted_(wanted) {}
+  explicit RequestReader(ShareRequest& request) : request_(request) {}
 
   /// False when the bytes are not one map.
   bool read(std::string_view cbor) {
@@ -144,7 +144,7 @@ class RequestReader {
     if (levels_.size() == 1 && level.seen % 2 == 0) {
       key_ = text;
     } else if (levels_.size() == 1 && key_ == "title" && !text.empty()) {
-      wanted_.title.emplace(text);
+      request_.title.emplace(text);
     } else if (levels_.size() == 2 && level.kind == Kind::kList && key_ == "urls") {
       add(text);
     }
@@ -182,15 +182,15 @@ class RequestReader {
 
   void add(std::string_view given) {
     if (is_item(given)) {
-      wanted_.items.emplace_back(given);
-    } else if (!given.empty() && wanted_.text) {
-      wanted_.text->append("\n").append(given);
+      request_.items.emplace_back(given);
+    } else if (!given.empty() && request_.text) {
+      request_.text->append("\n").append(given);
     } else if (!given.empty()) {
-      wanted_.text.emplace(given);
+      request_.text.emplace(given);
     }
   }
 
-  Wanted& wanted_;
+  ShareRequest& request_;
   std::vector<Level> levels_;
   std::string key_;
   std::string text_;  // of the pieces so far
@@ -200,17 +200,17 @@ class RequestReader {
 
 }  // namespace
 
-std::optional<Wanted> read_menu_request(std::string_view cbor) {
-  std::optional<Wanted> wanted(std::in_place);
-  if (!RequestReader(*wanted).read(cbor)) {
+std::optional<ShareRequest> read_menu_request(std::string_view cbor) {
+  std::optional<ShareRequest> request(std::in_place);
+  if (!RequestReader(*request).read(cbor)) {
     return std::nullopt;
   }
-  for (auto* const text : {&wanted->title, &wanted->text}) {
+  for (auto* const text : {&request->title, &request->text}) {
     if (*text == "-") {  // stands for standard input, which is not the menu's
       **text += ' ';
     }
   }
-  return wanted;
+  return request;
 }
 
 }  // namespace quoll::share

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string_view>
 
-#include "apps/share/request/select.h"
+#include "apps/share/request/share_request.h"
 
 namespace quoll::share {
 
@@ -11,6 +11,6 @@ namespace quoll::share {
 /// passed over. What is in "urls" is called an item when it can be one (a link, an absolute path, a
 /// file or `data:` URL, however it is escaped), and is the text of the share otherwise: browsers
 /// put the marked text beside the page's address. None when the bytes are no such map.
-[[nodiscard]] std::optional<Wanted> read_menu_request(std::string_view cbor);
+[[nodiscard]] std::optional<ShareRequest> read_menu_request(std::string_view cbor);
 
 }  // namespace quoll::share

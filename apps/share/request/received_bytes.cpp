@@ -20,13 +20,13 @@ std::optional<ReceivedBytes> receive(const Source& source) {
   ReceivedBytes received;
   const auto read_to = [&](std::size_t enough) {
     return posix::read_until(source.descriptor, received.beginning, enough, received.is_whole,
-                             source.patience);
+                             source.timeout);
   };
   if (!read_to(kBlock)) {
     return std::nullopt;
   }
   if (!received.is_whole && begins_as_image(received.beginning) &&
-      !read_to(std::min(kLargestImage, source.most))) {
+      !read_to(std::min(kLargestImage, source.limit))) {
     return std::nullopt;
   }
   return received;
@@ -40,16 +40,16 @@ std::optional<std::size_t> write_through(const ReceivedBytes& received, const So
     return std::nullopt;
   }
   std::string block;
-  while (!ended && size <= source.most) {
+  while (!ended && size <= source.limit) {
     block.clear();
-    if (!posix::read_until(source.descriptor, block, kBlock, ended, source.patience) ||
+    if (!posix::read_until(source.descriptor, block, kBlock, ended, source.timeout) ||
         !posix::write_all(target, block)) {
       return std::nullopt;
     }
     size += block.size();
   }
   errno = EFBIG;
-  return size <= source.most ? std::optional(size) : std::nullopt;
+  return size <= source.limit ? std::optional(size) : std::nullopt;
 }
 
 std::optional<std::string> receive_text(int descriptor, std::size_t enough) {

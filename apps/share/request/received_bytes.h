@@ -13,9 +13,9 @@ namespace quoll::share {
 struct Source {
   int descriptor = -1;
   /// How long it may deliver nothing; none: for ever.
-  std::optional<std::chrono::milliseconds> patience = std::nullopt;
-  /// How many bytes are wanted of it.
-  std::size_t most = std::numeric_limits<std::size_t>::max();
+  std::optional<std::chrono::milliseconds> timeout = std::nullopt;
+  /// How many of its bytes are taken.
+  std::size_t limit = std::numeric_limits<std::size_t>::max();
 };
 
 /// The beginning of what a descriptor delivers, or all of it.
@@ -25,12 +25,12 @@ struct ReceivedBytes {
 };
 
 /// Reads enough to tell what it is, and all of it when it is an image that memory may hold and that
-/// is not more than wanted; none with `errno` set when reading failed.
+/// is not more than is taken; none with `errno` set when reading failed.
 [[nodiscard]] std::optional<ReceivedBytes> receive(const Source& source);
 
 /// Writes the beginning and whatever still comes from `source` to `target`, without holding more
 /// than a block in memory. Answers how many bytes they are; none with `errno` set, to EFBIG when
-/// they are more than wanted.
+/// they are more than are taken.
 [[nodiscard]] std::optional<std::size_t> write_through(const ReceivedBytes& received,
                                                        const Source& source, int target);
 

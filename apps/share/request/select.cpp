@@ -8,9 +8,9 @@
 
 #include "apps/share/request/data_url.h"
 #include "apps/share/request/image_signature.h"
-#include "apps/share/request/intake.h"
 #include "apps/share/request/media_type.h"
 #include "apps/share/request/received_bytes.h"
+#include "apps/share/request/resolve_item.h"
 #include "apps/share/request/zero_ended_list.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/posix/descriptor_io.h"
@@ -42,10 +42,10 @@ std::string why_not_received() {
 
 class Selector {
  public:
-  Selector(Selection& selection, const Wanted& wanted, int standard_input)
+  Selector(Selection& selection, const ShareRequest& request, int standard_input)
       : selection_(selection),
-        patience_(wanted.patience),
-        room_(wanted.room),
+        timeout_(request.read_timeout),
+        budget_(request.byte_budget),
         standard_input_(standard_input) {}
 
   /// The text itself, or what standard input delivers; none when it cannot be shared.
@@ -91,14 +91,14 @@ class Selector {
     }
   }
 
-  void add(const Delivery& delivery) {
-    const posix::UniqueFd owner(delivery.descriptor);
+  void add(DescriptorItem item) {
     // Whoever made the file may have left off at its end.
-    static_cast<void>(lseek(delivery.descriptor, 0, SEEK_SET));
-    const std::string_view name = file_name(delivery.name);
-    room_ -= add_received(name.empty() ? "an item without a name" : name,
-                          {delivery.descriptor, patience_, room_},
-                          {.media_type = delivery.media_type, .name = std::string(name)}, "item");
+    static_cast<void>(lseek(item.descriptor.get(), 0, SEEK_SET));
+    const std::string_view name = file_name(item.name);
+    const std::size_t taken =
+        add_received(name.empty() ? "an item without a name" : name,
+                     {item.descriptor.get(), timeout_, budget_}, item.media_type, name, "item");
+    budget_ -= taken;
   }
 
   void add(const std::string& given) {
@@ -118,12 +118,12 @@ class Selector {
     if (const auto scheme = link_scheme(given); scheme == "data" && why_not_shareable(given)) {
       add_data_url(given);
     } else {
-      Intake intake = take_in(given);
-      if (!intake.url) {
-        leave_out(given, std::move(intake.refusal));
+      ResolvedItem resolved = resolve_item(given);
+      if (!resolved.url) {
+        leave_out(given, std::move(resolved.refusal));
         return;
       }
-      add_url(given, intake.url);
+      add_url(given, resolved.url);
     }
   }
 
@@ -145,11 +145,12 @@ class Selector {
   }
 
   void add_standard_input() {
-    add_received("standard input", {standard_input_}, {}, "standard-input");
+    add_received("standard input", {standard_input_}, "", "", "standard-input");
   }
 
   /// Answers how many bytes were taken.
-  std::size_t add_received(std::string_view given, const Source& source, const Delivery& known,
+  std::size_t add_received(std::string_view given, const Source& source,
+                           std::string_view media_type, std::string_view name,
                            std::string_view name_without_one) {
     const auto received = receive(source);
     const std::size_t held = received ? received->beginning.size() : 0;
@@ -157,15 +158,14 @@ class Selector {
       leave_out(given, received ? "it is empty" : why_not_received());
       return 0;
     }
-    if (known.name.empty() && received->is_whole && held <= source.most &&
+    if (name.empty() && received->is_whole && held <= source.limit &&
         begins_as_image(received->beginning)) {
       add_image(given, received->beginning);
       return held;
     }
-    return add_bytes(
-        given, known.name.empty() ? name_without_one : known.name,
-        known.media_type.empty() ? media_type_of_bytes(received->beginning) : known.media_type,
-        *received, source);
+    return add_bytes(given, name.empty() ? name_without_one : name,
+                     media_type.empty() ? media_type_of_bytes(received->beginning) : media_type,
+                     *received, source);
   }
 
   void add_data_url(const std::string& given) {
@@ -212,8 +212,8 @@ class Selector {
   }
 
   Selection& selection_;
-  std::chrono::milliseconds patience_;
-  std::size_t room_;  ///< how many bytes may still be delivered
+  std::chrono::milliseconds timeout_;
+  std::size_t budget_;  ///< how many bytes may still come from descriptors
   int standard_input_;
   std::optional<ZeroEndedList> list_;
 };
@@ -236,21 +236,21 @@ void drop_repeated_text(Selection& selection) {
 
 }  // namespace
 
-Selection select(const Wanted& wanted, int standard_input) {
+Selection select(ShareRequest request, int standard_input) {
   Selection selection;
-  Selector selector(selection, wanted, standard_input);
-  if (wanted.has_list) {
+  Selector selector(selection, request, standard_input);
+  if (request.has_list) {
     selector.read_list();
   }
-  selection.title = selector.text(wanted.title, "the title");
-  selection.text = selector.text(wanted.text, "the text");
-  selection.html = selector.text(wanted.html, "the HTML text");
-  for (const std::string& item : wanted.items) {
+  selection.title = selector.text(request.title, "the title");
+  selection.text = selector.text(request.text, "the text");
+  selection.html = selector.text(request.html, "the HTML text");
+  for (const std::string& item : request.items) {
     selector.add(item);
   }
   selector.add_list();
-  for (const Delivery& delivery : wanted.deliveries) {
-    selector.add(delivery);
+  for (DescriptorItem& item : request.descriptor_items) {
+    selector.add(std::move(item));
   }
   drop_repeated_text(selection);
   return selection;

@@ -1,4 +1,4 @@
-#include "apps/share/turn.h"
+#include "apps/share/staging_lock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -10,6 +10,7 @@
 
 #include "quoll/container/group_container.h"
 #include "quoll/foundation/path.h"
+#include "quoll/linux/posix/descriptor_io.h"
 
 namespace quoll::share {
 
@@ -62,9 +63,12 @@ bool lock(int file) {
 
 }  // namespace
 
-Turn take_turn() {
+StagingLock lock_staging() {
   posix::UniqueFd file = lock_file();
-  return file && lock(file.get()) ? Turn(std::move(file)) : Turn();
+  if (file && !lock(file.get())) {
+    file.reset();
+  }
+  return file;
 }
 
 }  // namespace quoll::share

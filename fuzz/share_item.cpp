@@ -13,8 +13,8 @@
 
 #include "apps/share/request/data_url.h"
 #include "apps/share/request/image_signature.h"
-#include "apps/share/request/intake.h"
 #include "apps/share/request/media_type.h"
+#include "apps/share/request/resolve_item.h"
 #include "fuzz/require.h"
 #include "quoll/foundation/base64.h"
 #include "quoll/foundation/text.h"
@@ -50,21 +50,21 @@ class InFolder {
   std::filesystem::path before_;
 };
 
-void check_intake(std::string_view given) {
-  const share::Intake intake = share::take_in(given);
-  require((intake.url == nullptr) != intake.refusal.empty());
-  if (!intake.url) {
-    require(intake.refusal.find('\n') == std::string::npos);
+void check_resolved(std::string_view given) {
+  const share::ResolvedItem resolved = share::resolve_item(given);
+  require((resolved.url == nullptr) != resolved.refusal.empty());
+  if (!resolved.url) {
+    require(resolved.refusal.find('\n') == std::string::npos);
     return;
   }
-  if (intake.url->isFileURL()) {
+  if (resolved.url->isFileURL()) {
     struct stat status {};
-    const auto path = intake.url->file_system_path();
+    const auto path = resolved.url->file_system_path();
     require(path && path->starts_with('/'));
     require(stat(path->c_str(), &status) == 0 && S_ISREG(status.st_mode));
     return;
   }
-  const std::string& text = intake.url->absoluteString();
+  const std::string& text = resolved.url->absoluteString();
   require(NSURL::URLWithString(text) != nullptr);
   require(share::link_scheme(text).has_value());
   require(std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c < 0x7F; }));
@@ -97,7 +97,7 @@ void check_bytes(std::string_view bytes) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text(reinterpret_cast<const char*>(data), size);
   const InFolder folder;
-  check_intake(text);
+  check_resolved(text);
   check_data_url(text);
   check_data_url("data:" + std::string(text));
   check_bytes(text);

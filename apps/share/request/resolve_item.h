@@ -13,7 +13,7 @@ namespace quoll::share {
 
 /// The URL that a text stands for: a file URL of a file that can be read, or a link. Without one,
 /// why not, in words that follow a colon.
-struct Intake {
+struct ResolvedItem {
   std::shared_ptr<foundation::NSURL> url;
   std::string refusal;
 };
@@ -21,7 +21,7 @@ struct Intake {
 /// Reads a file URL (escaped or raw, nothing is cut at "?" or "#"), a path (absolute, or relative
 /// to the working directory; any bytes) or a link. An existing path is a path, whatever it looks
 /// like. Looks at the disk; keeps no file open.
-[[nodiscard]] Intake take_in(std::string_view given);
+[[nodiscard]] ResolvedItem resolve_item(std::string_view given);
 
 /// The scheme of a link, in small letters and without ":"; none when the text does not begin as a
 /// link does: with a scheme of two characters or more, then ":" and no white space.

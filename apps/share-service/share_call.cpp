@@ -1,4 +1,4 @@
-#include "apps/share-service/share_request.h"
+#include "apps/share-service/share_call.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -106,7 +106,7 @@ std::string plain_media_type(std::string type) {
   return type;
 }
 
-Complaint take_item(GVariant* given, GUnixFDList* descriptors, RequestedItem& item) {
+Complaint take_item(GVariant* given, GUnixFDList* descriptors, share::DescriptorItem& item) {
   auto complaint = each_entry(given, [&](std::string_view key, GVariant* value) -> Complaint {
     if (key == "name") {
       return take_text(key, value, item.name);
@@ -137,7 +137,8 @@ Complaint take_item(GVariant* given, GUnixFDList* descriptors, RequestedItem& it
                          : Complaint("an item has neither \"bytes\" nor \"descriptor\"");
 }
 
-Complaint take_items(GVariant* value, GUnixFDList* descriptors, std::vector<RequestedItem>& items) {
+Complaint take_items(GVariant* value, GUnixFDList* descriptors,
+                     std::vector<share::DescriptorItem>& items) {
   if (g_variant_is_of_type(value, G_VARIANT_TYPE("aa{sv}")) == FALSE) {
     return wrong_type("items", "aa{sv}");
   }
@@ -165,9 +166,10 @@ std::optional<std::string> too_many_uris(std::size_t count) {
          " are the most";
 }
 
-std::optional<std::string> read_share_request(GVariant* given, GUnixFDList* descriptors,
-                                              ShareRequest& request) {
-  auto complaint = each_entry(given, [&](std::string_view key, GVariant* value) -> Complaint {
+std::optional<std::string> read_share_call(GVariant* parameters, GUnixFDList* descriptors,
+                                           ShareCall& call) {
+  share::ShareRequest& request = call.request;
+  auto complaint = each_entry(parameters, [&](std::string_view key, GVariant* value) -> Complaint {
     if (key == "title") {
       return take_text(key, value, request.title);
     }
@@ -178,18 +180,20 @@ std::optional<std::string> read_share_request(GVariant* given, GUnixFDList* desc
       return take_text(key, value, request.html);
     }
     if (key == "uris") {
-      return take_uris(value, request.uris);
+      return take_uris(value, request.items);
     }
     if (key == "items") {
-      return take_items(value, descriptors, request.items);
+      return take_items(value, descriptors, request.descriptor_items);
     }
     if (key == "activation-token") {
-      return take_text(key, value, request.tokens.activation);
+      return take_text(key, value, call.tokens.activation);
     }
-    return key == "desktop-startup-id" ? take_text(key, value, request.tokens.startup)
+    return key == "desktop-startup-id" ? take_text(key, value, call.tokens.startup)
                                        : "\"" + std::string(key) + "\" is not known";
   });
-  if (!complaint && request.empty()) {
+  const bool is_empty = !request.text && !request.html && request.items.empty() &&
+                        request.descriptor_items.empty();  // a title alone is no share
+  if (!complaint && is_empty) {
     return "there is nothing to share";
   }
   return complaint;

@@ -1,4 +1,4 @@
-#include "apps/share/turn.h"
+#include "apps/share/staging_lock.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/platform/desktop.h"
 #include "tests/host/folder_files.h"
 #include "tests/support/temporary_folder.h"
@@ -14,42 +15,42 @@
 namespace quoll::share {
 namespace {
 
-TEST(Turn, NoneWithoutAContainer) {
+TEST(StagingLock, NoneWithoutAContainer) {
   const platform::ScopedDesktop desktop({});
-  EXPECT_FALSE(take_turn().is_held());
+  EXPECT_FALSE(lock_staging());
 }
 
-TEST(Turn, TheLockFileIsPrivateAndStays) {
+TEST(StagingLock, TheLockFileIsPrivateAndStays) {
   const test::TemporaryFolder folder;
   const platform::ScopedDesktop desktop(
       {.files = std::make_shared<test::FolderFiles>(folder.path())});
-  EXPECT_TRUE(take_turn().is_held());
+  EXPECT_TRUE(lock_staging());
   struct stat status {};
   ASSERT_EQ(stat(folder.path(".locks").c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 07777U, 0700U);
   ASSERT_EQ(stat(folder.path(".locks/turn").c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 07777U, 0600U);
-  EXPECT_TRUE(take_turn().is_held()) << "once more";
+  EXPECT_TRUE(lock_staging()) << "once more";
 }
 
-TEST(Turn, AnotherProcessWaitsUntilTheTurnIsOver) {
+TEST(StagingLock, AnotherProcessWaitsUntilItIsFree) {
   const test::TemporaryFolder folder;
   const platform::ScopedDesktop desktop(
       {.files = std::make_shared<test::FolderFiles>(folder.path())});
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
-  auto turn = std::make_unique<Turn>(take_turn());
-  ASSERT_TRUE(turn->is_held());
+  StagingLock lock = lock_staging();
+  ASSERT_TRUE(lock);
   const pid_t child = fork();
   if (child == 0) {
     close(ends[0]);
-    turn.reset();  // only this process's share in it: the parent holds the lock
+    lock.reset();  // only this process's share in it: the parent holds the lock
     const int file = open(folder.path(".locks/turn").c_str(), O_RDWR);
     const bool is_free = flock(file, LOCK_EX | LOCK_NB) == 0;
     close(file);
     static_cast<void>(posix::write_all(ends[1], is_free ? "free," : "taken,"));
-    const Turn next = take_turn();
-    static_cast<void>(posix::write_all(ends[1], next.is_held() ? "held" : "none"));
+    const StagingLock next = lock_staging();
+    static_cast<void>(posix::write_all(ends[1], next ? "held" : "none"));
     _exit(0);
   }
   close(ends[1]);
@@ -57,7 +58,7 @@ TEST(Turn, AnotherProcessWaitsUntilTheTurnIsOver) {
   bool ended = false;
   ASSERT_TRUE(posix::read_until(ends[0], told, 6, ended));
   EXPECT_EQ(told, "taken,");
-  turn.reset();
+  lock.reset();
   ASSERT_TRUE(posix::read_until(ends[0], told, 100, ended));
   EXPECT_EQ(told, "taken,held");
   close(ends[0]);

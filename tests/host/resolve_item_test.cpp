@@ -1,4 +1,4 @@
-#include "apps/share/request/intake.h"
+#include "apps/share/request/resolve_item.h"
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -75,10 +75,10 @@ TEST_F(Intakes, FilesThatAreTaken) {
       {"a symbolic link to a file", "link", "link"},
   };
   for (const Row& row : rows) {
-    const Intake intake = take_in(row.given);
-    ASSERT_TRUE(intake.url) << row.reason << ": " << intake.refusal;
-    EXPECT_TRUE(intake.url->isFileURL()) << row.reason;
-    EXPECT_EQ(intake.url->file_system_path(), root + row.name) << row.reason;
+    const ResolvedItem resolved = resolve_item(row.given);
+    ASSERT_TRUE(resolved.url) << row.reason << ": " << resolved.refusal;
+    EXPECT_TRUE(resolved.url->isFileURL()) << row.reason;
+    EXPECT_EQ(resolved.url->file_system_path(), root + row.name) << row.reason;
   }
 }
 
@@ -103,9 +103,9 @@ TEST_F(Intakes, LinksThatAreTaken) {
       {"no scheme, in capitals", "WWW.example.org", "http://WWW.example.org"},
   };
   for (const Row& row : rows) {
-    const Intake intake = take_in(row.given);
-    ASSERT_TRUE(intake.url) << row.reason << ": " << intake.refusal;
-    EXPECT_EQ(intake.url->absoluteString(), row.url) << row.reason;
+    const ResolvedItem resolved = resolve_item(row.given);
+    ASSERT_TRUE(resolved.url) << row.reason << ": " << resolved.refusal;
+    EXPECT_EQ(resolved.url->absoluteString(), row.url) << row.reason;
   }
 }
 
@@ -145,9 +145,9 @@ TEST_F(Intakes, Refused) {
       {"a file URL without a path", "file://localhost", "no such file"},
   };
   for (const Row& row : rows) {
-    const Intake intake = take_in(row.given);
-    EXPECT_FALSE(intake.url) << row.reason;
-    EXPECT_EQ(intake.refusal, row.refusal) << row.reason;
+    const ResolvedItem resolved = resolve_item(row.given);
+    EXPECT_FALSE(resolved.url) << row.reason;
+    EXPECT_EQ(resolved.refusal, row.refusal) << row.reason;
   }
 }
 
@@ -158,10 +158,10 @@ TEST_F(Intakes, UnreadableFile) {
   if (user == 0) {
     ASSERT_EQ(seteuid(65534), 0);  // the superuser may read everything
   }
-  const Intake intake = take_in(folder_.path("plain.txt"));
+  const ResolvedItem resolved = resolve_item(folder_.path("plain.txt"));
   ASSERT_EQ(seteuid(user), 0);
-  EXPECT_FALSE(intake.url);
-  EXPECT_EQ(intake.refusal, "permission denied");
+  EXPECT_FALSE(resolved.url);
+  EXPECT_EQ(resolved.refusal, "permission denied");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "apps/share/request/intake.h"
+#include "apps/share/request/resolve_item.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -62,7 +62,7 @@ std::string absolute(std::string_view path) {
   return foundation::appending_path_component(found != nullptr ? found : "", path);
 }
 
-Intake file_intake(std::string_view path) {
+ResolvedItem resolve_file(std::string_view path) {
   if (auto refusal = why_not_shareable(std::string(path))) {
     return {nullptr, std::move(*refusal)};
   }
@@ -83,7 +83,7 @@ bool is_this_machine(std::string_view host) {
 }
 
 /// `rest` is what follows "file:".
-Intake file_url_intake(std::string_view rest) {
+ResolvedItem resolve_file_url(std::string_view rest) {
   if (rest.starts_with("//")) {
     rest.remove_prefix(2);
     const std::size_t slash = std::min(rest.find('/'), rest.size());
@@ -99,7 +99,7 @@ Intake file_url_intake(std::string_view rest) {
   }
   // Some hosts escape and some do not, so a "%" may be either: the disk knows.
   const bool is_raw = !decoded || (!exists(*decoded) && exists(raw));
-  return file_intake(is_raw ? raw : *decoded);
+  return resolve_file(is_raw ? raw : *decoded);
 }
 
 /// True when a link keeps the character at `position` as it is.
@@ -127,12 +127,12 @@ std::string with_escapes(std::string_view text) {
   return out;
 }
 
-Intake link_intake(std::string_view text) {
+ResolvedItem resolve_link(std::string_view text) {
   auto url = NSURL::URLWithString(text);
   if (!url) {
     url = NSURL::URLWithString(with_escapes(text));
   }
-  return url ? Intake{std::move(url), {}} : Intake{nullptr, "it cannot be made a link"};
+  return url ? ResolvedItem{std::move(url), {}} : ResolvedItem{nullptr, "it cannot be made a link"};
 }
 
 }  // namespace
@@ -168,7 +168,7 @@ std::optional<std::string> link_scheme(std::string_view text) {
   return small_letters(text.substr(0, length));
 }
 
-Intake take_in(std::string_view given) {
+ResolvedItem resolve_item(std::string_view given) {
   if (given.empty()) {
     return {nullptr, "the name is empty"};
   }
@@ -176,23 +176,23 @@ Intake take_in(std::string_view given) {
     return {nullptr, "the name holds a zero byte"};
   }
   if (exists(std::string(given))) {
-    return file_intake(given);
+    return resolve_file(given);
   }
   const std::string_view text = foundation::trim(given);
   const auto scheme = link_scheme(text);
   if (scheme == "file") {
     const std::string_view untrimmed =
         given.substr(static_cast<std::size_t>(text.data() - given.data()));
-    return file_url_intake(untrimmed.substr(scheme->size() + 1));
+    return resolve_file_url(untrimmed.substr(scheme->size() + 1));
   }
   if (scheme) {
-    return link_intake(text);
+    return resolve_link(text);
   }
   if (small_letters(text.substr(0, 4)) == "www." && text.size() > 4 &&
       std::none_of(text.begin(), text.end(), is_space)) {
-    return link_intake("http://" + std::string(text));
+    return resolve_link("http://" + std::string(text));
   }
-  return file_intake(given);
+  return resolve_file(given);
 }
 
 }  // namespace quoll::share

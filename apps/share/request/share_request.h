@@ -1,0 +1,40 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "quoll/linux/posix/unique_fd.h"
+
+namespace quoll::share {
+
+/// An item whose bytes an open descriptor delivers: a file from its beginning, anything else from
+/// where it is.
+struct DescriptorItem {
+  posix::UniqueFd descriptor;
+  std::string media_type;  ///< in small letters; empty when it is not known
+  /// The name of the file that the bytes become, whatever folders stand before it. Without one an
+  /// image becomes an image, like one from standard input.
+  std::string name;
+};
+
+/// What was asked for, as it was given. A text that is "-" comes from standard input, and so does
+/// an item; at most one of them all does.
+struct ShareRequest {
+  std::optional<std::string> title;
+  std::optional<std::string> text;
+  std::optional<std::string> html;
+  std::vector<std::string> items;
+  std::vector<DescriptorItem> descriptor_items = {};
+  /// How many bytes these may have together: they may be anybody's, one file many times.
+  std::size_t byte_budget = std::size_t{256} << 20;
+  /// How long one of them may deliver nothing: it may be anybody's.
+  std::chrono::milliseconds read_timeout{10'000};
+  /// Standard input is a list of any length, each part of it ended by a zero byte: first the texts
+  /// that are "-", in the order above, then more items.
+  bool has_list = false;
+};
+
+}  // namespace quoll::share
