@@ -27,7 +27,7 @@ void set_query(NSMutableURLRequest& request, const std::string& query) {
   request.setURL(request.URL() ? URLWithQuery(*request.URL(), query) : nullptr);
 }
 
-/// The body as text, empty when there is none or when it is not UTF-8.
+/// The body as text; empty when there is none or when it is not UTF-8.
 std::string_view body_text(const NSURLRequest& request) {
   const auto& body = request.HTTPBody();
   if (!body || body->empty()) {

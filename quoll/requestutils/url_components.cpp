@@ -24,12 +24,12 @@ using foundation::Dictionary;
 using foundation::NSURL;
 using foundation::Value;
 
-/// The text of a URL while it is put together, from the front to the end.
+/// Builds the text of a URL, piece by piece from the front.
 class Assembly {
  public:
   explicit Assembly(const Dictionary& components) : components_(components) {}
 
-  /// A component that is asked to be a text.
+  /// Adds a component that has to be a text. Raises when it is not.
   bool add_text(std::string_view key) {
     const Value* const value = components_.find(key);
     if (value != nullptr) {
@@ -38,7 +38,7 @@ class Assembly {
     return value != nullptr;
   }
 
-  /// A component of any kind behind its mark, in its textual description.
+  /// Adds a component of any kind, as `description` writes it, after its mark (such as ":").
   void add_described(const char* mark, std::string_view key) {
     if (const Value* const value = components_.find(key)) {
       text_ += mark;

@@ -7,12 +7,13 @@
 #include "quoll/foundation/nsurl.h"
 #include "quoll/foundation/value.h"
 
-/// A URL as a dictionary of named components, and back. Pure functions; any thread may call.
+/// Takes a URL apart into a dictionary of named components, and builds one from such a dictionary.
+/// Pure functions; any thread may call.
 namespace quoll::RequestUtils {
 
-// The keys, symbols of the library that stand before any code runs. Values are texts; but a port is
-// a number where a URL is taken apart, and a query may be a parameter dictionary where one is
-// built.
+// The keys of the dictionary. They are symbols of the library and have their values before any code
+// runs. Their values are texts, with two exceptions: `components` answers a port as a number, and
+// `URLWithComponents` also takes a parameter dictionary as the query.
 extern const std::string_view URLSchemeComponent;           ///< "scheme"
 extern const std::string_view URLHostComponent;             ///< "host"
 extern const std::string_view URLPortComponent;             ///< "port"
@@ -23,25 +24,27 @@ extern const std::string_view URLParameterStringComponent;  ///< "parameterStrin
 extern const std::string_view URLQueryComponent;            ///< "query"
 extern const std::string_view URLFragmentComponent;         ///< "fragment"
 
-/// `URLWithComponents:`: nothing is percent-encoded but a query that is a dictionary. Null when
-/// what is put together is no URL. A password without a user is ignored, and so are unknown keys.
-/// Raises `NSInvalidArgumentException` when scheme, user, host or path is no text, or when the
-/// query does not compose.
+/// `URLWithComponents:`: builds a URL. Nothing is percent-encoded except a query that is a
+/// dictionary. Null when the result is not a URL. A password without a user is ignored, and so are
+/// unknown keys. Raises `NSInvalidArgumentException` when scheme, user, host or path is not a text,
+/// or when the query holds something that cannot be written.
 [[nodiscard]] std::shared_ptr<foundation::NSURL> URLWithComponents(
     const foundation::Dictionary& components);
 
-/// `components`: a new dictionary of what the URL has, as its accessors tell it.
+/// `components`: a new dictionary of the components that the URL has, with the values of its
+/// accessors (so percent-escapes are decoded where the accessor decodes).
 [[nodiscard]] std::shared_ptr<foundation::Dictionary> components(const foundation::NSURL& url);
 
-/// `URLWithValue:forComponent:`: a null value removes the component. Since accessors decode and
-/// building does not encode, a URL with escapes in its user, host or path may give null. An unknown
-/// component is ignored. Raises as `URLWithComponents` does.
+/// `URLWithValue:forComponent:`: the URL with one component replaced; a null value removes it. The
+/// result may be null for a URL with escapes in its user, host or path, because taking it apart
+/// decodes them and building does not encode. An unknown component is ignored. Raises as
+/// `URLWithComponents` does.
 [[nodiscard]] std::shared_ptr<foundation::NSURL> URLWithValue(const foundation::NSURL& url,
                                                               const foundation::Value& value,
                                                               std::string_view forComponent);
 
-/// `URLWithScheme:`: the scheme alone is replaced; without one, the new one stands right before the
-/// text. Null when that is no URL.
+/// `URLWithScheme:`: replaces the scheme and leaves the rest of the text as it is. A URL without a
+/// scheme gets the new one in front of its text. Null when the result is not a URL.
 [[nodiscard]] std::shared_ptr<foundation::NSURL> URLWithScheme(const foundation::NSURL& url,
                                                                std::string_view scheme);
 
@@ -61,7 +64,8 @@ extern const std::string_view URLFragmentComponent;         ///< "fragment"
 [[nodiscard]] std::shared_ptr<foundation::NSURL> URLWithFragment(const foundation::NSURL& url,
                                                                  const foundation::Value& fragment);
 
-/// `URLWithPath:`: replaces the *password*; the path stays as it was. Callers rely on it.
+/// `URLWithPath:`: despite its name, this replaces the *password* and leaves the path as it was.
+/// Callers rely on it.
 [[nodiscard]] std::shared_ptr<foundation::NSURL> URLWithPath(const foundation::NSURL& url,
                                                              const foundation::Value& password);
 

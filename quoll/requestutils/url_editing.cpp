@@ -13,7 +13,7 @@ using foundation::Dictionary;
 using foundation::List;
 using foundation::Value;
 
-/// A URL whose path is edited: what stands behind the path is put back afterwards.
+/// A text split into its path, query and fragment, so that the path can be edited alone.
 struct Pieces {
   std::string path;
   std::optional<std::string> query;
@@ -34,12 +34,12 @@ std::string replacing_last_component(std::string_view text, std::string_view com
   return stringByAppendingURLPathComponent(stringByDeletingLastURLPathComponent(text), component);
 }
 
-/// The elements of a list, or the text alone.
+/// The elements of a list; a list of one for a text.
 std::vector<Value> elements(const Value& value) {
   return value.as_list() ? value.list() : std::vector<Value>{value};
 }
 
-/// The value of a key that both sides have.
+/// The merged value of a key that is on both sides.
 Value merged(const Value& old_value, const Value& new_value, URLQueryOptions mode) {
   const bool texts = !old_value.as_list() && !new_value.as_list();
   if (texts && mode == URLQueryKeepFirstValue) {
@@ -142,7 +142,7 @@ std::string stringByMergingURLQuery(std::string_view text, std::optional<std::st
 
 std::string lastURLPathComponent(std::string_view text) {
   const std::string path = stringByDeletingURLQuery(stringByDeletingURLFragment(text));
-  return path.substr(path.rfind('/') + 1);  // from 0 when there is no "/"
+  return path.substr(path.rfind('/') + 1);  // npos + 1 is 0: all of it when there is no "/"
 }
 
 std::string stringByDeletingLastURLPathComponent(std::string_view text) {

@@ -15,7 +15,8 @@ using foundation::List;
 using foundation::Range;
 using foundation::Value;
 
-/// The text that is asked for its encoded form; only texts have one.
+/// The text that a value holds. Raises for any other kind, since only texts can be written to a
+/// query.
 const std::string& encodable(const Value& value) {
   const std::string* text = value.string();
   if (text == nullptr) {
@@ -24,7 +25,7 @@ const std::string& encodable(const Value& value) {
   return *text;
 }
 
-/// A query string while it is composed.
+/// Builds a query string.
 class Composition {
  public:
   void add(std::string_view encoded_key, bool in_brackets, const Value& value) {
@@ -42,7 +43,7 @@ class Composition {
   std::string query_;
 };
 
-/// One query piece taken apart: what stands between the first "=" and the second is the value.
+/// A piece of a query, between two "&". The value ends at a second "=": `a=b=c` has the value `b`.
 struct Piece {
   std::string_view key;
   std::string_view value;
@@ -57,8 +58,7 @@ std::optional<Piece> split_piece(std::string_view piece) {
   return Piece{piece.substr(0, equals), rest.substr(0, rest.find('='))};
 }
 
-/// A value of a query; null when it does not decode, which no dictionary and no list
-/// takes.
+/// A decoded value. Null when it does not decode: storing null in a dictionary or list then raises.
 Value decoded(std::string_view text) {
   auto plain = URLDecodedString(text, true);
   return plain ? Value(std::move(*plain)) : Value();
@@ -181,7 +181,7 @@ std::shared_ptr<Dictionary> URLQueryParametersWithOptions(std::string_view text,
     return parameters;
   }
   std::string_view rest = *query;
-  // No more than a usual query has: a stranger's may be nothing but "&".
+  // Reserve for no more than a usual query has: one from a stranger may be a long row of "&".
   constexpr std::ptrdiff_t kUsual = 64;
   parameters->reserve(
       static_cast<std::size_t>(std::min(kUsual, 1 + std::count(rest.begin(), rest.end(), '&'))));
