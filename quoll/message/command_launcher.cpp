@@ -42,8 +42,8 @@ using foundation::Value;
 constexpr unsigned kInBackground = 0x200;
 constexpr unsigned kInForeground = 0x20000;
 
-/// The mail application's edition that an extension with this identifier belongs to. The editions
-/// are tried in this order; "it.vorlent.quoll.pro" is not among them.
+/// The edition of the mail application that an extension with this identifier belongs to. The
+/// editions are tried in this order; "it.vorlent.quoll.pro" is not among them.
 std::string_view application_for(std::string_view own_identifier) {
   const std::array kEditions{it_vorlent_quoll_beta8, it_vorlent_quoll_beta10,
                              it_vorlent_quoll_beta11, it_vorlent_quoll_2};
@@ -53,7 +53,7 @@ std::string_view application_for(std::string_view own_identifier) {
   return found == kEditions.end() ? it_vorlent_quoll : *found;
 }
 
-/// An encoded account; a null one prints as the null text.
+/// The account, percent-encoded; null stays null, which is written as the null text.
 Value encoded(const Value& account) {
   const std::string* text = account.string();
   return text == nullptr ? Value() : Value(RequestUtils::URLEncodedString(*text));

@@ -9,7 +9,9 @@
 
 namespace quoll {
 
-// The constants are symbols of the library; they stand before any code runs.
+// The constants are symbols of the library and have their values before any code runs.
+//
+// Command words: the host part of a command URL.
 
 // Command words: the host part of a command URL.
 extern const std::string_view commandArchive;  ///< "archive"
@@ -29,20 +31,21 @@ extern const std::string_view it_vorlent_quoll_2;       ///< "it.vorlent.quoll2"
 extern const std::string_view it_vorlent_quoll_pro;     ///< "it.vorlent.quoll.pro"
 
 /// The notification that `LaunchCommandForMessages` posts for each message. Its object is a
-/// dictionary: "message" the record, "command" the command word.
+/// dictionary with two keys: "message" holds the record, "command" the command word.
 extern const std::string_view ACTION_CALLED_EXTENSION;
 
 namespace ExtensionUtilities {
 
-/// `LaunchCommands:background:`: opens the command URLs with the mail application's edition that
-/// the running bundle belongs to, bringing it to the front unless `background` is set. False for an
-/// empty list and when the application did not take them. Any thread may call.
+/// `LaunchCommands:background:`: opens the command URLs with the mail application. The running
+/// bundle's identifier decides which edition of it. The application comes to the front unless
+/// `background` is set. False when the list is empty or when the application did not take the URLs.
+/// Any thread may call.
 bool LaunchCommands(const std::vector<std::shared_ptr<foundation::NSURL>>& urls, bool background);
 
-/// `LaunchCommandForMessages:commandName:background:`: one URL for each message, announced by
-/// `ACTION_CALLED_EXTENSION` on this thread before anything is opened, then all of them opened by
-/// `LaunchCommands`, whose answer this is. A message whose URL cannot be formed is left out. Raises
-/// when an account is neither null nor a text.
+/// `LaunchCommandForMessages:commandName:background:`: makes one command URL for each message,
+/// posts `ACTION_CALLED_EXTENSION` for each on this thread, and then opens all URLs by
+/// `LaunchCommands`, whose answer it returns. A message whose URL cannot be made is left out.
+/// Raises when an account is neither null nor a text.
 bool LaunchCommandForMessages(const std::vector<std::shared_ptr<ExtensionMessage>>& messages,
                               std::string_view commandName, bool background);
 

@@ -24,7 +24,7 @@ struct TextKey {
   ExtensionMessage::Text ExtensionMessage::*field;
 };
 
-/// The fields that travel as they are, in the order in which they are written.
+/// The fields that are written unchanged, in this order.
 constexpr std::array text_keys{
     TextKey{"plainBody", &ExtensionMessage::plainBody},
     TextKey{"htmlBody", &ExtensionMessage::htmlBody},
@@ -35,9 +35,9 @@ constexpr std::array text_keys{
 
 struct RecipientKey {
   std::string_view key;
-  /// Written from this list ...
+  /// The URL is written from this list ...
   ExtensionMessage::MutableList ExtensionMessage::*list;
-  /// ... and read back into this text.
+  /// ... and is read back into this text.
   ExtensionMessage::Text ExtensionMessage::*text;
 };
 
@@ -64,12 +64,12 @@ std::string joined(const std::shared_ptr<List>& recipients) {
   return text;
 }
 
-/// A path or a URL; whatever else stands among the attachments is left out.
+/// Whether an attachment is a path or a URL. Any other kind is left out.
 bool is_attachment(const Value& element) {
   return element.text() != nullptr || element.as<NSURL>() != nullptr;
 }
 
-/// A URL without a path gives null, which no dictionary takes.
+/// The path of an attachment. Null for a URL without a path: storing that in a dictionary raises.
 Value attachment_path(const Value& attachment) {
   const auto url = attachment.as<NSURL>();
   if (!url) {
@@ -110,7 +110,7 @@ void read_parameter(ExtensionMessage& message, std::string_view key, const Value
 }  // namespace
 
 std::shared_ptr<NSURL> ExtensionMessage::queryUrl(std::string_view command) const {
-  // Load handlers that answer late still append while the URL is made.
+  // Load handlers that answer late may still append to the lists.
   const auto lock = synchronized();
   Dictionary parameters;
   for (const TextKey& known : text_keys) {

@@ -13,7 +13,8 @@ namespace {
 
 using foundation::Value;
 
-/// Each repeat of a link doubles the anchors that the links before it made.
+/// The limit in bytes. There has to be one: each repeat of a link doubles the anchors of the links
+/// before it.
 constexpr std::size_t kLongestRendering = std::size_t{64} << 20U;
 
 std::string with_line_breaks(std::string_view text) {

@@ -17,9 +17,9 @@ constexpr std::string_view kBetween = "'>";
 constexpr std::string_view kBehind = "</a>";
 constexpr std::size_t kMarkup = kBeforeAddress.size() + kBetween.size() + kBehind.size();
 
-/// Links that stand neither in the markup of an anchor nor across its edges: they are only found
-/// in what was text from the start. So the anchors are a tree over the text that is never changed,
-/// and the text that they make is written once, at the end.
+/// Replaces links that can be found only in the original text, never in the markup of an anchor or
+/// across its edges (`stands_apart`). So the original text is never changed: the anchors are a tree
+/// of ranges over it, and the result is written once, at the end.
 class Anchors {
  public:
   Anchors(std::string_view text, const std::vector<std::string>& links, std::size_t longest)
@@ -34,7 +34,8 @@ class Anchors {
     find_places();
   }
 
-  /// How many links were replaced: all of them, or those before the one that is too much.
+  /// Replaces the links in turn and answers how many were replaced. The first one that would make
+  /// the text too long ends it.
   std::size_t replace() {
     std::size_t done = 0;
     while (done < order_.size() && replace(order_[done])) {
@@ -44,7 +45,8 @@ class Anchors {
   }
 
   std::string result() {
-    // Those around others first; those around the same text are alike.
+    // Outer anchors before the inner ones. The order of anchors around the same range does not
+    // matter.
     std::sort(anchors_.begin(), anchors_.end(), [](const Range& a, const Range& b) {
       return a.begin != b.begin ? a.begin < b.begin : a.end > b.end;
     });
@@ -57,14 +59,14 @@ class Anchors {
  private:
   using Index = LinkTrie::Index;
 
-  /// A part of the text that was there at the start, in bytes.
+  /// A range of the original text, in bytes.
   struct Range {
     std::size_t begin;
     std::size_t end;
   };
 
-  /// A range without an anchor in it, by its beginning. One inside n anchors stands 2^n times in
-  /// the text that they make.
+  /// A range with no anchor inside it, kept by its beginning. The result holds a range 2^n times
+  /// when n anchors are around it.
   struct Span {
     std::size_t end;
     unsigned anchors;
@@ -73,8 +75,8 @@ class Anchors {
 
   struct Link {
     std::size_t length = 0;
-    std::vector<Index> longer;        // those that begin with it and with none in between
-    std::vector<std::size_t> places;  // where it begins and fits, and no longer one does
+    std::vector<Index> longer;        // links that begin with this one and with no longer such link
+    std::vector<std::size_t> places;  // where it is the longest link that fits
   };
 
   void find_places() {
@@ -92,8 +94,9 @@ class Anchors {
     }
   }
 
-  /// Takes all places where the link begins, in order: its own and those of the longer ones. These
-  /// are done with it: where this link is replaced, and elsewhere too, they fit no longer.
+  /// Takes all places where the link begins, in order: its own, and those of longer links that
+  /// begin with it. The longer links lose them for good: after this replacement none of them fits
+  /// there.
   std::vector<std::size_t> take_places(Index link) {
     std::vector<std::size_t> places;
     std::vector<Index> waiting{link};
@@ -111,12 +114,13 @@ class Anchors {
 
   Spans::iterator span_around(std::size_t place) { return std::prev(spans_.upper_bound(place)); }
 
-  /// False, and the end of all replacing, when the text would be too long.
+  /// Replaces one link everywhere. False when the text would become too long: then no anchor was
+  /// added, and no other link may be replaced.
   bool replace(Index link) {
     const std::size_t length = links_[link].length;
     std::vector<std::size_t> chosen;
-    std::vector<Range> others;  // where it does not fit any more, and as far as something may
-    std::size_t free = 0;       // behind the last one that was chosen
+    std::vector<Range> others;  // no room for it here: the free ranges
+    std::size_t free = 0;       // the end of the last chosen place
     std::size_t size = size_;
     for (const std::size_t place : take_places(link)) {
       const Span span = span_around(place)->second;
@@ -144,7 +148,7 @@ class Anchors {
     return true;
   }
 
-  /// Cuts the range out of the span that it lies in.
+  /// Makes the range an anchor: cuts it out of the span around it.
   void anchor(const Range& range) {
     const auto around = span_around(range.begin);
     const Span span = around->second;
@@ -156,7 +160,7 @@ class Anchors {
     anchors_.push_back(range);
   }
 
-  /// Leaves the place to the longest link that begins there and still fits.
+  /// Gives the place to the longest link that begins there and still fits.
   void give_to_shorter(Index link, const Range& free) {
     do {
       link = trie_.shorter(link);
@@ -166,7 +170,7 @@ class Anchors {
     }
   }
 
-  /// Each level of anchors doubles the text, so there are few.
+  /// Calls itself for anchors in anchors. Each level doubles the text, so there are few levels.
   void write(Range range, std::string& out) {
     while (next_anchor_ < anchors_.size() && anchors_[next_anchor_].begin < range.end) {
       const Range anchor = anchors_[next_anchor_++];
@@ -182,22 +186,23 @@ class Anchors {
 
   const std::string_view text_;
   const std::size_t longest_;
-  std::size_t size_;  // of the text with the anchors so far
+  std::size_t size_;  // bytes of the text with the anchors so far
   LinkTrie trie_;
-  std::vector<Link> links_;   // each once
-  std::vector<Index> order_;  // as they are to be replaced
-  Spans spans_;               // one behind the other, all of the text
+  std::vector<Link> links_;   // every different link
+  std::vector<Index> order_;  // the links in the order of replacement, with repeats
+  Spans spans_;               // together they cover the whole text
   std::vector<Range> anchors_;
   std::size_t next_anchor_ = 0;
 };
 
-/// Whether a link cannot stand in the markup of an anchor or across its edges.
+/// Whether a link can neither be part of an anchor's markup nor reach across its edges. "<", ">"
+/// and "'" are markup, and markup has no ":".
 bool stands_apart(const std::string& link) {
   return link.find(':') != std::string::npos && link.find_first_of("<>'") == std::string::npos;
 }
 
-/// Replaces every occurrence of the link, none overlapping the one before; the empty link is
-/// nowhere. False, and nothing is replaced, when the text would be too long.
+/// Replaces every occurrence of the link, from left to right, without overlaps. An empty link
+/// occurs nowhere. False when the text would become too long; nothing is changed then.
 bool replace_everywhere(std::string& text, const std::string& link, std::size_t longest) {
   std::string replaced;
   std::size_t copied = 0;
@@ -221,7 +226,7 @@ const std::string* anchor_links(std::string& text, const std::vector<std::string
                                 std::size_t longest) {
   std::size_t done = 0;
   if (text.size() > longest) {
-    // Nothing is looked for: whatever it were, it would be too much.
+    // Too long already: any anchor would make it longer.
   } else if (std::all_of(links.begin(), links.end(), stands_apart)) {
     Anchors anchors(text, links, longest);
     done = anchors.replace();

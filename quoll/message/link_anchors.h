@@ -6,15 +6,17 @@
 
 namespace quoll {
 
-/// Replaces each of the links in turn, wherever it stands in the text by then, by
-/// "<a href='LINK'>LINK</a>": also in the anchors that the links before it made, and once more for
-/// each repeat in the list. Stops for good before the link that would make the text longer than
-/// `longest`, and answers that one; null when all are done. A text that is longer from the start
-/// stays as it is. The text is raw bytes; the answer points into `links`.
+/// Replaces every occurrence of each link by "<a href='LINK'>LINK</a>". The links are replaced one
+/// after the other, so a link is also replaced inside the anchors that earlier links made, and
+/// again for each time that it stands in the list.
 ///
-/// Links with a colon and without "<", ">" and "'", which is how a finder writes them, take time
-/// that grows with the lengths of the text, of the links and of the result, whatever stands in
-/// them. Others are replaced one by one, each by a walk over all of the text.
+/// It stops before the first link that would make the text longer than `longest` bytes, and answers
+/// a pointer to that link in `links`; null when all were replaced. A text that is longer than
+/// `longest` at the start is not changed. The text may hold any bytes.
+///
+/// When every link has a colon and no "<", ">" or "'" (as the links that a finder answers do), the
+/// time grows with the lengths of the text, the links and the result, whatever they hold. Otherwise
+/// each link takes one pass over the whole text.
 [[gnu::visibility("hidden")]] const std::string* anchor_links(std::string& text,
                                                               const std::vector<std::string>& links,
                                                               std::size_t longest);

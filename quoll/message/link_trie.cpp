@@ -21,7 +21,7 @@ LinkTrie::Index LinkTrie::add(std::string_view link) {
   return nodes_[node].link;
 }
 
-/// From the short readings to the long ones: a node's rest has read less than the node.
+/// Level by level, since the `rest` of a node lies on a level before the node's own.
 void LinkTrie::close() {
   std::vector<Index> order{0};
   for (std::size_t i = 0; i < order.size(); ++i) {

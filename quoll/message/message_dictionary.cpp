@@ -33,8 +33,8 @@ constexpr std::array message_fields{
     Field<ExtensionMessage>{"isUnread", &ExtensionMessage::unread, zero},
 };
 
-/// The picture that a Base64 text holds, with its origin at the top left; null when it holds none.
-/// Raises for anything but a text.
+/// The picture in a Base64 text, with its origin at the top left; null when there is none. Raises
+/// for anything but a text or null.
 std::shared_ptr<platform::NSImage> picture(const Value& avatar) {
   const std::string* text = avatar.string();
   const auto data =
@@ -51,7 +51,7 @@ std::shared_ptr<platform::NSImage> picture(const Value& avatar) {
 std::shared_ptr<ExtensionMessage> ExtensionMessage::initWithDictonary(const Value& dictionary) {
   return records::guarded(std::make_shared<ExtensionMessage>(), [&](ExtensionMessage& message) {
     records::fill(message, dictionary, message_fields);
-    // Seconds in single precision: today's dates come out on a multiple of 128.
+    // Single precision: the seconds of today's dates are rounded to multiples of 128.
     const Date received{dictionary.objectForKey("date").floatValue()};
     message.date = received;
     message.dateString = ExtensionDate::shared()->centralDate(received);

@@ -4,14 +4,14 @@
 
 namespace quoll {
 
-/// Whatever answers `mail` with an address may stand in a message's recipient lists.
+/// An object with a mail address. Only such objects may be in a message's recipient lists.
 class Addressable {
  public:
   Addressable() = default;
   Addressable(const Addressable&) = delete;
   Addressable& operator=(const Addressable&) = delete;
 
-  /// The value of `mail`: a text, null, or what a dictionary held under that key.
+  /// The value of `mail`: a text, null, or whatever a dictionary held under that key.
   [[nodiscard]] virtual foundation::Value address() const = 0;
 
  protected:

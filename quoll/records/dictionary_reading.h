@@ -10,13 +10,13 @@
 #include "quoll/platform/bundle.h"
 #include "quoll/platform/log.h"
 
-/// How every record is filled from a property-list dictionary.
+/// Fills a record from a property-list dictionary. All records are read by these functions.
 namespace quoll::records {
 
-/// What stands in a field whose key is absent.
+/// Makes the value of a field whose key is absent.
 using Default = foundation::Value (*)();
 
-/// One field of a record: its key, its place and its default.
+/// One field of a record: its key in the dictionary, the member, and the default.
 template <typename Record>
 struct Field {
   std::string_view key;
@@ -28,13 +28,14 @@ inline foundation::Value empty_text() {
   return "";
 }
 
-/// The mail of an account, or of an alias, that has none.
+/// The default for the mail of an account or an alias.
 inline foundation::Value translated_no_mail() {
   return platform::NSBundle::mainBundle()->localizedStringForKey("No Mail", "");
 }
 
-/// Stores the value under each field's key as it comes, whatever its kind, and the default where
-/// there is none, field by field in order. Raises when `dictionary` is not one.
+/// Fills the fields in order. Each gets the value under its key, of whatever kind, or its default
+/// when there is none. A null dictionary counts as empty. Raises when `dictionary` is of another
+/// kind.
 template <typename Record, typename Fields>
 void fill(Record& record, const foundation::Value& dictionary, const Fields& fields) {
   for (const Field<Record>& field : fields) {
@@ -43,9 +44,9 @@ void fill(Record& record, const foundation::Value& dictionary, const Fields& fie
   }
 }
 
-/// Runs `reading` on a new record and answers that record. A platform exception is logged as
-/// "CLASS initWithDictonary %@" and ends the reading; the record is answered as far as it was
-/// filled. Whatever else is thrown passes through.
+/// Runs `reading` on a new record and answers that record. A platform exception ends the reading
+/// and is logged as "CLASS initWithDictonary %@"; the record keeps what was filled until then. Any
+/// other exception reaches the caller.
 template <typename Record, typename Reading>
 std::shared_ptr<Record> guarded(const std::shared_ptr<Record>& record, const Reading& reading) {
   try {

@@ -13,24 +13,24 @@
 
 namespace quoll {
 
-/// `ExtensionAccount`: one mail account of the mail application. A plain value holder; each field
-/// is atomic by itself. Fields that come from dictionaries hold whatever stood there; absent is
-/// null.
+/// `ExtensionAccount`: one mail account of the mail application. It only holds values. Each field
+/// is atomic. A field that comes from a dictionary holds what the dictionary held, of whatever
+/// kind. A field that was never set is null.
 class ExtensionAccount final : public foundation::Object, public Addressable {
  public:
   foundation::Property<foundation::Value> mail;
   foundation::Property<foundation::Value> name;
-  /// Of `ExtensionAlias`; null until it is set or read from a dictionary.
+  /// A list of `ExtensionAlias`; null until it is set or read from a dictionary.
   foundation::Property<std::shared_ptr<foundation::List>> aliases;
-  /// The application's code for the kind of account; no value of it means anything here.
+  /// The mail application's code for the kind of account. The library only passes it on.
   foundation::Property<std::int64_t> type;
   foundation::Property<bool> enabled;
 
-  /// `initWithDictonary:`: the record filled from a dictionary with the fields' names as keys; an
-  /// absent mail is the translation of "No Mail", an absent name is empty, an absent type 0, absent
-  /// enabled is false, absent aliases are an empty list. Each element under "aliases" becomes one
-  /// record, in order. A null dictionary reads as an empty one. A failing reading is logged and the
-  /// record is answered as far as it was filled; never null.
+  /// `initWithDictonary:`: a record filled from a dictionary whose keys are the names of the
+  /// fields; never null. An absent mail is the translation of "No Mail", an absent name the empty
+  /// text, an absent type 0, an absent enabled false, absent aliases an empty list. Each element
+  /// under "aliases" becomes one record, in order. A null dictionary is read as an empty one. A
+  /// failure is logged and ends the reading; the record keeps what was filled until then.
   [[nodiscard]] static std::shared_ptr<ExtensionAccount> initWithDictonary(
       const foundation::Value& dictionary);
 

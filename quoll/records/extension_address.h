@@ -12,10 +12,10 @@
 
 namespace quoll {
 
-/// `ExtensionAddress`: one person's mail address with the name parts that go with it.
+/// `ExtensionAddress`: the mail address of one person, with the parts of the name.
 ///
-/// A plain value holder; nothing is validated. Each field is atomic by itself. Fields that come
-/// from dictionaries hold whatever stood there; absent is null.
+/// It only holds values; nothing is validated. Each field is atomic. A field that comes from a
+/// dictionary holds what the dictionary held, of whatever kind. A field that was never set is null.
 class ExtensionAddress final : public foundation::Object, public Addressable {
  public:
   foundation::Property<foundation::Value> mail;
@@ -25,18 +25,18 @@ class ExtensionAddress final : public foundation::Object, public Addressable {
   foundation::Property<foundation::Value> nickname;
   foundation::Property<std::int64_t> rank;
 
-  /// `initWithDictonary:`: the record filled from a dictionary with the fields' names as keys; an
-  /// absent mail is "No Mail", other absent texts are empty, an absent rank is 0. A null dictionary
-  /// reads as an empty one. A failing reading is logged and the record is answered as far as it was
-  /// filled; never null.
+  /// `initWithDictonary:`: a record filled from a dictionary whose keys are the names of the
+  /// fields; never null. An absent mail is "No Mail", any other absent text the empty text, an
+  /// absent rank 0. A null dictionary is read as an empty one. A failure is logged and ends the
+  /// reading; the record keeps what was filled until then.
   [[nodiscard]] static std::shared_ptr<ExtensionAddress> initWithDictonary(
       const foundation::Value& dictionary);
 
-  /// `fullName`: first and last name with one space between them, trimmed at both ends.
+  /// `fullName`: the first and the last name with one space between them, trimmed at both ends.
   [[nodiscard]] std::string fullName() const;
 
-  /// `prettyprint`: the full name, else the company, followed by " <mail>"; trimmed at both ends.
-  /// Raises when the company or the mail is neither null nor a text.
+  /// `prettyprint`: the full name, or the company when that is empty, followed by " <mail>";
+  /// trimmed at both ends. Raises when the company or the mail is neither null nor a text.
   [[nodiscard]] std::string prettyprint() const;
 
   [[nodiscard]] foundation::Value address() const override { return mail(); }

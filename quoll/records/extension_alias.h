@@ -11,19 +11,20 @@
 
 namespace quoll {
 
-/// `ExtensionAlias`: one further sender identity of a mail account. A plain value holder; each
-/// field is atomic by itself and holds whatever stood in the dictionary; absent is null.
+/// `ExtensionAlias`: one more sender address of a mail account. It only holds values. Each field is
+/// atomic and holds what the dictionary held, of whatever kind. A field that was never set is null.
 class ExtensionAlias final : public foundation::Object, public Addressable {
  public:
   foundation::Property<foundation::Value> mail;
   foundation::Property<foundation::Value> name;
-  /// As the dictionary names it; nobody compares it with the account that holds the alias.
+  /// The account's name, as the dictionary has it. It is not compared with the account that holds
+  /// the alias.
   foundation::Property<foundation::Value> account;
 
-  /// `initWithDictonary:`: the record filled from a dictionary with the fields' names as keys; an
-  /// absent mail is the translation of "No Mail", other absent texts are empty. A null dictionary
-  /// reads as an empty one. A failing reading is logged and the record is answered as far as it was
-  /// filled; never null.
+  /// `initWithDictonary:`: a record filled from a dictionary whose keys are the names of the
+  /// fields; never null. An absent mail is the translation of "No Mail", any other absent text the
+  /// empty text. A null dictionary is read as an empty one. A failure is logged and ends the
+  /// reading; the record keeps what was filled until then.
   [[nodiscard]] static std::shared_ptr<ExtensionAlias> initWithDictonary(
       const foundation::Value& dictionary);
 

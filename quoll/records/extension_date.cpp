@@ -21,7 +21,7 @@ std::string text_by(const ExtensionDate::Formatter& formatter, Date date) {
 }  // namespace
 
 std::shared_ptr<ExtensionDate> ExtensionDate::shared() {
-  // Never destroyed: a thread that outlives main may still ask.
+  // Never destroyed: a thread that outlives main may still use it.
   static auto* const instance = [] {
     auto* made = new std::shared_ptr<ExtensionDate>(std::make_shared<ExtensionDate>());
     (*made)->Initialize();

@@ -15,38 +15,38 @@
 namespace quoll {
 
 /// `ExtensionDate`: the date formats that the records share with the mail application. Any thread
-/// may use one.
+/// may use it.
 class ExtensionDate final : public foundation::Object, public foundation::Monitor {
  public:
-  /// Null until `Initialize`; a null formatter writes nothing and reads nothing.
+  /// Null until `Initialize` has run. A null formatter writes the empty text and reads no date.
   using Formatter = foundation::Property<std::shared_ptr<platform::NSDateFormatter>>;
 
-  /// "2024-03-07T10:15:00Z", in UTC, whatever the user's settings.
+  /// "2024-03-07T10:15:00Z": in UTC, whatever the user's settings are.
   Formatter dateExchange;
-  /// The day as yyyyMMdd, in the user's calendar and time zone.
+  /// The day as "20240307", in the user's calendar and time zone.
   Formatter dataDay;
-  /// The time of day in the user's short style.
+  /// The time of day, in the user's short style.
   Formatter dateCentrale;
-  /// The date in the user's short style.
+  /// The date, in the user's short style.
   Formatter dateCentrale2;
 
-  /// `shared`: the one instance of the process, initialised; made at the first call with the
-  /// desktop that is installed then.
+  /// `shared`: the one instance of the process. The first call makes and initialises it, with the
+  /// desktop that is installed at that moment.
   [[nodiscard]] static std::shared_ptr<ExtensionDate> shared();
 
-  /// `Initialize`: makes the four formatters anew, with the installed desktop.
+  /// `Initialize`: makes the four formatters again, with the installed desktop.
   void Initialize();
 
-  /// `IntDate:`: the date's day as the number yyyymmdd, in the user's calendar and time zone:
-  /// 20240307. No date gives 0.
+  /// `IntDate:`: the day of the date as a number, such as 20240307, in the user's calendar and time
+  /// zone; 0 for no date.
   [[nodiscard]] std::int64_t IntDate(const std::optional<foundation::Date>& date) const;
 
-  /// `centralDate:`: the date as a list of messages shows it: the time alone when it falls on
-  /// today, else the date alone. No date gives the empty text.
+  /// `centralDate:`: the date as a list of messages shows it: the time alone for a date of today,
+  /// the date alone for any other; the empty text for no date.
   [[nodiscard]] std::string centralDate(const std::optional<foundation::Date>& date) const;
 
-  /// `exchangeDate:`: the date that a text of the exchange format names; none for no text and for
-  /// any other. Takes this object's lock.
+  /// `exchangeDate:`: the date in a text of the exchange format; none for no text and for any other
+  /// text. Takes this object's lock.
   [[nodiscard]] std::optional<foundation::Date> exchangeDate(
       const std::optional<std::string_view>& text) const;
 

@@ -11,25 +11,26 @@
 
 namespace quoll {
 
-/// `ExtensionGroup`: a named group of addresses. A plain value holder; each field is atomic by
-/// itself.
+/// `ExtensionGroup`: a named group of addresses. It only holds values. Each field is atomic. A
+/// field that was never set is null.
 class ExtensionGroup final : public foundation::Object {
  public:
-  /// An identifier kept as text.
+  /// The group's identifier, as a text.
   foundation::Property<foundation::Value> idx;
   foundation::Property<foundation::Value> name;
-  /// Of `ExtensionAddress`; null until it is set or read from a dictionary.
+  /// A list of `ExtensionAddress`; null until it is set or read from a dictionary.
   foundation::Property<std::shared_ptr<foundation::List>> addresses;
 
-  /// `initWithDictonary:`: the record filled from a dictionary with the fields' names as keys; an
-  /// absent idx is empty, an absent name the translation of "No Name", absent addresses are an
-  /// empty list. Each element under "addresses" becomes one record, in order. See
-  /// `ExtensionAddress` for failures; never null.
+  /// `initWithDictonary:`: a record filled from a dictionary whose keys are the names of the
+  /// fields; never null. An absent idx is the empty text, an absent name the translation of "No
+  /// Name", absent addresses an empty list. Each element under "addresses" becomes one record, in
+  /// order. A null dictionary is read as an empty one. A failure is logged and ends the reading;
+  /// the record keeps what was filled until then.
   [[nodiscard]] static std::shared_ptr<ExtensionGroup> initWithDictonary(
       const foundation::Value& dictionary);
 
-  /// `prettyprint`: "%@ (%@)" with the name and the number of addresses when there are any, else
-  /// the name alone.
+  /// `prettyprint`: the name and the number of addresses as "NAME (COUNT)", or the name alone when
+  /// there are no addresses.
   [[nodiscard]] std::string prettyprint() const;
 
   [[nodiscard]] std::string_view class_name() const override { return "ExtensionGroup"; }
