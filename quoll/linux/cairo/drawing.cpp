@@ -25,8 +25,8 @@ using platform::NSPoint;
 using platform::NSRect;
 using platform::NSSize;
 
-/// The drawing library counts places in 24 bits before the point, and some that it finds by itself
-/// lie further out than those it is given. In the drawing's own units.
+/// The largest coordinate that cairo is given, in units of the surface. cairo's own numbers have 24
+/// bits before the point, and the points that it computes (corners, caps) may lie farther out.
 constexpr double kFarthest = 1 << 18;
 /// The shortest side that an image is stretched to.
 constexpr double kShortestSide = 1e-6;
@@ -45,12 +45,12 @@ cairo_status_t append(void* closure, const unsigned char* bytes, unsigned length
   try {
     file.insert(file.end(), bytes, bytes + length);
   } catch (const std::bad_alloc&) {
-    return CAIRO_STATUS_NO_MEMORY;  // the library between here and us knows no exceptions
+    return CAIRO_STATUS_NO_MEMORY;  // an exception must not pass through cairo
   }
   return CAIRO_STATUS_SUCCESS;
 }
 
-/// Between two operations the path is empty.
+/// The path is empty between two operations.
 class CairoDrawing final : public Drawing {
  public:
   CairoDrawing(FileType type, const NSSize& size)
@@ -59,7 +59,7 @@ class CairoDrawing final : public Drawing {
   CairoDrawing& operator=(const CairoDrawing&) = delete;
   ~CairoDrawing() override = default;
 
-  /// True while nothing has gone wrong; else the log says what did.
+  /// True while nothing has failed; otherwise the log says what did.
   bool is_good() {
     cairo_status_t status = cairo_surface_status(surface_.get());
     if (status == CAIRO_STATUS_SUCCESS) {
@@ -143,7 +143,7 @@ class CairoDrawing final : public Drawing {
     cairo_matrix_init(&to_pixels, across, 0, 0, down, -across * place.origin.x, -down * top);
     const Handle<cairo_pattern_t> pattern(cairo_pattern_create_for_surface(pixels.get()));
     cairo_pattern_set_matrix(pattern.get(), &to_pixels);
-    cairo_pattern_set_extend(pattern.get(), CAIRO_EXTEND_PAD);  // no fading at the edges
+    cairo_pattern_set_extend(pattern.get(), CAIRO_EXTEND_PAD);  // else the edges fade
     add_rectangle(seen);
     cairo_set_source(cairo_.get(), pattern.get());
     cairo_fill(cairo_.get());
@@ -169,7 +169,7 @@ class CairoDrawing final : public Drawing {
 
   void clip(const NSRect& rect) override {
     const NSRect seen = visible(usable(rect), 0);
-    if (!is_empty(seen)) {  // else an empty path hides everything
+    if (!is_empty(seen)) {  // an empty path would hide everything
       add_rectangle(seen);
     }
     cairo_clip(cairo_.get());
@@ -234,7 +234,7 @@ class CairoDrawing final : public Drawing {
     return status == CAIRO_STATUS_SUCCESS;
   }
 
-  /// The rectangle around two corners that were carried through a change of coordinates.
+  /// The smallest rectangle around a rectangle whose corners `change` has converted.
   void around(void (*change)(cairo_t*, double*, double*), double& left, double& top, double& right,
               double& bottom) const {
     double xs[] = {left, right, left, right};
@@ -248,7 +248,8 @@ class CairoDrawing final : public Drawing {
     bottom = *std::max_element(ys, ys + 4);
   }
 
-  /// What of the rectangle is inside the clip, grown by a margin: what is cut off is never seen.
+  /// The part of the rectangle that lies inside the clip, with a margin around the clip. The rest
+  /// cannot be seen.
   NSRect visible(const NSRect& rect, double margin) const {
     double left = 0;
     double top = 0;
@@ -263,7 +264,8 @@ class CairoDrawing final : public Drawing {
     cairo_rectangle(cairo_.get(), rect.origin.x, rect.origin.y, rect.size.width, rect.size.height);
   }
 
-  /// The outline as far as it can be seen when its line is that wide; false when nothing can be.
+  /// Adds the outline, as far as it can be seen with a line of that width. False when none of it
+  /// can.
   bool add_outline(const NSRect& rect, double wanted_radius, double line_width) {
     const NSRect whole = usable(rect);
     const double radius =
@@ -309,7 +311,7 @@ class CairoDrawing final : public Drawing {
     return width > 0;
   }
 
-  /// How far a line may go, or be wide, in the present units.
+  /// The largest coordinate and line width, in the units of the current transform.
   [[nodiscard]] double reach() const {
     cairo_matrix_t matrix;
     cairo_get_matrix(cairo_.get(), &matrix);
@@ -323,7 +325,7 @@ class CairoDrawing final : public Drawing {
 
   const FileType type_;
   bool ended_ = false;
-  Bytes file_;  // outlives the surface, which writes to it until it goes
+  Bytes file_;  // before the surface, which writes to it until it is destroyed
   Handle<cairo_surface_t> surface_;
   Handle<cairo_t> cairo_;
 };

@@ -18,7 +18,7 @@ struct Release {
   void operator()(char* text) const { g_free(text); }
 };
 
-/// A thing of the drawing libraries that is released with its holder.
+/// Owns an object of cairo or pango and releases it.
 template <typename T>
 using Handle = std::unique_ptr<T, Release>;
 

@@ -15,10 +15,10 @@ namespace {
 using foundation::Bytes;
 
 constexpr std::array<unsigned char, 8> kPngSignature{0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
-/// In a PNG file the width stands here, the height behind it, each in four bytes.
+/// A PNG file has the width at this offset and the height behind it, four bytes each.
 constexpr std::size_t kPngSizeOffset = 16;
 constexpr std::size_t kPngHeadLength = kPngSizeOffset + 8;
-/// As many as the image helper reads; a side is limited by the drawing library.
+/// The limit of the image helper too. cairo has a limit for each side.
 constexpr std::uint64_t kMostPixels = std::uint64_t{1} << 28;
 
 std::uint32_t number_at(const Bytes& file, std::size_t offset) {
@@ -34,7 +34,7 @@ bool is_png(const Bytes& file) {
          std::equal(kPngSignature.begin(), kPngSignature.end(), file.begin());
 }
 
-/// Gives the reader what it asks for next, or refuses when that is not there.
+/// Gives cairo's PNG reader its next bytes. Fails when there are not enough.
 cairo_status_t read_some(void* closure, unsigned char* out, unsigned length) {
   auto& left = *static_cast<std::span<const unsigned char>*>(closure);
   if (length > left.size()) {

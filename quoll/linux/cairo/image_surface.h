@@ -5,7 +5,7 @@
 
 namespace quoll::cairo_drawing {
 
-/// The pixels of an image; null when they cannot be read, and the log says why.
+/// The pixels of an image; null when they cannot be read (the log says why).
 [[nodiscard]] Handle<cairo_surface_t> read_image(const platform::NSImage& image);
 
 }  // namespace quoll::cairo_drawing

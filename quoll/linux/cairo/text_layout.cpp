@@ -11,19 +11,19 @@ namespace quoll::cairo_drawing {
 namespace {
 
 constexpr const char* kFontFamily = "Sans";
-/// In units and in the drawing's own: the font library fails beyond some size, and one failure ends
-/// the whole drawing.
+/// The limit for a font's size, both in units and in pixels. pango fails beyond some size, and one
+/// failure ends the whole drawing.
 constexpr double kLargestFont = 4096;
-/// The same library is asked for the size with the scale in it twice.
+/// The limit for the size with the scale applied twice, which pango asks for too.
 constexpr double kLargestScaledFont = 32768;
-/// The setter of lines counts in small whole parts of units.
+/// The widest line in units. pango counts in 1/1024 of a unit, in 32 bits.
 constexpr double kWidestLine = 1 << 20;
-/// More than any page shows.
+/// In bytes: more than a page can show.
 constexpr std::size_t kLongestText = std::size_t{256} << 10;
-/// The setter's time grows with the square of what it is given at once.
+/// Text is laid out in pieces, because pango's time grows with the square of the length. In bytes.
 constexpr std::size_t kFirstPiece = 1024;
 
-/// Whether letters of that size can be had and be seen.
+/// Whether text of that size can be drawn and seen.
 bool has_font(cairo_t* drawing, double size) {
   cairo_matrix_t matrix;
   cairo_get_matrix(drawing, &matrix);
@@ -39,7 +39,8 @@ std::string valid_text(std::string_view bytes) {
 
 Handle<PangoLayout> make_layout(cairo_t* drawing, double width, double font_size) {
   Handle<PangoLayout> layout(pango_cairo_create_layout(drawing));
-  // Lines that are broken by the pixel differ from paper; coloured edges differ by screen.
+  // Lines must break at the same words on a screen and on paper, so letters are not fitted to
+  // pixels. Grey edges look the same on every screen, coloured ones do not.
   const Handle<cairo_font_options_t> options(cairo_font_options_create());
   cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
   cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
@@ -59,7 +60,7 @@ Handle<PangoLayout> make_layout(cairo_t* drawing, double width, double font_size
   return layout;
 }
 
-/// The first bytes of a text, as many as there are up to `length`, without a part of a character.
+/// The first `length` bytes of a text, or a few less so that no character is cut.
 std::string_view piece_of(std::string_view text, std::size_t length) {
   const auto continues = [](char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
@@ -70,13 +71,14 @@ std::string_view piece_of(std::string_view text, std::size_t length) {
   return text.substr(0, length);
 }
 
-/// Where the lines that were drawn end: in the text, and below the first one's upper edge.
+/// Where the drawn lines end: their length in the text, and their height.
 struct End {
   std::size_t bytes = 0;
   double height = 0;
 };
 
-/// Draws the lines of the layout at that height, the last one only when it is `whole`.
+/// Draws the lines of the layout from `top` downwards. The last line is drawn only when `whole` is
+/// set; it may go on in the next piece.
 End draw_layout(cairo_t* drawing, PangoLayout* layout, double top, bool whole) {
   const Handle<PangoLayoutIter> line(pango_layout_get_iter(layout));
   while (whole || !pango_layout_iter_at_last_line(line.get())) {
@@ -117,7 +119,7 @@ void draw_lines(cairo_t* drawing, std::string_view text, double width, double fo
     const bool last = piece.size() == rest.size();
     pango_layout_set_text(layout.get(), piece.data(), static_cast<int>(piece.size()));
     if (!last && pango_layout_get_line_count(layout.get()) < 2) {
-      length *= 2;  // a line longer than the piece
+      length *= 2;  // the line is longer than the piece
       continue;
     }
     const End end = draw_layout(drawing, layout.get(), height, last);

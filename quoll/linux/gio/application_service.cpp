@@ -71,9 +71,9 @@ Failure ApplicationService::begin() {
   if (!bus_) {
     return "there is no session bus: " + error.message();
   }
-  g_dbus_connection_set_exit_on_close(bus_.get(), FALSE);  // what is under way is finished
+  g_dbus_connection_set_exit_on_close(bus_.get(), FALSE);  // work under way is finished first
   static const GDBusInterfaceVTable methods{called, nullptr, nullptr, {}};
-  // The object stands before anybody can call it by the name.
+  // Register the objects before the name is taken: nobody may call the name and find nothing.
   for (GDBusInterfaceInfo** interface = interfaces_->interfaces; *interface != nullptr;
        ++interface) {
     const guint object =
@@ -96,11 +96,11 @@ void ApplicationService::run(std::chrono::milliseconds idle) {
     wait_until_idle(idle);
     give_name_back();
     active_ = false;
-    // A call that came meanwhile lies in the queue when the bus has confirmed that.
+    // The bus has confirmed the release, so every call that was made before is in the queue.
     while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
     }
   } while ((active_ || busy()) && take_name(error));
-  if (busy()) {  // and somebody else has the name by now
+  if (busy()) {  // another process has the name by now
     wait_until_idle(idle);
   }
 }
@@ -147,7 +147,7 @@ void ApplicationService::called_application(std::string_view method, GVariant* p
 }
 
 void ApplicationService::wait_until_idle(std::chrono::milliseconds idle) {
-  constexpr std::chrono::milliseconds kShortest{2};  // shorter, and what is under way never goes on
+  constexpr std::chrono::milliseconds kShortest{2};  // with less, work under way gets no time
   do {
     active_ = false;
     run_main_context_until(std::chrono::steady_clock::now() + std::max(idle, kShortest),
@@ -175,7 +175,7 @@ bool ApplicationService::take_name(ErrorSlot& error) {
 }
 
 void ApplicationService::give_name_back() {
-  ErrorSlot ignored;  // without a bus nobody calls
+  ErrorSlot ignored;  // without a bus there are no calls
   ask_bus("ReleaseName", g_variant_new("(s)", identifier_.c_str()), ignored);
 }
 

@@ -11,35 +11,37 @@
 
 namespace quoll::gio {
 
-/// An application that the session bus starts when somebody calls it: it answers to its identifier
-/// as `org.freedesktop.Application`, and maybe to more interfaces, until nothing came for a while.
-/// All its calls come on the thread that runs it; each is to be answered through its invocation,
-/// then or later.
+/// An application that the session bus starts when it is called. It implements
+/// `org.freedesktop.Application` under its identifier, and more interfaces if it wants, and ends
+/// when no call has come for a while. All calls come on the thread that called `run`. Each call
+/// must be answered through its `GDBusMethodInvocation`, at once or later.
 class ApplicationService {
  public:
-  /// `more_interfaces` are `<interface>` elements of introspection data; what is wrong in them ends
-  /// the program.
+  /// `more_interfaces` holds `<interface>` elements of D-Bus introspection data. A mistake in them
+  /// ends the program.
   explicit ApplicationService(std::string identifier, const std::string& more_interfaces = "");
   ApplicationService(const ApplicationService&) = delete;
   ApplicationService& operator=(const ApplicationService&) = delete;
   virtual ~ApplicationService();
 
-  /// Begins to answer; the reason when there is no bus or another program has the name.
+  /// Takes the name on the bus. From then on calls are answered, while `run` runs. Answers the
+  /// reason when there is no bus, or when another program has the name.
   [[nodiscard]] Failure begin();
-  /// Returns when nothing came for that long and there is nothing left to do. No call is lost.
+  /// Answers calls, and returns when none has come for `idle` and `busy` is false. No call is lost
+  /// at the end.
   void run(std::chrono::milliseconds idle);
 
  protected:
   virtual void open(std::vector<std::string> uris, const ActivationTokens& tokens,
                     GDBusMethodInvocation* call) = 0;
-  /// There is no window to show.
+  /// `Activate`. By default it answers that all is well: there is no window to show.
   virtual void activate(const ActivationTokens& tokens, GDBusMethodInvocation* call);
-  /// There are no actions.
+  /// `ActivateAction`. By default it answers an error: there are no actions.
   virtual void activate_action(std::string_view action, const ActivationTokens& tokens,
                                GDBusMethodInvocation* call);
-  /// A method of the other interfaces.
+  /// A method of one of the `more_interfaces`.
   virtual void call(std::string_view method, GVariant* parameters, GDBusMethodInvocation* call);
-  /// True while something is under way.
+  /// True while there is work under way; `run` does not return then.
   [[nodiscard]] virtual bool busy() const = 0;
 
  private:

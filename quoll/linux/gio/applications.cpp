@@ -14,7 +14,7 @@ namespace {
 
 using std::chrono::steady_clock;
 
-/// True when the list of names that the bus answers to `method` has this one.
+/// True when `name` is in the list of names that the bus answers to `method`.
 bool has_name(GDBusConnection* bus, const char* method, const std::string& name,
               steady_clock::time_point deadline) {
   const auto left =

@@ -8,8 +8,8 @@
 namespace quoll::gio {
 namespace {
 
-// The library offers an entry that names a bus service to that service and looks no further, even
-// when nobody provides it. Without the key, and without a file, it runs the `Exec` line.
+// The entry, changed so that GIO runs its `Exec` line. For an entry with the key DBusActivatable
+// GIO would call the bus service, and give up when there is none.
 EntryHandle startable(GDesktopAppInfo* entry, const std::vector<std::string>& arguments) {
   constexpr const char* kGroup = G_KEY_FILE_DESKTOP_GROUP;
   const KeyFileHandle file(g_key_file_new());

@@ -14,23 +14,27 @@ namespace quoll::gio {
 
 using EntryHandle = ObjectHandle<GDesktopAppInfo>;
 
-/// What an entry's program is started with.
+/// What a desktop entry's program is started with.
 struct ProgramStart {
-  std::vector<std::string> uris;       ///< for the field codes of the entry's `Exec` line
-  std::vector<std::string> arguments;  ///< when there are any, these instead, each as it is
+  std::vector<std::string> uris;  ///< replace the field codes of the entry's `Exec` line
+  std::vector<std::string>
+      arguments;  ///< used instead of the URLs if there are any; passed unchanged
   ActivationTokens tokens;
 };
 
-/// Starts an entry's program by the entry's own `Exec` line, in a terminal when the entry asks for
-/// one, even when it asks for D-Bus activation, and answers as soon as it was started. The program
-/// gets these tokens and no others, none of this process's descriptors, and no standard input or
-/// output: who waits for the end of ours does not wait for a mail application.
+/// Starts the program of a desktop entry by its `Exec` line, also when the entry asks for D-Bus
+/// activation, and in a terminal when the entry asks for one. Returns as soon as it was started.
 ///
-/// With `process`, the program is left for the caller to wait for; 0 when nobody can.
+/// The program gets these tokens and no others, none of this process's descriptors, and /dev/null
+/// as standard input and output. So nobody who waits for the end of our output waits for a mail
+/// application.
+///
+/// With `process`, it receives the process identifier, and the caller waits for the program; 0 when
+/// there is none to wait for.
 [[nodiscard]] Failure start_program(GDesktopAppInfo* entry, const ProgramStart& start,
                                     pid_t* process = nullptr);
 
-/// True when `<application>.desktop` exists in a data folder, whether it can be used or not.
+/// True when a data folder has `<application>.desktop`, whether it can be used or not.
 [[nodiscard]] bool entry_exists(const std::string& application);
 
 }  // namespace quoll::gio

@@ -5,7 +5,7 @@
 namespace quoll::gio {
 namespace {
 
-/// As one word of an `Exec` line: quoted, and no field code in it.
+/// The argument as one word of an `Exec` line: quoted, and with no field code in it.
 std::string word(const std::string& argument) {
   const TextHandle quoted(g_shell_quote(argument.c_str()));
   std::string out;

@@ -6,10 +6,10 @@
 
 namespace quoll::gio {
 
-/// The `Exec` line of a desktop entry with these arguments, each as it is, where the line takes
-/// files or URLs (`%f %F %u %U`), or at the end when it takes none. Its other field codes stay. The
-/// marks by which a sandbox is told what to pass on (`@@ %f @@`, `@@u %u @@`) go: the arguments are
-/// no list of files.
+/// An `Exec` line with these arguments instead of its files or URLs (`%f %F %u %U`), or with them
+/// at the end when it takes none. Arguments are passed unchanged. Other field codes stay. The marks
+/// around files for a sandbox (`@@ %f @@`, `@@u %u @@`) are removed, since the arguments are not a
+/// list of files.
 [[nodiscard]] std::string exec_line_with(std::string_view exec,
                                          const std::vector<std::string>& arguments);
 

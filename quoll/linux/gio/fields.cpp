@@ -11,11 +11,11 @@
 namespace quoll::gio {
 namespace {
 
-// Both sides are one binary, so a length travels as the machine writes it.
+// Sent in the byte order of the machine: both sides are the same program.
 using Length = std::uint32_t;
-// What a bus message carries, and a little for what goes with it.
+// A little more than a bus message may hold, in bytes.
 constexpr Length kLargestList = 65U << 20U;
-// No more than that many of the shortest URLs fit into a bus message.
+// More of the shortest URLs do not fit into a bus message.
 constexpr std::size_t kMostFields = (std::size_t{64} << 20U) / 16;
 
 bool send_all(int socket, std::string_view bytes) {

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-/// Owners of what GLib hands out.
+/// Owners of GLib objects.
 namespace quoll::gio {
 
 template <auto release>
@@ -16,7 +16,7 @@ struct Release {
   }
 };
 
-/// One reference to a GObject.
+/// Owns one reference to a GObject.
 template <typename T>
 using ObjectHandle = std::unique_ptr<T, Release<g_object_unref>>;
 using VariantHandle = std::unique_ptr<GVariant, Release<g_variant_unref>>;
@@ -24,7 +24,7 @@ using KeyFileHandle = std::unique_ptr<GKeyFile, Release<g_key_file_unref>>;
 using TextHandle = std::unique_ptr<char, Release<g_free>>;
 using NodeInfoHandle = std::unique_ptr<GDBusNodeInfo, Release<g_dbus_node_info_unref>>;
 
-/// An error out-parameter: `call(..., error.out())`.
+/// Owns the error that a GLib call may set: `call(..., error.out())`.
 class ErrorSlot {
  public:
   ErrorSlot() = default;
@@ -32,7 +32,7 @@ class ErrorSlot {
   ErrorSlot& operator=(const ErrorSlot&) = delete;
   ~ErrorSlot() { g_clear_error(&error_); }
 
-  /// Empty again, and ready for a call.
+  /// Clears the error and answers the place for the next one.
   [[nodiscard]] GError** out() {
     g_clear_error(&error_);
     return &error_;
@@ -42,7 +42,7 @@ class ErrorSlot {
   [[nodiscard]] bool is(GQuark domain, int code) const {
     return g_error_matches(error_, domain, code) != FALSE;
   }
-  /// The library's own words; empty without an error.
+  /// GLib's own message; empty when there is no error.
   [[nodiscard]] std::string message() const { return error_ != nullptr ? error_->message : ""; }
 
  private:

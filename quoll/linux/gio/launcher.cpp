@@ -23,11 +23,12 @@ namespace quoll::gio {
 namespace {
 
 constexpr unsigned kWithoutActivation = 512;
-constexpr unsigned kFirstOther = STDERR_FILENO + 1;  // the first descriptor that is no standard one
+constexpr unsigned kFirstOther =
+    STDERR_FILENO + 1;  // the first descriptor after standard input, output and error
 constexpr const char* kTaken = "taken";
 constexpr const char* kNotTaken = "not taken";
 
-/// The side of the program: sends requests, one at a time, and waits for the answers.
+/// The program's side. It sends one request at a time and waits for the answer.
 class Launcher final : public platform::NSWorkspace {
  public:
   Launcher(pid_t process, posix::UniqueFd socket) : process_(process), socket_(std::move(socket)) {}
@@ -76,8 +77,8 @@ class Launcher final : public platform::NSWorkspace {
   posix::UniqueFd socket_;
 };
 
-// A program may be started with its standard descriptors closed; what is opened then takes their
-// numbers, and would be read as standard input.
+// A program may be started with its standard descriptors closed. A new descriptor then gets one of
+// their numbers, and would be read as standard input.
 posix::UniqueFd no_standard_one(posix::UniqueFd fd) {
   if (fd.get() >= static_cast<int>(kFirstOther)) {
     return fd;
@@ -85,10 +86,10 @@ posix::UniqueFd no_standard_one(posix::UniqueFd fd) {
   return posix::UniqueFd(fcntl(fd.get(), F_DUPFD_CLOEXEC, kFirstOther));
 }
 
-// The program's own terminal, pipes and files stay the program's: whoever waits for the end of one
-// of them does not wait for the launcher. Standard error stays, for what the libraries may say.
+// Gives up the terminal, pipes and files of the program, so that nobody who waits for the end of
+// one of them waits for the launcher. Standard error is kept for messages of libraries.
 void leave_the_program(int socket) {
-  setsid();  // so Ctrl-C in the terminal ends neither a hand-over under way nor the application
+  setsid();  // Ctrl-C in the terminal must end neither the launcher nor the application
   for (const int number : {SIGCHLD, SIGPIPE, SIGINT, SIGTERM, SIGHUP}) {
     std::signal(number, SIG_DFL);
   }
@@ -103,8 +104,8 @@ void leave_the_program(int socket) {
   close_range(keep + 1, ~0U, 0);
 }
 
-// Nothing but local files and the bus is needed, so the desktop's modules, for remote files above
-// all, are not loaded; a program that is started later must not inherit that choice.
+// Does not load the desktop's GIO modules (for remote files, above all), since only local files and
+// the bus are needed. Programs that are started later must not inherit this.
 void load_no_modules() {
   constexpr const char* kWhere = "GIO_MODULE_DIR";
   if (std::getenv(kWhere) == nullptr) {
@@ -114,7 +115,7 @@ void load_no_modules() {
   }
 }
 
-// Lets the bus connect while the program is not asking yet.
+// Waits for a request. The connection to the bus is made meanwhile.
 void wait_for_input(int socket) {
   bool readable = false;
   const guint watch = g_unix_fd_add(
@@ -130,7 +131,7 @@ void wait_for_input(int socket) {
   g_source_remove(watch);
 }
 
-// The asking program may be in other hands by now.
+// Checked in this process too: an attacker may have taken over the program that asks.
 Failure not_openable(const OpenRequest& request, const Openable& openable) {
   if (!request.application.starts_with(openable.applications)) {
     return "\"" + request.application + "\" is not the mail application";
@@ -164,7 +165,7 @@ Failure not_openable(const OpenRequest& request, const Openable& openable) {
       break;
     }
   }
-  _exit(0);  // what the program registered for its own end is not the launcher's
+  _exit(0);  // without the exit handlers, which are the program's
 }
 
 }  // namespace

@@ -9,27 +9,29 @@
 
 namespace quoll::gio {
 
-/// How long an application has to take what it was given.
+/// The time that an application has to answer that it took the URLs.
 inline constexpr std::chrono::milliseconds kOpeningTimeOut{20'000};
 
-/// What a launcher opens, and nothing else: not even for whoever has taken over the program that
-/// asks it, since it is not confined when the program is.
+/// The only things that a launcher opens. The launcher itself enforces this, because it is not
+/// confined: an attacker who has taken over the program that asks it gets nothing else opened.
 struct Openable {
-  std::string urls = "quoll://";                  ///< how every URL begins
-  std::string applications = "it.vorlent.quoll";  ///< how the application's identifier begins
-  unsigned times = std::numeric_limits<unsigned>::max();  ///< how often it hands something over
+  std::string urls = "quoll://";                  ///< the beginning of every URL
+  std::string applications = "it.vorlent.quoll";  ///< the beginning of the application's identifier
+  unsigned times = std::numeric_limits<unsigned>::max();  ///< how many requests it carries out
 };
 
-/// Starts the launcher, a process of its own that opens URLs and begins at once to connect to the
-/// session bus, and answers the workspace that hands URLs to it; never null. Called once, at the
-/// start of `main`: the process has one thread and is not confined yet, and whatever confines it
-/// later does not confine the applications that are started. This process never starts GIO by it.
+/// Starts the launcher and answers the workspace that sends URLs to it; never null. The launcher is
+/// a process of its own that opens URLs. It begins at once to connect to the session bus.
 ///
-/// XDG_ACTIVATION_TOKEN and DESKTOP_STARTUP_ID are taken out of this process's environment: they
-/// belong to the application that is opened, and with option 512 to nobody.
+/// Call it once, at the start of `main`, while the process has one thread and is not confined. Then
+/// confining this process later does not confine the applications that are started. This process
+/// itself never starts GIO.
 ///
-/// When `openURLs` answers false, the log has one line "openURLs %@" with the reason, in plain
-/// words. The launcher ends when the workspace goes or this process ends.
+/// XDG_ACTIVATION_TOKEN and DESKTOP_STARTUP_ID are removed from this process's environment. The
+/// application that is opened gets them, unless option 512 (without activation) is given.
+///
+/// When `openURLs` answers false, the log has one line "openURLs %@" with the reason in plain
+/// words. The launcher ends when the workspace is destroyed or this process ends.
 [[nodiscard]] std::shared_ptr<platform::NSWorkspace> start_launcher(
     Openable openable = {}, std::chrono::milliseconds time_out = kOpeningTimeOut);
 

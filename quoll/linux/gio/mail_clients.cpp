@@ -21,7 +21,7 @@ std::string text_of(const char* text) {
 }
 
 struct Known {
-  const char* part;  ///< of an identifier or a program's name, in small letters
+  const char* part;  ///< in the identifier or the program's name, in lower case
   DraftWay way;
 };
 
@@ -45,7 +45,8 @@ DraftWay way_of(GAppInfo* entry) {
   return known != kKnown.end() ? known->way : DraftWay::kNone;
 }
 
-// A snap says its name in a key, or by the path of its program, /snap/bin/NAME[.PROGRAM].
+// The name of a snap. It is in a key of the entry, or in the path of the program:
+// /snap/bin/NAME[.PROGRAM].
 std::string snap_of(GDesktopAppInfo* entry, const std::string& exec) {
   const TextHandle said(g_desktop_app_info_get_string(entry, "X-SnapInstanceName"));
   if (said) {
@@ -86,7 +87,7 @@ std::string setting_file() {
   return path.get();
 }
 
-/// The first line of the setting; empty when there is none.
+/// The first line of the setting's file; empty when there is none.
 std::string setting() {
   char* content = nullptr;
   g_file_get_contents(setting_file().c_str(), &content, nullptr, nullptr);
@@ -115,7 +116,7 @@ MailClient mail_client_of(EntryHandle entry) {
   return client;
 }
 
-// The entries are asked themselves: the desktop's index of them may not know of a new one.
+// Looks at the entries themselves, because the desktop's index may not have a new one yet.
 std::vector<MailClient> find_mail_clients() {
   const EntryHandle first = default_entry();
   const std::string first_id = first ? text_of(g_app_info_get_id(G_APP_INFO(first.get()))) : "";

@@ -11,52 +11,51 @@ namespace quoll::gio {
 
 /// How a mail client can be given a draft.
 enum class DraftWay {
-  kMessageFile,  ///< Thunderbird and its kin open a message file in a compose window
+  kMessageFile,  ///< a message file, which it opens for editing: Thunderbird and its relatives
   kEvolution,
   kKMail,
   kClaws,
   kMutt,
-  kNone,  ///< not known to take one
+  kNone,  ///< none is known
 };
 
-/// What keeps a mail client from the user's files.
+/// The sandbox that keeps a mail client from the user's files.
 struct Sandbox {
   bool is_flatpak = false;
-  bool passes_files_on = false;  ///< the files that a Flatpak's `Exec` line names can be read
-  std::string snap;              ///< the snap's name; empty when it is none
+  bool passes_files_on = false;  ///< a Flatpak can read the files that its `Exec` line names
+  std::string snap;              ///< the name of the snap; empty when it is not a snap
   [[nodiscard]] bool is_any() const { return is_flatpak || !snap.empty(); }
 };
 
 struct MailClient {
   EntryHandle entry;
-  std::string id;    ///< with ".desktop" behind it
-  std::string name;  ///< for people
+  std::string id;    ///< followed by ".desktop"
+  std::string name;  ///< as people know it
   DraftWay way = DraftWay::kNone;
-  bool is_in_terminal = false;  ///< what is started is a terminal, and it in there
+  bool is_in_terminal = false;  ///< it runs inside a terminal window
   Sandbox sandbox;
 
-  /// True when it reaches the files of a draft: in a sandbox, the message file of a Flatpak whose
-  /// files are passed on, and of a snap one in the snap's own folder.
+  /// True when it can read the files of a draft. In a sandbox only a message file can be read: by a
+  /// Flatpak whose files are passed on, and by a snap when the file is in the snap's own folder.
   [[nodiscard]] bool reads_files() const;
 };
 
-/// A mail client as its entry shows it, by its identifier or its program.
+/// The mail client of a desktop entry, recognised by its identifier or its program.
 [[nodiscard]] MailClient mail_client_of(EntryHandle entry);
 
-/// Every program that opens `mailto:` links, the desktop's default first, the others by their
-/// names.
+/// All programs that open `mailto:` links: the desktop's default first, the others by name.
 [[nodiscard]] std::vector<MailClient> find_mail_clients();
 
-/// The one that drafts go to.
+/// The mail client that gets the drafts.
 struct ChosenMailClient {
   std::optional<MailClient> client;  ///< none when no program opens `mailto:` links
-  bool is_set = false;               ///< by the setting, else it is the desktop's default
-  std::string gone;                  ///< the setting, when it names a client that is not there
+  bool is_set = false;               ///< true: by the setting; false: the desktop's default
+  std::string gone;                  ///< the setting, when it names a client that is not installed
 };
 [[nodiscard]] ChosenMailClient chosen_mail_client();
 
-/// Keeps a client's identifier as the setting, `<config>/quoll-compose/mail-client`; an empty one
-/// goes back to the desktop's default.
+/// Writes a client's identifier to the setting, `<config>/quoll-compose/mail-client`. An empty one
+/// removes the setting, and the desktop's default is used again.
 [[nodiscard]] Failure set_mail_client(const std::string& id);
 
 }  // namespace quoll::gio

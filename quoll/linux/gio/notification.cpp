@@ -14,15 +14,15 @@ constexpr const char* kName = "org.freedesktop.Notifications";
 constexpr const char* kPath = "/org/freedesktop/Notifications";
 
 GVariant* parameters(const std::string& summary, const std::string& body) {
-  constexpr std::uint32_t kNew = 0;        // takes no other one's place
-  constexpr std::int32_t kUsualTime = -1;  // how long it stays is the desktop's choice
-  // Some desktops read markup in it.
+  constexpr std::uint32_t kNew = 0;        // replaces no other notification
+  constexpr std::int32_t kUsualTime = -1;  // the desktop decides how long it is shown
+  // Some desktops read the text as markup.
   const TextHandle plain(g_markup_escape_text(body.data(), static_cast<gssize>(body.size())));
   return g_variant_new("(susssasa{sv}i)", "Quoll", kNew, "mail-message-new", summary.c_str(),
                        plain.get(), nullptr, nullptr, kUsualTime);
 }
 
-/// Until then the call keeps the connection, which nobody else may hold.
+/// The call holds the connection until its reply has come and is released here.
 void sent(GObject* bus, GAsyncResult* result, gpointer /*data*/) {
   const VariantHandle reply(g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, nullptr));
 }

@@ -7,13 +7,13 @@
 
 namespace quoll::gio {
 
-/// Shows a notification on the desktop: a line, and plain text below it. False when there is no
-/// session bus or nobody shows notifications. Waits for the answer, but not longer than `time_out`.
-/// Runs the thread's default main context.
+/// Shows a notification on the desktop: a summary line, and plain text below it. Waits for the
+/// answer, but at most for `time_out`. False when there is no session bus or no program that shows
+/// notifications. Runs the default main context of this thread.
 bool show_notification(const std::string& summary, const std::string& body,
                        std::chrono::milliseconds time_out);
 
-/// The same for a program that goes on: it is sent, and nobody waits for what comes of it.
+/// Sends a notification without waiting for an answer, for a program that goes on running.
 void send_notification(GDBusConnection* bus, const std::string& summary, const std::string& body);
 
 }  // namespace quoll::gio

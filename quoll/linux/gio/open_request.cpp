@@ -8,8 +8,8 @@
 namespace quoll::gio {
 namespace {
 
-// A list inside a bus message holds at most 64 MiB; each text in it is preceded by its length, ends
-// in a zero byte and is aligned to four bytes.
+// A list in a bus message holds at most 64 MiB. Each text in it takes 4 bytes for its length, 1 for
+// a zero byte at its end, and up to 3 to align it.
 constexpr std::size_t kLargestBusList = std::size_t{64} << 20U;
 constexpr std::size_t kBytesAroundAText = 4 + 1 + 3;
 

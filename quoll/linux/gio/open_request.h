@@ -6,23 +6,23 @@
 
 namespace quoll::gio {
 
-/// URLs for one application.
+/// A request to open URLs with one application.
 struct OpenRequest {
   std::string application;  ///< its identifier
-  bool background = false;  ///< it shall not come to the front
+  bool background = false;  ///< the application stays behind other windows
   std::vector<std::string> urls;
 
-  /// As a list of byte strings, and back; none when the list is none of ours.
+  /// Convert the request to a list of byte strings and back; none when the list is not a request.
   [[nodiscard]] std::vector<std::string> fields() const;
   [[nodiscard]] static std::optional<OpenRequest> from_fields(std::vector<std::string> fields);
 };
 
-/// Why a request was not carried out, for people; none when the application has taken the URLs.
+/// Why a request failed, in words for people; none when the application has taken the URLs.
 using Failure = std::optional<std::string>;
 
-/// What keeps a request from any way of opening: a URL that is not UTF-8 or holds a zero byte
-/// (buses and command lines would change it silently), more bytes than a bus message may carry,
-/// nothing.
+/// Why a request cannot be opened in any way: it has no URL; a URL is empty, not UTF-8 or holds a
+/// zero byte, which the bus or a command line would silently change; or it is too long for a bus
+/// message. None when it can be tried.
 [[nodiscard]] Failure refusal(const OpenRequest& request);
 
 }  // namespace quoll::gio

@@ -32,7 +32,8 @@ GVariant* open_parameters(const OpenRequest& request, const ActivationTokens& to
   return g_variant_new("(asa{sv})", &uris, &platform_data);
 }
 
-// Nobody has the name and the bus can start nobody, or who has it does not speak this interface.
+// True when the bus can neither reach nor start the application, or when what has its name does not
+// implement the interface.
 bool says_nobody_there(const ErrorSlot& error) {
   constexpr GDBusError codes[] = {G_DBUS_ERROR_SERVICE_UNKNOWN, G_DBUS_ERROR_NAME_HAS_NO_OWNER,
                                   G_DBUS_ERROR_UNKNOWN_METHOD, G_DBUS_ERROR_UNKNOWN_OBJECT,

@@ -8,19 +8,19 @@
 
 namespace quoll::gio {
 
-/// The object path under which an application answers on the bus: "it.vorlent.quoll2-beta" gives
+/// The D-Bus object path of an application: "it.vorlent.quoll2-beta" gives
 /// "/it/vorlent/quoll2_beta".
 [[nodiscard]] std::string object_path(const std::string& application);
 
-/// Opens URLs with applications, for a process that does nothing else. It begins to connect to the
-/// session bus when it is made; it and its calls belong to one thread.
+/// Opens URLs with applications, in a process that does nothing else. The constructor begins to
+/// connect to the session bus. The object and its calls belong to one thread.
 class Opener {
  public:
-  /// `time_out` is what an application has for one request, from being asked to its answer.
+  /// `time_out` is the time that an application has to answer a request.
   Opener(ActivationTokens tokens, std::chrono::milliseconds time_out);
 
-  /// Hands the URLs over: to the running application on the bus, or the one that the bus starts,
-  /// and waits for its answer; without such, by the `Exec` line of `<application>.desktop`.
+  /// Gives the URLs to the application over the bus, which starts it if need be, and waits for its
+  /// answer. When the bus does not know it, runs the `Exec` line of `<application>.desktop`.
   [[nodiscard]] Failure open(const OpenRequest& request);
 
  private:

@@ -13,7 +13,7 @@ void SessionBus::connected(GObject* /*source*/, GAsyncResult* result, gpointer s
   bus.connecting_ = false;
   bus.reason_ = error.message();
   if (bus.connection_) {
-    // The library would end this process with the bus, and no reason would reach anybody.
+    // Otherwise GIO ends this process when the bus ends, and nobody gets to know a reason.
     g_dbus_connection_set_exit_on_close(bus.connection_.get(), FALSE);
   }
 }

@@ -7,8 +7,8 @@
 
 namespace quoll::gio {
 
-/// The session bus of a process that runs the default main context on this thread. It begins to
-/// connect when it is made and lives as long as the process.
+/// A connection to the session bus. It belongs to a thread that runs the default main context. The
+/// constructor begins to connect. It must live until the process ends.
 class SessionBus {
  public:
   SessionBus();
@@ -16,7 +16,8 @@ class SessionBus {
   SessionBus& operator=(const SessionBus&) = delete;
   ~SessionBus() = default;
 
-  /// The connection, waited for until `deadline`; null when there is none, and `reason` says why.
+  /// The connection, waited for until `deadline`; null when there is none, and then `reason` says
+  /// why.
   [[nodiscard]] GDBusConnection* connection(std::chrono::steady_clock::time_point deadline);
   [[nodiscard]] const std::string& reason() const { return reason_; }
 

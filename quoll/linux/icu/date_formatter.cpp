@@ -26,7 +26,7 @@ using platform::NSDateFormatterStyle;
 
 constexpr double kMilliseconds = 1000;
 
-/// Everything here is asked of constant objects, which ICU lets several threads do at once.
+/// Uses only constant objects of ICU, which several threads may share.
 class Formatter : public platform::NSDateFormatter {
  public:
   Formatter(std::unique_ptr<const ::icu::DateFormat> format, WallClock clock)
@@ -36,7 +36,7 @@ class Formatter : public platform::NSDateFormatter {
     if (std::isnan(date.seconds_since_1970)) {
       return {};
     }
-    constexpr double kFarthest = 1e14;  // three million years; no calendar of ICU goes farther
+    constexpr double kFarthest = 1e14;  // three million years: farther than ICU's calendars go
     const double seconds = std::clamp(date.seconds_since_1970, -kFarthest, kFarthest);
     const auto calendar = calendar_ahead_by(clock_.offset_at(seconds));
     UErrorCode status = U_ZERO_ERROR;
@@ -60,15 +60,15 @@ class Formatter : public platform::NSDateFormatter {
     format_->parse(wanted, *calendar, position);
     UErrorCode status = U_ZERO_ERROR;
     const Date date{clock_.moment_of(calendar->getTime(status) / kMilliseconds)};
-    // ICU is content with a part of the text, with blanks and with days that do not exist; what
-    // comes out as the same text was the whole of it.
+    // ICU also accepts a part of the text, additional blanks, and days that do not exist. Writing
+    // the date again must give the same text.
     return U_SUCCESS(status) != 0 && position.getIndex() > 0 && stringFromDate(date) == text
                ? std::optional(date)
                : std::nullopt;
   }
 
  private:
-  /// In bytes; no formatter writes as much.
+  /// In bytes. No formatter writes a text as long as this.
   static constexpr std::size_t kLongest = 1000;
 
   [[nodiscard]] std::unique_ptr<::icu::Calendar> calendar_ahead_by(int seconds) const {
@@ -82,7 +82,8 @@ class Formatter : public platform::NSDateFormatter {
   WallClock clock_;
 };
 
-/// Reads by rules of its own, which are stricter than any pattern.
+/// The formatter of the exchange format. It reads by the rules of that format, which are stricter
+/// than a pattern.
 class ExchangeFormatter final : public Formatter {
  public:
   using Formatter::Formatter;

@@ -6,9 +6,10 @@
 
 namespace quoll::icu {
 
-/// Date formatters by ICU. A formatter without a locale takes the user's, one without an offset the
-/// time zone of this system, both from the environment as it is when the formatter is made. A
-/// Gregorian calendar that is asked for by name is carried back before 1582.
+/// Date formatters that use ICU; never null. A formatter without a locale has the user's locale,
+/// and one without an offset has the time zone of the system; both are taken from the environment
+/// when the formatter is made. A Gregorian calendar that was asked for by name also applies to
+/// dates before 1582.
 [[nodiscard]] std::shared_ptr<platform::Dates> make_dates();
 
 }  // namespace quoll::icu

@@ -11,10 +11,11 @@ namespace quoll::icu {
 namespace {
 
 constexpr const char* kPosix = "en_US_POSIX";
-/// No name of a locale is longer.
+/// In bytes. No name of a locale is longer.
 constexpr std::size_t kLongest = 100;
 
-/// The script that a modifier stands for; none for the others, which do not change dates.
+/// The script that a modifier such as "latin" stands for. None for other modifiers: they do not
+/// change how dates are written.
 std::string_view script_of(std::string_view modifier) {
   struct Script {
     std::string_view modifier;

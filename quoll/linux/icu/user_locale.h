@@ -6,12 +6,12 @@
 
 namespace quoll::icu {
 
-/// The user's locale for dates: `LC_ALL`, else `LC_TIME`, else `LANG`, the first that is not empty,
-/// whether or not the C library has such a locale.
+/// The user's locale for dates: the first of `LC_ALL`, `LC_TIME` and `LANG` that is not empty. The
+/// C library need not have this locale.
 [[nodiscard]] ::icu::Locale user_locale();
 
-/// The locale of a name as it stands in the environment: "de_DE.UTF-8", "sr_RS@latin". `C` and
-/// `POSIX`, the empty name and what cannot be a locale are en_US_POSIX.
+/// The locale with a name as it is written in the environment: "de_DE.UTF-8", "sr_RS@latin". `C`,
+/// `POSIX`, the empty name and what cannot be a name give en_US_POSIX.
 [[nodiscard]] ::icu::Locale locale_named(std::string_view name);
 
 }  // namespace quoll::icu

@@ -22,7 +22,8 @@ int WallClock::offset_at(double moment) const {
 }
 
 double WallClock::moment_of(double shown) const {
-  // The offset at about that moment, and then the one that really holds there.
+  // The inner call gives the offset of about that moment, the outer one the offset of the moment
+  // itself.
   return shown - offset_at(shown - offset_at(shown));
 }
 

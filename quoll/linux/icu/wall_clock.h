@@ -4,20 +4,23 @@
 
 namespace quoll::icu {
 
-/// What clocks on the wall show: UTC and an offset from it, fixed or as the C library's time zone
-/// has it (`TZ`, else /etc/localtime) at the moment in question. Times are seconds since 1970. Any
-/// thread may ask. The time zone is the whole process's: one clock that is made after `TZ` was
-/// changed changes it for all that have no offset.
+/// Converts between UTC and local time. The offset from UTC is fixed, or it is that of the C
+/// library's time zone (`TZ`, else /etc/localtime) at the moment in question. Times are seconds
+/// since 1970. Any thread may call.
+///
+/// The time zone belongs to the whole process. So a clock that is made after `TZ` was changed also
+/// changes the other clocks without a fixed offset.
 class WallClock {
  public:
-  /// `TZ` is read again when no offset is given.
+  /// Without an offset, `TZ` is read again.
   explicit WallClock(std::optional<int> seconds_from_gmt);
 
-  /// How far the clocks are ahead of UTC at a moment, in seconds. The moment is within a hundred
+  /// The seconds that local time is ahead of UTC at a moment, which must be within a hundred
   /// million years of 1970.
   [[nodiscard]] int offset_at(double moment) const;
 
-  /// A moment at which the clocks show this time. Where they skip it, one beside it.
+  /// The moment at which local time is `shown`. If local time skips it (when summer time begins), a
+  /// moment near it.
   [[nodiscard]] double moment_of(double shown) const;
 
  private:

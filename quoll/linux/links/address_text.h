@@ -5,8 +5,8 @@
 
 namespace quoll::links {
 
-/// Appends a part of an address as a URL holds it: what it cannot hold is percent-encoded, and so
-/// are a quote, a "%" that begins no escape and a "#" when the first one is already in `url`.
+/// Appends a part of an address to a URL and percent-encodes what a URL must not hold. A quote is
+/// encoded, and so are a "%" that begins no escape and a "#" when `url` has one already.
 void append_address(std::string& url, std::string_view part);
 
 }  // namespace quoll::links

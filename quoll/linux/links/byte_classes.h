@@ -6,17 +6,17 @@
 #include <cstdint>
 #include <string_view>
 
-/// What the bytes of a text mean to the finder of links.
+/// The classes of bytes that the finder of links tells apart.
 namespace quoll::links {
 
-/// What a byte of ASCII may be; a byte above belongs to a character of its own kind.
+/// Where an ASCII byte may stand. Bytes above ASCII belong to characters, see `mark_at`.
 enum ByteClass : std::uint8_t {
   kAlphanumeric = 1,
-  kName = 2,      // of a host
-  kToken = 4,     // of a host or of the local part of a mail address
-  kUser = 8,      // of what stands before "@" behind a scheme
-  kStop = 16,     // ends every link
-  kTrigger = 32,  // one of these stands in every link
+  kName = 2,      // in the name of a host
+  kToken = 4,     // in a host's name or before "@" in a mail address
+  kUser = 8,      // before "@" in a URL: user and password
+  kStop = 16,     // a link ends before it
+  kTrigger = 32,  // every link has one of these
 };
 
 constexpr std::array<std::uint8_t, 256> make_classes() {

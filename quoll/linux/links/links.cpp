@@ -17,14 +17,15 @@ namespace quoll::links {
 
 namespace {
 
-/// A label of the list by itself: without the rule that every unknown domain is a public suffix.
+/// Whether the public suffix list names this label. Its default rule, by which every unknown label
+/// is a suffix, is left out.
 bool is_top_level_domain(const std::string& label) {
   return psl_is_public_suffix2(psl_builtin(), label.c_str(),
                                PSL_TYPE_ICANN | PSL_TYPE_NO_STAR_RULE) != 0;
 }
 
-/// Opened when the first host asks for it, shared by all threads, never closed; null when ICU has
-/// no data for it.
+/// ICU's converter of host names. It is opened at the first use, shared by all threads, and never
+/// closed. Null when ICU has no data for it.
 const UIDNA* open_idna() {
   UErrorCode error = U_ZERO_ERROR;
   return uidna_openUTS46(UIDNA_NONTRANSITIONAL_TO_ASCII | UIDNA_USE_STD3_RULES | UIDNA_CHECK_BIDI |
@@ -52,7 +53,7 @@ std::optional<std::string> ascii_form(std::string_view host) {
 class FoundLinks final : public platform::Links {
  public:
   std::vector<std::string> find(std::string_view text) override {
-    // A text names a few top-level domains again and again.
+    // Most texts repeat a few top-level domains, so the answers are kept.
     std::map<std::string, bool, std::less<>> known;
     const auto is_known = [&](std::string_view label) {
       auto entry = known.find(label);

@@ -6,8 +6,9 @@
 
 namespace quoll::links {
 
-/// The finder of links behind the port: top-level domains are those of the public suffix list that
-/// is built into its library, hosts in other scripts are read as UTS 46 says (non-transitional).
+/// The finder of links for the port; never null. It takes top-level domains from the public suffix
+/// list that is built into libpsl, and converts hosts in other scripts by UTS 46
+/// (non-transitional).
 [[nodiscard]] std::shared_ptr<platform::Links> make_links();
 
 }  // namespace quoll::links

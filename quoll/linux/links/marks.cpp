@@ -15,7 +15,7 @@ struct Range {
   Mark mark;
 };
 
-/// Sorted. White space is Unicode's separators and U+0085, quotes are its quotation marks.
+/// Sorted. White space is Unicode's separators and U+0085; quotes are Unicode's quotation marks.
 constexpr std::array kRanges{
     Range{0x0085, 0x0085, Mark::kStop},        Range{0x00A0, 0x00A0, Mark::kStop},
     Range{0x00AB, 0x00AB, Mark::kStop},        Range{0x00BB, 0x00BB, Mark::kStop},
@@ -35,7 +35,7 @@ constexpr std::array kRanges{
     Range{0xFF62, 0xFF63, Mark::kStop},
 };
 
-/// The lengths of the characters in the ranges, by their first byte.
+/// The length in bytes of a character of these ranges, by its first byte; 0 for any other.
 constexpr std::size_t length_after(unsigned lead) {
   switch (lead) {
     case 0xC2:
@@ -60,7 +60,8 @@ MarkAt mark_at(std::string_view text, std::size_t position) {
   if (length == 0 || text.size() - position < length) {
     return {};
   }
-  std::uint32_t character = byte(position) & 0x0FU;  // of all these first bytes
+  std::uint32_t character =
+      byte(position) & 0x0FU;  // right for two- and three-byte characters here
   for (std::size_t at = position + 1; at < position + length; ++at) {
     if ((byte(at) & 0xC0U) != 0x80U) {
       return {};

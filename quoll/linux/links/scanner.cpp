@@ -22,7 +22,7 @@ std::string lower(std::string_view text) {
   return out;
 }
 
-/// Endings of files that are top-level domains too.
+/// File name extensions that are top-level domains too.
 bool is_file_ending(std::string_view label) {
   constexpr std::array<std::string_view, 10> kEndings{"cc", "md", "ml", "mov", "ps",
                                                       "py", "rs", "sh", "so",  "zip"};
@@ -37,12 +37,12 @@ bool is_label(std::string_view label) {
 
 /// A name with a known top-level domain.
 struct Domain {
-  std::string text;       ///< in its ASCII form
-  std::size_t labels;     ///< two or more
+  std::string text;       ///< in ASCII form
+  std::size_t labels;     ///< at least two
   std::string top_level;  ///< in lower case
 };
 
-/// Positions are bytes of the text. A zero byte, which ends everything, stands behind its end.
+/// Positions count bytes of the text. Behind its end there is a zero byte, which ends everything.
 class Scanner {
  public:
   Scanner(std::string_view text, const Questions& questions) : text_(text), ask_(questions) {}
@@ -69,7 +69,7 @@ class Scanner {
   bool stops(std::size_t position) const {
     return is(at(position), kStop) || mark(position).mark == Mark::kStop;
   }
-  /// True for a byte of that class and for one of a character outside ASCII that is no mark.
+  /// True for a byte of that class, and for a byte of a letter or symbol outside ASCII.
   bool is_part(std::size_t position, ByteClass byte_class) const {
     const char c = at(position);
     return is_ascii(c) ? is(c, byte_class) : mark_at(text_, position).mark == Mark::kNone;
@@ -107,7 +107,7 @@ class Scanner {
   std::vector<Found> found_;
 };
 
-/// The next "." inside a word or ":" before "//"; most of a text is passed over here.
+/// The next "." inside a word or ":" before "//". Most of a text is skipped here.
 std::size_t Scanner::next_trigger(std::size_t position) const {
   for (; position < text_.size(); ++position) {
     if (is(text_[position], kTrigger) &&
@@ -119,8 +119,8 @@ std::size_t Scanner::next_trigger(std::size_t position) const {
   return position;
 }
 
-/// Looks through a word, which begins at `position` and goes on to the next stop of ASCII; answers
-/// its end.
+/// Searches a word and answers its end. A word begins at `position` and ends at the next ASCII
+/// stop.
 std::size_t Scanner::scan_word(std::size_t position) {
   while (!is(at(position), kStop)) {
     if (is_part(position, kToken)) {
@@ -132,7 +132,7 @@ std::size_t Scanner::scan_word(std::size_t position) {
   return position;
 }
 
-/// Takes the link that begins in a token or at it, if there is one; answers where to go on.
+/// Searches a token. Adds the link that begins in it, if there is one, and answers where to go on.
 std::size_t Scanner::scan_token(std::size_t begin) {
   const std::size_t end = end_of(kToken, begin);
   if (text_.substr(end, 3) == "://") {
@@ -144,12 +144,12 @@ std::size_t Scanner::scan_token(std::size_t begin) {
   return at(end) == '@' ? take_mail(begin, end) : take_name(begin, end);
 }
 
-/// A name inside a path, an address or an escape is no name of its own.
+/// False for a name inside a path, an address or an escape: such a name is not a link of its own.
 bool Scanner::stands_alone(std::size_t begin) const {
   return begin == 0 || !is_one_of(text_[begin - 1], "/\\@%");
 }
 
-/// Where the scheme that ends a token begins; its end when it is not one of those that are links.
+/// The beginning of the scheme at the end of a token; `end` when it is not the scheme of a link.
 std::size_t Scanner::scheme_begin(std::size_t begin, std::size_t end) const {
   constexpr std::size_t kTooLong = 6;
   std::size_t first = end;
@@ -178,7 +178,7 @@ std::size_t Scanner::take_address(std::size_t begin, std::size_t end) {
   return link_end;
 }
 
-/// Behind the last "@" of the user that may stand at `position`.
+/// The beginning of the host: behind the last "@" of a user at `position`, if there is one.
 std::size_t Scanner::host_begin(std::size_t position) const {
   std::size_t begin = position;
   for (; is_part(position, kUser) || at(position) == '@'; ++position) {
@@ -189,7 +189,7 @@ std::size_t Scanner::host_begin(std::size_t position) const {
   return begin;
 }
 
-/// The end of the labels that begin at `position`; a dot without a label behind it is left out.
+/// The end of the host's name that begins at `position`, without a dot at its end.
 std::size_t Scanner::name_end(std::size_t position) const {
   if (!is_part(position, kAlphanumeric)) {
     return position;
@@ -203,19 +203,19 @@ std::size_t Scanner::name_end(std::size_t position) const {
   return position;
 }
 
-/// The end of an address in brackets; `position` when it is none.
+/// The end of an IP address in brackets; `position` when there is none.
 std::size_t Scanner::literal_end(std::size_t position) const {
   const std::size_t end = text_.find_first_not_of("0123456789ABCDEFabcdef:.", position + 1);
   return end != std::string_view::npos && end > position + 1 && text_[end] == ']' ? end + 1
                                                                                   : position;
 }
 
-/// An ASCII host is its own ASCII form.
+/// The ASCII form of a host; none when it has none.
 std::optional<std::string> Scanner::ascii_form(std::string_view host) const {
   if (std::all_of(host.begin(), host.end(), is_ascii)) {
     return std::string(host);
   }
-  constexpr std::size_t kLongest = 1024;  // no name of 253 characters comes from more
+  constexpr std::size_t kLongest = 1024;  // a longer text cannot give a name of 253 characters
   return host.size() > kLongest ? std::nullopt : ask_.ascii_form(host);
 }
 
@@ -290,8 +290,8 @@ std::size_t Scanner::port_end(std::size_t position) const {
   return end;
 }
 
-/// The end of path, query and fragment: before a stop, and before a closing bracket without its
-/// opening one.
+/// The end of path, query and fragment. They end before a stop, and before a closing bracket that
+/// was not opened in them.
 std::size_t Scanner::path_end(std::size_t position) const {
   constexpr std::string_view kOpening = "([{";
   constexpr std::string_view kClosing = ")]}";
@@ -313,7 +313,7 @@ std::size_t Scanner::path_end(std::size_t position) const {
 std::size_t Scanner::address_end(std::size_t host_end) const {
   std::size_t end = host_end;
   if (text_.substr(end, 2) == "./") {
-    ++end;  // the name of a host may end in its root
+    ++end;  // a host's name may end with a dot
   }
   end = port_end(end);
   if (is_one_of(at(end), "/?#")) {

@@ -7,23 +7,27 @@
 #include <string_view>
 #include <vector>
 
-/// The finder of links without its libraries: what it has to know of the world it asks.
+/// The rules by which links are found in a text. What needs other libraries is asked by
+/// `Questions`.
 ///
-/// - "http://", "https://", "ftp://" and a host, in any case, are a link as they stand; the host
-///   may be any name or an address in "[...]", with a user before it and a port behind it.
-/// - A name with a known top-level domain is a link to "http://"; one with a local part and "@"
-///   before it is a link to "mailto:". It stands alone: not inside a path, an address or an escape.
-/// - A name of two labels that reads like a file's ("notes.py") is no link, unless it begins with
-///   "www." or a path follows.
-/// - A link goes on to white space, "<", ">", a quote, or a closing bracket that was not opened in
-///   it; then . , ! ? ; : at its end are left out.
-/// - What no URL holds is percent-encoded; a host that is not ASCII is written in its ASCII form.
+/// - "http://", "https://" or "ftp://", in upper or lower case, and a host are a link as they are
+///   written. The host is any name, or an IP address in "[...]". A user may stand before it, and a
+///   port behind it.
+/// - A name with a known top-level domain is a link to "http://". With a local part and "@" before
+///   it, it is a link to "mailto:". The name must stand alone: not inside a path, an address or an
+///   escape.
+/// - A name of two labels that looks like a file's ("notes.py") is not a link, unless it begins
+///   with "www." or a path follows.
+/// - A link ends before white space, "<", ">", a quote, or a closing bracket that was not opened in
+///   it. Any of . , ! ? ; : at its end is left out.
+/// - Characters that a URL must not hold are percent-encoded. A host outside ASCII is written in
+///   its ASCII form.
 namespace quoll::links {
 
 struct Questions {
-  /// Whether a top-level domain is known; it is given in its ASCII form and in lower case.
+  /// Whether a top-level domain is known. It is given in ASCII form and in lower case.
   std::function<bool(std::string_view label)> is_top_level_domain;
-  /// The ASCII form of a host that is not ASCII; none when it cannot be one.
+  /// The ASCII form of a host outside ASCII; none when it has none.
   std::function<std::optional<std::string>(std::string_view host)> ascii_form;
 };
 
@@ -33,9 +37,8 @@ struct Found {
   std::string url;
 };
 
-/// The links in `text`, in the order in which they occur; none overlaps another. Any bytes will do.
-/// Every byte is looked at a bounded number of times, and each question is asked at most once a
-/// name.
+/// The links in `text`, in the order in which they occur, without overlaps. The text may hold any
+/// bytes. The time grows with its length, and each question is asked at most once for a name.
 [[nodiscard]] std::vector<Found> scan(std::string_view text, const Questions& questions);
 
 }  // namespace quoll::links

@@ -23,7 +23,7 @@ std::string lower(std::string_view text) {
   return result;
 }
 
-/// The number at the front of `text`, and what follows it.
+/// The number at the beginning of `text`, and the rest of the text; none when there is no number.
 std::optional<std::pair<double, std::string_view>> leading_number(std::string_view text) {
   if (text.starts_with('+')) {
     text.remove_prefix(1);
@@ -51,7 +51,8 @@ std::optional<std::uint32_t> hexadecimal_colour(std::string_view digits) {
          ((value & 0xFU) * 0x11U);
 }
 
-/// `1, 2, 3` or `1 2 3`, each a number or a percentage; what follows is the alpha.
+/// The colour in `1, 2, 3` or `1 2 3`. Each component is a number or a percentage. What follows
+/// (the alpha) is ignored.
 std::optional<std::uint32_t> component_colour(std::string_view list) {
   std::uint32_t colour = 0;
   for (int component = 0; component < 3; ++component) {
@@ -86,8 +87,8 @@ std::optional<std::uint32_t> named_colour(std::string_view name) {
   return found == kNames.end() ? std::nullopt : std::optional(found->second);
 }
 
-/// Points, from a `font-size` that may be relative to `current` (0: the default); 0 when it cannot
-/// be read.
+/// A `font-size` in points; 0 when it cannot be read. It may be relative to `current`, where 0 is
+/// the default size.
 double css_size(const std::string& value, double current) {
   static constexpr std::array<std::pair<std::string_view, double>, 7> kKeywords{{{"xx-small", 7},
                                                                                  {"x-small", 7.5},
@@ -154,8 +155,7 @@ void declare(Inherited& inherited, std::string_view property, std::string_view r
   }
 }
 
-/// The length of the part of `text` before the first `separator` that is neither quoted nor in
-/// brackets.
+/// The length of `text` up to the first `separator` outside of quotes and brackets.
 std::size_t part_length(std::string_view text, char separator) {
   char quote = 0;
   bool bracket = false;

@@ -80,7 +80,7 @@ struct DocumentReader::Element {
   void (*apply)(Look&) = nullptr;
 };
 
-/// Sorted by name. An element that is not named here changes nothing.
+/// Sorted by name. An element that is not in the table changes nothing.
 std::span<const DocumentReader::Element> DocumentReader::elements() {
   using enum Role;
   static constexpr auto kElements = std::to_array<Element>({

@@ -11,18 +11,18 @@
 
 namespace quoll::xml {
 
-/// The names of elements and attributes that a document reader looks at, in lower case.
+/// The names of all elements and attributes that a document reader knows, in lower case.
 [[nodiscard]] std::vector<std::string_view> known_names();
 
-/// Turns the elements and texts of an HTML document, as a parser meets them, into styled runs.
-/// Nothing here is recursive: elements may be nested to any depth.
+/// Turns the elements and texts of an HTML document into styled runs, in the order in which a
+/// parser reports them. Elements may be nested to any depth: no operation recurses.
 class DocumentReader {
  public:
   using Attribute = std::pair<std::string_view, std::string_view>;
 
-  /// The start of an element; name and attribute names in lower case.
+  /// An element begins. Its name and those of its attributes are in lower case.
   void open(std::string_view name, std::span<const Attribute> attributes);
-  /// The end of the element that was opened last among those still open.
+  /// The innermost open element ends.
   void close();
   void text(std::string_view text);
 
@@ -59,11 +59,11 @@ class DocumentReader {
   void begin_cell();
 
   std::vector<Open> open_;
-  /// The number of the next item of each open list, `kUnordered` for none.
+  /// The number of the next item, for each open list; `kUnordered` for a list without numbers.
   std::vector<int> lists_;
   RunBuilder builder_;
   bool first_cell_ = true;
-  /// A line feed right after `<pre>` belongs to the markup.
+  /// Set right after `<pre>`: a line feed there belongs to the markup and is not shown.
   bool skip_line_feed_ = false;
 };
 

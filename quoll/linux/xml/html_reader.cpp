@@ -15,16 +15,17 @@
 namespace quoll::xml {
 namespace {
 
-/// The parser compares an end tag that fits nothing with every open element; each comparison
-/// counts.
+/// The limit for the parser's time: it compares an end tag that closes nothing with every open
+/// element.
 constexpr std::size_t kMostComparisons = 200'000'000;
-/// It compares each attribute of a tag with those before it. It knows every name from a dictionary,
-/// so what bounds the dictionary bounds this: new names beyond it are not attributes any more.
+/// The number of names that the parser's dictionary takes. The parser compares each attribute of a
+/// tag with those before it, so this limits that time too: names beyond it are not accepted as
+/// attributes.
 constexpr std::size_t kDictionaryLimit = 16384;
 constexpr std::size_t kChunk = 65536;
 
-/// One document being read. Nothing may be thrown through the parser: what happens is kept here and
-/// the parser is told to stop.
+/// The state of reading one document. No exception may pass through the parser: a failure is kept
+/// here, and the parser is stopped.
 struct Reading {
   DocumentReader document;
   htmlParserCtxtPtr parser = nullptr;
@@ -102,7 +103,7 @@ void parse(htmlParserCtxtPtr parser, std::string_view html) {
   }
 }
 
-/// Line ends as line feeds, and without the zero bytes at which the parser might stop.
+/// The text with line feeds as line ends, and without zero bytes, at which the parser might stop.
 std::string normal_text(std::string_view html) {
   std::string text;
   text.reserve(html.size());
@@ -126,15 +127,15 @@ const char* read(std::string_view html, std::vector<platform::TextRun>& runs) {
     return "there is not enough memory";
   }
   reading.parser = parser.get();
-  // The text is UTF-8 whatever it says of itself.
+  // The text is UTF-8, whatever encoding it declares.
   htmlCtxtUseOptions(parser.get(), HTML_PARSE_IGNORE_ENC);
   for (const std::string_view name : known_names()) {
     xmlDictLookup(parser->dict, reinterpret_cast<const xmlChar*>(name.data()),
                   static_cast<int>(name.size()));
   }
   xmlDictSetLimit(parser->dict, kDictionaryLimit);
-  // What follows the end of the document element would be lost, and mail programs and mailing lists
-  // do add text there. For each start tag in excess the parser ignores one such end.
+  // Mail programs and mailing lists add text behind `</html>`, which the parser would drop. For
+  // each `<html>` too many it ignores one `</html>`.
   for (int spare = 0; spare < 64; ++spare) {
     parse(parser.get(), "<html>");
   }

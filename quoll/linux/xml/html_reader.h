@@ -7,9 +7,9 @@
 
 namespace quoll::xml {
 
-/// What the reader module offers, under the name below. Reads `size` bytes of UTF-8 and fills
-/// `runs`, which is empty. Answers null, or why the document cannot be read: a text that lives as
-/// long as the module. Any thread may call.
+/// The function that the reader module exports under the name below. It reads `size` bytes of UTF-8
+/// and fills `runs`, which is empty before. Answers null, or why the document cannot be read, as a
+/// text that is valid as long as the module. Any thread may call.
 using ReadHtml = const char*(const char* html, std::size_t size,
                              std::vector<platform::TextRun>* runs) noexcept;
 

@@ -18,7 +18,7 @@ constexpr std::string_view kOpening =
     "<meta name=\"generator\" content=\"Quoll Share\">\n"
     "<style>p { margin: 0 }</style>\n</head>\n<body>\n";
 constexpr std::string_view kClosing = "</body>\n</html>\n";
-/// More would only be a mistake, or an attack on whoever lays out the text.
+/// In points. A larger size is a mistake, or an attack on the program that lays out the text.
 constexpr double kLargestSize = 1638;
 
 void add(Bytes& out, std::string_view text) {
@@ -28,7 +28,7 @@ void add(Bytes& out, std::string_view text) {
 bool is_line_end(char byte) {
   return byte == '\n' || byte == '\r';
 }
-/// Vertical tab and form feed are forbidden, but part words: they are written as blanks.
+/// Vertical tab and form feed are written as blanks: HTML forbids them, but they separate words.
 bool is_blank(char byte) {
   return byte == ' ' || byte == '\v' || byte == '\f';
 }
@@ -39,13 +39,13 @@ bool is_ascii_control(char byte) {
   return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F;
 }
 
-/// True at the first byte of U+0080 to U+009F.
+/// True at the first byte of a character from U+0080 to U+009F.
 bool is_wide_control(std::string_view text, std::size_t at) {
   return text[at] == '\xC2' && at + 1 < text.size() &&
          static_cast<unsigned char>(text[at + 1]) < 0xA0;
 }
 
-/// What stands for a character in text and in attribute values; empty when it stands for itself.
+/// The escape for a character in text and attribute values; empty when it needs none.
 std::string_view escape(char byte) {
   switch (byte) {
     case '&':
@@ -61,7 +61,7 @@ std::string_view escape(char byte) {
   }
 }
 
-/// Without control characters, escaped, for a value between double quotes.
+/// The value for an attribute in double quotes: escaped, and without control characters.
 std::string attribute_value(std::string_view text) {
   std::string value;
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -76,7 +76,7 @@ std::string attribute_value(std::string_view text) {
   return value;
 }
 
-/// A family name as CSS writes it: quoted, unless it names a kind of font.
+/// A family name in CSS: quoted, except for a generic family.
 std::string family(std::string_view font) {
   constexpr std::array<std::string_view, 6> kKinds{"serif",   "sans-serif", "monospace",
                                                    "cursive", "fantasy",    "system-ui"};
@@ -123,7 +123,7 @@ std::string css(const TextAttributes& look) {
   return text;
 }
 
-/// The tags around a piece of text of one look.
+/// The tags around text with these attributes.
 struct Tags {
   std::string opening;
   std::string closing;
@@ -179,7 +179,7 @@ class Writer {
   }
 
  private:
-  /// Writes the whole text up to `end`, all of one look.
+  /// Writes the text up to `end`, which all has the same attributes.
   void write_run(std::size_t end, const Tags& tags) {
     while (at_ < end) {
       const auto line_end =
@@ -211,7 +211,7 @@ class Writer {
     end_paragraph();
   }
 
-  /// A piece holds no line end.
+  /// Writes text up to `end`, without line ends in it.
   void write_piece(std::size_t end) {
     while (at_ < end) {
       const char byte = text_[at_];
@@ -233,8 +233,9 @@ class Writer {
     }
   }
 
-  /// A reader joins blanks and drops those at the ends of a paragraph; a no-break blank stays. The
-  /// last blank before a word is an ordinary one, so that a line can be broken there.
+  /// Writes a row of blanks. A program that shows HTML joins blanks, and drops them at the ends of
+  /// a paragraph; it keeps no-break blanks. The last blank before a word is an ordinary one, so
+  /// that the line can be broken there.
   void write_blanks(std::size_t end) {
     auto blanks_end = at_;
     while (blanks_end < end && is_blank(text_[blanks_end])) {
@@ -272,7 +273,7 @@ class Writer {
     in_paragraph_ = false;
   }
 
-  /// The text of all runs, and how much of it is written.
+  /// The text of all runs, and the length that has been written.
   std::string_view text_;
   std::size_t at_ = 0;
   bool in_paragraph_ = false;

@@ -7,14 +7,14 @@
 
 namespace quoll::xml {
 
-/// The class of a span whose no-break blanks stand for ordinary ones. Mail clients keep no-break
-/// blanks, but not every one keeps a style that preserves ordinary blanks.
+/// The class of a span in which no-break blanks stand for ordinary ones. Mail clients keep no-break
+/// blanks, but not all of them keep a style that preserves ordinary blanks.
 inline constexpr std::string_view kBlanksClass = "quoll-blanks";
 inline constexpr std::string_view kNoBreakBlank = "\xC2\xA0";
 
-/// A whole HTML document in UTF-8. Each paragraph (ended by LF, CR or CRLF, or by the end of the
-/// text) is one `<p>`; everything that a paragraph needs stands in it, so that it survives without
-/// the style sheet. Each run's text is UTF-8; control characters that HTML forbids are left
+/// A complete HTML document in UTF-8. A paragraph ends with LF, CR, CRLF or the end of the text,
+/// and becomes one `<p>`. All that a paragraph needs is inside it, so it keeps its look without the
+/// style sheet. The text of each run must be UTF-8. Control characters that HTML forbids are left
 /// out, and so is an attribute that is not UTF-8.
 [[nodiscard]] foundation::Bytes html_document(const platform::NSAttributedString& text);
 

@@ -10,7 +10,8 @@
 
 namespace quoll::xml {
 
-/// A text that a hundred thousand nested elements inherit without a copy each.
+/// A constant text that is shared, so that a hundred thousand nested elements can inherit it
+/// without a copy.
 class SharedText {
  public:
   SharedText() = default;
@@ -26,7 +27,7 @@ class SharedText {
   std::shared_ptr<const std::string> held_;
 };
 
-/// What a piece of text looks like: `platform::TextAttributes` while a document is read.
+/// The attributes of text while a document is read; they become `platform::TextAttributes`.
 struct Look {
   bool bold = false;
   bool italic = false;
@@ -40,14 +41,14 @@ struct Look {
   friend bool operator==(const Look&, const Look&) = default;
 };
 
-/// What an element hands down to what is inside it.
+/// What an element passes on to the elements inside it.
 struct Inherited {
   Look look;
   /// Nothing inside is shown.
   bool hidden = false;
-  /// White space stands as written.
+  /// White space is kept as it is written.
   bool preserved = false;
-  /// No-break blanks stand for ordinary ones.
+  /// No-break blanks stand for ordinary ones (see `kBlanksClass`).
   bool blanks = false;
 };
 

@@ -7,11 +7,12 @@ namespace quoll::xml {
 namespace {
 
 constexpr std::string_view kWhite = " \t\n\f\r";
-/// A document that repeats one long link over many short pieces of text would become a thousand
-/// times as large; beyond this much the text goes without its links.
+/// The limit in bytes for repeated links. One long link around many short pieces of text would make
+/// the result a thousand times as large as the document; beyond the limit, text is kept without its
+/// links.
 constexpr std::size_t kMostRepeated = std::size_t{64} << 20U;
 
-/// The length of the control character there that HTML forbids; 0 when there is none.
+/// The length in bytes of a control character at `at` that HTML forbids; 0 when there is none.
 std::size_t control_at(std::string_view text, std::size_t at) {
   const auto byte = static_cast<unsigned char>(text[at]);
   if (byte == 0xC2 && at + 1 < text.size()) {
@@ -20,7 +21,7 @@ std::size_t control_at(std::string_view text, std::size_t at) {
   return (byte < 0x20 && byte != '\t') || byte == 0x7F ? 1 : 0;
 }
 
-/// Where the first one is, or where the text ends.
+/// The position of the first such character, or the end of the text.
 std::size_t find_control(std::string_view text) {
   std::size_t at = 0;
   while (at < text.size() && control_at(text, at) == 0) {

@@ -10,29 +10,29 @@
 
 namespace quoll::xml {
 
-/// Lays out the text of a document as lines, as a browser would: white space is joined, lines break
-/// where blocks meet, and a break at the end of a block shows nothing. Line feeds are written only
-/// once something follows them.
+/// Makes runs of the text of a document, with lines as a browser shows them: white space is joined,
+/// a line ends where blocks meet, and a break at the end of a block shows nothing. A line feed is
+/// written only when something follows it.
 class RunBuilder {
  public:
-  /// Text whose white space is joined, and dropped at both ends of a line.
+  /// Adds text. Its white space is joined, and dropped at both ends of a line.
   void text(std::string_view text, const Look& look);
-  /// Text that stands as written; its line feeds break the line.
+  /// Adds text as it is written. Its line feeds end the line.
   void preserved_text(std::string_view text, const Look& look);
-  /// Ends the line when there is something on it.
+  /// Ends the line if it has text.
   void block_boundary();
-  /// Ends the line.
+  /// Ends the line, also an empty one.
   void line_break();
-  /// Parts a table cell from the one before it on the same line, once there is text in it.
+  /// Begins a table cell: a tab separates its text, if it has any, from the cell before it.
   void cell_boundary();
-  /// What goes before the next text, such as a list item's "• "; empty for nothing. Blocks that
-  /// begin between the two break no line.
+  /// Sets what is written before the next text, such as a list item's "• "; empty for nothing.
+  /// Blocks that begin before that text do not end the line.
   void set_marker(std::string marker);
 
   [[nodiscard]] std::vector<platform::TextRun> take();
 
  private:
-  /// Without control characters, which HTML forbids.
+  /// Adds text without the control characters that HTML forbids.
   void visible(std::string_view text, const Look& look);
   void shown(std::string_view text, const Look& look);
   void begin_line();
@@ -41,14 +41,14 @@ class RunBuilder {
   void drop_trailing_blank();
 
   std::vector<platform::TextRun> runs_;
-  /// The look of the last run.
+  /// The attributes of the last run.
   Look look_;
   std::string marker_;
-  /// How many bytes of links the runs and lines so far repeat.
+  /// The bytes of links in the runs and lines so far, each repeat counted.
   std::size_t repeated_ = 0;
   bool line_has_text_ = false;
   bool break_pending_ = false;
-  /// The last byte is a blank that goes away when the line ends here.
+  /// The last byte is a blank, which is dropped if the line ends here.
   bool blank_last_ = false;
 };
 

@@ -18,11 +18,11 @@ namespace {
 
 struct Reader {
   ReadHtml* read = nullptr;
-  /// Why there is none.
+  /// Why `read` is null.
   std::string problem;
 };
 
-/// The module of an installed program, else that of a program in the folder it was built in.
+/// The path of the module: that of an installed program, else that in the build folder.
 std::filesystem::path module_path() {
   std::error_code error;
   const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
@@ -32,7 +32,7 @@ std::filesystem::path module_path() {
              : folder / ".." / ".." / "linux" / "xml" / kReaderModule;
 }
 
-/// Never closed: libraries behind the module keep data for each thread.
+/// Loads the module. It is never unloaded, because its libraries keep data for each thread.
 Reader load_reader() {
   void* module = ::dlopen(module_path().c_str(), RTLD_NOW | RTLD_LOCAL);
   void* symbol = module != nullptr ? ::dlsym(module, kReadHtmlName) : nullptr;
@@ -67,7 +67,7 @@ class HtmlText final : public platform::StyledText {
   }
 
  private:
-  /// Why it failed, or nothing.
+  /// Fills `runs`. Answers why it failed, or the empty text.
   [[nodiscard]] std::string read(std::string_view html,
                                  std::vector<platform::TextRun>& runs) const {
     if (reader_.read == nullptr) {

@@ -6,12 +6,12 @@
 
 namespace quoll::xml {
 
-/// Styled text from HTML and back; never null. Any thread may use it.
+/// Converts styled text from HTML and to HTML; never null. Any thread may use it.
 ///
-/// Reading is done by a module with a parser library behind it, which is loaded by this call, and
-/// only when `with_html_reader` is true: a program that only writes pays nothing for it, and one
-/// that confines itself afterwards still reads. The module is looked for beside the running program
-/// (`../<libdir>/quoll/` of its folder). Without it `from_html` answers null and logs one line.
+/// Reading is done by a module, which brings a parser library. This call loads it if
+/// `with_html_reader` is true. So a program that only writes does not load the parser, and a
+/// program that confines itself later can still read. The module is in `../<libdir>/quoll/`, seen
+/// from the folder of the running program. Without it `from_html` answers null and logs one line.
 [[nodiscard]] std::shared_ptr<platform::StyledText> make_styled_text(bool with_html_reader);
 
 }  // namespace quoll::xml
