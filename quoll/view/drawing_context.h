@@ -7,7 +7,8 @@
 
 namespace quoll::platform {
 
-/// A colour of the screen, each part from 0 to 1; what lies outside is cut to that, NaN is 0.
+/// A colour of the screen. Each part lies between 0 and 1: a number outside is moved to the nearer
+/// end, and NaN becomes 0.
 struct Colour {
   double red = 0;
   double green = 0;
@@ -17,11 +18,11 @@ struct Colour {
 
 /// How a piece of text is drawn.
 struct TextStyle {
-  double size = 12;  ///< of the font, in units; one that no font has shows nothing
+  double size = 12;  ///< of the font, in units; an impossible size draws nothing
   Colour colour{};
 };
 
-/// The matrix of a change of coordinates: x becomes a x + c y + tx, y becomes b x + d y + ty.
+/// A change of coordinates as a matrix: x becomes a x + c y + tx, y becomes b x + d y + ty.
 struct AffineTransform {
   double a = 1;
   double b = 0;
@@ -31,11 +32,11 @@ struct AffineTransform {
   double ty = 0;
 };
 
-/// `NSGraphicsContext`: what a block draws with. It belongs to one thread at a time.
+/// `NSGraphicsContext`: the surface that drawing code paints on, with its current transform and
+/// clip. One thread uses it at a time.
 ///
-/// A new context has its origin at the top left and y grows downwards. Whatever the numbers are, an
-/// operation raises nothing: what is not a number, has no size, or lies outside the clip draws
-/// nothing.
+/// The origin of a new context is at the top left, and y grows downwards. No operation raises.
+/// Geometry that holds NaN, has no size, or lies outside the clip draws nothing.
 class NSGraphicsContext {
  public:
   NSGraphicsContext() = default;
@@ -43,54 +44,56 @@ class NSGraphicsContext {
   NSGraphicsContext& operator=(const NSGraphicsContext&) = delete;
   virtual ~NSGraphicsContext() = default;
 
-  /// `currentContext`: the context that this thread draws into; null when it draws into none. While
-  /// a view is displayed it is the one that the view is displayed in, valid until the drawing
-  /// returns.
+  /// `currentContext`: the context that this thread draws into, or null when it draws into none.
+  /// While a view is displayed, this is the context that it is displayed in; the pointer is valid
+  /// until the drawing returns.
   [[nodiscard]] static NSGraphicsContext* currentContext();
 
-  /// `isFlipped`: whether y grows downwards. Text always stands upright; `flip` changes this, other
-  /// transforms do not.
+  /// `isFlipped`: whether y grows downwards. `flip` changes this; other transforms do not. Text
+  /// stands upright either way.
   [[nodiscard]] bool isFlipped() const { return flipped_; }
 
   void fill_rect(const NSRect& rect, const Colour& colour) { fill_rounded_rect(rect, 0, colour); }
-  /// The line runs along the edge, half of it on either side.
+  /// Draws the outline. The line runs along the edge, half of its width on either side.
   void stroke_rect(const NSRect& rect, double line_width, const Colour& colour) {
     stroke_rounded_rect(rect, 0, line_width, colour);
   }
-  /// A radius of more than half a side is cut to that.
+  /// Fills a rectangle with round corners. The radius is at most half of the shorter side; a larger
+  /// one is reduced to that.
   virtual void fill_rounded_rect(const NSRect& rect, double radius, const Colour& colour) = 0;
   virtual void stroke_rounded_rect(const NSRect& rect, double radius, double line_width,
                                    const Colour& colour) = 0;
   virtual void stroke_line(const NSPoint& from, const NSPoint& to, double line_width,
                            const Colour& colour) = 0;
 
-  /// The whole image, stretched to the rectangle. Its own y axis is laid along that of the
-  /// coordinates: the top row comes to the rectangle's smallest y when the image is marked as
-  /// flipped, else to the largest. So an image stands upright where `isFlipped` is the same for
-  /// both. An image that cannot be read draws nothing, and the log says why.
+  /// Draws the whole image, stretched to the rectangle. The image stands upright where its own
+  /// `isFlipped` and that of the context are the same, and upside down otherwise: an image that is
+  /// marked as flipped has its top row at the rectangle's smallest y, any other at the largest. An
+  /// image that cannot be read draws nothing, and the log says why.
   virtual void draw_image(const NSImage& image, const NSRect& rect) = 0;
 
-  /// UTF-8 text from the rectangle's upper edge on, upright, in lines that are broken at its width;
-  /// what is below the rectangle is cut off. Bytes that are not UTF-8 show as U+FFFD.
+  /// Draws UTF-8 text, upright, from the upper edge of the rectangle. Lines are broken at the
+  /// rectangle's width; text below its lower edge is cut off. Bytes that are not UTF-8 show as
+  /// U+FFFD.
   virtual void draw_text(std::string_view text, const NSRect& rect, const TextStyle& style) = 0;
 
-  /// From here on only what lies inside the rectangle, and inside the clip so far, is drawn.
+  /// Limits all later drawing to this rectangle, within the limits that were set before.
   virtual void clip(const NSRect& rect) = 0;
 
-  /// What is drawn from here on goes through the transform first, then through those before. One
-  /// that cannot be undone or blows up beyond all measure hides what is drawn from here on.
+  /// Applies a transform to all later drawing, before the transforms that were set earlier. After
+  /// one that cannot be inverted, or that scales beyond all bounds, nothing is drawn any more.
   virtual void concat(const AffineTransform& transform) = 0;
   void translate(double x, double y) { concat({.tx = x, .ty = y}); }
   void scale(double x, double y) { concat({.a = x, .d = y}); }
-  /// Turns the y axis over: what was at y is at -y, and `isFlipped` is the opposite.
+  /// Turns the y axis over: what was at y is now at -y, and `isFlipped` changes.
   void flip();
 
-  /// The smallest rectangle of whole pixels around this one; the same one where there are no
-  /// pixels.
+  /// The smallest rectangle of whole pixels around `rect`. A context without pixels (a page)
+  /// answers `rect` itself.
   [[nodiscard]] virtual NSRect pixel_aligned(const NSRect& rect) const = 0;
 
  protected:
-  /// Keep and bring back transform and clip, one inside the other.
+  /// Save and restore transform and clip. Calls are nested, each `restore` with the last `save`.
   virtual void save() = 0;
   virtual void restore() = 0;
 
@@ -100,7 +103,8 @@ class NSGraphicsContext {
   bool flipped_ = true;
 };
 
-/// Brings transform, clip and `isFlipped` back to what they were, also when the drawing raises.
+/// Saves transform, clip and `isFlipped`, and restores them at the end of the scope, also when the
+/// drawing raises.
 class SavedGraphicsState {
  public:
   explicit SavedGraphicsState(NSGraphicsContext& context)
@@ -119,7 +123,7 @@ class SavedGraphicsState {
   bool flipped_;
 };
 
-/// Makes a context the current one of this thread for as long as it lives.
+/// Makes a context the current one of this thread, until the end of the scope.
 class ScopedGraphicsContext {
  public:
   explicit ScopedGraphicsContext(NSGraphicsContext& context);

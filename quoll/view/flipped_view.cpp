@@ -12,7 +12,7 @@ FlippedView::FlippedView(const platform::NSRect& frame, DrawingBlock block)
 }
 
 FlippedView::~FlippedView() {
-  // Before the observer goes: what the block owned may still post.
+  // The block goes first: what it owns may still post a notification.
   drawingBlock = nullptr;
   platform::NSNotificationCenter::defaultCenter()->removeObserver(this);
 }
@@ -27,12 +27,12 @@ std::shared_ptr<FlippedView> FlippedView::initWithFrame(const platform::NSRect& 
 }
 
 void FlippedView::drawRect(const platform::NSRect& dirty) {
-  // One reading: another thread may clear the block between two.
+  // Read once: another thread may clear the block at any moment.
   const DrawingBlock block = drawingBlock();
   if (block) {
     const std::weak_ptr<NSView> self = weak_from_this();
     const auto view = std::static_pointer_cast<FlippedView>(self.lock());
-    block(view, dirty);  // may drop the last other reference: nothing of this view follows
+    block(view, dirty);  // may release the view: use no member after this
   }
 }
 

@@ -7,7 +7,7 @@ namespace quoll::platform {
 
 namespace {
 
-/// The rectangle between two corners.
+/// The rectangle with these edges.
 NSRect between(double left, double top, double right, double bottom) {
   return {{left, top}, {right - left, bottom - top}};
 }

@@ -2,7 +2,7 @@
 
 namespace quoll::platform {
 
-/// Lengths and places of views and drawings, in units of the screen (72 an inch on paper).
+/// A point. Views and drawings measure in units of the screen; a page has 72 of them in an inch.
 struct NSPoint {
   double x = 0;
   double y = 0;
@@ -15,33 +15,34 @@ struct NSSize {
   friend bool operator==(const NSSize&, const NSSize&) = default;
 };
 
-/// A rectangle: the corner with the smallest x and y, and the size.
+/// A rectangle: its corner with the smallest x and y, and its size.
 struct NSRect {
   NSPoint origin{};
   NSSize size{};
   friend bool operator==(const NSRect&, const NSRect&) = default;
 };
 
-/// No place in a view lies further from its origin, so that sums of places stay exact.
+/// The largest coordinate that is used. Coordinates stay within it, so that their sums are exact.
 inline constexpr double kLargestCoordinate = 1 << 30;
 
-/// The size with what cannot be worked with taken out: a negative or NaN side is 0, one beyond
-/// twice `kLargestCoordinate` (infinity too) is that.
+/// The size, made usable: a negative or NaN side becomes 0, and a side longer than twice
+/// `kLargestCoordinate` becomes that.
 [[nodiscard]] NSSize usable(const NSSize& size);
-/// The same for a rectangle: a NaN in the origin is 0, one too far away is `kLargestCoordinate` in
-/// that direction. From minus infinity, infinitely large, is so the whole plane.
+/// The rectangle, made usable: its size as above, a NaN in its origin becomes 0, and a coordinate
+/// beyond `kLargestCoordinate` becomes that, with its sign. So a rectangle from minus infinity and
+/// of infinite size becomes the whole plane.
 [[nodiscard]] NSRect usable(const NSRect& rect);
 
-/// True when a side is 0.
+/// True when a side is 0 or negative.
 [[nodiscard]] bool is_empty(const NSRect& rect);
 
-/// What both have in common; the empty rectangle at the origin when that is nothing.
+/// The part that both have in common; the empty rectangle at the origin when there is none.
 [[nodiscard]] NSRect intersection(const NSRect& a, const NSRect& b);
 
-/// The smallest rectangle around both; an empty one does not count.
+/// The smallest rectangle around both. An empty one is ignored.
 [[nodiscard]] NSRect union_of(const NSRect& a, const NSRect& b);
 
-/// True when no part of `inner` lies outside `outer`.
+/// True when `inner` lies inside `outer`.
 [[nodiscard]] bool contains(const NSRect& outer, const NSRect& inner);
 
 }  // namespace quoll::platform

@@ -12,8 +12,8 @@ namespace quoll::platform {
 NSView::NSView(const NSRect& frame) : frame_(usable(frame)), dirty_(bounds()) {}
 
 NSView::~NSView() {
-  // A chain of views goes one after the other, not one inside the other: the outermost destructor
-  // of this thread releases what the inner ones leave it.
+  // A deep tree must not be destroyed by nested calls. So the outermost destructor of this thread
+  // releases all views; inner destructors only hand their subviews to it.
   thread_local std::vector<std::shared_ptr<NSView>>* left = nullptr;
   if (left != nullptr) {
     std::move(subviews_.begin(), subviews_.end(), std::back_inserter(*left));
@@ -87,7 +87,7 @@ void NSView::removeFromSuperview() {
   const auto place =
       std::find_if(around->subviews_.begin(), around->subviews_.end(),
                    [this](const std::shared_ptr<NSView>& view) { return view.get() == this; });
-  const auto self = std::move(*place);  // may be the last one: nothing of this view follows
+  const auto self = std::move(*place);  // may be the last reference: use no member after this
   around->subviews_.erase(place);
 }
 

@@ -8,17 +8,19 @@
 
 namespace quoll::platform {
 
-/// Bits of the autoresizing mask, under the platform's numbers.
+/// Bits of an autoresizing mask, with the platform's numbers. A set bit makes that side of the view
+/// follow its superview's.
 inline constexpr unsigned NSViewWidthSizable = 2;
 inline constexpr unsigned NSViewHeightSizable = 16;
 
-/// `NSView`: a rectangle of a drawing, with views in it. Views are held by `std::shared_ptr`; a
-/// view holds its subviews and knows its superview. A whole tree belongs to one thread.
+/// `NSView`: a rectangle that draws itself, with other views in it. Views are held by
+/// `std::shared_ptr`: a view owns its subviews and refers weakly to its superview. A whole tree
+/// belongs to one thread.
 ///
-/// A view's own coordinates begin at a corner of its rectangle: at the top left with y growing
-/// downwards when the view is flipped, else at the bottom left with y growing upwards. Its
-/// subviews' frames are in these coordinates. Numbers that cannot be worked with are taken as
-/// `usable` says. Trees may be deep: nothing here calls itself level by level.
+/// Each view has coordinates of its own. In a flipped view the origin is at the top left and y
+/// grows downwards; in any other it is at the bottom left and y grows upwards. The frames of
+/// subviews are in these coordinates. Numbers that cannot be used are changed as `usable` says.
+/// Trees may be deep: no operation recurses.
 ///
 ///     const auto page = FlippedView::initWithFrame({{0, 0}, {400, 300}}, draw_page);
 ///     page->display(context);
@@ -31,61 +33,65 @@ class NSView : public std::enable_shared_from_this<NSView> {
   NSView& operator=(const NSView&) = delete;
   virtual ~NSView();
 
-  /// `isFlipped`: a view gives the same answer all its life.
+  /// `isFlipped`: whether y grows downwards in this view. The answer must never change.
   [[nodiscard]] virtual bool isFlipped() const { return false; }
 
   /// The view's rectangle in its superview's coordinates.
   [[nodiscard]] const NSRect& frame() const { return frame_; }
   void setFrame(const NSRect& frame);
-  /// `setFrameSize:`: a subview whose mask holds a side's bit follows by the same difference, and
-  /// its own subviews follow it; none becomes smaller than 0. Origins stay.
+  /// `setFrameSize:`: the origin stays. A subview whose mask has the bit of a side grows or shrinks
+  /// by the same amount, and so do its own subviews; no side becomes smaller than 0. Their origins
+  /// stay too.
   void setFrameSize(const NSSize& size);
-  /// The same rectangle in the view's own coordinates: the origin is 0.
+  /// The view's rectangle in its own coordinates: `frame` with the origin at 0.
   [[nodiscard]] NSRect bounds() const { return {{}, frame_.size}; }
 
-  /// What of the view follows its superview: the sum of the bits above, 0 at first. Other bits are
-  /// kept and mean nothing.
+  /// Which sides of the view follow its superview: a sum of the bits above, 0 at first. Other bits
+  /// are kept and have no effect.
   [[nodiscard]] unsigned autoresizingMask() const { return mask_; }
   void setAutoresizingMask(unsigned mask) { mask_ = mask; }
 
-  /// Null for a view that is in none.
+  /// The view that this one is in; null when it is in none.
   [[nodiscard]] std::shared_ptr<NSView> superview() const { return superview_.lock(); }
-  /// From back to front.
+  /// The views inside this one, from back to front.
   [[nodiscard]] const std::vector<std::shared_ptr<NSView>>& subviews() const { return subviews_; }
-  /// `addSubview:`: puts a view in front of the other subviews, out of the superview that it was
-  /// in. Null, this view itself or one that it is in raises `NSInvalidArgumentException`.
+  /// `addSubview:`: adds a view in front of the other subviews; it leaves the superview that it
+  /// had. Raises `NSInvalidArgumentException` for null, for this view itself, and for a view that
+  /// this one is inside of.
   void addSubview(std::shared_ptr<NSView> view);
-  /// Does nothing for a view that is in none.
+  /// Takes the view out of its superview. Does nothing when it has none.
   void removeFromSuperview();
 
-  /// Whether a part of the view waits to be drawn again; all of a new view does.
+  /// Whether a part of the view is marked to be drawn again. A new view is marked as a whole.
   [[nodiscard]] bool needsDisplay() const { return !is_empty(dirty_); }
-  /// `setNeedsDisplay:`: all of the view waits to be drawn again, or none.
+  /// `setNeedsDisplay:`: marks the whole view to be drawn again, or takes all marks away.
   void setNeedsDisplay(bool needed);
-  /// `setNeedsDisplayInRect:`: that part too. Since views let through what is behind them, the part
-  /// waits in every view around this one as well.
+  /// `setNeedsDisplayInRect:`: marks this part too. It is marked in all views around this one as
+  /// well, because what is behind a view shows through it.
   void setNeedsDisplayInRect(const NSRect& rect);
 
-  /// Draws the view and its subviews into the context, the view's upper left corner at the origin.
+  /// Draws the view and its subviews into the context. The view's upper left corner comes to the
+  /// context's origin.
   void display(NSGraphicsContext& context);
-  /// The same for a part of the view, in whole pixels: nothing outside of it is touched. Views are
-  /// drawn from back to front, each clipped to its own rectangle and those around it; one that has
-  /// nothing in the part is left out. When the part holds all that waits, nothing waits any more.
-  /// What a view's drawing throws passes through; the part then waits still, in that view too.
+  /// Draws a part of the view only, extended to whole pixels; nothing outside of it is touched.
+  /// Views are drawn from back to front. Each is clipped to its own rectangle and to those around
+  /// it, and is skipped when nothing of it lies in the part. If the part contains all that is
+  /// marked, the marks are taken away. An exception from a view's drawing reaches the caller; the
+  /// part is then marked again, also in the view that raised.
   void displayRect(const NSRect& rect, NSGraphicsContext& context);
-  /// `displayIfNeeded`: the same for the part that waits.
+  /// `displayIfNeeded`: draws the part that is marked.
   void displayIfNeeded(NSGraphicsContext& context);
 
-  /// `drawRect:`: draws the part of the view inside `dirty`, in the view's own coordinates, into
-  /// the current context. Called while the view is displayed. The base class draws nothing.
+  /// `drawRect:`: draws the part `dirty` of the view, in the view's own coordinates, into the
+  /// current context. It is called while the view is displayed. The base class draws nothing.
   virtual void drawRect(const NSRect& dirty);
 
  private:
   class Painter;
 
-  /// Gives this view its size, and those inside what follows from it.
+  /// Sets the size of this view and adjusts the subviews that follow it.
   void resize(const NSSize& size);
-  /// Marks what the view covers of its superview.
+  /// Marks the part of the superview that this view covers.
   void mark_superview() const;
 
   NSRect frame_{};

@@ -8,7 +8,7 @@
 
 namespace quoll::platform {
 
-/// `NSViewController`: makes its view when it is asked for it the first time. It belongs to the
+/// `NSViewController`: makes its view when it is asked for it for the first time. It belongs to the
 /// thread that asks.
 class NSViewController {
  public:
@@ -17,7 +17,7 @@ class NSViewController {
   NSViewController& operator=(const NSViewController&) = delete;
   virtual ~NSViewController() = default;
 
-  /// The name of the interface file; it is only read.
+  /// The name of an interface file. It can only be read; no file is loaded.
   [[nodiscard]] virtual std::string nibName() const { return {}; }
   /// Makes an empty view.
   virtual void loadView() { view_ = std::make_shared<NSView>(); }

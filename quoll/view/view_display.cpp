@@ -5,7 +5,7 @@
 
 namespace quoll::platform {
 
-/// One walk over a view and what is in it, from back to front.
+/// Draws a view and all views inside it, from back to front, without recursion.
 class NSView::Painter {
  public:
   Painter(NSView& top, const NSRect& part, NSGraphicsContext& context)
@@ -35,7 +35,8 @@ class NSView::Painter {
   }
 
  private:
-  /// A view that is still to be drawn, and where: in the context's coordinates.
+  /// A view that is still to be drawn, with its place and its visible part in the context's
+  /// coordinates.
   struct Visit {
     std::shared_ptr<NSView> view;
     Placement place;
@@ -44,7 +45,7 @@ class NSView::Painter {
 
   void draw(const Visit& visit) {
     if (all_) {
-      // Before it is drawn: what its drawing marks has to be drawn again.
+      // Cleared before the drawing, so that what the drawing itself marks stays marked.
       visit.view->dirty_ = {};
     }
     const SavedGraphicsState state(context_);
@@ -57,7 +58,7 @@ class NSView::Painter {
     visit.view->drawRect(own);
   }
 
-  /// The foremost first, since the last one that is added is drawn next.
+  /// In reverse order: the view that is added last is drawn next.
   void add_subviews(const Visit& visit) {
     const NSView& view = *visit.view;
     for (auto subview = view.subviews_.rbegin(); subview != view.subviews_.rend(); ++subview) {
@@ -75,7 +76,7 @@ class NSView::Painter {
   const bool all_;
   NSGraphicsContext& context_;
   std::vector<Visit> waiting_;
-  Visit visit_;  // the one that is drawn now
+  Visit visit_;  // the view that is being drawn
   bool done_ = false;
 };
 
@@ -86,7 +87,7 @@ void NSView::display(NSGraphicsContext& context) {
 void NSView::displayRect(const NSRect& rect, NSGraphicsContext& context) {
   const NSRect part = intersection(usable(rect), bounds());
   if (!is_empty(part)) {
-    const auto self = shared_from_this();  // its own drawing may drop the last reference
+    const auto self = shared_from_this();  // the drawing may release every other reference
     const ScopedGraphicsContext current(context);
     Painter(*this, part, context).paint();
   }

@@ -4,31 +4,31 @@
 
 namespace quoll::platform {
 
-/// Where the coordinates of a view lie in others, outside of it: moved, and turned over when y
-/// grows the other way.
+/// The place of a view's coordinates in those of a view around it, or of the context: moved, and
+/// turned over when y grows the other way.
 struct Placement {
-  double x = 0;  ///< where the view's own origin comes to
+  double x = 0;  ///< the place of the view's origin
   double y = 0;
   bool turned = false;
 
-  /// A rectangle of the view, in the coordinates outside.
+  /// Converts a rectangle of the view to the coordinates outside.
   [[nodiscard]] NSRect outwards(const NSRect& own) const {
     return {{x + own.origin.x, turned ? y - own.origin.y - own.size.height : y + own.origin.y},
             own.size};
   }
-  /// A rectangle outside, in the coordinates of the view.
+  /// Converts a rectangle outside to the coordinates of the view.
   [[nodiscard]] NSRect inwards(const NSRect& outer) const {
     return {
         {outer.origin.x - x, turned ? y - outer.origin.y - outer.size.height : outer.origin.y - y},
         outer.size};
   }
-  /// Where something lies outside that lies at `inner` in the view.
+  /// The place, in the coordinates outside, of a view that lies at `inner` in this view.
   [[nodiscard]] Placement of(const Placement& inner) const {
     return {x + inner.x, turned ? y - inner.y : y + inner.y, turned != inner.turned};
   }
 };
 
-/// Of a view that has this frame in a superview.
+/// The place of a view with this frame in its superview.
 inline Placement placement_of(const NSRect& frame, bool flipped, bool superview_flipped) {
   const bool turned = flipped != superview_flipped;
   return {frame.origin.x, turned ? frame.origin.y + frame.size.height : frame.origin.y, turned};
