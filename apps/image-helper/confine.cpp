@@ -16,8 +16,8 @@
 #include "apps/sandbox/sanitizer_build.h"
 #include "quoll/linux/image_helper/answers.h"
 
-// The leak check of a build with the address sanitizer looks at the process's threads in /proc,
-// which a helper of a confined program cannot see; it is left out there, and only there.
+// The leak check of the address sanitizer reads the process's threads in /proc. A helper of a
+// confined program cannot see them, so the check is turned off there, and only there.
 extern "C" int __lsan_is_turned_off();   // NOLINT(bugprone-reserved-identifier): its name
 extern "C" int __lsan_is_turned_off() {  // NOLINT(bugprone-reserved-identifier)
   const int threads = open("/proc/self/task", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -40,14 +40,14 @@ void limit(__rlimit_resource resource, rlim_t most) {
 
 void end_with_parent() {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
-  // It may have ended before; then nobody reads what went wrong here.
+  // The parent may have ended before that call: then the other end of standard error is closed.
   pollfd reason{STDERR_FILENO, 0, 0};
   if (poll(&reason, 1, 0) > 0 && (reason.revents & POLLERR) != 0) {
     std::_Exit(EXIT_FAILURE);
   }
 }
 
-/// No file, no folder, no TCP connection; nobody else can be signalled.
+/// Gives up files, folders, TCP connections, and signals to other processes.
 void leave_no_paths() {
   sandbox::PathRules rules;
   if (kSanitizerBuild) {
@@ -56,20 +56,21 @@ void leave_no_paths() {
   (void)!rules.enforce();
 }
 
-/// Memory, the open descriptors, and an orderly end.
+/// Leaves only the system calls for memory, for the open descriptors and for the end of the
+/// process.
 void leave_few_calls() {
   using namespace sandbox;
   CallFilter filter;
   filter.allow({"read", "write", "writev", "lseek", "dup", "close", "fstat"});
   filter.allow("fcntl", {is(1, F_ADD_SEALS)});
   filter.allow({"brk", "munmap", "mremap", "madvise", "sysinfo", "getrandom"});
-  // No memory that can be run, and none from a file.
+  // No executable memory, and no mapping of files.
   filter.allow("mmap", {has_none_of(2, PROT_EXEC), has_all_of(3, MAP_ANONYMOUS)});
   filter.allow("mprotect", {has_none_of(2, PROT_EXEC)});
   filter.allow({"exit", "exit_group", "getpid", "gettid", "rt_sigaction", "rt_sigprocmask",
                 "rt_sigreturn", "futex", "sched_yield", "clock_gettime", "gettimeofday"});
   filter.allow("tgkill", {is(0, static_cast<std::uint32_t>(getpid()))});  // for abort()
-  if (kSanitizerBuild) {  // reads /proc/self, and stops its own threads to look at their memory
+  if (kSanitizerBuild) {  // it reads /proc/self and stops the threads to look at memory
     filter.allow({"open",       "openat",  "newfstatat", "getdents64",      "readlink",
                   "readlinkat", "mmap",    "mprotect",   "mincore",         "clone",
                   "wait4",      "ptrace",  "prctl",      "sigaltstack",     "prlimit64",
@@ -87,10 +88,10 @@ void limit_resources() {
   limit(RLIMIT_CPU, kSeconds);
   limit(RLIMIT_CORE, 0);
   limit(RLIMIT_FSIZE, kLongestResult);
-  signal(SIGXFSZ, SIG_IGN);  // a result that is too long is an error of write()
+  signal(SIGXFSZ, SIG_IGN);  // write() reports a result that is too long
   signal(SIGPIPE, SIG_IGN);
   if (!kSanitizerBuild) {
-    // The held pixels, a decoder's own copy of them, and the file with what the libraries need.
+    // Room for the held pixels, for a decoder's own copy, and for the file and the libraries.
     limit(RLIMIT_AS, 3 * kMostHeldBytes);
   }
 }

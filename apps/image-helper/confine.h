@@ -2,18 +2,18 @@
 
 namespace quoll::image_helper {
 
-/// Limits the process's memory, its time and its result, and ends it with the one that started it.
-/// The first thing that it does.
+/// Limits the process's memory, time and result, and lets it end with its parent. The first thing
+/// that `main` calls.
 void limit_resources();
 
-/// Gives up what reading an image does not need, for whatever the image's bytes may bring about. As
-/// far as the kernel can hold it to that, it opens nothing, starts nothing, and only works on
-/// memory and on what is open. What the kernel cannot do is left out without a word: the program
-/// that starts helpers tells.
+/// Gives up all that reading an image does not need, so that the bytes of an image cannot do harm:
+/// the process can open nothing and start nothing, and works only on memory and on what is open.
+/// What the kernel does not support is left out in silence; the program that starts the helpers
+/// reports it.
 ///
-/// A call that is not allowed fails as one that the kernel does not know; it does not end the
-/// process. So a C library that tries a newer call first still works, and the attacker gains
-/// nothing: there is no second call that would help either.
+/// A forbidden call fails as if the kernel did not know it; the process does not end. So a C
+/// library that tries a newer call first still works. It gives an attacker nothing, because no
+/// other call helps either.
 void confine();
 
 }  // namespace quoll::image_helper

@@ -15,8 +15,8 @@
 #include "quoll/linux/image_helper/answers.h"
 #include "quoll/linux/image_helper/descriptors.h"
 
-// Reads one image file from its standard input and writes what is wanted of it to its standard
-// output, both files that can seek. What goes wrong is one line on the standard error.
+// Reads one image file from standard input and writes the requested form of it to standard output;
+// both are files that can seek. A failure is one line on standard error.
 
 namespace {
 
@@ -25,7 +25,7 @@ using namespace quoll::image_helper;
 void write_size(PictureSource& source, int descriptor) {
   const Picture& picture = source.picture();
   const SizeAnswer size{picture.width, picture.height};
-  // An image that can be shown is one that can be read to its end.
+  // An image can be shown if it can be read to its end.
   std::vector<unsigned char> row(picture.row_bytes());
   for (std::uint32_t y = 0; y < picture.height; ++y) {
     source.read(row.data());
@@ -42,7 +42,7 @@ struct Request {
 
 constexpr Request kRequests[] = {{"size", write_size}, {"png", write_png}, {"tiff", write_tiff}};
 
-/// What the image's bytes can do comes after the mapping, and after everything was given up.
+/// The image's bytes are looked at only after the file was mapped and everything else was given up.
 void answer(const Request& request) {
   struct stat status = {};
   if (fstat(STDIN_FILENO, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size == 0) {

@@ -12,7 +12,8 @@ struct CallFilter::State {
   scmp_filter_ctx context = ::seccomp_init(SCMP_ACT_ERRNO(ENOSYS));
   int failure = context != nullptr ? 0 : ENOMEM;
 
-  /// `answer` is that of the library: 0, or an `errno` value below zero.
+  /// Keeps the first failure. `answer` comes from libseccomp: 0, or an `errno` value with a minus
+  /// sign.
   void note(int answer) {
     if (failure == 0) {
       failure = -answer;
@@ -22,7 +23,7 @@ struct CallFilter::State {
 
 CallFilter::CallFilter() : state_(std::make_unique<State>()) {
   if (state_->failure == 0) {
-    // A search tree: half the time to load, and fewer steps for each call.
+    // A search tree loads in half the time and takes fewer steps for each call.
     constexpr std::uint32_t kTree = 2;
     static_cast<void>(::seccomp_attr_set(state_->context, SCMP_FLTATR_CTL_OPTIMIZE, kTree));
     state_->note(
@@ -45,7 +46,7 @@ void CallFilter::allow(std::initializer_list<const char*> calls) {
 
 void CallFilter::allow(const char* call, std::initializer_list<Argument> arguments) {
   const int number = ::seccomp_syscall_resolve_name(call);
-  if (state_->failure != 0 || number < 0) {  // below 0: a call of other architectures
+  if (state_->failure != 0 || number < 0) {  // below 0: this architecture does not have the call
     return;
   }
   std::array<scmp_arg_cmp, 6> conditions{};

@@ -6,14 +6,14 @@
 
 namespace quoll::sandbox {
 
-/// What an argument of a system call has to be: its bits under `mask` are `value`.
+/// A condition for an argument of a system call: its bits under `mask` are `value`.
 struct Argument {
   unsigned index = 0;
   std::uint64_t mask = 0;
   std::uint64_t value = 0;
 };
 
-/// The argument is this number; the kernel looks at its lower half only.
+/// The argument is this number. The kernel compares its lower 32 bits only.
 constexpr Argument is(unsigned index, std::uint32_t value) {
   return {index, 0xffffffff, value};
 }
@@ -21,7 +21,7 @@ constexpr Argument is(unsigned index, std::uint32_t value) {
 constexpr Argument is_null(unsigned index) {
   return {index, ~std::uint64_t{0}, 0};
 }
-/// None of these flags is in the argument, or all are.
+/// The argument has none of these flags, or all of them.
 constexpr Argument has_none_of(unsigned index, std::uint32_t flags) {
   return {index, flags, 0};
 }
@@ -29,11 +29,12 @@ constexpr Argument has_all_of(unsigned index, std::uint32_t flags) {
   return {index, flags, flags};
 }
 
-/// A list of the system calls that a process can make from now on; for every other the kernel
-/// answers as one that does not know it (ENOSYS), since a C library then takes the older call that
-/// does the same, and calls that no kernel has yet are refused before they exist.
+/// The list of system calls that a process may make from now on. Any other call fails with ENOSYS,
+/// as if the kernel did not know it: then a C library uses the older call for the same purpose. So
+/// calls that do not exist yet are refused too.
 ///
-/// Calls of another architecture than the program's own, which no program makes by mistake, end it.
+/// A call for another architecture than the program's ends the process; no program makes one by
+/// mistake.
 class CallFilter {
  public:
   CallFilter();
@@ -41,12 +42,13 @@ class CallFilter {
   CallFilter& operator=(const CallFilter&) = delete;
   ~CallFilter();
 
-  /// By name. What this machine's architecture does not have is left out.
+  /// Allows calls by name. Names that this architecture does not have are ignored.
   void allow(std::initializer_list<const char*> calls);
-  /// Allowed when all of these hold; several entries for one call are alternatives.
+  /// Allows a call when all conditions hold. Several entries for one call are alternatives.
   void allow(const char* call, std::initializer_list<Argument> arguments);
 
-  /// Binds the calling thread and what it starts, for good. Answers 0 or an `errno` value.
+  /// Applies the list to the calling thread and to what it starts, for good. Answers 0 or an
+  /// `errno` value.
   [[nodiscard]] int enforce();
 
  private:

@@ -15,12 +15,12 @@ namespace {
 
 using Access = PathRules::Access;
 
-/// Read by the C library and the dynamic loader in every program.
+/// What the C library and the dynamic loader of every program read.
 constexpr const char* kAlwaysReadable[] = {
     "/usr", "/lib", "/lib64", "/etc/ld.so.cache", "/etc/localtime", "/proc/self", "/dev/urandom"};
 
-/// The path of the dynamic loader, which the kernel starts together with a program; as this program
-/// names it, empty when it names none.
+/// The path of the dynamic loader, as this program names it; empty when it names none. The kernel
+/// starts the loader together with a program.
 std::string loader_path() {
   std::string path;
   ::dl_iterate_phdr(
@@ -33,7 +33,7 @@ std::string loader_path() {
                 reinterpret_cast<const char*>(program->dlpi_addr + header.p_vaddr);
           }
         }
-        return 1;  // the first is this program
+        return 1;  // the first entry is this program; stop here
       },
       &path);
   return path;
@@ -60,7 +60,7 @@ int enforce_paths(const Confinement& wanted, int version) {
   return rules.enforce();
 }
 
-/// What the kernel did not take, as part of a line; empty when it took all.
+/// A part of a line that says what the kernel refused; empty when it took everything.
 std::string failed(const char* what, int number) {
   return number == 0 ? "" : std::string(what) + ": " + std::strerror(number) + "; ";
 }

@@ -5,29 +5,30 @@
 
 namespace quoll::sandbox {
 
-/// What a program that shares means to use from now on: absolute paths. What does not exist when
-/// `confine` is called is left out.
+/// What a program that shares may use from now on, as absolute paths. A path that does not exist
+/// when `confine` is called is ignored.
 struct Confinement {
-  /// Regular files, read. The file that is there now is meant, not what the path leads to later.
+  /// Regular files that may be read. This means the file that is there now, not what the path leads
+  /// to later.
   std::vector<std::string> readable;
-  /// Folders with all that is in them: read, written, made, renamed, linked and removed.
+  /// Folders in which everything may be read, written, made, renamed, linked and removed.
   std::vector<std::string> writable;
-  /// Programs: read and started.
+  /// Programs that may be read and started.
   std::vector<std::string> executable;
 };
 
-/// Takes everything else away from this process and from all that it starts, for good, as far as
-/// the kernel can: other files (Landlock), and every system call that sharing does not need
-/// (seccomp). No socket can be made or connected, no process can be traced, none that ran before
-/// can be signalled, and the modes, owners, times and attributes of files are changed only through
-/// an open descriptor. What every program needs to load libraries and to know the time zone stays.
+/// Confines this process and all that it starts, for good, as far as the kernel can: to the files
+/// above (Landlock), and to the system calls that sharing needs (seccomp). It cannot make or
+/// connect a socket, trace a process, or signal a process that ran before. It can change the modes,
+/// times and attributes of files only through an open descriptor, and no owners. Libraries and the
+/// time zone, which every program reads, stay readable.
 ///
-/// Not taken away: what is open already, and the status of files. A file cannot be hard-linked out
-/// of `readable`.
+/// Not affected: what is open already, and the status of files. A file in `readable` cannot be
+/// hard-linked to another place.
 ///
-/// It binds the calling thread and the threads that start afterwards, so it is called before the
-/// first. When the kernel does not offer all of it, one line is logged that says what is missing,
-/// the program goes on with what there is, and the answer is false.
+/// Call it before the first thread is started: it binds the calling thread and those that start
+/// later. When the kernel does not support all of it, one line in the log says what is missing, the
+/// rest is applied, and the answer is false.
 bool confine(const Confinement& wanted);
 
 }  // namespace quoll::sandbox

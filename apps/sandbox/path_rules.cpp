@@ -14,7 +14,7 @@ namespace quoll::sandbox {
 
 namespace {
 
-// What newer kernels know and the system's header may not.
+// Constants of newer kernels, which the system's header may not have.
 constexpr int kWithMoves = 2;
 constexpr int kWithTruncate = 3;
 constexpr int kWithTcp = 4;
@@ -27,7 +27,7 @@ constexpr std::uint64_t kConnectTcp = 1ULL << 1;
 constexpr std::uint64_t kAbstractSockets = 1ULL << 0;
 constexpr std::uint64_t kSignals = 1ULL << 1;
 
-/// `struct landlock_ruleset_attr` as of version 6; a kernel is given as much of it as it knows.
+/// `struct landlock_ruleset_attr` of version 6. A kernel is given as much of it as it knows.
 struct RulesetAttributes {
   std::uint64_t files;
   std::uint64_t net;
@@ -42,7 +42,7 @@ constexpr std::uint64_t kChangeAll = kReadAll | kWriteOne | LANDLOCK_ACCESS_FS_R
                                      LANDLOCK_ACCESS_FS_REMOVE_FILE | LANDLOCK_ACCESS_FS_MAKE_DIR |
                                      LANDLOCK_ACCESS_FS_MAKE_REG | LANDLOCK_ACCESS_FS_MAKE_SYM |
                                      LANDLOCK_ACCESS_FS_REFER;
-/// What a rule about something that is no folder can hold.
+/// The rights that a rule for something other than a folder may have.
 constexpr std::uint64_t kOfFiles = kWriteOne | kExecuteOne;
 constexpr std::uint64_t kRuled = kChangeAll | kExecuteOne | LANDLOCK_ACCESS_FS_MAKE_CHAR |
                                  LANDLOCK_ACCESS_FS_MAKE_SOCK | LANDLOCK_ACCESS_FS_MAKE_FIFO |
@@ -64,7 +64,7 @@ std::uint64_t rights_of(PathRules::Access access) {
   return 0;
 }
 
-/// True when there is something that the rule is meant for.
+/// True when what is at the path is of the kind that the rule is for.
 bool fits(PathRules::Access access, mode_t mode) {
   switch (access) {
     case PathRules::Access::kReadFile:
@@ -113,7 +113,7 @@ void PathRules::allow(const std::string& path, Access access) {
       rights_of(access) & known_ & (S_ISDIR(status.st_mode) ? ~std::uint64_t{0} : kOfFiles);
   rule.parent_fd = entry.get();
   if (::syscall(SYS_landlock_add_rule, fd_.get(), LANDLOCK_RULE_PATH_BENEATH, &rule, 0) != 0 &&
-      errno != EBADFD) {  // a pipe or the like, which is no matter of paths
+      errno != EBADFD) {  // EBADFD: a pipe or the like, which has no path
     failure_ = errno;
   }
 }

@@ -2,8 +2,8 @@
 
 namespace quoll::sandbox {
 
-/// True when a sanitizer of the compiler watches this build. It runs inside the process it watches
-/// and needs more of the system than that: such builds are for tests only.
+/// True when this is built with a sanitizer. A sanitizer runs inside the process and needs more of
+/// the system than the process itself; such builds are for tests only.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 inline constexpr bool kSanitizerBuild = true;
 #elif defined(__has_feature)

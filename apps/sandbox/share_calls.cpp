@@ -17,10 +17,10 @@ namespace quoll::sandbox {
 
 namespace {
 
-/// Of Linux 6.3: what is in the memory file can never be started as a program.
+/// A flag of Linux 6.3 for a memory file: its content can never be started as a program.
 constexpr unsigned kNotExecutable = 8;
 
-/// Files: which of them is for the rules of paths.
+/// Calls for files. The path rules say which files.
 void allow_files(CallFilter& filter) {
   filter.allow({"open", "openat", "close", "close_range", "dup", "dup2", "dup3", "pipe", "pipe2"});
   filter.allow({"read", "readv", "pread64", "write", "writev", "pwrite64", "lseek", "ftruncate",
@@ -39,8 +39,8 @@ void allow_files(CallFilter& filter) {
   }
 }
 
-/// What rules of paths do not reach: only through a descriptor, and so only of files that could be
-/// opened. Owners never.
+/// Calls that the path rules do not cover: allowed only through a descriptor, so only for files
+/// that could be opened. Never for owners.
 void allow_attributes(CallFilter& filter) {
   filter.allow({"fchmod", "flistxattr", "fgetxattr", "fsetxattr"});
   filter.allow("utimensat", {is_null(1)});
@@ -52,8 +52,8 @@ void allow_memory(CallFilter& filter) {
   filter.allow("memfd_create", {has_all_of(1, probe ? kNotExecutable : 0)});
 }
 
-/// Threads, and the image helper; no new namespaces. `clone3` hides its flags from a filter; the C
-/// library takes `clone` where there is none.
+/// Calls for threads and for starting the image helper, without new namespaces. `clone3` is not
+/// allowed, because a filter cannot see its flags; the C library then uses `clone`.
 void allow_processes(CallFilter& filter) {
   constexpr std::uint32_t kNamespaces = CLONE_NEWNS | CLONE_NEWCGROUP | CLONE_NEWUTS |
                                         CLONE_NEWIPC | CLONE_NEWUSER | CLONE_NEWPID | CLONE_NEWNET;
@@ -66,7 +66,7 @@ void allow_processes(CallFilter& filter) {
   for (const int option : {PR_SET_PDEATHSIG, PR_SET_NAME, PR_SET_NO_NEW_PRIVS}) {
     filter.allow("prctl", {is(0, static_cast<std::uint32_t>(option))});
   }
-  // Of the caller, not of other processes.
+  // For the calling process only.
   filter.allow("prlimit64", {is(0, 0)});
   filter.allow("setpriority", {is(0, PRIO_PROCESS), is(1, 0)});
   filter.allow({"getrlimit", "setrlimit", "getrusage", "getpriority"});
@@ -80,8 +80,8 @@ void allow_time_and_machine(CallFilter& filter) {
                 "time", "restart_syscall", "uname", "sysinfo", "getrandom"});
 }
 
-/// The launcher and the system log are asked over sockets that are connected already. Nothing can
-/// be sent to an address, no descriptor can be sent, and no socket can be made.
+/// Calls for the launcher and the system log, whose sockets are connected already. Nothing can be
+/// sent to an address, no descriptor can be sent, and no socket can be made.
 void allow_open_sockets(CallFilter& filter) {
   filter.allow("sendto", {is_null(4)});
   filter.allow({"recvfrom"});
@@ -97,7 +97,7 @@ int enforce_share_calls() {
   allow_processes(filter);
   allow_time_and_machine(filter);
   allow_open_sockets(filter);
-  if (kSanitizerBuild) {  // it stops its own threads to look at their memory, and starts anew
+  if (kSanitizerBuild) {  // it stops the threads to look at memory, and restarts the program
     filter.allow({"ptrace", "personality", "prctl", "mincore", "getdents", "socketpair"});
   }
   return filter.enforce();

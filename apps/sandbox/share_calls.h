@@ -2,8 +2,8 @@
 
 namespace quoll::sandbox {
 
-/// Leaves this process and what it starts (the image helper) only the system calls with which files
-/// are copied and images are made. Answers 0 or an `errno` value.
+/// Limits this process and what it starts (the image helper) to the system calls that copy files
+/// and make images. Answers 0 or an `errno` value.
 [[nodiscard]] int enforce_share_calls();
 
 }  // namespace quoll::sandbox

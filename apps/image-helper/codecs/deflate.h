@@ -10,12 +10,12 @@
 
 namespace quoll::image_helper {
 
-/// A zlib stream of filtered pixels, compressed fast rather than small.
+/// Makes a zlib stream of filtered pixels, fast rather than small.
 ///
-/// Noise goes through ISA-L, which is many times faster than zlib and as small. What is mostly
-/// zeros, as the flat parts of a screenshot are, goes through zlib, which finds the long
-/// repetitions that ISA-L passes over and is fast there itself. Each batch is looked at by itself,
-/// so a photo in a screenshot is served as well.
+/// Each batch goes to one of two compressors. Noise, as in photos, goes to ISA-L, which is many
+/// times faster than zlib there and compresses as well. Data that is mostly zero, as in the flat
+/// parts of a screenshot, goes to zlib, which finds the long repetitions that ISA-L misses and is
+/// fast there too. So a photo inside a screenshot is compressed well too.
 class Deflate {
  public:
   explicit Deflate(std::size_t longest_batch);
@@ -23,7 +23,8 @@ class Deflate {
   Deflate& operator=(const Deflate&) = delete;
   ~Deflate() { deflateEnd(&thorough_); }
 
-  /// The next piece of the stream, which is the last when `last`; it lives until the next call.
+  /// Compresses a batch and answers the next piece of the stream. The piece is valid until the next
+  /// call. Set `last` for the last batch.
   [[nodiscard]] std::span<const unsigned char> add(std::span<const unsigned char> batch, bool last);
 
  private:

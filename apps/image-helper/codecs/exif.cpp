@@ -15,7 +15,7 @@ bool begins_with(File bytes, std::string_view text) {
                     [](char a, unsigned char b) { return static_cast<unsigned char>(a) == b; });
 }
 
-/// Numbers of either byte order; what lies outside reads as 0.
+/// Reads numbers of either byte order. A number outside the data reads as 0.
 class Numbers {
  public:
   Numbers(File bytes, bool big_endian) : bytes_(bytes), big_endian_(big_endian) {}

@@ -4,8 +4,8 @@
 
 namespace quoll::image_helper {
 
-/// The orientation that EXIF data names, 1 to 8; 1 when it names none or cannot be read. The data
-/// begins with the byte order, or with "Exif" and two zeros before it.
+/// The orientation in EXIF data, 1 to 8; 1 when it has none or cannot be read. The data begins with
+/// its byte order, or with "Exif" and two zero bytes before that.
 [[nodiscard]] unsigned orientation_of_exif(File exif);
 
 }  // namespace quoll::image_helper

@@ -29,10 +29,10 @@ class GifFile {
       fail(gif_->Error);
     }
   }
-  /// Walks over an extension, which may tell how the next frame is drawn.
+  /// Reads an extension, which may tell how the next frame is drawn.
   void read_extension(GraphicsControlBlock& control) {
     int code = 0;
-    GifByteType* block = nullptr;  // the length, then so many bytes
+    GifByteType* block = nullptr;  // one byte with the length, then that many bytes
     for (check(DGifGetExtension(gif_, &code, &block)); block != nullptr;
          check(DGifGetExtensionNext(gif_, &block))) {
       if (code == GRAPHICS_EXT_FUNC_CODE) {
@@ -66,7 +66,8 @@ class GifFile {
   GifFileType* gif_ = nullptr;
 };
 
-/// A frame's lines in the order of the file to their places: interlaced ones come in four passes.
+/// The place of each line of a frame, in the order in which the file has the lines. Interlaced
+/// lines come in four passes.
 std::vector<std::uint32_t> line_order(std::uint32_t height, bool interlaced) {
   struct Pass {
     std::uint32_t first, step;
@@ -83,7 +84,7 @@ std::vector<std::uint32_t> line_order(std::uint32_t height, bool interlaced) {
   return order;
 }
 
-/// Draws the frame on its canvas, which is transparent where the frame is not.
+/// Draws the frame on its canvas. The canvas is transparent where the frame is not.
 std::unique_ptr<HeldPicture> read_frame(GifFile& file, int transparent) {
   GifFileType* const gif = file.get();
   file.check(DGifGetImageDesc(gif));

@@ -7,12 +7,12 @@
 
 namespace quoll::image_helper {
 
-/// Carries a failure over the frames of a C library whose error call must not return: the call
-/// jumps back to `run`, which raises `Refused`. No C++ exception passes through C.
+/// Turns an error of a C library, whose error callback must not return, into `Refused`. The
+/// callback jumps back to `run`, which raises it. So no C++ exception passes through C code.
 class Guard {
  public:
-  /// Calls `step`, which calls the library. A step that fails is left where it stands, so it holds
-  /// nothing that has to be destroyed.
+  /// Calls `step`, which calls the library. A step that fails is not unwound: it must hold nothing
+  /// that has a destructor.
   template <typename Step>
   void run(const Step& step) {
     // NOLINTNEXTLINE(cert-err52-cpp): the only way out of a C library's error call
@@ -22,7 +22,7 @@ class Guard {
     step();
   }
 
-  /// For the library's error call, inside a step only.
+  /// For the library's error callback. Call it only while a step runs.
   [[noreturn]] void fail(const char* reason) {
     std::snprintf(reason_, sizeof reason_, "%s", reason);
     std::longjmp(jump_, 1);  // NOLINT(cert-err52-cpp): see `run`

@@ -2,8 +2,8 @@
 
 namespace quoll::image_helper {
 
-/// Red, green and blue of a CMYK pixel, all four counted as light left over: the highest sample is
-/// no ink. The printer's profile is not looked at.
+/// Converts a CMYK pixel to red, green and blue. All four samples are inverted: the highest value
+/// means no ink. The printer's profile is not used.
 template <typename Sample>
 void rgb_of_inks(const Sample (&light)[4], Sample* rgb) {
   constexpr unsigned long kFull = static_cast<Sample>(-1);

@@ -1,6 +1,6 @@
 #include <cstdio>
 #include <cstdlib>
-// jpeglib.h uses FILE and size_t without saying so.
+// jpeglib.h uses FILE and size_t without including their headers.
 #include <jerror.h>
 #include <jpeglib.h>
 
@@ -66,7 +66,7 @@ class JpegReader final : public PictureSource {
     jpeg->err->format_message(jpeg, reason);
     static_cast<Guard*>(jpeg->client_data)->fail(reason);
   }
-  /// A warning tells of pixels that were made up.
+  /// libjpeg warns when it has made up pixels, so a warning is damage.
   static void on_message(j_common_ptr jpeg, int level) {
     if (level < 0) {
       on_error(jpeg);
@@ -112,7 +112,7 @@ class JpegReader final : public PictureSource {
   }
 
   void convert_inks(unsigned char* row) const {
-    // The one program that writes most of these files writes its inks inverted, and marks them.
+    // The program that writes most of these files writes inverted inks, and a marker of its own.
     const unsigned char invert = jpeg_.saw_Adobe_marker != 0 ? 0 : 0xff;
     for (std::size_t x = 0; x < picture_.width; ++x) {
       unsigned char light[4];
@@ -127,7 +127,7 @@ class JpegReader final : public PictureSource {
   jpeg_error_mgr errors_ = {};
   JpegHandle handle_;
   jpeg_decompress_struct& jpeg_ = handle_.jpeg;
-  /// One row of CMYK, when that is what the file holds.
+  /// One row of CMYK; empty for a file that has no CMYK.
   std::vector<unsigned char> inks_;
 };
 

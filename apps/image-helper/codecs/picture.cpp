@@ -16,7 +16,8 @@ void check_size(std::uint64_t width, std::uint64_t height) {
 }
 
 void PictureSource::drop_unfitting_profile() {
-  // The header of a profile has 128 bytes: its length first, its colour space from byte 16.
+  // The header of a profile has 128 bytes. Its first four are the profile's length; its colour
+  // space is at byte 16.
   const std::vector<unsigned char>& profile = picture_.profile;
   const auto length = [&] {
     return std::size_t{profile[0]} << 24 | std::size_t{profile[1]} << 16 |

@@ -12,40 +12,42 @@
 
 namespace quoll::image_helper {
 
-/// The bytes of a file, which live as long as whatever reads them.
+/// The bytes of a file. They must outlive everything that reads them.
 using File = std::span<const unsigned char>;
 
-/// Why there is no picture, in one line for people: not an image, damaged, too large.
+/// Why a file cannot be read as a picture, in one line for people: it is not an image, damaged or
+/// too large.
 class Refused final : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// More pixels than any camera makes, and few enough that every count below fits in 32 bits. Looked
-/// at before anything is allocated.
+/// The limit for pixels: more than any camera makes, and few enough that every number below fits in
+/// 32 bits. It is checked before anything is allocated.
 inline constexpr std::uint64_t kMostPixels = std::uint64_t{1} << 28;
-/// What the pixels that are held at one time may take. Most pictures pass row by row and hold none;
-/// those that are turned, interlaced or tiled are held.
+/// The limit in bytes for the pixels that are in memory at one time. Most pictures pass row by row;
+/// pictures that are turned, interlaced or tiled are held as a whole.
 inline constexpr std::uint64_t kMostHeldBytes = std::uint64_t{1} << 30;
 
-/// The colours of a PNG that says so without a profile, in PNG's own units.
+/// The colour space of a PNG without a profile, in PNG's own units.
 struct PngColours {
   std::optional<int> srgb_intent;
   std::optional<std::int32_t> gamma;
   std::optional<std::array<std::int32_t, 8>> primaries;  ///< white, red, green, blue: x and y
 };
 
-/// What is known of a picture before its pixels.
+/// What is known about a picture before its pixels are read.
 struct Picture {
   std::uint32_t width = 0;
   std::uint32_t height = 0;
-  /// 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA; alpha is not multiplied in.
+  /// 1: grey; 2: grey and alpha; 3: RGB; 4: RGBA. The colours are not multiplied by alpha.
   unsigned channels = 3;
-  /// A sample: 8, or 16 with the high byte first.
+  /// The bits of a sample: 8, or 16 with the high byte first.
   unsigned bits = 8;
-  /// How the rows stand, as EXIF numbers it: 1 upright, 2 to 8 mirrored or turned.
+  /// How the stored rows are turned, by EXIF's numbers: 1 is upright, 2 to 8 are mirrored or
+  /// turned.
   unsigned orientation = 1;
-  /// An ICC profile; empty when there is none.
+  /// The ICC profile; empty when there is none.
   std::vector<unsigned char> profile;
   PngColours colours;
 
@@ -53,13 +55,13 @@ struct Picture {
   [[nodiscard]] std::size_t row_bytes() const { return width * pixel_bytes(); }
 };
 
-/// Raises `Refused` when a picture of this size is empty or beyond the limit.
+/// Raises `Refused` when a picture of this size is empty or has too many pixels.
 void check_size(std::uint64_t width, std::uint64_t height);
 
-/// A picture with its rows, which are read once, from the top.
+/// A picture whose rows are read once, from the top.
 ///
-/// The last row comes only when the file is whole to its end; before that a damaged file raises
-/// `Refused`.
+/// The last row is answered only when the file is complete to its end. A damaged file raises
+/// `Refused` before that.
 class PictureSource {
  public:
   PictureSource() = default;
@@ -68,22 +70,23 @@ class PictureSource {
   virtual ~PictureSource() = default;
 
   [[nodiscard]] const Picture& picture() const { return picture_; }
-  /// Fills `row` with the next `row_bytes()` bytes. Called at most `height` times.
+  /// Fills `row` with the next `row_bytes()` bytes. Call it at most `height` times.
   virtual void read(unsigned char* row) = 0;
-  /// Forgets a profile that is damaged or made for other channels than these, as that of a CMYK
-  /// picture which became RGB.
+  /// Removes a profile that is damaged, or that was made for other channels than the picture has
+  /// (for instance, when a CMYK picture became RGB).
   void drop_unfitting_profile();
 
  protected:
   Picture picture_;
 };
 
-/// The pixels of a whole picture. Making it raises `Refused` when they are more than may be held.
+/// All pixels of a picture. The constructors raise `Refused` when they need more than
+/// `kMostHeldBytes`.
 class HeldPicture final : public PictureSource {
  public:
-  /// Zeroed pixels, to be filled in with `row`.
+  /// Pixels that are all zero, to be filled by `row`.
   explicit HeldPicture(Picture picture);
-  /// The rest of `source`.
+  /// Reads the remaining rows of `source`.
   explicit HeldPicture(PictureSource& source);
 
   [[nodiscard]] unsigned char* row(std::uint32_t y) {

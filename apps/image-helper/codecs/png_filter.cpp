@@ -4,11 +4,11 @@ namespace quoll::image_helper {
 
 void filter_row(const unsigned char* row, const unsigned char* above, std::size_t length,
                 std::size_t pixel, unsigned char* __restrict out) {
-  // Nothing stands left of the first pixel: what is above predicts it.
+  // The first pixel has no left neighbour: it is predicted by the one above.
   for (std::size_t i = 0; i < pixel; ++i) {
     out[i] = static_cast<unsigned char>(row[i] - above[i]);
   }
-  // 16-bit numbers and no branches, for the sake of the compiler's vector instructions.
+  // 16-bit numbers and no branches, so that the compiler can use vector instructions.
   for (std::size_t i = pixel; i < length; ++i) {
     const short left = row[i - pixel];
     const short up = above[i];

@@ -23,7 +23,7 @@ struct PngHandle {
   ~PngHandle() { png_destroy_read_struct(&png, &info, nullptr); }
 };
 
-/// The data of the first chunk of that name, wherever it stands; empty when there is none.
+/// The data of the first chunk with this name, wherever it is; empty when there is none.
 File chunk(File file, const char* name) {
   constexpr std::size_t kSignature = 8;
   constexpr std::size_t kAround = 12;  // length and name before the data, checksum after it
@@ -49,7 +49,7 @@ class PngReader final : public PictureSource {
       throw std::bad_alloc();
     }
     png_set_read_fn(handle_.png, this, read_bytes);
-    // A checksum that does not match is damage wherever it stands.
+    // A wrong checksum is damage, in any chunk.
     png_set_crc_action(handle_.png, PNG_CRC_ERROR_QUIT, PNG_CRC_ERROR_QUIT);
     guard_.run([this] { png_read_info(handle_.png, handle_.info); });
     check_size(png_get_image_width(handle_.png, handle_.info),
@@ -90,7 +90,8 @@ class PngReader final : public PictureSource {
     self.rest_ = self.rest_.subspan(length);
   }
 
-  /// Palettes, small greys and transparent colours become plain 8 or 16-bit samples.
+  /// Asks libpng to convert palettes, greys of a few bits and transparent colours to samples of 8
+  /// or 16 bits.
   void ask_for_plain_samples() {
     png_set_expand(handle_.png);
     passes_ = png_set_interlace_handling(handle_.png);
@@ -146,7 +147,7 @@ class PngReader final : public PictureSource {
   File rest_;
   int passes_ = 1;
   std::uint32_t read_ = 0;
-  /// The whole picture when it is interlaced.
+  /// The whole picture, when it is interlaced.
   std::optional<HeldPicture> held_;
 };
 

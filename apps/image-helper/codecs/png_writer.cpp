@@ -16,8 +16,8 @@ namespace quoll::image_helper {
 
 namespace {
 
-/// libpng writes the container; the pixels are filtered and compressed here, which is what takes
-/// the time.
+/// Writes a PNG. libpng writes the chunks. The pixels are filtered and compressed here, because
+/// that takes most of the time.
 class PngWriter {
  public:
   explicit PngWriter(int descriptor) : descriptor_(descriptor) {
@@ -29,7 +29,7 @@ class PngWriter {
     }
     png_set_write_fn(png_, this, write_bytes, [](png_structp) {});
     png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
-    // A profile that libpng finds odd is left out; the picture is worth more.
+    // libpng leaves out a profile that it does not accept, instead of giving up the picture.
     png_set_benign_errors(png_, 1);
   }
   PngWriter(const PngWriter&) = delete;
@@ -107,7 +107,7 @@ void write_png(PictureSource& source, int descriptor) {
   PngWriter writer(descriptor);
   writer.begin(picture);
 
-  // Rows are compressed a batch at a time, each with the number of its filter before it.
+  // Rows are compressed in batches. Each row has the number of its filter before it.
   constexpr std::size_t kBatch = std::size_t{1} << 20;
   std::vector<unsigned char> batch((kBatch / (length + 1) + 1) * (length + 1));
   std::vector<unsigned char> row(length);

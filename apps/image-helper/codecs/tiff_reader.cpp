@@ -17,8 +17,8 @@ namespace quoll::image_helper {
 
 namespace {
 
-/// The file as libtiff reads it. It remembers what was wrong, for libtiff goes on where it can: an
-/// error, a read beyond the end, and from the first pixel on any warning is damage.
+/// The file as libtiff reads it. It remembers every error, because libtiff goes on where it can.
+/// Damage is an error, a read beyond the end, and, from the first pixel on, any warning.
 class TiffFile {
  public:
   explicit TiffFile(File file) : file_(file) {
@@ -42,7 +42,7 @@ class TiffFile {
     return fallback;
   }
   void begin_pixels() { strict_ = true; }
-  /// Raises when `good` is false or something was wrong before.
+  /// Raises when `good` is false, or when there was an error before.
   void check(bool good) const {
     if (!good || reason_[0] != '\0') {
       throw Refused(reason_[0] != '\0' ? reason_ : "the TIFF file is damaged");
@@ -95,23 +95,24 @@ class TiffFile {
   std::size_t offset_ = 0;
   bool strict_ = false;
   char reason_[200] = {};
-  /// Last: what closes it asks the rest. A member, as the constructor raises when it is open too.
+  /// The last member: closing it uses the others. It is a member so that it is also closed when the
+  /// constructor raises.
   std::unique_ptr<TIFF, void (*)(TIFF*)> tiff_{nullptr, TIFFClose};
 };
 
-/// What the samples of a pixel mean, in files whose samples we take as they are.
+/// What the samples of a pixel mean, in files whose samples are read without libtiff's conversion.
 struct Layout {
   enum class Colour { kGrey, kInvertedGrey, kRgb, kInks };
 
   Colour colour = Colour::kRgb;
-  unsigned samples = 3;  ///< of a pixel in the file, those that we do not use included
+  unsigned samples = 3;  ///< of a pixel in the file, also those that are not used
   bool has_alpha = false;
-  bool multiplied = false;  ///< the colours, by alpha
+  bool multiplied = false;  ///< the colours are multiplied by alpha
 
   [[nodiscard]] unsigned colour_samples() const {
     return colour == Colour::kRgb ? 3 : colour == Colour::kInks ? 4 : 1;
   }
-  /// The samples are those of a `Picture`.
+  /// True when the samples are those of a `Picture` already.
   [[nodiscard]] bool is_plain() const {
     return (colour == Colour::kGrey || colour == Colour::kRgb) && !multiplied &&
            samples == colour_samples() + (has_alpha ? 1 : 0);
@@ -136,7 +137,7 @@ void divide_by_alpha(Sample* colours, unsigned count, Sample alpha) {
   }
 }
 
-/// One row of samples in the machine's order to a row of a `Picture`.
+/// Converts a row of samples in the machine's byte order to a row of a `Picture`.
 template <typename Sample>
 void convert_row(const Sample* in, Sample* out, std::uint32_t width, const Layout& layout) {
   constexpr Sample kFull = std::numeric_limits<Sample>::max();
@@ -171,8 +172,8 @@ void convert_row(const Sample* in, Sample* out, std::uint32_t width, const Layou
   }
 }
 
-/// Files of 8 or 16-bit samples in strips or tiles, one plane or several: the rows of one strip or
-/// of one line of tiles are held at a time.
+/// Reads files with samples of 8 or 16 bits in strips or tiles, in one plane or several. It holds
+/// the rows of one strip, or of one row of tiles, at a time.
 class TiffRows final : public PictureSource {
  public:
   TiffRows(std::unique_ptr<TiffFile> file, Picture picture, const Layout& layout)
@@ -277,8 +278,8 @@ class TiffRows final : public PictureSource {
   std::uint32_t next_ = 0;
 };
 
-/// How the samples lie; false when libtiff has to convert them: palettes, bi-level, fax, YCbCr,
-/// Lab.
+/// Finds the layout of the samples. False when libtiff has to convert them: palettes, bi-level,
+/// fax, YCbCr, Lab.
 bool find_layout(const TiffFile& file, unsigned bits, Layout& layout) {
   const auto format = file.field<std::uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
   layout.samples = file.field<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1);
@@ -313,7 +314,7 @@ bool find_layout(const TiffFile& file, unsigned bits, Layout& layout) {
   return true;
 }
 
-/// The picture as libtiff converts it, to 8 bits.
+/// The picture, converted to 8 bits by libtiff.
 std::unique_ptr<PictureSource> converted(TiffFile& file, Picture picture) {
   if (std::uint64_t{picture.width} * picture.height * sizeof(std::uint32_t) > kMostHeldBytes) {
     throw Refused("the image needs more memory than the limit");
@@ -325,7 +326,7 @@ std::unique_ptr<PictureSource> converted(TiffFile& file, Picture picture) {
     file.check(true);
     throw Refused(reason);
   }
-  image.req_orientation = image.orientation;  // not turned: that is done for every format alike
+  image.req_orientation = image.orientation;  // do not turn it: `upright` does that for all formats
   const bool grey =
       image.photometric == PHOTOMETRIC_MINISBLACK || image.photometric == PHOTOMETRIC_MINISWHITE;
   const bool alpha = image.alpha != 0;

@@ -19,7 +19,7 @@ int on_error(TIFF*, void* reason, const char*, const char* format, va_list argum
   return 1;
 }
 
-/// The tags. The pixels are not compressed: the file goes to a reader in the next moment.
+/// Writes the tags. The pixels are not compressed, because the file is read again at once.
 void set_tags(TIFF* tiff, const Picture& picture, std::uint32_t rows) {
   TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, picture.width);
   TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, picture.height);
@@ -53,7 +53,7 @@ void write_tiff(PictureSource& source, int descriptor) {
   };
   TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
   TIFFOpenOptionsSetErrorHandlerExtR(options, on_error, reason);
-  const int own = dup(descriptor);  // closing the file closes it
+  const int own = dup(descriptor);  // closing the TIFF closes the copy
   const std::unique_ptr<TIFF, void (*)(TIFF*)> tiff(TIFFFdOpenExt(own, "image", "w", options),
                                                     TIFFClose);
   TIFFOpenOptionsFree(options);

@@ -35,8 +35,8 @@ class Turned final : public PictureSource {
   }
 
  private:
-  /// Rows that are made at one time: what stands side by side in the stored rows, which are walked
-  /// across when the picture is turned, is used while it is near.
+  /// The number of rows that are made together. A turned picture reads its stored rows across; so
+  /// pixels that lie side by side there are used while they are in the cache.
   static constexpr std::uint32_t kBand = 32;
 
   void fill_band() {
@@ -50,7 +50,7 @@ class Turned final : public PictureSource {
     }
   }
 
-  /// The stored pixel that a viewer shows at `x`, `y`.
+  /// The stored pixel that is shown at `x`, `y`.
   [[nodiscard]] const unsigned char* stored_at(std::uint32_t x, std::uint32_t y) {
     const Picture& stored = stored_->picture();
     if (swapped_) {

@@ -6,8 +6,8 @@
 
 namespace quoll::image_helper {
 
-/// The picture as a viewer shows it: turned as its orientation says, which is 1 afterwards. A
-/// picture that already stands upright is given back as it is.
+/// The picture turned upright by its orientation, which becomes 1. A picture that is upright
+/// already is answered as it is.
 [[nodiscard]] std::unique_ptr<PictureSource> upright(std::unique_ptr<PictureSource> source);
 
 }  // namespace quoll::image_helper

@@ -26,7 +26,7 @@ struct Chunk {
   File data;
 };
 
-/// Takes the first chunk of `rest` off it. Raises when it is not whole.
+/// Takes the first chunk off `rest`. Raises when it is not complete.
 Chunk take_chunk(File& rest) {
   constexpr std::size_t kHeader = 8;
   const std::size_t length = rest.size() < kHeader ? 0 : little_endian(rest, 4, 4);
@@ -39,9 +39,9 @@ Chunk take_chunk(File& rest) {
   return chunk;
 }
 
-/// What a file says of its first image. A frame's bytes begin with its ALPH, VP8 or VP8L chunk.
+/// What a file says about its first image. The frame begins with its ALPH, VP8 or VP8L chunk.
 struct Contents {
-  std::uint32_t width = 0, height = 0;  ///< of the canvas; 0 when the frame is all
+  std::uint32_t width = 0, height = 0;  ///< of the canvas; 0 when there is only the frame
   std::uint32_t left = 0, top = 0;
   File frame;
   File profile;
@@ -86,7 +86,7 @@ Contents read_contents(File file) {
   return contents;
 }
 
-/// Decodes the frame into its place on the canvas; `first` is the place of its first pixel.
+/// Decodes the frame to its place on the canvas. `first` is where its first pixel goes.
 void decode(const Contents& contents, const WebPBitstreamFeatures& frame, const Picture& canvas,
             unsigned char* first) {
   WebPDecoderConfig config;

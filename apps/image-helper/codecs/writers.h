@@ -4,12 +4,12 @@
 
 namespace quoll::image_helper {
 
-// Write the picture as a whole file to a descriptor that stands at its beginning. They raise
-// `Refused` when the picture is damaged or the bytes cannot be written; what was written until then
-// is of no use.
+// Write a picture as a whole file, to a descriptor at the beginning of an empty file. They raise
+// `Refused` when the picture is damaged or the bytes cannot be written; what was written then is of
+// no use.
 
 void write_png(PictureSource& source, int descriptor);
-/// Needs a descriptor that can seek.
+/// The descriptor must be able to seek.
 void write_tiff(PictureSource& source, int descriptor);
 
 }  // namespace quoll::image_helper
