@@ -4,7 +4,8 @@
 
 namespace quoll::compose {
 
-/// Why there is no draft, or no answer: one sentence for people.
+/// Thrown when a draft cannot be made, or another request not be carried out. `what()` is one
+/// sentence for people.
 class CannotCompose final : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -13,9 +13,9 @@ namespace {
 
 using foundation::percent_encode;
 
-constexpr std::size_t kLongestArgument = 131071;  // the kernel's
+constexpr std::size_t kLongestArgument = 131071;  // the kernel's limit, in bytes
 
-/// A path as it is would be read by rules of the client's own; of this there is one reading.
+/// A file URL instead of a path, because clients read paths by rules of their own.
 std::string file_url(const std::string& path) {
   std::string url = "file://";
   for (const char c : path) {
@@ -36,7 +36,7 @@ std::string joined(const std::vector<std::string>& texts) {
   return all;
 }
 
-/// Mail links break lines as mail does.
+/// Lines in a `mailto:` link end as they do in mail.
 std::string with_mail_lines(const std::string& text) {
   std::string out;
   for (const char c : text) {
@@ -45,7 +45,7 @@ std::string with_mail_lines(const std::string& text) {
   return out;
 }
 
-/// `mailto:` and the recipients, with what else stands in such a link behind a "?".
+/// Builds a `mailto:` link: the recipients, and the other fields behind a "?".
 class MailLink {
  public:
   explicit MailLink(const std::vector<std::string>& to) {
@@ -81,7 +81,7 @@ std::vector<std::string> for_evolution(const OutgoingDraft& draft) {
   return {link.text()};
 }
 
-/// True for what reads as a URL: a word of the letters of a scheme, and a colon behind it.
+/// True for a text that looks like a URL: letters of a scheme, then a colon.
 bool has_scheme(const std::string& text) {
   constexpr std::string_view kLetters =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+-.";
@@ -95,7 +95,7 @@ bool is_too_long_for_kmail(const std::string& text) {
   return text.size() > kLongestArgument - kKMailText.size();
 }
 
-// KMail attaches a recipient that is a URL.
+// An address that looks like a URL gets angle brackets; KMail would attach it otherwise.
 std::vector<std::string> for_kmail(const OutgoingDraft& draft) {
   std::vector<std::string> arguments{"--composer"};
   const auto add = [&](const char* option, const std::string& value) {
@@ -177,8 +177,8 @@ std::vector<std::string> client_arguments(gio::DraftWay way, const OutgoingDraft
   return {};
 }
 
-// Line breaks get lost in Evolution and break the headers of Claws, which takes quotes as they are
-// too. Where there is no room for signs that look like them, each becomes a low line.
+// Evolution loses line breaks; Claws writes line breaks and quotes into a header, which breaks it.
+// They are replaced by signs that look like them, or by "_" when the name would become too long.
 std::string name_for_client(gio::DraftWay way, const std::string& name) {
   const bool has_quotes = way == gio::DraftWay::kClaws;
   std::string out;

@@ -27,7 +27,7 @@ std::string in_words(const MailClient& client) {
                               : "plain text, in a sandbox that no attachment reaches";
 }
 
-// Two clients may have one name.
+// The name and the identifier, because two clients may have the same name.
 std::string called(const MailClient& client) {
   return foundation::printable(client.name) + " (" + foundation::printable(client.id) + ")";
 }
@@ -42,7 +42,8 @@ bool is_called(const MailClient& client, const std::string& name) {
          folded(client.name) == folded(name);
 }
 
-/// Among those that open mail links, or any other program's entry by its identifier.
+/// Finds a client among those that open mail links, by name or identifier, or any program's entry
+/// by its identifier.
 std::optional<MailClient> client_called(const std::string& name) {
   if (!foundation::is_utf8(name)) {
     return std::nullopt;

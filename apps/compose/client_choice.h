@@ -5,12 +5,13 @@
 
 namespace quoll::compose {
 
-/// Writes a line for each mail client that is there: which one drafts go to, and what it takes.
+/// Writes a line for each installed mail client, with how it takes drafts, and marks the one that
+/// gets them.
 void print_clients(std::ostream& out);
 
-/// Lets drafts go to the client of this name or identifier, whatever the case of its letters, or to
-/// the desktop's default for "default" and for nothing. Answers a sentence that says so. Throws
-/// `CannotCompose` when there is none, or the choice cannot be kept.
+/// Chooses the client that gets drafts, by its name or identifier in upper or lower case; "default"
+/// or an empty name chooses the desktop's default. Answers a sentence that says so. Throws
+/// `CannotCompose` when there is no such client, or when the choice cannot be written.
 [[nodiscard]] std::string choose_client(const std::string& name);
 
 }  // namespace quoll::compose

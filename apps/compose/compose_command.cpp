@@ -25,8 +25,8 @@ std::uint64_t number_in(std::string_view key) {
   return error == std::errc() && end == key.data() + key.size() ? number : kLast;
 }
 
-// The record gives them in the order in which they stand; the order in which they were shared is in
-// their keys.
+// The paths in the order in which they were shared, which is in the numbers of their keys. The
+// record has them in the order of the URL.
 std::vector<std::string> attachments_of(const foundation::NSURL& url) {
   std::vector<std::pair<std::uint64_t, std::string>> numbered;
   const auto parameters = RequestUtils::URLQueryParameters(url.absoluteString());

@@ -23,7 +23,7 @@ namespace {
   throw CannotCompose(std::string("the draft cannot be written: ") + std::strerror(error));
 }
 
-/// A file that has no name of its own until it is whole.
+/// A file that has a temporary name until it is complete, and is removed if it never is.
 class NewFile {
  public:
   explicit NewFile(const std::string& folder)
@@ -41,11 +41,11 @@ class NewFile {
     }
   }
 
-  /// Belongs to the stream that writes it.
+  /// The descriptor, which the stream that writes to it will close.
   [[nodiscard]] int fd() const { return fd_; }
 
-  /// Gives it the first free name of this second and answers its path. A name that a mail client
-  /// was given is not free: what is cleaned with that draft would be this one.
+  /// Gives the file its final name, the first free one of this second, and answers its path. A name
+  /// that a mail client was given is not free: cleaning that draft would remove this one too.
   std::string name_it() {
     const std::string given = given_folder();
     std::array<char, 32> now{};
@@ -77,7 +77,7 @@ class NewFile {
   int fd_ = -1;
 };
 
-/// Writes a message piece by piece, with the line breaks of mail.
+/// Writes a message piece by piece, with the line ends of mail.
 class Output {
  public:
   explicit Output(int fd) : format_(g_mime_format_options_new()) {
@@ -115,8 +115,8 @@ class Output {
   MimeHandle<GMimeStream> stream_;
 };
 
-// The library would hold every part, and a descriptor for each, until the whole message is written;
-// here each part goes when it is written.
+// Writes the parts one by one. GMime would hold every part, with a descriptor for each, until the
+// whole message is written.
 void write_message(Output& out, GMimeMessage* message, GMimeObject* body,
                    const std::vector<TakenFile>& files) {
   if (files.empty()) {

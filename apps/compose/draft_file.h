@@ -7,10 +7,9 @@
 
 namespace quoll::compose {
 
-/// Writes a message file for the draft and answers its path,
-/// `<drafts>/<YYYYMMDD-HHMMSS>[-n].eml`, for the user alone. The name appears when the file is
-/// whole. However large and many the files are, they are neither held in memory nor open together.
-/// Throws `CannotCompose`.
+/// Writes a message file for the draft and answers its path, `<drafts>/<YYYYMMDD-HHMMSS>[-n].eml`.
+/// Only the user can read it. It gets its name when it is complete. The attached files are neither
+/// held in memory nor open all at once, however large and many they are. Throws `CannotCompose`.
 [[nodiscard]] std::string write_draft(const ExtensionMessage& message,
                                       const std::vector<TakenFile>& files);
 

@@ -26,7 +26,7 @@ std::string text_or_empty(const char* text) {
   return text != nullptr ? text : "";
 }
 
-// As it stands in the file: what is no address is shown as well.
+// The header as it is in the file, so that text that is not an address is shown too.
 std::string header(GMimeMessage* message, const char* name) {
   return text_or_empty(g_mime_object_get_header(GMIME_OBJECT(message), name));
 }
@@ -53,7 +53,8 @@ MimeHandle<GMimeMessage> message_in(const std::string& path) {
   return parsed(stream.get(), path);
 }
 
-// Our own drafts say the size; other message files have to be decoded for it.
+// The size of an attachment. Drafts of this program have it in a header; in other message files the
+// part must be decoded.
 std::int64_t size_of(GMimePart* part) {
   const std::string said =
       text_or_empty(g_mime_object_get_content_disposition_parameter(GMIME_OBJECT(part), "size"));
@@ -89,7 +90,7 @@ void add_part(GMimeObject* /*parent*/, GMimeObject* object, gpointer data) {
   }
 }
 
-/// At most a screenful of the text, each line indented.
+/// Prints the beginning of the text, at most a screenful, with each line indented.
 void print_excerpt(std::ostream& out, std::string_view text) {
   constexpr int kLines = 12;
   constexpr std::size_t kBytesOfALine = 400;
@@ -103,7 +104,7 @@ void print_excerpt(std::ostream& out, std::string_view text) {
     content.remove_suffix(content.ends_with('\r') ? 1 : 0);
     auto shown = std::min(content.size(), kBytesOfALine);
     while (shown < content.size() && (static_cast<unsigned char>(content[shown]) & 0xC0U) == 0x80) {
-      --shown;  // not inside a character
+      --shown;  // do not cut a character
     }
     out << "  " << foundation::printable(content.substr(0, shown))
         << (shown < content.size() ? "..." : "") << '\n';

@@ -10,10 +10,10 @@
 
 namespace quoll::compose {
 
-/// A size for people: "31.2 MB".
+/// A size in words, such as "31.2 MB".
 [[nodiscard]] std::string size_text(std::int64_t size);
 
-/// What a message file holds, for people.
+/// The content of a message file, for people.
 struct DraftSummary {
   struct Attachment {
     std::string name;
@@ -28,24 +28,24 @@ struct DraftSummary {
   std::vector<Attachment> attachments;
 };
 
-/// Reads a message file. Throws `CannotCompose` when it cannot be read or is no message.
+/// Reads a message file. Throws `CannotCompose` when it cannot be read or is not a message.
 [[nodiscard]] DraftSummary read_draft(const std::string& path);
 
-/// Writes a summary of a few lines; of a long text only the beginning. Control characters are
-/// written as escapes, so nothing in a draft can command a terminal.
+/// Prints a summary of a few lines, with only the beginning of a long text. Control characters are
+/// written as escapes, so that no draft can control a terminal.
 void print_summary(std::ostream& out, const DraftSummary& draft,
                    const std::vector<LeftOut>& left_out);
 
-/// A draft that is kept.
+/// A draft in the drafts folder.
 struct KeptDraft {
   std::string path;
   std::timespec time{};  ///< when it was written
 };
 
-/// All kept drafts, the newest last.
+/// All drafts in the folder, the newest last.
 [[nodiscard]] std::vector<KeptDraft> kept_drafts();
 
-/// One line: when it was written, its subject (read from the file) and its path.
+/// Prints one line: when the draft was written, its subject (read from the file) and its path.
 void print_line(std::ostream& out, const KeptDraft& draft);
 
 }  // namespace quoll::compose

@@ -12,20 +12,21 @@
 
 namespace quoll::compose {
 
-/// Finishes received drafts on a thread of its own, so that large ones keep nobody waiting: writes
-/// those that wait, one after the other, and gives them to the mail client when none waits, since a
-/// client takes its time. What there is to say of one becomes a notice; one that fails is logged
-/// too. It ends with the last of them.
+/// Finishes received drafts on a thread of its own, so that a large draft lets nobody wait. It
+/// writes the waiting drafts one after the other. When none is waiting, it gives the written ones
+/// to the mail client, which takes longer. What the user should know about a draft becomes a
+/// notice; a failure is logged too. The destructor waits for the last draft.
 class DraftThread {
  public:
-  /// The notices of a draft are there before the thread is idle.
+  /// `notices` must outlive this object. The notices of a draft are added before `busy` becomes
+  /// false.
   explicit DraftThread(Notices& notices) : notices_(notices), thread_([this] { run(); }) {}
   DraftThread(const DraftThread&) = delete;
   DraftThread& operator=(const DraftThread&) = delete;
   ~DraftThread();
 
   void finish_later(std::unique_ptr<ReceivedDraft> draft, gio::ActivationTokens tokens);
-  /// True when a draft is not finished.
+  /// True while a draft is not finished.
   [[nodiscard]] bool busy() const;
 
  private:
@@ -50,7 +51,7 @@ class DraftThread {
   std::deque<Offer> written_;
   bool working_ = false;
   bool ending_ = false;
-  std::thread thread_;  // last: it uses the rest
+  std::thread thread_;  // last, because it uses the other members
 };
 
 }  // namespace quoll::compose

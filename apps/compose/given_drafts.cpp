@@ -25,7 +25,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kMark = "given";
-constexpr const char* kCopy = "copy";  // a link to the one that lies elsewhere
+constexpr const char* kCopy = "copy";  // a link to a copy outside this folder
 constexpr std::int64_t kKeptFor = std::int64_t{7} * 24 * 60 * 60;
 
 std::string reason() {
@@ -42,7 +42,8 @@ void write_file(const std::string& path, const std::string& content) {
   }
 }
 
-/// How long ago it was; negative when it lies in the future, which then has to come.
+/// The age of a mark in seconds. Negative when its time is in the future: then it counts from that
+/// time on.
 std::int64_t age_of(const std::string& mark, const struct stat& status, const Moment& now) {
   std::ifstream file(mark);
   std::string boot;
@@ -62,7 +63,7 @@ void clean(const std::string& folder, const std::string& draft, const Moment& no
   if (age < kKeptFor) {
     return;
   }
-  std::error_code ignored;  // what stays is tried again by the next program
+  std::error_code ignored;  // the next program tries again
   const fs::path copy =
       fs::read_symlink(foundation::appending_path_component(folder, kCopy), ignored);
   if (!copy.empty()) {
@@ -86,7 +87,7 @@ GivenDraft::GivenDraft(const std::string& draft)
   }
 }
 
-// Each in a folder of its own, so that no two names meet.
+// Each file gets a folder of its own, because two may have the same name.
 std::string GivenDraft::add(const TakenFile& file, const std::string& name) {
   const std::string folder = folder_ + "/" + std::to_string(files_++);
   std::string path = folder + "/" + name;

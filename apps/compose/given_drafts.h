@@ -7,23 +7,24 @@
 
 namespace quoll::compose {
 
-/// What a mail client reads of one draft: a folder of its own, `<given>/<the draft's name>`, for
-/// the user alone. It stays, as a client may read it as late as when the message is sent.
+/// The files of one draft that a mail client reads, in a folder of their own, `<given>/<the draft's
+/// name>`, which only the user can read. They stay, because a client may read them as late as when
+/// the message is sent.
 class GivenDraft {
  public:
-  /// Makes the folder. Throws `CannotCompose`, as the other calls do.
+  /// Makes the folder. Throws `CannotCompose`, as the other operations do.
   explicit GivenDraft(const std::string& draft);
 
-  /// Moves a file in, under this name exactly, and answers its path.
+  /// Moves a file into the folder under exactly this name and answers its path.
   std::string add(const TakenFile& file, const std::string& name);
-  /// Writes a text into a file, whose last line ends, and answers its path.
+  /// Writes a text into a file, with a line end at its end, and answers the path.
   [[nodiscard]] std::string add_text(const std::string& text) const;
-  /// Copies the draft into a folder elsewhere, made when it is missing, and answers the copy's
-  /// path. The copy is cleaned with the draft. Once a draft.
+  /// Copies the draft to another folder, which is made if it is missing, and answers the copy's
+  /// path. The copy is removed when the draft is. Call it at most once for a draft.
   [[nodiscard]] std::string copy_to(const std::string& folder) const;
 
-  /// Says that a client has the draft, from now on. Without this the draft is the only copy and is
-  /// kept for good, so a failure is no harm.
+  /// Notes that a client has the draft since now. Without this note the draft counts as the only
+  /// copy and is never removed, so a failure does no harm.
   void mark() const noexcept;
 
  private:
@@ -32,18 +33,18 @@ class GivenDraft {
   unsigned files_ = 0;
 };
 
-/// A moment by the clock that people set, and by the one that nobody can.
+/// A moment, by the clock that can be set and by the one that cannot.
 struct Moment {
   std::int64_t time = 0;        ///< seconds since 1970
-  std::string boot;             ///< which start of the system it is in
-  std::int64_t since_boot = 0;  ///< seconds, sleep included
+  std::string boot;             ///< identifies the start of the system
+  std::int64_t since_boot = 0;  ///< in seconds, including sleep
 };
 [[nodiscard]] Moment present_moment();
 
-/// Removes the drafts that a client was given 7 days ago or earlier, with all that was made for the
-/// client, and folders of that age that no client was given; the drafts of these stay. While the
-/// system runs without a restart, a clock that is set changes nothing. Called while no draft is
-/// under way in any program.
+/// Removes the drafts that were given to a client 7 days ago or earlier, with everything that was
+/// made for the client. It also removes folders of that age whose draft was never given; those
+/// drafts stay. While the system runs, setting the clock changes nothing. Call it while no program
+/// works on a draft.
 void clean_given_drafts(const Moment& now);
 
 }  // namespace quoll::compose

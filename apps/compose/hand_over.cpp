@@ -32,10 +32,10 @@ bool is_set(const char* variable) {
 
 std::string uri_of(const std::string& path) {
   const gio::TextHandle uri(g_filename_to_uri(path.c_str(), nullptr, nullptr));
-  return uri.get();  // never null: drafts lie at whole paths
+  return uri.get();  // never null: the path is absolute
 }
 
-// A snap has a folder of its own in the home; the rest that it sees has no hidden part.
+// A snap can read its own folder in the home, and no hidden folder outside it.
 std::string folder_of_snap(const std::string& name) {
   return std::string(g_get_home_dir()) + "/snap/" + name + "/common/quoll-compose";
 }
@@ -49,15 +49,15 @@ OutgoingDraft outgoing(const ExtensionMessage& message) {
                       .text_file = {},
                       .files = {}};
   for (const char c : plain_body(message)) {
-    draft.text += c == '\0' ? "\u2400" : std::string(1, c);  // it would end an argument
+    draft.text += c == '\0' ? "\u2400" : std::string(1, c);  // a zero byte would end the argument
   }
   return draft;
 }
 
-/// A process that was watched for a moment.
+/// What was seen of a process in its first moments.
 struct Watched {
-  bool is_well = false;      ///< it runs, or ended without an error
-  std::optional<int> error;  ///< the status with which it ended at once
+  bool is_well = false;      ///< it is running, or it ended without an error
+  std::optional<int> error;  ///< its exit status, when it ended with an error
 };
 
 Watched watch(pid_t process) {
@@ -172,7 +172,7 @@ gio::Failure HandOver::start() {
                               : "by signal " + std::to_string(WTERMSIG(*error))) +
            "; open or import the file there";
   }
-  // The last step: a draft that may not have arrived is never cleaned.
+  // The last step: a draft that may not have arrived must never be removed.
   if (seen.is_well && !client.is_in_terminal) {
     given_->mark();
   }

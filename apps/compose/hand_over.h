@@ -13,29 +13,29 @@
 
 namespace quoll::compose {
 
-/// True when there is a desktop to show anything on.
+/// True when there is a desktop to show windows on.
 [[nodiscard]] bool has_desktop();
 
 /// What became of a draft.
 struct HandedOver {
   bool is_given = false;
-  std::string sentence;  ///< "was given to NAME" or "is kept: why"; empty without a desktop
-  std::string reason;    ///< why it is kept, and what to do; empty when it is given
-  std::string note;      ///< what else a person should know; mostly empty
+  std::string sentence;  ///< "was given to NAME" or "is kept: REASON"; empty without a desktop
+  std::string reason;    ///< why it is kept and what to do; empty when it was given
+  std::string note;      ///< what else the user should know; usually empty
 };
 
-/// One draft on its way to the user's mail client, in the way that the client takes.
+/// Gives one draft to the user's mail client, in the way that the client takes drafts.
 class HandOver {
  public:
-  /// Chooses the client and puts what it will read where it can: the files may go from then on.
-  /// Without a desktop there is no client.
+  /// Chooses the client and makes the files that it will read; `files` are not needed any more
+  /// afterwards. Without a desktop there is no client.
   HandOver(const std::string& draft, const ExtensionMessage& message,
            const std::vector<TakenFile>& files);
 
-  /// Starts the client. One that ends at once with an error has not taken the draft, so this waits
-  /// for a moment. Whatever happens, the draft stays where it is; it is marked as given, and
-  /// cleaned one day, when the client was seen to run or to end well. Behind a terminal that is not
-  /// seen.
+  /// Starts the client, and waits for a moment: a client that ends at once with an error has not
+  /// taken the draft. The draft stays in any case. If the client was seen to run or to end without
+  /// an error, the draft is marked as given, and is removed one day. A client in a terminal cannot
+  /// be seen.
   [[nodiscard]] HandedOver run(const gio::ActivationTokens& tokens);
 
  private:

@@ -33,8 +33,8 @@ using namespace quoll;
 
 struct Wanted {
   std::vector<std::string> urls;
-  std::string draft;   ///< the one to show; the newest when it is empty
-  std::string client;  ///< the one to choose; the default when it is empty
+  std::string draft;   ///< the draft to show; empty for the newest
+  std::string client;  ///< the client to choose; empty for the default
   double idle_seconds = 10;
   bool service = false;
   bool list = false;
@@ -43,7 +43,8 @@ struct Wanted {
   bool choose = false;
 };
 
-/// Links are opened by this program's desktop entry too, and then nobody reads what it writes.
+/// Whether somebody reads the output. Nobody does when a desktop opens a link by this program's
+/// entry.
 bool is_read() {
   return isatty(STDOUT_FILENO) != 0 || isatty(STDERR_FILENO) != 0 || !compose::has_desktop();
 }
@@ -120,7 +121,7 @@ int serve(double idle_seconds) {
                         std::chrono::milliseconds(static_cast<std::int64_t>(idle_seconds * 1000)));
 }
 
-/// What was asked for, or the exit status when that was help or a mistake.
+/// Reads the command line into `wanted`. Answers an exit status after help or wrong use.
 std::optional<int> parse(int argc, char** argv, Wanted& wanted) {
   CLI::App app{
       "Takes the drafts of shares where no mail application is installed: keeps each as a message\n"
@@ -195,7 +196,7 @@ int main(int argc, char** argv) {
                      .clock = {},
                      .images = {},
                      .styled_text = {}});
-  std::signal(SIGCHLD, SIG_DFL);  // a client's end is waited for, whoever started this
+  std::signal(SIGCHLD, SIG_DFL);  // inherited; the end of a client is waited for
   g_mime_init();
   try {
     return run(wanted);

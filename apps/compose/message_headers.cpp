@@ -12,14 +12,14 @@
 namespace quoll::compose {
 namespace {
 
-// A header is one line, whatever a stranger wrote into the field.
+// Makes one line of a text, whatever a stranger has written into the field.
 std::string one_line(std::string text) {
   std::ranges::replace_if(
       text, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
   return std::string(foundation::trim(text));
 }
 
-/// True when a text may stand in a header as it is.
+/// True when a text can be written into a header without encoding.
 bool is_plain(std::string_view text) {
   constexpr std::size_t kLongestWord = 64;
   std::size_t word = 0;
@@ -39,8 +39,8 @@ std::string quoted(char c) {
   return stays ? std::string(1, c) : std::string{'=', kDigits[byte >> 4U], kDigits[byte & 0xFU]};
 }
 
-// As RFC 2047 has it, each piece with whole characters. The library would write pieces of Base64,
-// of which its own reader drops all that follow a padded one.
+// The text encoded by RFC 2047, in pieces of whole characters. GMime itself would write pieces of
+// Base64, and its reader drops all pieces after one with padding.
 std::string header_text(const std::string& text) {
   if (is_plain(text)) {
     return text;
@@ -62,7 +62,7 @@ std::string header_text(const std::string& text) {
   return out + "?=";
 }
 
-/// The pieces between semicolons that stand outside quotes.
+/// Splits a text at semicolons outside of quotes.
 std::vector<std::string> split(const std::string& joined) {
   std::vector<std::string> pieces(1);
   bool quoted = false;
@@ -77,8 +77,9 @@ std::vector<std::string> split(const std::string& joined) {
   return pieces;
 }
 
-// A lone word is read as the beginning of the next address's name, except between angle brackets,
-// and these are written only beside a name.
+// A mailbox that is a single word without a name would be read as the beginning of the next
+// address. Angle brackets prevent that, and are written only beside a name; so the word becomes its
+// name too.
 void name_lone_words(InternetAddressList* list) {
   for (int i = 0; i < internet_address_list_length(list); ++i) {
     InternetAddress* const address = internet_address_list_get_address(list, i);
@@ -95,8 +96,8 @@ void name_lone_words(InternetAddressList* list) {
   }
 }
 
-// A line is broken at blanks and may not be longer than 998 bytes; no address has a word as long as
-// this. Its pieces stay, as a text for people.
+// Splits words that are too long for a line of mail, which has at most 998 bytes and is broken at
+// blanks. No address is that long; for a text that a person reads, the pieces will do.
 std::string with_words_that_fit(const std::string& text) {
   constexpr std::size_t kLongestWord = 320;
   std::string out;
@@ -116,7 +117,7 @@ std::string with_words_that_fit(const std::string& text) {
 void add_addresses(InternetAddressList* list, const std::string& joined) {
   for (const auto& piece : split(joined)) {
     const std::string address = with_words_that_fit(one_line(piece));
-    // A sender that had a recipient without an address wrote the text for null.
+    // For a recipient without an address the sender has written the text for null.
     if (address.empty() || address == foundation::kNullText) {
       continue;
     }

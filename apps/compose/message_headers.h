@@ -8,17 +8,17 @@
 
 namespace quoll::compose {
 
-/// The draft's subject as one line.
+/// The subject of the draft, as one line.
 [[nodiscard]] std::string subject_line(const ExtensionMessage& message);
 
-/// The addresses of joined recipients, each as people write it; those of groups too. What is no
-/// address is left out: it stays in the message file alone.
+/// The addresses in a text of joined recipients, also those in groups, each as people write it. A
+/// text that is not an address is left out here; the message file still has it.
 [[nodiscard]] std::vector<std::string> addresses_in(const std::string& joined);
 
 /// A message with the headers of a draft that was never sent: `X-Unsent: 1`, the subject, the
-/// recipients, and the sender when there is one; no date and no identifier, which are the mail
-/// client's. Joined recipients end in ";" each; a text that is no address stays, as a name without
-/// one, so that a person can mend it.
+/// recipients, and the sender if there is one. The date and the identifier are left to the mail
+/// client. In joined recipients, each ends with ";". A text that is not an address is kept as a
+/// name without an address, so that the user can correct it.
 [[nodiscard]] MimeHandle<GMimeMessage> message_with_headers(const ExtensionMessage& message);
 
 }  // namespace quoll::compose

@@ -8,7 +8,7 @@
 
 namespace quoll::compose {
 
-/// One reference to an object of the MIME library, which are all GObjects.
+/// Owns one reference to a GMime object; they are all GObjects.
 template <typename T>
 using MimeHandle = gio::ObjectHandle<T>;
 using FormatHandle = std::unique_ptr<GMimeFormatOptions, gio::Release<g_mime_format_options_free>>;

@@ -71,7 +71,7 @@ void Notices::show() {
     notices.push_back({.summary = more + " more drafts were not as they should be",
                        .body = "The system log tells of each; quoll-compose --list names them."});
   }
-  // A desktop that did not show one has kept its caller waiting long enough.
+  // Stop at the first one that is not shown: waiting for the others would take too long.
   static_cast<void>(std::ranges::all_of(notices, [&](const Notice& notice) {
     return gio::show_notification(notice.summary, notice.body, kTimeOut);
   }));

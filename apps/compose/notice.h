@@ -10,29 +10,29 @@
 
 namespace quoll::compose {
 
-/// What a person is told who sees no terminal: one line, and lines of plain text below it.
+/// A message for a user who sees no terminal: a summary line, and lines of plain text below it.
 struct Notice {
   std::string summary;
   std::string body;
 };
 
-/// What there is to say of a draft: what is not in it, that no mail client has it, what else a
-/// person should know. None when all is as it should be.
+/// What the user should know about a finished draft: what was left out, that no mail client has it,
+/// and the notes. None when there is nothing to say.
 [[nodiscard]] std::optional<Notice> notice_of(const FinishedDraft& draft);
 
-/// What there is to say of a command that was refused.
+/// Tells that a command was refused.
 [[nodiscard]] Notice refusal_notice(const std::string& reason);
 
-/// Notices on their way to the thread that shows them. Any thread may call.
+/// A queue of notices for the thread that shows them. Any thread may add one.
 class Notices {
  public:
-  /// `added` is called on the thread that adds one, after that.
+  /// `added` is called after each addition, on the thread that adds.
   explicit Notices(std::function<void()> added) : added_(std::move(added)) {}
 
   void add(Notice notice);
   [[nodiscard]] bool empty() const;
-  /// Takes them all and shows them on the desktop, of many at once the first few and how many more
-  /// there are. Runs the thread's default main context.
+  /// Empties the queue and shows the notices on the desktop. Of many, it shows the first few and
+  /// tells how many more there are. Runs the default main context of this thread.
   void show();
 
  private:

@@ -66,7 +66,7 @@ std::string utf8(std::uint32_t code) {
   return {static_cast<char>(0xF0U | (code >> 18U)), tail(12), tail(6), tail(0)};
 }
 
-/// What `&name;` or `&#number;` stands for; empty when it is unknown.
+/// The character for `&name;` or `&#number;`; empty when it is unknown.
 std::string entity(std::string_view name) {
   if (name.starts_with('#')) {
     name.remove_prefix(1);
@@ -104,7 +104,7 @@ std::string decoded(std::string_view text) {
   return out;
 }
 
-/// Text with white space as a reader sees it.
+/// The text, with white space as a person sees it.
 class Page {
  public:
   void add(std::string_view text, bool preformatted) {
@@ -118,13 +118,13 @@ class Page {
       }
     }
   }
-  /// The next text begins a new line.
+  /// The next text will begin a new line.
   void end_line() { new_line_ = !out_.empty() && out_.back() != '\n'; }
   void break_line() {
     end_of_line();
     out_ += '\n';
   }
-  /// One empty line at most between paragraphs.
+  /// At most one empty line is written between paragraphs.
   void end_paragraph() {
     end_line();
     new_paragraph_ = !out_.empty();
@@ -169,7 +169,7 @@ class Page {
 };
 
 struct Tag {
-  std::string name;  ///< in small letters
+  std::string name;  ///< in lower case
   bool closing = false;
   std::string_view attributes;
 };
@@ -197,7 +197,7 @@ void skip_white(std::string_view& text) {
   text.remove_prefix(std::min(text.find_first_not_of(kWhite), text.size()));
 }
 
-/// The value of a tag's `href`; empty when it has none.
+/// The value of the `href` attribute; empty when there is none.
 std::string address_in(std::string_view attributes) {
   while (!attributes.empty()) {
     attributes.remove_prefix(
@@ -221,8 +221,7 @@ std::string address_in(std::string_view attributes) {
   return {};
 }
 
-/// Where a tag ends: at the ">" that stands in no quoted value. The end of the text when there is
-/// none.
+/// The end of a tag: the ">" outside of quoted values, or the end of the text when there is none.
 std::size_t end_of_tag(std::string_view html, std::size_t from) {
   char quote = '\0';
   for (auto at = from; at < html.size(); ++at) {
@@ -315,9 +314,9 @@ class Reader {
   std::string_view html_;
   std::size_t at_ = 0;
   Page page_;
-  std::string unseen_;  ///< the element whose text nobody sees; empty outside one
+  std::string unseen_;  ///< the open element whose text is not shown; empty when there is none
   bool preformatted_ = false;
-  std::string link_;  ///< the address of the link that is open
+  std::string link_;  ///< the address of the open link
   std::size_t link_text_ = 0;
 };
 

@@ -5,9 +5,9 @@
 
 namespace quoll::compose {
 
-/// What a reader of plain text sees of an HTML text: paragraphs as lines, list items after a dash,
-/// a link's address after its text when that is another. Linear in the size of the text, whatever
-/// it holds.
+/// The plain text of an HTML text. Paragraphs become lines, list items begin with a dash, and the
+/// address of a link follows its text if the two differ. The time is linear in the length of the
+/// text, whatever it holds.
 [[nodiscard]] std::string plain_text_of_html(std::string_view html);
 
 }  // namespace quoll::compose

@@ -16,14 +16,15 @@
 namespace quoll::compose {
 namespace {
 
-// A sender is answered before its draft is written, so what would stop the writing is found now.
+// Throws when the disk has no room for the draft. It must be found now, because the sender is
+// answered before the draft is written.
 void require_room(const ComposeCommand& command, const std::vector<TakenFile>& files) {
   std::uint64_t needed = 2 * text_of_field(command.message->htmlBody()).size() +
                          2 * text_of_field(command.message->plainBody()).size();
   for (const auto& file : files) {
     struct stat status {};
     if (stat(file.path.c_str(), &status) == 0) {
-      // In Base64, with a line break of two bytes after 76.
+      // The size in Base64: 57 bytes become a line of 76, with a line end of two bytes.
       needed += static_cast<std::uint64_t>(status.st_size) / 57 * 78 + 1024;
     }
   }
@@ -35,7 +36,7 @@ void require_room(const ComposeCommand& command, const std::vector<TakenFile>& f
   }
 }
 
-// A stranger may ask for any number of files; the log need not hold them all.
+// Logs the first files that were left out; a stranger may name any number.
 void log_left_out(const std::vector<LeftOut>& left_out) {
   constexpr std::size_t kMost = 20;
   for (std::size_t at = 0; at < left_out.size() && at < kMost; ++at) {
@@ -51,7 +52,8 @@ std::string named_after(const std::vector<TakenFile>& files) {
   return files.front().name + (more == 0 ? "" : " and " + std::to_string(more) + " more");
 }
 
-// By the message file: what is sent is as large as that.
+// A warning when the draft is too large. The size is that of the message file, which is what will
+// be sent.
 std::vector<std::string> notes_on_size(const std::string& draft) {
   constexpr off_t kMostThatTravels = 25'000'000;
   struct stat status {};

@@ -30,7 +30,7 @@ class Service final : public gio::ApplicationService {
       platform::log("not taken: %@", exception.what());
       g_dbus_method_invocation_return_error_literal(call, G_DBUS_ERROR, G_DBUS_ERROR_FAILED,
                                                     exception.what());
-      notices_.add(refusal_notice(exception.what()));  // a browser drops the error
+      notices_.add(refusal_notice(exception.what()));  // a browser ignores the error
       return;
     }
     g_dbus_method_invocation_return_value(call, nullptr);
@@ -41,7 +41,7 @@ class Service final : public gio::ApplicationService {
 
   [[nodiscard]] bool busy() const override { return writer_.busy() || !notices_.empty(); }
 
-  // Nobody sees this program's standard output.
+  // On the desktop, since nobody sees this program's output.
   static gboolean show_notices(gpointer self) {
     static_cast<Service*>(self)->notices_.show();
     return G_SOURCE_REMOVE;

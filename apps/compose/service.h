@@ -5,12 +5,13 @@
 
 namespace quoll::compose {
 
-/// Answers to `identifier` on the session bus as `org.freedesktop.Application` until nothing came
-/// for `idle`, and answers the exit status: 0, or 1 when there is no bus or another program has the
-/// name (said on standard error).
+/// Answers calls to `identifier` on the session bus, as `org.freedesktop.Application`, until none
+/// has come for `idle`. Answers the exit status: 0, or 1 when there is no bus or another program
+/// has the name, which is said on standard error.
 ///
-/// `Open` answers when the drafts were taken: their files are the receiver's then, and the sender
-/// may remove its own. It answers an error, and takes none, when one of them cannot be taken.
+/// `Open` is answered when the drafts were taken. From then on the receiver has its own files, and
+/// the sender may remove its own. If one of the drafts cannot be taken, none is, and `Open` answers
+/// an error.
 [[nodiscard]] int serve(const std::string& identifier, std::chrono::milliseconds idle);
 
 }  // namespace quoll::compose

@@ -20,14 +20,14 @@
 namespace quoll::compose {
 namespace {
 
-// The folder of the service "Share".
+// The staging folder: that of the service "Share".
 std::string staging_folder() {
   const auto data = ExtensionUtilities::GroupDataPath();
   const auto path = data ? data->file_system_path() : std::nullopt;
   return path ? foundation::appending_path_component(*path, "Share") : std::string();
 }
 
-// Opens `inside`, a path below the folder, without following a link and without leaving the folder.
+// Opens `inside`, a path below the folder, without following links and without leaving the folder.
 // The kernel asks to try again when the folder changes meanwhile.
 posix::UniqueFd open_inside(int folder, const std::string& inside) {
   open_how how{};
@@ -98,8 +98,8 @@ void TakenFiles::take(int staging, const std::string& staging_path, const std::s
   }
 }
 
-// A hard link costs nothing and outlives the staged name; where there can be none (another file
-// system, a file of somebody else) it is copied.
+// Hard-links the file, which takes no room and stays when the staged name goes. Where a hard link
+// is not possible (another file system, another user's file), the file is copied.
 void TakenFiles::keep(int file, const std::string& name) {
   if (folder_.empty()) {
     std::string folder = incoming_folder() + "/XXXXXX";
@@ -124,7 +124,7 @@ void TakenFiles::remove() {
   if (folder_.empty()) {
     return;
   }
-  std::optional<foundation::Error> ignored;  // what stays is in nobody's way
+  std::optional<foundation::Error> ignored;  // what is left does no harm
   platform::NSFileManager::defaultManager()->removeItemAtURL(platform::fileURLWithPath(folder_),
                                                              ignored);
 }

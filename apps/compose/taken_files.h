@@ -5,7 +5,7 @@
 
 namespace quoll::compose {
 
-/// A file that belongs to the receiver, with the name that it has for people.
+/// A file that belongs to the receiver, and the name that people know it by.
 struct TakenFile {
   std::string name;
   std::string path;
@@ -13,15 +13,16 @@ struct TakenFile {
 
 /// An attachment that is not in the draft.
 struct LeftOut {
-  std::string name;  ///< as it was asked for
+  std::string name;  ///< as the command has it
   std::string reason;
 };
 
-/// Files taken out of the staging folder into a folder of their own, which is removed with this
-/// object. The staged ones may go from then on.
+/// Files that were taken from the staging folder into a folder of their own, which the destructor
+/// removes. The staged files are not needed any more then.
 ///
-/// Command URLs come from strangers too, so only what lies in the staging folder is taken: regular
-/// files that are reached from it without a link and without leaving it. All else is left out.
+/// A command URL may come from a stranger. So only regular files in the staging folder are taken,
+/// which are reached without following a link and without leaving the folder. Everything else is
+/// left out.
 class TakenFiles {
  public:
   /// Takes the files with these paths. Throws `CannotCompose` when there is no room for them.
@@ -38,7 +39,7 @@ class TakenFiles {
   void keep(int file, const std::string& name);
   void remove();
 
-  std::string folder_;  ///< empty until the first file is taken
+  std::string folder_;  ///< empty until a file was taken
   std::vector<TakenFile> files_;
   std::vector<LeftOut> left_out_;
 };
