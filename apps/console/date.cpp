@@ -28,7 +28,7 @@ std::optional<Date> date_of_seconds(const std::string& text) {
              : std::nullopt;
 }
 
-/// The date in the exchange format; null when that format has no such date.
+/// The date in the exchange format; null when that format cannot hold it.
 Json exchanged(const ExtensionDate& formats, Date date) {
   const std::string text = formats.dateExchange()->stringFromDate(date);
   const auto read = formats.exchangeDate(text);

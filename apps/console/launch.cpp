@@ -22,7 +22,7 @@ void complain(const std::string& line) {
   std::cerr << "quollctl: " << foundation::printable(line) << '\n';
 }
 
-/// The messages that a command was announced for, while it lives.
+/// Collects the messages that a command is announced for, while it lives.
 class Announced final {
  public:
   Announced() {
@@ -59,7 +59,7 @@ Messages read_messages(const std::vector<std::string>& files) {
 int launch(const std::string& command, const std::vector<std::string>& files, bool background,
            bool as_json) {
   platform::Desktop around = program_desktop();
-  around.log = reading_desktop().log;  // why nothing was opened is told here
+  around.log = reading_desktop().log;  // to standard error, so that a failure is seen
   const platform::ScopedDesktop desktop(std::move(around));
   try {
     const Messages messages = read_messages(files);

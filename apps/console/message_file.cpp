@@ -28,7 +28,8 @@ std::string contents_of(const std::string& file) {
   return {bytes->begin(), bytes->end()};
 }
 
-/// The names of the fields stand in the object itself, or below the record's name as in a request.
+/// Reads a message from a JSON object of its fields, with or without `$ExtensionMessage` around
+/// them.
 Value read_json(const std::string& contents) {
   console::Json json = console::parse_json(contents);
   const bool is_bare = json.is_object() && (json.empty() || !json.begin().key().starts_with('$'));
@@ -38,7 +39,8 @@ Value read_json(const std::string& contents) {
   return console::ValueReader({}).read(json);
 }
 
-/// A property list's root is never null, and an object in braces is none of the old form.
+/// Reads a property list or JSON. One cannot be taken for the other: a JSON object is not a
+/// property list of the old form, and the root of a property list is never null.
 Value read(const std::string& contents) {
   const auto root = foundation::read_property_list(contents);
   return root ? *root : read_json(contents);

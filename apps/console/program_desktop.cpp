@@ -42,7 +42,7 @@ std::shared_ptr<platform::NSBundle> make_bundle() {
 }  // namespace
 
 platform::Desktop program_desktop() {
-  auto workspace = make_workspace();  // before anything that could start a thread
+  auto workspace = make_workspace();  // first: it must come before any thread
   return {.bundle = make_bundle(),
           .files = posix::make_file_manager(),
           .coordinator = posix::coordinator_factory(),

@@ -4,12 +4,13 @@
 
 namespace quoll::console {
 
-/// What surrounds this program. It starts the launcher's process unless the environment asks for
-/// recording, so it comes before everything else that the program does.
+/// The desktop of `quollctl call` and of commands that open something. It starts the launcher's
+/// process, unless the environment asks to record only; so call it before everything else in the
+/// program.
 [[nodiscard]] platform::Desktop program_desktop();
 
-/// What surrounds a command that only reads what is shared and tells people: it starts nothing, and
-/// what the library logs goes to standard error.
+/// The desktop of commands that only read and print. It starts nothing, and writes the library's
+/// log to standard error.
 [[nodiscard]] platform::Desktop reading_desktop();
 
 }  // namespace quoll::console

@@ -16,7 +16,7 @@ namespace quoll::console {
 
 namespace {
 
-/// As it is for a program; for people without what a terminal would obey.
+/// Prints the text unchanged for a program; at a terminal without what a terminal would obey.
 void print(std::string_view html) {
   if (isatty(STDOUT_FILENO) == 0) {
     std::cout << html << '\n';

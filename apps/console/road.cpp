@@ -40,7 +40,7 @@ std::string reason() {
   return std::strerror(errno);
 }
 
-/// Remembers the application that a command is addressed to and opens nothing.
+/// A workspace that opens nothing and remembers which application it was asked for.
 class Addressee final : public platform::NSWorkspace {
  public:
   bool openURLs(const std::vector<std::shared_ptr<foundation::NSURL>>& /*urls*/,
@@ -52,7 +52,7 @@ class Addressee final : public platform::NSWorkspace {
   std::string name;
 };
 
-/// The mail application that a share of this program is for.
+/// The identifier of the mail application that shares of this program go to.
 std::string addressee(const std::shared_ptr<platform::NSBundle>& bundle) {
   auto workspace = std::make_shared<Addressee>();
   const platform::ScopedDesktop desktop({.bundle = bundle, .workspace = workspace});
@@ -79,8 +79,8 @@ std::optional<std::string> container_path() {
   return foundation::appending_path_component(*folder, ExtensionUtilities::application_group);
 }
 
-/// Makes the container, keeps others out of it, and removes what killed shares left there. What
-/// cannot be done is found again.
+/// Makes the container, for this user alone, and removes what killed shares have left in it. A
+/// failure shows in the checks that follow.
 void mend_container(const std::string& path) {
   std::error_code ignored;
   fs::create_directories(path, ignored);
@@ -89,7 +89,7 @@ void mend_container(const std::string& path) {
   posix::sweep_temporary_items(path);
 }
 
-/// What there is of a path that may still have to be made.
+/// The part of a path that exists already.
 fs::path existing_part(fs::path path) {
   std::error_code ignored;
   while (!fs::exists(fs::symlink_status(path, ignored)) && path.has_relative_path()) {
@@ -98,7 +98,7 @@ fs::path existing_part(fs::path path) {
   return path;
 }
 
-/// Why nothing can be made in a folder; empty when it can.
+/// Why nothing can be written to a folder; empty when it can.
 std::string why_not_writable(const std::string& path) {
   std::error_code ignored;
   const fs::path folder = existing_part(path);
@@ -268,10 +268,11 @@ Step menu_entry(const Entry& entry) {
   return {name, State::kGood, file, ""};
 }
 
-/// What shares said last, and the receiver of their drafts; only what this user may read.
+/// The last lines that shares and the receiver of their drafts have logged. Only lines that this
+/// user may read are shown.
 Step log_lines() {
   constexpr std::size_t kMost = 65536;
-  // A large journal on a slow disk is not worth more of a person's time.
+  // With a time limit: a large journal on a slow disk would let the user wait too long.
   const auto said =
       posix::run_tool({"journalctl", "--quiet", "--no-pager", "--output=short-iso", "--lines=5",
                        "--identifier=quoll-share", "--identifier=quoll-compose"},

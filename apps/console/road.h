@@ -5,25 +5,25 @@
 
 namespace quoll::console {
 
-/// One thing that a share needs on its way, as it is now.
+/// One thing that a share needs on its way, and its present state.
 struct Step {
   enum class State {
     kGood,
-    kWorthKnowing,  ///< a share arrives all the same
+    kWorthKnowing,  ///< a share arrives nevertheless
     kBroken,        ///< a share does not arrive
   };
 
   std::string name;
   State state = State::kGood;
   std::string found;
-  std::string advice;                ///< the one thing to do; empty when there is none
-  std::vector<std::string> lines{};  ///< what was found in other programs' own words
+  std::string advice;                ///< the one thing to do; empty when there is nothing to do
+  std::vector<std::string> lines{};  ///< lines of other programs, such as log lines
 };
 
-/// Walks the road of a share from the program to the compose window and says what it finds, without
-/// sharing anything. With `mend` it first puts right what can be put right without taking anything
-/// away that somebody needs: the container, its mode and what killed shares left in it, and who
-/// opens command URLs when nobody does.
+/// Checks everything that a share needs, in the order of its way from the program to the compose
+/// window, without sharing anything. With `mend` it first repairs what it can without removing
+/// anything that is needed: the container with its mode and what killed shares have left in it, and
+/// which application opens command URLs when none does.
 [[nodiscard]] std::vector<Step> walk_road(bool mend);
 
 /// True when a share would arrive.

@@ -83,7 +83,8 @@ Value groups() {
   return list(group("1", "Friends", list(zoe())), group("2", "Trade", list(acme())));
 }
 
-/// Puts a file into the shared data as the mail application does: alone with it, and in one step.
+/// Writes a file to the shared data as the mail application does: while no other program accesses
+/// it, and in one step.
 std::optional<Error> store(const std::shared_ptr<NSURL>& folder, const char* name,
                            const Value& content, PropertyListForm form) {
   const std::string document = console::write_property_list(content, form);
@@ -117,7 +118,7 @@ std::optional<Error> store_all(const std::shared_ptr<NSURL>& data, PropertyListF
 }  // namespace
 
 int sample_container(const std::string& folder, PropertyListForm form) {
-  // Whoever looks for containers, the coordinator's locks among them, finds them by this.
+  // All parts that look for the container, also the coordinator with its locks, read this variable.
   std::error_code unknown;
   ::setenv("QUOLL_GROUP_CONTAINERS", std::filesystem::absolute(folder, unknown).c_str(), 1);
   const platform::ScopedDesktop desktop(reading_desktop());

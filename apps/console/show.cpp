@@ -25,7 +25,7 @@ using console::Json;
 using foundation::NSURL;
 using foundation::Value;
 
-/// The first line of a body that holds anything, cut at a sensible length.
+/// The first line of a body that is not empty, cut at a sensible length.
 std::string excerpt(std::string_view body) {
   constexpr std::size_t kLongest = 160;
   const std::size_t begin = std::min(body.find_first_not_of(" \t\r\n"), body.size());
@@ -57,7 +57,7 @@ Json attachment(const Value& path) {
   return entry;
 }
 
-/// Every parameter that a message does not have, for instance those of "archive".
+/// The parameters that do not belong to a message, for instance those of "archive".
 Json other_parameters(const NSURL& url) {
   constexpr std::array<std::string_view, 8> kKnown{"from",      "account", "subject", "htmlBody",
                                                    "plainBody", "to",      "cc",      "bcc"};

@@ -27,7 +27,8 @@ using console::Json;
 using foundation::List;
 using foundation::Value;
 
-/// A record as an object with its fields, a list of records as an array of those.
+/// The JSON of a record (an object of its fields) or of a list of records (an array of such
+/// objects).
 Json plain(const Value& value) {
   if (const auto list = value.as_list()) {
     Json array = Json::array();
@@ -61,7 +62,7 @@ void print_account(const ExtensionAccount& account) {
   }
 }
 
-/// Why a store gives nothing; empty when it is there, can be read and holds nothing.
+/// Why a store cannot be read; empty when it can be read and is empty.
 std::string fault_of(const char* name) {
   const auto store =
       foundation::URLByAppendingPathComponent(ExtensionUtilities::GroupDataPath(), name);
@@ -82,7 +83,7 @@ int refuse(const std::string& why) {
   return 1;
 }
 
-/// Prints what was read, by `print_records` for people; the exit status.
+/// Prints what was read and answers the exit status. For people it is printed by `print_records`.
 template <typename PrintRecords>
 int tell(const List& records, const char* store, const Json& json, bool as_json,
          const PrintRecords& print_records) {

@@ -18,7 +18,7 @@ namespace {
 using console::Json;
 using foundation::NSURL;
 
-/// The parameters of the query, a list where a key is repeated.
+/// The parameters of the query, with a list for a key that is repeated.
 Json parameters_of(const NSURL& url) {
   const auto query = url.query();
   if (!query) {

@@ -9,17 +9,18 @@
 
 namespace quoll::console {
 
-/// Runs blocks later, on one thread of its own that exists from the first block on. A block is
-/// short: it hands work to a queue. What is still waiting when the timer ends is dropped.
+/// Runs blocks at later moments, on a thread of its own that is started with the first block. A
+/// block must be short, such as one that adds work to a queue. The destructor drops the blocks that
+/// still wait.
 class AnswerTimer final {
  public:
   AnswerTimer() = default;
   AnswerTimer(const AnswerTimer&) = delete;
   AnswerTimer& operator=(const AnswerTimer&) = delete;
-  /// Never from a block of its own.
+  /// Must not be called from a block.
   ~AnswerTimer();
 
-  /// Any thread may call. `seconds` beyond a year are a year.
+  /// Runs `block` after that many seconds, a year at most. Any thread may call.
   void after(double seconds, std::function<void()> block);
 
  private:

@@ -10,38 +10,38 @@
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/value.h"
 
-/// What an operation or a setter makes of a value that it was given. The wrong kind raises
-/// `NSInvalidArgumentException`, as it would reach the caller of the platform.
+/// Converts the value that an operation or a setter was given. A value of the wrong kind raises
+/// `NSInvalidArgumentException`, as the platform does.
 namespace quoll::console {
 
 [[noreturn]] void raise_wrong_argument(const foundation::Value& value, std::string_view wanted);
 
-/// A text; null raises too.
+/// A text. Null raises too.
 [[nodiscard]] const std::string& text_argument(const foundation::Value& value);
 
-/// A text, which lives as long as the value; null is none.
+/// A text, valid as long as the value; none for null.
 [[nodiscard]] std::optional<std::string_view> optional_text_argument(
     const foundation::Value& value);
 
-/// A number or a boolean; null is 0, or false.
+/// A number or a boolean; 0 or false for null.
 [[nodiscard]] std::int64_t integer_argument(const foundation::Value& value);
 [[nodiscard]] bool boolean_argument(const foundation::Value& value);
 
-/// An options word: the low 32 bits of a number.
+/// Option bits: the low 32 bits of a number.
 [[nodiscard]] std::uint32_t options_argument(const foundation::Value& value);
 
-/// A list, a dictionary; null is a null pointer.
+/// A list or a dictionary; a null pointer for null.
 [[nodiscard]] std::shared_ptr<foundation::List> list_argument(const foundation::Value& value);
 [[nodiscard]] std::shared_ptr<foundation::Dictionary> dictionary_argument(
     const foundation::Value& value);
 
-/// A copy of a dictionary; null is an empty one.
+/// A copy of a dictionary; an empty one for null.
 [[nodiscard]] foundation::Dictionary parameters_argument(const foundation::Value& value);
 
-/// The text as a result; none is null.
+/// A text as a result; null for none.
 [[nodiscard]] foundation::Value optional_text(std::optional<std::string> text);
 
-/// An object of that class; null is a null pointer.
+/// An object of the class `T`; a null pointer for null. `wanted` names the class in the exception.
 template <typename T>
 [[nodiscard]] std::shared_ptr<T> object_argument(const foundation::Value& value,
                                                  std::string_view wanted) {

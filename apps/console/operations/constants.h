@@ -7,7 +7,7 @@
 
 namespace quoll::console {
 
-/// The value of an exported constant; none when there is no such constant.
+/// The value of an exported constant; none when there is no constant with this name.
 [[nodiscard]] std::optional<foundation::Value> constant(std::string_view name);
 
 }  // namespace quoll::console

@@ -13,8 +13,8 @@
 
 namespace quoll::console {
 
-/// An extension context made of a description. It only has input items: what the extension tells
-/// its host goes nowhere.
+/// An extension context that is made from a description in JSON. It has only input items: what the
+/// extension tells its host is ignored.
 class DescribedContext final : public foundation::Object, public platform::NSExtensionContext {
  public:
   explicit DescribedContext(Items items) : items_(std::move(items)) {}
@@ -35,8 +35,8 @@ class DescribedContext final : public foundation::Object, public platform::NSExt
   Items items_;
 };
 
-/// Reads the description. `read` reads the items that providers answer with; `timer` lets them
-/// wait, and when it has ended they do not answer any more.
+/// Reads the description. `read` reads the items that providers answer. Providers that answer late
+/// wait by `timer`; when it has ended, they do not answer any more.
 [[nodiscard]] std::shared_ptr<DescribedContext> read_context(
     const Json& json, const std::function<foundation::Value(const Json&)>& read,
     const std::weak_ptr<AnswerTimer>& timer);

@@ -12,7 +12,7 @@ namespace {
 using foundation::Value;
 constexpr auto kInstance = Operation::Level::kInstance;
 
-/// An operation of a text alone.
+/// An operation without arguments.
 template <auto kEdit>
 Operation editing(const char* name) {
   return {name, "NSString", kInstance, 0, [](Call& call) -> Value {
@@ -24,7 +24,7 @@ Operation editing(const char* name) {
           }};
 }
 
-/// An operation with one text; where it says what null does, null may be given.
+/// An operation with one text, which may be null.
 template <std::string (*kEdit)(std::string_view, std::optional<std::string_view>)>
 Operation editing_by_optional(const char* name) {
   return {name, "NSString", kInstance, 1, [](Call& call) -> Value {

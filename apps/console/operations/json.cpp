@@ -11,11 +11,12 @@ namespace quoll::console {
 
 namespace {
 
-/// Deep enough for every sensible value, and far from what the recursion over it needs of a stack.
+/// The deepest nesting of a request. It is more than any sensible value needs, and recursion to
+/// this depth takes little of the stack.
 constexpr std::size_t kMaxDepth = 512;
 
-/// Builds the tree. The library's own builder looks up each key among those before it, which a
-/// stranger's large object would make quadratic.
+/// Builds the tree of values. The library's own builder compares each key with all before it, which
+/// takes quadratic time for a large object from a stranger.
 class Builder final : public nlohmann::json_sax<Json> {
  public:
   [[nodiscard]] Json take() { return std::move(root_); }
@@ -83,8 +84,8 @@ class Builder final : public nlohmann::json_sax<Json> {
 
   Json root_;
   std::string key_;
-  /// The containers that are not closed yet. Each is the last element of the one before, so none of
-  /// them moves while it is open.
+  /// The open containers, from the outermost inwards. Each is the last element of the one before
+  /// it, so none of them is moved while it is open.
   std::vector<Json*> open_;
 };
 

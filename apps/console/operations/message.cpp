@@ -15,7 +15,7 @@ using foundation::Value;
 constexpr auto kInstance = Operation::Level::kInstance;
 constexpr auto kClass = Operation::Level::kClass;
 
-/// The elements of a list, all of one class.
+/// The elements of a list, which must all be of one class.
 template <typename T>
 std::vector<std::shared_ptr<T>> objects(const Value& value, std::string_view wanted) {
   std::vector<std::shared_ptr<T>> found;
@@ -29,7 +29,7 @@ std::vector<std::shared_ptr<T>> objects(const Value& value, std::string_view wan
 
 bool is_equal_to_model(const Call& call) {
   const auto other = object_argument<ExtensionMessage>(call.arguments[0], "an ExtensionMessage");
-  // A null model has null texts, which equal nothing.
+  // A null model equals no message.
   return other && call.self.as<ExtensionMessage>()->isEqualToModel(*other);
 }
 
@@ -44,7 +44,7 @@ std::vector<Operation> message_operations() {
        }},
       {"queryUrl:", "ExtensionMessage", kInstance, 1,
        [](Call& call) -> Value {
-         // The command stands in a "%@", which takes everything, null included.
+         // The command is inserted by "%@", which takes any value, also null.
          return call.self.as<ExtensionMessage>()->queryUrl(call.arguments[0].description());
        }},
       {"isEqualToModel:", "ExtensionMessage", kInstance, 1,

@@ -11,11 +11,11 @@
 
 namespace quoll::console {
 
-/// One request while it runs: what the operation is given, and what it tells beside its result.
+/// One call of an operation, while it runs.
 struct Call {
-  foundation::Value self;  ///< the receiver; null for a class operation
+  foundation::Value self;  ///< the object it is called on; null for a class operation
   std::vector<foundation::Value> arguments;
-  /// From the call to the completion, for operations that answer by one.
+  /// The time from the call to the completion, for an operation that has a completion.
   std::optional<double> seconds;
 };
 
@@ -23,16 +23,16 @@ struct Call {
 struct Operation {
   enum class Level { kClass, kInstance };
 
-  std::string name;   ///< whole, colons included
-  std::string owner;  ///< the class that has it; empty when every value has it
+  std::string name;   ///< the whole name, with its colons
+  std::string owner;  ///< the class that has it; empty when all values have it
   Level level;
-  std::size_t arguments;  ///< values in a request; a completion is none
+  std::size_t arguments;  ///< the number of values in a request, without a completion
   std::function<foundation::Value(Call&)> run;
-  /// The reply then carries the receiver too.
+  /// True when the reply must have the receiver too.
   bool changes_receiver = false;
 };
 
-/// The rows of one subject each.
+/// The operations of one subject each.
 [[nodiscard]] std::vector<Operation> query_operations();
 [[nodiscard]] std::vector<Operation> editing_operations();
 [[nodiscard]] std::vector<Operation> components_operations();

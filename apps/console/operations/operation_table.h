@@ -8,12 +8,12 @@
 
 namespace quoll::console {
 
-/// All operations, by name.
+/// All operations, found by name.
 class OperationTable final {
  public:
   OperationTable();
 
-  /// Every operation of that level and name, one for each class that has it.
+  /// The operations with this level and name: one for each class that has it.
   [[nodiscard]] std::vector<const Operation*> named(Operation::Level level,
                                                     std::string_view name) const;
   [[nodiscard]] const std::vector<Operation>& rows() const { return rows_; }

@@ -17,19 +17,19 @@ namespace {
 using foundation::Dictionary;
 using foundation::Value;
 
-/// The lowest `size` bytes of the number, the highest of them first.
+/// Appends the lowest `size` bytes of a number, the highest of them first.
 void append_number(std::string& out, std::uint64_t number, std::size_t size) {
   while (size-- > 0) {
     out += static_cast<char>(number >> (8 * size) & 0xFFU);
   }
 }
 
-/// The bytes that a number needs; at least one.
+/// The number of bytes that a number needs; at least one.
 std::size_t size_of(std::uint64_t number) {
   return std::max<std::size_t>(1, (static_cast<std::size_t>(std::bit_width(number)) + 7) / 8);
 }
 
-/// An object's first byte and what it says of the length.
+/// The first byte of an object, and its length if that does not fit into the byte.
 std::string head(unsigned marker, std::uint64_t count) {
   constexpr std::uint64_t kFollows = 0xF;
   std::string out(1, static_cast<char>(marker << 4U | std::min(count, kFollows)));
@@ -123,7 +123,7 @@ class BinaryWriter {
     append_number(out, offset_size, 1);
     append_number(out, reference_size, 1);
     append_number(out, objects_.size(), 8);
-    append_number(out, 0, 8);  // the root's number
+    append_number(out, 0, 8);  // the index of the root
     append_number(out, table, 8);
     return out;
   }
@@ -134,7 +134,7 @@ class BinaryWriter {
     std::vector<std::size_t> parts;
   };
 
-  /// The number that the value's object gets.
+  /// Adds a value and answers the index of its object.
   std::size_t add(const Value& value) {
     if (const std::string* text = value.text()) {
       return add_text(*text);

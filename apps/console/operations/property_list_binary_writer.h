@@ -6,7 +6,7 @@
 
 namespace quoll::console {
 
-/// See `write_property_list`. Equal texts are written once.
+/// Writes the binary form, see `write_property_list`. Equal texts are written once.
 [[nodiscard]] std::string write_binary_property_list(const foundation::Value& root);
 
 }  // namespace quoll::console

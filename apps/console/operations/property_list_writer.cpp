@@ -53,7 +53,7 @@ class XmlWriter {
     out_.append("</").append(name).append(">\n");
   }
 
-  /// The description of a date is "2024-03-07 10:15:00 +0000".
+  /// Rewrites the description of a date, "2024-03-07 10:15:00 +0000", for XML.
   static std::string date(const Value& value) {
     const std::string text = value.description();
     constexpr std::size_t kDescription = 25;
@@ -154,7 +154,8 @@ class OldWriter {
     out_ += ">";
   }
 
-  /// A document that begins as a binary one is read as that.
+  /// True for a text that must be quoted. "bplist" must be: a document that begins with it is read
+  /// as a binary one.
   static bool needs_quotes(std::string_view text) {
     // cppcheck-suppress danglingTemporaryLifetime  ; the text outlives the call
     return text.empty() || text.starts_with("bplist") ||

@@ -54,7 +54,7 @@ Value read_shared_dates(const Json& json) {
   return ExtensionDate::shared();
 }
 
-/// The forms that need nothing but their content.
+/// The forms that are read from their content alone.
 struct Form {
   std::string_view key;
   Value (*read)(const Json& content);

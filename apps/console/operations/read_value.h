@@ -10,20 +10,21 @@
 
 namespace quoll::console {
 
-/// The bytes of a Base64 text; another content is refused, naming `what` it stands for.
+/// The bytes of a Base64 text. Throws `Refused` for anything else; `what` names the value in the
+/// reason.
 [[nodiscard]] foundation::Bytes bytes_in(const Json& json, std::string_view what);
 
-/// Reads the values of one request. What has no meaning is refused; a null inside a list or a
-/// dictionary raises, as storing it does.
+/// Reads the values of one request. Throws `Refused` for JSON that stands for no value. A null
+/// inside a list or a dictionary raises, as storing it does.
 class ValueReader final {
  public:
   explicit ValueReader(std::weak_ptr<AnswerTimer> timer) : timer_(std::move(timer)) {}
 
   [[nodiscard]] foundation::Value read(const Json& json);
 
-  /// From now on `{"$self": null}` is this receiver.
+  /// Sets the receiver, which `{"$self": null}` stands for from now on.
   void set_self(foundation::Value self);
-  /// True once `$self` was read.
+  /// True when `$self` was read.
   [[nodiscard]] bool used_self() const { return used_self_; }
 
  private:

@@ -19,7 +19,7 @@ using foundation::List;
 using foundation::Object;
 using foundation::Value;
 
-/// What a field of type `T` holds once it was given `value`.
+/// Converts `value` for a field of type `T`.
 template <typename T>
 T field_value(const Value& value) {
   if constexpr (std::is_same_v<T, bool>) {

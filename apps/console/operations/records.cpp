@@ -14,11 +14,11 @@ constexpr auto kClass = Operation::Level::kClass;
 
 std::string setter_name(std::string_view field) {
   std::string name = "set" + std::string(field) + ":";
-  name[3] = static_cast<char>(name[3] - 'a' + 'A');  // every field begins with a small letter
+  name[3] = static_cast<char>(name[3] - 'a' + 'A');  // every field begins with a lower-case letter
   return name;
 }
 
-/// What every record class has: its factory, and a getter and a setter a field.
+/// Adds the operations of a record class: its factory, and a getter and a setter for each field.
 void add_record_class(const RecordClass& known, std::vector<Operation>& rows) {
   const std::string owner(known.name);
   for (const char* factory : {"new", "init"}) {

@@ -13,7 +13,7 @@ using foundation::Value;
 using RequestUtils::URLQueryOptions;
 constexpr auto kInstance = Operation::Level::kInstance;
 constexpr auto kClass = Operation::Level::kClass;
-/// Every request that the console makes can be changed.
+/// The class of all requests here: those that the console makes can be changed.
 constexpr const char* kRequest = "NSMutableURLRequest";
 
 NSMutableURLRequest& receiver(const Call& call) {

@@ -20,7 +20,7 @@ struct Completed {
   Moment at;
 };
 
-/// Starts the gathering and waits for its completion. When the block that would call it is gone, as
+/// Starts gathering and waits for the completion. When the block that would call it was dropped, as
 /// on a desktop without a queue, the request is refused.
 Value gather(Call& call) {
   auto context = object_argument<DescribedContext>(call.arguments[0], "a context");

@@ -63,7 +63,8 @@ class Writer {
   }
 
  private:
-  /// Keeps what is being written, from the outermost to the innermost, as long as it lives.
+  /// Keeps an object or container on the path of those being written, from the outermost to the
+  /// innermost, while it lives.
   class Step {
    public:
     Step(std::vector<const void*>& path, const void* thing) : path_(path) {
