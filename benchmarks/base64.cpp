@@ -1,4 +1,4 @@
-// Base64, against the same work by other libraries.
+// Base64, compared with other libraries doing the same work.
 
 #include "quoll/foundation/base64.h"
 
@@ -83,7 +83,8 @@ struct Libb64 {
 };
 #endif
 
-/// One character in twenty is no digit: padding, line breaks, blanks and the like.
+/// Inserts a character that is not a Base64 digit, such as a line end or blank, at about every
+/// twentieth place.
 std::string with_others(const std::string& text) {
   constexpr std::string_view kOthers = "=\n \r\t-_.!";
   std::mt19937 random(3);

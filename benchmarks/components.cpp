@@ -1,5 +1,5 @@
-// Taking URLs apart into components and building them again, against the same work by other
-// libraries.
+// Taking URLs apart into components and building them again, compared with other libraries doing
+// the same work.
 
 #include "quoll/requestutils/url_components.h"
 
@@ -26,7 +26,7 @@ struct Quoll {
   }
 };
 
-/// Each component as a text of its own, as a dictionary has them.
+/// Every component as a text of its own, as in a dictionary.
 struct GLib {
   struct Components {
     char* scheme = nullptr;

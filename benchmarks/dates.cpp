@@ -1,4 +1,4 @@
-// A date as a list of messages shows it, against the formatters of ICU used directly.
+// A date as a list of messages shows it, compared with ICU's formatters used directly.
 
 #include <benchmark/benchmark.h>
 #include <unicode/smpdtfmt.h>
@@ -15,7 +15,7 @@ namespace {
 
 using quoll::foundation::Date;
 
-/// A moment of another day, a new one each time.
+/// A new moment each time, on a day other than today.
 double next_moment() {
   static double moment = 1.5e9;
   return moment += 1000;
@@ -28,7 +28,7 @@ void central_quoll(benchmark::State& state) {
   }
 }
 
-/// The same by hand: two day numbers, compared as texts, and the style that follows.
+/// The same with ICU alone: the two days are compared as texts, and then the style is chosen.
 void central_icu(benchmark::State& state) {
   UErrorCode status = U_ZERO_ERROR;
   const auto locale = icu::Locale::createFromName("en_US");

@@ -1,5 +1,6 @@
-// Finding links in a text, against the same work by other libraries. The patterns of the peers take
-// what looks like an address; unlike this system they know neither top-level domains nor brackets.
+// Finding links in a text, compared with other libraries doing similar work. Their patterns accept
+// what looks like an address; unlike this system, they check neither top-level domains nor
+// brackets.
 
 #include "quoll/linux/links/links.h"
 
@@ -23,7 +24,7 @@
 
 namespace {
 
-/// Words and sentences of a mail, with a link or an address in about one of twenty.
+/// Words and sentences of a mail. About one word in twenty is a link or an address.
 std::string sample_mail(std::size_t size) {
   constexpr const char* kWords[] = {
       "the ",  "meeting ",     "on ",       "Thursday, ", "naïve ",     "café ", "is ",

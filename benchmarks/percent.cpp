@@ -1,4 +1,4 @@
-// Percent-encoding and decoding, against the same work by other libraries.
+// Percent-encoding and decoding, compared with other libraries doing the same work.
 
 #include "quoll/foundation/percent.h"
 

@@ -1,11 +1,11 @@
-// Any image to PNG, through the helper process, beside libpng with its default settings reading the
-// same picture in this process.
+// Converting images to PNG by the helper process, compared with libpng with its default settings,
+// which reads the same picture in this process.
 //
-// The photo is made up: slow waves of colour with a grain of noise over them, 4000 x 3000, as a
-// JPEG file of quality 90 that weighs what a camera's does, and as a 16-bit TIFF file. The
-// screenshot is made up too: a desktop with a gradient, windows, and lines of small shapes in four
-// shades where text would be, 3840 x 2160 RGBA, as a PNG file. QUOLL_BENCH_PHOTO and
-// QUOLL_BENCH_SCREENSHOT name real files to measure as well.
+// The photo is artificial: slow waves of colour with a grain of noise, 4000 x 3000 pixels, as a
+// JPEG file of quality 90, which is as large as a camera's, and as a 16-bit TIFF file. The
+// screenshot is artificial too: a desktop with a gradient, windows, and lines of small shapes in
+// four shades as text, 3840 x 2160 pixels of RGBA, as a PNG file. QUOLL_BENCH_PHOTO and
+// QUOLL_BENCH_SCREENSHOT name real files to measure too.
 
 #include <benchmark/benchmark.h>
 #include <png.h>
@@ -18,7 +18,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-// jpeglib.h uses FILE and size_t without saying so.
+// jpeglib.h uses FILE and size_t without including their headers.
 #include <jpeglib.h>
 
 #include <fstream>
@@ -38,7 +38,7 @@ using quoll::foundation::Bytes;
 using quoll::image_helper::PictureSource;
 using quoll::platform::BitmapImageFileType;
 
-/// The picture as libpng writes it when nobody tells it how: level 6, every filter tried.
+/// Writes the picture by libpng's default settings: level 6, with every filter tried.
 Bytes write_with_defaults(PictureSource& source) {
   constexpr int kColourTypes[] = {PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA,
                                   PNG_COLOR_TYPE_RGB, PNG_COLOR_TYPE_RGB_ALPHA};
@@ -69,7 +69,7 @@ Bytes write_with_defaults(PictureSource& source) {
 
 constexpr unsigned kPhotoWidth = 4000, kPhotoHeight = 3000;
 
-/// Rows of RGB between 0 and 1.
+/// The artificial photo, as rows of RGB between 0 and 1.
 class Photo {
  public:
   const std::vector<double>& next_row() {
@@ -149,7 +149,7 @@ Bytes photo_as_tiff() {
   return read_file("/proc/self/fd/" + std::to_string(fileno(file.get())));
 }
 
-/// The made-up desktop.
+/// The artificial screenshot.
 class Screenshot final : public PictureSource {
  public:
   Screenshot() {
@@ -159,7 +159,7 @@ class Screenshot final : public PictureSource {
     std::mt19937 random(2);
     for (auto& shape : shapes_) {
       for (auto& shade : shape) {
-        const auto drawn = random() % 8;  // half of a letter is paper, and some of it is edge
+        const auto drawn = random() % 8;  // half of a letter is background, and some of it edges
         shade = static_cast<unsigned char>(drawn < 4 ? 0 : drawn < 7 ? 3 : 1 + random() % 2);
       }
     }
@@ -199,7 +199,7 @@ class Screenshot final : public PictureSource {
   }
 
   unsigned y_ = 0;
-  /// The letters of the made-up alphabet, each 4 x 6 strokes of 2 x 2 pixels.
+  /// The letters of an artificial alphabet, each of 4 x 6 blocks of 2 x 2 pixels.
   std::array<std::array<unsigned char, 24>, 64> shapes_{};
   std::array<unsigned char, std::size_t{384} * 90> letters_{};
 };

@@ -1,5 +1,5 @@
-// Reading property lists of 10,000 accounts in each form, against the same work by another library.
-// What the peer has no name for here, it does not read at all.
+// Reading property lists of 10,000 accounts in each form, compared with another library doing the
+// same work. A form without a figure for that library is one that it cannot read.
 
 #include "quoll/foundation/property_list.h"
 

@@ -1,4 +1,4 @@
-// Composing and parsing the query of a URL, against the same work by other libraries.
+// Composing and parsing the query of a URL, compared with other libraries doing the same work.
 
 #include "quoll/requestutils/url_query.h"
 

@@ -4,10 +4,10 @@
 #include <random>
 #include <string>
 
-/// Texts of a given size to measure with, the same in every run.
+/// Texts of a given size to measure with. They are the same in every run.
 namespace quoll::benchmarks {
 
-/// HTML as people write it: words in no order, some marked up, some not ASCII.
+/// HTML as people write it: words in random order, some marked up, some not ASCII.
 inline std::string sample_html(std::size_t size) {
   constexpr const char* kWords[] = {"a ",
                                     "the ",
@@ -48,7 +48,7 @@ inline std::string sample_html(std::size_t size) {
   }
 }
 
-/// Characters at random: one in four is not ASCII, the others are spread over all of ASCII.
+/// Random characters: one in four is not ASCII, the others are all of ASCII.
 inline std::string sample_random(std::size_t size) {
   std::mt19937 random(7);
   std::string text;

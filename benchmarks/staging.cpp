@@ -1,7 +1,8 @@
-// Staging files, against std::filesystem with the same naming rule and against `cp`. Peers copy
-// with neither lock nor exclusive names: they do less.
+// Staging files, compared with std::filesystem with the same rule for names, and with `cp`. These
+// two do less: they take no lock and do not reserve names.
 //
-// QUOLL_BENCH_FOLDER names the file system to work on (the temporary folder otherwise).
+// QUOLL_BENCH_FOLDER names a folder on the file system to measure; without it, the temporary folder
+// is used.
 
 #include "quoll/container/staging.h"
 

@@ -1,5 +1,6 @@
-// The ways to read Base64 agree where they should: what is written is read back by all, what the
-// strict reading takes is written again as it was, and others between digits change nothing.
+// Reads and writes any bytes as Base64. All readers read back what was written. What the strict
+// reader accepts is written again unchanged. Characters between the digits that are not digits
+// change nothing.
 
 #include <cstddef>
 #include <cstdint>

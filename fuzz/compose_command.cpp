@@ -1,7 +1,7 @@
-// Any text as a command URL for the receiver, with the byte 1 standing for the path of the staging
-// folder: it is refused with a sentence, or its draft has exactly those attachments that are
-// regular files inside the folder, reached without a link; each of the others is left out with a
-// reason.
+// Gives any text to the receiver as a command URL; the byte 1 stands for the path of the staging
+// folder. Either the command is refused with a sentence, or its draft has exactly the attachments
+// that are regular files inside the folder and are reached without a link. Each other attachment is
+// left out with a reason.
 
 #include <sys/stat.h>
 
@@ -31,7 +31,7 @@ using namespace quoll;
 using fuzz::require;
 namespace fs = std::filesystem;
 
-/// A home with a staging folder that holds files, links out of it, a folder and a pipe.
+/// A home folder with a staging folder that holds files, links to outside, a folder and a pipe.
 class Home {
  public:
   Home() {
@@ -82,7 +82,7 @@ std::string url_of(std::string_view text) {
   return url;
 }
 
-/// True when no step of the way below the staging folder is a link.
+/// True when no part of the path below the staging folder is a link.
 bool is_without_links(const std::string& path) {
   for (std::size_t at = home().staging().size(); at < path.size();) {
     at = std::min(path.find('/', at + 1), path.size());

@@ -1,5 +1,6 @@
-// Any lines as requests to the operation console: each gets one line of JSON that is a result, a
-// raised exception or a refusal; and a value that is read and written is read again as the same.
+// Gives any lines to the operation console as requests. Each is answered by one line of JSON: a
+// result, a raised exception or a refusal. A value that is read and written is read again as the
+// same value.
 
 #include <cstddef>
 #include <cstdint>
@@ -30,7 +31,7 @@ void check_reply(const std::string& reply) {
   require(json.contains("result") + json.contains("raised") + json.contains("refused") == 1);
 }
 
-/// One value, from JSON and back.
+/// Reads a value from JSON and writes it as JSON.
 std::string through(const std::string& json) {
   const auto timer = std::make_shared<console::AnswerTimer>();
   return console::json_line(

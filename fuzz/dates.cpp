@@ -1,5 +1,5 @@
-// Reads any text as a date of the exchange format, and as a number in a locale's digits. What is
-// read as a date prints as that text again; a number never becomes longer.
+// Reads any text as a date of the exchange format, and as a number in a locale's digits. A date is
+// written as the same text again. The digits of a number never become longer.
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
-// A draft of any fields, bodies and attachments as a message file: its lines keep the limits of
-// mail and its headers are those of a draft and no others, and a mail library reads back the same
-// subject, recipients, texts, file names and bytes.
+// Writes a draft with any fields, bodies and attachments as a message file. Its lines keep the
+// limits of mail, and it has the headers of a draft and no others. A mail library reads back the
+// same subject, recipients, texts, file names and bytes.
 
 #include <array>
 #include <cstddef>
@@ -41,7 +41,7 @@ const test::TemporaryFolder& folder() {
 }
 
 Draft draft_of(fuzz::Script& script) {
-  // Whatever comes by a command URL is UTF-8.
+  // All that comes by a command URL is UTF-8.
   const auto text = [&script](unsigned limit) {
     return foundation::utf8_with_escapes(script.text(limit));
   };
@@ -54,7 +54,7 @@ Draft draft_of(fuzz::Script& script) {
               .html = text(255),
               .files = {},
               .contents = {}};
-  // Lines beyond every limit.
+  // Lines that are longer than any limit.
   for (std::string* const field : {&draft.subject, &draft.to, &draft.plain, &draft.html}) {
     for (unsigned doublings = script.choice(20); doublings > 15; --doublings) {
       *field += *field;
@@ -82,7 +82,7 @@ std::shared_ptr<ExtensionMessage> message_of(const Draft& draft) {
   return message;
 }
 
-/// All is ASCII but addresses, which may be UTF-8 where mail allows it.
+/// Everything must be ASCII, except addresses, which may be UTF-8 where mail allows it.
 void check_characters(std::string_view line, bool is_address) {
   require(line.find_first_of("\r\n") == std::string_view::npos);
   require(foundation::is_utf8(line));
@@ -143,7 +143,7 @@ void add_part(GMimeObject* /*parent*/, GMimeObject* object, gpointer data) {
   parts.contents.push_back(std::move(content));
 }
 
-/// With one blank for every white space: the reader leaves the line breaks of a header in names.
+/// Each white space becomes one blank: the reader leaves the line ends of a header inside names.
 std::string with_single_blanks(std::string_view text) {
   std::string out;
   for (const char c : text) {
@@ -153,8 +153,8 @@ std::string with_single_blanks(std::string_view text) {
   return out;
 }
 
-/// Those that are addresses: a text that is none stands in the header for a person to mend. A lone
-/// word is its own name, which may be read as something encoded.
+/// Joins the addresses in the list. A text that is not an address is only in the header. A single
+/// word is its own name, which may be decoded.
 std::string addresses(InternetAddressList* list) {
   std::string all;
   for (int i = 0; i < internet_address_list_length(list); ++i) {
@@ -172,7 +172,7 @@ std::string addresses(InternetAddressList* list) {
   return all;
 }
 
-/// On one line, whatever it holds.
+/// The text on one line.
 std::string one_line(std::string text) {
   for (char& c : text) {
     c = static_cast<unsigned char>(c) < 0x20 || c == 0x7F ? ' ' : c;
@@ -201,7 +201,7 @@ std::string with_line_feeds(std::string_view text) {
   return out;
 }
 
-/// Control characters are shown by their pictures.
+/// The name with its control characters replaced by their pictures.
 std::string shown(const std::string& name) {
   std::string out;
   for (const char c : name) {
@@ -223,7 +223,7 @@ void check_parts(GMimeMessage* read, const Draft& draft) {
   }
   require(parts.texts.size() == texts.size());
   for (std::size_t i = 0; i < texts.size(); ++i) {
-    // A message of one text ends with a line end, as lines do.
+    // A message with one text ends with a line end.
     require(parts.texts[i] == texts[i] || (texts.size() == 1 && parts.texts[i] == texts[i] + "\n"));
   }
   require(parts.contents == draft.contents);

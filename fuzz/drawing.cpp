@@ -1,5 +1,5 @@
-// Views and drawings take any numbers: a tree of views is built, changed and drawn as the bytes
-// say, and the drawing stays whole.
+// Builds, changes and draws a tree of views with any numbers. Nothing raises, and the drawing is
+// complete.
 
 #include <cstddef>
 #include <cstdint>
@@ -19,7 +19,7 @@ using quoll::platform::NSGraphicsContext;
 using quoll::platform::NSRect;
 using quoll::platform::NSView;
 
-/// Small ones as often as any other.
+/// A number, in half of the cases a small one.
 double number(Script& script) {
   return script.choice(2) == 0 ? static_cast<double>(script.byte()) / 4 - 8
                                : script.number<double>();
@@ -78,8 +78,7 @@ void check(const NSView& view) {
 
 }  // namespace
 
-// The font library keeps its patterns, and points to their parts by distances, which the leak
-// checker cannot follow.
+// fontconfig refers to parts of its patterns by distances, which the leak checker cannot follow.
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions() {
   return "leak:libfontconfig.so\n";

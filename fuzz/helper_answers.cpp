@@ -1,8 +1,8 @@
-// An image helper that answers anything: short, long, unsealed, sealed otherwise, changed, nothing,
-// noise on standard error, any exit status, a signal. The program that asked gets the result when
-// and only when the helper ended well and sealed it as agreed, exactly as it was written; otherwise
-// it gets nothing and logs one line. No descriptor and no process is left, and the image is as it
-// was.
+// Runs an image helper that may do anything: a short or long result, not sealed, sealed
+// differently, changed later, none; text on standard error, any exit status, a signal. The program
+// that asked gets the result only when the helper ended well and sealed it as agreed, and then
+// exactly as it was written. Otherwise it gets nothing and logs one line. No descriptor and no
+// process is left over, and the image is unchanged.
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -31,7 +31,7 @@ using foundation::Bytes;
 using fuzz::HelperStep;
 using fuzz::require;
 
-/// What has to come of a script.
+/// The expected outcome of a script.
 class Expected {
  public:
   explicit Expected(const Bytes& script) {
@@ -93,7 +93,7 @@ class Expected {
     if ((seals_ & F_SEAL_WRITE) != 0) {
       return;
     }
-    // A file that may not grow takes what fits.
+    // A file that must not grow takes what fits.
     const bool fits = (seals_ & F_SEAL_GROW) == 0 || is_far_;
     const std::size_t room = result_.size() > place_ ? result_.size() - place_ : 0;
     const std::size_t written = fits ? length : std::min(length, room);

@@ -1,5 +1,5 @@
-// Stands for an image helper that does anything at all. What it is given as an image is what it
-// does, byte by byte; see `helper_answers.cpp`, which knows what must come of it.
+// An image helper that does anything at all, for tests. The image that it gets is a script of what
+// to do, see `helper_steps.h`; `helper_answers.cpp` knows the expected outcome.
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -21,7 +21,7 @@ int main() {
   }
   for (ssize_t at = 0; at + 1 < length; at += 2) {
     const unsigned char value = script[at + 1];
-    // What fails here fails: the other side copes.
+    // A failure here is ignored: the other side must cope.
     ssize_t ignored = 0;
     switch (quoll::fuzz::helper_step(script[at])) {
       case HelperStep::kWrite:

@@ -2,17 +2,17 @@
 
 namespace quoll::fuzz {
 
-/// What the double of the image helper does with a pair of bytes: this, with the second as its
-/// number.
+/// A step of the helper's double, encoded in two bytes: the first is the kind of step, the second
+/// its number N.
 enum class HelperStep {
-  kWrite,         ///< so many bytes to the result: 0, 1, 2 and so on
-  kWriteFarAway,  ///< one byte beyond the longest result, so many bytes
-  kResize,        ///< the result, to so many times 4 bytes
-  kSeal,          ///< as the helper does when even, else with that choice of seals
-  kSay,           ///< so many bytes on standard error
+  kWrite,         ///< write N bytes to the result: 0, 1, 2 and so on
+  kWriteFarAway,  ///< write N bytes one byte beyond the longest result
+  kResize,        ///< resize the result to N times 4 bytes
+  kSeal,          ///< seal the result: as the helper does if N is even, else with the seals N
+  kSay,           ///< write N bytes to standard error
   kChangeTheImage,
-  kEnd,  ///< with that status
-  kDie,  ///< by a signal
+  kEnd,  ///< end with the status N
+  kDie,  ///< end by a signal
 };
 
 constexpr HelperStep helper_step(unsigned char byte) {

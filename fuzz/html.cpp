@@ -1,6 +1,6 @@
-// Any bytes as an HTML text, and any runs of styled text: what is read and written is read again as
-// the same runs; what is written is well formed, UTF-8, and holds nothing but the few tags that the
-// writer has, each with its one attribute.
+// Reads any bytes as HTML, and writes any runs of styled text. What is read and then written is
+// read again as the same runs. What is written is well-formed UTF-8 and has only the few tags of
+// the writer, each with its one attribute.
 
 #include <algorithm>
 #include <array>
@@ -38,7 +38,7 @@ std::vector<TextRun> read(std::string_view html) {
   return runs;
 }
 
-/// Without control characters but those in `but`, which no HTML text keeps.
+/// The text without control characters, except those in `but`; HTML keeps none of them.
 std::string kept(std::string_view text, std::string_view but) {
   std::string out;
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -52,7 +52,7 @@ std::string kept(std::string_view text, std::string_view but) {
   return out;
 }
 
-/// Appends a text; runs that look alike are one.
+/// Appends a text. Runs with the same attributes become one.
 void append(std::vector<TextRun>& runs, std::string_view text,
             const quoll::platform::TextAttributes& look) {
   if (text.empty()) {
@@ -64,8 +64,8 @@ void append(std::vector<TextRun>& runs, std::string_view text,
   runs.back().text += text;
 }
 
-/// What is read again: runs without text go, a line feed looks like nothing, and empty lines at the
-/// very end are not counted.
+/// The runs as they are read again: without empty runs, with line feeds that have no attributes,
+/// and without empty lines at the end.
 std::vector<TextRun> kept(const std::vector<TextRun>& runs) {
   std::vector<TextRun> out;
   std::size_t line_feeds = 0;
@@ -92,14 +92,14 @@ std::string write(const std::vector<TextRun>& runs) {
   return {document.begin(), document.end()};
 }
 
-/// Takes `text` off the front, if it stands there.
+/// Removes `text` from the beginning of `rest`, if it is there.
 bool take(std::string_view& rest, std::string_view text) {
   const bool stands = rest.starts_with(text);
   rest.remove_prefix(stands ? text.size() : 0);
   return stands;
 }
 
-/// Takes a tag off the front and keeps account of those that are open.
+/// Removes a tag from the beginning of `rest` and keeps a list of the open ones.
 void take_tag(std::string_view& rest, std::vector<std::string_view>& open) {
   constexpr std::array<std::string_view, 6> kPlain{"p", "b", "i", "u", "s", "br"};
   constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kWithValue{

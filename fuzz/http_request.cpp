@@ -1,4 +1,4 @@
-// Any URL, parameters, user and password in a request: what is set is read back.
+// Makes a request with any URL, parameters, user and password. What is set is read back.
 
 #include <cstddef>
 #include <cstdint>
@@ -29,8 +29,8 @@ Dictionary parameters_of(Script& script) {
   return parameters;
 }
 
-/// A key that is a plain text comes back with its value; one without text, and one that looks like
-/// a list's, do not stand for themselves.
+/// Checks that keys come back with their values. Empty keys, and keys that look like those of
+/// lists, are not expected to.
 void check_back(const Dictionary& set, const Dictionary* back) {
   for (const auto& [key, value] : set) {
     if (!key.empty() && !key.ends_with("[]")) {
@@ -44,8 +44,8 @@ void check_body(const std::shared_ptr<NSURL>& url, const Dictionary& parameters)
   check_back(parameters, Utils::POSTParameters(*request).get());
 }
 
-/// Building a URL again may change what stands around the query, so it is set twice. One without a
-/// scheme and a host may be another kind of URL afterwards.
+/// Sets the query twice, because building a URL again may change the rest of it. Without a scheme
+/// and a host it may become another kind of URL.
 void check_query(const std::shared_ptr<NSURL>& url, const Dictionary& parameters) {
   const auto request = Utils::GETRequestWithURL(url, {});
   for (int i = 0; i < 2; ++i) {

@@ -1,5 +1,5 @@
-// Finds links in any bytes: every find parses as a URL and has no markup in it, finds stand in
-// order inside the text, and no more is asked than the text is long.
+// Finds links in any bytes. Each link is a URL without markup, the links are in order inside the
+// text, and there are no more questions than bytes.
 
 #include <cstddef>
 #include <cstdint>

@@ -26,7 +26,7 @@ MemoryBudget::~MemoryBudget() {
 
 }  // namespace quoll::fuzz
 
-// Replaced for the whole program.
+// This replaces the operator for the whole program.
 void* operator new(std::size_t size) {
   quoll::fuzz::require(!is_held || size <= quoll::image_helper::kMostHeldBytes);
   const bool given = !is_held || size <= kMostGiven;

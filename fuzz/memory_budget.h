@@ -2,9 +2,9 @@
 
 namespace quoll::fuzz {
 
-/// As long as one lives, whoever asks for more memory at one time than a picture may hold stops the
-/// run, and whoever asks for more than 16 MB gets `std::bad_alloc`, as from the helper's own limit,
-/// so that inputs that claim much are quickly over.
+/// Limits memory while it lives. Asking for more at one time than a picture may hold stops the run.
+/// Asking for more than 16 MB throws `std::bad_alloc`, as the helper's own limit does; so inputs
+/// that claim to be large end quickly.
 class MemoryBudget {
  public:
   MemoryBudget();

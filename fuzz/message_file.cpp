@@ -1,5 +1,5 @@
-// Any bytes as a message file: it is summed up or is no message, and what is printed of it holds no
-// control character that a terminal would obey, in no more lines than a summary has.
+// Reads any bytes as a message file. It is summarised, or it is not a message. The printed summary
+// has no control character that a terminal would obey, and no more lines than a summary may have.
 
 #include <algorithm>
 #include <cstddef>

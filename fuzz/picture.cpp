@@ -1,6 +1,6 @@
-// Any bytes as an image file of one format (QUOLL_FUZZ_FORMAT): it is refused, or all its rows
-// come, the same at a second reading, and are written as PNG and as TIFF and read again as they
-// were. No more memory is asked for at one time than may be held.
+// Reads any bytes as an image file of one format (QUOLL_FUZZ_FORMAT). It is refused, or all its
+// rows are read, and are the same when they are read again and when they are written as PNG and as
+// TIFF and read. No more memory is asked for at one time than may be held.
 
 #include <algorithm>
 #include <cstddef>
@@ -22,7 +22,8 @@ using namespace quoll::image_helper;
 using quoll::fuzz::Pixels;
 using quoll::fuzz::require;
 
-/// The largest picture whose rows are read, so that inputs that claim much are quickly over.
+/// In bytes: only pictures up to this size are read, so that inputs that claim to be large end
+/// quickly.
 constexpr std::size_t kMostRead = std::size_t{1} << 20;
 
 void check_picture(const Picture& picture) {
@@ -52,7 +53,7 @@ void check(File file) {
   } catch (const Refused& refused) {
     require(*refused.what() != '\0');
   } catch (const std::bad_alloc&) {
-    // More than the budget gives: the helper says so as well.
+    // It needs more memory than the budget allows; the helper refuses it too.
   }
   if (pixels) {
     require(read_all(file)->is_as(*pixels));
@@ -82,7 +83,7 @@ std::uint32_t checksum(std::span<const std::uint8_t> bytes) {
   return ~sum;
 }
 
-/// A PNG whose chunks have the right checksums, so that what stands behind them is reached.
+/// The PNG with correct checksums, so that the code behind the check is reached.
 std::vector<std::uint8_t> with_right_checksums(File file) {
   std::vector<std::uint8_t> mended(file.begin(), file.end());
   constexpr std::size_t kAround = 12;

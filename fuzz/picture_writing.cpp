@@ -1,5 +1,5 @@
-// Any pixels, turned in any way: they are turned as EXIF says, and written as PNG and as TIFF and
-// read again as they were.
+// Turns any pixels in any way. They are turned as EXIF says, and are the same when they are written
+// as PNG and as TIFF and read again.
 
 #include <algorithm>
 #include <cstddef>
@@ -21,13 +21,13 @@ using namespace quoll::image_helper;
 using quoll::fuzz::Pixels;
 using quoll::fuzz::require;
 
-/// Flat parts and noise in turns, as the bytes say: both compressors get their share.
+/// Makes flat parts and noise alternately, so that both compressors are used.
 std::unique_ptr<Pixels> make_pixels(quoll::fuzz::Script& script) {
   Picture picture;
   picture.width = script.choice(100) + 1;
   picture.height = script.choice(100) + 1;
   if (script.choice(64) == 63) {
-    picture.height *= 32;  // more than is compressed at one time
+    picture.height *= 32;  // more than one batch of the compressor
   }
   picture.channels = script.choice(4) + 1;
   picture.bits = script.choice(2) == 0 ? 8 : 16;
@@ -46,7 +46,7 @@ std::unique_ptr<Pixels> make_pixels(quoll::fuzz::Script& script) {
   return std::make_unique<Pixels>(std::move(picture), std::move(bytes));
 }
 
-/// The place in the stored picture of what is shown at `x`, `y`.
+/// The place in the stored picture of the pixel that is shown at `x`, `y`.
 std::pair<std::uint32_t, std::uint32_t> stored_place(const Picture& stored, std::uint32_t x,
                                                      std::uint32_t y) {
   const std::uint32_t right = stored.width - 1;

@@ -6,7 +6,7 @@
 
 namespace quoll::fuzz {
 
-/// A picture with all its pixels, and where reading stands.
+/// A picture with all its pixels, and a position for reading them.
 class Pixels final : public image_helper::PictureSource {
  public:
   Pixels(image_helper::Picture picture, std::vector<unsigned char> bytes);
@@ -17,7 +17,7 @@ class Pixels final : public image_helper::PictureSource {
   void begin_again() { next_ = 0; }
 
   [[nodiscard]] const std::vector<unsigned char>& bytes() const { return bytes_; }
-  /// The size, the samples and all pixels.
+  /// True when size, kind of samples and all pixels are the same.
   [[nodiscard]] bool is_as(const Pixels& other) const;
 
  private:
@@ -25,7 +25,7 @@ class Pixels final : public image_helper::PictureSource {
   std::size_t next_ = 0;
 };
 
-/// Writes the pixels with `write`, reads them again, and stops the run when they are not the same.
+/// Writes the pixels with `write` and reads them again. Stops the run when they differ.
 void check_written(Pixels& pixels, void (*write)(image_helper::PictureSource&, int));
 
 }  // namespace quoll::fuzz

@@ -1,6 +1,6 @@
-// Bytes from a stranger as a property list: what is read can be walked within the limits, written
-// in every form, and read back as the same, as far as the form has it: the old one has only texts
-// and bytes, XML has dates of whole seconds.
+// Reads any bytes as a property list. A value that is read stays within the limits, is written in
+// every form, and is read back as the same value as far as the form allows: the old form has only
+// texts and bytes, and XML has dates of whole seconds.
 
 #include "quoll/foundation/property_list.h"
 
@@ -47,7 +47,7 @@ class Walk {
         (date != nullptr && std::trunc(date->seconds_since_1970) != date->seconds_since_1970);
   }
 
-  /// NaN equals nothing, itself included.
+  /// NaN does not equal itself.
   [[nodiscard]] bool has_nan() const { return has_nan_; }
   /// XML has dates of whole seconds.
   [[nodiscard]] bool has_parts_of_seconds() const { return has_parts_of_seconds_; }
@@ -62,7 +62,7 @@ std::optional<std::string> written(const Value& root, PropertyListForm form) {
   try {
     return quoll::console::write_property_list(root, form);
   } catch (const quoll::foundation::NSException&) {
-    return std::nullopt;  // a date that XML has no form for
+    return std::nullopt;  // a date that XML cannot hold
   }
 }
 

@@ -1,5 +1,5 @@
-// Any text is encoded and decoded back, and what a query gives is composed and read again as it
-// was. A command URL of any text gives a message or raises.
+// Encodes any text and decodes it again. The parameters of a query are composed and parsed again as
+// they were. A command URL of any text gives a message or raises.
 
 #include <cstddef>
 #include <cstdint>
@@ -32,7 +32,7 @@ void check_query(std::string_view text, RequestUtils::URLQueryOptions options) {
   if (parameters->empty()) {
     return;
   }
-  // Brackets at the end of a key are read as a list's, so they come back only in that mode.
+  // Brackets at the end of a key mark a list, so they come back only in that mode.
   const std::string query = RequestUtils::URLQueryWithParameters(*parameters, options);
   const auto again = RequestUtils::URLQueryParametersWithOptions("?" + query, options);
   for (const auto& entry : *parameters) {

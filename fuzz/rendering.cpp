@@ -1,5 +1,5 @@
-// Marks up links in any bytes: the fast way gives what the rule gives, step for step. The first
-// line holds the links, one behind the other with blanks between them; the rest is the text.
+// Marks up links in any bytes. The fast way gives the same as the rule applied step by step. The
+// first line of the input has the links, separated by blanks; the rest is the text.
 
 #include <algorithm>
 #include <cstddef>

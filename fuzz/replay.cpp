@@ -1,5 +1,5 @@
-// Runs a fuzz target on files, and on each of them cut short and with bytes changed: at as many
-// places as keep the whole of it short.
+// Runs a fuzz target on files, and on copies of each that are cut short or have changed bytes. The
+// number of copies is limited to keep the run short.
 //
 // Usage: fuzz_NAME FOLDER
 
@@ -13,7 +13,7 @@
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-// What a target does once, if anything.
+// A target may define this, to be called once.
 extern "C" __attribute__((weak)) int LLVMFuzzerInitialize(int* argc, char*** argv);
 
 namespace {
@@ -21,7 +21,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 void replay(const Bytes& bytes) {
-  // A copy of exactly this size: reading past its end is seen by the sanitizers.
+  // A copy of exactly this size, so that the sanitizers notice any read past its end.
   const auto exact = std::make_unique<std::uint8_t[]>(bytes.size());
   std::copy(bytes.begin(), bytes.end(), exact.get());
   LLVMFuzzerTestOneInput(exact.get(), bytes.size());

@@ -10,7 +10,8 @@
 
 namespace quoll::fuzz {
 
-/// What to do, from the bytes of an input; zeros when they have run out.
+/// Decisions that are read from the bytes of an input. When the bytes have run out, they are read
+/// as zeros.
 class Script {
  public:
   explicit Script(std::span<const std::uint8_t> bytes) : left_(bytes) {}
@@ -20,7 +21,7 @@ class Script {
   std::uint8_t byte() { return number<std::uint8_t>(); }
   /// One of `count` choices, counted from 0.
   unsigned choice(unsigned count) { return byte() % count; }
-  /// The bytes as they lie.
+  /// A number in the machine's byte order.
   template <typename Number>
   Number number() {
     Number value = 0;
@@ -29,7 +30,7 @@ class Script {
     left_ = left_.subspan(there);
     return value;
   }
-  /// Shorter than `limit`, as the next byte says.
+  /// A text shorter than `limit`; the first byte decides how long it is.
   std::string_view text(unsigned limit = 32) { return taken(byte() % limit); }
   std::string_view rest() { return taken(left_.size()); }
 

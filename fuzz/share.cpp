@@ -1,8 +1,9 @@
-// Two shares one after the other, built from the bytes: items, and providers that answer at once,
-// late, after the end, twice, never, with an error or with the wrong kind. Each share cancels its
-// request before it asks for anything, ends when it should, and opens one command URL, which says
-// exactly what was answered in time; the files that it names are there, whole, each under a name of
-// its own in the staging folder. Nothing of the first share is in the second one's draft.
+// Runs two shares one after the other, with items and providers that are made from the bytes. A
+// provider answers at once, late, after the end, twice, never, with an error or with the wrong
+// kind. Each share cancels its request before it asks for anything, ends when it should, and opens
+// one command URL. That URL has exactly what was answered in time. The files that it names exist,
+// are complete, and have names of their own in the staging folder. Nothing of the first share is in
+// the draft of the second.
 
 #include <cstddef>
 #include <cstdint>
@@ -36,22 +37,22 @@ using platform::NSExtensionContext;
 constexpr int kMostPauses = 101;
 const std::string kStaging = "/containers/K7Q2M9XT4B.quoll/SharedData/Share";
 
-/// What a share's draft has to say.
+/// The expected draft of a share.
 struct Expected {
   struct File {
-    std::string name;  ///< that it wants to have
+    std::string name;  ///< the name that the file wants to have
     std::string content;
   };
   std::string subject;
   std::string body;
   std::vector<File> files;
-  long texts = 0;    ///< that are still to become documents
-  long pending = 0;  ///< as the gatherer counts
+  long texts = 0;    ///< texts that are not yet documents
+  long pending = 0;  ///< the gatherer's count
   int pauses = 0;
   bool ended = false;
 };
 
-/// Styled text that tells each time when a text becomes a document.
+/// Styled text that reports each time a text becomes a document.
 class ToldDocuments final : public platform::StyledText {
  public:
   explicit ToldDocuments(std::function<void(const std::string&)> tell) : tell_(std::move(tell)) {}
@@ -70,13 +71,13 @@ class ToldDocuments final : public platform::StyledText {
   std::function<void(const std::string&)> tell_;
 };
 
-/// What one provider answers, and what that does to the draft of its share.
+/// The answer of one provider, and its effect on the draft of its share.
 struct Planned {
   std::string type;
   Value value;
   std::optional<foundation::Error> error{};
   std::function<void(Expected&)> effect = [](Expected&) {};
-  std::vector<unsigned> pauses_before{};  ///< of each answer
+  std::vector<unsigned> pauses_before{};  ///< one for each answer
 };
 
 class Run {
@@ -182,7 +183,7 @@ class Run {
             }};
   }
 
-  /// A file of its own with content of its own; names are often the same.
+  /// A new file with content of its own; names often repeat.
   Planned plan_file() {
     std::string name(script_.text(8));
     std::erase_if(name, [](char c) { return c == '/' || c == '\0'; });
@@ -225,7 +226,7 @@ class Run {
         try {
           handler(planned->value, planned->error);
         } catch (const foundation::NSException&) {
-          // The wrong kind: the host's own threads take it as well.
+          // The wrong kind. The host's own threads catch this too.
         }
         if (share == share_ && !expected_.ended) {
           --expected_.pending;
@@ -249,7 +250,7 @@ class Run {
     expected_.ended = expected_.pauses == kMostPauses || expected_.pending == 0;
   }
 
-  /// Lets time pass, and those answer whose time has come.
+  /// Lets time pass and runs the answers that are due.
   void pass(int until) {
     passed_ = until;
     while (!timeline_.empty() && timeline_.begin()->first <= until) {

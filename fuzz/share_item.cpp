@@ -1,6 +1,6 @@
-// Any text as what a host calls an item, as a `data:` URL and as bytes of some type: it becomes a
-// file that is there, a link that is a URL, or is refused in words; what a `data:` URL holds is
-// read again from a new one.
+// Shares any text as an item that a host names, as a `data:` URL, and as bytes of some type. Each
+// becomes a file that exists or a link that is a URL, or is refused in words. The content of a
+// `data:` URL is read again from a new one.
 
 #include <sys/stat.h>
 
@@ -26,7 +26,7 @@ using namespace quoll;
 using foundation::NSURL;
 using fuzz::require;
 
-/// The working directory is a folder with awkward names, as long as it lives.
+/// Makes a folder with awkward names the working directory, while it lives.
 class InFolder {
  public:
   InFolder() : before_(std::filesystem::current_path()) {

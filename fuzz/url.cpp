@@ -1,5 +1,5 @@
-// Taking any text apart as a URL: every accessor answers, and what has no escapes is built again as
-// it was.
+// Takes any text apart as a URL. Every accessor answers, and a URL without escapes is built again
+// as it was.
 
 #include <cstddef>
 #include <cstdint>
@@ -17,13 +17,13 @@ using quoll::foundation::NSURL;
 using quoll::fuzz::require;
 namespace Utils = quoll::RequestUtils;
 
-/// The components survive being built and taken apart again, as long as no accessor has changed
-/// what stands in the text. What the builder cannot write back is left out.
+/// Builds the URL from its components and takes it apart again. The components are the same, unless
+/// an accessor changed them; what cannot be written back is skipped.
 void build_again(const NSURL& url) {
   const auto components = Utils::components(url);
   const auto built = Utils::URLWithComponents(*components);
   const std::string& text = url.absoluteString();
-  // A slash at the end of a path is lost, and what stands before it may then look like parameters.
+  // A slash at the end of a path is lost; what stands before it may then look like parameters.
   const bool looks_alike = url.path().value_or("").find(';') != std::string::npos;
   const bool odd =
       looks_alike || text.find_first_of("%[]") != std::string::npos || !url.scheme() || !url.host();
@@ -39,7 +39,7 @@ void resolve(std::string_view text, std::string_view base_text) {
   const auto url = NSURL::URLWithString(text, base);
   if (url && base) {
     require(url->relativeString() == text);
-    // What is resolved is a URL itself, and resolving by it changes nothing but dots.
+    // A resolved URL is a URL, and resolving it again changes only dots.
     const auto absolute = NSURL::URLWithString(url->absoluteString());
     require(absolute != nullptr || url->absoluteString().empty());
     require(url->isEqual(NSURL::URLWithString(text, base).get()));
@@ -58,7 +58,7 @@ void edit(std::string_view text, std::string_view other) {
     static_cast<void>(Utils::stringByReplacingURLQueryWithQuery(text, other));
     static_cast<void>(Utils::stringByMergingURLQuery(text, other));
   } catch (const quoll::foundation::NSException&) {
-    // A query that is out of range or does not decode.
+    // The query is out of range or does not decode.
   }
 }
 
