@@ -13,6 +13,7 @@
 #include "apps/compose/cannot_compose.h"
 #include "apps/compose/places.h"
 #include "quoll/container/group_container.h"
+#include "quoll/container/layout.h"
 #include "quoll/foundation/path.h"
 #include "quoll/linux/posix/unique_fd.h"
 #include "quoll/platform/files.h"
@@ -24,7 +25,8 @@ namespace {
 std::string staging_folder() {
   const auto data = ExtensionUtilities::GroupDataPath();
   const auto path = data ? data->file_system_path() : std::nullopt;
-  return path ? foundation::appending_path_component(*path, "Share") : std::string();
+  return path ? foundation::appending_path_component(*path, container::layout::staging)
+              : std::string();
 }
 
 // Opens `inside`, a path below the folder, without following links and without leaving the folder.

@@ -14,6 +14,7 @@
 
 #include "apps/console/program_desktop.h"
 #include "quoll/container/group_container.h"
+#include "quoll/container/layout.h"
 #include "quoll/foundation/nsurl.h"
 #include "quoll/foundation/path.h"
 #include "quoll/linux/gio/applications.h"
@@ -146,7 +147,8 @@ Step space(const std::optional<std::string>& path) {
 }
 
 Step locks(const std::optional<std::string>& container) {
-  const std::string folder = container.value_or("/") + "/.locks";
+  const std::string folder = foundation::appending_path_component(container.value_or("/"),
+                                                                  quoll::container::layout::locks);
   std::error_code none;
   for (const auto& entry : fs::directory_iterator(folder, none)) {
     const auto holder = posix::lock_holder(entry.path());

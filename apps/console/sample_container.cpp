@@ -8,6 +8,7 @@
 #include "apps/console/commands.h"
 #include "apps/console/program_desktop.h"
 #include "quoll/container/group_container.h"
+#include "quoll/container/layout.h"
 #include "quoll/foundation/collections.h"
 #include "quoll/foundation/format.h"
 #include "quoll/foundation/printable.h"
@@ -18,6 +19,7 @@ namespace quoll::console {
 
 namespace {
 
+namespace layout = container::layout;
 using console::PropertyListForm;
 using foundation::Bytes;
 using foundation::Dictionary;
@@ -85,7 +87,7 @@ Value groups() {
 
 /// Writes a file to the shared data as the mail application does: while no other program accesses
 /// it, and in one step.
-std::optional<Error> store(const std::shared_ptr<NSURL>& folder, const char* name,
+std::optional<Error> store(const std::shared_ptr<NSURL>& folder, std::string_view name,
                            const Value& content, PropertyListForm form) {
   const std::string document = console::write_property_list(content, form);
   std::optional<Error> error;
@@ -107,12 +109,12 @@ std::optional<Error> store(const std::shared_ptr<NSURL>& folder, const char* nam
 }
 
 std::optional<Error> store_all(const std::shared_ptr<NSURL>& data, PropertyListForm form) {
-  const auto contacts = foundation::URLByAppendingPathComponent(data, "Contacts");
-  auto error = store(data, "Accounts.plist", accounts(), form);
+  const auto contacts = foundation::URLByAppendingPathComponent(data, layout::contacts);
+  auto error = store(data, layout::accounts, accounts(), form);
   if (!error) {
-    error = store(contacts, "Addresses.plist", addresses(), form);
+    error = store(contacts, layout::addresses, addresses(), form);
   }
-  return error ? error : store(contacts, "Groups.plist", groups(), form);
+  return error ? error : store(contacts, layout::groups, groups(), form);
 }
 
 }  // namespace

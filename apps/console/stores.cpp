@@ -10,9 +10,11 @@
 #include "quoll/container/accounts_store.h"
 #include "quoll/container/contacts_store.h"
 #include "quoll/container/group_container.h"
+#include "quoll/container/layout.h"
 #include "quoll/container/property_list_files.h"
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/format.h"
+#include "quoll/foundation/path.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/platform/files.h"
 #include "quoll/records/extension_account.h"
@@ -23,6 +25,7 @@ namespace quoll::console {
 
 namespace {
 
+namespace layout = container::layout;
 using console::Json;
 using foundation::List;
 using foundation::Value;
@@ -63,7 +66,7 @@ void print_account(const ExtensionAccount& account) {
 }
 
 /// Why a store cannot be read; empty when it can be read and is empty.
-std::string fault_of(const char* name) {
+std::string fault_of(std::string_view name) {
   const auto store =
       foundation::URLByAppendingPathComponent(ExtensionUtilities::GroupDataPath(), name);
   if (!store) {
@@ -85,7 +88,7 @@ int refuse(const std::string& why) {
 
 /// Prints what was read and answers the exit status. For people it is printed by `print_records`.
 template <typename PrintRecords>
-int tell(const List& records, const char* store, const Json& json, bool as_json,
+int tell(const List& records, std::string_view store, const Json& json, bool as_json,
          const PrintRecords& print_records) {
   if (const std::string fault = records.empty() ? fault_of(store) : ""; !fault.empty()) {
     return refuse(fault);
@@ -103,7 +106,7 @@ int tell(const List& records, const char* store, const Json& json, bool as_json,
 int accounts(bool as_json) {
   const platform::ScopedDesktop desktop(reading_desktop());
   const auto read = ExtensionUtilities::Accounts();
-  return tell(*read, "Accounts.plist", plain(read), as_json, [&] {
+  return tell(*read, layout::accounts, plain(read), as_json, [&] {
     for (const Value& account : *read) {
       print_account(*account.as<ExtensionAccount>());
     }
@@ -116,11 +119,13 @@ int contacts(bool as_json) {
   const auto addresses = read->objectForKey("addresses").as_list();
   const Json json{{"addresses", plain(addresses)}, {"groups", plain(read->objectForKey("groups"))}};
   try {
-    return tell(*addresses, "Contacts/Addresses.plist", json, as_json, [&] {
-      for (const Value& address : *addresses) {
-        std::cout << shown(address.as<ExtensionAddress>()->prettyprint()) << '\n';
-      }
-    });
+    return tell(*addresses,
+                foundation::appending_path_component(layout::contacts, layout::addresses), json,
+                as_json, [&] {
+                  for (const Value& address : *addresses) {
+                    std::cout << shown(address.as<ExtensionAddress>()->prettyprint()) << '\n';
+                  }
+                });
   } catch (const foundation::NSException& exception) {
     return refuse("an address cannot be shown: " + exception.reason());
   }

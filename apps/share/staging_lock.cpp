@@ -9,6 +9,7 @@
 #include <string>
 
 #include "quoll/container/group_container.h"
+#include "quoll/container/layout.h"
 #include "quoll/foundation/path.h"
 #include "quoll/linux/posix/descriptor_io.h"
 
@@ -24,9 +25,10 @@ posix::UniqueFd lock_file() {
   if (!path) {
     return posix::UniqueFd();
   }
-  const std::string folder = foundation::appending_path_component(*path, ".locks");
+  const std::string folder = foundation::appending_path_component(*path, container::layout::locks);
   mkdir(folder.c_str(), 0700);  // it may exist; what else goes wrong shows at the next step
-  const std::string name = foundation::appending_path_component(folder, "turn");
+  const std::string name =
+      foundation::appending_path_component(folder, container::layout::staging_lock);
   posix::UniqueFd file(open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
   if (!file) {
     file = posix::UniqueFd(open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));

@@ -2,6 +2,7 @@
 
 #include "quoll/container/coordinated_access.h"
 #include "quoll/container/group_container.h"
+#include "quoll/container/layout.h"
 #include "quoll/container/property_list_files.h"
 #include "quoll/records/extension_account.h"
 
@@ -14,7 +15,7 @@ using foundation::Value;
 std::shared_ptr<List> Accounts() {
   std::shared_ptr<List> stored;
   container::with_coordinated_access(
-      foundation::URLByAppendingPathComponent(GroupDataPath(), "Accounts.plist"),
+      foundation::URLByAppendingPathComponent(GroupDataPath(), container::layout::accounts),
       "NSFileCoordinator Accounts %@", [&](const std::shared_ptr<NSURL>& location) {
         stored = container::array_with_contents_of_url(location);
       });

@@ -4,6 +4,7 @@
 
 #include "quoll/container/coordinated_access.h"
 #include "quoll/container/group_container.h"
+#include "quoll/container/layout.h"
 #include "quoll/container/property_list_files.h"
 #include "quoll/platform/files.h"
 #include "quoll/platform/log.h"
@@ -41,12 +42,12 @@ std::shared_ptr<List> stored_list(const std::shared_ptr<NSURL>& folder, std::str
 std::shared_ptr<Dictionary> AddressesAndGroups() {
   std::shared_ptr<List> stored;
   container::with_coordinated_access(
-      foundation::URLByAppendingPathComponent(GroupDataPath(), "Contacts"),
+      foundation::URLByAppendingPathComponent(GroupDataPath(), container::layout::contacts),
       "NSFileCoordinator AddressesAndGroups %@", [&](const std::shared_ptr<NSURL>& location) {
         if (make_contacts_folder(location)) {
-          stored = stored_list(location, "Addresses.plist");
+          stored = stored_list(location, container::layout::addresses);
           // Groups are read like addresses, and then nothing is made of them.
-          static_cast<void>(stored_list(location, "Groups.plist"));
+          static_cast<void>(stored_list(location, container::layout::groups));
         }
       });
   const auto addresses = std::make_shared<List>();

@@ -1,5 +1,6 @@
 #include "quoll/container/group_container.h"
 
+#include "quoll/container/layout.h"
 #include "quoll/platform/bundle.h"
 #include "quoll/platform/files.h"
 
@@ -14,7 +15,9 @@ constexpr std::string_view kBetaMarker = "it.vorlent.quoll.beta";
 std::string GroupFolderName() {
   const foundation::Value identifier = platform::main_bundle_identifier();
   const std::string* text = identifier.text();
-  return text != nullptr && text->starts_with(kBetaMarker) ? "SharedDataBeta" : "SharedData";
+  const bool is_beta = text != nullptr && text->starts_with(kBetaMarker);
+  return std::string(is_beta ? container::layout::shared_data_of_beta
+                             : container::layout::shared_data);
 }
 
 std::shared_ptr<foundation::NSURL> GroupPath() {

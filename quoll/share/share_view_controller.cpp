@@ -1,5 +1,6 @@
 #include "quoll/share/share_view_controller.h"
 
+#include "quoll/container/layout.h"
 #include "quoll/container/staging.h"
 #include "quoll/message/command_launcher.h"
 #include "quoll/platform/log.h"
@@ -10,7 +11,7 @@ namespace quoll {
 namespace {
 
 /// The staging folder and the service that fills it are one name.
-constexpr const char* kService = "Share";
+constexpr std::string_view kService = container::layout::staging;
 
 }  // namespace
 
@@ -22,7 +23,8 @@ void ShareViewController::loadView() {
   ExtensionUtilities::ShareInit(kService);
   NSViewController::loadView();
   cancel(nullptr);
-  ExtensionUtilities::GetItemForExtension(extensionContext(), kService, open_compose_window);
+  ExtensionUtilities::GetItemForExtension(extensionContext(), std::string(kService),
+                                          open_compose_window);
 }
 
 void ShareViewController::viewDidLoad() {

@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "quoll/container/layout.h"
+#include "quoll/foundation/path.h"
 #include "quoll/foundation/percent.h"
 #include "quoll/linux/posix/group_containers.h"
 #include "quoll/linux/posix/paths.h"
@@ -24,14 +26,13 @@ namespace {
 using foundation::Error;
 using foundation::NSURL;
 
-constexpr std::string_view kLocks = "/.locks";
-
 /// Holds the locks of one access.
 class Access {
  public:
   /// Waits for them. Answers 0 or an `errno` value.
   int take(const ContainerLocation& location) {
-    const std::string path = location.container + std::string(kLocks);
+    const std::string path =
+        foundation::appending_path_component(location.container, container::layout::locks);
     ::mkdir(path.c_str(), S_IRWXU);
     const UniqueFd folder(::open(path.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!folder) {
@@ -64,6 +65,12 @@ class Access {
   std::vector<UniqueFd> held_;
 };
 
+/// True for the folder of the locks and what is in it.
+bool is_lock(std::string_view inside) {
+  inside.remove_prefix(1);
+  return inside.substr(0, inside.find('/')) == container::layout::locks;
+}
+
 class LockingCoordinator final : public platform::NSFileCoordinator {
  public:
   void coordinateWritingItemAtURL(
@@ -75,8 +82,7 @@ class LockingCoordinator final : public platform::NSFileCoordinator {
       return;
     }
     const auto location = locate_in_container(*path);
-    if (!location || location->inside.empty() ||
-        (location->inside + "/").starts_with(std::string(kLocks) + "/")) {
+    if (!location || location->inside.empty() || is_lock(location->inside)) {
       error = foundation::file_error(EINVAL, *path, true);
       error->text = "Only what is inside a group container can be coordinated.";
       return;

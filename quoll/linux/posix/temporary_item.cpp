@@ -8,10 +8,11 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "quoll/container/layout.h"
+#include "quoll/foundation/path.h"
 #include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/group_containers.h"
 #include "quoll/linux/posix/paths.h"
@@ -22,12 +23,13 @@ namespace quoll::posix {
 
 namespace {
 
-constexpr std::string_view kPrefix = ".quoll-incoming-";
+namespace layout = container::layout;
+
 constexpr int kAttempts = 100;
 constexpr int kFolderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
 
 std::string incoming_path(const std::string& container) {
-  return container + "/.incoming";
+  return foundation::appending_path_component(container, layout::incoming);
 }
 
 UniqueFd open_incoming(const std::string& path) {
@@ -39,7 +41,7 @@ std::string hidden_name() {
   (void)!::getrandom(&number, sizeof number, 0);  // a name that is taken is tried again
   char digits[17];
   std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(number));
-  return std::string(kPrefix) + digits;
+  return std::string(layout::incoming_prefix) + digits;
 }
 
 bool lock_at_once(int fd) {
@@ -150,7 +152,7 @@ void sweep_temporary_items(const std::string& container) {
     (void)!list_folder(folder.get(), names);
   }
   for (const std::string& name : names) {
-    if (!name.starts_with(kPrefix)) {
+    if (!name.starts_with(layout::incoming_prefix)) {
       continue;
     }
     const UniqueFd left(
