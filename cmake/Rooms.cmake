@@ -27,25 +27,59 @@ function(quoll_room name)
 endfunction()
 
 # An adapter behind the ports, named after what it stands on. Other programs link it beside the
-# library; only HEADERS are for them. ROOMS are used beside platform and foundation.
-#   quoll_adapter(gio SOURCES ... LIBRARIES PkgConfig::GIO HEADERS launcher.h)
+# library, found by CMake or by pkg-config; only HEADERS are for them. It uses ROOMS beside platform and
+# foundation, other ADAPTERS, MODULES of pkg-config (PkgConfig::QUOLL_NAME here) and FLAGS of the linker.
+#   quoll_adapter(gio SOURCES ... MODULES gio-2.0 HEADERS launcher.h)
 function(quoll_adapter name)
-  cmake_parse_arguments(ADAPTER "" "" "SOURCES;ROOMS;LIBRARIES;HEADERS" ${ARGN})
+  cmake_parse_arguments(ADAPTER "" "" "SOURCES;ROOMS;ADAPTERS;MODULES;FLAGS;HEADERS" ${ARGN})
   add_library(linux_${name} STATIC ${ADAPTER_SOURCES})
+  set_target_properties(linux_${name} PROPERTIES EXPORT_NAME ${name}
+                                                 OUTPUT_NAME quoll-linux-${name})
   target_link_libraries(linux_${name}
     PUBLIC $<BUILD_INTERFACE:quoll_platform>
-           $<INSTALL_INTERFACE:QuollExtensions::quoll-extensions> ${ADAPTER_LIBRARIES}
+           $<INSTALL_INTERFACE:QuollExtensions::quoll-extensions> ${ADAPTER_FLAGS}
     PRIVATE $<BUILD_INTERFACE:quoll_warnings>)
   foreach(room IN LISTS ADAPTER_ROOMS)
     target_link_libraries(linux_${name} PUBLIC $<BUILD_INTERFACE:quoll_${room}>)
   endforeach()
-  set_target_properties(linux_${name} PROPERTIES EXPORT_NAME ${name}
-                                                 OUTPUT_NAME quoll-linux-${name})
-  install(TARGETS linux_${name} EXPORT QuollExtensions-${name} COMPONENT development)
-  install(EXPORT QuollExtensions-${name} NAMESPACE QuollExtensions::
+  set(requires "quoll-extensions = ${PROJECT_VERSION}")
+  foreach(adapter IN LISTS ADAPTER_ADAPTERS)
+    target_link_libraries(linux_${name} PUBLIC linux_${adapter})
+    string(APPEND requires ", quoll-linux-${adapter} = ${PROJECT_VERSION}")
+  endforeach()
+  string(TOUPPER QUOLL_${name} modules)
+  if(ADAPTER_MODULES)
+    pkg_check_modules(${modules} REQUIRED IMPORTED_TARGET GLOBAL ${ADAPTER_MODULES})
+    target_link_libraries(linux_${name} PUBLIC PkgConfig::${modules})
+    string(APPEND requires ", ${ADAPTER_MODULES}")
+  endif()
+  string(REPLACE ";" ", " requires "${requires}")
+  string(REPLACE ";" " " flags "${ADAPTER_FLAGS}")
+
+  set(component QuollExtensions-${name})
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/QuollExtensionsAdapter.cmake.in ${component}.cmake @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${component}.cmake
+    DESTINATION ${QUOLL_CMAKEDIR} COMPONENT development)
+  install(TARGETS linux_${name} EXPORT ${component}-targets COMPONENT development)
+  install(EXPORT ${component}-targets NAMESPACE QuollExtensions::
     DESTINATION ${QUOLL_CMAKEDIR} COMPONENT development)
   install(FILES ${ADAPTER_HEADERS} DESTINATION ${QUOLL_INCLUDEDIR}/quoll/linux/${name}
     COMPONENT development)
+  quoll_install_pkg_config(quoll-linux-adapter quoll-linux-${name})
+endfunction()
+
+# Installs cmake/TEMPLATE.pc.in as MODULE.pc. It tells the library's place from its own, so that the
+# installed tree may be moved.
+function(quoll_install_pkg_config template module)
+  foreach(folder IN ITEMS LIB INCLUDE)
+    cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_${folder}DIR BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}
+               OUTPUT_VARIABLE ${folder}DIR)
+  endforeach()
+  cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
+             BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig OUTPUT_VARIABLE PREFIX)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/${template}.pc.in ${module}.pc @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${module}.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 endfunction()
 
 # A test program: one executable, one entry of the test runner.

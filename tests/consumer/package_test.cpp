@@ -15,19 +15,23 @@ constexpr const char* kConsumed =
     "fragment\n"
     "NSInvalidArgumentException\n";
 
-/// Installed once for all tests of this file.
+/// Installed once for all tests of this file, and moved then: nothing in the tree may know where it
+/// was.
 class Package : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     folder_ = new TemporaryFolder;
-    expect_success({"cmake", "--install", QUOLL_BUILD, "--prefix", prefix()});
+    const std::string first = folder_->path("installed");
+    expect_success({"cmake", "--install", QUOLL_BUILD, "--prefix", first});
+    std::filesystem::rename(first, prefix());
   }
   static void TearDownTestSuite() {
     delete folder_;
     folder_ = nullptr;
   }
 
-  static std::string prefix() { return folder_->path("installed"); }
+  static std::string prefix() { return folder_->path("moved"); }
+  static std::string library() { return prefix() + "/" + QUOLL_LIBDIR; }
   static void expect_success(const std::vector<std::string>& command,
                              const Environment& environment = {}) {
     const Ended ended = run(command, environment);
@@ -42,6 +46,22 @@ class Package : public testing::Test {
                     std::string("-DCMAKE_CXX_FLAGS=") + QUOLL_CXX_FLAGS});
     expect_success({"cmake", "--build", folder});
     return folder;
+  }
+
+  /// Compiles a program with what pkg-config says of the modules and answers where it is.
+  static std::string compile(const std::string& source, const std::string& modules,
+                             const std::string& kind = "") {
+    std::string program = folder_->path("compiled-by-hand");
+    const std::string option = kind == "-static" ? " --static" : "";
+    expect_success(
+        {"sh", "-c",
+         std::string(QUOLL_CXX) + " " + QUOLL_CXX_FLAGS + " -std=c++20 " + kind + " " + source +
+             " $(pkg-config" + option + " --cflags --libs " + modules + ") -o " + program},
+        {{"PKG_CONFIG_PATH", library() + "/pkgconfig"}});
+    return program;
+  }
+  static Ended run_with_library(const std::string& program) {
+    return run({program}, {{"LD_LIBRARY_PATH", library()}});
   }
 
   static TemporaryFolder* folder_;
@@ -77,19 +97,49 @@ TEST_F(Package, EveryHeaderStandsAlone) {
                       "xargs -P 2 -I {} sh -c 'echo {}; " + compile + "'"});
 }
 
+// A program that is static needs static libraries throughout; the sanitizers have none.
+bool can_be_static() {
+  return std::string_view(QUOLL_CXX_FLAGS).find("-fsanitize") == std::string_view::npos;
+}
+
 TEST_F(Package, TheLibraryIsFoundByPkgConfig) {
-  const std::string program = folder_->path("compiled-by-hand");
-  const std::string library = prefix() + "/" + QUOLL_LIBDIR;
-  expect_success({"sh", "-c",
-                  std::string(QUOLL_CXX) + " " + QUOLL_CXX_FLAGS +
-                      " $(pkg-config --define-variable=prefix=" + prefix() +
-                      " --cflags --libs quoll-extensions) -o " + program + " -x c++ " +
-                      QUOLL_SOURCE + "/tests/consumer/consumer.cpp -L" + library +
-                      " -lquoll-extensions -I" + prefix() + "/include/quoll-extensions"},
-                 {{"PKG_CONFIG_PATH", library + "/pkgconfig"}});
-  const Ended ended = run({program}, {{"LD_LIBRARY_PATH", library}});
-  EXPECT_EQ(ended.status, 0) << ended.errors;
-  EXPECT_EQ(ended.output, kConsumed);
+  const std::string source = QUOLL_SOURCE "/tests/consumer/consumer.cpp";
+  const Ended shared = run_with_library(compile(source, "quoll-extensions"));
+  EXPECT_EQ(shared.status, 0) << shared.errors;
+  EXPECT_EQ(shared.output, kConsumed);
+  if (can_be_static()) {
+    const Ended alone = run({compile(source, "quoll-extensions", "-static")});
+    EXPECT_EQ(alone.status, 0) << alone.errors;
+    EXPECT_EQ(alone.output, kConsumed);
+  }
+}
+
+struct Adapter {
+  const char* name;
+  bool stands_alone;  ///< no library of the system behind it, which may come without a static form
+};
+constexpr Adapter kAdapters[] = {{"posix", true}, {"image_helper", true}, {"xml", true},
+                                 {"gio", false},  {"icu", false},         {"links", false},
+                                 {"cairo", false}};
+
+TEST_F(Package, EachAdapterIsFoundByPkgConfigAlone) {
+  for (const auto& [name, stands_alone] : kAdapters) {
+    SCOPED_TRACE(name);
+    const std::string source =
+        std::string(QUOLL_SOURCE "/tests/consumer/adapters/") + name + ".cpp";
+    const std::string module = std::string("quoll-linux-") + name;
+    EXPECT_EQ(run_with_library(compile(source, module)).status, 0);
+    if (stands_alone && can_be_static()) {
+      EXPECT_EQ(run({compile(source, module, "-static")}).status, 0);
+    }
+  }
+}
+
+TEST_F(Package, EachAdapterIsFoundByCMake) {
+  const std::string folder = build("tests/consumer");
+  for (const Adapter& adapter : kAdapters) {
+    EXPECT_EQ(run({folder + "/adapter-" + adapter.name}).status, 0) << adapter.name;
+  }
 }
 
 TEST_F(Package, TheExampleOpensAComposeWindow) {
