@@ -5,6 +5,8 @@
 #include "apps/share-service/share_call.h"
 #include "apps/share-service/share_interface.h"
 #include "apps/share-service/share_process.h"
+#include "apps/share/notice.h"
+#include "apps/share/report.h"
 #include "quoll/linux/gio/application_service.h"
 #include "quoll/linux/gio/notification.h"
 
@@ -68,9 +70,12 @@ class ShareService final : public gio::ApplicationService {
             read_share_call(given.get(), g_dbus_message_get_unix_fd_list(message), share)) {
       return refuse(call, G_DBUS_ERROR_INVALID_ARGS, *complaint);
     }
-    start(std::move(share), Listener::kCaller, call, [call](const ShareEnd& end) {
-      g_dbus_method_invocation_return_value(
-          call, g_variant_new("(us)", static_cast<guint32>(end.code), end.told.c_str()));
+    start(std::move(share), call, [call](const ShareEnd& end) {
+      g_dbus_method_invocation_return_value(call,
+                                            g_variant_new("(us)", static_cast<guint32>(end.code),
+                                                          share::shown_report(end.told, kMostTold)
+                                                              .value_or("the system log tells more")
+                                                              .c_str()));
     });
   }
 
@@ -83,11 +88,12 @@ class ShareService final : public gio::ApplicationService {
         static_cast<GDBusConnection*>(g_object_ref(g_dbus_method_invocation_get_connection(call))),
         g_object_unref);
     const auto show = [bus](const ShareEnd& end) {
-      if (!end.told.empty()) {
-        gio::send_notification(bus.get(), "Nothing was shared", end.told);
+      if (end.code != 0) {
+        const share::Notice notice = share::notice_of(end.code, end.told);
+        gio::send_notification(bus.get(), notice.title, notice.body);
       }
     };
-    if (start(std::move(share), Listener::kPerson, call, show)) {
+    if (start(std::move(share), call, show)) {
       g_dbus_method_invocation_return_value(call, nullptr);
     }
   }
@@ -97,13 +103,13 @@ class ShareService final : public gio::ApplicationService {
   }
 
   /// False when the call was answered with an error.
-  bool start(ShareCall share, Listener listener, GDBusMethodInvocation* call,
+  bool start(ShareCall share, GDBusMethodInvocation* call,
              std::function<void(const ShareEnd&)> ended) {
     if (running_ == kMostShares) {
       refuse_one_more(call);
       return false;
     }
-    const auto failure = start_share(std::move(share), listener, bounds_,
+    const auto failure = start_share(std::move(share), bounds_,
                                      [this, ended = std::move(ended)](const ShareEnd& end) {
                                        --running_;
                                        ended(end);

@@ -18,8 +18,6 @@ namespace quoll::share_service {
 
 namespace {
 
-/// A share tells a line for each thing that it left out.
-constexpr std::size_t kMostTold = std::size_t{64} << 10;
 constexpr gsize kBlock = 4096;
 
 template <typename T>
@@ -62,14 +60,11 @@ int number_of(std::size_t item) {
   return kFirst + static_cast<int>(item);
 }
 
-std::vector<std::string> command_of(const ShareCall& call, Listener listener) {
+std::vector<std::string> command_of(const ShareCall& call) {
   const share::ShareRequest& request = call.request;
   std::vector<std::string> command{share_program()};
   if (!request.items.empty() || request.title || request.text || request.html) {
     command.emplace_back("--null");
-  }
-  if (listener == Listener::kPerson) {
-    command.emplace_back("--notify");
   }
   if (call.clipboard) {
     command.emplace_back("--clipboard");
@@ -105,21 +100,19 @@ void allow_usual_descriptors(gpointer bounds) {
   }
 }
 
-ObjectHandle<GSubprocess> spawn(ShareCall& call, Listener listener, ShareBounds bounds,
-                                gio::ErrorSlot& error) {
+ObjectHandle<GSubprocess> spawn(ShareCall& call, ShareBounds bounds, gio::ErrorSlot& error) {
   posix::UniqueFd list = list_of(call.request);
   if (!list) {
     g_set_error(error.out(), G_IO_ERROR, g_io_error_from_errno(errno),
                 "the request cannot be held: %s", posix::error_words(errno).c_str());
     return nullptr;
   }
-  const auto flags = static_cast<GSubprocessFlags>(
-      G_SUBPROCESS_FLAGS_STDOUT_SILENCE |
-      (listener == Listener::kCaller ? G_SUBPROCESS_FLAGS_STDERR_PIPE : 0));
+  const auto flags = static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDOUT_SILENCE |
+                                                   G_SUBPROCESS_FLAGS_STDERR_PIPE);
   const ObjectHandle<GSubprocessLauncher> launcher(g_subprocess_launcher_new(flags));
   g_subprocess_launcher_take_stdin_fd(launcher.get(), list.release());
   g_subprocess_launcher_set_child_setup(launcher.get(), allow_usual_descriptors, &bounds, nullptr);
-  auto command = command_of(call, listener);
+  auto command = command_of(call);
   for (std::size_t at = 0; at < call.request.descriptor_items.size(); ++at) {
     g_subprocess_launcher_take_fd(
         launcher.get(), call.request.descriptor_items[at].descriptor.release(), number_of(at));
@@ -142,13 +135,10 @@ class RunningShare : public std::enable_shared_from_this<RunningShare> {
   RunningShare(ObjectHandle<GSubprocess> process, std::function<void(const ShareEnd&)> ended)
       : process_(std::move(process)), ended_(std::move(ended)), given_up_(g_cancellable_new()) {}
 
-  void watch(Listener listener, std::chrono::seconds time) {
+  void watch(std::chrono::seconds time) {
     time_ = time;
     deadline_ = g_timeout_add_seconds(static_cast<guint>(time.count()), late, this);
-    if (listener == Listener::kCaller) {
-      is_told_ = false;
-      read_on();
-    }
+    read_on();
     g_subprocess_wait_async(process_.get(), given_up_.get(), exited, reference());
   }
 
@@ -220,8 +210,7 @@ class RunningShare : public std::enable_shared_from_this<RunningShare> {
     }
     const int code = g_subprocess_get_exit_status(process_.get());
     const bool is_wrong_use = code == static_cast<int>(share::ExitCode::kUsage);
-    return {is_wrong_use ? kNotOpened : code,
-            share::shown_report(told_, kMostTold).value_or("the system log tells more")};
+    return {is_wrong_use ? kNotOpened : code, told_};
   }
 
   ObjectHandle<GSubprocess> process_;
@@ -231,21 +220,21 @@ class RunningShare : public std::enable_shared_from_this<RunningShare> {
   std::chrono::seconds time_{};
   guint deadline_ = 0;
   bool has_exited_ = false;
-  bool is_told_ = true;
+  bool is_told_ = false;
   bool is_late_ = false;
 };
 
 }  // namespace
 
-gio::Failure start_share(ShareCall call, Listener listener, const ShareBounds& bounds,
+gio::Failure start_share(ShareCall call, const ShareBounds& bounds,
                          std::function<void(const ShareEnd&)> ended) {
   gio::ErrorSlot error;
-  auto process = spawn(call, listener, bounds, error);
+  auto process = spawn(call, bounds, error);
   if (!process) {
     return "quoll-share could not be started: " + error.message();
   }
   const auto running = std::make_shared<RunningShare>(std::move(process), std::move(ended));
-  running->watch(listener, bounds.time);
+  running->watch(bounds.time);
   return std::nullopt;
 }
 

@@ -3,6 +3,7 @@
 #include <sys/resource.h>
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <string>
 
@@ -11,16 +12,14 @@
 
 namespace quoll::share_service {
 
-/// What came of a share: the number that `quoll-share` ends with, and what it told.
+/// A share tells a line for each thing that it left out.
+inline constexpr std::size_t kMostTold = std::size_t{64} << 10;
+
+/// What came of a share: the number that `quoll-share` ends with, and what it told: a block more
+/// than `kMostTold` at most, and not yet known to be text.
 struct ShareEnd {
   int code = 1;
   std::string told;
-};
-
-/// Who hears of a failure.
-enum class Listener {
-  kPerson,  ///< the share shows it on the desktop; told is only what it could not
-  kCaller,  ///< it is told
 };
 
 /// What a share may use.
@@ -31,7 +30,7 @@ struct ShareBounds {
 
 /// Starts `quoll-share` with all of the call and answers at once. `ended` is called later, once,
 /// by the default main context; not when the process could not be started, which is said.
-[[nodiscard]] gio::Failure start_share(ShareCall call, Listener listener, const ShareBounds& bounds,
+[[nodiscard]] gio::Failure start_share(ShareCall call, const ShareBounds& bounds,
                                        std::function<void(const ShareEnd&)> ended);
 
 }  // namespace quoll::share_service

@@ -11,9 +11,8 @@
 #include <cstdlib>
 #include <limits>
 #include <string>
-#include <string_view>
 
-#include "apps/share/report.h"
+#include "apps/share/notice.h"
 #include "apps/share/request/received_bytes.h"
 #include "quoll/linux/gio/notification.h"
 #include "quoll/linux/posix/descriptor_io.h"
@@ -30,15 +29,6 @@ int wait_for(pid_t process) {
   while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
   }
   return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
-}
-
-void show(int code, std::string_view told) {
-  constexpr std::size_t kMost = 1000;  // a notification has no room for more
-  constexpr std::chrono::milliseconds kTimeOut{5000};
-  const std::string shown = shown_report(told, kMost).value_or("");
-  const bool is_opened = code == static_cast<int>(ExitCode::kSomethingLeftOut);
-  gio::show_notification(is_opened ? "Not everything is in the draft" : "Nothing was shared",
-                         shown.empty() ? "The system log tells more." : shown, kTimeOut);
 }
 
 }  // namespace
@@ -69,7 +59,9 @@ int share_and_notify(const std::function<int()>& share) {
   static_cast<void>(posix::write_all(STDERR_FILENO, told));
   const int code = wait_for(process);
   if (code != 0) {
-    show(code, told);
+    constexpr std::chrono::milliseconds kTimeOut{5000};
+    const Notice notice = notice_of(code, told);
+    gio::show_notification(notice.title, notice.body, kTimeOut);
   }
   return code;
 }

@@ -57,14 +57,17 @@ quoll_defence(uris_under_two_keys FILE apps/share-service/share_call.cpp
 quoll_defence(items_under_two_keys FILE apps/share-service/share_call.cpp
   TAKES "items.size() + count" GIVES "count"
   SHOWN_BY share_service ShareService.RequestsThatAreNone)
-quoll_defence(late_share FILE apps/share/notify.cpp
-  TAKES "PR_SET_PDEATHSIG, SIGKILL" GIVES "PR_SET_PDEATHSIG, 0"
+quoll_defence(late_share FILE apps/share-service/share_process.cpp
+  TAKES "g_subprocess_force_exit(self.process_.get())" GIVES "static_cast<void>(self.process_)"
   SHOWN_BY share_service HurriedShareService.AShareThatTakesTooLongIsEndedAndSaid)
+quoll_defence(share_of_an_ended_menu FILE apps/share/notify.cpp
+  TAKES "PR_SET_PDEATHSIG, SIGKILL" GIVES "PR_SET_PDEATHSIG, 0"
+  SHOWN_BY notify Notify.WhoeverEndsItEndsTheShare)
 quoll_defence(inherited_descriptors FILE apps/share-service/share_process.cpp
   TAKES "    setrlimit(RLIMIT_NOFILE, &limit);" GIVES "    getrlimit(RLIMIT_NOFILE, &limit);"
   SHOWN_BY share_service
     ShareServiceWithFewDescriptors.TheMailApplicationIsGivenAsManyAsItWouldBe)
-quoll_defence(told_of_a_share FILE apps/share-service/share_process.cpp
+quoll_defence(told_of_a_share FILE apps/share-service/share_process.h
   TAKES "std::size_t{64} << 10" GIVES "std::size_t{64} << 20"
   SHOWN_BY share_service ShareService.ThousandsOfNamesAndALongAnswer)
 
@@ -206,6 +209,6 @@ quoll_defence(menu_request_depth FILE apps/share/request/menu_request.cpp
 quoll_defence(menu_request_lengths FILE apps/share/request/menu_request.cpp
   TAKES "failed_ = !is_countable;" GIVES "static_cast<void>(is_countable);"
   SHOWN_BY menu_request MenuRequest.WhatIsNoRequest)
-quoll_defence(notification_is_cut FILE apps/share/notify.cpp
+quoll_defence(notification_is_cut FILE apps/share/notice.cpp
   TAKES "kMost = 1000;" GIVES "kMost = 100000;"
   SHOWN_BY notify Notify.ManyLinesAreCutShort)

@@ -1,8 +1,15 @@
 // What a person is told who shared from a menu.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
 
+#include <csignal>
+#include <filesystem>
 #include <fstream>
 
+#include "quoll/linux/posix/unique_fd.h"
 #include "tests/integration/private_bus.h"
 
 namespace quoll::test {
@@ -54,6 +61,26 @@ TEST_F(Notify, WithoutADesktopTheLineIsThereAllTheSame) {
   const Ended ended = share({"/nowhere"});
   EXPECT_EQ(ended.status, 1);
   EXPECT_NE(ended.errors.find("left out: /nowhere: no such file"), std::string::npos);
+}
+
+TEST_F(Notify, WhoeverEndsItEndsTheShare) {
+  const std::string locks = bus_.path("containers/K7Q2M9XT4B.quoll/.locks");
+  std::filesystem::create_directories(locks);
+  const posix::UniqueFd lock(open((locks + "/turn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  ASSERT_EQ(flock(lock.get(), LOCK_EX), 0);  // the share waits as long as it is held
+  ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+  {
+    const Process program({QUOLL_SHARE, "--notify", "https://example.org/"}, bus_.environment());
+    std::string share;
+    while (share.empty()) {
+      const std::string id = std::to_string(program.id());
+      std::getline(std::ifstream("/proc/" + id + "/task/" + id + "/children"), share);
+    }
+  }
+  ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 0), 0);
+  int status = 0;
+  ASSERT_GT(wait(&status), 0) << "what it had started is now a child of the test";
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
 }
 
 TEST_F(Notify, ManyLinesAreCutShort) {

@@ -8,12 +8,14 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <iterator>
 #include <list>
 #include <thread>
 
 #include "quoll/linux/gio/handles.h"
 #include "quoll/linux/posix/unique_fd.h"
 #include "tests/integration/receiver_home.h"
+#include "tests/integration/share_home.h"
 
 namespace quoll::test {
 namespace {
@@ -192,13 +194,33 @@ class ShareService : public testing::Test {
     EXPECT_EQ(home_.drafts().size(), count);
     return all;
   }
-  /// As long as it is held, every share waits for its turn.
-  [[nodiscard]] posix::UniqueFd held_turn() const {
+  /// As long as it is held, every share waits.
+  [[nodiscard]] posix::UniqueFd held_staging_lock() const {
     const std::string locks = home_.bus.path("containers/K7Q2M9XT4B.quoll/.locks");
     std::filesystem::create_directories(locks);
-    posix::UniqueFd turn(open_file(locks + "/turn", O_RDWR | O_CREAT));
-    EXPECT_EQ(flock(turn.get(), LOCK_EX), 0);
-    return turn;
+    posix::UniqueFd lock(open_file(locks + "/turn", O_RDWR | O_CREAT));
+    EXPECT_EQ(flock(lock.get(), LOCK_EX), 0);
+    return lock;
+  }
+  /// The process of the service, which the bus has started.
+  pid_t service() {
+    gio::ErrorSlot error;
+    const gio::VariantHandle reply(g_dbus_connection_call_sync(
+        bus(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+        "GetConnectionUnixProcessID", g_variant_new("(s)", kName), G_VARIANT_TYPE("(u)"),
+        G_DBUS_CALL_FLAGS_NONE, -1, nullptr, error.out()));
+    guint32 id = 0;
+    if (reply) {
+      g_variant_get(reply.get(), "(u)", &id);
+    }
+    EXPECT_NE(id, 0U) << error.message();
+    return static_cast<pid_t>(id);
+  }
+  /// The processes that a process has started.
+  static std::vector<pid_t> children_of(pid_t process) {
+    const std::string id = std::to_string(process);
+    std::ifstream children("/proc/" + id + "/task/" + id + "/children");
+    return {std::istream_iterator<pid_t>(children), std::istream_iterator<pid_t>()};
   }
   static int open_file(const std::string& path, int flags) {
     return ::open(path.c_str(), flags | O_CLOEXEC, 0600);
@@ -245,6 +267,38 @@ TEST_F(ShareService, StartedByItselfItSharesTheClipboard) {
   EXPECT_EQ(desktop.read_line(), told);
   const Ended other = call({action, "delete-everything", "[]", "{}"});
   EXPECT_NE(other.errors.find("the only action is share-clipboard"), std::string::npos);
+}
+
+TEST_F(ShareService, WhatIsLeftOutOfOpenIsShown) {
+  install_receiver();
+  Process desktop({NOTIFICATION_DOUBLE}, home_.bus.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  EXPECT_EQ(open({"https://example.org/", "/nowhere"}), "");
+  EXPECT_EQ(desktop.read_line(), "Not everything is in the draft|left out: /nowhere: no such file");
+  EXPECT_EQ(open({"https://example.org/"}), "");
+  EXPECT_EQ(open({"/nowhere/else"}), "");
+  EXPECT_EQ(desktop.read_line(), "Nothing was shared|left out: /nowhere/else: no such file")
+      << "the one before it arrived whole";
+}
+
+TEST_F(ShareService, AShareIsOneProcessAndItsLauncher) {
+  posix::UniqueFd lock = held_staging_lock();
+  EXPECT_EQ(open({"https://example.org/"}), "");
+  Request request;
+  Call call(bus(), request.text("title", "A title").text("text", "words"));
+  std::vector<pid_t> shares;
+  while ((shares = children_of(service())).size() < 2) {
+    std::this_thread::sleep_for(10ms);
+  }
+  for (const pid_t share : shares) {
+    ASSERT_TRUE(waits_for_lock(share));
+    const std::vector<pid_t> launcher = children_of(share);
+    ASSERT_EQ(launcher.size(), 1U);
+    EXPECT_TRUE(children_of(launcher[0]).empty());
+  }
+  EXPECT_EQ(children_of(service()), shares);
+  lock.reset();
+  EXPECT_EQ(call.wait().code, 1) << "there is no receiver";
 }
 
 TEST_F(ShareService, OpenHasItsLimits) {
@@ -378,7 +432,7 @@ TEST_F(ShareService, ASlowDescriptorDoesNotStopTheNextCall) {
 }
 
 TEST_F(ShareService, SixteenSharesAreUnderWayAtMost) {
-  posix::UniqueFd turn = held_turn();
+  posix::UniqueFd lock = held_staging_lock();
   std::list<Call> calls;
   std::list<Request> requests;
   for (int number = 0; number < 16; ++number) {
@@ -387,7 +441,7 @@ TEST_F(ShareService, SixteenSharesAreUnderWayAtMost) {
   Request request;
   Call beyond(bus(), request.text("text", "words"));
   EXPECT_EQ(open({"https://example.org/"}), "too many shares are under way");
-  turn.reset();
+  lock.reset();
   EXPECT_EQ(beyond.wait().told, "too many shares are under way");
   for (Call& call : calls) {
     EXPECT_EQ(call.wait().code, 1) << "there is no receiver";
@@ -404,14 +458,14 @@ TEST_F(ShareService, AnEmptyTextIsNone) {
 
 TEST_F(ShareService, ACallerThatGoesAwayHasShared) {
   install_receiver();
-  posix::UniqueFd turn = held_turn();
+  posix::UniqueFd lock = held_staging_lock();
   Request request;
   g_dbus_connection_call(bus(), kName, kPath, "it.vorlent.quoll2.Share1", "Share",
                          request.text("text", "words").parameters(), nullptr,
                          G_DBUS_CALL_FLAGS_NONE, G_MAXINT, nullptr, nullptr, nullptr);
   EXPECT_EQ(open({"https://example.org/"}), "") << "the call before it has begun";
   EXPECT_TRUE(g_dbus_connection_close_sync(bus(), nullptr, nullptr));
-  turn.reset();
+  lock.reset();
   drafts(2);
 }
 
@@ -459,14 +513,14 @@ TEST_F(HurriedShareService, AShareThatTakesTooLongIsEndedAndSaid) {
   install_receiver();
   Process desktop({NOTIFICATION_DOUBLE}, home_.bus.environment());
   ASSERT_EQ(desktop.read_line(), "ready");
-  posix::UniqueFd turn = held_turn();
+  posix::UniqueFd lock = held_staging_lock();
   Request request;
   const Answer answer = share(request.text("text", "asked by a program"));
   EXPECT_EQ(answer.code, 1);
   EXPECT_EQ(answer.told, "not opened: it took longer than 1 s");
   EXPECT_EQ(open({"https://example.org/asked-by-a-person"}), "");
   EXPECT_EQ(desktop.read_line(), "Nothing was shared|not opened: it took longer than 1 s");
-  turn.reset();
+  lock.reset();
   EXPECT_EQ(run({QUOLL_SHARE, "--text", "words"}, home_.bus.environment()).status, 0);
   const std::string draft = drafts(1);
   EXPECT_EQ(draft.find("asked"), std::string::npos) << draft;
