@@ -30,8 +30,8 @@ std::shared_ptr<platform::NSWorkspace> make_workspace() {
 
 class ErrorLog final : public platform::Log {
  public:
-  void line(std::string_view text) override {
-    std::cerr << "quollctl: " + foundation::printable(text) + "\n";
+  void write(const platform::LogEvent& event) override {
+    std::cerr << "quollctl: " + foundation::printable(event.text) + "\n";
   }
 };
 

@@ -18,7 +18,9 @@ class PrintWorkspace final : public platform::NSWorkspace {
     for (const auto& url : urls) {
       if (!posix::write_all(descriptor_, url->absoluteString()) ||
           !posix::write_all(descriptor_, "\n")) {
-        platform::log("openURLs %@", "the URL cannot be written: " + posix::error_words(errno));
+        platform::log_reason("openURLs", foundation::quoll_error(foundation::kNotOpenedError,
+                                                                 "the URL cannot be written: " +
+                                                                     posix::error_words(errno)));
         return false;
       }
     }

@@ -4,18 +4,20 @@
 #include <set>
 #include <string>
 
-#include "apps/share/plain_reason.h"
 #include "quoll/foundation/error.h"
-#include "quoll/foundation/exception.h"
+#include "quoll/foundation/format.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
+#include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/message/extension_message.h"
 
 namespace quoll::share {
 
 namespace {
 
+using foundation::Error;
 using foundation::NSURL;
+using platform::LogEvent;
 
 /// What the opened URL really carries. The items' own memory does not tell: one may have been
 /// staged a moment after the URL was made.
@@ -57,18 +59,29 @@ class Draft {
   std::set<std::string, std::less<>> links_;
 };
 
+bool is_missing_file(const Error& error) {
+  return error.domain == foundation::NSCocoaErrorDomain &&
+         error.code == foundation::NSFileNoSuchFileError;
+}
+
+/// True when the lock on the shared folder could not be had.
+bool is_not_coordinated(const Error& error) {
+  return error.domain == foundation::kQuollErrorDomain &&
+         error.code == foundation::kNotCoordinatedError;
+}
+
 /// True for the failure of an item that says nothing about the item: nobody could have staged it.
-bool is_failure_of_folder(std::string_view line, bool is_folder_in_trouble) {
-  return line.starts_with("Error shareFiles ") || line.starts_with("Error shareDatas ") ||
-         (is_folder_in_trouble && error_code(line) == foundation::NSFileNoSuchFileError);
+bool is_failure_of_folder(const LogEvent& event, bool is_folder_in_trouble) {
+  return event.error && (is_not_coordinated(*event.error) ||
+                         (is_folder_in_trouble && is_missing_file(*event.error)));
 }
 
 std::string why_left_out(const SharedItem& item, bool is_folder_in_trouble) {
-  const auto lines = item.witness().lines();
-  if (!lines.empty()) {
-    return is_failure_of_folder(lines.back(), is_folder_in_trouble)
+  const auto logged = item.witness().logged();
+  if (!logged.empty()) {
+    return is_failure_of_folder(logged.back(), is_folder_in_trouble)
                ? "the shared folder cannot be used"
-               : plain_reason(lines.back());
+               : plain_reason(logged.back());
   }
   return item.state() == SharedItem::State::kNotAsked ? "it was not asked for" : "it took too long";
 }
@@ -91,17 +104,14 @@ std::vector<LeftOut> everything_left_out(const Selection& selection, const Outco
 
 /// Why the staging folder could not be prepared; none when it could. On the very first share there
 /// is nothing to delete, and that is no trouble.
-std::optional<std::string> staging_trouble(const std::vector<std::string>& preparation) {
-  for (const std::string& line : preparation) {
-    const bool is_coordination = line.starts_with("shareInit Error ");
-    const bool is_folder =
-        line.starts_with("shareInit ") && error_code(line) != foundation::NSFileNoSuchFileError;
-    if (is_coordination && error_code(line) == foundation::NSFileNoSuchFileError) {
-      return "there is none";
+std::optional<std::string> staging_trouble(const std::vector<LogEvent>& preparation) {
+  for (const LogEvent& event : preparation) {
+    if (!event.error || is_missing_file(*event.error)) {
+      continue;
     }
-    if (is_coordination || is_folder) {
-      return plain_reason(line);
-    }
+    const Error* const reason =
+        is_not_coordinated(*event.error) ? event.error->underlying() : nullptr;
+    return reason != nullptr && is_missing_file(*reason) ? "there is none" : plain_reason(event);
   }
   return std::nullopt;
 }
@@ -118,11 +128,27 @@ std::string why_not_opened(const Selection& selection, const Outcome& outcome,
   if (selection.empty()) {
     return "nothing that was given can be shared";
   }
-  const std::vector<std::string>& lines = opening ? opening->lines : outcome.background;
-  return lines.empty() ? "the system log tells more" : plain_reason(lines.back());
+  const std::vector<LogEvent>& logged = opening ? opening->logged : outcome.background;
+  return logged.empty() ? "the system log tells more" : plain_reason(logged.back());
 }
 
 }  // namespace
+
+std::string plain_reason(const LogEvent& event) {
+  if (!event.error) {
+    return foundation::printable(event.text);
+  }
+  const Error* cause = &*event.error;
+  while (const Error* const beneath = cause->underlying()) {
+    cause = beneath;
+  }
+  if (cause->domain == foundation::NSPOSIXErrorDomain) {
+    return cause->code == 0 ? "unknown error" : posix::error_words(cause->code);
+  }
+  return foundation::printable(cause->text.empty()
+                                   ? foundation::format("%@ Code=%i", cause->domain, cause->code)
+                                   : cause->text);
+}
 
 ExitCode report(const Selection& selection, const Outcome& outcome,
                 const WatchedWorkspace& workspace, std::ostream& out) {

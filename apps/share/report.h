@@ -26,6 +26,10 @@ enum class ExitCode : int {
 [[nodiscard]] ExitCode report(const Selection& selection, const Outcome& outcome,
                               const WatchedWorkspace& workspace, std::ostream& out);
 
+/// What was logged, in words for people: of an error only what the system said at the bottom of it
+/// ("permission denied"). One line, ready for a terminal.
+[[nodiscard]] std::string plain_reason(const platform::LogEvent& event);
+
 /// What another process told as `report` does, to be shown: as many whole lines as `most` bytes
 /// hold, and "..." for the rest. That process has had other people's bytes in its hands, so none
 /// when it is not text.

@@ -31,9 +31,9 @@ void wait_until_done(const Selection& selection, WatchedQueue& background,
 struct Outcome {
   std::shared_ptr<HostContext> request;
   /// What was logged while the view was asked for: the staging folder was prepared then.
-  std::vector<std::string> preparation;
+  std::vector<platform::LogEvent> preparation;
   /// What was logged on the background queue, the items and the launch aside.
-  std::vector<std::string> background;
+  std::vector<platform::LogEvent> background;
 };
 
 /// Shares the selection by an extension's view controller, as a share menu would: hands it the
@@ -53,8 +53,8 @@ template <std::derived_from<platform::NSViewController> Controller>
     controller.view();
   }
   wait_until_done(selection, background, progress);
-  outcome.preparation = preparation.lines();
-  outcome.background = background.witness().lines();
+  outcome.preparation = preparation.logged();
+  outcome.background = background.witness().logged();
   return outcome;
 }
 

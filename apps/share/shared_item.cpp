@@ -25,7 +25,7 @@ void SharedItem::answer(const CompletionHandler& handler) {
   try {
     handler(value_, std::nullopt);
   } catch (const std::exception& exception) {
-    platform::log("loadItemForTypeIdentifier %@", exception.what());
+    platform::log("loadItemForTypeIdentifier %@", exception);
   }
   state_ = State::kAnswered;
 }

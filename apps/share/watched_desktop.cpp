@@ -21,16 +21,16 @@ class WatchedLog final : public platform::Log {
   WatchedLog(std::shared_ptr<platform::Log> log, bool aloud)
       : log_(std::move(log)), aloud_(aloud) {}
 
-  void line(std::string_view text) override {
+  void write(const platform::LogEvent& event) override {
     if (Witness* const witness = Witness::current()) {
-      witness->saw_line(text);
+      witness->saw(event);
     }
     if (aloud_) {
       // One write a line, so that the lines of several threads do not mix. Who does not listen at
       // the other end has the system log.
-      static_cast<void>(posix::write_all(STDERR_FILENO, foundation::printable(text) + "\n"));
+      static_cast<void>(posix::write_all(STDERR_FILENO, foundation::printable(event.text) + "\n"));
     }
-    log_->line(text);
+    log_->write(event);
   }
 
  private:

@@ -11,7 +11,9 @@ void WatchedQueue::run(Blocks& blocks, std::function<void()> block) {
   try {
     block();
   } catch (const std::exception& exception) {
-    platform::log("the share ended early: %@", exception.what());
+    const auto sentence = foundation::format("the share ended early: %@", exception);
+    platform::log_event(
+        {sentence, foundation::quoll_error(foundation::kShareEndedError, sentence)});
   }
   block = nullptr;  // what it holds goes before the host hears that it has ended
   const std::lock_guard lock(blocks.mutex);

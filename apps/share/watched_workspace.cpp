@@ -8,7 +8,7 @@ bool WatchedWorkspace::openURLs(const std::vector<std::shared_ptr<foundation::NS
   const Witness::Scope scope(witness);
   const bool is_opened = workspace_->openURLs(urls, application, options);
   const std::lock_guard lock(mutex_);
-  opening_ = Opening{urls, std::string(application), is_opened, witness.lines()};
+  opening_ = Opening{urls, std::string(application), is_opened, witness.logged()};
   return is_opened;
 }
 

@@ -20,7 +20,7 @@ class WatchedWorkspace final : public platform::NSWorkspace {
     std::string application;
     bool is_opened = false;
     /// What was logged meanwhile.
-    std::vector<std::string> lines;
+    std::vector<platform::LogEvent> logged;
   };
 
   explicit WatchedWorkspace(std::shared_ptr<platform::NSWorkspace> workspace)

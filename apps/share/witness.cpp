@@ -20,9 +20,9 @@ Witness* Witness::current() {
   return of_this_thread;
 }
 
-void Witness::saw_line(std::string_view line) {
+void Witness::saw(platform::LogEvent event) {
   const std::lock_guard lock(mutex_);
-  lines_.emplace_back(line);
+  logged_.push_back(std::move(event));
 }
 
 void Witness::saw_file(std::string_view path) {
@@ -30,9 +30,9 @@ void Witness::saw_file(std::string_view path) {
   files_.emplace_back(path);
 }
 
-std::vector<std::string> Witness::lines() const {
+std::vector<platform::LogEvent> Witness::logged() const {
   const std::lock_guard lock(mutex_);
-  return lines_;
+  return logged_;
 }
 
 std::vector<std::string> Witness::files() const {

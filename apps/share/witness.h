@@ -5,9 +5,11 @@
 #include <string_view>
 #include <vector>
 
+#include "quoll/platform/log.h"
+
 namespace quoll::share {
 
-/// What is seen while threads work on one thing: the lines that they log and the files that they
+/// What is seen while threads work on one thing: what they log and the files that they
 /// write. It is how the host learns of a share what its extension tells nobody. Any thread may
 /// call.
 class Witness {
@@ -31,15 +33,15 @@ class Witness {
   /// The witness of this thread; null when there is none.
   [[nodiscard]] static Witness* current();
 
-  void saw_line(std::string_view line);
+  void saw(platform::LogEvent event);
   void saw_file(std::string_view path);
-  [[nodiscard]] std::vector<std::string> lines() const;
+  [[nodiscard]] std::vector<platform::LogEvent> logged() const;
   /// The paths of the files that were written, in order.
   [[nodiscard]] std::vector<std::string> files() const;
 
  private:
   mutable std::mutex mutex_;
-  std::vector<std::string> lines_;
+  std::vector<platform::LogEvent> logged_;
   std::vector<std::string> files_;
 };
 

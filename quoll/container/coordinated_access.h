@@ -4,6 +4,7 @@
 #include <memory>
 #include <string_view>
 
+#include "quoll/foundation/error.h"
 #include "quoll/foundation/nsurl.h"
 
 namespace quoll::container {
@@ -11,9 +12,13 @@ namespace quoll::container {
 /// Runs the accessor on this thread, with the location to use, while no other program or thread
 /// works on the item at `url` or inside it; waits until that is granted. A coordination that fails,
 /// as every one does without a `url`, is logged by `failure_line` (with the error in its "%@") once
-/// all is done. What the accessor throws passes through.
+/// all is done; the event's error is `not_coordinated(error)`. What the accessor throws passes
+/// through.
 void with_coordinated_access(
     const std::shared_ptr<foundation::NSURL>& url, std::string_view failure_line,
     const std::function<void(const std::shared_ptr<foundation::NSURL>& location)>& accessor);
+
+/// `kNotCoordinatedError` with what the coordinator said beneath it.
+[[nodiscard]] foundation::Error not_coordinated(foundation::Error reason);
 
 }  // namespace quoll::container

@@ -51,6 +51,20 @@ std::string sentence(int code, std::string_view path) {
   }
 }
 
+std::string text_of(const Error::Detail& detail) {
+  const auto* const error = std::get_if<std::shared_ptr<const Error>>(&detail);
+  return error == nullptr ? std::get<std::string>(detail) : "{" + (*error)->description() + "}";
+}
+
+const Error::Detail* find(const Error& error, std::string_view key) {
+  for (const auto& [name, value] : error.user_info) {
+    if (name == key) {
+      return &value;
+    }
+  }
+  return nullptr;
+}
+
 }  // namespace
 
 std::string Error::description() const {
@@ -64,19 +78,26 @@ std::string Error::description() const {
   out += " UserInfo={";
   const char* separator = "";
   for (const auto& [key, value] : user_info) {
-    out.append(separator).append(key).append("=").append(value);
+    out.append(separator).append(key).append("=").append(text_of(value));
     separator = ", ";
   }
   return out + "}";
 }
 
 const std::string* Error::detail(std::string_view key) const {
-  for (const auto& [name, value] : user_info) {
-    if (name == key) {
-      return &value;
-    }
-  }
-  return nullptr;
+  const Detail* const found = find(*this, key);
+  return found == nullptr ? nullptr : std::get_if<std::string>(found);
+}
+
+const Error* Error::underlying() const {
+  const Detail* const found = find(*this, NSUnderlyingErrorKey);
+  const auto* const error =
+      found == nullptr ? nullptr : std::get_if<std::shared_ptr<const Error>>(found);
+  return error == nullptr ? nullptr : error->get();
+}
+
+Error quoll_error(QuollErrorCode code, std::string_view sentence) {
+  return {std::string(kQuollErrorDomain), code, std::string(sentence), {}};
 }
 
 Error posix_error(int number) {
@@ -85,11 +106,12 @@ Error posix_error(int number) {
 
 Error file_error(int number, std::string_view path, bool writing) {
   const int code = cocoa_code(number, writing);
-  return {std::string(NSCocoaErrorDomain),
-          code,
-          sentence(code, path),
-          {{"NSFilePath", std::string(path)},
-           {"NSUnderlyingError", "{" + posix_error(number).description() + "}"}}};
+  return {
+      std::string(NSCocoaErrorDomain),
+      code,
+      sentence(code, path),
+      {{"NSFilePath", std::string(path)},
+       {std::string(NSUnderlyingErrorKey), std::make_shared<const Error>(posix_error(number))}}};
 }
 
 }  // namespace quoll::foundation

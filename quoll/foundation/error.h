@@ -1,14 +1,20 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace quoll::foundation {
 
 inline constexpr std::string_view NSCocoaErrorDomain = "NSCocoaErrorDomain";
 inline constexpr std::string_view NSPOSIXErrorDomain = "NSPOSIXErrorDomain";
+/// The domain of this system's own failures.
+inline constexpr std::string_view kQuollErrorDomain = "QuollErrorDomain";
+
+inline constexpr std::string_view NSUnderlyingErrorKey = "NSUnderlyingError";
 
 /// Codes of `NSCocoaErrorDomain` that this system makes or looks at.
 enum CocoaErrorCode : int {
@@ -25,24 +31,43 @@ enum CocoaErrorCode : int {
   NSUserCancelledError = 3072,
 };
 
-/// A failure that an operation reports through an out-parameter: where the code belongs, the code,
-/// a sentence for people, and details. A plain value; copies are independent.
+/// Codes of `kQuollErrorDomain`.
+enum QuollErrorCode : int {
+  kRaisedError = 1,      ///< an exception ended the operation
+  kNotCoordinatedError,  ///< access to shared files was not granted; beneath it stands why
+  kNotAnImageError,
+  kNotOpenedError,  ///< no application took the URLs
+  kShareEndedError,
+};
+
+/// A failure: where the code belongs, the code, a sentence for people, and details. A plain value;
+/// copies are independent.
 struct Error {
+  /// A text as it is printed, or an error that lies beneath.
+  using Detail = std::variant<std::string, std::shared_ptr<const Error>>;
+
   std::string domain;
   int code = 0;
   /// One sentence without line breaks; may be empty.
   std::string text;
-  /// Details in the order in which they are printed, each already in its text form.
-  std::vector<std::pair<std::string, std::string>> user_info;
+  /// Details in the order in which they are printed. No error in it is null.
+  std::vector<std::pair<std::string, Detail>> user_info;
 
   /// What `%@` prints:
   /// `Error Domain=NSCocoaErrorDomain Code=4 "..." UserInfo={NSFilePath=..., ...}`.
   [[nodiscard]] std::string description() const;
 
-  /// The detail under a key such as "NSFilePath", or null when there is none. The pointer lives as
+  /// The text under a key such as "NSFilePath", or null when there is none. The pointer lives as
   /// long as this error is unchanged.
   [[nodiscard]] const std::string* detail(std::string_view key) const;
+
+  /// The error under `NSUnderlyingErrorKey`, or null when there is none. The pointer lives as long
+  /// as this error is unchanged.
+  [[nodiscard]] const Error* underlying() const;
 };
+
+/// An error of `kQuollErrorDomain`.
+[[nodiscard]] Error quoll_error(QuollErrorCode code, std::string_view sentence);
 
 /// An error of `NSPOSIXErrorDomain` for an `errno` value.
 [[nodiscard]] Error posix_error(int number);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <concepts>
+#include <exception>
 #include <initializer_list>
 #include <memory>
 #include <optional>
@@ -8,7 +9,6 @@
 #include <string_view>
 
 #include "quoll/foundation/error.h"
-#include "quoll/foundation/exception.h"
 #include "quoll/foundation/value.h"
 
 /// The one way to turn something into the text that stands in a "%@".
@@ -34,8 +34,8 @@ inline std::string text_of(const Value& value) {
 inline std::string text_of(const Error& error) {
   return error.description();
 }
-inline std::string text_of(const NSException& exception) {
-  return exception.reason();
+inline std::string text_of(const std::exception& exception) {
+  return exception.what();
 }
 template <std::derived_from<Object> T>
 std::string text_of(const std::shared_ptr<T>& object) {

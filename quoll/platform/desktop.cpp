@@ -76,8 +76,16 @@ std::shared_ptr<NSNotificationCenter> NSNotificationCenter::defaultCenter() {
   return current_desktop()->notifications;
 }
 
+void log_event(const LogEvent& event) {
+  current_desktop()->log->write(event);
+}
+
 void log_line(std::string_view text) {
-  current_desktop()->log->line(text);
+  log_event({std::string(text)});
+}
+
+void log_reason(std::string_view operation, const foundation::Error& error) {
+  log_event({std::string(operation).append(" ").append(error.text), error});
 }
 
 void dispatch_async(QueuePriority priority, std::function<void()> block) {

@@ -87,7 +87,7 @@ class NoWorkspace final : public NSWorkspace {
 
 class NoLog final : public Log {
  public:
-  void line(std::string_view /*text*/) override {}
+  void write(const LogEvent& /*event*/) override {}
 };
 
 class NoQueue final : public Queue {

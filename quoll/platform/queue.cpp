@@ -13,7 +13,7 @@ void run_block(const std::function<void()>& block) {
   } catch (const foundation::NSException& exception) {
     log("Exception in a queued block %@", exception);
   } catch (const std::exception& exception) {
-    log("Exception in a queued block %@", exception.what());
+    log("Exception in a queued block %@", exception);
   } catch (...) {
     log_line("Exception in a queued block of an unknown kind");
   }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "quoll/container/staging.h"
+#include "quoll/foundation/exception.h"
 #include "quoll/foundation/format.h"
 #include "quoll/platform/clock.h"
 #include "quoll/platform/files.h"
@@ -109,6 +110,12 @@ void url_loaded(Gathering& gathering, const NSExtensionItem& input, const Value&
 
 constexpr std::string_view kImageFailure = "GetItemForExtension kUTTypeImage %@";
 
+void log_no_image(std::string_view found) {
+  platform::log_reason("GetItemForExtension kUTTypeImage",
+                       foundation::quoll_error(foundation::kNotAnImageError,
+                                               foundation::format("not an image: %@", found)));
+}
+
 /// The bytes of an image file, from an image object, from bytes or from a file; none, and the log
 /// says why, when the item holds none.
 std::optional<Bytes> image_bytes(const Value& item) {
@@ -120,7 +127,7 @@ std::optional<Bytes> image_bytes(const Value& item) {
   }
   const auto url = item.as<NSURL>();
   if (!url || !url->isFileURL()) {
-    platform::log(kImageFailure, "not an image: " + std::string(item.kind()));
+    log_no_image(item.kind());
     return std::nullopt;
   }
   std::optional<Error> error;
@@ -140,7 +147,7 @@ void image_loaded(Gathering& gathering, const Value& item, const std::optional<E
   }
   const auto bytes = image_bytes(item);
   if (bytes && bytes->empty()) {
-    platform::log(kImageFailure, "not an image: no bytes");
+    log_no_image("no bytes");
   }
   const auto image = platform::NSBitmapImageRep::imageRepWithData(bytes);
   const auto png =

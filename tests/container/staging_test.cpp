@@ -29,6 +29,10 @@ TEST_F(Staging, InitLogsTheRemovalsErrorTwiceWhenTheCreationSucceeds) {
   ShareInit("Share");
   EXPECT_EQ(log->lines(), (std::vector<std::string>{std::string("shareInit delete ") + kGoneText,
                                                     std::string("shareInit create ") + kGoneText}));
+  for (const platform::LogEvent& event : log->events()) {
+    ASSERT_TRUE(event.error) << event.text;
+    EXPECT_EQ(event.error->description(), kGoneText) << event.text;
+  }
   EXPECT_TRUE(std::filesystem::is_directory(staging()));
 }
 
@@ -68,6 +72,13 @@ TEST_F(Staging, WithoutAContainerEachOperationLogsItsOwnLineOnce) {
   EXPECT_TRUE(lines[0].starts_with("shareInit Error Domain="));
   EXPECT_TRUE(lines[1].starts_with("Error shareFiles Error Domain="));
   EXPECT_TRUE(lines[2].starts_with("Error shareDatas Error Domain="));
+  for (const platform::LogEvent& event : log->events()) {
+    ASSERT_TRUE(event.error) << event.text;
+    EXPECT_EQ(event.error->domain, foundation::kQuollErrorDomain);
+    EXPECT_EQ(event.error->code, foundation::kNotCoordinatedError);
+    ASSERT_NE(event.error->underlying(), nullptr);
+    EXPECT_TRUE(event.text.ends_with(event.error->underlying()->description())) << event.text;
+  }
 }
 
 TEST_F(Staging, FilesOfOneNameGetTheNextFreeOnes) {
@@ -121,6 +132,10 @@ TEST_F(Staging, AnExceptionEndsTheLoopAndKeepsWhatIsThere) {
   EXPECT_EQ(texts(*ShareDatas("Share", list({Bytes{1}, "text", Bytes{2}}))),
             std::vector{staging() + "/image.png"});
   EXPECT_TRUE(log->lines().back().starts_with("Exception shareDatas ")) << log->lines().back();
+  const auto raised = log->events().back();
+  ASSERT_TRUE(raised.error);
+  EXPECT_EQ(raised.error->code, foundation::kRaisedError);
+  EXPECT_EQ(raised.text, "Exception shareDatas " + raised.error->text);
 }
 
 TEST_F(Staging, AnotherExceptionPassesAndFreesTheLock) {

@@ -179,6 +179,17 @@ TEST(ErrorText, NamesDomainCodeAndDetails) {
             "Code=2 \"No such file or directory\"}}");
 }
 
+TEST(ErrorText, HoldsWhatLiesBeneath) {
+  const Error error = file_error(ENOENT, "/x/a.txt", true);
+  ASSERT_NE(error.underlying(), nullptr);
+  EXPECT_EQ(error.underlying()->domain, NSPOSIXErrorDomain);
+  EXPECT_EQ(error.underlying()->code, ENOENT);
+  EXPECT_EQ(error.detail(NSUnderlyingErrorKey), nullptr) << "it is no text";
+  EXPECT_EQ(error.underlying()->underlying(), nullptr);
+  EXPECT_EQ(quoll_error(kNotOpenedError, "Why.").description(),
+            "Error Domain=QuollErrorDomain Code=4 \"Why.\"");
+}
+
 TEST(FileError, SaysWhatHappenedInOneSentence) {
   struct Case {
     int number;

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "apps/share/watched_desktop.h"
+#include "quoll/container/coordinated_access.h"
 #include "quoll/foundation/format.h"
 #include "quoll/platform/desktop.h"
 #include "quoll/platform/type_identifiers.h"
@@ -13,13 +14,25 @@
 namespace quoll::share {
 namespace {
 
+using foundation::Error;
 using foundation::file_error;
 using foundation::format;
 using foundation::NSURL;
+using platform::LogEvent;
 
-/// An item for which the extension wrote this file, or logged this line.
+/// What is logged by `platform::log(pattern, error)`.
+LogEvent event_of(std::string_view pattern, const Error& error) {
+  return {format(pattern, error), error};
+}
+
+/// What a coordination that failed logs.
+LogEvent not_coordinated(std::string_view pattern, const Error& error) {
+  return {format(pattern, error), container::not_coordinated(error)};
+}
+
+/// An item for which the extension wrote this file, or logged this.
 std::shared_ptr<SharedItem> file_item(const std::string& name, const std::string& staged,
-                                      const std::string& line) {
+                                      const std::optional<LogEvent>& event) {
   const auto queue = std::make_shared<test::HeldQueue>();
   const platform::ScopedDesktop desktop({.queue = queue});
   auto item = std::make_shared<SharedItem>(name, platform::kUTTypeFileURL,
@@ -28,8 +41,8 @@ std::shared_ptr<SharedItem> file_item(const std::string& name, const std::string
     if (!staged.empty()) {
       Witness::current()->saw_file(staged);
     }
-    if (!line.empty()) {
-      Witness::current()->saw_line(line);
+    if (event) {
+      Witness::current()->saw(*event);
     }
   });
   queue->run();
@@ -55,30 +68,39 @@ TEST(Report, WhatTheDraftHoldsDecides) {
   struct Row {
     const char* reason;
     std::string staged;
-    std::string line;
+    std::optional<LogEvent> event;
     const char* url;
     std::string text;
   };
-  const std::string denied =
-      format("Error writing file shareFiles %@", file_error(EACCES, "/a.pdf", true));
+  const LogEvent denied =
+      event_of("Error writing file shareFiles %@", file_error(EACCES, "/a.pdf", true));
   const std::vector<Row> rows{
-      {"it is in the draft", "/Share/a.pdf", "", "quoll://compose?attachment_0=%2FShare%2Fa.pdf",
+      {"it is in the draft",
+       "/Share/a.pdf",
+       {},
+       "quoll://compose?attachment_0=%2FShare%2Fa.pdf",
        ""},
-      {"it was staged a moment too late", "/Share/a.pdf", "", "quoll://compose?",
+      {"it was staged a moment too late",
+       "/Share/a.pdf",
+       {},
+       "quoll://compose?",
        "left out: a.pdf: it took too long\n"},
-      {"another file of that name is in the draft", "/Share/a_1.pdf", "",
-       "quoll://compose?attachment_0=%2FShare%2Fa.pdf", "left out: a.pdf: it took too long\n"},
+      {"another file of that name is in the draft",
+       "/Share/a_1.pdf",
+       {},
+       "quoll://compose?attachment_0=%2FShare%2Fa.pdf",
+       "left out: a.pdf: it took too long\n"},
       {"it could not be read", "", denied, "quoll://compose?",
        "left out: a.pdf: permission denied\n"},
-      {"a line was logged and all went well", "/Share/a.pdf", "a note",
+      {"a line was logged and all went well", "/Share/a.pdf", LogEvent{"a note"},
        "quoll://compose?attachment_0=%2FShare%2Fa.pdf", ""},
       {"no folder to stage it in", "",
-       format("Error shareFiles %@", file_error(ENOENT, "/x", true)), "quoll://compose?",
+       not_coordinated("Error shareFiles %@", file_error(ENOENT, "/x", true)), "quoll://compose?",
        "left out: a.pdf: the shared folder cannot be used\n"},
   };
   for (const Row& row : rows) {
     Selection selection;
-    selection.items = {file_item("a.pdf", row.staged, row.line)};
+    selection.items = {file_item("a.pdf", row.staged, row.event)};
     const Told answer = told(selection, {}, row.url);
     EXPECT_EQ(answer.text, row.text) << row.reason;
     EXPECT_EQ(answer.code, row.text.empty() ? ExitCode::kOpened : ExitCode::kSomethingLeftOut)
@@ -104,7 +126,7 @@ TEST(Report, NotOpened) {
   selection.text = "x";
   EXPECT_EQ(told(selection, {}, "quoll://compose?", false).code, ExitCode::kNotOpened);
   Outcome outcome;
-  outcome.background = {"the share ended early: no memory"};
+  outcome.background = {{"the share ended early: no memory"}};
   EXPECT_EQ(told(selection, outcome, nullptr).text,
             "not opened: the share ended early: no memory\n");
 }
@@ -119,19 +141,24 @@ TEST(Report, NamesFromStrangersAreEscaped) {
 TEST(Report, TroubleWithTheSharedFolderIsToldOnce) {
   struct Row {
     const char* reason;
-    std::vector<std::string> preparation;
+    std::vector<LogEvent> preparation;
     const char* begin;
   };
   const auto missing = file_error(ENOENT, "/Share", true);
   const auto read_only = file_error(EROFS, "/Share", true);
   const std::vector<Row> rows{
       {"the very first share",
-       {format("shareInit delete %@", missing), format("shareInit create %@", missing)},
+       {event_of("shareInit delete %@", missing), event_of("shareInit create %@", missing)},
        ""},
       {"a read-only container",
-       {format("shareInit delete %@", read_only), format("shareInit create %@", read_only)},
+       {event_of("shareInit delete %@", read_only), event_of("shareInit create %@", read_only)},
        "the shared folder cannot be used: read-only file system; "},
-      {"no container", {format("shareInit %@", missing)}, "the shared folder cannot be used: "},
+      {"no container",
+       {not_coordinated("shareInit %@", missing)},
+       "the shared folder cannot be used: there is none; "},
+      {"the lock cannot be had",
+       {not_coordinated("shareInit %@", read_only)},
+       "the shared folder cannot be used: read-only file system; "},
   };
   for (const Row& row : rows) {
     Selection selection;
@@ -149,10 +176,10 @@ TEST(Report, TroubleWithTheSharedFolderIsToldOnce) {
 TEST(Report, AFolderThatCouldNotBeEmptiedAndWasFilledIsNoTrouble) {
   const auto bad_disk = file_error(EIO, "/Share", true);
   Selection selection;
-  selection.items = {file_item("a.pdf", "/Share/a_1.pdf", "")};
+  selection.items = {file_item("a.pdf", "/Share/a_1.pdf", {})};
   Outcome outcome;
-  outcome.preparation = {format("shareInit delete %@", bad_disk),
-                         format("shareInit create %@", bad_disk)};
+  outcome.preparation = {event_of("shareInit delete %@", bad_disk),
+                         event_of("shareInit create %@", bad_disk)};
   const Told answer = told(selection, outcome, "quoll://compose?attachment_0=%2FShare%2Fa_1.pdf");
   EXPECT_EQ(answer.text, "");
   EXPECT_EQ(answer.code, ExitCode::kOpened);

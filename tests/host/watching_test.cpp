@@ -8,6 +8,7 @@
 #include "apps/share/watched_desktop.h"
 #include "apps/share/watched_queue.h"
 #include "apps/share/watched_workspace.h"
+#include "quoll/foundation/exception.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/unique_fd.h"
 #include "quoll/platform/type_identifiers.h"
@@ -26,7 +27,8 @@ class LoggingWorkspace final : public platform::NSWorkspace {
  public:
   bool openURLs(const std::vector<std::shared_ptr<NSURL>>& /*urls*/,
                 std::string_view /*application*/, unsigned /*options*/) override {
-    platform::log_line("openURLs nobody is there");
+    platform::log_reason("openURLs",
+                         foundation::quoll_error(foundation::kNotOpenedError, "nobody is there"));
     return false;
   }
 };
@@ -51,7 +53,8 @@ TEST(WatchedWorkspace, HearsWhyNothingWasOpened) {
   WatchedWorkspace workspace(std::make_shared<LoggingWorkspace>());
   platform::log_line("before");
   EXPECT_FALSE(workspace.openURLs({}, "x", 0));
-  EXPECT_EQ(workspace.opening()->lines, Lines{"openURLs nobody is there"});
+  ASSERT_EQ(workspace.opening()->logged.size(), 1U);
+  EXPECT_EQ(workspace.opening()->logged[0].error->code, foundation::kNotOpenedError);
   EXPECT_EQ(log->lines(), (Lines{"before", "openURLs nobody is there"})) << "the log gets them all";
 }
 
@@ -73,6 +76,7 @@ TEST(Printer, SaysWhyItCannot) {
   const platform::ScopedDesktop desktop({.log = log});
   EXPECT_FALSE(printer(-1)->openURLs({NSURL::URLWithString("x:")}, "x", 0));
   EXPECT_EQ(log->lines(), Lines{"openURLs the URL cannot be written: bad file descriptor"});
+  EXPECT_EQ(log->events().at(0).error->code, foundation::kNotOpenedError);
 }
 
 TEST(WatchedQueue, WaitsForBackgroundBlocksOnly) {
@@ -103,8 +107,9 @@ TEST(WatchedQueue, WhatLeavesABlockIsHeard) {
   WatchedQueue queue(threads);
   queue.async(platform::QueuePriority::kBackground, [] { throw std::bad_alloc(); });
   ASSERT_TRUE(queue.wait_for_background(60s));
-  ASSERT_EQ(queue.witness().lines().size(), 1U);
-  EXPECT_TRUE(queue.witness().lines()[0].starts_with("the share ended early: "));
+  ASSERT_EQ(queue.witness().logged().size(), 1U);
+  EXPECT_TRUE(queue.witness().logged()[0].text.starts_with("the share ended early: "));
+  EXPECT_EQ(queue.witness().logged()[0].error->code, foundation::kShareEndedError);
 }
 
 TEST(WatchedFiles, TellsTheWitnessOfTheThread) {
@@ -167,8 +172,12 @@ TEST(SharedItem, WhatLeavesAHandlerEndsThere) {
   second->loadItemForTypeIdentifier(
       "", [](const auto&, const auto&) { throw std::runtime_error("x"); });
   held->run();
-  EXPECT_EQ(first->witness().lines(), Lines{"loadItemForTypeIdentifier a wrong kind"});
-  EXPECT_EQ(second->witness().lines(), Lines{"loadItemForTypeIdentifier x"});
+  EXPECT_EQ(log->lines(),
+            (Lines{"loadItemForTypeIdentifier a wrong kind", "loadItemForTypeIdentifier x"}));
+  ASSERT_EQ(first->witness().logged().size(), 1U);
+  EXPECT_EQ(first->witness().logged()[0].error->text, "a wrong kind");
+  ASSERT_EQ(second->witness().logged().size(), 1U);
+  EXPECT_EQ(second->witness().logged()[0].error->text, "x");
   EXPECT_EQ(first->state(), SharedItem::State::kAnswered);
 }
 

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "quoll/container/staging.h"
+#include "quoll/foundation/exception.h"
 #include "quoll/platform/images.h"
 #include "tests/share/scripted_share.h"
 
@@ -211,6 +212,9 @@ TEST(Gathering, WhatIsNoImageIsLeftOutAndNeverProlongsTheWait) {
     ASSERT_EQ(logged.size(), row.lines) << row.reason;
     for (const std::string& line : logged) {
       EXPECT_TRUE(line.starts_with("GetItemForExtension kUTTypeImage ")) << line;
+    }
+    for (const platform::LogEvent& event : share.log->events()) {
+      EXPECT_TRUE(event.error) << event.text;
     }
   }
 }

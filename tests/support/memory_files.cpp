@@ -147,7 +147,7 @@ bool MemoryFiles::copyItemAtPath(std::string_view source, std::string_view desti
   }
   const bool copied = report(number, source, writing, error);
   if (!copied) {
-    error->user_info.emplace_back("NSDestinationFilePath", destination);
+    error->user_info.emplace_back("NSDestinationFilePath", std::string(destination));
   }
   return copied;
 }

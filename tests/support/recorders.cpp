@@ -2,16 +2,26 @@
 
 #include <thread>
 
+#include "quoll/foundation/exception.h"
+
 namespace quoll::test {
 
-void RecordingLog::line(std::string_view text) {
+void RecordingLog::write(const platform::LogEvent& event) {
   const std::lock_guard lock(mutex_);
-  lines_.emplace_back(text);
+  events_.push_back(event);
+}
+
+std::vector<platform::LogEvent> RecordingLog::events() const {
+  const std::lock_guard lock(mutex_);
+  return events_;
 }
 
 std::vector<std::string> RecordingLog::lines() const {
-  const std::lock_guard lock(mutex_);
-  return lines_;
+  std::vector<std::string> lines;
+  for (const auto& event : events()) {
+    lines.push_back(event.text);
+  }
+  return lines;
 }
 
 bool RecordingWorkspace::openURLs(const std::vector<std::shared_ptr<foundation::NSURL>>& urls,

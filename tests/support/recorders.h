@@ -17,12 +17,14 @@ namespace quoll::test {
 /// Keeps every line that was logged.
 class RecordingLog final : public platform::Log {
  public:
-  void line(std::string_view text) override;
+  void write(const platform::LogEvent& event) override;
+  [[nodiscard]] std::vector<platform::LogEvent> events() const;
+  /// Their texts alone.
   [[nodiscard]] std::vector<std::string> lines() const;
 
  private:
   mutable std::mutex mutex_;
-  std::vector<std::string> lines_;
+  std::vector<platform::LogEvent> events_;
 };
 
 /// Opens nothing, keeps what was to be opened, and answers what it was told to.

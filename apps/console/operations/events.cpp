@@ -23,9 +23,9 @@ void tell(Json event) {
 class WatchedLog final : public platform::Log {
  public:
   explicit WatchedLog(std::shared_ptr<platform::Log> log) : log_(std::move(log)) {}
-  void line(std::string_view text) override {
-    tell({{"log", json_text(text)}});
-    log_->line(text);
+  void write(const platform::LogEvent& event) override {
+    tell({{"log", json_text(event.text)}});
+    log_->write(event);
   }
 
  private:

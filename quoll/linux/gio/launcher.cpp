@@ -48,7 +48,8 @@ class Launcher final : public platform::NSWorkspace {
     }
     const Failure failure = ask(request);
     if (failure) {
-      platform::log("openURLs %@", *failure);
+      platform::log_reason("openURLs",
+                           foundation::quoll_error(foundation::kNotOpenedError, *failure));
     }
     return !failure;
   }

@@ -173,7 +173,7 @@ class PosixFiles final : public platform::NSFileManager {
     const auto failure = copy(source, destination);
     if (failure) {
       error = error_of(*failure, source);
-      error->user_info.emplace_back("NSDestinationFilePath", destination);
+      error->user_info.emplace_back("NSDestinationFilePath", std::string(destination));
     }
     return !failure;
   }

@@ -22,8 +22,8 @@ class SystemLog final : public platform::Log {
     ::openlog(name.c_str(), LOG_PID | LOG_NDELAY, LOG_USER);
   }
 
-  void line(std::string_view text) override {
-    ::syslog(LOG_NOTICE, "%s", foundation::printable(text, kLongestLine).c_str());
+  void write(const platform::LogEvent& event) override {
+    ::syslog(LOG_NOTICE, "%s", foundation::printable(event.text, kLongestLine).c_str());
   }
 };
 
