@@ -29,7 +29,7 @@ std::filesystem::path module_path() {
   auto installed = folder / ".." / QUOLL_LIBDIR / "quoll" / kReaderModule;
   return std::filesystem::exists(installed, error)
              ? installed
-             : folder / ".." / ".." / "linux" / "xml" / kReaderModule;
+             : folder / ".." / ".." / "quoll" / "linux" / "xml" / kReaderModule;
 }
 
 /// Loads the module. It is never unloaded, because its libraries keep data for each thread.
