@@ -75,9 +75,9 @@ void on_text(void* user, const xmlChar* text, int length) {
   });
 }
 
-void on_error(void* user, xmlErrorPtr error) {
+void on_error(void* user, int code) {
   guarded(user, [&](Reading& reading) {
-    reading.comparisons += error->code == XML_ERR_TAG_NAME_MISMATCH ? reading.document.depth() : 0;
+    reading.comparisons += code == XML_ERR_TAG_NAME_MISMATCH ? reading.document.depth() : 0;
     if (reading.comparisons > kMostComparisons) {
       reading.fail("its elements are nested too deeply");
     }
@@ -91,7 +91,8 @@ htmlSAXHandler handler() {
   sax.endElement = on_end;
   sax.characters = on_text;
   sax.ignorableWhitespace = on_text;
-  sax.serror = on_error;
+  // The error is constant in some versions of the library and not in others.
+  sax.serror = [](void* user, auto* error) { on_error(user, error->code); };
   return sax;
 }
 
