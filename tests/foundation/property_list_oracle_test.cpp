@@ -115,8 +115,8 @@ class Documents {
   std::mt19937 random_;
 };
 
-using Write = void (*)(plist_t node, char** bytes, std::uint32_t* size);
-
+/// The library's writers answer nothing in some of its versions and an error's number in others.
+template <typename Write>
 std::string written(plist_t node, Write write) {
   char* bytes = nullptr;
   std::uint32_t size = 0;
