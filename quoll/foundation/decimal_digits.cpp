@@ -11,7 +11,7 @@ namespace quoll::foundation {
 
 namespace {
 
-/// The zeros of all scripts; the nine digits of each follow its zero.
+/// The zeros of all scripts of Unicode 15; the nine digits of each follow its zero.
 constexpr std::uint32_t kZeros[] = {
     0x00030, 0x00660, 0x006F0, 0x007C0, 0x00966, 0x009E6, 0x00A66, 0x00AE6, 0x00B66, 0x00BE6,
     0x00C66, 0x00CE6, 0x00D66, 0x00DE6, 0x00E50, 0x00ED0, 0x00F20, 0x01040, 0x01090, 0x017E0,

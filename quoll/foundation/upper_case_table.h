@@ -21,6 +21,9 @@ struct UpperCaseText {
   std::string_view text;
 };
 
+/// The version of Unicode that this is.
+inline constexpr int kUpperCaseUnicode = 14;
+
 // clang-format off
 inline constexpr UpperCaseRun kUpperCaseRuns[] = {
     {0x00B5, 0x00B5, 1, 743},
