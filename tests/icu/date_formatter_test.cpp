@@ -77,11 +77,51 @@ TEST_F(DateFormatterTest, TheDayIsNeverZeroForADate) {
       {"th_TH", 5440103, 105421231},
       {"fa_IR", -6211011, 93781010},
       {"ar_SA", -6400518, 96660402},
+      {"fa", -6211011, 93781010},
+      {"ps_AF", -6211011, 93781010},
+      {"fa_IR_u_ca_gregory", 10103, 99991231},  // a locale may name its calendar
+      {"am_ET", 10103, 99991231},
   };
   for (const Row& row : rows) {
     const auto dates = formats({{"LC_ALL", row.locale}, {"TZ", "UTC"}});
     EXPECT_EQ(dates->IntDate(Date{kFirst}), row.first) << row.locale;
     EXPECT_EQ(dates->IntDate(Date{kLast}), row.last) << row.locale;
+  }
+}
+
+TEST_F(DateFormatterTest, TheDayIsTheSameOnEverySystem) {
+  struct Row {
+    double moment;
+    std::int64_t gregorian;
+    std::int64_t persian;
+    std::int64_t buddhist;
+    std::int64_t hijri;
+  };
+  const Row rows[] = {
+      {-12219552000, 15821002, 9610720, 21251002, 9900914},
+      {-5355676800, 18000415, 11790126, 23430415, 12141120},
+      {-1035158400, 19370314, 13151223, 24800314, 13560101},
+      {-86400, 19691231, 13481010, 25121231, 13891021},
+      {290736000, 19790320, 13571229, 25220320, 13990421},
+      {951782400, 20000229, 13781210, 25430229, 14201123},
+      {1710806400, 20240319, 14021229, 25670319, 14450909},
+      {1710892800, 20240320, 14030101, 25670320, 14450910},
+      {1740787200, 20250301, 14031211, 25680301, 14460901},
+      {1773964800, 20260320, 14041229, 25690320, 14471001},
+      {1893456000, 20300101, 14081012, 25730101, 14510826},
+      {2790115200, 20580601, 14370311, 26010601, 14801209},
+      {3404332800, 20771117, 14560827, 26201117, 15010101},
+      {4835030400, 21230321, 15020101, 26660321, 15470923},
+      {16741555200, 25000709, 18790418, 30430709, 19360811},
+  };
+  for (const Row& row : rows) {
+    for (const auto& [locale, day] : {std::pair{"de_DE", row.gregorian},
+                                      {"fa_IR", row.persian},
+                                      {"th_TH", row.buddhist},
+                                      {"ar_SA", row.hijri}}) {
+      EXPECT_EQ(formats({{"LC_ALL", locale}, {"TZ", "UTC"}})->IntDate(Date{row.moment}), day)
+          << locale << ' ' << row.moment;
+    }
   }
 }
 
@@ -302,9 +342,8 @@ TEST_F(DateFormatterTest, APatternMayTellTheZone) {
   EXPECT_EQ(formatter->stringFromDate({kMoment}), "06:45 -03:30");
 }
 
-TEST_F(DateFormatterTest, AnImpossiblePatternWritesNothingAndIsLogged) {
-  const auto formatter =
-      icu::make_dates()->formatter({.calendar = std::string(1000, 'x'), .date_format = "y"});
+TEST_F(DateFormatterTest, AnImpossibleCalendarWritesNothingAndIsLogged) {
+  const auto formatter = icu::make_dates()->formatter({.calendar = "not=one", .date_format = "y"});
   ASSERT_NE(formatter, nullptr);
   EXPECT_EQ(formatter->stringFromDate({kMoment}), "");
   EXPECT_EQ(formatter->dateFromString("2024"), std::nullopt);

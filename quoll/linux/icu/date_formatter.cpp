@@ -103,6 +103,8 @@ bool is_exchange(const DateFormatterSettings& settings) {
   ::icu::Locale locale = settings.locale ? locale_named(*settings.locale) : user_locale();
   if (settings.calendar) {
     locale.setKeywordValue("calendar", settings.calendar->c_str(), status);
+  } else if (settings.date_format) {
+    hold_calendar(locale, status);
   }
   return locale;
 }

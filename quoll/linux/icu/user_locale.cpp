@@ -31,6 +31,17 @@ std::string_view script_of(std::string_view modifier) {
   return {};
 }
 
+/// What a country counts its days by.
+const char* calendar_of(std::string_view country) {
+  if (country == "AF" || country == "IR") {
+    return "persian";
+  }
+  if (country == "SA") {
+    return "islamic-umalqura";
+  }
+  return country == "TH" ? "buddhist" : "gregorian";
+}
+
 }  // namespace
 
 ::icu::Locale locale_named(std::string_view name) {
@@ -57,6 +68,16 @@ std::string_view script_of(std::string_view modifier) {
     }
   }
   return locale_named("");
+}
+
+void hold_calendar(::icu::Locale& locale, UErrorCode& status) {
+  constexpr const char* kCalendar = "calendar";
+  if (!locale.getKeywordValue<std::string>(kCalendar, status).empty()) {
+    return;
+  }
+  ::icu::Locale full = locale;  // "fa" alone is of Iran
+  full.addLikelySubtags(status);
+  locale.setKeywordValue(kCalendar, calendar_of(full.getCountry()), status);
 }
 
 }  // namespace quoll::icu

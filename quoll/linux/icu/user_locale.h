@@ -14,4 +14,8 @@ namespace quoll::icu {
 /// `POSIX`, the empty name and what cannot be a name give en_US_POSIX.
 [[nodiscard]] ::icu::Locale locale_named(std::string_view name);
 
+/// Names in the locale, unless it names one, the calendar of its country: by a table of our own,
+/// since the calendar that ICU takes changes with its version.
+void hold_calendar(::icu::Locale& locale, UErrorCode& status);
+
 }  // namespace quoll::icu
