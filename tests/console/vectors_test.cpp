@@ -18,6 +18,7 @@
 #include "quoll/linux/posix/steady_clock.h"
 #include "quoll/linux/xml/styled_text.h"
 #include "quoll/records/extension_date.h"
+#include "tests/console/short_dates.h"
 #include "tests/console/vector_case.h"
 #include "tests/support/recorders.h"
 
@@ -158,7 +159,8 @@ void run(const std::vector<VectorCase>& vectors) {
         << lines[i];
   }
   for (std::size_t i = 0; i < vectors.size(); ++i) {
-    const Json expected = console::parse_json(folders.fill(console::json_line(vectors[i].reply)));
+    const Json reply = reply_of_this_system(vectors[i], environment);
+    const Json expected = console::parse_json(folders.fill(console::json_line(reply)));
     EXPECT_TRUE(matches(expected, console::parse_json(there[last_line[i]])))
         << "because: " << vectors[i].reason << "\nrequest:  " << lines[last_line[i]]
         << "\nexpected: " << console::json_line(expected) << "\nreply:    " << there[last_line[i]];
