@@ -230,14 +230,24 @@ TEST_F(RoundTrip, AProfileForOtherChannelsIsLeftOut) {
     Bytes profile;
     const char* reason;
   };
+  const auto changed = [](Bytes profile, std::size_t at, unsigned char byte) {
+    profile[at] = byte;
+    return profile;
+  };
   Bytes wrong_length = sample_profile(3);
   wrong_length.push_back(0);
+  Bytes no_tags = changed(sample_profile(3, 132), 3, 131);
+  no_tags.pop_back();
   const Row rows[] = {
       {3, sample_profile(1), "a grey profile on colours"},
       {1, sample_profile(3), "a colour profile on greys"},
       {3, sample_profile(0), "inks"},
       {3, wrong_length, "longer than it says"},
       {3, Bytes(10), "shorter than its header"},
+      {3, no_tags, "its header and nothing else"},
+      {3, changed(sample_profile(3, 401), 8, 4), "a length that version 4 does not have"},
+      {3, changed(sample_profile(3), 36, 'x'), "not marked as a profile"},
+      {3, changed(sample_profile(3), 131, 200), "more tags than there is room for"},
   };
   for (const Row& row : rows) {
     SampleImage image = sample_image(20, 20, row.channels, 8);

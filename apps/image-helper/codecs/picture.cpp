@@ -15,17 +15,28 @@ void check_size(std::uint64_t width, std::uint64_t height) {
   }
 }
 
-void PictureSource::drop_unfitting_profile() {
-  // The header of a profile has 128 bytes. Its first four are the profile's length; its colour
-  // space is at byte 16.
-  const std::vector<unsigned char>& profile = picture_.profile;
-  const auto length = [&] {
-    return std::size_t{profile[0]} << 24 | std::size_t{profile[1]} << 16 |
-           std::size_t{profile[2]} << 8 | std::size_t{profile[3]};
+bool Picture::has_fitting_profile() const {
+  // Its length is at byte 0, its version at 8, its colour space at 16, its mark at 36, and the
+  // number of its tags at 128. The table of the tags follows.
+  constexpr std::size_t kHeader = 132;
+  constexpr std::size_t kTag = 12;
+  if (profile.size() < kHeader) {
+    return false;
+  }
+  const auto number_at = [&](std::size_t at) {
+    return std::size_t{profile[at]} << 24 | std::size_t{profile[at + 1]} << 16 |
+           std::size_t{profile[at + 2]} << 8 | std::size_t{profile[at + 3]};
   };
-  const char* const space = picture_.channels < 3 ? "GRAY" : "RGB ";
-  if (profile.size() < 128 || length() != profile.size() ||
-      std::memcmp(profile.data() + 16, space, 4) != 0) {
+  const auto text_at = [&](std::size_t at, const char* text) {
+    return std::memcmp(profile.data() + at, text, 4) == 0;
+  };
+  const bool whole = number_at(0) == profile.size() && (profile[8] < 4 || profile.size() % 4 == 0);
+  return whole && text_at(16, channels < 3 ? "GRAY" : "RGB ") && text_at(36, "acsp") &&
+         number_at(128) <= (profile.size() - kHeader) / kTag;
+}
+
+void PictureSource::drop_unfitting_profile() {
+  if (!picture_.has_fitting_profile()) {
     picture_.profile.clear();
   }
 }

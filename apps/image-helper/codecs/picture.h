@@ -53,6 +53,9 @@ struct Picture {
 
   [[nodiscard]] std::size_t pixel_bytes() const { return std::size_t{channels} * bits / 8; }
   [[nodiscard]] std::size_t row_bytes() const { return width * pixel_bytes(); }
+  /// False when there is no profile, when it is damaged, and when it is made for other channels. A
+  /// writer may refuse the whole picture for one that does not fit.
+  [[nodiscard]] bool has_fitting_profile() const;
 };
 
 /// Raises `Refused` when a picture of this size is empty or has too many pixels.

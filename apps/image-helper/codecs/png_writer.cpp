@@ -71,7 +71,7 @@ class PngWriter {
 
   void set_colours(const Picture& picture) {
     const PngColours& colours = picture.colours;
-    if (!picture.profile.empty()) {
+    if (picture.has_fitting_profile()) {
       png_set_iCCP(png_, info_, "profile", PNG_COMPRESSION_TYPE_BASE, picture.profile.data(),
                    static_cast<png_uint_32>(picture.profile.size()));
     }
