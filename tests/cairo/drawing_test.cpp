@@ -4,6 +4,7 @@
 #include <limits>
 #include <string_view>
 
+#include "tests/cairo/pdf_text.h"
 #include "tests/cairo/pixels.h"
 
 namespace quoll::test {
@@ -87,7 +88,7 @@ TEST_F(DrawingTest, PaperHasItsSizeAndNoPixels) {
   EXPECT_NE(text.find("viewBox=\"0 0 200.5 100\""), std::string::npos) << text;
   const auto page = make_drawing(FileType::kPdf, {200, 100.5})->finish();
   ASSERT_TRUE(page);
-  const std::string paper(page->begin(), page->end());
+  const std::string paper = pdf_text(std::string(page->begin(), page->end()));
   EXPECT_NE(paper.find("MediaBox [ 0 0 200 100.5 ]"), std::string::npos);
 }
 
@@ -307,6 +308,21 @@ TEST_F(DrawingTest, StrongTransformsStillDraw) {
     drawing->fill_rounded_rect({{-1e9, -1e9}, {2e9, 2e9}}, 1e9, kBlue);
     EXPECT_EQ(rows(*drawing, 4, 4), Rows(4, "bbbb")) << stretch;
   }
+}
+
+TEST_F(DrawingTest, ALineIsAsWideAsItsTransformMakesIt) {
+  const auto drawing = pixels(8, 6);
+  {
+    const SavedGraphicsState state(*drawing);
+    drawing->scale(1, 0.001);
+    drawing->stroke_line({1, 3000}, {7, 3000}, 2000, kRed);
+    EXPECT_EQ(rows(*drawing, 8, 6),
+              (Rows{"........", "........", ".rrrrrr.", ".rrrrrr.", "........", "........"}));
+    drawing->stroke_line({4, 0}, {4, 6000}, 2, kBlue);
+  }
+  drawing->stroke_line({0, 5.5}, {8, 5.5}, 1, kGreen);
+  EXPECT_EQ(rows(*drawing, 8, 6),
+            (Rows{"...bb...", "...bb...", ".rrbbrr.", ".rrbbrr.", "...bb...", "gggggggg"}));
 }
 
 TEST_F(DrawingTest, FindsWholePixels) {

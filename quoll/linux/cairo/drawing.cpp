@@ -105,20 +105,19 @@ class CairoDrawing final : public Drawing {
 
   void stroke_rounded_rect(const NSRect& rect, double radius, double line_width,
                            const Colour& colour) override {
-    if (set_line_width(line_width) &&
-        add_outline(rect, radius, cairo_get_line_width(cairo_.get()))) {
-      set_colour(colour);
-      cairo_stroke(cairo_.get());
+    const double width = usable_width(line_width);
+    if (width > 0 && add_outline(rect, radius, width)) {
+      stroke(width, colour);
     }
   }
 
   void stroke_line(const NSPoint& from, const NSPoint& to, double line_width,
                    const Colour& colour) override {
-    if (set_line_width(line_width)) {
+    const double width = usable_width(line_width);
+    if (width > 0) {
       add_point(from);
       add_point(to);
-      set_colour(colour);
-      cairo_stroke(cairo_.get());
+      stroke(width, colour);
     }
   }
 
@@ -304,11 +303,22 @@ class CairoDrawing final : public Drawing {
                   std::clamp(place.y, -farthest, farthest));
   }
 
-  bool set_line_width(double width) {
-    if (width > 0) {
-      cairo_set_line_width(cairo_.get(), std::min(width, reach()));
-    }
-    return width > 0;
+  /// Not more than 0 when there is no line to draw.
+  [[nodiscard]] double usable_width(double width) const {
+    return width > 0 ? std::min(width, reach()) : 0;
+  }
+
+  /// Draws along the path. cairo cannot hold the width when its unit is far smaller than a pixel.
+  /// Therefore the width is given in units of about a pixel, which does not change the path.
+  void stroke(double width, const Colour& colour) {
+    const platform::SavedGraphicsState state(*this);
+    cairo_matrix_t matrix;
+    cairo_get_matrix(cairo_.get(), &matrix);
+    const double unit = longest_unit(matrix);
+    cairo_scale(cairo_.get(), 1 / unit, 1 / unit);
+    cairo_set_line_width(cairo_.get(), width * unit);
+    set_colour(colour);
+    cairo_stroke(cairo_.get());
   }
 
   /// The largest coordinate and line width, in the units of the current transform.
