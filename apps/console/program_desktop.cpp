@@ -4,7 +4,6 @@
 #include <iostream>
 #include <string_view>
 
-#include "apps/console/operations/events.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/linux/gio/launcher.h"
 #include "quoll/linux/icu/date_formatter.h"
@@ -22,10 +21,21 @@ namespace quoll::console {
 
 namespace {
 
+/// Opens nothing and answers true.
+class AcceptingWorkspace final : public platform::NSWorkspace {
+ public:
+  bool openURLs(const std::vector<std::shared_ptr<foundation::NSURL>>& /*urls*/,
+                std::string_view /*application*/, unsigned /*options*/) override {
+    return true;
+  }
+};
+
 std::shared_ptr<platform::NSWorkspace> make_workspace() {
   const char* kind = std::getenv("QUOLL_WORKSPACE");
-  return kind != nullptr && std::string_view(kind) == "record" ? console::make_recording_workspace()
-                                                               : gio::start_launcher();
+  if (kind != nullptr && std::string_view(kind) == "record") {
+    return std::make_shared<AcceptingWorkspace>();
+  }
+  return gio::start_launcher();
 }
 
 class ErrorLog final : public platform::Log {

@@ -18,6 +18,7 @@ namespace {
 using foundation::Error;
 using foundation::NSURL;
 using platform::LogEvent;
+using recording::WrittenFile;
 
 /// What the opened URL really carries. The items' own memory does not tell: one may have been
 /// staged a moment after the URL was made.
@@ -33,9 +34,9 @@ class Draft {
     if (const auto link = item.value().as<NSURL>(); link && !link->isFileURL()) {
       return links_.contains(link->absoluteString());
     }
-    const auto files = item.witness().files();
+    const auto files = recording::events_of_kind<WrittenFile>(item.events());
     return std::any_of(files.begin(), files.end(),
-                       [&](const std::string& path) { return attachments_.contains(path); });
+                       [&](const WrittenFile& file) { return attachments_.contains(file.path); });
   }
 
  private:
@@ -59,25 +60,49 @@ class Draft {
   std::set<std::string, std::less<>> links_;
 };
 
+bool is_own(const Error& error, foundation::QuollErrorCode code) {
+  return error.domain == foundation::kQuollErrorDomain && error.code == code;
+}
+
+/// True for what the preparation of the staging folder logs.
+bool is_about_folder(const LogEvent& event) {
+  return event.error && (is_own(*event.error, foundation::kNotCoordinatedError) ||
+                         is_own(*event.error, foundation::kNotPreparedError));
+}
+
+/// What happened in a share, apart from its items.
+struct Course {
+  explicit Course(const std::vector<recording::Event>& events) {
+    for (const recording::Event& event : events) {
+      if (const auto* const logged = std::get_if<LogEvent>(&event)) {
+        (opening ? launch : is_about_folder(*logged) ? preparation : work).push_back(*logged);
+      } else if (const auto* const asked = std::get_if<recording::Opening>(&event)) {
+        opening = *asked;
+      } else if (const auto* const answer = std::get_if<recording::OpeningAnswer>(&event)) {
+        is_opened = answer->is_opened;
+      }
+    }
+  }
+
+  /// What was logged about the staging folder, about the text, and by the launch.
+  std::vector<LogEvent> preparation, work, launch;
+  std::optional<recording::Opening> opening;
+  bool is_opened = false;
+};
+
 bool is_missing_file(const Error& error) {
   return error.domain == foundation::NSCocoaErrorDomain &&
          error.code == foundation::NSFileNoSuchFileError;
 }
 
-/// True when the lock on the shared folder could not be had.
-bool is_not_coordinated(const Error& error) {
-  return error.domain == foundation::kQuollErrorDomain &&
-         error.code == foundation::kNotCoordinatedError;
-}
-
 /// True for the failure of an item that says nothing about the item: nobody could have staged it.
 bool is_failure_of_folder(const LogEvent& event, bool is_folder_in_trouble) {
-  return event.error && (is_not_coordinated(*event.error) ||
+  return event.error && (is_own(*event.error, foundation::kNotCoordinatedError) ||
                          (is_folder_in_trouble && is_missing_file(*event.error)));
 }
 
 std::string why_left_out(const SharedItem& item, bool is_folder_in_trouble) {
-  const auto logged = item.witness().logged();
+  const auto logged = recording::events_of_kind<LogEvent>(item.events());
   if (!logged.empty()) {
     return is_failure_of_folder(logged.back(), is_folder_in_trouble)
                ? "the shared folder cannot be used"
@@ -86,14 +111,13 @@ std::string why_left_out(const SharedItem& item, bool is_folder_in_trouble) {
   return item.state() == SharedItem::State::kNotAsked ? "it was not asked for" : "it took too long";
 }
 
-std::vector<LeftOut> everything_left_out(const Selection& selection, const Outcome& outcome,
-                                         const WatchedWorkspace::Opening& opening,
+std::vector<LeftOut> everything_left_out(const Selection& selection, const Course& course,
                                          bool is_folder_in_trouble) {
   std::vector<LeftOut> all = selection.left_out;
-  if ((selection.text || selection.html) && !outcome.background.empty()) {
-    all.push_back({"the text", plain_reason(outcome.background.back())});
+  if ((selection.text || selection.html) && !course.work.empty()) {
+    all.push_back({"the text", plain_reason(course.work.back())});
   }
-  const Draft draft(opening.urls);
+  const Draft draft(course.opening->urls);
   for (const auto& item : selection.items) {
     if (!draft.holds(*item)) {
       all.push_back({item->given(), why_left_out(*item, is_folder_in_trouble)});
@@ -106,12 +130,14 @@ std::vector<LeftOut> everything_left_out(const Selection& selection, const Outco
 /// is nothing to delete, and that is no trouble.
 std::optional<std::string> staging_trouble(const std::vector<LogEvent>& preparation) {
   for (const LogEvent& event : preparation) {
-    if (!event.error || is_missing_file(*event.error)) {
-      continue;
+    const Error* const reason = event.error->underlying();
+    const bool is_missing = reason != nullptr && is_missing_file(*reason);
+    if (is_own(*event.error, foundation::kNotCoordinatedError)) {
+      return is_missing ? "there is none" : plain_reason(event);
     }
-    const Error* const reason =
-        is_not_coordinated(*event.error) ? event.error->underlying() : nullptr;
-    return reason != nullptr && is_missing_file(*reason) ? "there is none" : plain_reason(event);
+    if (!is_missing) {
+      return plain_reason(event);
+    }
   }
   return std::nullopt;
 }
@@ -119,16 +145,16 @@ std::optional<std::string> staging_trouble(const std::vector<LogEvent>& preparat
 /// True when something was staged: then the folder could be used, whatever went wrong with what
 /// earlier shares had left in it.
 bool was_used(const Selection& selection) {
-  return std::any_of(selection.items.begin(), selection.items.end(),
-                     [](const auto& item) { return !item->witness().files().empty(); });
+  return std::any_of(selection.items.begin(), selection.items.end(), [](const auto& item) {
+    return !recording::events_of_kind<WrittenFile>(item->events()).empty();
+  });
 }
 
-std::string why_not_opened(const Selection& selection, const Outcome& outcome,
-                           const std::optional<WatchedWorkspace::Opening>& opening) {
+std::string why_not_opened(const Selection& selection, const Course& course) {
   if (selection.empty()) {
     return "nothing that was given can be shared";
   }
-  const std::vector<LogEvent>& logged = opening ? opening->logged : outcome.background;
+  const std::vector<LogEvent>& logged = course.opening ? course.launch : course.work;
   return logged.empty() ? "the system log tells more" : plain_reason(logged.back());
 }
 
@@ -150,13 +176,11 @@ std::string plain_reason(const LogEvent& event) {
                                    : cause->text);
 }
 
-ExitCode report(const Selection& selection, const Outcome& outcome,
-                const WatchedWorkspace& workspace, std::ostream& out) {
-  const auto opening = workspace.opening();
-  const bool is_opened = opening && opening->is_opened;
-  const auto trouble = was_used(selection) ? std::nullopt : staging_trouble(outcome.preparation);
-  const auto left_out = is_opened
-                            ? everything_left_out(selection, outcome, *opening, trouble.has_value())
+ExitCode report(const Selection& selection, const Outcome& outcome, std::ostream& out) {
+  const Course course(outcome.events);
+  const auto trouble = was_used(selection) ? std::nullopt : staging_trouble(course.preparation);
+  const auto left_out = course.is_opened
+                            ? everything_left_out(selection, course, trouble.has_value())
                             : selection.left_out;
   for (const LeftOut& left : left_out) {
     out << "left out: " << (left.what.empty() ? "\"\"" : foundation::printable(left.what)) << ": "
@@ -167,11 +191,11 @@ ExitCode report(const Selection& selection, const Outcome& outcome,
         << "; see that your data folder, or the one that QUOLL_GROUP_CONTAINERS names, can be "
            "written\n";
   }
-  if (!is_opened) {
-    out << "not opened: " << why_not_opened(selection, outcome, opening) << '\n';
+  if (!course.is_opened) {
+    out << "not opened: " << why_not_opened(selection, course) << '\n';
   }
   out.flush();
-  if (!is_opened) {
+  if (!course.is_opened) {
     return ExitCode::kNotOpened;
   }
   return left_out.empty() ? ExitCode::kOpened : ExitCode::kSomethingLeftOut;

@@ -8,7 +8,7 @@
 
 #include "apps/share/request/select.h"
 #include "apps/share/run.h"
-#include "apps/share/watched_workspace.h"
+#include "quoll/platform/log.h"
 
 namespace quoll::share {
 
@@ -24,7 +24,7 @@ enum class ExitCode : int {
 /// shared folder could not be prepared, one when nothing was opened. A share that arrived whole is
 /// silent.
 [[nodiscard]] ExitCode report(const Selection& selection, const Outcome& outcome,
-                              const WatchedWorkspace& workspace, std::ostream& out);
+                              std::ostream& out);
 
 /// What was logged, in words for people: of an error only what the system said at the bottom of it
 /// ("permission denied"). One line, ready for a terminal.

@@ -52,7 +52,7 @@ std::shared_ptr<HostContext> make_request(Selection& selection) {
   return std::make_shared<HostContext>(HostContext::Items{std::move(item)});
 }
 
-void wait_until_done(const Selection& selection, WatchedQueue& background,
+void wait_until_done(const Selection& selection, CountingQueue& background,
                      const Progress& progress) {
   constexpr std::chrono::milliseconds kPatience{1000};
   constexpr std::chrono::milliseconds kStep{100};

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "apps/share/counting_queue.h"
 #include "apps/share/host_context.h"
 #include "apps/share/request/select.h"
-#include "apps/share/watched_queue.h"
-#include "apps/share/witness.h"
+#include "quoll/recording/event_recorder.h"
 #include "quoll/view/view_controller.h"
 
 namespace quoll::share {
@@ -24,37 +24,35 @@ using Progress = std::function<void(std::size_t answered, std::size_t items)>;
 
 /// Returns when no background block is left. Without a `progress` it tells a person at a terminal
 /// how far the share is, once that has taken a second.
-void wait_until_done(const Selection& selection, WatchedQueue& background,
+void wait_until_done(const Selection& selection, CountingQueue& background,
                      const Progress& progress = nullptr);
 
-/// What came of a share, besides what the workspace and the items know.
+/// What came of a share.
 struct Outcome {
   std::shared_ptr<HostContext> request;
-  /// What was logged while the view was asked for: the staging folder was prepared then.
-  std::vector<platform::LogEvent> preparation;
-  /// What was logged on the background queue, the items and the launch aside.
-  std::vector<platform::LogEvent> background;
+  /// What was seen from asking for the view to the end of the background work, apart from what the
+  /// items have seen.
+  std::vector<recording::Event> events;
 };
 
 /// Shares the selection by an extension's view controller, as a share menu would: hands it the
 /// request, asks for its view on this thread, and stays until its background work has ended.
 template <std::derived_from<platform::NSViewController> Controller>
-[[nodiscard]] Outcome run(Selection& selection, WatchedQueue& background,
+[[nodiscard]] Outcome run(Selection& selection, CountingQueue& background,
                           const Progress& progress = nullptr) {
-  Outcome outcome{.request = make_request(selection), .preparation = {}, .background = {}};
+  Outcome outcome{.request = make_request(selection), .events = {}};
   if (selection.empty()) {
     return outcome;
   }
   Controller controller;
   controller.set_extension_context(outcome.request);
-  Witness preparation;
+  const auto recorder = std::make_shared<recording::EventRecorder>();
   {
-    const Witness::Scope scope(preparation);
+    const recording::EventRecorder::Scope scope(recorder);
     controller.view();
   }
   wait_until_done(selection, background, progress);
-  outcome.preparation = preparation.logged();
-  outcome.background = background.witness().logged();
+  outcome.events = recorder->close();
   return outcome;
 }
 

@@ -8,13 +8,11 @@
 #include <string>
 
 #include "apps/sandbox/confine.h"
+#include "apps/share/echoing_log.h"
 #include "apps/share/leave.h"
 #include "apps/share/print_workspace.h"
 #include "apps/share/run.h"
 #include "apps/share/staging_lock.h"
-#include "apps/share/watched_desktop.h"
-#include "apps/share/watched_queue.h"
-#include "apps/share/watched_workspace.h"
 #include "quoll/container/group_container.h"
 #include "quoll/linux/gio/launcher.h"
 #include "quoll/linux/image_helper/images.h"
@@ -27,6 +25,7 @@
 #include "quoll/linux/posix/thread_pool.h"
 #include "quoll/linux/xml/styled_text.h"
 #include "quoll/platform/desktop.h"
+#include "quoll/recording/recording_ports.h"
 #include "quoll/share/share_view_controller.h"
 
 namespace quoll::share {
@@ -61,10 +60,9 @@ sandbox::Confinement needs_of(const Selection& selection,
 }
 
 /// Tells what came of it, and ends the program.
-int end(Selection& selection, const Outcome& outcome, const WatchedWorkspace& opened,
-        const ShareSettings& settings) {
+int end(Selection& selection, const Outcome& outcome, const ShareSettings& settings) {
   std::ostringstream told;
-  const ExitCode code = report(selection, outcome, opened, told);
+  const ExitCode code = report(selection, outcome, told);
   settings.ended(code, told.str());
   return leave(selection, code);
 }
@@ -72,36 +70,38 @@ int end(Selection& selection, const Outcome& outcome, const WatchedWorkspace& op
 }  // namespace
 
 int run_share(ShareRequest request, const ShareSettings& settings) {
-  auto opened = std::make_shared<WatchedWorkspace>(
-      settings.print ? printer(STDOUT_FILENO)
-                     : gio::start_launcher({.urls = "quoll://compose?", .times = 1}));
+  auto workspace = settings.print ? printer(STDOUT_FILENO)
+                                  : gio::start_launcher({.urls = "quoll://compose?", .times = 1});
   // A reader that went away is an error of the write, to be reported like any other. Not before the
   // launcher has started: the applications would inherit it.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   Selection selection = select(std::move(request));
   if (selection.empty()) {
-    return end(selection, {}, *opened, settings);
+    return end(selection, {}, settings);
   }
-  const auto background = std::make_shared<WatchedQueue>(posix::make_thread_pool());
+  auto log = posix::make_system_log("quoll-share");
   const std::string image_helper = image_helper::helper_path();
-  platform::install({
+  platform::Desktop desktop = recording::recorded({
       .bundle =
           posix::make_program_bundle("it.vorlent.quoll2.Quoll-Share", posix::information_file()),
-      .files = watched_files(posix::make_file_manager()),
+      .files = posix::make_file_manager(),
       .coordinator = posix::coordinator_factory(),
-      .workspace = opened,
+      .workspace = std::move(workspace),
       .notifications = nullptr,
-      .log = watched_log(posix::make_system_log("quoll-share"), settings.verbose),
-      .queue = background,
+      .log = settings.verbose ? make_echoing_log(std::move(log)) : std::move(log),
+      .queue = posix::make_thread_pool(),
       .clock = posix::make_clock(),
       .images = image_helper::make_images(image_helper),
       .styled_text = xml::make_styled_text(selection.html.has_value()),
   });
+  const auto background = std::make_shared<CountingQueue>(std::move(desktop.queue));
+  desktop.queue = background;
+  platform::install(std::move(desktop));
   // The container is made while that is still allowed.
   sandbox::confine(needs_of(selection, usable_container(), image_helper));
   const StagingLock lock = lock_staging();
   const Outcome outcome = run<ShareViewController>(selection, *background, settings.progress);
-  return end(selection, outcome, *opened, settings);
+  return end(selection, outcome, settings);
 }
 
 }  // namespace quoll::share

@@ -21,7 +21,7 @@ void SharedItem::loadItemForTypeIdentifier(std::string_view /*type*/, Completion
 
 void SharedItem::answer(const CompletionHandler& handler) {
   state_ = State::kAnswering;
-  const Witness::Scope scope(witness_);
+  const recording::EventRecorder::Scope scope(recorder_);
   try {
     handler(value_, std::nullopt);
   } catch (const std::exception& exception) {

@@ -5,11 +5,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
-#include "apps/share/witness.h"
 #include "quoll/foundation/nsurl.h"
 #include "quoll/foundation/value.h"
 #include "quoll/platform/extension_host.h"
+#include "quoll/recording/event_recorder.h"
 
 namespace quoll::share {
 
@@ -36,7 +37,7 @@ class SharedItem final : public platform::NSItemProvider,
 
   [[nodiscard]] State state() const { return state_; }
   /// What was logged and written while the extension worked on the item.
-  [[nodiscard]] const Witness& witness() const { return witness_; }
+  [[nodiscard]] std::vector<recording::Event> events() const { return recorder_->events(); }
 
  private:
   void answer(const CompletionHandler& handler);
@@ -45,7 +46,8 @@ class SharedItem final : public platform::NSItemProvider,
   std::string type_;
   foundation::Value value_;
   std::atomic<State> state_ = State::kNotAsked;
-  Witness witness_;
+  std::shared_ptr<recording::EventRecorder> recorder_ =
+      std::make_shared<recording::EventRecorder>();
 };
 
 }  // namespace quoll::share

@@ -1,7 +1,6 @@
 #include "quoll/container/coordinated_access.h"
 
 #include <optional>
-#include <utility>
 
 #include "quoll/platform/coordinator.h"
 #include "quoll/platform/log.h"
@@ -15,16 +14,9 @@ void with_coordinated_access(
   platform::NSFileCoordinator::create()->coordinateWritingItemAtURL(
       url, platform::NSFileCoordinatorWritingForDeleting, error, accessor);
   if (error) {
-    platform::log_event({foundation::format(failure_line, *error), not_coordinated(*error)});
+    platform::log_event({foundation::format(failure_line, *error),
+                         foundation::quoll_error(foundation::kNotCoordinatedError, *error)});
   }
-}
-
-foundation::Error not_coordinated(foundation::Error reason) {
-  auto error = foundation::quoll_error(foundation::kNotCoordinatedError,
-                                       "The access to shared files was not granted.");
-  error.user_info.emplace_back(foundation::NSUnderlyingErrorKey,
-                               std::make_shared<const foundation::Error>(std::move(reason)));
-  return error;
 }
 
 }  // namespace quoll::container

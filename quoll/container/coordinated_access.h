@@ -12,13 +12,10 @@ namespace quoll::container {
 /// Runs the accessor on this thread, with the location to use, while no other program or thread
 /// works on the item at `url` or inside it; waits until that is granted. A coordination that fails,
 /// as every one does without a `url`, is logged by `failure_line` (with the error in its "%@") once
-/// all is done; the event's error is `not_coordinated(error)`. What the accessor throws passes
+/// all is done, as a `kNotCoordinatedError`. What the accessor throws passes
 /// through.
 void with_coordinated_access(
     const std::shared_ptr<foundation::NSURL>& url, std::string_view failure_line,
     const std::function<void(const std::shared_ptr<foundation::NSURL>& location)>& accessor);
-
-/// `kNotCoordinatedError` with what the coordinator said beneath it.
-[[nodiscard]] foundation::Error not_coordinated(foundation::Error reason);
 
 }  // namespace quoll::container

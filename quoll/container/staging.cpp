@@ -94,6 +94,11 @@ void write_buffer(const Value& item, const std::string& path, std::optional<Erro
                                                          error);
 }
 
+void log_unprepared(std::string_view pattern, const Error& error) {
+  platform::log_event({foundation::format(pattern, error),
+                       foundation::quoll_error(foundation::kNotPreparedError, error)});
+}
+
 }  // namespace
 
 void ShareInit(std::string_view folder) {
@@ -103,13 +108,13 @@ void ShareInit(std::string_view folder) {
                                        std::optional<Error> error;
                                        files->removeItemAtURL(location, error);
                                        if (error) {
-                                         platform::log("shareInit delete %@", *error);
+                                         log_unprepared("shareInit delete %@", *error);
                                        }
                                        files->createDirectoryAtURL(location, error);
                                        // The removal's error is still there when the creation
                                        // succeeds: the first share on a machine writes two lines.
                                        if (error) {
-                                         platform::log("shareInit create %@", *error);
+                                         log_unprepared("shareInit create %@", *error);
                                        }
                                      });
 }

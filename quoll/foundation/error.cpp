@@ -100,6 +100,13 @@ Error quoll_error(QuollErrorCode code, std::string_view sentence) {
   return {std::string(kQuollErrorDomain), code, std::string(sentence), {}};
 }
 
+Error quoll_error(QuollErrorCode code, Error beneath) {
+  return {std::string(kQuollErrorDomain),
+          code,
+          "",
+          {{std::string(NSUnderlyingErrorKey), std::make_shared<const Error>(std::move(beneath))}}};
+}
+
 Error posix_error(int number) {
   return {std::string(NSPOSIXErrorDomain), number, std::generic_category().message(number), {}};
 }

@@ -35,6 +35,7 @@ enum CocoaErrorCode : int {
 enum QuollErrorCode : int {
   kRaisedError = 1,      ///< an exception ended the operation
   kNotCoordinatedError,  ///< access to shared files was not granted; beneath it stands why
+  kNotPreparedError,     ///< a staging folder was not emptied or not made; beneath it stands why
   kNotAnImageError,
   kNotOpenedError,  ///< no application took the URLs
   kShareEndedError,
@@ -68,6 +69,8 @@ struct Error {
 
 /// An error of `kQuollErrorDomain`.
 [[nodiscard]] Error quoll_error(QuollErrorCode code, std::string_view sentence);
+/// The same without a sentence, with the error that stands beneath it.
+[[nodiscard]] Error quoll_error(QuollErrorCode code, Error beneath);
 
 /// An error of `NSPOSIXErrorDomain` for an `errno` value.
 [[nodiscard]] Error posix_error(int number);

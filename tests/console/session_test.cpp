@@ -4,7 +4,6 @@
 
 #include <string>
 
-#include "apps/console/operations/events.h"
 #include "tests/support/recorders.h"
 
 namespace quoll::console {

@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <sstream>
 
-#include "apps/console/operations/events.h"
 #include "apps/console/operations/session.h"
 #include "quoll/linux/icu/date_formatter.h"
 #include "quoll/linux/image_helper/images.h"
@@ -68,7 +67,7 @@ std::vector<std::string> answer_here(const std::vector<std::string>& lines,
                                 identifier.empty() ? std::nullopt : std::optional(identifier)),
                             .files = posix::make_file_manager(),
                             .coordinator = posix::coordinator_factory(),
-                            .workspace = console::make_recording_workspace(),
+                            .workspace = std::make_shared<RecordingWorkspace>(),
                             .notifications = nullptr,
                             .log = nullptr,
                             .queue = queue,

@@ -31,7 +31,9 @@ TEST_F(Staging, InitLogsTheRemovalsErrorTwiceWhenTheCreationSucceeds) {
                                                     std::string("shareInit create ") + kGoneText}));
   for (const platform::LogEvent& event : log->events()) {
     ASSERT_TRUE(event.error) << event.text;
-    EXPECT_EQ(event.error->description(), kGoneText) << event.text;
+    EXPECT_EQ(event.error->code, foundation::kNotPreparedError) << event.text;
+    ASSERT_NE(event.error->underlying(), nullptr) << event.text;
+    EXPECT_EQ(event.error->underlying()->description(), kGoneText) << event.text;
   }
   EXPECT_TRUE(std::filesystem::is_directory(staging()));
 }

@@ -187,7 +187,7 @@ TEST(ErrorText, HoldsWhatLiesBeneath) {
   EXPECT_EQ(error.detail(NSUnderlyingErrorKey), nullptr) << "it is no text";
   EXPECT_EQ(error.underlying()->underlying(), nullptr);
   EXPECT_EQ(quoll_error(kNotOpenedError, "Why.").description(),
-            "Error Domain=QuollErrorDomain Code=4 \"Why.\"");
+            "Error Domain=QuollErrorDomain Code=5 \"Why.\"");
 }
 
 TEST(FileError, SaysWhatHappenedInOneSentence) {

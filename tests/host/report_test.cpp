@@ -4,8 +4,6 @@
 
 #include <sstream>
 
-#include "apps/share/watched_desktop.h"
-#include "quoll/container/coordinated_access.h"
 #include "quoll/foundation/format.h"
 #include "quoll/platform/desktop.h"
 #include "quoll/platform/type_identifiers.h"
@@ -19,6 +17,7 @@ using foundation::file_error;
 using foundation::format;
 using foundation::NSURL;
 using platform::LogEvent;
+using recording::Event;
 
 /// What is logged by `platform::log(pattern, error)`.
 LogEvent event_of(std::string_view pattern, const Error& error) {
@@ -27,7 +26,12 @@ LogEvent event_of(std::string_view pattern, const Error& error) {
 
 /// What a coordination that failed logs.
 LogEvent not_coordinated(std::string_view pattern, const Error& error) {
-  return {format(pattern, error), container::not_coordinated(error)};
+  return {format(pattern, error), foundation::quoll_error(foundation::kNotCoordinatedError, error)};
+}
+
+/// What a step that prepares the staging folder logs.
+LogEvent not_prepared(std::string_view pattern, const Error& error) {
+  return {format(pattern, error), foundation::quoll_error(foundation::kNotPreparedError, error)};
 }
 
 /// An item for which the extension wrote this file, or logged this.
@@ -39,10 +43,10 @@ std::shared_ptr<SharedItem> file_item(const std::string& name, const std::string
                                            NSURL::file_url("/" + name, false));
   item->loadItemForTypeIdentifier(platform::kUTTypeURL, [&](const auto&, const auto&) {
     if (!staged.empty()) {
-      Witness::current()->saw_file(staged);
+      recording::record(recording::WrittenFile{staged});
     }
     if (event) {
-      Witness::current()->saw(*event);
+      recording::record(*event);
     }
   });
   queue->run();
@@ -54,13 +58,15 @@ struct Told {
   std::string text;
 };
 
-Told told(const Selection& selection, const Outcome& outcome, const char* url, bool answer = true) {
-  WatchedWorkspace workspace(std::make_shared<test::RecordingWorkspace>(answer));
+/// What is told of a share with these events, after which the URL was opened, or was not.
+Told told(const Selection& selection, std::vector<Event> events, const char* url,
+          bool answer = true) {
   if (url != nullptr) {
-    workspace.openURLs({NSURL::URLWithString(url)}, "x", 0);
+    events.push_back(recording::Opening{{NSURL::URLWithString(url)}, "x", 0});
+    events.push_back(recording::OpeningAnswer{answer});
   }
   std::ostringstream out;
-  const ExitCode code = report(selection, outcome, workspace, out);
+  const ExitCode code = report(selection, {.request = nullptr, .events = std::move(events)}, out);
   return {code, out.str()};
 }
 
@@ -125,10 +131,23 @@ TEST(Report, NotOpened) {
   Selection selection;
   selection.text = "x";
   EXPECT_EQ(told(selection, {}, "quoll://compose?", false).code, ExitCode::kNotOpened);
-  Outcome outcome;
-  outcome.background = {{"the share ended early: no memory"}};
-  EXPECT_EQ(told(selection, outcome, nullptr).text,
+  EXPECT_EQ(told(selection, {LogEvent{"the share ended early: no memory"}}, nullptr).text,
             "not opened: the share ended early: no memory\n");
+}
+
+TEST(Report, WhatTheLaunchLoggedIsKeptApart) {
+  Selection selection;
+  selection.text = "x";
+  std::vector<Event> events{
+      LogEvent{"the styled text cannot be written"},
+      recording::Opening{{NSURL::URLWithString("quoll://compose?")}, "x", 0},
+      LogEvent{"openURLs nobody is there",
+               foundation::quoll_error(foundation::kNotOpenedError, "nobody is there")},
+      recording::OpeningAnswer{false}};
+  EXPECT_EQ(told(selection, events, nullptr).text, "not opened: nobody is there\n");
+  events.back() = recording::OpeningAnswer{true};
+  EXPECT_EQ(told(selection, events, nullptr).text,
+            "left out: the text: the styled text cannot be written\n");
 }
 
 TEST(Report, NamesFromStrangersAreEscaped) {
@@ -141,17 +160,18 @@ TEST(Report, NamesFromStrangersAreEscaped) {
 TEST(Report, TroubleWithTheSharedFolderIsToldOnce) {
   struct Row {
     const char* reason;
-    std::vector<LogEvent> preparation;
+    std::vector<Event> preparation;
     const char* begin;
   };
   const auto missing = file_error(ENOENT, "/Share", true);
   const auto read_only = file_error(EROFS, "/Share", true);
   const std::vector<Row> rows{
       {"the very first share",
-       {event_of("shareInit delete %@", missing), event_of("shareInit create %@", missing)},
+       {not_prepared("shareInit delete %@", missing), not_prepared("shareInit create %@", missing)},
        ""},
       {"a read-only container",
-       {event_of("shareInit delete %@", read_only), event_of("shareInit create %@", read_only)},
+       {not_prepared("shareInit delete %@", read_only),
+        not_prepared("shareInit create %@", read_only)},
        "the shared folder cannot be used: read-only file system; "},
       {"no container",
        {not_coordinated("shareInit %@", missing)},
@@ -163,9 +183,7 @@ TEST(Report, TroubleWithTheSharedFolderIsToldOnce) {
   for (const Row& row : rows) {
     Selection selection;
     selection.text = "x";
-    Outcome outcome;
-    outcome.preparation = row.preparation;
-    const Told answer = told(selection, outcome, "quoll://compose?");
+    const Told answer = told(selection, row.preparation, "quoll://compose?");
     EXPECT_TRUE(answer.text.starts_with(row.begin)) << row.reason << ": " << answer.text;
     EXPECT_EQ(std::count(answer.text.begin(), answer.text.end(), '\n'), *row.begin == 0 ? 0 : 1)
         << row.reason;
@@ -177,10 +195,10 @@ TEST(Report, AFolderThatCouldNotBeEmptiedAndWasFilledIsNoTrouble) {
   const auto bad_disk = file_error(EIO, "/Share", true);
   Selection selection;
   selection.items = {file_item("a.pdf", "/Share/a_1.pdf", {})};
-  Outcome outcome;
-  outcome.preparation = {event_of("shareInit delete %@", bad_disk),
-                         event_of("shareInit create %@", bad_disk)};
-  const Told answer = told(selection, outcome, "quoll://compose?attachment_0=%2FShare%2Fa_1.pdf");
+  const Told answer = told(selection,
+                           {not_prepared("shareInit delete %@", bad_disk),
+                            not_prepared("shareInit create %@", bad_disk)},
+                           "quoll://compose?attachment_0=%2FShare%2Fa_1.pdf");
   EXPECT_EQ(answer.text, "");
   EXPECT_EQ(answer.code, ExitCode::kOpened);
 }

@@ -9,11 +9,11 @@
 #include <thread>
 
 #include "apps/share/report.h"
-#include "apps/share/watched_desktop.h"
 #include "quoll/linux/posix/unique_fd.h"
 #include "quoll/message/extension_message.h"
 #include "quoll/platform/desktop.h"
 #include "quoll/platform/type_identifiers.h"
+#include "quoll/recording/recording_ports.h"
 #include "quoll/share/share_view_controller.h"
 #include "tests/host/folder_files.h"
 #include "tests/support/recorders.h"
@@ -43,10 +43,11 @@ class RecordingProvider final : public platform::NSItemProvider {
 class Run : public testing::Test {
  protected:
   Run()
-      : desktop_({.files = watched_files(std::make_shared<test::FolderFiles>(folder_.path())),
+      : desktop_({.files = std::make_shared<recording::RecordingFiles>(
+                      std::make_shared<test::FolderFiles>(folder_.path())),
                   .coordinator = test::thread_coordinators(),
-                  .workspace = workspace_,
-                  .log = watched_log(log_, false),
+                  .workspace = std::make_shared<recording::RecordingWorkspace>(workspace_),
+                  .log = std::make_shared<recording::RecordingLog>(log_),
                   .queue = queue_,
                   .clock = std::make_shared<test::HeldClock>(
                       [](int) { std::this_thread::sleep_for(std::chrono::milliseconds(5)); })}) {}
@@ -54,17 +55,18 @@ class Run : public testing::Test {
 
   ExitCode report_of(const Selection& selection, const Outcome& outcome) {
     std::ostringstream out;
-    const ExitCode code = report(selection, outcome, *workspace_, out);
+    const ExitCode code = report(selection, outcome, out);
     told_ = out.str();
     return code;
   }
 
   test::TemporaryFolder folder_;
   std::shared_ptr<test::ThreadQueue> threads_ = std::make_shared<test::ThreadQueue>();
-  std::shared_ptr<WatchedQueue> queue_ = std::make_shared<WatchedQueue>(threads_);
+  std::shared_ptr<CountingQueue> queue_ =
+      std::make_shared<CountingQueue>(std::make_shared<recording::RecordingQueue>(threads_));
   std::shared_ptr<test::RecordingLog> log_ = std::make_shared<test::RecordingLog>();
-  std::shared_ptr<WatchedWorkspace> workspace_ =
-      std::make_shared<WatchedWorkspace>(std::make_shared<test::RecordingWorkspace>());
+  std::shared_ptr<test::RecordingWorkspace> workspace_ =
+      std::make_shared<test::RecordingWorkspace>();
   platform::ScopedDesktop desktop_;
   std::string told_;
 };
@@ -93,7 +95,8 @@ TEST_F(Run, AWholeShareIsSilent) {
   EXPECT_EQ(report_of(selection, outcome), ExitCode::kOpened);
   EXPECT_EQ(told_, "");
   ASSERT_TRUE(outcome.request->cancellation());
-  const auto message = ExtensionMessage::ExtensionMessageWithUrl(workspace_->opening()->urls.at(0));
+  const auto message = ExtensionMessage::ExtensionMessageWithUrl(
+      NSURL::URLWithString(workspace_->opened().at(0).urls.at(0)));
   EXPECT_EQ(message->subject(), foundation::Value("A title"));
   EXPECT_EQ(message->attachments()->count(), 1U);
 }
@@ -117,7 +120,7 @@ TEST_F(Run, NothingToShareAsksForNothing) {
   EXPECT_EQ(told_,
             "left out: /missing: no such file\n"
             "not opened: nothing that was given can be shared\n");
-  EXPECT_FALSE(workspace_->opening());
+  EXPECT_TRUE(workspace_->opened().empty());
   EXPECT_TRUE(log_->lines().empty()) << "the staging folder was not touched";
 }
 

@@ -15,9 +15,9 @@
 #include <set>
 #include <stdexcept>
 
+#include "apps/share/counting_queue.h"
 #include "apps/share/request/select.h"
 #include "apps/share/run.h"
-#include "apps/share/watched_queue.h"
 #include "quoll/container/accounts_store.h"
 #include "quoll/container/contacts_store.h"
 #include "quoll/container/staging.h"
@@ -59,7 +59,7 @@ class Resident {
  public:
   explicit Resident(std::string folder)
       : folder_(std::move(folder)),
-        queue_(std::make_shared<share::WatchedQueue>(posix::make_thread_pool())),
+        queue_(std::make_shared<share::CountingQueue>(posix::make_thread_pool())),
         desktop_({.bundle = posix::make_program_bundle("it.vorlent.quoll2.Quoll-Share"),
                   .files = posix::make_file_manager(),
                   .coordinator = posix::coordinator_factory(),
@@ -156,7 +156,7 @@ class Resident {
   }
 
   std::string folder_;
-  std::shared_ptr<share::WatchedQueue> queue_;
+  std::shared_ptr<share::CountingQueue> queue_;
   platform::ScopedDesktop desktop_;
   std::mt19937 random_{1};
   std::multiset<std::string> files_;

@@ -4,10 +4,10 @@
 #include <string>
 #include <utility>
 
-#include "apps/console/operations/events.h"
 #include "quoll/foundation/error.h"
 #include "quoll/platform/desktop.h"
 #include "quoll/platform/type_identifiers.h"
+#include "quoll/recording/event_recorder.h"
 
 namespace quoll::console {
 
@@ -17,6 +17,7 @@ using foundation::Error;
 using foundation::Value;
 using platform::NSAttributedString;
 using platform::NSExtensionItem;
+using recording::EventRecorder;
 using ReadValue = std::function<Value(const Json&)>;
 
 class DescribedProvider final : public platform::NSItemProvider {
@@ -38,8 +39,8 @@ class DescribedProvider final : public platform::NSItemProvider {
       if (after <= 0) {
         platform::dispatch_async(platform::QueuePriority::kDefault, std::move(answer));
       } else if (const auto running = timer.lock()) {
-        running->after(after, [events = current_events(), answer = std::move(answer)] {
-          const Attribution attribution(events);
+        running->after(after, [recorder = EventRecorder::current(), answer = std::move(answer)] {
+          const EventRecorder::Scope scope(recorder);
           platform::dispatch_async(platform::QueuePriority::kDefault, answer);
         });
       }

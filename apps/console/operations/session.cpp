@@ -6,11 +6,13 @@
 #include <utility>
 
 #include "apps/console/operations/constants.h"
-#include "apps/console/operations/events.h"
 #include "apps/console/operations/read_value.h"
 #include "apps/console/operations/record_classes.h"
+#include "apps/console/operations/write_event.h"
 #include "apps/console/operations/write_value.h"
 #include "quoll/foundation/exception.h"
+#include "quoll/recording/event_recorder.h"
+#include "quoll/recording/recording_ports.h"
 
 namespace quoll::console {
 
@@ -59,29 +61,42 @@ std::string_view class_of(const Value& value) {
   return object ? object->class_name() : value.text() != nullptr ? "NSString" : "";
 }
 
+/// Runs a step of an answer; what leaves it becomes the reply.
+template <typename Step>
+void guarded(Json& reply, const Step& step) {
+  try {
+    step();
+  } catch (const foundation::NSException& exception) {
+    reply = Json::object();
+    reply["raised"] = exception.name();
+    reply["reason"] = json_text(exception.reason());
+  } catch (const std::exception& failure) {
+    reply = Json::object();
+    reply["refused"] = json_text(failure.what());
+  }
+}
+
 }  // namespace
 
 Session::Session(platform::Desktop desktop)
-    : desktop_(std::move(desktop)), watched_(watched(*platform::current_desktop())) {}
+    : desktop_(std::move(desktop)), recorded_(recording::recorded(*platform::current_desktop())) {}
 
 std::string Session::reply(std::string_view line) {
-  const auto events = std::make_shared<Events>();
+  const auto recorder = std::make_shared<recording::EventRecorder>();
   Json reply = Json::object();
-  {
-    const Attribution attribution(events);
-    try {
-      reply = answer(line);
-    } catch (const foundation::NSException& exception) {
-      reply["raised"] = exception.name();
-      reply["reason"] = json_text(exception.reason());
-    } catch (const std::exception& failure) {
-      reply["refused"] = json_text(failure.what());
+  guarded(reply, [&] {
+    const recording::EventRecorder::Scope scope(recorder);
+    reply = answer(line);
+  });
+  Json events = Json::array();
+  guarded(reply, [&] {
+    for (const recording::Event& event : recorder->close()) {
+      write_event(event, events);
     }
-  }
+  });
   all_answered_ = all_answered_ && reply.contains("result");
-  Json happened = events->close();
-  if (!happened.empty()) {
-    reply["events"] = std::move(happened);
+  if (!events.empty()) {
+    reply["events"] = std::move(events);
   }
   return json_line(reply);
 }

@@ -36,7 +36,7 @@ class Session final {
   void require_known(const Request& request) const;
 
   platform::ScopedDesktop desktop_;
-  platform::ScopedDesktop watched_;
+  platform::ScopedDesktop recorded_;
   OperationTable table_;
   std::shared_ptr<AnswerTimer> timer_ = std::make_shared<AnswerTimer>();
   bool all_answered_ = true;

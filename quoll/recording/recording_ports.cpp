@@ -1,0 +1,117 @@
+#include "quoll/recording/recording_ports.h"
+
+#include "quoll/recording/event_recorder.h"
+
+namespace quoll::recording {
+
+using foundation::Bytes;
+using foundation::Error;
+using foundation::NSURL;
+
+namespace {
+
+template <typename Recording, typename Port>
+void wrap(std::shared_ptr<Port>& port) {
+  if (port) {
+    port = std::make_shared<Recording>(std::move(port));
+  }
+}
+
+}  // namespace
+
+void RecordingLog::write(const platform::LogEvent& event) {
+  record(event);
+  log_->write(event);
+}
+
+void RecordingNotifications::postNotificationName(std::string_view name,
+                                                  const foundation::Value& object) {
+  record(Notification{std::string(name), object});
+  center_->postNotificationName(name, object);
+}
+
+void RecordingNotifications::addObserver(const void* observer, std::string_view name,
+                                         const foundation::Value& object, Block block) {
+  center_->addObserver(observer, name, object, std::move(block));
+}
+
+void RecordingNotifications::removeObserver(const void* observer) {
+  center_->removeObserver(observer);
+}
+
+bool RecordingWorkspace::openURLs(const std::vector<std::shared_ptr<NSURL>>& urls,
+                                  std::string_view application, unsigned options) {
+  record(Opening{urls, std::string(application), options});
+  const bool is_opened = workspace_->openURLs(urls, application, options);
+  record(OpeningAnswer{is_opened});
+  return is_opened;
+}
+
+void RecordingQueue::async(platform::QueuePriority priority, std::function<void()> block) {
+  queue_->async(priority, [recorder = EventRecorder::current(), block = std::move(block)] {
+    const EventRecorder::Scope scope(recorder);
+    platform::run_block(block);
+  });
+}
+
+std::shared_ptr<NSURL> RecordingFiles::containerURLForSecurityApplicationGroupIdentifier(
+    std::string_view group) {
+  return files_->containerURLForSecurityApplicationGroupIdentifier(group);
+}
+
+bool RecordingFiles::removeItemAtURL(const std::shared_ptr<NSURL>& url,
+                                     std::optional<Error>& error) {
+  return files_->removeItemAtURL(url, error);
+}
+
+bool RecordingFiles::createDirectoryAtURL(const std::shared_ptr<NSURL>& url,
+                                          std::optional<Error>& error) {
+  return files_->createDirectoryAtURL(url, error);
+}
+
+bool RecordingFiles::copyItemAtPath(std::string_view source, std::string_view destination,
+                                    std::optional<Error>& error) {
+  const bool is_copied = files_->copyItemAtPath(source, destination, error);
+  if (is_copied) {
+    record(WrittenFile{std::string(destination)});
+  }
+  return is_copied;
+}
+
+bool RecordingFiles::fileExistsAtPath(std::string_view path, bool* is_directory) {
+  return files_->fileExistsAtPath(path, is_directory);
+}
+
+std::optional<std::vector<std::string>> RecordingFiles::contentsOfDirectoryAtPath(
+    std::string_view path) {
+  return files_->contentsOfDirectoryAtPath(path);
+}
+
+std::optional<Bytes> RecordingFiles::contentsAtPath(std::string_view path,
+                                                    std::optional<Error>& error) {
+  return files_->contentsAtPath(path, error);
+}
+
+bool RecordingFiles::writeToFile(const Bytes& data, std::string_view path, unsigned options,
+                                 std::optional<Error>& error) {
+  const bool is_written = files_->writeToFile(data, path, options, error);
+  if (is_written) {
+    record(WrittenFile{std::string(path)});
+  }
+  return is_written;
+}
+
+std::string RecordingFiles::currentDirectoryPath() {
+  return files_->currentDirectoryPath();
+}
+
+platform::Desktop recorded(platform::Desktop desktop) {
+  wrap<RecordingLog>(desktop.log);
+  wrap<RecordingNotifications>(desktop.notifications);
+  wrap<RecordingWorkspace>(desktop.workspace);
+  wrap<RecordingQueue>(desktop.queue);
+  wrap<RecordingFiles>(desktop.files);
+  return desktop;
+}
+
+}  // namespace quoll::recording
