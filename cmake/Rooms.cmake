@@ -2,7 +2,8 @@
 set(QUOLL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/quoll-extensions)
 set(QUOLL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/QuollExtensions)
 
-# The headers of this folder, as FOLDER/NAME.h, but those that only the folder itself includes.
+# The headers of this folder, as FOLDER/NAME.h, but those that only the folder itself includes. The
+# global property QUOLL_HEADERS lists the library's.
 function(quoll_install_headers folder)
   cmake_parse_arguments(HEADERS "" "" "INTERNAL" ${ARGN})
   file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.h)
@@ -10,6 +11,8 @@ function(quoll_install_headers folder)
     list(REMOVE_ITEM headers ${HEADERS_INTERNAL})
   endif()
   install(FILES ${headers} DESTINATION ${QUOLL_INCLUDEDIR}/${folder} COMPONENT development)
+  list(TRANSFORM headers PREPEND ${folder}/)
+  set_property(GLOBAL APPEND PROPERTY QUOLL_HEADERS ${headers})
 endfunction()
 
 # A room is a folder of the library: one target, and a list of the rooms it may include. INTERNAL are
@@ -20,6 +23,8 @@ function(quoll_room name)
   add_library(quoll_${name} STATIC ${ROOM_SOURCES})
   target_include_directories(quoll_${name} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(quoll_${name} PRIVATE $<BUILD_INTERFACE:quoll_warnings>)
+  # Each program makes for itself what stands whole in a header.
+  set_target_properties(quoll_${name} PROPERTIES VISIBILITY_INLINES_HIDDEN ON)
   foreach(used IN LISTS ROOM_USES)
     target_link_libraries(quoll_${name} PUBLIC quoll_${used})
   endforeach()

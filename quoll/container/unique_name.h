@@ -29,7 +29,7 @@ class UniqueNames {
   [[nodiscard]] std::string good_path(std::string_view file_name);
 
  private:
-  [[nodiscard]] bool is_listed(const std::string& name);
+  [[nodiscard, gnu::visibility("hidden")]] bool is_listed(const std::string& name);
 
   std::string folder_;
   /// The names in the folder; read when the first name is found to be taken.

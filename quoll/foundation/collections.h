@@ -100,8 +100,8 @@ class Dictionary final {
   };
   static constexpr std::size_t kLinearLimit = 64;
 
-  [[nodiscard]] std::size_t position_of(std::string_view key) const;
-  void rebuild_index();
+  [[nodiscard, gnu::visibility("hidden")]] std::size_t position_of(std::string_view key) const;
+  [[gnu::visibility("hidden")]] void rebuild_index();
 
   std::vector<Entry> entries_;
   /// Empty while the dictionary has at most `kLinearLimit` entries.

@@ -66,7 +66,7 @@ class NSURL final : public Object {
   [[nodiscard]] bool isEqual(const Object* other) const override;
 
  private:
-  NSURL(std::string text, std::shared_ptr<NSURL> base);
+  [[gnu::visibility("hidden")]] NSURL(std::string text, std::shared_ptr<NSURL> base);
 
   std::string text_;
   std::shared_ptr<NSURL> base_;

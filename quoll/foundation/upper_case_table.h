@@ -25,7 +25,7 @@ struct UpperCaseText {
 inline constexpr int kUpperCaseUnicode = 14;
 
 // clang-format off
-inline constexpr UpperCaseRun kUpperCaseRuns[] = {
+constexpr UpperCaseRun kUpperCaseRuns[] = {
     {0x00B5, 0x00B5, 1, 743},
     {0x00E0, 0x00F6, 1, -32},
     {0x00F8, 0x00FE, 1, -32},
@@ -221,7 +221,7 @@ inline constexpr UpperCaseRun kUpperCaseRuns[] = {
     {0x1E922, 0x1E943, 1, -34},
 };
 
-inline constexpr UpperCaseText kUpperCaseTexts[] = {
+constexpr UpperCaseText kUpperCaseTexts[] = {
     {0x00DF, "\x53\x53"},
     {0x0149, "\xCA\xBC\x4E"},
     {0x01F0, "\x4A\xCC\x8C"},

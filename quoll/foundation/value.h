@@ -118,7 +118,7 @@ class Value {
   using SharedText = std::shared_ptr<const std::string>;
   using SharedBytes = std::shared_ptr<const Bytes>;
 
-  [[noreturn]] void raise_wrong_kind(std::string_view operation) const;
+  [[noreturn, gnu::visibility("hidden")]] void raise_wrong_kind(std::string_view operation) const;
 
   std::variant<std::monostate, bool, std::int64_t, double, Date, SharedText, SharedBytes,
                std::shared_ptr<List>, std::shared_ptr<Dictionary>, std::shared_ptr<Object>>

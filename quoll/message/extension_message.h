@@ -104,7 +104,7 @@ class ExtensionMessage final : public foundation::Object, public foundation::Mon
   [[nodiscard]] std::string description() const override;
 
  private:
-  void init();
+  [[gnu::visibility("hidden")]] void init();
 };
 
 }  // namespace quoll

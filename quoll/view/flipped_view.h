@@ -53,7 +53,7 @@ class FlippedView final : public platform::NSView {
   foundation::Property<DrawingBlock> drawingBlock;
 
  private:
-  FlippedView(const platform::NSRect& frame, DrawingBlock block);
+  [[gnu::visibility("hidden")]] FlippedView(const platform::NSRect& frame, DrawingBlock block);
 };
 
 }  // namespace quoll

@@ -90,9 +90,9 @@ class NSView : public std::enable_shared_from_this<NSView> {
   class Painter;
 
   /// Sets the size of this view and adjusts the subviews that follow it.
-  void resize(const NSSize& size);
+  [[gnu::visibility("hidden")]] void resize(const NSSize& size);
   /// Marks the part of the superview that this view covers.
-  void mark_superview() const;
+  [[gnu::visibility("hidden")]] void mark_superview() const;
 
   NSRect frame_{};
   unsigned mask_ = 0;
