@@ -8,7 +8,7 @@
 
 #include "apps/image-helper/codecs/readers.h"
 #include "fuzz/require.h"
-#include "quoll/linux/image_helper/descriptors.h"
+#include "quoll/linux/image_helper/memory_file.h"
 
 namespace quoll::fuzz {
 
@@ -40,8 +40,8 @@ bool Pixels::is_as(const Pixels& other) const {
 }
 
 void check_written(Pixels& pixels, void (*write)(PictureSource&, int)) {
-  const Descriptor file = make_memory_file();
-  require(file.good());
+  const posix::UniqueFd file = make_memory_file();
+  require(static_cast<bool>(file));
   pixels.begin_again();
   write(pixels, file.get());
   struct stat status {};

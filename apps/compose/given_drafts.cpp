@@ -14,7 +14,7 @@
 #include "apps/compose/cannot_compose.h"
 #include "apps/compose/places.h"
 #include "quoll/foundation/path.h"
-#include "quoll/linux/posix/file_contents.h"
+#include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/unique_fd.h"
 #include "quoll/platform/files.h"
 #include "quoll/platform/log.h"
@@ -35,10 +35,8 @@ std::string reason() {
 void write_file(const std::string& path, const std::string& content) {
   const posix::UniqueFd file(
       open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-  const int error =
-      file.get() < 0 ? errno : posix::write_all(file.get(), content.data(), content.size());
-  if (error != 0) {
-    throw CannotCompose(path + " cannot be written: " + std::strerror(error));
+  if (!file || !posix::write_all(file.get(), content)) {
+    throw CannotCompose(path + " cannot be written: " + reason());
   }
 }
 

@@ -1,11 +1,9 @@
 #include "apps/compose/hand_over.h"
 
-#include <poll.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <utility>
@@ -16,7 +14,7 @@
 #include "apps/compose/message_parts.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
-#include "quoll/linux/posix/unique_fd.h"
+#include "quoll/linux/posix/subprocess.h"
 
 namespace quoll::compose {
 namespace {
@@ -61,15 +59,12 @@ struct Watched {
 };
 
 Watched watch(pid_t process) {
-  const posix::UniqueFd handle(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
-  pollfd end{.fd = handle.get(), .events = POLLIN, .revents = 0};
-  const int ended = handle.get() < 0 ? -1 : poll(&end, 1, static_cast<int>(kAtOnce.count()));
-  int status = 0;
-  if (ended > 0 && waitpid(process, &status, WNOHANG) != process) {
-    return {};
+  const int trouble = posix::wait_for_end(process, std::chrono::steady_clock::now() + kAtOnce);
+  if (trouble != 0) {
+    return {.is_well = trouble == ETIMEDOUT, .error = std::nullopt};
   }
-  const bool is_well = ended == 0 || (ended > 0 && status == 0);
-  return {.is_well = is_well, .error = status != 0 ? std::optional(status) : std::nullopt};
+  const auto status = posix::reap(process);
+  return {.is_well = status == 0, .error = status == 0 ? std::nullopt : status};
 }
 
 }  // namespace

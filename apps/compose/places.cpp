@@ -11,6 +11,7 @@
 #include "apps/compose/cannot_compose.h"
 #include "apps/compose/given_drafts.h"
 #include "quoll/foundation/path.h"
+#include "quoll/linux/posix/system_call.h"
 #include "quoll/platform/files.h"
 
 namespace quoll::compose {
@@ -44,11 +45,7 @@ std::string made(const std::string& path) {
 }
 
 void lock(const posix::UniqueFd& folder, int operation) {
-  int result = -1;
-  do {
-    result = flock(folder.get(), operation);
-  } while (result != 0 && errno == EINTR);
-  if (result != 0) {
+  if (posix::uninterrupted([&] { return flock(folder.get(), operation); }) != 0) {
     throw CannotCompose("the receiver's folder cannot be used: " +
                         std::string(std::strerror(errno)));
   }

@@ -15,6 +15,7 @@
 #include "quoll/container/group_container.h"
 #include "quoll/container/layout.h"
 #include "quoll/foundation/path.h"
+#include "quoll/linux/posix/system_call.h"
 #include "quoll/linux/posix/unique_fd.h"
 #include "quoll/platform/files.h"
 
@@ -37,11 +38,9 @@ posix::UniqueFd open_inside(int folder, const std::string& inside) {
   how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
   constexpr int kTries = 16;
   long fd = -1;
-  for (int tried = 0; tried < kTries; ++tried) {
-    fd = syscall(SYS_openat2, folder, inside.c_str(), &how, sizeof(how));
-    if (fd >= 0 || (errno != EAGAIN && errno != EINTR)) {
-      break;
-    }
+  for (int tried = 0; fd < 0 && tried < kTries && (tried == 0 || errno == EAGAIN); ++tried) {
+    fd = posix::uninterrupted(
+        [&] { return syscall(SYS_openat2, folder, inside.c_str(), &how, sizeof(how)); });
   }
   return posix::UniqueFd(static_cast<int>(fd));
 }

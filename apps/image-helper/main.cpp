@@ -13,7 +13,8 @@
 #include "apps/image-helper/codecs/writers.h"
 #include "apps/image-helper/confine.h"
 #include "quoll/linux/image_helper/answers.h"
-#include "quoll/linux/image_helper/descriptors.h"
+#include "quoll/linux/image_helper/memory_file.h"
+#include "quoll/linux/posix/descriptor_io.h"
 
 // Reads one image file from standard input and writes the requested form of it to standard output;
 // both are files that can seek. A failure is one line on standard error.
@@ -30,7 +31,8 @@ void write_size(PictureSource& source, int descriptor) {
   for (std::uint32_t y = 0; y < picture.height; ++y) {
     source.read(row.data());
   }
-  if (write(descriptor, &size, sizeof size) != sizeof size) {
+  if (!quoll::posix::write_all(descriptor,
+                               {reinterpret_cast<const unsigned char*>(&size), sizeof size})) {
     throw Refused(std::strerror(errno));
   }
 }

@@ -1,11 +1,9 @@
 #include "apps/share/notify.h"
 
-#include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -16,7 +14,7 @@
 #include "apps/share/request/received_bytes.h"
 #include "quoll/linux/gio/notification.h"
 #include "quoll/linux/posix/descriptor_io.h"
-#include "quoll/linux/posix/unique_fd.h"
+#include "quoll/linux/posix/subprocess.h"
 
 namespace quoll::share {
 
@@ -25,21 +23,16 @@ namespace {
 constexpr int kSignalled = 128;
 
 int wait_for(pid_t process) {
-  int status = 0;
-  while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
-  }
+  const int status = posix::reap(process).value_or(0);
   return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
 }
 
 }  // namespace
 
 int share_and_notify(const std::function<int()>& share) {
-  int ends[2] = {-1, -1};
-  const bool is_piped = pipe2(ends, O_CLOEXEC) == 0;
-  posix::UniqueFd reading(ends[0]);
-  posix::UniqueFd writing(ends[1]);
+  posix::Pipe pipe = posix::make_pipe();
   const pid_t program = getpid();
-  const pid_t process = is_piped ? fork() : -1;
+  const pid_t process = pipe ? fork() : -1;
   if (process < 0) {
     return share();  // as it would be without a desktop
   }
@@ -48,14 +41,13 @@ int share_and_notify(const std::function<int()>& share) {
     if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != program) {
       _exit(kSignalled + SIGKILL);
     }
-    dup2(writing.get(), STDERR_FILENO);
-    writing.reset();
-    reading.reset();
+    dup2(pipe.writing.get(), STDERR_FILENO);
+    pipe = {};
     std::exit(share());
   }
-  writing.reset();
+  pipe.writing.reset();
   constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
-  const std::string told = receive_text(reading.get(), kAll).value_or("");
+  const std::string told = receive_text(pipe.reading.get(), kAll).value_or("");
   static_cast<void>(posix::write_all(STDERR_FILENO, told));
   const int code = wait_for(process);
   if (code != 0) {

@@ -5,13 +5,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <string>
 
 #include "quoll/container/group_container.h"
 #include "quoll/container/layout.h"
 #include "quoll/foundation/path.h"
 #include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/system_call.h"
 
 namespace quoll::share {
 
@@ -55,12 +55,7 @@ bool lock(int file) {
     }
     static_cast<void>(posix::write_all(STDERR_FILENO, "waiting for another share to finish\n"));
   }
-  while (flock(file, LOCK_EX) != 0) {
-    if (errno != EINTR) {
-      return false;
-    }
-  }
-  return true;
+  return posix::uninterrupted([&] { return flock(file, LOCK_EX); }) == 0;
 }
 
 }  // namespace

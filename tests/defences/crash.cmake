@@ -31,7 +31,7 @@ quoll_defence(left_overs_are_swept
 
 quoll_defence(locks_die_with_their_holder
   FILE apps/share/staging_lock.cpp
-  TAKES [[  while (flock(file, LOCK_EX) != 0) {]]
+  TAKES [[  return posix::uninterrupted([&] { return flock(file, LOCK_EX); }) == 0;]]
   GIVES [[  static std::string held = "/proc/self/fd/" + std::to_string(file);
   char path[4096] = {};
   static_cast<void>(!readlink(held.c_str(), path, sizeof path - 1));
@@ -40,7 +40,7 @@ quoll_defence(locks_die_with_their_holder
     usleep(1000);
   }
   std::atexit([] { unlink(held.c_str()); });
-  while (flock(file, LOCK_EX) != 0) {]]
+  return posix::uninterrupted([&] { return flock(file, LOCK_EX); }) == 0;]]
   SHOWN_BY crash All/Killed.NoLockStays/0)
 
 quoll_defence(sources_are_only_read

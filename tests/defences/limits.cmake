@@ -38,7 +38,7 @@ quoll_defence(slow_tool FILE apps/share/request/clipboard.cpp
   TAKES "+ time.in_all" GIVES "+ 100 * time.in_all"
   SHOWN_BY clipboard Clipboard.AnOwnerThatDeliversAByteNowAndThenIsGivenUp)
 quoll_defence(children_of_a_tool FILE quoll/linux/posix/subprocess.cpp
-  TAKES "kill(-process, SIGKILL)" GIVES "kill(process, SIGKILL)"
+  TAKES "kill(-process_, SIGKILL)" GIVES "kill(process_, SIGKILL)"
   SHOWN_BY clipboard Clipboard.NothingOfTheToolStays)
 
 # What other programs ask of the service

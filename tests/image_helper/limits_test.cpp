@@ -10,8 +10,9 @@
 #include <string>
 
 #include "apps/image-helper/codecs/picture.h"
-#include "quoll/linux/image_helper/descriptors.h"
 #include "apps/sandbox/sanitizer_build.h"
+#include "quoll/linux/image_helper/memory_file.h"
+#include "quoll/linux/posix/descriptor_io.h"
 #include "tests/support/temporary_folder.h"
 
 namespace quoll::image_helper {
@@ -38,9 +39,9 @@ TEST(PictureLimits, OneGibibyteOfPixelsIsHeld) {
 /// A helper that waits for somebody to read what it says.
 class WaitingHelper {
  public:
-  WaitingHelper() : pipe_(make_pipe()) {
+  WaitingHelper() : pipe_(posix::make_pipe()) {
     const std::string much(1 << 20, 'x');
-    const int writing = pipe_.second.get();
+    const int writing = pipe_.writing.get();
     fcntl(writing, F_SETFL, O_NONBLOCK);
     while (write(writing, much.data(), much.size()) > 0 || write(writing, "x", 1) > 0) {
     }
@@ -80,7 +81,7 @@ class WaitingHelper {
     }
   }
 
-  std::pair<Descriptor, Descriptor> pipe_;
+  posix::Pipe pipe_;
   pid_t process_ = -1;
 };
 

@@ -1,7 +1,5 @@
 #include <png.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -11,6 +9,7 @@
 #include "apps/image-helper/codecs/guard.h"
 #include "apps/image-helper/codecs/png_filter.h"
 #include "apps/image-helper/codecs/writers.h"
+#include "quoll/linux/posix/descriptor_io.h"
 
 namespace quoll::image_helper {
 
@@ -58,14 +57,8 @@ class PngWriter {
 
   static void write_bytes(png_structp png, png_bytep bytes, std::size_t length) {
     const int descriptor = static_cast<PngWriter*>(png_get_io_ptr(png))->descriptor_;
-    while (length > 0) {
-      const ssize_t written = write(descriptor, bytes, length);
-      if (written < 0 && errno != EINTR) {
-        png_error(png, std::strerror(errno));
-      }
-      const auto taken = static_cast<std::size_t>(std::max<ssize_t>(written, 0));
-      bytes += taken;
-      length -= taken;
+    if (!posix::write_all(descriptor, std::span(bytes, length))) {
+      png_error(png, std::strerror(errno));
     }
   }
 

@@ -3,10 +3,12 @@
 #include <sys/socket.h>
 
 #include <array>
-#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+
+#include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/system_call.h"
 
 namespace quoll::gio {
 namespace {
@@ -18,26 +20,15 @@ constexpr Length kLargestList = 65U << 20U;
 // More of the shortest URLs do not fit into a bus message.
 constexpr std::size_t kMostFields = (std::size_t{64} << 20U) / 16;
 
+/// Not `posix::write_all`: when the other side has gone, no signal may end the program.
 bool send_all(int socket, std::string_view bytes) {
   while (!bytes.empty()) {
-    const ssize_t sent = send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-    if (sent < 0 && errno != EINTR) {
+    const ssize_t sent = posix::uninterrupted(
+        [&] { return send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL); });
+    if (sent < 0) {
       return false;
     }
-    bytes.remove_prefix(sent < 0 ? 0 : static_cast<std::size_t>(sent));
-  }
-  return true;
-}
-
-bool receive_all(int socket, char* into, std::size_t size) {
-  while (size > 0) {
-    const ssize_t received = recv(socket, into, size, 0);
-    if (received == 0 || (received < 0 && errno != EINTR)) {
-      return false;
-    }
-    const auto got = received < 0 ? 0 : static_cast<std::size_t>(received);
-    into += got;
-    size -= got;
+    bytes.remove_prefix(static_cast<std::size_t>(sent));
   }
   return true;
 }
@@ -76,17 +67,16 @@ bool send_fields(int socket, const std::vector<std::string>& fields) {
 }
 
 std::optional<std::vector<std::string>> receive_fields(int socket) {
-  std::string head(sizeof(Length), '\0');
-  if (!receive_all(socket, head.data(), head.size())) {
-    return std::nullopt;
+  std::string head;
+  bool ended = false;
+  std::optional<Length> size;
+  if (posix::read_until(socket, head, sizeof(Length), ended)) {
+    std::string_view left = head;
+    size = take_length(left);
   }
-  std::string_view head_left = head;
-  const Length size = *take_length(head_left);
-  if (size > kLargestList) {
-    return std::nullopt;
-  }
-  std::string list(size, '\0');
-  if (!receive_all(socket, list.data(), list.size())) {
+  std::string list;
+  if (!size || *size > kLargestList || !posix::read_until(socket, list, *size, ended) ||
+      list.size() != *size) {
     return std::nullopt;
   }
   std::vector<std::string> fields;

@@ -4,11 +4,9 @@
 #include <gio/gio.h>
 #include <glib-unix.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <mutex>
@@ -16,7 +14,8 @@
 
 #include "quoll/linux/gio/fields.h"
 #include "quoll/linux/gio/opener.h"
-#include "quoll/linux/posix/unique_fd.h"
+#include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/subprocess.h"
 #include "quoll/platform/log.h"
 
 namespace quoll::gio {
@@ -34,7 +33,8 @@ class Launcher final : public platform::NSWorkspace {
   Launcher(pid_t process, posix::UniqueFd socket) : process_(process), socket_(std::move(socket)) {}
   ~Launcher() override {
     socket_.reset();
-    while (process_ > 0 && waitpid(process_, nullptr, 0) < 0 && errno == EINTR) {
+    if (process_ > 0) {
+      posix::reap(process_);
     }
   }
 
@@ -77,15 +77,6 @@ class Launcher final : public platform::NSWorkspace {
   pid_t process_;
   posix::UniqueFd socket_;
 };
-
-// A program may be started with its standard descriptors closed. A new descriptor then gets one of
-// their numbers, and would be read as standard input.
-posix::UniqueFd no_standard_one(posix::UniqueFd fd) {
-  if (fd.get() >= static_cast<int>(kFirstOther)) {
-    return fd;
-  }
-  return posix::UniqueFd(fcntl(fd.get(), F_DUPFD_CLOEXEC, kFirstOther));
-}
 
 // Gives up the terminal, pipes and files of the program, so that nobody who waits for the end of
 // one of them waits for the launcher. Standard error is kept for messages of libraries.
@@ -178,8 +169,8 @@ std::shared_ptr<platform::NSWorkspace> start_launcher(Openable openable,
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
     return std::make_shared<Launcher>(-1, posix::UniqueFd());
   }
-  posix::UniqueFd program_end = no_standard_one(posix::UniqueFd(ends[0]));
-  const posix::UniqueFd launcher_end = no_standard_one(posix::UniqueFd(ends[1]));
+  posix::UniqueFd program_end = posix::above_standard_streams(posix::UniqueFd(ends[0]));
+  const posix::UniqueFd launcher_end = posix::above_standard_streams(posix::UniqueFd(ends[1]));
   if (!program_end || !launcher_end) {
     return std::make_shared<Launcher>(-1, posix::UniqueFd());
   }

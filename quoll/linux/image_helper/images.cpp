@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "quoll/linux/image_helper/answers.h"
-#include "quoll/linux/image_helper/descriptors.h"
 #include "quoll/linux/image_helper/helper_process.h"
+#include "quoll/linux/image_helper/memory_file.h"
 #include "quoll/platform/log.h"
 
 namespace quoll::image_helper {
@@ -29,16 +29,16 @@ constexpr Lengths kOfASize{sizeof(SizeAnswer), sizeof(SizeAnswer)};
 constexpr Lengths kOfAFile{1, kLongestResult};
 
 /// What the helper gave, when it is whole and as long as it should be.
-std::optional<Bytes> read_result(const Descriptor& file, const Lengths& lengths) {
+std::optional<Bytes> read_result(int file, const Lengths& lengths) {
   struct stat status = {};
-  if (!is_sealed(file.get()) || fstat(file.get(), &status) != 0 || status.st_size < 0) {
+  if (!is_sealed(file) || fstat(file, &status) != 0 || status.st_size < 0) {
     return std::nullopt;
   }
   const auto length = static_cast<std::uint64_t>(status.st_size);
   if (length < lengths.shortest || length > lengths.longest) {
     return std::nullopt;
   }
-  const Mapping result(file.get(), length);
+  const Mapping result(file, length);
   if (!result.good()) {
     return std::nullopt;
   }
@@ -68,18 +68,18 @@ class HelperImages final : public platform::Images {
  private:
   /// The helper's answer; else nothing, and a line in the log.
   std::optional<Bytes> ask(const char* wanted, const Bytes& file, const Lengths& lengths) {
-    const Descriptor in = make_memory_file();
-    const Descriptor out = make_memory_file();
-    if (!in.good() || !out.good() || !fill_and_seal(in, file)) {
+    const posix::UniqueFd in = make_memory_file();
+    const posix::UniqueFd out = make_memory_file();
+    if (!in || !out || !fill_and_seal(in.get(), file)) {
       platform::log("image: %@", std::strerror(errno));
       return std::nullopt;
     }
-    const Outcome outcome = run_helper(helper_, wanted, in.get(), out.get(), time_limit_);
-    if (!outcome.ended_well) {
-      platform::log("image: %@", outcome.reason);
+    const std::string fault = run_helper(helper_, wanted, in.get(), out.get(), time_limit_);
+    if (!fault.empty()) {
+      platform::log("image: %@", fault);
       return std::nullopt;
     }
-    std::optional<Bytes> result = read_result(out, lengths);
+    std::optional<Bytes> result = read_result(out.get(), lengths);
     if (!result) {
       platform::log("image: %@", "the helper gave no whole result");
     }

@@ -116,19 +116,6 @@ void keep_extended_attributes(int from, int to) {
 
 }  // namespace
 
-int write_all(int to, const void* data, std::size_t size) {
-  const auto* bytes = static_cast<const char*>(data);
-  while (size > 0) {
-    const ssize_t wrote = uninterrupted([&] { return ::write(to, bytes, size); });
-    if (wrote <= 0) {
-      return wrote < 0 ? errno : EIO;
-    }
-    bytes += wrote;
-    size -= static_cast<std::size_t>(wrote);
-  }
-  return 0;
-}
-
 Outcome copy_contents(int from, int to) {
   if (::ioctl(to, FICLONE, from) == 0) {
     return std::nullopt;

@@ -2,15 +2,10 @@
 
 #include <sys/stat.h>
 
-#include <cstddef>
-
 #include "quoll/linux/posix/system_call.h"
 
 /// What a file holds and what is kept with it, by descriptors.
 namespace quoll::posix {
-
-/// Writes all of it; answers 0 or an `errno` value.
-[[nodiscard]] int write_all(int to, const void* data, std::size_t size);
 
 /// Copies the contents of a regular file into a new, empty one, sharing blocks where the file
 /// system can and leaving holes where the source has holes. A source that grows meanwhile is copied

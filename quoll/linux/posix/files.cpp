@@ -12,6 +12,7 @@
 
 #include "quoll/foundation/path.h"
 #include "quoll/linux/posix/copy_item.h"
+#include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/file_contents.h"
 #include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/group_containers.h"
@@ -78,6 +79,11 @@ UniqueFd open_parent(const ParentAndName& entry) {
       [&] { return ::open(entry.parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
 }
 
+/// Writes all of it; answers 0 or an `errno` value.
+int write_error(int file, const Bytes& data) {
+  return write_all(file, data) ? late_write_error(file) : errno;
+}
+
 int replace_file(const Bytes& data, const std::string& path) {
   const ParentAndName entry = parent_and_name(path);
   if (!entry.names_an_entry()) {
@@ -91,10 +97,7 @@ int replace_file(const Bytes& data, const std::string& path) {
   TemporaryItem item(std::move(building));
   int number = item.make_file(kFileMode);
   if (number == 0) {
-    number = write_all(item.fd(), data.data(), data.size());
-  }
-  if (number == 0) {
-    number = late_write_error(item.fd());
+    number = write_error(item.fd(), data);
   }
   return number != 0 ? number : item.place_over(folder.get(), entry.name);
 }
@@ -107,8 +110,7 @@ int write_file(const Bytes& data, const std::string& path) {
   if (!file) {
     return errno;
   }
-  const int number = write_all(file.get(), data.data(), data.size());
-  return number != 0 ? number : late_write_error(file.get());
+  return write_error(file.get(), data);
 }
 
 Outcome read_file(const std::string& path, Bytes& data) {

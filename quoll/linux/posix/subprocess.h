@@ -1,10 +1,66 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "quoll/linux/posix/unique_fd.h"
+
 namespace quoll::posix {
+
+/// Waits for the end of a child process and answers its status, as `waitpid` has it; none when this
+/// program ignores how its children end.
+std::optional<int> reap(pid_t process);
+
+/// Waits until a child process has ended, which then still has to be reaped. Answers 0, ETIMEDOUT
+/// when it runs at the deadline, or the `errno` value that says why it cannot be watched.
+[[nodiscard]] int wait_for_end(pid_t process, std::chrono::steady_clock::time_point deadline);
+
+/// How a program is started.
+struct Command {
+  /// The program, a path or a name in PATH, and its arguments.
+  std::vector<std::string> words;
+  /// Standard input and output, both above the standard streams.
+  int input = -1;
+  int output = -1;
+  /// True for the first of a process group, which ends with it as a whole.
+  bool leads_group = false;
+};
+
+/// A program that was started. It has its three standard streams and no other descriptor, and no
+/// signal is blocked or ignored. It does not outlive this object.
+class Subprocess {
+ public:
+  explicit Subprocess(const Command& command);
+  Subprocess(const Subprocess&) = delete;
+  Subprocess& operator=(const Subprocess&) = delete;
+  ~Subprocess();
+
+  /// Why it could not be started, an `errno` value; 0 when it was.
+  [[nodiscard]] int start_error() const { return start_error_; }
+
+  /// Waits for the end; at the deadline it is brought about. Answers 0 when it came by itself, and
+  /// else what `wait_for_end` does. Called once, of what was started.
+  int end_by(std::chrono::steady_clock::time_point deadline);
+
+  /// Once it has ended: the status, as `reap` answers it. No status counts as a good one.
+  [[nodiscard]] std::optional<int> status() const { return status_; }
+  [[nodiscard]] bool ended_well() const;
+
+  /// What its standard error begins with: the first line, as it came.
+  [[nodiscard]] std::string complaint() const;
+
+ private:
+  UniqueFd errors_;
+  int start_error_ = 0;
+  /// -1 when there is none or it was reaped.
+  pid_t process_ = -1;
+  bool leads_group_ = false;
+  std::optional<int> status_;
+};
 
 /// What a small program of the system answered.
 struct ToolAnswer {
