@@ -11,6 +11,7 @@
 #include "quoll/linux/links/links.h"
 #include "quoll/linux/posix/coordinator.h"
 #include "quoll/linux/posix/files.h"
+#include "quoll/linux/posix/installed_file.h"
 #include "quoll/linux/posix/program_bundle.h"
 #include "quoll/linux/posix/steady_clock.h"
 #include "quoll/linux/posix/system_log.h"
@@ -46,7 +47,9 @@ class ErrorLog final : public platform::Log {
 };
 
 std::shared_ptr<platform::NSBundle> make_bundle() {
-  return posix::make_program_bundle("it.vorlent.quoll2.Quoll-Share", posix::information_file());
+  return posix::make_program_bundle(
+      "it.vorlent.quoll2.Quoll-Share",
+      posix::installed_file(posix::InstalledFolder::kData, "Info.plist"));
 }
 
 }  // namespace

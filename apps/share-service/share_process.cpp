@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -12,6 +11,7 @@
 #include "apps/share/report.h"
 #include "quoll/linux/gio/handles.h"
 #include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/installed_file.h"
 #include "quoll/linux/posix/unique_fd.h"
 
 namespace quoll::share_service {
@@ -22,16 +22,6 @@ constexpr gsize kBlock = 4096;
 
 template <typename T>
 using ObjectHandle = gio::ObjectHandle<T>;
-
-std::string share_program() {
-  namespace fs = std::filesystem;
-  std::error_code ignored;
-  const fs::path folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
-  const fs::path installed =
-      (folder / QUOLL_PROGRAMS_FROM_SERVICE / "quoll-share").lexically_normal();
-  const fs::path built = (folder / "../share/quoll-share").lexically_normal();
-  return !fs::exists(installed, ignored) && fs::exists(built, ignored) ? built : installed;
-}
 
 /// The texts and the items, as the program takes them from its standard input; none with `errno`
 /// set when they cannot be held.
@@ -62,7 +52,8 @@ int number_of(std::size_t item) {
 
 std::vector<std::string> command_of(const ShareCall& call) {
   const share::ShareRequest& request = call.request;
-  std::vector<std::string> command{share_program()};
+  std::vector<std::string> command{
+      posix::installed_file(posix::InstalledFolder::kPrograms, "quoll-share")};
   if (!request.items.empty() || request.title || request.text || request.html) {
     command.emplace_back("--null");
   }

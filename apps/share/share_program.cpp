@@ -18,6 +18,7 @@
 #include "quoll/linux/image_helper/images.h"
 #include "quoll/linux/posix/coordinator.h"
 #include "quoll/linux/posix/files.h"
+#include "quoll/linux/posix/installed_file.h"
 #include "quoll/linux/posix/program_bundle.h"
 #include "quoll/linux/posix/steady_clock.h"
 #include "quoll/linux/posix/system_log.h"
@@ -82,8 +83,9 @@ int run_share(ShareRequest request, const ShareSettings& settings) {
   auto log = posix::make_system_log("quoll-share");
   const std::string image_helper = image_helper::helper_path();
   platform::Desktop desktop = recording::recorded({
-      .bundle =
-          posix::make_program_bundle("it.vorlent.quoll2.Quoll-Share", posix::information_file()),
+      .bundle = posix::make_program_bundle(
+          "it.vorlent.quoll2.Quoll-Share",
+          posix::installed_file(posix::InstalledFolder::kData, "Info.plist")),
       .files = posix::make_file_manager(),
       .coordinator = posix::coordinator_factory(),
       .workspace = std::move(workspace),

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "quoll/linux/posix/installed_file.h"
 #include "quoll/linux/posix/program_bundle.h"
 #include "quoll/platform/desktop.h"
 #include "tests/support/recorders.h"
@@ -88,9 +89,9 @@ TEST_F(Information, GivesWayToTheEnvironment) {
 }
 
 TEST_F(Information, IsInstalledForTheShareExtension) {
-  const auto installed = posix::make_program_bundle("", INFO_PLIST)->infoDictionary();
+  const std::string place = posix::installed_file(posix::InstalledFolder::kData, "Info.plist");
+  const auto installed = posix::make_program_bundle("", place)->infoDictionary();
   EXPECT_EQ(installed->objectForKey("CFBundleIdentifier"), Value("it.vorlent.quoll2.Quoll-Share"));
-  const std::string place = posix::information_file();
   EXPECT_TRUE(place.starts_with("/")) << place;
   EXPECT_TRUE(place.ends_with("/quoll-share/Info.plist")) << place;
 }

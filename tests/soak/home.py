@@ -31,12 +31,12 @@ class Home:
     def __init__(self, build):
         self.root = pathlib.Path(tempfile.mkdtemp(prefix="quoll-soak-"))
         self.programs = {
-            "share": build / "apps/share/quoll-share",
-            "compose": build / "apps/compose/quoll-compose",
-            "control": build / "apps/console/quollctl",
-            "helper": build / "apps/image-helper/quoll-image-helper",
-            "receiver": build / "tests/soak/soak_receiver",
-            "resident": build / "tests/soak/soak_resident",
+            "share": build / "bin/quoll-share",
+            "compose": build / "bin/quoll-compose",
+            "control": build / "bin/quollctl",
+            "helper": build / "libexec/quoll/quoll-image-helper",
+            "receiver": build / "bin/soak_receiver",
+            "resident": build / "bin/soak_resident",
         }
         for name in ("home", "data", "tmp", "containers", "services", "system-data", "sources"):
             (self.root / name).mkdir()

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <utility>
@@ -11,6 +12,7 @@
 #include "quoll/linux/image_helper/answers.h"
 #include "quoll/linux/image_helper/helper_process.h"
 #include "quoll/linux/image_helper/memory_file.h"
+#include "quoll/linux/posix/installed_file.h"
 #include "quoll/platform/log.h"
 
 namespace quoll::image_helper {
@@ -95,6 +97,13 @@ class HelperImages final : public platform::Images {
 std::shared_ptr<platform::Images> make_images(std::string helper,
                                               std::chrono::milliseconds time_limit) {
   return std::make_shared<HelperImages>(std::move(helper), time_limit);
+}
+
+std::string helper_path() {
+  const char* const named = ::secure_getenv("QUOLL_IMAGE_HELPER");
+  return named != nullptr && *named != '\0'
+             ? named
+             : posix::installed_file(posix::InstalledFolder::kHelpers, "quoll-image-helper");
 }
 
 }  // namespace quoll::image_helper

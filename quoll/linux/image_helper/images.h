@@ -15,9 +15,8 @@ namespace quoll::image_helper {
 [[nodiscard]] std::shared_ptr<platform::Images> make_images(
     std::string helper, std::chrono::milliseconds time_limit = std::chrono::seconds(30));
 
-/// Where the helper program is: what the environment's `QUOLL_IMAGE_HELPER` says, else its place
-/// beside the running program, installed or in the build. To be called before the process confines
-/// itself.
+/// Where the helper program is: what the environment's `QUOLL_IMAGE_HELPER` says, else where it is
+/// installed together with the running program. To be called before the process confines itself.
 [[nodiscard]] std::string helper_path();
 
 }  // namespace quoll::image_helper

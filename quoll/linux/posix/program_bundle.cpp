@@ -3,7 +3,6 @@
 #include <libintl.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <optional>
 #include <utility>
 
@@ -54,16 +53,6 @@ std::shared_ptr<Dictionary> read_information(const std::string& file) {
 }
 
 }  // namespace
-
-std::string information_file() {
-  namespace fs = std::filesystem;
-  std::error_code unknown;
-  const fs::path program = fs::read_symlink("/proc/self/exe", unknown);
-  if (unknown) {
-    return {};
-  }
-  return (program.parent_path() / QUOLL_INFORMATION_FROM_PROGRAMS).lexically_normal();
-}
 
 std::shared_ptr<platform::NSBundle> make_program_bundle(std::string identifier,
                                                         const std::string& information) {

@@ -7,11 +7,6 @@
 
 namespace quoll::posix {
 
-/// Where the information of the installed program is: `Info.plist` in the data folder that belongs
-/// to the folder of the running program; empty when that folder is not known. To be called before
-/// the process confines itself, like the function below.
-[[nodiscard]] std::string information_file();
-
 /// The bundle of a program: all that the property list in `information` says of it, when that is a
 /// dictionary; no file is no information. What it does not say under "CFBundleIdentifier" is
 /// `identifier`. For development `QUOLL_BUNDLE_IDENTIFIER` overrides both; set but empty, there is

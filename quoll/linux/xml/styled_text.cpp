@@ -3,12 +3,11 @@
 #include <dlfcn.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <string>
-#include <system_error>
 #include <utility>
 
 #include "quoll/foundation/text.h"
+#include "quoll/linux/posix/installed_file.h"
 #include "quoll/linux/xml/html_reader.h"
 #include "quoll/linux/xml/html_writer.h"
 #include "quoll/platform/log.h"
@@ -22,19 +21,10 @@ struct Reader {
   std::string problem;
 };
 
-/// The path of the module: that of an installed program, else that in the build folder.
-std::filesystem::path module_path() {
-  std::error_code error;
-  const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-  auto installed = folder / ".." / QUOLL_LIBDIR / "quoll" / kReaderModule;
-  return std::filesystem::exists(installed, error)
-             ? installed
-             : folder / ".." / ".." / "quoll" / "linux" / "xml" / kReaderModule;
-}
-
 /// Loads the module. It is never unloaded, because its libraries keep data for each thread.
 Reader load_reader() {
-  void* module = ::dlopen(module_path().c_str(), RTLD_NOW | RTLD_LOCAL);
+  const std::string path = posix::installed_file(posix::InstalledFolder::kModules, kReaderModule);
+  void* module = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   void* symbol = module != nullptr ? ::dlsym(module, kReadHtmlName) : nullptr;
   if (symbol == nullptr) {
     const char* problem = ::dlerror();
