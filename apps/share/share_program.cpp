@@ -2,14 +2,15 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 
 #include "apps/sandbox/confine.h"
 #include "apps/share/echoing_log.h"
-#include "apps/share/leave.h"
 #include "apps/share/print_workspace.h"
 #include "apps/share/run.h"
 #include "apps/share/staging_lock.h"
@@ -60,12 +61,51 @@ sandbox::Confinement needs_of(const Selection& selection,
   return needs;
 }
 
-/// Tells what came of it, and ends the program.
+/// Installs what surrounds the program, and answers the queue whose background blocks are counted.
+/// Starts no thread. HTML can be read only when it is told now.
+std::shared_ptr<CountingQueue> install_desktop(std::shared_ptr<platform::NSWorkspace> workspace,
+                                               const std::string& image_helper, bool with_html,
+                                               bool is_verbose) {
+  auto log = posix::make_system_log("quoll-share");
+  platform::Desktop desktop = recording::recorded({
+      .bundle = posix::make_program_bundle(
+          "it.vorlent.quoll2.Quoll-Share",
+          posix::installed_file(posix::InstalledFolder::kData, "Info.plist")),
+      .files = posix::make_file_manager(),
+      .coordinator = posix::coordinator_factory(),
+      .workspace = std::move(workspace),
+      .notifications = nullptr,
+      .log = is_verbose ? make_echoing_log(std::move(log)) : std::move(log),
+      .queue = posix::make_thread_pool(),
+      .clock = posix::make_clock(),
+      .images = image_helper::make_images(image_helper),
+      .styled_text = xml::make_styled_text(with_html),
+  });
+  auto background = std::make_shared<CountingQueue>(std::move(desktop.queue));
+  desktop.queue = background;
+  platform::install(std::move(desktop));
+  return background;
+}
+
+/// True when the extension still works on an item.
+bool is_busy(const Selection& selection) {
+  return std::ranges::any_of(selection.items, [](const auto& item) {
+    return item->state() == SharedItem::State::kAsked ||
+           item->state() == SharedItem::State::kAnswering;
+  });
+}
+
+/// Tells what came of the share, removes its files and answers the number to end the program with.
+/// While an item is still worked on it ends the program itself: what that thread uses must stay.
 int end(Selection& selection, const Outcome& outcome, const ShareSettings& settings) {
   std::ostringstream told;
   const ExitCode code = report(selection, outcome, told);
   settings.ended(code, told.str());
-  return leave(selection, code);
+  selection.received_files.reset();
+  if (is_busy(selection)) {
+    _exit(static_cast<int>(code));
+  }
+  return static_cast<int>(code);
 }
 
 }  // namespace
@@ -76,31 +116,15 @@ int run_share(ShareRequest request, const ShareSettings& settings) {
   // A reader that went away is an error of the write, to be reported like any other. Not before the
   // launcher has started: the applications would inherit it.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
-  Selection selection = select(std::move(request));
+  const std::string image_helper = image_helper::helper_path();
+  const auto background = install_desktop(std::move(workspace), image_helper,
+                                          request.html.has_value(), settings.verbose);
+  const std::optional<std::string> container = usable_container();
+  Selection selection = select(std::move(request), container);
   if (selection.empty()) {
     return end(selection, {}, settings);
   }
-  auto log = posix::make_system_log("quoll-share");
-  const std::string image_helper = image_helper::helper_path();
-  platform::Desktop desktop = recording::recorded({
-      .bundle = posix::make_program_bundle(
-          "it.vorlent.quoll2.Quoll-Share",
-          posix::installed_file(posix::InstalledFolder::kData, "Info.plist")),
-      .files = posix::make_file_manager(),
-      .coordinator = posix::coordinator_factory(),
-      .workspace = std::move(workspace),
-      .notifications = nullptr,
-      .log = settings.verbose ? make_echoing_log(std::move(log)) : std::move(log),
-      .queue = posix::make_thread_pool(),
-      .clock = posix::make_clock(),
-      .images = image_helper::make_images(image_helper),
-      .styled_text = xml::make_styled_text(selection.html.has_value()),
-  });
-  const auto background = std::make_shared<CountingQueue>(std::move(desktop.queue));
-  desktop.queue = background;
-  platform::install(std::move(desktop));
-  // The container is made while that is still allowed.
-  sandbox::confine(needs_of(selection, usable_container(), image_helper));
+  sandbox::confine(needs_of(selection, container, image_helper));
   const StagingLock lock = lock_staging();
   const Outcome outcome = run<ShareViewController>(selection, *background, settings.progress);
   return end(selection, outcome, settings);

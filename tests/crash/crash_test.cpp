@@ -92,7 +92,7 @@ class AtOne final : public Steps {
   int descriptor_;
 };
 
-TEST(KilledAlone, ItLeavesNoPrivateFiles) {
+TEST(KilledAlone, ItsReceivedFilesAreSweptByTheNextShare) {
   if (const std::string why = why_not_stepped(); !why.empty()) {
     GTEST_SKIP() << why;
   }
@@ -102,16 +102,19 @@ TEST(KilledAlone, ItLeavesNoPrivateFiles) {
     int turn;
   };
   const std::vector<Row> rows{
-      {"before it starts who removes them", SYS_clone, 2},
-      {"while it makes the file", SYS_write, 3},
+      {"before it locks their folder", SYS_flock, 1},
+      {"before it makes the file", SYS_mkdirat, 2},
       {"while it copies", SYS_copy_file_range, 1},
   };
-  const Scene scene;
+  Scene scene;
   for (const Row& row : rows) {
+    scene.prepare(true);
     AtOne kill(row.call, row.turn, {.kind = Step::Kind::kKillOne});
-    const SteppedEnd end = run_stepped(scene.command(Which::kFirst), scene.environment(), kill, 0);
+    static_cast<void>(run_stepped(scene.command(Which::kFirst), scene.environment(), kill, 0));
     EXPECT_TRUE(kill.is_done()) << row.reason;
-    EXPECT_EQ(names_in(scene.temporary()), std::vector<std::string>()) << row.reason;
+    EXPECT_EQ(names_in(scene.incoming()).size(), 1U) << row.reason;
+    EXPECT_EQ(test::run(scene.command(Which::kNext), scene.environment()).status, 0) << row.reason;
+    EXPECT_EQ(names_in(scene.incoming()), std::vector<std::string>()) << row.reason;
   }
 }
 
@@ -135,9 +138,9 @@ TEST(Failed, WhatWentWrongIsTold) {
       {"no socket to the launcher", SYS_socketpair, EMFILE, 1,
        "not opened: the launcher could not be started\n"},
       {"no copies inside the file system", SYS_copy_file_range, EIO, 0, ""},
-      {"who keeps private files cannot tell where", SYS_write, EIO, 3,
-       "left out: data:,first: no temporary folder: input/output error\n", STDIN_FILENO},
-      {"no turn, which is for the sake of others", SYS_flock, ENOLCK, 0, ""},
+      {"no folder for bytes without a file", SYS_mkdirat, EIO, 3,
+       "left out: data:,first: it cannot be kept in a temporary file: input/output error\n"},
+      {"no staging lock, which is for the sake of others", SYS_flock, ENOLCK, 0, ""},
   };
   Scene scene;
   static_cast<void>(scene.learn());

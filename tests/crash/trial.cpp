@@ -14,8 +14,6 @@ namespace quoll::crash {
 
 namespace {
 
-/// The process of a share that removes its private files: the second that it starts.
-constexpr int kCleaner = 2;
 constexpr auto npos = std::string::npos;
 
 /// Refuses what the world does not have.
@@ -176,10 +174,7 @@ Result run_trial(Scene& scene, const Trial& trial, unsigned seconds) {
   }
   if (trial.harm != Harm::kKillAll && !end.is_hung) {
     check_survivor(scene, end, harming, trial, result);
-    // Who removes the private files may be the one that was harmed.
-    if (trial.lane.process != kCleaner) {
-      check_temporary(scene, result.findings);
-    }
+    check_temporary(scene, result.findings);
   }
   check_disk(scene, before, result.findings);
   const bool is_locked = std::any_of(result.findings.begin(), result.findings.end(),

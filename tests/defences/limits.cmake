@@ -14,7 +14,7 @@ quoll_defence(descriptors_in_all FILE apps/share/request/select.cpp
   TAKES "budget_ -= taken" GIVES "budget_ -= 0 * taken"
   SHOWN_BY host ReceivedLimits.FilesAndImagesShareTheBudgetOfDescriptors)
 quoll_defence(left_out_on_the_disk FILE apps/share/request/select.cpp
-  TAKES "unlink(path.c_str());" GIVES "path.clear();"
+  TAKES "unlink(path.c_str());" GIVES ""
   SHOWN_BY host ReceivedLimits.FilesAndImagesShareTheBudgetOfDescriptors)
 quoll_defence(delivered_image FILE apps/share/request/received_bytes.cpp
   TAKES "std::min(kLargestImage, source.limit)" GIVES "kLargestImage"

@@ -1,6 +1,6 @@
 # The sandbox of quoll-share (docs/security.md).
 set(main apps/share/share_program.cpp)
-set(confined "sandbox::confine(needs_of(selection, usable_container(), image_helper));")
+set(confined "sandbox::confine(needs_of(selection, container, image_helper));")
 set(unconfined "static_cast<void>(&needs_of);")
 foreach(pair IN ITEMS share_is_confined:TheRunningProgramIsMarked no_tracing:NoProcessIsTraced
                       no_looking_into_processes:NoProcessIsLookedInto)

@@ -8,6 +8,8 @@
 
 #include "apps/share/request/received_bytes.h"
 #include "apps/share/request/select.h"
+#include "quoll/linux/posix/descriptor_io.h"
+#include "tests/support/temporary_folder.h"
 
 namespace quoll::share {
 namespace {
@@ -21,6 +23,12 @@ posix::UniqueFd delivering(std::string_view beginning, std::size_t size) {
   EXPECT_EQ(ftruncate(file.get(), static_cast<off_t>(size)), 0);
   lseek(file.get(), 0, SEEK_SET);
   return file;
+}
+
+/// The group container of the shares.
+std::string container() {
+  static const test::TemporaryFolder folder;
+  return folder.path();
 }
 
 TEST(ReceivedLimits, AnImageIsHeldBelow256MiB) {
@@ -44,7 +52,7 @@ TEST(ReceivedLimits, OfOtherBytesOneMebibyteIsHeld) {
 
 TEST(ReceivedLimits, ATextHas64MiBAtMost) {
   const auto selected = [](std::size_t size) {
-    return select({{}, "-", {}, {}}, delivering("text", size).get());
+    return select({{}, "-", {}, {}}, container(), delivering("text", size).get());
   };
   const Selection longest = selected(64 * kMebibyte);
   ASSERT_TRUE(longest.text);
@@ -58,7 +66,7 @@ TEST(ReceivedLimits, ATextHas64MiBAtMost) {
 
 TEST(ReceivedLimits, ATextWithoutAnEndEnds) {
   const posix::UniqueFd endless(open("/dev/zero", O_RDONLY | O_CLOEXEC));
-  EXPECT_FALSE(select({{}, {}, "-", {}}, endless.get()).html);
+  EXPECT_FALSE(select({{}, {}, "-", {}}, container(), endless.get()).html);
 }
 
 TEST(ReceivedLimits, AListHas256MiBAtMost) {
@@ -67,7 +75,7 @@ TEST(ReceivedLimits, AListHas256MiBAtMost) {
     ShareRequest request;
     request.text = "-";
     request.has_list = true;
-    return select(std::move(request), list.get()).left_out.front().why;
+    return select(std::move(request), container(), list.get()).left_out.front().why;
   };
   EXPECT_EQ(why_left_out(256 * kMebibyte), "it is longer than 64 MiB") << "its only part is a text";
   EXPECT_EQ(why_left_out(256 * kMebibyte + 1), "it is longer than 256 MiB");
@@ -77,7 +85,7 @@ TEST(ReceivedLimits, DescriptorsHave256MiBInAll) {
   const auto selected = [](std::size_t size) {
     ShareRequest request;
     request.descriptor_items.push_back({delivering("", size), "", "large"});
-    return select(std::move(request));
+    return select(std::move(request), container());
   };
   EXPECT_EQ(selected(256 * kMebibyte).items.size(), 1U);
   const Selection longer = selected(256 * kMebibyte + 1);
@@ -100,7 +108,7 @@ TEST(ReceivedLimits, FilesAndImagesShareTheBudgetOfDescriptors) {
   deliver("", 2 * kMebibyte, "another");
   deliver("", kMebibyte, "the last that has room");
   deliver(kPng, 100, "");
-  const Selection selection = select(std::move(request));
+  const Selection selection = select(std::move(request), container());
   EXPECT_EQ(selection.items.size(), 3U);
   ASSERT_EQ(selection.left_out.size(), 3U);
   for (const LeftOut& left : selection.left_out) {
@@ -108,7 +116,7 @@ TEST(ReceivedLimits, FilesAndImagesShareTheBudgetOfDescriptors) {
   }
   std::size_t kept = 0;
   for (const auto& entry :
-       std::filesystem::recursive_directory_iterator(selection.folder->path())) {
+       std::filesystem::recursive_directory_iterator(container() + "/.incoming")) {
     kept += entry.is_regular_file() ? entry.file_size() : 0;
   }
   EXPECT_EQ(kept, 3 * kMebibyte) << "what is left out takes no room";

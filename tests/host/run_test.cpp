@@ -88,8 +88,8 @@ TEST_F(Run, TheRequestIsCancelledBeforeAnythingIsLoaded) {
 }
 
 TEST_F(Run, AWholeShareIsSilent) {
-  Selection selection =
-      select({"A title", "Text", {}, {folder_.write("a.txt", "x"), "https://example.org/"}});
+  Selection selection = select(
+      {"A title", "Text", {}, {folder_.write("a.txt", "x"), "https://example.org/"}}, std::nullopt);
   selection.text.reset();  // the empty desktop turns no text to HTML
   const Outcome outcome = run<ShareViewController>(selection, *queue_);
   EXPECT_EQ(report_of(selection, outcome), ExitCode::kOpened);
@@ -103,7 +103,8 @@ TEST_F(Run, AWholeShareIsSilent) {
 
 TEST_F(Run, EverySelectedItemThatIsNotInTheDraftIsNamed) {
   const std::string vanishing = folder_.write("vanishing.txt", "x");
-  Selection selection = select({{}, {}, {}, {"/missing", vanishing, "https://example.org/"}});
+  Selection selection =
+      select({{}, {}, {}, {"/missing", vanishing, "https://example.org/"}}, std::nullopt);
   selection.items.push_back(
       std::make_shared<SharedItem>("picture", platform::kUTTypeImage, foundation::Value("text")));
   std::filesystem::remove(vanishing);
@@ -114,7 +115,7 @@ TEST_F(Run, EverySelectedItemThatIsNotInTheDraftIsNamed) {
 }
 
 TEST_F(Run, NothingToShareAsksForNothing) {
-  Selection selection = select({"A title", {}, {}, {"/missing"}});
+  Selection selection = select({"A title", {}, {}, {"/missing"}}, std::nullopt);
   EXPECT_EQ(report_of(selection, run<ShareViewController>(selection, *queue_)),
             ExitCode::kNotOpened);
   EXPECT_EQ(told_,
@@ -125,7 +126,7 @@ TEST_F(Run, NothingToShareAsksForNothing) {
 }
 
 TEST_F(Run, HtmlThatCannotBeReadIsLeftOut) {
-  Selection selection = select({{}, {}, "<b>x</b>", {"https://example.org/"}});
+  Selection selection = select({{}, {}, "<b>x</b>", {"https://example.org/"}}, std::nullopt);
   EXPECT_EQ(report_of(selection, run<ShareViewController>(selection, *queue_)),
             ExitCode::kSomethingLeftOut);
   EXPECT_EQ(told_, "left out: the HTML text: it cannot be read as HTML\n");
@@ -166,7 +167,7 @@ class TerminalForErrors {
 };
 
 TEST_F(Run, AShareOfMoreThanASecondShowsItsProgress) {
-  const Selection selection = select({{}, {}, {}, {"https://a/", "https://b/"}});
+  const Selection selection = select({{}, {}, {}, {"https://a/", "https://b/"}}, std::nullopt);
   selection.items[0]->loadItemForTypeIdentifier(platform::kUTTypeURL,
                                                 [](const auto&, const auto&) {});
   while (selection.items[0]->state() != SharedItem::State::kAnswered) {

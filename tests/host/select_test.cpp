@@ -5,6 +5,9 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <filesystem>
+
+#include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/platform/type_identifiers.h"
 #include "tests/support/temporary_folder.h"
 
@@ -22,9 +25,15 @@ posix::UniqueFd delivering(std::string_view bytes) {
   return posix::UniqueFd(descriptor);
 }
 
+/// The group container of the shares.
+std::string container() {
+  static const test::TemporaryFolder folder;
+  return folder.path();
+}
+
 Selection select_items(std::vector<std::string> items, std::string_view standard_input = "") {
   const posix::UniqueFd input = delivering(standard_input);
-  return select({{}, {}, {}, std::move(items)}, input.get());
+  return select({{}, {}, {}, std::move(items)}, container(), input.get());
 }
 
 constexpr const char* kGif = "GIF89a\1\0\1\0\0\0\0";
@@ -32,8 +41,13 @@ constexpr const char* kGif = "GIF89a\1\0\1\0\0\0\0";
 TEST(Select, EachKindHasItsType) {
   const test::TemporaryFolder folder;
   const std::string picture = folder.write("picture.gif", kGif);
-  const Selection selection = select_items(
-      {picture, "https://example.org/", "data:image/gif;base64,R0lGODlhAQABAAAAACw=", "-"}, kGif);
+  const posix::UniqueFd input = delivering(kGif);
+  const Selection selection =
+      select({{},
+              {},
+              {},
+              {picture, "https://example.org/", "data:image/gif;base64,R0lGODlhAQABAAAAACw=", "-"}},
+             folder.path(), input.get());
   ASSERT_EQ(selection.items.size(), 4U);
   EXPECT_TRUE(selection.left_out.empty());
   EXPECT_EQ(selection.items[0]->type(), platform::kUTTypeFileURL) << "an image by path is a file";
@@ -45,10 +59,10 @@ TEST(Select, EachKindHasItsType) {
   EXPECT_EQ(selection.items[3]->type(), platform::kUTTypeImage);
   ASSERT_NE(selection.items[3]->value().bytes(), nullptr);
   EXPECT_EQ(selection.items[3]->value().bytes()->size(), std::string_view(kGif).size());
-  EXPECT_EQ(selection.folder, nullptr) << "nothing needed a private file";
+  EXPECT_FALSE(std::filesystem::exists(folder.path(".incoming"))) << "nothing needed a file";
 }
 
-TEST(Select, BytesBecomePrivateFiles) {
+TEST(Select, BytesBecomeFilesInTheContainer) {
   struct Row {
     const char* reason;
     std::string item;
@@ -72,9 +86,19 @@ TEST(Select, BytesBecomePrivateFiles) {
     EXPECT_EQ(selection.items[0]->type(), platform::kUTTypeFileURL) << row.reason;
     const std::string path = selection.items[0]->file_path().value_or("");
     EXPECT_TRUE(path.ends_with(row.name)) << row.reason << ": " << path;
-    EXPECT_TRUE(path.starts_with(selection.folder->path())) << row.reason;
+    EXPECT_TRUE(path.starts_with(container() + "/.incoming/")) << row.reason << ": " << path;
     EXPECT_EQ(test::read_file(path), row.content) << row.reason;
   }
+}
+
+TEST(Select, WithoutAContainerBytesAreLeftOut) {
+  const Selection selection =
+      select({{}, {}, {}, {"data:,hello", "https://h/", "data:image/gif,GIF89a"}}, std::nullopt);
+  EXPECT_EQ(selection.items.size(), 2U) << "a link and an image need no file";
+  ASSERT_EQ(selection.left_out.size(), 1U);
+  EXPECT_EQ(selection.left_out[0].what, "data:,hello");
+  EXPECT_EQ(selection.left_out[0].why,
+            "it cannot be kept in a temporary file: there is no shared folder");
 }
 
 TEST(Select, WhatCannotBeSharedKeepsNothingBack) {
@@ -94,7 +118,7 @@ TEST(Select, WhatCannotBeSharedKeepsNothingBack) {
 
 TEST(Select, StandardInputThatCannotBeRead) {
   const posix::UniqueFd closed(open("/dev/null", O_WRONLY));
-  const Selection selection = select({{}, {}, {}, {"-"}}, closed.get());
+  const Selection selection = select({{}, {}, {}, {"-"}}, container(), closed.get());
   EXPECT_TRUE(selection.empty());
   ASSERT_EQ(selection.left_out.size(), 1U);
   EXPECT_EQ(selection.left_out[0].why, "bad file descriptor");
@@ -102,11 +126,11 @@ TEST(Select, StandardInputThatCannotBeRead) {
 
 TEST(Select, Texts) {
   const posix::UniqueFd input = delivering("from afar");
-  const Selection selection = select({"A title", "-", {}, {}}, input.get());
+  const Selection selection = select({"A title", "-", {}, {}}, container(), input.get());
   EXPECT_EQ(selection.title, "A title");
   EXPECT_EQ(selection.text, "from afar");
   EXPECT_FALSE(selection.empty());
-  const Selection title_only = select({"A title", {}, {}, {}}, input.get());
+  const Selection title_only = select({"A title", {}, {}, {}}, container(), input.get());
   EXPECT_TRUE(title_only.empty()) << "a title alone is no share";
 }
 
@@ -129,7 +153,7 @@ TEST(Select, ATextThatOnlyRepeatsALinkIsDropped) {
       {"a file's own name is no link", "A page", file, file, true},
   };
   for (const Row& row : rows) {
-    const Selection selection = select({row.title, row.text, {}, {row.item}});
+    const Selection selection = select({row.title, row.text, {}, {row.item}}, container());
     EXPECT_EQ(selection.text.has_value(), row.is_kept) << row.reason;
     EXPECT_EQ(selection.title, row.title) << row.reason;
     EXPECT_TRUE(selection.left_out.empty()) << row.reason;
@@ -140,7 +164,7 @@ Selection select_descriptor(posix::UniqueFd from, std::string media_type, std::s
   ShareRequest request;
   request.descriptor_items.push_back({std::move(from), std::move(media_type), std::move(name)});
   request.read_timeout = std::chrono::milliseconds(20);
-  return select(std::move(request));
+  return select(std::move(request), container());
 }
 
 TEST(Select, DescriptorsBecomeFilesOfTheirNames) {
@@ -168,7 +192,7 @@ TEST(Select, DescriptorsBecomeFilesOfTheirNames) {
     const Selection selection = select_descriptor(delivering("hello"), row.media_type, row.name);
     ASSERT_EQ(selection.items.size(), 1U) << row.reason;
     const std::string path = selection.items[0]->file_path().value_or("");
-    EXPECT_EQ(path, selection.folder->path() + "/1/" + row.file) << row.reason;
+    EXPECT_TRUE(path.ends_with("/1/" + row.file)) << row.reason << ": " << path;
     EXPECT_EQ(test::read_file(path), "hello") << row.reason;
   }
 }
@@ -249,7 +273,7 @@ TEST(Select, AListOnStandardInput) {
     ShareRequest request;
     request.items = {given};
     request.has_list = true;
-    const Selection selection = select(std::move(request), input.get());
+    const Selection selection = select(std::move(request), container(), input.get());
     std::vector<std::string> items;
     for (const auto& item : selection.items) {
       items.push_back(item->given());
@@ -270,7 +294,7 @@ TEST(Select, TheTextsStandFirstInAList) {
     request.title = "-";
     request.html = "-";
     request.has_list = true;
-    return select(std::move(request), delivering(list).get());
+    return select(std::move(request), container(), delivering(list).get());
   };
   const Selection selection = select_from("-\0<b>x</b>\0https://h/\0"sv);
   EXPECT_EQ(selection.title, "-") << "what is in a list is meant as it is";
@@ -284,7 +308,7 @@ TEST(Select, TheTextsStandFirstInAList) {
 }
 
 TEST(Select, TextThatIsNotUtf8) {
-  const Selection selection = select({"\xFF", "gr\xFC\xDF", {}, {"https://h/"}});
+  const Selection selection = select({"\xFF", "gr\xFC\xDF", {}, {"https://h/"}}, container());
   EXPECT_EQ(selection.title, std::nullopt);
   EXPECT_EQ(selection.text, std::nullopt);
   EXPECT_EQ(selection.items.size(), 1U);

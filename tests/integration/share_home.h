@@ -58,8 +58,10 @@ class ShareHome {
     return share(arguments, input);
   }
   /// True when bytes that came without a file still lie somewhere.
-  [[nodiscard]] bool has_private_files() const {
-    return !std::filesystem::is_empty(folder_.path("tmp"));
+  [[nodiscard]] bool has_received_files() const {
+    const std::string incoming = container() + "/.incoming";
+    return (std::filesystem::exists(incoming) && !std::filesystem::is_empty(incoming)) ||
+           !std::filesystem::is_empty(folder_.path("tmp"));
   }
 
  private:

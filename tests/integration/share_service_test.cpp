@@ -283,9 +283,9 @@ TEST_F(ShareService, WhatIsLeftOutOfOpenIsShown) {
 
 TEST_F(ShareService, AShareIsOneProcessAndItsLauncher) {
   posix::UniqueFd lock = held_staging_lock();
-  EXPECT_EQ(open({"https://example.org/"}), "");
+  EXPECT_EQ(open({"https://example.org/", "data:,a%20file"}), "");
   Request request;
-  Call call(bus(), request.text("title", "A title").text("text", "words"));
+  Call call(bus(), request.text("text", "words").bytes("a.txt", "", "the content"));
   std::vector<pid_t> shares;
   while ((shares = children_of(service())).size() < 2) {
     std::this_thread::sleep_for(10ms);

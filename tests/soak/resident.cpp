@@ -69,7 +69,7 @@ class Resident {
 
   void round() {
     const auto items = new_items();
-    share::Selection selection = share::select({"A title", {}, {}, items});
+    share::Selection selection = share::select({"A title", {}, {}, items}, std::nullopt);
     const auto message = gathered(selection);
     check_staged(*ExtensionMessage::ExtensionMessageWithUrl(message->queryUrl("compose")));
     const std::size_t records =

@@ -36,6 +36,16 @@ std::string_view file_name(std::string_view name) {
   return name == "." || name == ".." ? std::string_view() : name;
 }
 
+/// A name without an extension gets that of the type, when it has room for one.
+std::string with_extension(std::string name, std::string_view media_type) {
+  const std::string_view extension = extension_of_media_type(media_type);
+  if (name.find('.') == std::string::npos && !extension.empty() &&
+      name.size() + 1 + extension.size() <= NAME_MAX) {
+    name.append(".").append(extension);
+  }
+  return name;
+}
+
 std::string why_not_received() {
   return errno == ETIMEDOUT ? "nothing came for too long" : posix::error_words(errno);
 }
@@ -181,29 +191,20 @@ class Selector {
     }
   }
 
-  /// Bytes become a private file, which is then shared like any other. Answers how many they are.
+  /// Bytes become a file of the share, which is then shared like any other. Answers how many they
+  /// are.
   std::size_t add_bytes(std::string_view given, std::string_view name, std::string_view media_type,
                         const ReceivedBytes& bytes, const Source& source) {
-    if (!selection_.folder) {
-      selection_.folder = PrivateFolder::make();
-    }
-    if (!selection_.folder) {
-      leave_out(given, "no temporary folder: " + posix::error_words(errno));
+    const std::string cannot = "it cannot be kept in a temporary file: ";
+    if (!selection_.received_files) {
+      leave_out(given, cannot + "there is no shared folder");
       return 0;
     }
-    const bool has_extension = name.find('.') != std::string_view::npos;
-    std::string_view extension = has_extension ? "" : extension_of_media_type(media_type);
-    if (name.size() + 1 + extension.size() > NAME_MAX) {
-      extension = "";
-    }
-    std::string path;
-    const posix::UniqueFd file = selection_.folder->create(
-        std::string(name) + (extension.empty() ? "" : ".") + std::string(extension), path);
+    const auto [file, path] =
+        selection_.received_files->make(with_extension(std::string(name), media_type));
     const auto size = file ? write_through(bytes, source, file.get()) : std::nullopt;
     if (!size) {
-      leave_out(given, errno == EFBIG
-                           ? kNoRoom
-                           : "it cannot be kept in a temporary file: " + why_not_received());
+      leave_out(given, errno == EFBIG ? kNoRoom : cannot + why_not_received());
       unlink(path.c_str());  // what is there of it takes room until the share ends
       return 0;
     }
@@ -236,8 +237,12 @@ void drop_repeated_text(Selection& selection) {
 
 }  // namespace
 
-Selection select(ShareRequest request, int standard_input) {
+Selection select(ShareRequest request, const std::optional<std::string>& container,
+                 int standard_input) {
   Selection selection;
+  if (container) {
+    selection.received_files.emplace(*container);
+  }
   Selector selector(selection, request, standard_input);
   if (request.has_list) {
     selector.read_list();

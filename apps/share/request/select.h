@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/share/request/private_folder.h"
+#include "apps/share/request/received_files.h"
 #include "apps/share/request/share_request.h"
 #include "apps/share/shared_item.h"
 
@@ -24,8 +24,8 @@ struct Selection {
   std::optional<std::string> html;
   std::vector<std::shared_ptr<SharedItem>> items;
   std::vector<LeftOut> left_out;
-  /// Holds the files of items that came as bytes; null when there is none.
-  std::unique_ptr<PrivateFolder> folder;
+  /// The files of items that came as bytes; none without a container.
+  std::optional<ReceivedFiles> received_files;
 
   /// A title alone is no share.
   [[nodiscard]] bool empty() const { return !text && !html && items.empty(); }
@@ -35,6 +35,7 @@ struct Selection {
 /// input, descriptors and `data:` URLs are taken now. Whatever cannot be shared is left out with
 /// the reason and keeps nothing else back. A text that only repeats a link, or the title of one, is
 /// dropped. To be called while there is one thread.
-[[nodiscard]] Selection select(ShareRequest request, int standard_input = 0);
+[[nodiscard]] Selection select(ShareRequest request, const std::optional<std::string>& container,
+                               int standard_input = 0);
 
 }  // namespace quoll::share

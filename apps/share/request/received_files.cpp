@@ -1,0 +1,44 @@
+#include "apps/share/request/received_files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <utility>
+
+namespace quoll::share {
+
+namespace {
+
+/// Null with `errno` set when there can be none.
+std::unique_ptr<posix::TemporaryItem> make_folder(const std::string& container) {
+  posix::BuildingFolder incoming = posix::open_incoming_folder(container);
+  if (!incoming.fd) {
+    return nullptr;
+  }
+  auto folder = std::make_unique<posix::TemporaryItem>(std::move(incoming));
+  if (const int error = folder->make_folder(); error != 0) {
+    errno = error;
+    return nullptr;
+  }
+  return folder;
+}
+
+}  // namespace
+
+ReceivedFiles::File ReceivedFiles::make(std::string_view name) {
+  if (!folder_) {
+    folder_ = make_folder(container_);
+  }
+  if (!folder_) {
+    return {};
+  }
+  const std::string number = std::to_string(++count_);
+  if (mkdirat(folder_->fd(), number.c_str(), 0700) != 0) {
+    return {};
+  }
+  const std::string path = folder_->path() + "/" + number + "/" + std::string(name);
+  return {posix::UniqueFd(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600)), path};
+}
+
+}  // namespace quoll::share
