@@ -192,9 +192,8 @@ class Run {
     }
     const std::string content = "content " + std::to_string(++count_);
     const std::string folder = "/home/" + std::to_string(count_);
-    std::optional<foundation::Error> error;
-    require(files_->createDirectoryAtURL(NSURL::file_url(folder, true), error));
-    require(files_->writeToFile(test::bytes_of(content), folder + "/" + name, 0, error));
+    require(!files_->createDirectoryAtURL(NSURL::file_url(folder, true)));
+    require(!files_->writeToFile(test::bytes_of(content), folder + "/" + name, {}));
     const std::string wanted = foundation::utf8_with_escapes(name);
     return {.type = "public.file-url",
             .value = NSURL::file_url(folder + "/" + name, false),
@@ -284,8 +283,9 @@ class Run {
       require(path == foundation::appending_path_component(kStaging, name));
       require(names.insert(name).second);
       require(name == file.name || files_->fileExistsAtPath(kStaging + "/" + file.name));
-      std::optional<foundation::Error> error;
-      require(files_->contentsAtPath(path, error) == test::bytes_of(file.content));
+      const auto contents = files_->contentsAtPath(path);
+      const auto* const bytes = std::get_if<foundation::Bytes>(&contents);
+      require(bytes != nullptr && *bytes == test::bytes_of(file.content));
     }
   }
 

@@ -59,10 +59,9 @@ void remove_in(const std::string& folder, std::string_view prefix) {
   const auto files = platform::NSFileManager::defaultManager();
   for (const auto& name :
        files->contentsOfDirectoryAtPath(folder).value_or(std::vector<std::string>())) {
-    std::optional<foundation::Error> ignored;  // the next program tries again
-    if (name.starts_with(prefix)) {
-      files->removeItemAtURL(
-          platform::fileURLWithPath(foundation::appending_path_component(folder, name)), ignored);
+    if (name.starts_with(prefix)) {  // what cannot be removed is left to the next program
+      static_cast<void>(files->removeItemAtURL(
+          platform::fileURLWithPath(foundation::appending_path_component(folder, name))));
     }
   }
 }

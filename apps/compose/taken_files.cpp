@@ -112,11 +112,11 @@ void TakenFiles::keep(int file, const std::string& name) {
   }
   const std::string source = "/proc/self/fd/" + std::to_string(file);
   const std::string path = folder_ + "/" + std::to_string(files_.size());
-  std::optional<foundation::Error> error;
-  if (linkat(AT_FDCWD, source.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) != 0 &&
-      !platform::NSFileManager::defaultManager()->copyItemAtPath(source, path, error)) {
-    throw CannotCompose(
-        name + " cannot be taken: " + (error ? error->text : std::string("it cannot be copied")));
+  if (linkat(AT_FDCWD, source.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+    if (const auto error =
+            platform::NSFileManager::defaultManager()->copyItemAtPath(source, path)) {
+      throw CannotCompose(name + " cannot be taken: " + error->text);
+    }
   }
   files_.push_back({name, path});
 }
@@ -125,9 +125,9 @@ void TakenFiles::remove() {
   if (folder_.empty()) {
     return;
   }
-  std::optional<foundation::Error> ignored;  // what is left does no harm
-  platform::NSFileManager::defaultManager()->removeItemAtURL(platform::fileURLWithPath(folder_),
-                                                             ignored);
+  // What is left does no harm.
+  static_cast<void>(platform::NSFileManager::defaultManager()->removeItemAtURL(
+      platform::fileURLWithPath(folder_)));
 }
 
 }  // namespace quoll::compose

@@ -20,12 +20,12 @@ std::string contents_of(const std::string& file) {
   if (file == "-") {
     return {std::istreambuf_iterator<char>(std::cin), {}};
   }
-  std::optional<foundation::Error> error;
-  const auto bytes = platform::NSFileManager::defaultManager()->contentsAtPath(file, error);
-  if (!bytes) {
-    throw std::runtime_error(error ? error->text : "it cannot be read");
+  const auto contents = platform::NSFileManager::defaultManager()->contentsAtPath(file);
+  if (const auto* const error = std::get_if<foundation::Error>(&contents)) {
+    throw std::runtime_error(error->text);
   }
-  return {bytes->begin(), bytes->end()};
+  const auto& bytes = std::get<foundation::Bytes>(contents);
+  return {bytes.begin(), bytes.end()};
 }
 
 /// Reads a message from a JSON object of its fields, with or without `$ExtensionMessage` around

@@ -26,7 +26,8 @@ namespace {
 class AcceptingWorkspace final : public platform::NSWorkspace {
  public:
   bool openURLs(const std::vector<std::shared_ptr<foundation::NSURL>>& /*urls*/,
-                std::string_view /*application*/, unsigned /*options*/) override {
+                std::string_view /*application*/,
+                platform::NSWorkspaceLaunchOptions /*options*/) override {
     return true;
   }
 };

@@ -45,7 +45,8 @@ std::string reason() {
 class Addressee final : public platform::NSWorkspace {
  public:
   bool openURLs(const std::vector<std::shared_ptr<foundation::NSURL>>& /*urls*/,
-                std::string_view application, unsigned /*options*/) override {
+                std::string_view application,
+                platform::NSWorkspaceLaunchOptions /*options*/) override {
     name = application;
     return true;
   }

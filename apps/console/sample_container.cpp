@@ -90,22 +90,22 @@ Value groups() {
 std::optional<Error> store(const std::shared_ptr<NSURL>& folder, std::string_view name,
                            const Value& content, PropertyListForm form) {
   const std::string document = console::write_property_list(content, form);
-  std::optional<Error> error;
-  if (!platform::NSFileManager::defaultManager()->createDirectoryAtURL(folder, error)) {
+  const auto files = platform::NSFileManager::defaultManager();
+  if (auto error = files->createDirectoryAtURL(folder)) {
     return error;
   }
-  platform::NSFileCoordinator::create()->coordinateWritingItemAtURL(
+  std::optional<Error> failure;
+  auto error = platform::NSFileCoordinator::create()->coordinateWritingItemAtURL(
       foundation::URLByAppendingPathComponent(folder, name),
-      platform::NSFileCoordinatorWritingForDeleting, error,
-      [&](const std::shared_ptr<NSURL>& location) {
+      platform::NSFileCoordinatorWritingForDeleting, [&](const std::shared_ptr<NSURL>& location) {
         const std::string path = location->file_system_path().value_or("");
-        if (platform::NSFileManager::defaultManager()->writeToFile(
-                Bytes(document.begin(), document.end()), path, platform::NSDataWritingAtomic,
-                error)) {
+        failure = files->writeToFile(Bytes(document.begin(), document.end()), path,
+                                     platform::NSDataWritingAtomic);
+        if (!failure) {
           std::cout << foundation::printable(path) << '\n';
         }
       });
-  return error;
+  return error ? error : failure;
 }
 
 std::optional<Error> store_all(const std::shared_ptr<NSURL>& data, PropertyListForm form) {

@@ -14,7 +14,8 @@ class PrintWorkspace final : public platform::NSWorkspace {
   explicit PrintWorkspace(int descriptor) : descriptor_(descriptor) {}
 
   bool openURLs(const std::vector<std::shared_ptr<foundation::NSURL>>& urls,
-                std::string_view /*application*/, unsigned /*options*/) override {
+                std::string_view /*application*/,
+                platform::NSWorkspaceLaunchOptions /*options*/) override {
     for (const auto& url : urls) {
       if (!posix::write_all(descriptor_, url->absoluteString()) ||
           !posix::write_all(descriptor_, "\n")) {

@@ -1,7 +1,5 @@
 #include "quoll/container/contacts_store.h"
 
-#include <optional>
-
 #include "quoll/container/coordinated_access.h"
 #include "quoll/container/group_container.h"
 #include "quoll/container/layout.h"
@@ -22,10 +20,10 @@ using foundation::Value;
 /// Makes the folder when nothing is there; whatever is there counts. False when that fails.
 bool make_contacts_folder(const std::shared_ptr<NSURL>& location) {
   const auto files = platform::NSFileManager::defaultManager();
-  std::optional<foundation::Error> error;
-  if (!files->fileExistsAtPath(location->file_system_path().value_or(""))) {
-    files->createDirectoryAtURL(location, error);
+  if (files->fileExistsAtPath(location->file_system_path().value_or(""))) {
+    return true;
   }
+  const auto error = files->createDirectoryAtURL(location);
   if (error) {
     platform::log("AddressesAndGroups %@", *error);
   }

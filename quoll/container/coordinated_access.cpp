@@ -10,9 +10,8 @@ namespace quoll::container {
 void with_coordinated_access(
     const std::shared_ptr<foundation::NSURL>& url, std::string_view failure_line,
     const std::function<void(const std::shared_ptr<foundation::NSURL>& location)>& accessor) {
-  std::optional<foundation::Error> error;
-  platform::NSFileCoordinator::create()->coordinateWritingItemAtURL(
-      url, platform::NSFileCoordinatorWritingForDeleting, error, accessor);
+  const auto error = platform::NSFileCoordinator::create()->coordinateWritingItemAtURL(
+      url, platform::NSFileCoordinatorWritingForDeleting, accessor);
   if (error) {
     platform::log_event({foundation::format(failure_line, *error),
                          foundation::quoll_error(foundation::kNotCoordinatedError, *error)});

@@ -15,10 +15,10 @@ foundation::Value root_of(const std::shared_ptr<foundation::NSURL>& url) {
   if (!path) {
     return {};
   }
-  std::optional<foundation::Error> ignored;
-  const auto contents = platform::NSFileManager::defaultManager()->contentsAtPath(*path, ignored);
-  return contents ? foundation::read_property_list(*contents).value_or(foundation::Value())
-                  : foundation::Value();
+  const auto contents = platform::NSFileManager::defaultManager()->contentsAtPath(*path);
+  const auto* const bytes = std::get_if<foundation::Bytes>(&contents);
+  return bytes != nullptr ? foundation::read_property_list(*bytes).value_or(foundation::Value())
+                          : foundation::Value();
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "quoll/container/coordinated_access.h"
 #include "quoll/container/group_container.h"
@@ -34,8 +35,8 @@ std::shared_ptr<NSURL> staging_folder(std::string_view folder) {
 struct StagingKind {
   /// The name that an item wants.
   std::string (*file_name)(const Value& item);
-  /// Puts the item there.
-  void (*write)(const Value& item, const std::string& path, std::optional<Error>& error);
+  /// Puts the item there; answers why that failed.
+  std::optional<Error> (*write)(const Value& item, const std::string& path);
   std::string_view item_failure;
   std::string_view exception;
   std::string_view coordination_failure;
@@ -51,9 +52,7 @@ std::shared_ptr<List> stage(std::string_view folder, const std::shared_ptr<List>
           container::UniqueNames names(location->file_system_path().value_or(""));
           for (const Value& item : Value(items).list()) {
             const std::string path = names.good_path(kind.file_name(item));
-            std::optional<Error> error;
-            kind.write(item, path, error);
-            if (error) {
+            if (const auto error = kind.write(item, path)) {
               platform::log(kind.item_failure, *error);
             } else {
               written->addObject(path);
@@ -76,22 +75,22 @@ std::string last_component(const Value& item) {
   return foundation::utf8_with_escapes(foundation::last_path_component(source_path(item)));
 }
 
-void copy(const Value& item, const std::string& path, std::optional<Error>& error) {
-  platform::NSFileManager::defaultManager()->copyItemAtPath(source_path(item), path, error);
+std::optional<Error> copy(const Value& item, const std::string& path) {
+  return platform::NSFileManager::defaultManager()->copyItemAtPath(source_path(item), path);
 }
 
 std::string image_name(const Value& /*item*/) {
   return "image.png";
 }
 
-void write_buffer(const Value& item, const std::string& path, std::optional<Error>& error) {
+std::optional<Error> write_buffer(const Value& item, const std::string& path) {
   const Bytes* data = item.bytes();
   if (data == nullptr) {
     foundation::raise_invalid_argument("writeToFile:options:error: was asked of " +
                                        std::string(item.kind()));
   }
-  platform::NSFileManager::defaultManager()->writeToFile(*data, path, platform::NSDataWritingAtomic,
-                                                         error);
+  return platform::NSFileManager::defaultManager()->writeToFile(*data, path,
+                                                                platform::NSDataWritingAtomic);
 }
 
 void log_unprepared(std::string_view pattern, const Error& error) {
@@ -105,12 +104,13 @@ void ShareInit(std::string_view folder) {
   container::with_coordinated_access(staging_folder(folder), "shareInit %@",
                                      [](const std::shared_ptr<NSURL>& location) {
                                        const auto files = platform::NSFileManager::defaultManager();
-                                       std::optional<Error> error;
-                                       files->removeItemAtURL(location, error);
+                                       auto error = files->removeItemAtURL(location);
                                        if (error) {
                                          log_unprepared("shareInit delete %@", *error);
                                        }
-                                       files->createDirectoryAtURL(location, error);
+                                       if (auto failure = files->createDirectoryAtURL(location)) {
+                                         error = std::move(failure);
+                                       }
                                        // The removal's error is still there when the creation
                                        // succeeds: the first share on a machine writes two lines.
                                        if (error) {

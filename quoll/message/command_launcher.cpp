@@ -38,10 +38,6 @@ using foundation::Dictionary;
 using foundation::NSURL;
 using foundation::Value;
 
-/// `NSWorkspaceLaunchWithoutActivation`.
-constexpr unsigned kInBackground = 0x200;
-constexpr unsigned kInForeground = 0x20000;
-
 /// The edition of the mail application that an extension with this identifier belongs to. The
 /// editions are tried in this order; "it.vorlent.quoll.pro" is not among them.
 std::string_view application_for(std::string_view own_identifier) {
@@ -69,7 +65,8 @@ bool LaunchCommands(const std::vector<std::shared_ptr<NSURL>>& urls, bool backgr
   const std::string* own = identifier.text();
   return platform::NSWorkspace::sharedWorkspace()->openURLs(
       urls, application_for(own == nullptr ? std::string_view() : *own),
-      background ? kInBackground : kInForeground);
+      background ? platform::NSWorkspaceLaunchWithoutActivation
+                 : platform::NSWorkspaceLaunchAllowingClassicStartup);
 }
 
 bool LaunchCommandForMessages(const std::vector<std::shared_ptr<ExtensionMessage>>& messages,

@@ -9,8 +9,10 @@
 
 namespace quoll::platform {
 
-/// `NSFileCoordinatorWritingForDeleting`: the writer may delete or replace the item.
-inline constexpr unsigned NSFileCoordinatorWritingForDeleting = 1;
+/// `NSFileCoordinatorWritingOptions`.
+enum NSFileCoordinatorWritingOptions : unsigned {
+  NSFileCoordinatorWritingForDeleting = 1,  ///< the writer may delete or replace the item
+};
 
 /// Keeps programs, and threads of one program, apart while they work on shared files. One object
 /// serves one operation and belongs to one thread.
@@ -28,11 +30,10 @@ class NSFileCoordinator {
   /// then runs the accessor on this thread, with the location to use, and returns when it has
   /// returned; what it throws passes through. With `NSFileCoordinatorWritingForDeleting` it
   /// excludes every other access to the item and to all inside it, and deleting writers of each
-  /// folder above it. When the access cannot be had (a null URL, no container) the error is set and
-  /// the accessor does not run.
-  virtual void coordinateWritingItemAtURL(
-      const std::shared_ptr<foundation::NSURL>& url, unsigned options,
-      std::optional<foundation::Error>& error,
+  /// folder above it. Answers why the access could not be had (a null URL, no container): then the
+  /// accessor does not run. Nothing when it was had. Nothing is logged.
+  [[nodiscard]] virtual std::optional<foundation::Error> coordinateWritingItemAtURL(
+      const std::shared_ptr<foundation::NSURL>& url, NSFileCoordinatorWritingOptions options,
       const std::function<void(const std::shared_ptr<foundation::NSURL>&)>& accessor) = 0;
 };
 

@@ -15,6 +15,10 @@ Error no_such_file(std::string_view path, bool writing) {
   return foundation::file_error(ENOENT, path, writing);
 }
 
+Error no_such_file(const std::shared_ptr<NSURL>& url) {
+  return no_such_file(url ? url->file_system_path().value_or("") : "", true);
+}
+
 class NoBundle final : public NSBundle {
  public:
   std::shared_ptr<foundation::Dictionary> infoDictionary() const override {
@@ -31,56 +35,43 @@ class NoFiles final : public NSFileManager {
       std::string_view /*group*/) override {
     return nullptr;
   }
-  bool removeItemAtURL(const std::shared_ptr<NSURL>& url, std::optional<Error>& error) override {
-    return fail(url, error);
+  std::optional<Error> removeItemAtURL(const std::shared_ptr<NSURL>& url) override {
+    return no_such_file(url);
   }
-  bool createDirectoryAtURL(const std::shared_ptr<NSURL>& url,
-                            std::optional<Error>& error) override {
-    return fail(url, error);
+  std::optional<Error> createDirectoryAtURL(const std::shared_ptr<NSURL>& url) override {
+    return no_such_file(url);
   }
-  bool copyItemAtPath(std::string_view source, std::string_view /*destination*/,
-                      std::optional<Error>& error) override {
-    error = no_such_file(source, true);
-    return false;
+  std::optional<Error> copyItemAtPath(std::string_view source,
+                                      std::string_view /*destination*/) override {
+    return no_such_file(source, true);
   }
-  bool fileExistsAtPath(std::string_view /*path*/, bool* /*is_directory*/) override {
-    return false;
-  }
+  bool fileExistsAtPath(std::string_view /*path*/) override { return false; }
+  bool isDirectoryAtPath(std::string_view /*path*/) override { return false; }
   std::optional<std::vector<std::string>> contentsOfDirectoryAtPath(
       std::string_view /*path*/) override {
     return std::nullopt;
   }
-  std::optional<Bytes> contentsAtPath(std::string_view path, std::optional<Error>& error) override {
-    error = no_such_file(path, false);
-    return std::nullopt;
-  }
-  bool writeToFile(const Bytes& /*data*/, std::string_view path, unsigned /*options*/,
-                   std::optional<Error>& error) override {
-    error = no_such_file(path, true);
-    return false;
+  FileContents contentsAtPath(std::string_view path) override { return no_such_file(path, false); }
+  std::optional<Error> writeToFile(const Bytes& /*data*/, std::string_view path,
+                                   NSDataWritingOptions /*options*/) override {
+    return no_such_file(path, true);
   }
   std::string currentDirectoryPath() override { return {}; }
-
- private:
-  static bool fail(const std::shared_ptr<NSURL>& url, std::optional<Error>& error) {
-    error = no_such_file(url ? url->file_system_path().value_or("") : "", true);
-    return false;
-  }
 };
 
 class NoCoordinator final : public NSFileCoordinator {
  public:
-  void coordinateWritingItemAtURL(
-      const std::shared_ptr<NSURL>& url, unsigned /*options*/, std::optional<Error>& error,
+  std::optional<Error> coordinateWritingItemAtURL(
+      const std::shared_ptr<NSURL>& url, NSFileCoordinatorWritingOptions /*options*/,
       const std::function<void(const std::shared_ptr<NSURL>&)>& /*accessor*/) override {
-    error = no_such_file(url ? url->file_system_path().value_or("") : "", true);
+    return no_such_file(url);
   }
 };
 
 class NoWorkspace final : public NSWorkspace {
  public:
   bool openURLs(const std::vector<std::shared_ptr<NSURL>>& /*urls*/,
-                std::string_view /*application*/, unsigned /*options*/) override {
+                std::string_view /*application*/, NSWorkspaceLaunchOptions /*options*/) override {
     return false;
   }
 };

@@ -16,9 +16,7 @@ std::shared_ptr<foundation::NSURL> fileURLWithPath(std::string_view path) {
       absolute.insert(0, 1, '/');
     }
   }
-  bool is_directory = false;
-  const bool exists = manager->fileExistsAtPath(absolute, &is_directory);
-  return foundation::NSURL::file_url(absolute, exists && is_directory);
+  return foundation::NSURL::file_url(absolute, manager->isDirectoryAtPath(absolute));
 }
 
 }  // namespace quoll::platform

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "quoll/foundation/error.h"
@@ -12,12 +13,17 @@
 
 namespace quoll::platform {
 
-/// `NSDataWritingAtomic`: through a temporary file of the same folder and a rename.
-inline constexpr unsigned NSDataWritingAtomic = 1;
+/// `NSDataWritingOptions`; none is written `{}`.
+enum NSDataWritingOptions : unsigned {
+  NSDataWritingAtomic = 1,  ///< through a temporary file of the same file system and a rename
+};
 
-/// The file system. Paths are bytes. An operation that fails answers false (or nothing) and sets
-/// its error; on success the error is left as it was. Any thread may call; a null URL fails with
-/// `NSFileNoSuchFileError`.
+/// The bytes of a file, or why they cannot be had.
+using FileContents = std::variant<foundation::Bytes, foundation::Error>;
+
+/// The file system. Paths are bytes; a relative one starts at the working directory. An operation
+/// that changes something answers why it failed, and nothing when it succeeded; nothing is logged.
+/// A null URL, or one that is no file URL, fails with `NSFileNoSuchFileError`. Any thread may call.
 class NSFileManager {
  public:
   NSFileManager() = default;
@@ -35,23 +41,27 @@ class NSFileManager {
 
   /// `removeItemAtURL:error:`: a file, or a folder with all that is in it; links are removed, never
   /// followed.
-  virtual bool removeItemAtURL(const std::shared_ptr<foundation::NSURL>& url,
-                               std::optional<foundation::Error>& error) = 0;
+  [[nodiscard]] virtual std::optional<foundation::Error> removeItemAtURL(
+      const std::shared_ptr<foundation::NSURL>& url) = 0;
 
   /// `createDirectoryAtURL:withIntermediateDirectories:attributes:error:` with intermediate folders
   /// and default attributes. A folder that exists is a success.
-  virtual bool createDirectoryAtURL(const std::shared_ptr<foundation::NSURL>& url,
-                                    std::optional<foundation::Error>& error) = 0;
+  [[nodiscard]] virtual std::optional<foundation::Error> createDirectoryAtURL(
+      const std::shared_ptr<foundation::NSURL>& url) = 0;
 
   /// `copyItemAtPath:toPath:error:`: a file, or a folder whole; modes, times and extended
   /// attributes are kept, a link inside a folder stays a link. An existing destination is an error.
   /// The destination's name appears only when the copy is whole.
-  virtual bool copyItemAtPath(std::string_view source, std::string_view destination,
-                              std::optional<foundation::Error>& error) = 0;
+  [[nodiscard]] virtual std::optional<foundation::Error> copyItemAtPath(
+      std::string_view source, std::string_view destination) = 0;
 
-  /// `fileExistsAtPath:isDirectory:`: follows links. `is_directory` may be null.
-  [[nodiscard]] virtual bool fileExistsAtPath(std::string_view path,
-                                              bool* is_directory = nullptr) = 0;
+  /// `fileExistsAtPath:isDirectory:` without a directory flag: whether anything is there. Links are
+  /// followed.
+  [[nodiscard]] virtual bool fileExistsAtPath(std::string_view path) = 0;
+
+  /// The directory flag of `fileExistsAtPath:isDirectory:`: whether a folder is there. Links are
+  /// followed.
+  [[nodiscard]] virtual bool isDirectoryAtPath(std::string_view path) = 0;
 
   /// `contentsOfDirectoryAtPath:error:`: the names in a folder, in no order, without "." and "..";
   /// none when it cannot be read.
@@ -59,13 +69,12 @@ class NSFileManager {
       std::string_view path) = 0;
 
   /// `contentsAtPath:`: a regular file's bytes.
-  [[nodiscard]] virtual std::optional<foundation::Bytes> contentsAtPath(
-      std::string_view path, std::optional<foundation::Error>& error) = 0;
+  [[nodiscard]] virtual FileContents contentsAtPath(std::string_view path) = 0;
 
   /// `writeToFile:options:error:` of a byte buffer. With `NSDataWritingAtomic` the file is replaced
   /// in one step; half a file is never seen under the name.
-  virtual bool writeToFile(const foundation::Bytes& data, std::string_view path, unsigned options,
-                           std::optional<foundation::Error>& error) = 0;
+  [[nodiscard]] virtual std::optional<foundation::Error> writeToFile(
+      const foundation::Bytes& data, std::string_view path, NSDataWritingOptions options) = 0;
 
   /// The working directory; empty when it is not known.
   [[nodiscard]] virtual std::string currentDirectoryPath() = 0;

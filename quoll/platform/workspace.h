@@ -8,6 +8,12 @@
 
 namespace quoll::platform {
 
+/// `NSWorkspaceLaunchOptions`: the two that an extension gives.
+enum NSWorkspaceLaunchOptions : unsigned {
+  NSWorkspaceLaunchWithoutActivation = 0x200,         ///< 512: it stays in the background
+  NSWorkspaceLaunchAllowingClassicStartup = 0x20000,  ///< 131072: a normal open, to the front
+};
+
 /// What opens URLs with applications. Any thread may call.
 class NSWorkspace {
  public:
@@ -21,12 +27,12 @@ class NSWorkspace {
 
   /// `openURLs:withAppBundleIdentifier:options:additionalEventParamDescriptor:launchIdentifiers:`
   /// without a descriptor and without launch identifiers: hands the URLs to the application with
-  /// that identifier, starting it when it does not run, and waits until it has taken them. Option
-  /// 512 leaves it in the background, 131072 brings it to the front. False when no such application
-  /// is installed, when it did not answer in time, or when the URLs cannot be handed over; then the
-  /// log says why.
+  /// that identifier, starting it when it does not run, and waits until it has taken them. It comes
+  /// to the front but with `NSWorkspaceLaunchWithoutActivation`. False when no such application is
+  /// installed, when it did not answer in time, or when the URLs cannot be handed over, as a null
+  /// one cannot; then the log says why, in an event with a `kNotOpenedError`.
   virtual bool openURLs(const std::vector<std::shared_ptr<foundation::NSURL>>& urls,
-                        std::string_view application, unsigned options) = 0;
+                        std::string_view application, NSWorkspaceLaunchOptions options) = 0;
 };
 
 }  // namespace quoll::platform

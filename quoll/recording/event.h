@@ -8,6 +8,7 @@
 #include "quoll/foundation/nsurl.h"
 #include "quoll/foundation/value.h"
 #include "quoll/platform/log.h"
+#include "quoll/platform/workspace.h"
 
 namespace quoll::recording {
 
@@ -21,7 +22,7 @@ struct Notification {
 struct Opening {
   std::vector<std::shared_ptr<foundation::NSURL>> urls;
   std::string application;
-  unsigned options = 0;
+  platform::NSWorkspaceLaunchOptions options{};
 };
 
 /// What the workspace answered to the `Opening` before it.

@@ -10,6 +10,14 @@ using foundation::NSURL;
 
 namespace {
 
+/// Records a file that was written, unless that failed.
+std::optional<Error> recorded_unless(std::optional<Error> error, std::string_view path) {
+  if (!error) {
+    record(WrittenFile{std::string(path)});
+  }
+  return error;
+}
+
 template <typename Recording, typename Port>
 void wrap(std::shared_ptr<Port>& port) {
   if (port) {
@@ -40,7 +48,8 @@ void RecordingNotifications::removeObserver(const void* observer) {
 }
 
 bool RecordingWorkspace::openURLs(const std::vector<std::shared_ptr<NSURL>>& urls,
-                                  std::string_view application, unsigned options) {
+                                  std::string_view application,
+                                  platform::NSWorkspaceLaunchOptions options) {
   record(Opening{urls, std::string(application), options});
   const bool is_opened = workspace_->openURLs(urls, application, options);
   record(OpeningAnswer{is_opened});
@@ -59,27 +68,25 @@ std::shared_ptr<NSURL> RecordingFiles::containerURLForSecurityApplicationGroupId
   return files_->containerURLForSecurityApplicationGroupIdentifier(group);
 }
 
-bool RecordingFiles::removeItemAtURL(const std::shared_ptr<NSURL>& url,
-                                     std::optional<Error>& error) {
-  return files_->removeItemAtURL(url, error);
+std::optional<Error> RecordingFiles::removeItemAtURL(const std::shared_ptr<NSURL>& url) {
+  return files_->removeItemAtURL(url);
 }
 
-bool RecordingFiles::createDirectoryAtURL(const std::shared_ptr<NSURL>& url,
-                                          std::optional<Error>& error) {
-  return files_->createDirectoryAtURL(url, error);
+std::optional<Error> RecordingFiles::createDirectoryAtURL(const std::shared_ptr<NSURL>& url) {
+  return files_->createDirectoryAtURL(url);
 }
 
-bool RecordingFiles::copyItemAtPath(std::string_view source, std::string_view destination,
-                                    std::optional<Error>& error) {
-  const bool is_copied = files_->copyItemAtPath(source, destination, error);
-  if (is_copied) {
-    record(WrittenFile{std::string(destination)});
-  }
-  return is_copied;
+std::optional<Error> RecordingFiles::copyItemAtPath(std::string_view source,
+                                                    std::string_view destination) {
+  return recorded_unless(files_->copyItemAtPath(source, destination), destination);
 }
 
-bool RecordingFiles::fileExistsAtPath(std::string_view path, bool* is_directory) {
-  return files_->fileExistsAtPath(path, is_directory);
+bool RecordingFiles::fileExistsAtPath(std::string_view path) {
+  return files_->fileExistsAtPath(path);
+}
+
+bool RecordingFiles::isDirectoryAtPath(std::string_view path) {
+  return files_->isDirectoryAtPath(path);
 }
 
 std::optional<std::vector<std::string>> RecordingFiles::contentsOfDirectoryAtPath(
@@ -87,18 +94,13 @@ std::optional<std::vector<std::string>> RecordingFiles::contentsOfDirectoryAtPat
   return files_->contentsOfDirectoryAtPath(path);
 }
 
-std::optional<Bytes> RecordingFiles::contentsAtPath(std::string_view path,
-                                                    std::optional<Error>& error) {
-  return files_->contentsAtPath(path, error);
+platform::FileContents RecordingFiles::contentsAtPath(std::string_view path) {
+  return files_->contentsAtPath(path);
 }
 
-bool RecordingFiles::writeToFile(const Bytes& data, std::string_view path, unsigned options,
-                                 std::optional<Error>& error) {
-  const bool is_written = files_->writeToFile(data, path, options, error);
-  if (is_written) {
-    record(WrittenFile{std::string(path)});
-  }
-  return is_written;
+std::optional<Error> RecordingFiles::writeToFile(const Bytes& data, std::string_view path,
+                                                 platform::NSDataWritingOptions options) {
+  return recorded_unless(files_->writeToFile(data, path, options), path);
 }
 
 std::string RecordingFiles::currentDirectoryPath() {

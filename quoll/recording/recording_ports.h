@@ -39,7 +39,7 @@ class RecordingWorkspace final : public platform::NSWorkspace {
   explicit RecordingWorkspace(std::shared_ptr<NSWorkspace> workspace)
       : workspace_(std::move(workspace)) {}
   bool openURLs(const std::vector<std::shared_ptr<foundation::NSURL>>& urls,
-                std::string_view application, unsigned options) override;
+                std::string_view application, platform::NSWorkspaceLaunchOptions options) override;
 
  private:
   std::shared_ptr<NSWorkspace> workspace_;
@@ -63,18 +63,18 @@ class RecordingFiles final : public platform::NSFileManager {
 
   std::shared_ptr<foundation::NSURL> containerURLForSecurityApplicationGroupIdentifier(
       std::string_view group) override;
-  bool removeItemAtURL(const std::shared_ptr<foundation::NSURL>& url,
-                       std::optional<foundation::Error>& error) override;
-  bool createDirectoryAtURL(const std::shared_ptr<foundation::NSURL>& url,
-                            std::optional<foundation::Error>& error) override;
-  bool copyItemAtPath(std::string_view source, std::string_view destination,
-                      std::optional<foundation::Error>& error) override;
-  bool fileExistsAtPath(std::string_view path, bool* is_directory) override;
+  std::optional<foundation::Error> removeItemAtURL(
+      const std::shared_ptr<foundation::NSURL>& url) override;
+  std::optional<foundation::Error> createDirectoryAtURL(
+      const std::shared_ptr<foundation::NSURL>& url) override;
+  std::optional<foundation::Error> copyItemAtPath(std::string_view source,
+                                                  std::string_view destination) override;
+  bool fileExistsAtPath(std::string_view path) override;
+  bool isDirectoryAtPath(std::string_view path) override;
   std::optional<std::vector<std::string>> contentsOfDirectoryAtPath(std::string_view path) override;
-  std::optional<foundation::Bytes> contentsAtPath(std::string_view path,
-                                                  std::optional<foundation::Error>& error) override;
-  bool writeToFile(const foundation::Bytes& data, std::string_view path, unsigned options,
-                   std::optional<foundation::Error>& error) override;
+  platform::FileContents contentsAtPath(std::string_view path) override;
+  std::optional<foundation::Error> writeToFile(const foundation::Bytes& data, std::string_view path,
+                                               platform::NSDataWritingOptions options) override;
   std::string currentDirectoryPath() override;
 
  private:

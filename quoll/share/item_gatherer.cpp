@@ -130,13 +130,13 @@ std::optional<Bytes> image_bytes(const Value& item) {
     log_no_image(item.kind());
     return std::nullopt;
   }
-  std::optional<Error> error;
   auto contents = platform::NSFileManager::defaultManager()->contentsAtPath(
-      url->file_system_path().value_or(""), error);
-  if (error) {
+      url->file_system_path().value_or(""));
+  if (const auto* const error = std::get_if<Error>(&contents)) {
     platform::log(kImageFailure, *error);
+    return std::nullopt;
   }
-  return contents;
+  return std::get<Bytes>(std::move(contents));
 }
 
 void image_loaded(Gathering& gathering, const Value& item, const std::optional<Error>& error) {

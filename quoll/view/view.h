@@ -8,10 +8,19 @@
 
 namespace quoll::platform {
 
-/// Bits of an autoresizing mask, with the platform's numbers. A set bit makes that side of the view
-/// follow its superview's.
-inline constexpr unsigned NSViewWidthSizable = 2;
-inline constexpr unsigned NSViewHeightSizable = 16;
+/// `NSAutoresizingMaskOptions`: bits of an autoresizing mask, with the platform's numbers. A set
+/// bit makes that side of the view follow its superview's.
+enum NSAutoresizingMaskOptions : unsigned {
+  NSViewNotSizable = 0,
+  NSViewWidthSizable = 2,
+  NSViewHeightSizable = 16,
+};
+
+[[nodiscard]] constexpr NSAutoresizingMaskOptions operator|(NSAutoresizingMaskOptions one,
+                                                            NSAutoresizingMaskOptions other) {
+  return static_cast<NSAutoresizingMaskOptions>(static_cast<unsigned>(one) |
+                                                static_cast<unsigned>(other));
+}
 
 /// `NSView`: a rectangle that draws itself, with other views in it. Views are held by
 /// `std::shared_ptr`: a view owns its subviews and refers weakly to its superview. A whole tree
@@ -46,10 +55,10 @@ class NSView : public std::enable_shared_from_this<NSView> {
   /// The view's rectangle in its own coordinates: `frame` with the origin at 0.
   [[nodiscard]] NSRect bounds() const { return {{}, frame_.size}; }
 
-  /// Which sides of the view follow its superview: a sum of the bits above, 0 at first. Other bits
+  /// Which sides of the view follow its superview: bits joined with `|`, none at first. Other bits
   /// are kept and have no effect.
-  [[nodiscard]] unsigned autoresizingMask() const { return mask_; }
-  void setAutoresizingMask(unsigned mask) { mask_ = mask; }
+  [[nodiscard]] NSAutoresizingMaskOptions autoresizingMask() const { return mask_; }
+  void setAutoresizingMask(NSAutoresizingMaskOptions mask) { mask_ = mask; }
 
   /// The view that this one is in; null when it is in none.
   [[nodiscard]] std::shared_ptr<NSView> superview() const { return superview_.lock(); }
@@ -95,7 +104,7 @@ class NSView : public std::enable_shared_from_this<NSView> {
   [[gnu::visibility("hidden")]] void mark_superview() const;
 
   NSRect frame_{};
-  unsigned mask_ = 0;
+  NSAutoresizingMaskOptions mask_ = NSViewNotSizable;
   NSRect dirty_{};  // in the view's own coordinates
   std::weak_ptr<NSView> superview_;
   std::vector<std::shared_ptr<NSView>> subviews_;

@@ -17,9 +17,7 @@ using foundation::Value;
 class PropertyListFiles : public ::testing::Test {
  protected:
   [[nodiscard]] std::shared_ptr<NSURL> file(std::string_view content) const {
-    std::optional<foundation::Error> error;
-    EXPECT_TRUE(
-        files_->writeToFile(Bytes(content.begin(), content.end()), "/home/a b.plist", 0, error));
+    EXPECT_FALSE(files_->writeToFile(Bytes(content.begin(), content.end()), "/home/a b.plist", {}));
     return NSURL::file_url("/home/a b.plist", false);
   }
 

@@ -148,32 +148,28 @@ TEST_F(Staging, AnotherExceptionPassesAndFreesTheLock) {
         std::string_view group) override {
       return inner_->containerURLForSecurityApplicationGroupIdentifier(group);
     }
-    bool removeItemAtURL(const std::shared_ptr<foundation::NSURL>& /*url*/,
-                         std::optional<Error>& /*error*/) override {
-      return true;
+    std::optional<Error> removeItemAtURL(
+        const std::shared_ptr<foundation::NSURL>& /*url*/) override {
+      return std::nullopt;
     }
-    bool createDirectoryAtURL(const std::shared_ptr<foundation::NSURL>& /*url*/,
-                              std::optional<Error>& /*error*/) override {
-      return true;
+    std::optional<Error> createDirectoryAtURL(
+        const std::shared_ptr<foundation::NSURL>& /*url*/) override {
+      return std::nullopt;
     }
-    bool copyItemAtPath(std::string_view /*source*/, std::string_view /*destination*/,
-                        std::optional<Error>& /*error*/) override {
+    std::optional<Error> copyItemAtPath(std::string_view /*source*/,
+                                        std::string_view /*destination*/) override {
       throw std::runtime_error("not the platform's");
     }
-    bool fileExistsAtPath(std::string_view /*path*/, bool* /*is_directory*/) override {
-      return false;
-    }
+    bool fileExistsAtPath(std::string_view /*path*/) override { return false; }
+    bool isDirectoryAtPath(std::string_view /*path*/) override { return false; }
     std::optional<std::vector<std::string>> contentsOfDirectoryAtPath(
         std::string_view /*path*/) override {
       return std::nullopt;
     }
-    std::optional<Bytes> contentsAtPath(std::string_view /*path*/,
-                                        std::optional<Error>& /*error*/) override {
+    platform::FileContents contentsAtPath(std::string_view /*path*/) override { return Bytes(); }
+    std::optional<Error> writeToFile(const Bytes& /*data*/, std::string_view /*path*/,
+                                     platform::NSDataWritingOptions /*options*/) override {
       return std::nullopt;
-    }
-    bool writeToFile(const Bytes& /*data*/, std::string_view /*path*/, unsigned /*options*/,
-                     std::optional<Error>& /*error*/) override {
-      return true;
     }
     std::string currentDirectoryPath() override { return {}; }
 
@@ -194,18 +190,19 @@ TEST_F(Staging, AnotherExceptionPassesAndFreesTheLock) {
 TEST_F(Staging, ExcludesEveryoneFromTheFolderAndWritesImagesInOneStep) {
   struct Access {
     std::string path;
-    unsigned options;
+    platform::NSFileCoordinatorWritingOptions options;
     bool operator==(const Access&) const = default;
   };
   class Recording final : public platform::NSFileCoordinator {
    public:
     explicit Recording(std::vector<Access>& seen) : seen_(seen) {}
-    void coordinateWritingItemAtURL(
-        const std::shared_ptr<foundation::NSURL>& url, unsigned options,
-        std::optional<Error>& /*error*/,
+    std::optional<Error> coordinateWritingItemAtURL(
+        const std::shared_ptr<foundation::NSURL>& url,
+        platform::NSFileCoordinatorWritingOptions options,
         const std::function<void(const std::shared_ptr<foundation::NSURL>&)>& accessor) override {
       seen_.push_back({*url->path(), options});
       accessor(url);
+      return std::nullopt;
     }
 
    private:
@@ -217,8 +214,9 @@ TEST_F(Staging, ExcludesEveryoneFromTheFolderAndWritesImagesInOneStep) {
   ShareInit("Share");
   static_cast<void>(ShareFiles("Share", list({folder.write("1", "")})));
   static_cast<void>(ShareDatas("Share", list({Bytes{1}})));
-  EXPECT_EQ(seen, (std::vector<Access>{{staging(), 1}, {staging(), 1}, {staging(), 1}}));
-  EXPECT_EQ(files->write_options, 1U);
+  const Access access{staging(), platform::NSFileCoordinatorWritingForDeleting};
+  EXPECT_EQ(seen, (std::vector<Access>{access, access, access}));
+  EXPECT_EQ(files->write_options, platform::NSDataWritingAtomic);
 }
 
 TEST_F(Staging, EmptyAndNullListsWriteNothing) {

@@ -49,13 +49,13 @@ class Redirecting final : public platform::NSFileCoordinator {
     /// Whatever is there goes as soon as the access ends.
     bool vanishes = false;
     std::string asked = {};
-    unsigned options = 0;
+    platform::NSFileCoordinatorWritingOptions options{};
   };
 
   explicit Redirecting(std::shared_ptr<Script> script) : script_(std::move(script)) {}
 
-  void coordinateWritingItemAtURL(
-      const std::shared_ptr<NSURL>& url, unsigned options, std::optional<Error>& error,
+  std::optional<Error> coordinateWritingItemAtURL(
+      const std::shared_ptr<NSURL>& url, platform::NSFileCoordinatorWritingOptions options,
       const std::function<void(const std::shared_ptr<NSURL>&)>& accessor) override {
     script_->asked = url->file_system_path().value_or("");
     script_->options = options;
@@ -65,7 +65,7 @@ class Redirecting final : public platform::NSFileCoordinator {
     if (script_->vanishes) {
       std::filesystem::remove_all(script_->path);
     }
-    error = script_->error;
+    return script_->error;
   }
 
  private:

@@ -106,36 +106,38 @@ TEST_F(Confine, StagingWorks) {
   ::setenv("QUOLL_GROUP_CONTAINERS", folder_.path("out").c_str(), 1);
   EXPECT_EQ(confined([&]() -> std::string {
               const auto files = posix::make_file_manager();
-              std::optional<foundation::Error> error;
               const auto container =
                   files->containerURLForSecurityApplicationGroupIdentifier("group");
               if (!container) {
                 return "no container";
               }
               const auto share = foundation::URLByAppendingPathComponent(container, "Share");
-              posix::coordinator_factory()()->coordinateWritingItemAtURL(
-                  share, 1, error, [&](const auto& url) {
+              std::optional<foundation::Error> failed;
+              const auto step = [&](std::optional<foundation::Error> error) {
+                failed = failed ? failed : std::move(error);
+              };
+              step(posix::coordinator_factory()()->coordinateWritingItemAtURL(
+                  share, platform::NSFileCoordinatorWritingForDeleting, [&](const auto& url) {
                     const std::string path = *url->file_system_path();
                     // A file into an unnamed file, a folder under a hidden name elsewhere, bytes
                     // under a hidden name here; then all of it removed.
-                    (void)(files->createDirectoryAtURL(url, error) &&
-                           files->copyItemAtPath(folder_.path("file"), path + "/file", error) &&
-                           files->copyItemAtPath(folder_.path("out/tree"), path + "/tree", error) &&
-                           files->writeToFile({'a'}, path + "/image.png", 1, error) &&
-                           files->writeToFile({'b'}, path + "/image.png", 1, error));
-                  });
-              return error ? error->description() : "";
+                    constexpr auto kAtomic = platform::NSDataWritingAtomic;
+                    step(files->createDirectoryAtURL(url));
+                    step(files->copyItemAtPath(folder_.path("file"), path + "/file"));
+                    step(files->copyItemAtPath(folder_.path("out/tree"), path + "/tree"));
+                    step(files->writeToFile({'a'}, path + "/image.png", kAtomic));
+                    step(files->writeToFile({'b'}, path + "/image.png", kAtomic));
+                  }));
+              return failed ? failed->description() : "";
             }),
             "");
   EXPECT_EQ(test::read_file(folder_.path("out/group/Share/file")), "content");
   EXPECT_EQ(test::read_file(folder_.path("out/group/Share/tree/sub/inner")), "content");
   EXPECT_EQ(test::read_file(folder_.path("out/group/Share/image.png")), "b");
   EXPECT_EQ(confined([&]() -> std::string {
-              std::optional<foundation::Error> error;
-              return posix::make_file_manager()->removeItemAtURL(
-                         foundation::NSURL::file_url(folder_.path("out/group"), true), error)
-                         ? ""
-                         : error->description();
+              const auto error = posix::make_file_manager()->removeItemAtURL(
+                  foundation::NSURL::file_url(folder_.path("out/group"), true));
+              return error ? error->description() : "";
             }),
             "");
   ::unsetenv("QUOLL_GROUP_CONTAINERS");

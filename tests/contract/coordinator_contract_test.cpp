@@ -36,10 +36,8 @@ class CoordinatorContract : public ::testing::TestWithParam<Factory (*)()> {
   }
   std::optional<Error> coordinate(const Url& item,
                                   const std::function<void(const Url&)>& accessor) {
-    std::optional<Error> error;
-    factory_()->coordinateWritingItemAtURL(item, platform::NSFileCoordinatorWritingForDeleting,
-                                           error, accessor);
-    return error;
+    return factory_()->coordinateWritingItemAtURL(
+        item, platform::NSFileCoordinatorWritingForDeleting, accessor);
   }
 
   test::TemporaryFolder folder_;

@@ -41,10 +41,8 @@ class Coordinator : public ::testing::Test {
   }
   std::optional<Error> coordinate(const Url& item,
                                   const std::function<void(const Url&)>& accessor) {
-    std::optional<Error> error;
-    posix::coordinator_factory()()->coordinateWritingItemAtURL(
-        item, platform::NSFileCoordinatorWritingForDeleting, error, accessor);
-    return error;
+    return posix::coordinator_factory()()->coordinateWritingItemAtURL(
+        item, platform::NSFileCoordinatorWritingForDeleting, accessor);
   }
 
   test::TemporaryFolder folder_;
@@ -125,11 +123,9 @@ TEST_F(Coordinator, ProcessesThatStageExcludeEachOther) {
           while (files->fileExistsAtPath(staged + std::to_string(number))) {
             ++number;
           }
-          std::optional<Error> error;
-          failures +=
-              files->copyItemAtPath(folder_.path("source"), staged + std::to_string(number), error)
-                  ? 0
-                  : 1;
+          failures += files->copyItemAtPath(folder_.path("source"), staged + std::to_string(number))
+                          ? 1
+                          : 0;
         });
       }
       ::_exit(failures == 0 ? 0 : 1);

@@ -80,10 +80,8 @@ class CopyFallbacks : public ::testing::Test {
       if (!take_away(calls)) {
         return "no filter";
       }
-      std::optional<foundation::Error> error;
-      return posix::make_file_manager()->copyItemAtPath(folder_.path("x"), destination, error)
-                 ? ""
-                 : std::to_string(error->code);
+      const auto error = posix::make_file_manager()->copyItemAtPath(folder_.path("x"), destination);
+      return error ? std::to_string(error->code) : "";
     });
   }
 
@@ -154,12 +152,11 @@ TEST_F(CopyFallbacks, OneOfManyGetsTheNameWhicheverWayIsTaken) {
                   std::vector<std::thread> copiers;
                   for (int i = 0; i < kCopiers; ++i) {
                     copiers.emplace_back([&] {
-                      std::optional<foundation::Error> error;
                       start.arrive_and_wait();
                       copied += posix::make_file_manager()->copyItemAtPath(folder_.path("x"),
-                                                                           staging_ + "/y", error)
-                                    ? 1
-                                    : 0;
+                                                                           staging_ + "/y")
+                                    ? 0
+                                    : 1;
                     });
                   }
                   for (std::thread& copier : copiers) {
@@ -198,8 +195,7 @@ TEST_F(CopyFallbacks, AKilledCopyLeavesNothingUnderTheName) {
         if (!unnamed && !take_away({kNoUnnamedFile})) {
           ::_exit(1);
         }
-        std::optional<foundation::Error> error;
-        (void)posix::make_file_manager()->copyItemAtPath(folder_.path("x"), staging_ + "/y", error);
+        (void)posix::make_file_manager()->copyItemAtPath(folder_.path("x"), staging_ + "/y");
         ::_exit(0);
       }
       ::usleep(static_cast<useconds_t>(delay) * 3000);

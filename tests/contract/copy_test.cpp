@@ -38,8 +38,8 @@ void set_times(const std::string& path, time_t seconds, long nanoseconds) {
 class Copy : public ::testing::Test {
  protected:
   int copy(const std::string& source, const std::string& destination) {
-    error_.reset();
-    return files_->copyItemAtPath(source, destination, error_) ? 0 : error_->code;
+    error_ = files_->copyItemAtPath(source, destination);
+    return error_ ? error_->code : 0;
   }
   int copy_here(const std::string& source, const std::string& destination) {
     return copy(folder_.path(source), folder_.path(destination));
@@ -236,9 +236,8 @@ TEST_F(Copy, DepthNeedsNeitherStackNorDescriptors) {
   }
   EXPECT_EQ(::faccessat(here.get(), "leaf", F_OK, 0), 0);
   for (const char* name : {"deep", "copy"}) {
-    EXPECT_TRUE(
-        files_->removeItemAtURL(foundation::NSURL::file_url(folder_.path(name), true), error_))
-        << error_->description();
+    error_ = files_->removeItemAtURL(foundation::NSURL::file_url(folder_.path(name), true));
+    EXPECT_FALSE(error_) << error_->description();
   }
 }
 

@@ -13,12 +13,12 @@ using Operation = test::FailingFiles::Operation;
 
 TEST(FailingFiles, TheNthCallFailsAndTouchesNothing) {
   test::FailingFiles files(std::make_shared<test::MemoryFiles>());
-  std::optional<foundation::Error> error;
   files.fail(Operation::kWrite, 2, foundation::file_error(ENOSPC, "/home/b", true));
-  EXPECT_TRUE(files.writeToFile({}, "/home/a", 0, error));
-  EXPECT_FALSE(files.writeToFile({}, "/home/b", 0, error));
+  EXPECT_FALSE(files.writeToFile({}, "/home/a", {}));
+  const auto error = files.writeToFile({}, "/home/b", {});
+  ASSERT_TRUE(error);
   EXPECT_EQ(error->code, foundation::NSFileWriteOutOfSpaceError);
-  EXPECT_TRUE(files.writeToFile({}, "/home/c", 0, error));
+  EXPECT_FALSE(files.writeToFile({}, "/home/c", {}));
   EXPECT_FALSE(files.fileExistsAtPath("/home/b"));
   EXPECT_TRUE(files.fileExistsAtPath("/home/c"));
   EXPECT_EQ(files.calls(Operation::kWrite), 3);

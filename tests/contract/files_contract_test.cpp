@@ -42,17 +42,22 @@ class FilesContract : public ::testing::Test {
   platform::NSFileManager& files() { return *world_.files; }
 
   void write(const std::string& name, std::string_view text) {
-    ASSERT_TRUE(files().writeToFile(Bytes(text.begin(), text.end()), path(name),
-                                    platform::NSDataWritingAtomic, error_));
+    ASSERT_FALSE(files().writeToFile(Bytes(text.begin(), text.end()), path(name),
+                                     platform::NSDataWritingAtomic));
   }
   void make_folder(const std::string& name) {
-    ASSERT_TRUE(files().createDirectoryAtURL(url(name), error_));
+    ASSERT_FALSE(files().createDirectoryAtURL(url(name)));
   }
   std::string text(const std::string& name) {
-    const auto bytes = files().contentsAtPath(path(name), error_);
-    return bytes ? std::string(bytes->begin(), bytes->end()) : "(none)";
+    const auto contents = files().contentsAtPath(path(name));
+    const auto* const bytes = std::get_if<Bytes>(&contents);
+    return bytes != nullptr ? std::string(bytes->begin(), bytes->end()) : "(none)";
   }
-  [[nodiscard]] int code() const { return error_ ? error_->code : 0; }
+  int code_of_reading(const std::string& name) {
+    const auto contents = files().contentsAtPath(path(name));
+    const auto* const error = std::get_if<Error>(&contents);
+    return error != nullptr ? error->code : 0;
+  }
   std::vector<std::string> names(const std::string& name) {
     auto names =
         files().contentsOfDirectoryAtPath(path(name)).value_or(std::vector<std::string>{"(none)"});
@@ -61,43 +66,40 @@ class FilesContract : public ::testing::Test {
   }
 
   World world_;
-  std::optional<Error> error_;
 };
+
+/// The code of what an operation answered; 0 for success.
+int code_of(const std::optional<Error>& error) {
+  return error ? error->code : 0;
+}
+
+constexpr platform::NSDataWritingOptions kWays[] = {{}, platform::NSDataWritingAtomic};
 
 using Worlds = ::testing::Types<InMemory, OnDisk>;
 TYPED_TEST_SUITE(FilesContract, Worlds);
 
 TYPED_TEST(FilesContract, WhatIsWrittenIsRead) {
-  for (const unsigned options : {0U, platform::NSDataWritingAtomic}) {
-    EXPECT_TRUE(this->files().writeToFile({'a', 0, 0xff}, this->path("x"), options, this->error_));
-    EXPECT_EQ(this->files().contentsAtPath(this->path("x"), this->error_), (Bytes{'a', 0, 0xff}));
-    EXPECT_TRUE(this->files().writeToFile({}, this->path("x"), options, this->error_));
-    EXPECT_EQ(this->files().contentsAtPath(this->path("x"), this->error_), Bytes());
+  for (const auto options : kWays) {
+    EXPECT_FALSE(this->files().writeToFile({'a', 0, 0xff}, this->path("x"), options));
+    EXPECT_EQ(this->text("x"), (std::string{'a', 0, '\xff'}));
+    EXPECT_FALSE(this->files().writeToFile({}, this->path("x"), options));
+    EXPECT_EQ(this->text("x"), "");
   }
-  EXPECT_FALSE(this->error_) << "success leaves the error alone";
-}
-
-TYPED_TEST(FilesContract, SuccessLeavesAnEarlierErrorAlone) {
-  this->error_ = foundation::posix_error(EIO);
-  this->write("x", "1");
-  this->make_folder("f");
-  EXPECT_TRUE(this->files().copyItemAtPath(this->path("x"), this->path("y"), this->error_));
-  EXPECT_TRUE(this->files().removeItemAtURL(this->url("x"), this->error_));
-  EXPECT_EQ(this->code(), EIO);
 }
 
 TYPED_TEST(FilesContract, ExistenceTellsFoldersFromFiles) {
   this->write("file", "");
   this->make_folder("folder");
-  bool is_folder = true;
-  EXPECT_TRUE(this->files().fileExistsAtPath(this->path("file"), &is_folder));
-  EXPECT_FALSE(is_folder);
-  EXPECT_TRUE(this->files().fileExistsAtPath(this->path("folder"), &is_folder));
-  EXPECT_TRUE(is_folder);
+  EXPECT_TRUE(this->files().fileExistsAtPath(this->path("file")));
+  EXPECT_FALSE(this->files().isDirectoryAtPath(this->path("file")));
+  EXPECT_TRUE(this->files().fileExistsAtPath(this->path("folder")));
+  EXPECT_TRUE(this->files().isDirectoryAtPath(this->path("folder")));
   EXPECT_TRUE(this->files().fileExistsAtPath(this->path("folder/")));
-  EXPECT_FALSE(this->files().fileExistsAtPath(this->path("nothing"), &is_folder));
-  EXPECT_FALSE(is_folder);
+  EXPECT_TRUE(this->files().isDirectoryAtPath(this->path("folder/")));
+  EXPECT_FALSE(this->files().fileExistsAtPath(this->path("nothing")));
+  EXPECT_FALSE(this->files().isDirectoryAtPath(this->path("nothing")));
   EXPECT_FALSE(this->files().fileExistsAtPath(""));
+  EXPECT_FALSE(this->files().isDirectoryAtPath(""));
   EXPECT_FALSE(this->files().fileExistsAtPath(this->path("file") + std::string("\0x", 2)))
       << "a zero byte is not the end of the name";
 }
@@ -106,12 +108,11 @@ TYPED_TEST(FilesContract, FoldersAreMadeWithThoseAboveThem) {
   this->make_folder("a/b/c");
   this->make_folder("a/b/c");  // an existing one is a success
   EXPECT_EQ(this->names("a/b"), std::vector<std::string>{"c"});
-  EXPECT_FALSE(this->error_);
   this->write("file", "");
-  EXPECT_FALSE(this->files().createDirectoryAtURL(this->url("file"), this->error_));
-  EXPECT_EQ(this->code(), foundation::NSFileWriteFileExistsError);
-  EXPECT_FALSE(this->files().createDirectoryAtURL(nullptr, this->error_));
-  EXPECT_EQ(this->code(), foundation::NSFileNoSuchFileError);
+  EXPECT_EQ(code_of(this->files().createDirectoryAtURL(this->url("file"))),
+            foundation::NSFileWriteFileExistsError);
+  EXPECT_EQ(code_of(this->files().createDirectoryAtURL(nullptr)),
+            foundation::NSFileNoSuchFileError);
 }
 
 TYPED_TEST(FilesContract, ListsTheNamesInAFolderOnly) {
@@ -125,15 +126,14 @@ TYPED_TEST(FilesContract, ListsTheNamesInAFolderOnly) {
 
 TYPED_TEST(FilesContract, CopiesFilesAndWholeFolders) {
   this->write("x", "one");
-  EXPECT_TRUE(this->files().copyItemAtPath(this->path("x"), this->path("y"), this->error_));
+  EXPECT_FALSE(this->files().copyItemAtPath(this->path("x"), this->path("y")));
   EXPECT_EQ(this->text("x"), "one");
   EXPECT_EQ(this->text("y"), "one");
   this->make_folder("f/deep/empty");
   this->write("f/deep/z", "two");
-  EXPECT_TRUE(this->files().copyItemAtPath(this->path("f"), this->path("g"), this->error_));
+  EXPECT_FALSE(this->files().copyItemAtPath(this->path("f"), this->path("g")));
   EXPECT_EQ(this->names("g/deep"), (std::vector<std::string>{"empty", "z"}));
   EXPECT_EQ(this->text("g/deep/z"), "two");
-  EXPECT_FALSE(this->error_);
 }
 
 TYPED_TEST(FilesContract, CopyingRefuses) {
@@ -158,17 +158,16 @@ TYPED_TEST(FilesContract, CopyingRefuses) {
       {"x", std::string(256, 'n'), NSFileWriteUnknownError, "a name that is too long"},
   };
   for (const Row& row : rows) {
-    this->error_.reset();
     const std::string source = this->path(row.source);
     const std::string destination = this->path(row.destination);
-    EXPECT_FALSE(this->files().copyItemAtPath(source, destination, this->error_)) << row.why;
-    ASSERT_TRUE(this->error_) << row.why;
-    EXPECT_EQ(this->code(), row.code) << row.why;
-    EXPECT_EQ(*this->error_->detail("NSFilePath"), source) << row.why;
-    EXPECT_EQ(*this->error_->detail("NSDestinationFilePath"), destination) << row.why;
+    const auto error = this->files().copyItemAtPath(source, destination);
+    ASSERT_TRUE(error) << row.why;
+    EXPECT_EQ(error->code, row.code) << row.why;
+    EXPECT_EQ(*error->detail("NSFilePath"), source) << row.why;
+    EXPECT_EQ(*error->detail("NSDestinationFilePath"), destination) << row.why;
   }
   for (const char* inside : {"f/g", "f/inside/g"}) {
-    EXPECT_FALSE(this->files().copyItemAtPath(this->path("f"), this->path(inside), this->error_))
+    EXPECT_TRUE(this->files().copyItemAtPath(this->path("f"), this->path(inside)))
         << "a folder into itself";
   }
   EXPECT_EQ(this->text("taken"), "two");
@@ -182,39 +181,36 @@ TYPED_TEST(FilesContract, RemovesFilesAndWholeFolders) {
   this->make_folder("f/g");
   this->make_folder("fg");
   this->write("f/g/y", "");
-  EXPECT_TRUE(this->files().removeItemAtURL(this->url("x"), this->error_));
-  EXPECT_TRUE(this->files().removeItemAtURL(this->url("f"), this->error_));
+  EXPECT_FALSE(this->files().removeItemAtURL(this->url("x")));
+  EXPECT_FALSE(this->files().removeItemAtURL(this->url("f")));
   EXPECT_FALSE(this->files().fileExistsAtPath(this->path("f/g/y")));
   EXPECT_TRUE(this->files().fileExistsAtPath(this->path("fg"))) << "another that begins alike";
-  EXPECT_FALSE(this->files().removeItemAtURL(this->url("f"), this->error_));
-  EXPECT_EQ(this->code(), foundation::NSFileNoSuchFileError);
-  EXPECT_EQ(*this->error_->detail("NSFilePath"), this->path("f"));
-  this->error_.reset();
-  EXPECT_FALSE(this->files().removeItemAtURL(nullptr, this->error_));
-  EXPECT_EQ(this->code(), foundation::NSFileNoSuchFileError);
+  const auto error = this->files().removeItemAtURL(this->url("f"));
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->code, foundation::NSFileNoSuchFileError);
+  EXPECT_EQ(*error->detail("NSFilePath"), this->path("f"));
+  EXPECT_EQ(code_of(this->files().removeItemAtURL(nullptr)), foundation::NSFileNoSuchFileError);
 }
 
 TYPED_TEST(FilesContract, OnlyFileUrlsNameFiles) {
   this->write("x", "");
   const auto web = NSURL::URLWithString("http://host" + this->path("x"));
-  EXPECT_FALSE(this->files().removeItemAtURL(web, this->error_));
-  EXPECT_FALSE(this->files().createDirectoryAtURL(web, this->error_));
+  EXPECT_EQ(code_of(this->files().removeItemAtURL(web)), foundation::NSFileNoSuchFileError);
+  EXPECT_EQ(code_of(this->files().createDirectoryAtURL(web)), foundation::NSFileNoSuchFileError);
   EXPECT_EQ(this->text("x"), "");
 }
 
 TYPED_TEST(FilesContract, ReadingAndWritingFail) {
   using namespace foundation;
-  EXPECT_EQ(this->text("nothing"), "(none)");
-  EXPECT_EQ(this->code(), NSFileReadNoSuchFileError);
+  EXPECT_EQ(this->code_of_reading("nothing"), NSFileReadNoSuchFileError);
   this->make_folder("f");
-  EXPECT_EQ(this->text("f"), "(none)") << "a folder has no bytes";
-  for (const unsigned options : {0U, platform::NSDataWritingAtomic}) {
-    EXPECT_FALSE(this->files().writeToFile({'a'}, this->path("nothing/x"), options, this->error_));
-    EXPECT_EQ(this->code(), NSFileNoSuchFileError);
-    EXPECT_FALSE(this->files().writeToFile({'a'}, this->path("f"), options, this->error_));
-    EXPECT_FALSE(this->files().writeToFile({'a'}, "", options, this->error_));
-    EXPECT_FALSE(
-        this->files().writeToFile({'a'}, this->path(std::string(256, 'n')), options, this->error_));
+  EXPECT_NE(this->code_of_reading("f"), 0) << "a folder has no bytes";
+  for (const auto options : kWays) {
+    EXPECT_EQ(code_of(this->files().writeToFile({'a'}, this->path("nothing/x"), options)),
+              NSFileNoSuchFileError);
+    EXPECT_TRUE(this->files().writeToFile({'a'}, this->path("f"), options));
+    EXPECT_TRUE(this->files().writeToFile({'a'}, "", options));
+    EXPECT_TRUE(this->files().writeToFile({'a'}, this->path(std::string(256, 'n')), options));
   }
   EXPECT_TRUE(this->names("f").empty());
 }
@@ -224,9 +220,7 @@ TYPED_TEST(FilesContract, TheContainerIsMadeAndStays) {
       this->files().containerURLForSecurityApplicationGroupIdentifier("G1.example");
   ASSERT_TRUE(container);
   EXPECT_TRUE(container->absoluteString().ends_with("/G1.example/"));
-  bool is_folder = false;
-  EXPECT_TRUE(this->files().fileExistsAtPath(*container->file_system_path(), &is_folder));
-  EXPECT_TRUE(is_folder);
+  EXPECT_TRUE(this->files().isDirectoryAtPath(*container->file_system_path()));
   EXPECT_TRUE(this->files()
                   .containerURLForSecurityApplicationGroupIdentifier("G1.example")
                   ->isEqual(container.get()));

@@ -36,67 +36,68 @@ class FullDisk : public ::testing::Test {
     }
   }
 
+  std::optional<foundation::Error> write(const Bytes& data,
+                                         platform::NSDataWritingOptions options) {
+    return files_->writeToFile(data, mount_ + "/z", options);
+  }
   [[nodiscard]] bool is_empty() const { return fs::is_empty(mount_); }
 
   test::TemporaryFolder folder_;
   const std::string mount_ = folder_.path("small");
   bool mounted_ = false;
   std::shared_ptr<platform::NSFileManager> files_ = posix::make_file_manager();
-  std::optional<foundation::Error> error_;
 };
 
 TEST_F(FullDisk, WhatDoesNotFitIsToldAndLeavesNothing) {
   const std::string source = folder_.write("big", std::string(2 << 20, 'a'));
-  EXPECT_FALSE(files_->copyItemAtPath(source, mount_ + "/y", error_));
-  EXPECT_EQ(error_->code, foundation::NSFileWriteOutOfSpaceError);
-  EXPECT_EQ(*error_->detail("NSFilePath"), source);
+  auto error = files_->copyItemAtPath(source, mount_ + "/y");
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->code, foundation::NSFileWriteOutOfSpaceError);
+  EXPECT_EQ(*error->detail("NSFilePath"), source);
   EXPECT_TRUE(is_empty());
 
   fs::create_directories(folder_.path("f/sub"));
   fs::rename(source, folder_.path("f/sub/big"));
-  EXPECT_FALSE(files_->copyItemAtPath(folder_.path("f"), mount_ + "/f", error_));
-  EXPECT_EQ(error_->code, foundation::NSFileWriteOutOfSpaceError);
+  error = files_->copyItemAtPath(folder_.path("f"), mount_ + "/f");
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->code, foundation::NSFileWriteOutOfSpaceError);
   EXPECT_TRUE(is_empty());
 
-  EXPECT_FALSE(
-      files_->writeToFile(Bytes(2 << 20), mount_ + "/z", platform::NSDataWritingAtomic, error_));
-  EXPECT_EQ(error_->code, foundation::NSFileWriteOutOfSpaceError);
+  error = write(Bytes(2 << 20), platform::NSDataWritingAtomic);
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->code, foundation::NSFileWriteOutOfSpaceError);
   EXPECT_TRUE(is_empty());
 }
 
 TEST_F(FullDisk, AnAtomicWriteThatDoesNotFitKeepsWhatWasThere) {
-  ASSERT_TRUE(files_->writeToFile({'a'}, mount_ + "/z", platform::NSDataWritingAtomic, error_));
-  EXPECT_FALSE(
-      files_->writeToFile(Bytes(2 << 20), mount_ + "/z", platform::NSDataWritingAtomic, error_));
+  ASSERT_FALSE(write({'a'}, platform::NSDataWritingAtomic));
+  EXPECT_TRUE(write(Bytes(2 << 20), platform::NSDataWritingAtomic));
   EXPECT_EQ(test::read_file(mount_ + "/z"), "a");
 }
 
 TEST_F(FullDisk, AReadOnlyVolumeIsTold) {
   const std::string source = folder_.write("x", "content");
-  ASSERT_TRUE(files_->writeToFile({'a'}, mount_ + "/there", 0, error_));
+  ASSERT_FALSE(files_->writeToFile({'a'}, mount_ + "/there", {}));
   ASSERT_EQ(::mount(nullptr, mount_.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
   const auto url = [&](const char* name) {
     return foundation::NSURL::file_url(mount_ + name, false);
   };
-  constexpr int kReadOnly = foundation::NSFileWriteVolumeReadOnlyError;
-  EXPECT_FALSE(files_->copyItemAtPath(source, mount_ + "/y", error_));
-  EXPECT_EQ(error_->code, kReadOnly);
-  for (const unsigned options : {0U, platform::NSDataWritingAtomic}) {
-    EXPECT_FALSE(files_->writeToFile({'a'}, mount_ + "/z", options, error_));
-    EXPECT_EQ(error_->code, kReadOnly);
-  }
-  EXPECT_FALSE(files_->createDirectoryAtURL(url("/f"), error_));
-  EXPECT_EQ(error_->code, kReadOnly);
-  EXPECT_FALSE(files_->removeItemAtURL(url("/there"), error_));
-  EXPECT_EQ(error_->code, kReadOnly);
-  error_.reset();
-  EXPECT_TRUE(files_->createDirectoryAtURL(url("/"), error_)) << "it is there";
+  const auto expect_read_only = [](const std::optional<foundation::Error>& error) {
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code, foundation::NSFileWriteVolumeReadOnlyError);
+  };
+  expect_read_only(files_->copyItemAtPath(source, mount_ + "/y"));
+  expect_read_only(write({'a'}, {}));
+  expect_read_only(write({'a'}, platform::NSDataWritingAtomic));
+  expect_read_only(files_->createDirectoryAtURL(url("/f")));
+  expect_read_only(files_->removeItemAtURL(url("/there")));
+  EXPECT_FALSE(files_->createDirectoryAtURL(url("/"))) << "it is there";
 }
 
 TEST_F(FullDisk, ACopyCrossesFileSystems) {
   const std::string source = folder_.write("x", "content");
-  EXPECT_TRUE(files_->copyItemAtPath(source, mount_ + "/y", error_));
-  EXPECT_TRUE(files_->copyItemAtPath(mount_ + "/y", folder_.path("z"), error_));
+  EXPECT_FALSE(files_->copyItemAtPath(source, mount_ + "/y"));
+  EXPECT_FALSE(files_->copyItemAtPath(mount_ + "/y", folder_.path("z")));
   EXPECT_EQ(test::read_file(folder_.path("z")), "content");
 }
 
@@ -107,7 +108,7 @@ TEST_F(FullDisk, AContainerWhoseFolderIsAnotherFileSystemStillGetsFolders) {
   // "small" is a container; what is mounted inside another one is the odd case.
   fs::create_directories(folder_.path("group/Share"));
   ASSERT_EQ(::mount("tmpfs", folder_.path("group/Share").c_str(), "tmpfs", 0, "size=1m"), 0);
-  EXPECT_TRUE(files_->copyItemAtPath(folder_.path("f"), folder_.path("group/Share/f"), error_));
+  EXPECT_FALSE(files_->copyItemAtPath(folder_.path("f"), folder_.path("group/Share/f")));
   EXPECT_TRUE(fs::is_directory(folder_.path("group/Share/f/sub")));
   ::umount2(folder_.path("group/Share").c_str(), MNT_DETACH);
   ::unsetenv("QUOLL_GROUP_CONTAINERS");

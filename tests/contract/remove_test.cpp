@@ -18,8 +18,8 @@ using foundation::NSURL;
 class Remove : public ::testing::Test {
  protected:
   int remove(const std::string& path) {
-    error_.reset();
-    return files_->removeItemAtURL(NSURL::file_url(path, false), error_) ? 0 : error_->code;
+    error_ = files_->removeItemAtURL(NSURL::file_url(path, false));
+    return error_ ? error_->code : 0;
   }
 
   test::TemporaryFolder folder_;

@@ -28,9 +28,7 @@ class TemporaryItem : public ::testing::Test {
   ~TemporaryItem() override { ::unsetenv("QUOLL_GROUP_CONTAINERS"); }
 
   static bool write_atomically(const std::string& path) {
-    std::optional<foundation::Error> error;
-    return posix::make_file_manager()->writeToFile({'a'}, path, platform::NSDataWritingAtomic,
-                                                   error);
+    return !posix::make_file_manager()->writeToFile({'a'}, path, platform::NSDataWritingAtomic);
   }
 
   test::TemporaryFolder folder_;

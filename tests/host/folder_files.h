@@ -19,44 +19,40 @@ class FolderFiles final : public platform::NSFileManager {
       std::string_view /*group*/) override {
     return foundation::NSURL::file_url(container_, true);
   }
-  bool removeItemAtURL(const std::shared_ptr<foundation::NSURL>& url,
-                       std::optional<foundation::Error>& error) override {
+  std::optional<foundation::Error> removeItemAtURL(
+      const std::shared_ptr<foundation::NSURL>& url) override {
     const std::string path = url->file_system_path().value_or("");
-    if (std::filesystem::remove_all(path) > 0) {
-      return true;
-    }
-    error = foundation::file_error(ENOENT, path, true);
-    return false;
+    return std::filesystem::remove_all(path) > 0
+               ? std::nullopt
+               : std::optional(foundation::file_error(ENOENT, path, true));
   }
-  bool createDirectoryAtURL(const std::shared_ptr<foundation::NSURL>& url,
-                            std::optional<foundation::Error>& /*error*/) override {
+  std::optional<foundation::Error> createDirectoryAtURL(
+      const std::shared_ptr<foundation::NSURL>& url) override {
     std::filesystem::create_directories(url->file_system_path().value_or(""));
-    return true;
+    return std::nullopt;
   }
-  bool copyItemAtPath(std::string_view source, std::string_view destination,
-                      std::optional<foundation::Error>& error) override {
+  std::optional<foundation::Error> copyItemAtPath(std::string_view source,
+                                                  std::string_view destination) override {
     std::error_code failure;
-    if (std::filesystem::copy_file(source, destination, failure)) {
-      return true;
-    }
-    error = foundation::file_error(failure.value(), source, true);
-    return false;
+    return std::filesystem::copy_file(source, destination, failure)
+               ? std::nullopt
+               : std::optional(foundation::file_error(failure.value(), source, true));
   }
-  bool fileExistsAtPath(std::string_view path, bool* /*is_directory*/) override {
-    return std::filesystem::exists(path);
+  bool fileExistsAtPath(std::string_view path) override { return std::filesystem::exists(path); }
+  bool isDirectoryAtPath(std::string_view path) override {
+    return std::filesystem::is_directory(path);
   }
   std::optional<std::vector<std::string>> contentsOfDirectoryAtPath(
       std::string_view /*path*/) override {
     return std::nullopt;
   }
-  std::optional<foundation::Bytes> contentsAtPath(
-      std::string_view /*path*/, std::optional<foundation::Error>& /*error*/) override {
-    return std::nullopt;
+  platform::FileContents contentsAtPath(std::string_view path) override {
+    return foundation::file_error(ENOENT, path, false);
   }
-  bool writeToFile(const foundation::Bytes& /*data*/, std::string_view path, unsigned /*options*/,
-                   std::optional<foundation::Error>& error) override {
-    error = foundation::file_error(ENOSPC, path, true);
-    return false;
+  std::optional<foundation::Error> writeToFile(
+      const foundation::Bytes& /*data*/, std::string_view path,
+      platform::NSDataWritingOptions /*options*/) override {
+    return foundation::file_error(ENOSPC, path, true);
   }
   std::string currentDirectoryPath() override { return std::filesystem::current_path(); }
 

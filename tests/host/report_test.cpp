@@ -62,7 +62,7 @@ struct Told {
 Told told(const Selection& selection, std::vector<Event> events, const char* url,
           bool answer = true) {
   if (url != nullptr) {
-    events.push_back(recording::Opening{{NSURL::URLWithString(url)}, "x", 0});
+    events.push_back(recording::Opening{{NSURL::URLWithString(url)}, "x", {}});
     events.push_back(recording::OpeningAnswer{answer});
   }
   std::ostringstream out;
@@ -140,7 +140,7 @@ TEST(Report, WhatTheLaunchLoggedIsKeptApart) {
   selection.text = "x";
   std::vector<Event> events{
       LogEvent{"the styled text cannot be written"},
-      recording::Opening{{NSURL::URLWithString("quoll://compose?")}, "x", 0},
+      recording::Opening{{NSURL::URLWithString("quoll://compose?")}, "x", {}},
       LogEvent{"openURLs nobody is there",
                foundation::quoll_error(foundation::kNotOpenedError, "nobody is there")},
       recording::OpeningAnswer{false}};

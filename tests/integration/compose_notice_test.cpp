@@ -24,7 +24,7 @@ class ComposeNotice : public MailClientTest {
     environment["XDG_ACTIVATION_TOKEN"] = "token-2";
     const ScopedEnvironment scoped(environment);
     const platform::ScopedDesktop desktop({.log = std::make_shared<RecordingLog>()});
-    constexpr unsigned kForeground = 131072;
+    constexpr auto kForeground = platform::NSWorkspaceLaunchAllowingClassicStartup;
     EXPECT_TRUE(gio::start_launcher({}, 60s)->openURLs({foundation::NSURL::URLWithString(url)},
                                                        kName, kForeground));
   }
@@ -135,7 +135,8 @@ TEST_F(ComposeNotice, EveryDraftIsWrittenBeforeAClientIsWaitedFor) {
     urls.push_back(
         foundation::NSURL::URLWithString(std::string("quoll://compose?subject=") + subject));
   }
-  EXPECT_TRUE(gio::start_launcher({}, 60s)->openURLs(urls, kName, 131072));
+  EXPECT_TRUE(gio::start_launcher({}, 60s)->openURLs(
+      urls, kName, platform::NSWorkspaceLaunchAllowingClassicStartup));
   static_cast<void>(given());
   EXPECT_EQ(home_.drafts().size(), 3U) << "the client is there as soon as the last is written";
 }

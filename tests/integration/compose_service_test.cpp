@@ -14,7 +14,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr const char* kName = "it.vorlent.quoll2";
-constexpr unsigned kForeground = 131072;
+constexpr auto kForeground = platform::NSWorkspaceLaunchAllowingClassicStartup;
 
 class ComposeServiceTest : public testing::Test {
  protected:

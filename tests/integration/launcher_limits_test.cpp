@@ -43,7 +43,8 @@ class LauncherLimits : public testing::Test {
       for (const auto& url : list) {
         urls.push_back(foundation::NSURL::URLWithString(url));
       }
-      opened.push_back(launcher->openURLs(urls, application, 131072));
+      opened.push_back(
+          launcher->openURLs(urls, application, platform::NSWorkspaceLaunchAllowingClassicStartup));
     }
     return opened;
   }

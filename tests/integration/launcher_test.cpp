@@ -22,14 +22,15 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr const char* kName = "it.vorlent.quoll2";
-constexpr unsigned kForeground = 131072;
-constexpr unsigned kBackground = 512;
+constexpr auto kForeground = platform::NSWorkspaceLaunchAllowingClassicStartup;
+constexpr auto kBackground = platform::NSWorkspaceLaunchWithoutActivation;
 // Nothing here waits for it, but where the application hangs.
 constexpr auto kLong = 60s;
 
 class LauncherTest : public testing::Test {
  protected:
-  bool open(const std::vector<std::string>& urls, unsigned options = kForeground,
+  bool open(const std::vector<std::string>& urls,
+            platform::NSWorkspaceLaunchOptions options = kForeground,
             std::chrono::milliseconds time_out = kLong, const std::string& name = kName) {
     std::vector<std::shared_ptr<foundation::NSURL>> list;
     for (const auto& url : urls) {

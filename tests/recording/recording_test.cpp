@@ -35,7 +35,8 @@ class Recording : public testing::Test {
 class LoggingWorkspace final : public platform::NSWorkspace {
  public:
   bool openURLs(const std::vector<std::shared_ptr<NSURL>>& /*urls*/,
-                std::string_view /*application*/, unsigned /*options*/) override {
+                std::string_view /*application*/,
+                platform::NSWorkspaceLaunchOptions /*options*/) override {
     platform::log_line("nobody is there");
     return false;
   }
@@ -81,7 +82,8 @@ TEST_F(Recording, AnOpeningItsLogAndItsAnswerStandInOrder) {
   const platform::ScopedDesktop desktop({.log = std::make_shared<RecordingLog>(log_)});
   RecordingWorkspace workspace(std::make_shared<LoggingWorkspace>());
   const auto url = NSURL::URLWithString("quoll://compose?subject=x");
-  EXPECT_FALSE(workspace.openURLs({url}, "an.application", 131072));
+  EXPECT_FALSE(workspace.openURLs({url}, "an.application",
+                                  platform::NSWorkspaceLaunchAllowingClassicStartup));
   const auto events = recorder_->events();
   ASSERT_EQ(events.size(), 3U);
   const auto& opening = std::get<Opening>(events[0]);
@@ -94,8 +96,10 @@ TEST_F(Recording, AnOpeningItsLogAndItsAnswerStandInOrder) {
 
 TEST_F(Recording, TheWorkspaceBeneathOpens) {
   auto beneath = std::make_shared<test::RecordingWorkspace>();
-  EXPECT_TRUE(RecordingWorkspace(beneath).openURLs({NSURL::URLWithString("x:")}, "a", 512));
-  EXPECT_EQ(beneath->opened(), (std::vector<test::RecordingWorkspace::Opened>{{{"x:"}, "a", 512}}));
+  constexpr auto kOptions = platform::NSWorkspaceLaunchWithoutActivation;
+  EXPECT_TRUE(RecordingWorkspace(beneath).openURLs({NSURL::URLWithString("x:")}, "a", kOptions));
+  EXPECT_EQ(beneath->opened(),
+            (std::vector<test::RecordingWorkspace::Opened>{{{"x:"}, "a", kOptions}}));
   EXPECT_TRUE(events_of_kind<OpeningAnswer>(recorder_->events()).at(0).is_opened);
 }
 
@@ -118,15 +122,11 @@ TEST_F(Recording, ANotificationIsRecordedBeforeItsObserversHear) {
 
 TEST_F(Recording, FilesThatWereWrittenAreRecorded) {
   RecordingFiles files(std::make_shared<test::MemoryFiles>());
-  std::optional<foundation::Error> error;
-  EXPECT_TRUE(files.writeToFile({1}, "/home/a", 0, error));
-  EXPECT_TRUE(files.copyItemAtPath("/home/a", "/home/b", error));
-  EXPECT_FALSE(files.copyItemAtPath("/home/a", "/home/b", error)) << "it is there already";
-  EXPECT_FALSE(files.writeToFile({1}, "/nowhere/c", 0, error));
-  std::thread([&] {
-    std::optional<foundation::Error> other;
-    EXPECT_TRUE(files.copyItemAtPath("/home/a", "/home/d", other));
-  }).join();
+  EXPECT_FALSE(files.writeToFile({1}, "/home/a", {}));
+  EXPECT_FALSE(files.copyItemAtPath("/home/a", "/home/b"));
+  EXPECT_TRUE(files.copyItemAtPath("/home/a", "/home/b")) << "it is there already";
+  EXPECT_TRUE(files.writeToFile({1}, "/nowhere/c", {}));
+  std::thread([&] { EXPECT_FALSE(files.copyItemAtPath("/home/a", "/home/d")); }).join();
   const auto written = events_of_kind<WrittenFile>(recorder_->events());
   ASSERT_EQ(written.size(), 2U) << "what failed or was others' is not here";
   EXPECT_EQ(written[0].path, "/home/a");

@@ -47,7 +47,7 @@ TEST(ShareViewController, EndsWithTheComposeWindowInTheForeground) {
                                    "3Ehttp%3A%2F%2Fa%2F%3C%2Fa%3E&subject=Title&attachment_0=" +
                                    encoded_folder + "%2Fa%20b.txt"},
                                   "it.vorlent.quoll2",
-                                  131072}}));
+                                  platform::NSWorkspaceLaunchAllowingClassicStartup}}));
 }
 
 TEST(ShareViewController, CancelsTheRequestBeforeAnythingIsLoaded) {
@@ -79,7 +79,9 @@ TEST(ShareViewController, ShareOfNothingOpensAnEmptyDraft) {
   test::ShareTest desktop;
   share(desktop, {});
   EXPECT_EQ(desktop.workspace->opened(),
-            std::vector<Opened>({{{"quoll://compose?"}, "it.vorlent.quoll2", 131072}}));
+            std::vector<Opened>({{{"quoll://compose?"},
+                                  "it.vorlent.quoll2",
+                                  platform::NSWorkspaceLaunchAllowingClassicStartup}}));
   EXPECT_EQ(desktop.clock->sleeps().size(), 1U);
 }
 

@@ -4,22 +4,9 @@
 
 namespace quoll::test {
 
-namespace {
-
 using foundation::Bytes;
 using foundation::Error;
 using foundation::NSURL;
-
-/// Moves a failure into the caller's error; false when there is none.
-bool fails(std::optional<Error> failure, std::optional<Error>& error) {
-  if (failure) {
-    error = std::move(failure);
-    return true;
-  }
-  return false;
-}
-
-}  // namespace
 
 void FailingFiles::fail(Operation operation, int nth, Error error) {
   const std::lock_guard lock(mutex_);
@@ -50,24 +37,28 @@ std::shared_ptr<NSURL> FailingFiles::containerURLForSecurityApplicationGroupIden
              : inner_->containerURLForSecurityApplicationGroupIdentifier(group);
 }
 
-bool FailingFiles::removeItemAtURL(const std::shared_ptr<NSURL>& url, std::optional<Error>& error) {
-  return !fails(next(Operation::kRemove), error) && inner_->removeItemAtURL(url, error);
+std::optional<Error> FailingFiles::removeItemAtURL(const std::shared_ptr<NSURL>& url) {
+  const auto failure = next(Operation::kRemove);
+  return failure ? failure : inner_->removeItemAtURL(url);
 }
 
-bool FailingFiles::createDirectoryAtURL(const std::shared_ptr<NSURL>& url,
-                                        std::optional<Error>& error) {
-  return !fails(next(Operation::kCreateDirectory), error) &&
-         inner_->createDirectoryAtURL(url, error);
+std::optional<Error> FailingFiles::createDirectoryAtURL(const std::shared_ptr<NSURL>& url) {
+  const auto failure = next(Operation::kCreateDirectory);
+  return failure ? failure : inner_->createDirectoryAtURL(url);
 }
 
-bool FailingFiles::copyItemAtPath(std::string_view source, std::string_view destination,
-                                  std::optional<Error>& error) {
-  return !fails(next(Operation::kCopy), error) &&
-         inner_->copyItemAtPath(source, destination, error);
+std::optional<Error> FailingFiles::copyItemAtPath(std::string_view source,
+                                                  std::string_view destination) {
+  const auto failure = next(Operation::kCopy);
+  return failure ? failure : inner_->copyItemAtPath(source, destination);
 }
 
-bool FailingFiles::fileExistsAtPath(std::string_view path, bool* is_directory) {
-  return inner_->fileExistsAtPath(path, is_directory);
+bool FailingFiles::fileExistsAtPath(std::string_view path) {
+  return inner_->fileExistsAtPath(path);
+}
+
+bool FailingFiles::isDirectoryAtPath(std::string_view path) {
+  return inner_->isDirectoryAtPath(path);
 }
 
 std::optional<std::vector<std::string>> FailingFiles::contentsOfDirectoryAtPath(
@@ -75,19 +66,20 @@ std::optional<std::vector<std::string>> FailingFiles::contentsOfDirectoryAtPath(
   return next(Operation::kList) ? std::nullopt : inner_->contentsOfDirectoryAtPath(path);
 }
 
-std::optional<Bytes> FailingFiles::contentsAtPath(std::string_view path,
-                                                  std::optional<Error>& error) {
+platform::FileContents FailingFiles::contentsAtPath(std::string_view path) {
   {
     const std::lock_guard lock(mutex_);
     read_.emplace_back(path);
   }
-  return fails(next(Operation::kRead), error) ? std::nullopt : inner_->contentsAtPath(path, error);
+  const auto failure = next(Operation::kRead);
+  return failure ? platform::FileContents(*failure) : inner_->contentsAtPath(path);
 }
 
-bool FailingFiles::writeToFile(const Bytes& data, std::string_view path, unsigned options,
-                               std::optional<Error>& error) {
+std::optional<Error> FailingFiles::writeToFile(const Bytes& data, std::string_view path,
+                                               platform::NSDataWritingOptions options) {
   write_options = options;
-  return !fails(next(Operation::kWrite), error) && inner_->writeToFile(data, path, options, error);
+  const auto failure = next(Operation::kWrite);
+  return failure ? failure : inner_->writeToFile(data, path, options);
 }
 
 }  // namespace quoll::test

@@ -43,11 +43,9 @@ std::string below(const std::string& path) {
   return path == "/" ? path : path + "/";
 }
 
-bool report(int number, std::string_view path, bool writing, std::optional<Error>& error) {
-  if (number != 0) {
-    error = foundation::file_error(number, path, writing);
-  }
-  return number == 0;
+/// The error of an `errno` value; 0 is success.
+std::optional<Error> error_of(int number, std::string_view path) {
+  return number == 0 ? std::nullopt : std::optional(foundation::file_error(number, path, true));
 }
 
 }  // namespace
@@ -108,25 +106,24 @@ std::shared_ptr<NSURL> MemoryFiles::containerURLForSecurityApplicationGroupIdent
   return make_folders(path) == 0 ? NSURL::file_url(path, true) : nullptr;
 }
 
-bool MemoryFiles::removeItemAtURL(const std::shared_ptr<NSURL>& url, std::optional<Error>& error) {
+std::optional<Error> MemoryFiles::removeItemAtURL(const std::shared_ptr<NSURL>& url) {
   const std::lock_guard lock(mutex_);
   const std::string path = plain(url);
   const auto doomed = path.empty() ? std::vector<std::string>() : tree(path);
   for (const std::string& entry : doomed) {
     nodes_.erase(entry);
   }
-  return report(doomed.empty() ? ENOENT : 0, path, true, error);
+  return error_of(doomed.empty() ? ENOENT : 0, path);
 }
 
-bool MemoryFiles::createDirectoryAtURL(const std::shared_ptr<NSURL>& url,
-                                       std::optional<Error>& error) {
+std::optional<Error> MemoryFiles::createDirectoryAtURL(const std::shared_ptr<NSURL>& url) {
   const std::lock_guard lock(mutex_);
   const std::string path = plain(url);
-  return report(path.empty() ? ENOENT : make_folders(path), path, true, error);
+  return error_of(path.empty() ? ENOENT : make_folders(path), path);
 }
 
-bool MemoryFiles::copyItemAtPath(std::string_view source, std::string_view destination,
-                                 std::optional<Error>& error) {
+std::optional<Error> MemoryFiles::copyItemAtPath(std::string_view source,
+                                                 std::string_view destination) {
   const std::lock_guard lock(mutex_);
   const std::string from = plain(source);
   const std::string to = plain(destination);
@@ -145,20 +142,23 @@ bool MemoryFiles::copyItemAtPath(std::string_view source, std::string_view desti
       nodes_.emplace(to + entry.substr(from.size()), nodes_.at(entry));
     }
   }
-  const bool copied = report(number, source, writing, error);
-  if (!copied) {
-    error->user_info.emplace_back("NSDestinationFilePath", std::string(destination));
+  if (number == 0) {
+    return std::nullopt;
   }
-  return copied;
+  Error error = foundation::file_error(number, source, writing);
+  error.user_info.emplace_back("NSDestinationFilePath", std::string(destination));
+  return error;
 }
 
-bool MemoryFiles::fileExistsAtPath(std::string_view path, bool* is_directory) {
+bool MemoryFiles::fileExistsAtPath(std::string_view path) {
+  const std::lock_guard lock(mutex_);
+  return nodes_.contains(plain(path));
+}
+
+bool MemoryFiles::isDirectoryAtPath(std::string_view path) {
   const std::lock_guard lock(mutex_);
   const auto found = nodes_.find(plain(path));
-  if (is_directory != nullptr) {
-    *is_directory = found != nodes_.end() && !found->second;
-  }
-  return found != nodes_.end();
+  return found != nodes_.end() && !found->second;
 }
 
 std::optional<std::vector<std::string>> MemoryFiles::contentsOfDirectoryAtPath(
@@ -178,19 +178,17 @@ std::optional<std::vector<std::string>> MemoryFiles::contentsOfDirectoryAtPath(
   return names;
 }
 
-std::optional<Bytes> MemoryFiles::contentsAtPath(std::string_view path,
-                                                 std::optional<Error>& error) {
+platform::FileContents MemoryFiles::contentsAtPath(std::string_view path) {
   const std::lock_guard lock(mutex_);
   const auto found = nodes_.find(plain(path));
   if (found == nodes_.end() || !found->second) {
-    report(found == nodes_.end() ? ENOENT : EISDIR, path, false, error);
-    return std::nullopt;
+    return foundation::file_error(found == nodes_.end() ? ENOENT : EISDIR, path, false);
   }
-  return found->second;
+  return *found->second;
 }
 
-bool MemoryFiles::writeToFile(const Bytes& data, std::string_view path, unsigned /*options*/,
-                              std::optional<Error>& error) {
+std::optional<Error> MemoryFiles::writeToFile(const Bytes& data, std::string_view path,
+                                              platform::NSDataWritingOptions /*options*/) {
   const std::lock_guard lock(mutex_);
   const std::string file = plain(path);
   int number = check_parent(file);
@@ -201,7 +199,7 @@ bool MemoryFiles::writeToFile(const Bytes& data, std::string_view path, unsigned
   if (number == 0) {
     nodes_.insert_or_assign(file, data);
   }
-  return report(number, path, true, error);
+  return error_of(number, path);
 }
 
 }  // namespace quoll::test

@@ -25,7 +25,8 @@ std::vector<std::string> RecordingLog::lines() const {
 }
 
 bool RecordingWorkspace::openURLs(const std::vector<std::shared_ptr<foundation::NSURL>>& urls,
-                                  std::string_view application, unsigned options) {
+                                  std::string_view application,
+                                  platform::NSWorkspaceLaunchOptions options) {
   Opened opened{{}, std::string(application), options};
   for (const auto& url : urls) {
     opened.urls.push_back(url->absoluteString());

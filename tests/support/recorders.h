@@ -33,14 +33,14 @@ class RecordingWorkspace final : public platform::NSWorkspace {
   struct Opened {
     std::vector<std::string> urls;
     std::string application;
-    unsigned options = 0;
+    platform::NSWorkspaceLaunchOptions options{};
     friend bool operator==(const Opened&, const Opened&) = default;
   };
 
   explicit RecordingWorkspace(bool answer = true) : answer_(answer) {}
 
   bool openURLs(const std::vector<std::shared_ptr<foundation::NSURL>>& urls,
-                std::string_view application, unsigned options) override;
+                std::string_view application, platform::NSWorkspaceLaunchOptions options) override;
   [[nodiscard]] std::vector<Opened> opened() const;
 
  private:

@@ -33,14 +33,12 @@ class ThreadCoordinator final : public platform::NSFileCoordinator {
  public:
   explicit ThreadCoordinator(std::shared_ptr<Accesses> accesses) : accesses_(std::move(accesses)) {}
 
-  void coordinateWritingItemAtURL(
-      const std::shared_ptr<NSURL>& url, unsigned /*options*/,
-      std::optional<foundation::Error>& error,
+  std::optional<foundation::Error> coordinateWritingItemAtURL(
+      const std::shared_ptr<NSURL>& url, platform::NSFileCoordinatorWritingOptions /*options*/,
       const std::function<void(const std::shared_ptr<NSURL>&)>& accessor) override {
     const auto path = url ? url->path() : std::nullopt;
     if (!path) {
-      error = foundation::file_error(ENOENT, "", true);
-      return;
+      return foundation::file_error(ENOENT, "", true);
     }
     struct Access {
       Access(Accesses& all, const std::string& item) : all_(all) {
@@ -60,6 +58,7 @@ class ThreadCoordinator final : public platform::NSFileCoordinator {
     };
     const Access access(*accesses_, *path);
     accessor(url);
+    return std::nullopt;
   }
 
  private:

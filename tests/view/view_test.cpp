@@ -10,7 +10,7 @@ namespace quoll::platform {
 namespace {
 
 using Views = std::vector<std::shared_ptr<NSView>>;
-constexpr unsigned kBothSides = NSViewWidthSizable | NSViewHeightSizable;
+constexpr auto kBothSides = NSViewWidthSizable | NSViewHeightSizable;
 
 std::shared_ptr<NSView> view_at(const NSRect& frame) {
   return std::make_shared<NSView>(frame);
@@ -145,7 +145,7 @@ TEST(Autoresizing, FollowsByTheSameDifference) {
   for (const auto& row : rows) {
     const auto around = view_at({{7, 8}, {100, 60}});
     const auto view = view_at({{10, 5}, {40, 20}});
-    view->setAutoresizingMask(row.mask);
+    view->setAutoresizingMask(static_cast<NSAutoresizingMaskOptions>(row.mask));
     around->addSubview(view);
     around->setFrameSize(row.size);
     EXPECT_EQ(view->frame(), (NSRect{{10, 5}, row.follows})) << row.reason;

@@ -25,7 +25,7 @@ class Writer {
     }
     array_.push_back({{"opened", std::move(texts)},
                       {"application", opening.application},
-                      {"options", opening.options}});
+                      {"options", static_cast<unsigned>(opening.options)}});
   }
   void operator()(const recording::OpeningAnswer& /*answer*/) const {}
   void operator()(const recording::WrittenFile& /*file*/) const {}

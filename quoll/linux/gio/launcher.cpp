@@ -21,7 +21,6 @@
 namespace quoll::gio {
 namespace {
 
-constexpr unsigned kWithoutActivation = 512;
 constexpr unsigned kFirstOther =
     STDERR_FILENO + 1;  // the first descriptor after standard input, output and error
 constexpr const char* kTaken = "taken";
@@ -39,9 +38,9 @@ class Launcher final : public platform::NSWorkspace {
   }
 
   bool openURLs(const std::vector<std::shared_ptr<foundation::NSURL>>& urls,
-                std::string_view application, unsigned options) override {
+                std::string_view application, platform::NSWorkspaceLaunchOptions options) override {
     OpenRequest request{.application = std::string(application),
-                        .background = (options & kWithoutActivation) != 0,
+                        .background = (options & platform::NSWorkspaceLaunchWithoutActivation) != 0,
                         .urls = {}};
     for (const auto& url : urls) {
       request.urls.push_back(url ? url->absoluteString() : std::string());

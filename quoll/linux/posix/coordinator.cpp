@@ -73,26 +73,25 @@ bool is_lock(std::string_view inside) {
 
 class LockingCoordinator final : public platform::NSFileCoordinator {
  public:
-  void coordinateWritingItemAtURL(
-      const std::shared_ptr<NSURL>& url, unsigned /*options*/, std::optional<Error>& error,
+  std::optional<Error> coordinateWritingItemAtURL(
+      const std::shared_ptr<NSURL>& url, platform::NSFileCoordinatorWritingOptions /*options*/,
       const std::function<void(const std::shared_ptr<NSURL>&)>& accessor) override {
     const auto path = url && url->isFileURL() ? url->file_system_path() : std::nullopt;
     if (!path || !is_usable_path(*path)) {
-      error = foundation::file_error(ENOENT, path.value_or(""), true);
-      return;
+      return foundation::file_error(ENOENT, path.value_or(""), true);
     }
     const auto location = locate_in_container(*path);
     if (!location || location->inside.empty() || is_lock(location->inside)) {
-      error = foundation::file_error(EINVAL, *path, true);
-      error->text = "Only what is inside a group container can be coordinated.";
-      return;
+      Error error = foundation::file_error(EINVAL, *path, true);
+      error.text = "Only what is inside a group container can be coordinated.";
+      return error;
     }
     Access access;
     if (const int number = access.take(*location)) {
-      error = foundation::file_error(number, *path, true);
-      return;
+      return foundation::file_error(number, *path, true);
     }
     accessor(url);
+    return std::nullopt;
   }
 };
 

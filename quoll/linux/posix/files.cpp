@@ -40,12 +40,9 @@ Error error_of(const Failure& failure, std::string_view path) {
   return error;
 }
 
-/// Reports an `errno` value; 0 is success.
-bool succeeds(int number, std::string_view path, std::optional<Error>& error) {
-  if (number != 0) {
-    error = foundation::file_error(number, path, true);
-  }
-  return number == 0;
+/// The error of an `errno` value; 0 is success.
+std::optional<Error> error_of(int number, std::string_view path) {
+  return number == 0 ? std::nullopt : std::optional(foundation::file_error(number, path, true));
 }
 
 /// The path of a file URL; empty for what has none.
@@ -54,9 +51,11 @@ std::string path_of(const std::shared_ptr<NSURL>& url) {
   return path && is_usable_path(*path) ? *path : std::string();
 }
 
-bool is_folder(const std::string& path) {
+/// What is at a path, links followed; 0 when nothing is there.
+mode_t mode_at(std::string_view path) {
   struct stat status {};
-  return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+  const bool exists = is_usable_path(path) && ::stat(std::string(path).c_str(), &status) == 0;
+  return exists ? status.st_mode : 0;
 }
 
 /// Makes the folder at an absolute path and those above it; answers 0 or an `errno` value.
@@ -66,7 +65,7 @@ int make_folders(const std::string& path, mode_t mode) {
     const std::string folder = path.substr(0, end);
     if (::mkdir(folder.c_str(), mode) != 0) {
       const int number = errno;
-      if (!is_folder(folder)) {
+      if (!S_ISDIR(mode_at(folder))) {
         return number;
       }
     }
@@ -159,35 +158,30 @@ class PosixFiles final : public platform::NSFileManager {
     return make_folders(path, S_IRWXU) == 0 ? NSURL::file_url(path, true) : nullptr;
   }
 
-  bool removeItemAtURL(const std::shared_ptr<NSURL>& url, std::optional<Error>& error) override {
+  std::optional<Error> removeItemAtURL(const std::shared_ptr<NSURL>& url) override {
     const std::string path = path_of(url);
-    return succeeds(remove(path), path, error);
+    return error_of(remove(path), path);
   }
 
-  bool createDirectoryAtURL(const std::shared_ptr<NSURL>& url,
-                            std::optional<Error>& error) override {
+  std::optional<Error> createDirectoryAtURL(const std::shared_ptr<NSURL>& url) override {
     const std::string path = path_of(url);
-    return succeeds(path.empty() ? ENOENT : make_folders(path, 0777), path, error);
+    return error_of(path.empty() ? ENOENT : make_folders(path, 0777), path);
   }
 
-  bool copyItemAtPath(std::string_view source, std::string_view destination,
-                      std::optional<Error>& error) override {
+  std::optional<Error> copyItemAtPath(std::string_view source,
+                                      std::string_view destination) override {
     const auto failure = copy(source, destination);
-    if (failure) {
-      error = error_of(*failure, source);
-      error->user_info.emplace_back("NSDestinationFilePath", std::string(destination));
+    if (!failure) {
+      return std::nullopt;
     }
-    return !failure;
+    Error error = error_of(*failure, source);
+    error.user_info.emplace_back("NSDestinationFilePath", std::string(destination));
+    return error;
   }
 
-  bool fileExistsAtPath(std::string_view path, bool* is_directory) override {
-    struct stat status {};
-    const bool exists = is_usable_path(path) && ::stat(std::string(path).c_str(), &status) == 0;
-    if (is_directory != nullptr) {
-      *is_directory = exists && S_ISDIR(status.st_mode);
-    }
-    return exists;
-  }
+  bool fileExistsAtPath(std::string_view path) override { return mode_at(path) != 0; }
+
+  bool isDirectoryAtPath(std::string_view path) override { return S_ISDIR(mode_at(path)); }
 
   std::optional<std::vector<std::string>> contentsOfDirectoryAtPath(
       std::string_view path) override {
@@ -204,28 +198,28 @@ class PosixFiles final : public platform::NSFileManager {
     return names;
   }
 
-  std::optional<Bytes> contentsAtPath(std::string_view path, std::optional<Error>& error) override {
-    Bytes data;
-    const Outcome failure =
-        is_usable_path(path) ? read_file(std::string(path), data) : Outcome(Failure{ENOENT, false});
+  platform::FileContents contentsAtPath(std::string_view path) override {
+    platform::FileContents contents;
+    const Outcome failure = is_usable_path(path)
+                                ? read_file(std::string(path), std::get<Bytes>(contents))
+                                : Outcome(Failure{ENOENT, false});
     if (failure) {
-      error = error_of(*failure, path);
+      Error& error = contents.emplace<Error>(error_of(*failure, path));
       if (failure->number == EFBIG) {
-        error->code = foundation::NSFileReadTooLargeError;
+        error.code = foundation::NSFileReadTooLargeError;
       }
-      return std::nullopt;
     }
-    return data;
+    return contents;
   }
 
-  bool writeToFile(const Bytes& data, std::string_view path, unsigned options,
-                   std::optional<Error>& error) override {
+  std::optional<Error> writeToFile(const Bytes& data, std::string_view path,
+                                   platform::NSDataWritingOptions options) override {
     if (!is_usable_path(path)) {
-      return succeeds(ENOENT, path, error);
+      return error_of(ENOENT, path);
     }
     const std::string name(path);
-    const bool atomic = (options & platform::NSDataWritingAtomic) != 0;
-    return succeeds(atomic ? replace_file(data, name) : write_file(data, name), path, error);
+    const bool is_atomic = (options & platform::NSDataWritingAtomic) != 0;
+    return error_of(is_atomic ? replace_file(data, name) : write_file(data, name), path);
   }
 
   std::string currentDirectoryPath() override {

@@ -45,9 +45,9 @@ class ProgramBundle final : public platform::NSBundle {
 
 /// Never null.
 std::shared_ptr<Dictionary> read_information(const std::string& file) {
-  std::optional<foundation::Error> ignored;
-  const auto contents = make_file_manager()->contentsAtPath(file, ignored);
-  const auto root = contents ? foundation::read_property_list(*contents) : std::nullopt;
+  const auto contents = make_file_manager()->contentsAtPath(file);
+  const auto* const bytes = std::get_if<foundation::Bytes>(&contents);
+  const auto root = bytes != nullptr ? foundation::read_property_list(*bytes) : std::nullopt;
   auto information = root ? root->as_dictionary() : nullptr;
   return information ? information : std::make_shared<Dictionary>();
 }
