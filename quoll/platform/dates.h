@@ -56,7 +56,8 @@ class Dates {
   Dates& operator=(const Dates&) = delete;
   virtual ~Dates() = default;
 
-  /// Never null.
+  /// Never null. Settings that cannot be had give a formatter that writes nothing and reads
+  /// nothing; the log says why.
   [[nodiscard]] virtual std::shared_ptr<NSDateFormatter> formatter(
       const DateFormatterSettings& settings) = 0;
 };

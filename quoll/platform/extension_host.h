@@ -17,8 +17,9 @@ namespace quoll::platform {
 /// ask.
 class NSItemProvider {
  public:
-  /// Receives the item (a URL, an image object, bytes, or null) and an error. It may run on any
-  /// thread, at the same time as other handlers, and before the load call has returned.
+  /// Receives the item (a URL, an image object, bytes, or null), or the error for which there is
+  /// none. It may run on any thread, at the same time as other handlers, and before the load call
+  /// has returned.
   using CompletionHandler =
       std::function<void(foundation::Value item, const std::optional<foundation::Error>& error)>;
 
@@ -27,10 +28,11 @@ class NSItemProvider {
   NSItemProvider& operator=(const NSItemProvider&) = delete;
   virtual ~NSItemProvider() = default;
 
-  /// `hasItemConformingToTypeIdentifier:`.
+  /// `hasItemConformingToTypeIdentifier:`: see `type_conforms_to`.
   [[nodiscard]] virtual bool hasItemConformingToTypeIdentifier(std::string_view type) const = 0;
 
-  /// `loadItemForTypeIdentifier:options:completionHandler:` without options.
+  /// `loadItemForTypeIdentifier:options:completionHandler:` without options: calls the handler when
+  /// the item is there or cannot be had.
   virtual void loadItemForTypeIdentifier(std::string_view type, CompletionHandler handler) = 0;
 };
 
@@ -57,6 +59,7 @@ class NSExtensionContext {
   NSExtensionContext& operator=(const NSExtensionContext&) = delete;
   virtual ~NSExtensionContext() = default;
 
+  /// What is shared. No item in it is null.
   [[nodiscard]] virtual Items inputItems() const = 0;
   /// `completeRequestReturningItems:completionHandler:`; the handler may be null.
   virtual void completeRequestReturningItems(const Items& items,

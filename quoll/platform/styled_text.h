@@ -71,10 +71,11 @@ class StyledText {
   StyledText& operator=(const StyledText&) = delete;
   virtual ~StyledText() = default;
 
-  /// The text of an HTML document or fragment; null when it cannot be read or is not UTF-8.
+  /// The text of an HTML document or fragment; null when it cannot be read or is not UTF-8. The log
+  /// says why.
   [[nodiscard]] virtual std::shared_ptr<NSAttributedString> from_html(std::string_view html) = 0;
 
-  /// A whole HTML document in UTF-8; none when that fails.
+  /// A whole HTML document in UTF-8; none when that fails. The log says why.
   [[nodiscard]] virtual std::optional<foundation::Bytes> to_html(
       const NSAttributedString& text) = 0;
 };
