@@ -9,17 +9,17 @@
 #include "apps/compose/cannot_compose.h"
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/nsurl.h"
+#include "quoll/foundation/text.h"
 #include "quoll/message/command_launcher.h"
+#include "quoll/message/command_url.h"
 #include "quoll/requestutils/url_query.h"
 
 namespace quoll::compose {
 namespace {
 
-constexpr std::string_view kAttachmentPrefix = "attachment_";
-
 std::uint64_t number_in(std::string_view key) {
   constexpr auto kLast = std::numeric_limits<std::uint64_t>::max();
-  key.remove_prefix(kAttachmentPrefix.size());
+  key.remove_prefix(command_url::attachment_prefix.size());
   std::uint64_t number = 0;
   const auto [end, error] = std::from_chars(key.data(), key.data() + key.size(), number);
   return error == std::errc() && end == key.data() + key.size() ? number : kLast;
@@ -31,7 +31,7 @@ std::vector<std::string> attachments_of(const foundation::NSURL& url) {
   std::vector<std::pair<std::uint64_t, std::string>> numbered;
   const auto parameters = RequestUtils::URLQueryParameters(url.absoluteString());
   for (const auto& [key, value] : *parameters) {
-    if (key.starts_with(kAttachmentPrefix)) {
+    if (key.starts_with(command_url::attachment_prefix)) {
       numbered.emplace_back(number_in(key), text_of_field(value));
     }
   }
@@ -44,12 +44,6 @@ std::vector<std::string> attachments_of(const foundation::NSURL& url) {
   return paths;
 }
 
-bool is_command_scheme(std::string_view scheme) {
-  return std::ranges::equal(scheme, std::string_view("quoll"), {}, [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  });
-}
-
 }  // namespace
 
 std::string text_of_field(const foundation::Value& field) {
@@ -59,7 +53,7 @@ std::string text_of_field(const foundation::Value& field) {
 
 ComposeCommand read_compose_command(std::string_view text) {
   const auto url = foundation::NSURL::URLWithString(text);
-  if (!url || !is_command_scheme(url->scheme().value_or(""))) {
+  if (!url || foundation::ascii_lower_case(url->scheme().value_or("")) != "quoll") {
     throw CannotCompose("this is not a command URL of the form quoll://compose?...");
   }
   const std::string command = url->host().value_or("");

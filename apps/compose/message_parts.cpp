@@ -26,8 +26,7 @@ void set_content(GMimePart* part, GMimeStream* content, GMimeContentEncoding enc
   g_mime_part_set_content_encoding(part, encoding);
 }
 
-// The text with line feeds only. Mail has one kind of line end; a lone carriage return would be
-// shown as a character.
+// Mail has one kind of line break; a lone carriage return would come back as a character.
 std::string with_line_feeds(std::string_view text) {
   std::string out;
   out.reserve(text.size());
@@ -51,37 +50,24 @@ MimeHandle<GMimeObject> text_part(const char* subtype, const std::string& text) 
   return MimeHandle<GMimeObject>(GMIME_OBJECT(part.release()));
 }
 
-/// The length of a text without a character at its end that may be cut.
-std::size_t whole_characters(std::string_view text) {
-  std::size_t start = text.size();
-  while (start > 0 && text.size() - start < 3 &&
-         (static_cast<unsigned char>(text[start - 1]) & 0xC0U) == 0x80) {
-    --start;
-  }
-  const bool begins_one =
-      start > 0 && (static_cast<unsigned char>(text[start - 1]) & 0xC0U) == 0xC0;
-  return begins_one ? start - 1 : text.size();
-}
-
 bool is_utf8_file(int file) {
   std::string block;
   std::string buffer(std::size_t{1} << 16U, '\0');
   ssize_t size = 0;
   for (off_t at = 0; (size = pread(file, buffer.data(), buffer.size(), at)) > 0; at += size) {
     block.append(buffer, 0, static_cast<std::size_t>(size));
-    const std::size_t whole = whole_characters(block);
-    if (!foundation::is_utf8(std::string_view(block).substr(0, whole))) {
+    const std::string_view whole = foundation::whole_characters(block);
+    if (!foundation::is_utf8(whole)) {
       return false;
     }
-    block.erase(0, whole);
+    block.erase(0, whole.size());
   }
   return foundation::is_utf8(block);
 }
 
-// The type of a file, by its name and its first bytes. A text that is not UTF-8 is sent as bytes:
-// its encoding is not known, and a mail client that guesses it changes the text. Messages and
-// multiparts are sent as bytes too, since mail does not allow to encode them, and only encoding
-// keeps their bytes.
+// By the name and the first bytes. A text that is not UTF-8 has no name of its encoding here, and a
+// mail client that guesses one writes the text anew, so it goes as the bytes that it is. Messages
+// and multiparts may not be encoded, and an encoded one is what keeps its bytes.
 std::string content_type(const std::string& name, int file) {
   constexpr const char* kAnyBytes = "application/octet-stream";
   std::array<unsigned char, 4096> head{};
@@ -101,7 +87,7 @@ std::string content_type(const std::string& name, int file) {
 
 }  // namespace
 
-// The name goes into a header, where GMime does not encode a line feed, and is read by people.
+// A name is written into a header, where the library lets a line feed through, and read by people.
 std::string with_control_pictures(const std::string& name) {
   std::string out;
   for (const char c : name) {
@@ -152,7 +138,7 @@ MimeHandle<GMimeObject> attachment_part(const TakenFile& file) {
                                                   std::to_string(status.st_size).c_str());
   const MimeHandle<GMimeStream> content(g_mime_stream_fs_new(fd.release()));
   set_content(part.get(), content.get(), GMIME_CONTENT_ENCODING_BASE64);
-  static_cast<void>(part.release());  // `object` owns it now
+  static_cast<void>(part.release());  // `object` is the same
   return MimeHandle<GMimeObject>(object);
 }
 

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "quoll/foundation/text.h"
+#include "quoll/foundation/unicode.h"
 
 namespace quoll::compose {
 namespace {
@@ -38,32 +39,14 @@ bool is_white(char c) {
   return kWhite.find(c) != std::string_view::npos;
 }
 
-char lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 template <typename Names>
 bool is_one_of(const Names& names, std::string_view name) {
   return std::ranges::find(names, name) != names.end();
 }
 
 std::string utf8(std::uint32_t code) {
-  const auto tail = [&](unsigned shift) {
-    return static_cast<char>(0x80U | ((code >> shift) & 0x3FU));
-  };
-  if (code == 0 || code > 0x10FFFF || (code >= 0xD800 && code < 0xE000)) {
-    return "\uFFFD";
-  }
-  if (code < 0x80) {
-    return {static_cast<char>(code)};
-  }
-  if (code < 0x800) {
-    return {static_cast<char>(0xC0U | (code >> 6U)), tail(0)};
-  }
-  if (code < 0x10000) {
-    return {static_cast<char>(0xE0U | (code >> 12U)), tail(6), tail(0)};
-  }
-  return {static_cast<char>(0xF0U | (code >> 18U)), tail(12), tail(6), tail(0)};
+  std::string text;
+  return code != 0 && foundation::append_character(text, code) ? text : "\uFFFD";
 }
 
 /// The character for `&name;` or `&#number;`; empty when it is unknown.
@@ -179,9 +162,7 @@ Tag tag_of(std::string_view inside) {
   tag.closing = inside.starts_with('/');
   inside.remove_prefix(tag.closing ? 1 : 0);
   const auto end = std::min(inside.find_first_of(" \t\n\r\f/"), inside.size());
-  for (const char c : inside.substr(0, end)) {
-    tag.name += lower(c);
-  }
+  tag.name = foundation::ascii_lower_case(inside.substr(0, end));
   tag.attributes = inside.substr(end);
   return tag;
 }
@@ -214,7 +195,7 @@ std::string address_in(std::string_view attributes) {
     attributes.remove_prefix(quoted ? 1 : 0);
     const auto value = taken_until(attributes, end);
     attributes.remove_prefix(quoted && !attributes.empty() ? 1 : 0);
-    if (std::ranges::equal(name, std::string_view("href"), {}, lower)) {
+    if (foundation::ascii_lower_case(name) == "href") {
       return decoded(value);
     }
   }

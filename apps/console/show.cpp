@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <iostream>
@@ -14,6 +13,8 @@
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/nsurl.h"
 #include "quoll/foundation/printable.h"
+#include "quoll/foundation/text.h"
+#include "quoll/message/command_url.h"
 #include "quoll/message/extension_message.h"
 #include "quoll/requestutils/url_query.h"
 
@@ -31,16 +32,8 @@ std::string excerpt(std::string_view body) {
   const std::size_t begin = std::min(body.find_first_not_of(" \t\r\n"), body.size());
   body.remove_prefix(begin);
   std::string_view line = body.substr(0, body.find_first_of("\r\n"));
-  bool more = line.size() < body.size();
-  if (line.size() > kLongest) {
-    std::size_t cut = kLongest;
-    while (cut > 0 && (static_cast<unsigned char>(line[cut]) & 0xC0) == 0x80) {
-      --cut;
-    }
-    line = line.substr(0, cut);
-    more = true;
-  }
-  return std::string(line) + (more ? " ..." : "");
+  line = foundation::whole_characters(line, kLongest);
+  return std::string(line) + (line.size() < body.size() ? " ..." : "");
 }
 
 Json attachment(const Value& path) {
@@ -59,13 +52,10 @@ Json attachment(const Value& path) {
 
 /// The parameters that do not belong to a message, for instance those of "archive".
 Json other_parameters(const NSURL& url) {
-  constexpr std::array<std::string_view, 8> kKnown{"from",      "account", "subject", "htmlBody",
-                                                   "plainBody", "to",      "cc",      "bcc"};
   Json others = Json::object();
   const auto parameters = RequestUtils::URLQueryParameters(url.absoluteString());
   for (const auto& [key, value] : *parameters) {
-    if (std::find(kKnown.begin(), kKnown.end(), key) == kKnown.end() &&
-        !key.starts_with("attachment_")) {
+    if (!command_url::is_message_key(key)) {
       console::append(others, key, console::write_value(value));
     }
   }

@@ -7,6 +7,7 @@
 #include <climits>
 #include <string_view>
 
+#include "quoll/foundation/text.h"
 #include "quoll/linux/gio/handles.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/unique_fd.h"
@@ -99,11 +100,7 @@ Complaint take_descriptor(GVariant* value, GUnixFDList* descriptors, posix::Uniq
 
 /// The type without its parameters, in small letters.
 std::string plain_media_type(std::string type) {
-  type.resize(std::min(type.find(';'), type.size()));
-  for (char& c : type) {
-    c = g_ascii_tolower(c);
-  }
-  return type;
+  return foundation::ascii_lower_case(std::string_view(type).substr(0, type.find(';')));
 }
 
 Complaint take_item(GVariant* given, GUnixFDList* descriptors, share::DescriptorItem& item) {

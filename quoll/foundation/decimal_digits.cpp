@@ -5,7 +5,7 @@
 #include <iterator>
 #include <optional>
 
-#include "quoll/foundation/text.h"
+#include "quoll/foundation/unicode.h"
 
 namespace quoll::foundation {
 
@@ -42,36 +42,19 @@ std::optional<std::string_view> ascii_for(std::uint32_t character) {
   return value < kDigits.size() ? std::optional(kDigits.substr(value, 1)) : std::nullopt;
 }
 
-/// The bytes that a character takes which begins with this one.
-std::size_t length_from(unsigned char lead) {
-  return lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-}
-
-/// A well-formed character as its number.
-std::uint32_t number_of(std::string_view character) {
-  constexpr unsigned kLeadBits[] = {0, 0x7F, 0x1F, 0x0F, 0x07};
-  std::uint32_t number = 0;
-  unsigned bits = kLeadBits[character.size()];
-  for (const char byte : character) {
-    number = number << 6U | (static_cast<unsigned char>(byte) & bits);
-    bits = 0x3F;
-  }
-  return number;
-}
-
 }  // namespace
 
 std::string ascii_number(std::string_view text) {
   std::string out;
   while (!text.empty()) {
-    std::string_view character = text.substr(0, length_from(static_cast<unsigned char>(text[0])));
-    if (!is_utf8(character)) {
-      character = text.substr(0, 1);
-      out += character;
+    const std::string_view character = first_character(text);
+    if (character.empty()) {
+      out += text.front();
+      text.remove_prefix(1);
     } else {
-      out += ascii_for(number_of(character)).value_or(character);
+      out += ascii_for(character_of(character)).value_or(character);
+      text.remove_prefix(character.size());
     }
-    text.remove_prefix(character.size());
   }
   return out;
 }

@@ -7,6 +7,7 @@
 #include "quoll/foundation/number_text.h"
 #include "quoll/foundation/path.h"
 #include "quoll/foundation/percent.h"
+#include "quoll/foundation/text.h"
 
 namespace quoll::foundation {
 
@@ -141,9 +142,7 @@ std::optional<std::int64_t> NSURL::port() const {
 
 bool NSURL::isFileURL() const {
   const UrlPiece scheme = parts_.scheme;
-  constexpr std::string_view kFile = "file";
-  return scheme && std::equal(scheme->begin(), scheme->end(), kFile.begin(), kFile.end(),
-                              [](char a, char b) { return (a | 0x20) == b; });
+  return scheme && ascii_lower_case(*scheme) == "file";
 }
 
 bool NSURL::isEqual(const Object* other) const {

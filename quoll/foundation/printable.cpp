@@ -51,22 +51,11 @@ std::string escape(unsigned code) {
   return out.data();
 }
 
-/// The first `longest` bytes or a little less: no character is cut.
-std::string_view cut(std::string_view text, std::size_t longest) {
-  if (text.size() <= longest) {
-    return text;
-  }
-  while (longest > 0 && (byte_at(text, longest) & 0xC0U) == 0x80U) {
-    --longest;
-  }
-  return text.substr(0, longest);
-}
-
 }  // namespace
 
 std::string printable(std::string_view bytes, std::size_t longest) {
   // Nothing gets shorter, so what is beyond need not be looked at.
-  const std::string text = utf8_with_escapes(cut(bytes, longest));
+  const std::string text = utf8_with_escapes(whole_characters(bytes, longest));
   std::string out;
   out.reserve(text.size());
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -81,7 +70,7 @@ std::string printable(std::string_view bytes, std::size_t longest) {
   if (bytes.size() <= longest && out.size() <= longest) {
     return out;
   }
-  return std::string(cut(out, longest - kCut.size())).append(kCut);
+  return std::string(whole_characters(out, longest - kCut.size())).append(kCut);
 }
 
 }  // namespace quoll::foundation

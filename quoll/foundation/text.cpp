@@ -7,6 +7,7 @@
 
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/percent.h"
+#include "quoll/foundation/unicode.h"
 #include "quoll/foundation/utf8_state.h"
 
 namespace quoll::foundation {
@@ -59,42 +60,23 @@ bool is_continuation(std::string_view text, std::size_t position) {
   return (byte_at(text, position) & 0xC0U) == 0x80U;
 }
 
-bool is_white_space(std::uint32_t c) {
+bool is_white_space(char32_t c) {
   return (c >= 0x09 && c <= 0x0D) || c == 0x20 || c == 0x85 || c == 0xA0 || c == 0x1680 ||
          (c >= 0x2000 && c <= 0x200A) || c == 0x2028 || c == 0x2029 || c == 0x202F || c == 0x205F ||
          c == 0x3000;
 }
 
-/// The character of `length` bytes at `position`; the bytes are well-formed, and no white space
-/// needs more than three of them.
-std::uint32_t character_at(std::string_view text, std::size_t position, std::size_t length) {
-  const unsigned lead = byte_at(text, position);
-  if (length == 2) {
-    return (lead & 0x1FU) << 6U | (byte_at(text, position + 1) & 0x3FU);
-  }
-  if (length == 3) {
-    return (lead & 0x0FU) << 12U | (byte_at(text, position + 1) & 0x3FU) << 6U |
-           (byte_at(text, position + 2) & 0x3FU);
-  }
-  return lead;
-}
-
-/// The bytes of the white space character at `position`, 0 when there is none.
-std::size_t white_space_at(std::string_view text, std::size_t position) {
-  const unsigned lead = byte_at(text, position);
-  const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : 3;
-  const std::string_view character = text.substr(position, length);
-  return character.size() == length && is_utf8(character) &&
-                 is_white_space(character_at(text, position, length))
-             ? length
-             : 0;
+/// The bytes of the white space character at the beginning, 0 when there is none.
+std::size_t leading_white_space(std::string_view text) {
+  const std::string_view character = first_character(text);
+  return !character.empty() && is_white_space(character_of(character)) ? character.size() : 0;
 }
 
 std::size_t trailing_white_space(std::string_view text) {
   for (std::size_t back = 1; back <= 3 && back <= text.size(); ++back) {
     const std::size_t position = text.size() - back;
     if (!is_continuation(text, position)) {
-      return white_space_at(text, position) == back ? back : 0;
+      return leading_white_space(text.substr(position)) == back ? back : 0;
     }
   }
   return 0;
@@ -113,11 +95,7 @@ std::string_view substring(std::string_view text, Range range) {
 }
 
 std::string_view trim_leading(std::string_view text) {
-  while (!text.empty()) {
-    const std::size_t length = white_space_at(text, 0);
-    if (length == 0) {
-      break;
-    }
+  while (const std::size_t length = leading_white_space(text)) {
     text.remove_prefix(length);
   }
   return text;
@@ -129,6 +107,27 @@ std::string_view trim(std::string_view text) {
     text.remove_suffix(length);
   }
   return text;
+}
+
+std::string_view whole_characters(std::string_view text, std::size_t length) {
+  if (text.size() <= length) {
+    return text;
+  }
+  while (length > 0 && is_continuation(text, length)) {
+    --length;
+  }
+  return text.substr(0, length);
+}
+
+std::string_view whole_characters(std::string_view piece) {
+  constexpr std::size_t kLongest = 4;
+  std::size_t start = piece.size();
+  while (start > 0 && piece.size() - start < kLongest && is_continuation(piece, start - 1)) {
+    --start;
+  }
+  const bool goes_on =
+      start > 0 && piece.size() - start + 1 < length_of_character(piece[start - 1]);
+  return goes_on ? piece.substr(0, start - 1) : piece;
 }
 
 bool is_utf8(std::string_view bytes) {

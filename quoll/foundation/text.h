@@ -24,6 +24,24 @@ struct Range {
 /// The same at the front only.
 [[nodiscard]] std::string_view trim_leading(std::string_view text);
 
+/// A to Z become a to z; every other byte stays, whatever the locale is.
+[[nodiscard]] constexpr char ascii_lower_case(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+[[nodiscard]] inline std::string ascii_lower_case(std::string_view text) {
+  std::string out(text);
+  for (char& c : out) {
+    c = ascii_lower_case(c);
+  }
+  return out;
+}
+
+/// The first `length` bytes of a text, or a few less so that no character is cut. The result points
+/// into `text`.
+[[nodiscard]] std::string_view whole_characters(std::string_view text, std::size_t length);
+/// A piece that was cut off a text, without the last character when that goes on behind the cut.
+[[nodiscard]] std::string_view whole_characters(std::string_view piece);
+
 /// True when the bytes are well-formed UTF-8: no overlong forms, no surrogates, nothing above
 /// U+10FFFF.
 [[nodiscard]] bool is_utf8(std::string_view bytes);

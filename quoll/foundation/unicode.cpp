@@ -1,5 +1,7 @@
 #include "quoll/foundation/unicode.h"
 
+#include "quoll/foundation/text.h"
+
 namespace quoll::foundation {
 
 namespace {
@@ -9,6 +11,27 @@ char continuation(char32_t character, unsigned shift) {
 }
 
 }  // namespace
+
+std::size_t length_of_character(char lead) {
+  const auto byte = static_cast<unsigned char>(lead);
+  return byte < 0xC0 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+}
+
+std::string_view first_character(std::string_view text) {
+  const std::string_view bytes =
+      text.substr(0, text.empty() ? 0 : length_of_character(text.front()));
+  return is_utf8(bytes) ? bytes : std::string_view();
+}
+
+char32_t character_of(std::string_view bytes) {
+  // Of the first byte, one bit less for each byte and one more, but for a byte that is alone.
+  auto character = static_cast<char32_t>(static_cast<unsigned char>(bytes.front()));
+  character &= bytes.size() == 1 ? 0x7FU : 0x7FU >> bytes.size();
+  for (const char byte : bytes.substr(1)) {
+    character = character << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
+  }
+  return character;
+}
 
 bool append_character(std::string& out, char32_t character) {
   if (character < 0x80) {

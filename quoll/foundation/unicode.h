@@ -1,11 +1,22 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 
 /// Characters by their numbers, and text that comes in the other encoding of Unicode.
 namespace quoll::foundation {
+
+/// The bytes of the character with which a text begins; none when it begins with no well-formed
+/// one.
+[[nodiscard]] std::string_view first_character(std::string_view text);
+
+/// The number of the character that these bytes are. They are one well-formed character.
+[[nodiscard]] char32_t character_of(std::string_view bytes);
+
+/// How many bytes a character has that begins with this one; 1 when no character does.
+[[nodiscard]] std::size_t length_of_character(char lead);
 
 /// Appends the character as UTF-8. False, and nothing appended, for what is no character: half of a
 /// surrogate pair, or a number above U+10FFFF.

@@ -3,27 +3,12 @@
 #include <algorithm>
 #include <iterator>
 
-#include "quoll/foundation/text.h"
 #include "quoll/foundation/unicode.h"
 #include "quoll/foundation/upper_case_table.h"
 
 namespace quoll::foundation {
 
 namespace {
-
-std::size_t length_after(unsigned char lead) {
-  return lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-}
-
-/// The character that two to four well-formed bytes stand for.
-char32_t character_of(std::string_view bytes) {
-  const auto lead = static_cast<unsigned char>(bytes.front());
-  char32_t character = lead & (0x7FU >> bytes.size());
-  for (const char c : bytes.substr(1)) {
-    character = character << 6U | (static_cast<unsigned char>(c) & 0x3FU);
-  }
-  return character;
-}
 
 void append_upper_case(std::string& out, char32_t character) {
   const auto* text = std::lower_bound(
@@ -48,19 +33,16 @@ void append_upper_case(std::string& out, char32_t character) {
 std::string upper_case(std::string_view text) {
   std::string out;
   while (!text.empty()) {
-    const std::string_view bytes =
-        text.substr(0, length_after(static_cast<unsigned char>(text.front())));
-    const char first = bytes.front();
+    const char first = text.front();
+    const std::string_view character = first_character(text);
     if (first >= 'a' && first <= 'z') {
       out += static_cast<char>(first - 'a' + 'A');
-      text.remove_prefix(1);
-    } else if (bytes.size() == 1 || !is_utf8(bytes)) {
-      out += first;
-      text.remove_prefix(1);
+    } else if (character.size() > 1) {
+      append_upper_case(out, character_of(character));
     } else {
-      append_upper_case(out, character_of(bytes));
-      text.remove_prefix(bytes.size());
+      out += first;
     }
+    text.remove_prefix(std::max<std::size_t>(character.size(), 1));
   }
   return out;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "quoll/foundation/format.h"
+#include "quoll/foundation/text.h"
 
 namespace quoll::foundation {
 
@@ -10,7 +11,7 @@ namespace {
 
 /// Names of header fields are ASCII; other bytes are themselves.
 unsigned char folded(char c) {
-  return static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+  return static_cast<unsigned char>(ascii_lower_case(c));
 }
 
 }  // namespace

@@ -1,3 +1,6 @@
+#include "quoll/message/command_url.h"
+
+#include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
@@ -16,8 +19,6 @@ using foundation::Dictionary;
 using foundation::List;
 using foundation::NSURL;
 using foundation::Value;
-
-constexpr std::string_view kAttachmentPrefix = "attachment_";
 
 struct TextKey {
   std::string_view key;
@@ -83,7 +84,8 @@ void add_attachments(const std::shared_ptr<List>& attachments, Dictionary& param
   std::size_t index = 0;
   for (const Value& attachment : Value(attachments).list()) {
     if (is_attachment(attachment)) {
-      parameters.setObject(attachment_path(attachment), foundation::format("attachment_%@", index));
+      parameters.setObject(attachment_path(attachment),
+                           std::string(command_url::attachment_prefix) + std::to_string(index));
     }
     ++index;
   }
@@ -102,12 +104,18 @@ void read_parameter(ExtensionMessage& message, std::string_view key, const Value
       return;
     }
   }
-  if (key.starts_with(kAttachmentPrefix)) {
+  if (key.starts_with(command_url::attachment_prefix)) {
     message.attachments()->addObject(value);
   }
 }
 
 }  // namespace
+
+bool command_url::is_message_key(std::string_view key) {
+  return key.starts_with(attachment_prefix) ||
+         std::ranges::find(text_keys, key, &TextKey::key) != text_keys.end() ||
+         std::ranges::find(recipient_keys, key, &RecipientKey::key) != recipient_keys.end();
+}
 
 std::shared_ptr<NSURL> ExtensionMessage::queryUrl(std::string_view command) const {
   // Load handlers that answer late may still append to the lists.

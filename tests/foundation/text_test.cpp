@@ -9,6 +9,26 @@
 namespace quoll::foundation {
 namespace {
 
+TEST(WholeCharacters, NoneIsCut) {
+  const std::string text = "a\u00E9\u6F22\U0001F600z";  // one to four bytes, and one
+  const std::size_t ends[] = {0, 1, 1, 3, 3, 3, 6, 6, 6, 6, 10, 11, 11};
+  for (std::size_t length = 0; length < std::size(ends); ++length) {
+    EXPECT_EQ(whole_characters(text, length), text.substr(0, ends[length])) << length;
+    EXPECT_EQ(whole_characters(text.substr(0, length)), text.substr(0, ends[length])) << length;
+  }
+}
+
+TEST(WholeCharacters, OtherBytesStandForThemselves) {
+  EXPECT_EQ(whole_characters("a\xFF"), "a") << "it may begin one";
+  EXPECT_EQ(whole_characters("a\x80\x80"), "a\x80\x80") << "they belong to none";
+  EXPECT_EQ(whole_characters(std::string_view("\x80\x80\x80\x80\x80", 5)).size(), 5U);
+  EXPECT_EQ(whole_characters(""), "");
+}
+
+TEST(AsciiLowerCase, OtherBytesStay) {
+  EXPECT_EQ(ascii_lower_case("AZaz@[`{09\u00C9"), "azaz@[`{09\u00C9");
+}
+
 TEST(Substring, AnswersThePiece) {
   EXPECT_EQ(substring("abcdef", {1, 3}), "bcd");
   EXPECT_EQ(substring("abc", {3, 0}), "");

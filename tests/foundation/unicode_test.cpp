@@ -75,5 +75,17 @@ TEST(Utf8OfUtf16, ReadsBothOrders) {
   }
 }
 
+TEST(FirstCharacter, IsTheOneThatAppendingMakes) {
+  for (const char32_t character : {U'\0', U'a', U'\u00E9', U'\u6F22', U'\U0001F600'}) {
+    std::string text;
+    ASSERT_TRUE(append_character(text, character));
+    EXPECT_EQ(first_character(text + "rest"), text);
+    EXPECT_EQ(character_of(text), character);
+  }
+  for (const char* none : {"", "\x80", "\xC3", "\xC3z", "\xE0\x80\x80", "\xFF"}) {
+    EXPECT_EQ(first_character(none), "") << none;
+  }
+}
+
 }  // namespace
 }  // namespace quoll::foundation

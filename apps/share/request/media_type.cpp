@@ -34,21 +34,6 @@ constexpr std::array kEndings{
     Ending{"video/webm", "webm"},       Ending{"message/rfc822", "eml"},
 };
 
-/// Without a last character that the cut at the end of the beginning may have broken.
-std::string_view whole_characters(std::string_view beginning) {
-  constexpr std::size_t kLongestCharacter = 4;
-  for (std::size_t cut = 1; cut < kLongestCharacter && cut <= beginning.size(); ++cut) {
-    const auto byte = static_cast<unsigned char>(beginning[beginning.size() - cut]);
-    if (byte >= 0xC0) {
-      return beginning.substr(0, beginning.size() - cut);
-    }
-    if (byte < 0x80) {
-      break;
-    }
-  }
-  return beginning;
-}
-
 }  // namespace
 
 std::string_view extension_of_media_type(std::string_view media_type) {
@@ -70,9 +55,8 @@ std::string_view media_type_of_bytes(std::string_view beginning) {
   if (beginning.starts_with("\x1F\x8B")) {
     return "application/gzip";
   }
-  const bool is_text =
-      beginning.find('\0') == std::string_view::npos &&
-      (foundation::is_utf8(beginning) || foundation::is_utf8(whole_characters(beginning)));
+  const bool is_text = beginning.find('\0') == std::string_view::npos &&
+                       foundation::is_utf8(foundation::whole_characters(beginning));
   return is_text ? "text/plain" : "";
 }
 

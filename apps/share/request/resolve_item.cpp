@@ -20,16 +20,6 @@ namespace {
 
 using foundation::NSURL;
 
-char small_letter(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
-std::string small_letters(std::string_view text) {
-  std::string out(text);
-  std::transform(out.begin(), out.end(), out.begin(), small_letter);
-  return out;
-}
-
 bool is_space(char c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
 }
@@ -70,7 +60,7 @@ ResolvedItem resolve_file(std::string_view path) {
 }
 
 bool is_this_machine(std::string_view host) {
-  const std::string wanted = small_letters(host);
+  const std::string wanted = foundation::ascii_lower_case(host);
   std::array<char, 256> name{};
   if (wanted.empty() || wanted == "localhost") {
     return true;
@@ -78,7 +68,7 @@ bool is_this_machine(std::string_view host) {
   if (gethostname(name.data(), name.size() - 1) != 0) {
     return false;
   }
-  const std::string own = small_letters(name.data());
+  const std::string own = foundation::ascii_lower_case(name.data());
   return wanted == own || wanted == own.substr(0, own.find('.'));
 }
 
@@ -154,7 +144,9 @@ std::optional<std::string> why_not_shareable(const std::string& path) {
 }
 
 std::optional<std::string> link_scheme(std::string_view text) {
-  const auto is_letter = [](char c) { return small_letter(c) >= 'a' && small_letter(c) <= 'z'; };
+  const auto is_letter = [](char c) {
+    return foundation::ascii_lower_case(c) >= 'a' && foundation::ascii_lower_case(c) <= 'z';
+  };
   const auto in_scheme = [&](char c) {
     return is_letter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
   };
@@ -165,7 +157,7 @@ std::optional<std::string> link_scheme(std::string_view text) {
       is_space(text[length + 1])) {
     return std::nullopt;
   }
-  return small_letters(text.substr(0, length));
+  return foundation::ascii_lower_case(text.substr(0, length));
 }
 
 ResolvedItem resolve_item(std::string_view given) {
@@ -188,7 +180,7 @@ ResolvedItem resolve_item(std::string_view given) {
   if (scheme) {
     return resolve_link(text);
   }
-  if (small_letters(text.substr(0, 4)) == "www." && text.size() > 4 &&
+  if (foundation::ascii_lower_case(text.substr(0, 4)) == "www." && text.size() > 4 &&
       std::none_of(text.begin(), text.end(), is_space)) {
     return resolve_link("http://" + std::string(text));
   }

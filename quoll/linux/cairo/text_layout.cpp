@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "quoll/foundation/text.h"
 #include "quoll/linux/cairo/handles.h"
 #include "quoll/linux/cairo/matrix.h"
 
@@ -60,17 +61,6 @@ Handle<PangoLayout> make_layout(cairo_t* drawing, double width, double font_size
   return layout;
 }
 
-/// The first `length` bytes of a text, or a few less so that no character is cut.
-std::string_view piece_of(std::string_view text, std::size_t length) {
-  const auto continues = [](char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-  };
-  while (length < text.size() && continues(text[length])) {
-    --length;
-  }
-  return text.substr(0, length);
-}
-
 /// Where the drawn lines end: their length in the text, and their height.
 struct End {
   std::size_t bytes = 0;
@@ -115,7 +105,7 @@ void draw_lines(cairo_t* drawing, std::string_view text, double width, double fo
   double height = 0;
   std::size_t length = kFirstPiece;
   while (!rest.empty() && height < bottom) {
-    const std::string_view piece = piece_of(rest, length);
+    const std::string_view piece = foundation::whole_characters(rest, length);
     const bool last = piece.size() == rest.size();
     pango_layout_set_text(layout.get(), piece.data(), static_cast<int>(piece.size()));
     if (!last && pango_layout_get_line_count(layout.get()) < 2) {

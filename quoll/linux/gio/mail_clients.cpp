@@ -37,11 +37,11 @@ constexpr std::array kKnown{
 
 DraftWay way_of(GAppInfo* entry) {
   const std::string program = text_of(g_app_info_get_executable(entry));
-  const std::string names = text_of(g_app_info_get_id(entry)) + "/" +
-                            std::string(foundation::last_path_component(program));
-  const TextHandle small(g_ascii_strdown(names.c_str(), -1));
+  const std::string names =
+      foundation::ascii_lower_case(text_of(g_app_info_get_id(entry)) + "/" +
+                                   std::string(foundation::last_path_component(program)));
   const auto* const known = std::ranges::find_if(
-      kKnown, [&](const Known& one) { return std::strstr(small.get(), one.part) != nullptr; });
+      kKnown, [&](const Known& one) { return names.find(one.part) != std::string::npos; });
   return known != kKnown.end() ? known->way : DraftWay::kNone;
 }
 

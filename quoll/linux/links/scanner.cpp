@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "quoll/foundation/text.h"
 #include "quoll/linux/links/address_text.h"
 #include "quoll/linux/links/byte_classes.h"
 #include "quoll/linux/links/marks.h"
@@ -11,16 +12,6 @@
 namespace quoll::links {
 
 namespace {
-
-char lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-std::string lower(std::string_view text) {
-  std::string out(text);
-  std::transform(out.begin(), out.end(), out.begin(), [](char c) { return lower(c); });
-  return out;
-}
 
 /// File name extensions that are top-level domains too.
 bool is_file_ending(std::string_view label) {
@@ -157,7 +148,7 @@ std::size_t Scanner::scheme_begin(std::size_t begin, std::size_t end) const {
          (is(text_[first - 1], kAlphanumeric) || is_one_of(text_[first - 1], "+-."))) {
     --first;
   }
-  const std::string scheme = lower(piece(first, end));
+  const std::string scheme = foundation::ascii_lower_case(piece(first, end));
   return scheme == "http" || scheme == "https" || scheme == "ftp" ? first : end;
 }
 
@@ -237,7 +228,7 @@ std::optional<Domain> Scanner::domain(std::string_view name) const {
     rest.remove_prefix(dot + 1);
     ++labels;
   }
-  std::string top_level = lower(rest);
+  std::string top_level = foundation::ascii_lower_case(rest);
   if (!is_label(rest) || !ask_.is_top_level_domain(top_level)) {
     return std::nullopt;
   }
@@ -277,7 +268,8 @@ std::size_t Scanner::take_name(std::size_t begin, std::size_t end) {
 
 bool Scanner::reads_like_a_file(const Domain& name, std::size_t name_end) const {
   return name.labels == 2 && is_file_ending(name.top_level) &&
-         !lower(name.text).starts_with("www.") && at(port_end(name_end)) != '/';
+         !foundation::ascii_lower_case(name.text).starts_with("www.") &&
+         at(port_end(name_end)) != '/';
 }
 
 std::size_t Scanner::port_end(std::size_t position) const {

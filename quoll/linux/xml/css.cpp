@@ -7,6 +7,8 @@
 #include <string>
 #include <utility>
 
+#include "quoll/foundation/text.h"
+
 namespace quoll::xml {
 namespace {
 
@@ -14,14 +16,6 @@ constexpr std::string_view kWhite = " \t\n\f\r";
 constexpr double kDefaultSize = 12;
 constexpr double kLargestSize = 1638;
 constexpr std::size_t kLongestFamily = 100;
-
-std::string lower(std::string_view text) {
-  std::string result(text);
-  std::ranges::transform(result, result.begin(), [](char byte) {
-    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
-  });
-  return result;
-}
 
 /// The number at the beginning of `text`, and the rest of the text; none when there is no number.
 std::optional<std::pair<double, std::string_view>> leading_number(std::string_view text) {
@@ -120,7 +114,7 @@ double css_size(const std::string& value, double current) {
 
 void declare(Inherited& inherited, std::string_view property, std::string_view raw) {
   Look& look = inherited.look;
-  const std::string value = lower(raw);
+  const std::string value = foundation::ascii_lower_case(raw);
   const auto has = [&value](std::string_view word) {
     return value.find(word) != std::string::npos;
   };
@@ -196,15 +190,17 @@ void apply_style(Inherited& inherited, std::string_view style) {
     }
     std::string_view value = trim_ascii(declaration.substr(colon + 1));
     if (const auto important = value.rfind('!');
-        important != std::string_view::npos && lower(value.substr(important)) == "!important") {
+        important != std::string_view::npos &&
+        foundation::ascii_lower_case(value.substr(important)) == "!important") {
       value = trim_ascii(value.substr(0, important));
     }
-    declare(inherited, lower(trim_ascii(declaration.substr(0, colon))), value);
+    declare(inherited, foundation::ascii_lower_case(trim_ascii(declaration.substr(0, colon))),
+            value);
   }
 }
 
 std::optional<std::uint32_t> parse_colour(std::string_view text) {
-  const std::string value = lower(trim_ascii(text));
+  const std::string value = foundation::ascii_lower_case(trim_ascii(text));
   if (value.starts_with('#')) {
     return hexadecimal_colour(std::string_view(value).substr(1));
   }

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string_view>
+
+/// The query of a command URL.
+namespace quoll::command_url {
+
+/// How the keys of attachments begin; a number follows. An attachment's value is its path.
+inline constexpr std::string_view attachment_prefix = "attachment_";
+
+/// True for the keys that a message is read from.
+[[nodiscard]] bool is_message_key(std::string_view key);
+
+}  // namespace quoll::command_url
