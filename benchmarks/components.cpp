@@ -17,12 +17,12 @@
 namespace {
 
 struct Quoll {
-  using Components = std::shared_ptr<quoll::foundation::Dictionary>;
+  using Components = quoll::foundation::Dictionary;
   static Components take_apart(const std::string& text) {
     return quoll::RequestUtils::components(*quoll::foundation::NSURL::URLWithString(text));
   }
   static std::string build(const Components& components) {
-    return quoll::RequestUtils::URLWithComponents(*components)->absoluteString();
+    return quoll::RequestUtils::URLWithComponents(components)->absoluteString();
   }
 };
 

@@ -23,28 +23,25 @@ using quoll::foundation::List;
 using quoll::foundation::Value;
 
 Value alias(const std::string& number) {
-  return std::make_shared<Dictionary>(
-      std::initializer_list<Dictionary::Entry>{{"mail", "alias" + number + "@mail.example.org"},
-                                               {"name", "R\xC3\xA9my & S\xC3\xB8n " + number},
-                                               {"account", "user" + number + "@example.org"}});
+  return Dictionary{{"mail", "alias" + number + "@mail.example.org"},
+                    {"name", "R\xC3\xA9my & S\xC3\xB8n " + number},
+                    {"account", "user" + number + "@example.org"}};
 }
 
 Value account(int number) {
   const std::string text = std::to_string(number);
-  return std::make_shared<Dictionary>(std::initializer_list<Dictionary::Entry>{
-      {"mail", "user" + text + "@example.org"},
-      {"name", "A believable name of number " + text},
-      {"type", number % 7},
-      {"enabled", number % 3 != 0},
-      {"aliases",
-       std::make_shared<List>(std::initializer_list<Value>{alias(text), alias(text + "b")})}});
+  return Dictionary{{"mail", "user" + text + "@example.org"},
+                    {"name", "A believable name of number " + text},
+                    {"type", number % 7},
+                    {"enabled", number % 3 != 0},
+                    {"aliases", List{alias(text), alias(text + "b")}}};
 }
 
 std::string accounts(PropertyListForm form) {
   constexpr int kAccounts = 10'000;
-  auto list = std::make_shared<List>();
+  List list;
   for (int number = 0; number < kAccounts; ++number) {
-    list->addObject(account(number));
+    list.addObject(account(number));
   }
   return quoll::console::write_property_list(list, form);
 }

@@ -63,12 +63,12 @@ fs::path staging() {
 }
 
 void stage(const std::vector<std::string>& paths) {
-  auto list = std::make_shared<quoll::foundation::List>();
+  quoll::foundation::List list;
   for (const std::string& path : paths) {
-    list->addObject(path);
+    list.addObject(path);
   }
   const auto staged = quoll::ExtensionUtilities::ShareFiles("Share", list);
-  if (staged->count() != paths.size()) {
+  if (staged.count() != paths.size()) {
     std::abort();
   }
 }

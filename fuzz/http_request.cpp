@@ -31,17 +31,17 @@ Dictionary parameters_of(Script& script) {
 
 /// Checks that keys come back with their values. Empty keys, and keys that look like those of
 /// lists, are not expected to.
-void check_back(const Dictionary& set, const Dictionary* back) {
+void check_back(const Dictionary& set, const Dictionary& back) {
   for (const auto& [key, value] : set) {
     if (!key.empty() && !key.ends_with("[]")) {
-      require(back != nullptr && back->objectForKey(key) == value);
+      require(back.objectForKey(key) == value);
     }
   }
 }
 
 void check_body(const std::shared_ptr<NSURL>& url, const Dictionary& parameters) {
   const auto request = Utils::POSTRequestWithURL(url, parameters);
-  check_back(parameters, Utils::POSTParameters(*request).get());
+  check_back(parameters, Utils::POSTParameters(*request));
 }
 
 /// Sets the query twice, because building a URL again may change the rest of it. Without a scheme
@@ -51,7 +51,7 @@ void check_query(const std::shared_ptr<NSURL>& url, const Dictionary& parameters
   for (int i = 0; i < 2; ++i) {
     Utils::setGETParameters(*request, parameters);
     if (request->URL() && url->scheme() && url->host() && !parameters.empty()) {
-      check_back(parameters, Utils::GETParameters(*request).get());
+      check_back(parameters, Utils::GETParameters(*request));
     }
   }
 }

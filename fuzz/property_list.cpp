@@ -30,12 +30,12 @@ class Walk {
     require(depth <= quoll::foundation::kPropertyListDepth);
     if (const std::string* text = value.text()) {
       require(quoll::foundation::is_utf8(*text));
-    } else if (const auto list = value.as_list()) {
-      for (const Value& element : *list) {
+    } else if (const auto list = value.as<quoll::foundation::List>()) {
+      for (const Value& element : list) {
         over(element, depth + 1);
       }
-    } else if (const auto dictionary = value.as_dictionary()) {
-      for (const auto& [key, entry] : *dictionary) {
+    } else if (const auto dictionary = value.as<quoll::foundation::Dictionary>()) {
+      for (const auto& [key, entry] : dictionary) {
         require(quoll::foundation::is_utf8(key));
         over(entry, depth + 1);
       }

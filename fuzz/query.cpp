@@ -29,24 +29,24 @@ void check_codec(std::string_view text) {
 
 void check_query(std::string_view text, RequestUtils::URLQueryOptions options) {
   const auto parameters = RequestUtils::URLQueryParametersWithOptions(text, options);
-  if (parameters->empty()) {
+  if (parameters.empty()) {
     return;
   }
   // Brackets at the end of a key mark a list, so they come back only in that mode.
-  const std::string query = RequestUtils::URLQueryWithParameters(*parameters, options);
+  const std::string query = RequestUtils::URLQueryWithParameters(parameters, options);
   const auto again = RequestUtils::URLQueryParametersWithOptions("?" + query, options);
-  for (const auto& entry : *parameters) {
+  for (const auto& entry : parameters) {
     const bool is_plain = !entry.key.ends_with("[]");
-    require(!is_plain || again->find(entry.key) != nullptr);
+    require(!is_plain || again.find(entry.key) != nullptr);
   }
   if ((options & RequestUtils::URLQueryBracketArrayKeys) != 0) {
     return;
   }
-  for (const auto& entry : *parameters) {
+  for (const auto& entry : parameters) {
     if (const std::string* value = entry.value.text();
         value != nullptr && !entry.key.ends_with("[]") &&
-        parameters->find(entry.key + "[]") == nullptr) {
-      const Value* const back = again->find(entry.key);
+        parameters.find(entry.key + "[]") == nullptr) {
+      const Value* const back = again.find(entry.key);
       require(back->text() == nullptr || *back->text() == *value);
     }
   }
@@ -55,7 +55,7 @@ void check_query(std::string_view text, RequestUtils::URLQueryOptions options) {
 void check_message(std::string_view text) {
   const auto url = quoll::foundation::NSURL::URLWithString(text);
   if (url) {
-    require(quoll::ExtensionMessage::ExtensionMessageWithUrl(url)->to()->empty());
+    require(quoll::ExtensionMessage::ExtensionMessageWithUrl(url)->to().empty());
   }
 }
 
@@ -73,8 +73,9 @@ void raising_is_fine(const Check& check) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text(reinterpret_cast<const char*>(data), size);
   check_codec(text);
-  for (RequestUtils::URLQueryOptions options = 0; options < 16; ++options) {
-    raising_is_fine([&] { check_query(text, options); });
+  for (unsigned options = 0; options < 16; ++options) {
+    raising_is_fine(
+        [&] { check_query(text, static_cast<RequestUtils::URLQueryOptions>(options)); });
   }
   raising_is_fine([&] { check_message(text); });
   return 0;

@@ -30,7 +30,7 @@ std::uint64_t number_in(std::string_view key) {
 std::vector<std::string> attachments_of(const foundation::NSURL& url) {
   std::vector<std::pair<std::uint64_t, std::string>> numbered;
   const auto parameters = RequestUtils::URLQueryParameters(url.absoluteString());
-  for (const auto& [key, value] : *parameters) {
+  for (const auto& [key, value] : parameters) {
     if (key.starts_with(command_url::attachment_prefix)) {
       numbered.emplace_back(number_in(key), text_of_field(value));
     }

@@ -48,7 +48,7 @@ Value read(const std::string& contents) {
 
 std::shared_ptr<ExtensionMessage> message_in(const std::string& contents) {
   const Value value = read(contents);
-  if (value.as_dictionary()) {
+  if (value.as<foundation::Dictionary>()) {
     return ExtensionMessage::initWithDictonary(value);
   }
   auto message = value.as<ExtensionMessage>();

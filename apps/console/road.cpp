@@ -64,7 +64,7 @@ std::string addressee(const std::shared_ptr<platform::NSBundle>& bundle) {
 }
 
 Step identity(const platform::NSBundle& bundle, const std::string& application) {
-  const foundation::Value own = bundle.infoDictionary()->objectForKey("CFBundleIdentifier");
+  const foundation::Value own = bundle.infoDictionary().objectForKey("CFBundleIdentifier");
   if (own.text() == nullptr) {
     return {"identity", State::kWorthKnowing,
             "this program does not know its identifier; shares go to " + application,

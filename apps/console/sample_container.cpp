@@ -30,33 +30,26 @@ using foundation::Value;
 
 template <typename... Values>
 Value list(const Values&... values) {
-  return std::make_shared<List>(std::initializer_list<Value>{values...});
+  return List{values...};
 }
 
 Value alias(const char* mail, const char* name, const char* account) {
-  return std::make_shared<Dictionary>(std::initializer_list<Dictionary::Entry>{
-      {"mail", mail}, {"name", name}, {"account", account}});
+  return Dictionary{{"mail", mail}, {"name", name}, {"account", account}};
 }
 
 Value account(const char* mail, const char* name, int type, bool enabled, const Value& aliases) {
-  return std::make_shared<Dictionary>(std::initializer_list<Dictionary::Entry>{
-      {"mail", mail}, {"name", name}, {"type", type}, {"enabled", enabled}, {"aliases", aliases}});
+  return Dictionary{
+      {"mail", mail}, {"name", name}, {"type", type}, {"enabled", enabled}, {"aliases", aliases}};
 }
 
 Value address(const char* mail, const char* first, const char* last, const char* company,
               const char* nickname, int rank) {
-  return std::make_shared<Dictionary>(
-      std::initializer_list<Dictionary::Entry>{{"mail", mail},
-                                               {"firstName", first},
-                                               {"lastName", last},
-                                               {"company", company},
-                                               {"nickname", nickname},
-                                               {"rank", rank}});
+  return Dictionary{{"mail", mail},       {"firstName", first},   {"lastName", last},
+                    {"company", company}, {"nickname", nickname}, {"rank", rank}};
 }
 
 Value group(const char* idx, const char* name, const Value& addresses) {
-  return std::make_shared<Dictionary>(std::initializer_list<Dictionary::Entry>{
-      {"idx", idx}, {"name", name}, {"addresses", addresses}});
+  return Dictionary{{"idx", idx}, {"name", name}, {"addresses", addresses}};
 }
 
 Value accounts() {

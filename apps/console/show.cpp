@@ -54,7 +54,7 @@ Json attachment(const Value& path) {
 Json other_parameters(const NSURL& url) {
   Json others = Json::object();
   const auto parameters = RequestUtils::URLQueryParameters(url.absoluteString());
-  for (const auto& [key, value] : *parameters) {
+  for (const auto& [key, value] : parameters) {
     if (!command_url::is_message_key(key)) {
       console::append(others, key, console::write_value(value));
     }
@@ -74,7 +74,7 @@ Json summary(const std::shared_ptr<NSURL>& url) {
            {"plainBody", console::write_value(message->plainBody())},
            {"htmlBody", console::write_value(message->htmlBody())},
            {"attachments", Json::array()}};
-  for (const Value& path : *message->attachments()) {
+  for (const Value& path : message->attachments()) {
     out["attachments"].push_back(attachment(path));
   }
   out["parameters"] = other_parameters(*url);

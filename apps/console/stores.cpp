@@ -33,9 +33,9 @@ using foundation::Value;
 /// The JSON of a record (an object of its fields) or of a list of records (an array of such
 /// objects).
 Json plain(const Value& value) {
-  if (const auto list = value.as_list()) {
+  if (const auto list = value.as<List>()) {
     Json array = Json::array();
-    for (const Value& element : *list) {
+    for (const Value& element : list) {
       array.push_back(plain(element));
     }
     return array;
@@ -59,7 +59,7 @@ std::string shown(const Value& value) {
 void print_account(const ExtensionAccount& account) {
   std::cout << shown(account.mail()) << "  " << shown(account.name()) << "  type " << account.type()
             << (account.enabled() ? "" : "  (disabled)") << '\n';
-  for (const Value& element : Value(account.aliases()).list()) {
+  for (const Value& element : account.aliases()) {
     const auto alias = element.as<ExtensionAlias>();
     std::cout << "  alias " << shown(alias->mail()) << "  " << shown(alias->name()) << '\n';
   }
@@ -106,8 +106,8 @@ int tell(const List& records, std::string_view store, const Json& json, bool as_
 int accounts(bool as_json) {
   const platform::ScopedDesktop desktop(reading_desktop());
   const auto read = ExtensionUtilities::Accounts();
-  return tell(*read, layout::accounts, plain(read), as_json, [&] {
-    for (const Value& account : *read) {
+  return tell(read, layout::accounts, plain(read), as_json, [&] {
+    for (const Value& account : read) {
       print_account(*account.as<ExtensionAccount>());
     }
   });
@@ -116,13 +116,13 @@ int accounts(bool as_json) {
 int contacts(bool as_json) {
   const platform::ScopedDesktop desktop(reading_desktop());
   const auto read = ExtensionUtilities::AddressesAndGroups();
-  const auto addresses = read->objectForKey("addresses").as_list();
-  const Json json{{"addresses", plain(addresses)}, {"groups", plain(read->objectForKey("groups"))}};
+  const auto addresses = read.objectForKey("addresses").as<List>();
+  const Json json{{"addresses", plain(addresses)}, {"groups", plain(read.objectForKey("groups"))}};
   try {
-    return tell(*addresses,
+    return tell(addresses,
                 foundation::appending_path_component(layout::contacts, layout::addresses), json,
                 as_json, [&] {
-                  for (const Value& address : *addresses) {
+                  for (const Value& address : addresses) {
                     std::cout << shown(address.as<ExtensionAddress>()->prettyprint()) << '\n';
                   }
                 });

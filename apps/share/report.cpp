@@ -41,7 +41,7 @@ class Draft {
 
  private:
   void read(const ExtensionMessage& message) {
-    for (const foundation::Value& attachment : *message.attachments()) {
+    for (const foundation::Value& attachment : message.attachments()) {
       if (const std::string* path = attachment.text()) {
         attachments_.insert(*path);
       }

@@ -21,12 +21,12 @@ int main() {
        .workspace = launcher,
        .log = quoll::posix::make_system_log("compose-example")});
   const auto accounts = quoll::ExtensionUtilities::Accounts();
-  if (accounts->empty()) {
+  if (accounts.empty()) {
     std::cerr << "there are no accounts\n";
     return 1;
   }
   const auto message = quoll::ExtensionMessage::make();
-  message->from = accounts->objectAtIndex(0).as<quoll::ExtensionAccount>()->mail();
+  message->from = accounts.objectAtIndex(0).as<quoll::ExtensionAccount>()->mail();
   message->subject = "Hello from an example";
   message->htmlBody = "<p>Written by another extension.</p>";
   const auto url = message->queryUrl(quoll::commandCompose);

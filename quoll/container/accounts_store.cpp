@@ -12,16 +12,16 @@ using foundation::List;
 using foundation::NSURL;
 using foundation::Value;
 
-std::shared_ptr<List> Accounts() {
-  std::shared_ptr<List> stored;
+List Accounts() {
+  List stored;
   container::with_coordinated_access(
       foundation::URLByAppendingPathComponent(GroupDataPath(), container::layout::accounts),
       "NSFileCoordinator Accounts %@", [&](const std::shared_ptr<NSURL>& location) {
         stored = container::array_with_contents_of_url(location);
       });
-  auto accounts = std::make_shared<List>();
-  for (const Value& element : Value(stored).list()) {
-    accounts->addObject(ExtensionAccount::initWithDictonary(element));
+  List accounts;
+  for (const Value& element : stored) {
+    accounts.addObject(ExtensionAccount::initWithDictonary(element));
   }
   return accounts;
 }

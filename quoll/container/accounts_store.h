@@ -10,6 +10,6 @@ namespace quoll::ExtensionUtilities {
 /// in order, disabled ones too. Never null; empty when there is nothing to read. Waits for the
 /// coordinated access to that file and changes nothing. Failures are logged and not reported; any
 /// thread may call.
-[[nodiscard]] std::shared_ptr<foundation::List> Accounts();
+[[nodiscard]] foundation::List Accounts();
 
 }  // namespace quoll::ExtensionUtilities

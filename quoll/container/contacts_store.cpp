@@ -30,15 +30,15 @@ bool make_contacts_folder(const std::shared_ptr<NSURL>& location) {
   return !error;
 }
 
-std::shared_ptr<List> stored_list(const std::shared_ptr<NSURL>& folder, std::string_view name) {
+List stored_list(const std::shared_ptr<NSURL>& folder, std::string_view name) {
   return container::array_with_contents_of_url(
       foundation::URLByAppendingPathComponent(folder, name));
 }
 
 }  // namespace
 
-std::shared_ptr<Dictionary> AddressesAndGroups() {
-  std::shared_ptr<List> stored;
+Dictionary AddressesAndGroups() {
+  List stored;
   container::with_coordinated_access(
       foundation::URLByAppendingPathComponent(GroupDataPath(), container::layout::contacts),
       "NSFileCoordinator AddressesAndGroups %@", [&](const std::shared_ptr<NSURL>& location) {
@@ -48,12 +48,11 @@ std::shared_ptr<Dictionary> AddressesAndGroups() {
           static_cast<void>(stored_list(location, container::layout::groups));
         }
       });
-  const auto addresses = std::make_shared<List>();
-  for (const Value& element : Value(stored).list()) {
-    addresses->addObject(ExtensionAddress::initWithDictonary(element));
+  List addresses;
+  for (const Value& element : stored) {
+    addresses.addObject(ExtensionAddress::initWithDictonary(element));
   }
-  return std::make_shared<Dictionary>(std::initializer_list<Dictionary::Entry>{
-      {"addresses", addresses}, {"groups", std::make_shared<List>()}});
+  return {{"addresses", addresses}, {"groups", List()}};
 }
 
 }  // namespace quoll::ExtensionUtilities

@@ -10,6 +10,6 @@ namespace quoll::ExtensionUtilities {
 /// each element of Contacts/Addresses.plist in the shared data folder, in order, and "groups",
 /// which is always empty. Never null. Waits for the coordinated access to the Contacts folder and
 /// makes that folder when it is missing. Failures are logged and not reported; any thread may call.
-[[nodiscard]] std::shared_ptr<foundation::Dictionary> AddressesAndGroups();
+[[nodiscard]] foundation::Dictionary AddressesAndGroups();
 
 }  // namespace quoll::ExtensionUtilities

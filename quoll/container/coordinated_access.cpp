@@ -8,7 +8,7 @@
 namespace quoll::container {
 
 void with_coordinated_access(
-    const std::shared_ptr<foundation::NSURL>& url, std::string_view failure_line,
+    const std::shared_ptr<foundation::NSURL>& url, foundation::Pattern<1> failure_line,
     const std::function<void(const std::shared_ptr<foundation::NSURL>& location)>& accessor) {
   const auto error = platform::NSFileCoordinator::create()->coordinateWritingItemAtURL(
       url, platform::NSFileCoordinatorWritingForDeleting, accessor);

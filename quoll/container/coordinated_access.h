@@ -2,9 +2,9 @@
 
 #include <functional>
 #include <memory>
-#include <string_view>
 
 #include "quoll/foundation/error.h"
+#include "quoll/foundation/format.h"
 #include "quoll/foundation/nsurl.h"
 
 namespace quoll::container {
@@ -15,7 +15,7 @@ namespace quoll::container {
 /// all is done, as a `kNotCoordinatedError`. What the accessor throws passes
 /// through.
 void with_coordinated_access(
-    const std::shared_ptr<foundation::NSURL>& url, std::string_view failure_line,
+    const std::shared_ptr<foundation::NSURL>& url, foundation::Pattern<1> failure_line,
     const std::function<void(const std::shared_ptr<foundation::NSURL>& location)>& accessor);
 
 }  // namespace quoll::container

@@ -23,9 +23,8 @@ foundation::Value root_of(const std::shared_ptr<foundation::NSURL>& url) {
 
 }  // namespace
 
-std::shared_ptr<foundation::List> array_with_contents_of_url(
-    const std::shared_ptr<foundation::NSURL>& url) {
-  return root_of(url).as_list();
+foundation::List array_with_contents_of_url(const std::shared_ptr<foundation::NSURL>& url) {
+  return root_of(url).as<foundation::List>();
 }
 
 }  // namespace quoll::container

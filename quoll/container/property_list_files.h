@@ -10,7 +10,7 @@ namespace quoll::container {
 /// `arrayWithContentsOfURL:`: the property-list file at a file URL, in whatever form, when its root
 /// is a list. Null when the file is missing, cannot be read or is broken, when its root is
 /// something else, and for a null URL. Nothing is logged.
-[[nodiscard]] std::shared_ptr<foundation::List> array_with_contents_of_url(
+[[nodiscard]] foundation::List array_with_contents_of_url(
     const std::shared_ptr<foundation::NSURL>& url);
 
 }  // namespace quoll::container

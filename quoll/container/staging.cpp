@@ -37,25 +37,24 @@ struct StagingKind {
   std::string (*file_name)(const Value& item);
   /// Puts the item there; answers why that failed.
   std::optional<Error> (*write)(const Value& item, const std::string& path);
-  std::string_view item_failure;
-  std::string_view exception;
-  std::string_view coordination_failure;
+  foundation::Pattern<1> item_failure;
+  foundation::Pattern<1> exception;
+  foundation::Pattern<1> coordination_failure;
 };
 
-std::shared_ptr<List> stage(std::string_view folder, const std::shared_ptr<List>& items,
-                            const StagingKind& kind) {
-  auto written = std::make_shared<List>();
+List stage(std::string_view folder, const List& items, const StagingKind& kind) {
+  List written;
   container::with_coordinated_access(
       staging_folder(folder), kind.coordination_failure,
       [&](const std::shared_ptr<NSURL>& location) {
         try {
           container::UniqueNames names(location->file_system_path().value_or(""));
-          for (const Value& item : Value(items).list()) {
+          for (const Value& item : items) {
             const std::string path = names.good_path(kind.file_name(item));
             if (const auto error = kind.write(item, path)) {
               platform::log(kind.item_failure, *error);
             } else {
-              written->addObject(path);
+              written.addObject(path);
             }
           }
         } catch (const foundation::NSException& exception) {
@@ -67,7 +66,7 @@ std::shared_ptr<List> stage(std::string_view folder, const std::shared_ptr<List>
 
 /// The path of a file to copy; anything but a text raises.
 const std::string& source_path(const Value& item) {
-  const std::string* path = item.string();
+  const std::string* path = item.stringValue();
   return *path;  // a list holds no nulls
 }
 
@@ -119,7 +118,7 @@ void ShareInit(std::string_view folder) {
                                      });
 }
 
-std::shared_ptr<List> ShareFiles(std::string_view folder, const std::shared_ptr<List>& paths) {
+List ShareFiles(std::string_view folder, const List& paths) {
   return stage(folder, paths,
                {.file_name = last_component,
                 .write = copy,
@@ -128,7 +127,7 @@ std::shared_ptr<List> ShareFiles(std::string_view folder, const std::shared_ptr<
                 .coordination_failure = "Error shareFiles %@"});
 }
 
-std::shared_ptr<List> ShareDatas(std::string_view folder, const std::shared_ptr<List>& datas) {
+List ShareDatas(std::string_view folder, const List& datas) {
   return stage(folder, datas,
                {.file_name = image_name,
                 .write = write_buffer,

@@ -17,12 +17,10 @@ void ShareInit(std::string_view folder);
 /// path or the next free name. Answers the paths of the copies, in order, without those that
 /// failed; never null. A null list is an empty one. Paths are bytes; a name that is not UTF-8 is
 /// staged with each bad byte as `%XX`, so that its path fits in a URL.
-[[nodiscard]] std::shared_ptr<foundation::List> ShareFiles(
-    std::string_view folder, const std::shared_ptr<foundation::List>& paths);
+[[nodiscard]] foundation::List ShareFiles(std::string_view folder, const foundation::List& paths);
 
 /// `ShareDatas:datas:`: writes each buffer as "image.png" or the next free name. Answers as
 /// `ShareFiles` does.
-[[nodiscard]] std::shared_ptr<foundation::List> ShareDatas(
-    std::string_view folder, const std::shared_ptr<foundation::List>& datas);
+[[nodiscard]] foundation::List ShareDatas(std::string_view folder, const foundation::List& datas);
 
 }  // namespace quoll::ExtensionUtilities

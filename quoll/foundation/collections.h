@@ -1,50 +1,71 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
-#include <cstdint>
 #include <initializer_list>
 #include <memory>
-#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "quoll/foundation/value.h"
 
 namespace quoll::foundation {
 
-/// A growable list of values, held by `std::shared_ptr` and shared by everyone who holds it.
+/// A growable list of values. This is a handle, as `Value` is: its copies share one list, and what
+/// one of them changes changes for all; `copy()` makes another list.
+///
+/// `List()` is a new, empty list. `List(nullptr)`, and what a list was moved from, is null: false
+/// as a condition and unlike every list there is. A null list holds nothing and is walked over as
+/// an empty one; to change it raises `NSInvalidArgumentException`.
 ///
 /// A list stores no nulls. It has no lock: who shares one between threads guards it (the lists of a
-/// message are guarded by the message's lock).
+/// message are guarded by the message's lock). Iterators live until the list changes.
 class List final {
  public:
-  List() = default;
+  List();
+  template <std::same_as<std::nullptr_t> Null>
+  List(Null /*null*/) {}  // NOLINT(google-explicit-constructor): null is a list, but 0 is not
   List(std::initializer_list<Value> values);
   explicit List(std::vector<Value> values);
-  List(const List&) = default;
-  List& operator=(const List&) = default;
-  /// Nested lists and dictionaries are released one after the other, not one inside the other, so
-  /// that no depth exhausts the stack.
-  ~List();
+  /// `List{list}` could be the list itself or a list of one: say `List(list)` or
+  /// `List{Value(list)}`.
+  template <std::same_as<List> T>
+  List(std::initializer_list<T> ambiguous) = delete;
+  template <std::same_as<std::nullptr_t> T>
+  List(std::initializer_list<T> nulls) = delete;
+
+  [[nodiscard]] explicit operator bool() const { return storage_ != nullptr; }
+  /// The same for handles of one list and for no others; null for null.
+  [[nodiscard]] const void* identity() const { return storage_.get(); }
+  /// A new list of the same values, which are shared; null for null.
+  [[nodiscard]] List copy() const;
 
   /// Appends. A null value raises `NSInvalidArgumentException`.
   void addObject(Value value);
   /// The element at `index`; outside the list raises `NSRangeException`.
-  [[nodiscard]] const Value& objectAtIndex(std::size_t index) const;
-  [[nodiscard]] std::size_t count() const { return values_.size(); }
-  [[nodiscard]] bool empty() const { return values_.empty(); }
-  [[nodiscard]] auto begin() const { return values_.begin(); }
-  [[nodiscard]] auto end() const { return values_.end(); }
+  [[nodiscard]] Value objectAtIndex(std::size_t index) const;
+  [[nodiscard]] std::size_t count() const;
+  [[nodiscard]] bool empty() const { return count() == 0; }
+  [[nodiscard]] const Value* begin() const&;
+  [[nodiscard]] const Value* end() const&;
+  const Value* begin() const&& = delete;
+  const Value* end() const&& = delete;
 
-  friend bool operator==(const List& a, const List& b) { return a.values_ == b.values_; }
+  /// Equality by content; null equals null alone.
+  friend bool operator==(const List& a, const List& b);
 
  private:
-  std::vector<Value> values_;
+  friend class Value;
+  using Storage = detail::ListStorage;
+  explicit List(std::shared_ptr<Storage> storage) : storage_(std::move(storage)) {}
+
+  std::shared_ptr<Storage> storage_;
 };
 
-/// A growable dictionary from text keys to values, held by `std::shared_ptr` and shared by everyone
-/// who holds it. It enumerates in the order of arrival; replacing a value keeps its place.
+/// A growable dictionary from text keys to values. It is a handle, null or not, as `List` is. It
+/// enumerates in the order of arrival; replacing a value keeps its place.
 ///
 /// A dictionary stores no nulls. It has no lock. Looking up is linear while it is small and
 /// logarithmic when it is large: keys come from strangers, so there is no hash to flood.
@@ -56,12 +77,15 @@ class Dictionary final {
     friend bool operator==(const Entry&, const Entry&) = default;
   };
 
-  Dictionary() = default;
+  Dictionary();
+  template <std::same_as<std::nullptr_t> Null>
+  Dictionary(Null /*null*/) {}  // NOLINT(google-explicit-constructor): as for lists
   Dictionary(std::initializer_list<Entry> entries);
-  Dictionary(const Dictionary& other);
-  Dictionary& operator=(const Dictionary&) = delete;
-  /// See `List::~List`.
-  ~Dictionary();
+
+  [[nodiscard]] explicit operator bool() const { return storage_ != nullptr; }
+  /// As for lists.
+  [[nodiscard]] const void* identity() const { return storage_.get(); }
+  [[nodiscard]] Dictionary copy() const;
 
   /// Stores. A null value raises `NSInvalidArgumentException`.
   void setObject(Value value, std::string_view key);
@@ -69,43 +93,33 @@ class Dictionary final {
   /// raises `NSInvalidArgumentException`.
   void add_new(Value value, std::string key);
   /// Makes room for that many entries.
-  void reserve(std::size_t entries) { entries_.reserve(entries); }
+  void reserve(std::size_t entries);
   void removeObjectForKey(std::string_view key);
   /// The value, or null when the key is absent.
   [[nodiscard]] Value objectForKey(std::string_view key) const;
   /// The value, or a null pointer when the key is absent; it lives until the dictionary changes.
-  [[nodiscard]] const Value* find(std::string_view key) const;
+  [[nodiscard]] const Value* find(std::string_view key) const&;
   /// The same, to be replaced in place by anything but null.
-  [[nodiscard]] Value* find(std::string_view key);
-  [[nodiscard]] std::size_t count() const { return entries_.size(); }
-  [[nodiscard]] bool empty() const { return entries_.empty(); }
-  [[nodiscard]] auto begin() const { return entries_.begin(); }
-  [[nodiscard]] auto end() const { return entries_.end(); }
+  [[nodiscard]] Value* find(std::string_view key) &;
+  const Value* find(std::string_view key) const&& = delete;
+  [[nodiscard]] std::size_t count() const;
+  [[nodiscard]] bool empty() const { return count() == 0; }
+  [[nodiscard]] const Entry* begin() const&;
+  [[nodiscard]] const Entry* end() const&;
+  const Entry* begin() const&& = delete;
+  const Entry* end() const&& = delete;
 
-  /// Equal when both hold the same keys with equal values, in whatever order.
+  /// Equal when both hold the same keys with equal values, in whatever order; null equals null
+  /// alone.
   friend bool operator==(const Dictionary& a, const Dictionary& b);
 
  private:
-  /// Positions in `entries_`, sorted by the key found there. It looks at its own dictionary, so it
-  /// is neither copied nor moved.
-  struct ByKey {
-    using is_transparent = void;
-    const std::vector<Entry>* entries;
-    [[nodiscard]] std::string_view key(std::uint32_t position) const {
-      return (*entries)[position].key;
-    }
-    bool operator()(std::uint32_t a, std::uint32_t b) const { return key(a) < key(b); }
-    bool operator()(std::uint32_t a, std::string_view b) const { return key(a) < b; }
-    bool operator()(std::string_view a, std::uint32_t b) const { return a < key(b); }
-  };
-  static constexpr std::size_t kLinearLimit = 64;
+  friend class Value;
+  using Storage = detail::DictionaryStorage;
+  explicit Dictionary(std::shared_ptr<Storage> storage) : storage_(std::move(storage)) {}
+  [[nodiscard, gnu::visibility("hidden")]] Value* found(std::string_view key) const;
 
-  [[nodiscard, gnu::visibility("hidden")]] std::size_t position_of(std::string_view key) const;
-  [[gnu::visibility("hidden")]] void rebuild_index();
-
-  std::vector<Entry> entries_;
-  /// Empty while the dictionary has at most `kLinearLimit` entries.
-  std::set<std::uint32_t, ByKey> index_{ByKey{&entries_}};
+  std::shared_ptr<Storage> storage_;
 };
 
 }  // namespace quoll::foundation

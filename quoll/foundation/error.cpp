@@ -84,12 +84,12 @@ std::string Error::description() const {
   return out + "}";
 }
 
-const std::string* Error::detail(std::string_view key) const {
+const std::string* Error::detail(std::string_view key) const& {
   const Detail* const found = find(*this, key);
   return found == nullptr ? nullptr : std::get_if<std::string>(found);
 }
 
-const Error* Error::underlying() const {
+const Error* Error::underlying() const& {
   const Detail* const found = find(*this, NSUnderlyingErrorKey);
   const auto* const error =
       found == nullptr ? nullptr : std::get_if<std::shared_ptr<const Error>>(found);

@@ -60,11 +60,13 @@ struct Error {
 
   /// The text under a key such as "NSFilePath", or null when there is none. The pointer lives as
   /// long as this error is unchanged.
-  [[nodiscard]] const std::string* detail(std::string_view key) const;
+  [[nodiscard]] const std::string* detail(std::string_view key) const&;
+  const std::string* detail(std::string_view key) const&& = delete;
 
   /// The error under `NSUnderlyingErrorKey`, or null when there is none. The pointer lives as long
   /// as this error is unchanged.
-  [[nodiscard]] const Error* underlying() const;
+  [[nodiscard]] const Error* underlying() const&;
+  const Error* underlying() const&& = delete;
 };
 
 /// An error of `kQuollErrorDomain`.

@@ -19,7 +19,8 @@ class NSException final : public std::runtime_error {
       : std::runtime_error(reason), name_(name) {}
 
   /// One of the names above.
-  [[nodiscard]] const std::string& name() const noexcept { return name_; }
+  [[nodiscard]] const std::string& name() const& noexcept { return name_; }
+  const std::string& name() const&& = delete;
   /// What went wrong, in one sentence; this is what `%@` prints.
   [[nodiscard]] std::string reason() const { return what(); }
 

@@ -1,23 +1,6 @@
 #include "quoll/foundation/format.h"
 
-#include <array>
-
 namespace quoll::foundation {
-
-namespace {
-
-/// The length of the slot that begins at the "%" at `position`, 0 when there is none.
-std::size_t slot_at(std::string_view pattern, std::size_t position) {
-  constexpr std::array<std::string_view, 3> kSlots{"%@", "%lu", "%i"};
-  for (const std::string_view slot : kSlots) {
-    if (pattern.substr(position).starts_with(slot)) {
-      return slot.size();
-    }
-  }
-  return 0;
-}
-
-}  // namespace
 
 std::string fill_slots(std::string_view pattern, std::initializer_list<std::string> texts) {
   std::size_t size = pattern.size();
@@ -35,7 +18,7 @@ std::string fill_slots(std::string_view pattern, std::initializer_list<std::stri
     if (position == pattern.size()) {
       break;
     }
-    const std::size_t slot = text == texts.end() ? 0 : slot_at(pattern, position);
+    const std::size_t slot = text == texts.end() ? 0 : slot_length(pattern.substr(position));
     if (slot == 0) {
       out += pattern[position++];
     } else {

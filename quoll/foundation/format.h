@@ -1,6 +1,7 @@
 #pragma once
 
 #include <concepts>
+#include <cstddef>
 #include <exception>
 #include <initializer_list>
 #include <memory>
@@ -9,6 +10,7 @@
 #include <string_view>
 
 #include "quoll/foundation/error.h"
+#include "quoll/foundation/exception.h"
 #include "quoll/foundation/value.h"
 
 /// The one way to turn something into the text that stands in a "%@".
@@ -41,18 +43,70 @@ template <std::derived_from<Object> T>
 std::string text_of(const std::shared_ptr<T>& object) {
   return object ? object->description() : std::string(kNullText);
 }
-template <typename T>
-requires(std::integral<T> && !std::same_as<T, bool>) std::string text_of(T number) {
+template <Integer I>
+std::string text_of(I number) {
   return std::to_string(number);
 }
 
-/// `pattern` with its slots (`%@`, `%lu`, `%i`) filled in order. What is filled in is not looked at
-/// again. There are as many slots as texts; a slot without one stays as it is.
+/// The length of the slot (`%@`, `%lu`, `%i`) that `pattern` begins with, 0 when it is none.
+constexpr std::size_t slot_length(std::string_view pattern) {
+  for (const std::string_view slot : {"%@", "%lu", "%i"}) {
+    if (pattern.starts_with(slot)) {
+      return slot.size();
+    }
+  }
+  return 0;
+}
+
+constexpr std::size_t slots_in(std::string_view pattern) {
+  std::size_t slots = 0;
+  for (; !pattern.empty(); pattern.remove_prefix(1)) {
+    slots += slot_length(pattern) == 0 ? 0 : 1;
+  }
+  return slots;
+}
+
+/// Never defined: to call it ends the compilation.
+void a_pattern_has_one_slot_for_each_argument();
+
+/// A pattern with that many slots, counted by the compiler; text and constants turn into one. It
+/// points to the text.
+template <std::size_t kSlots>
+class Pattern {
+ public:
+  template <std::convertible_to<std::string_view> Text>
+  consteval Pattern(const Text& text) : text_(text) {  // NOLINT(google-explicit-constructor)
+    if (slots_in(text_) != kSlots) {
+      a_pattern_has_one_slot_for_each_argument();
+    }
+  }
+  [[nodiscard]] constexpr std::string_view text() const { return text_; }
+
+ private:
+  std::string_view text_;
+};
+
+/// `pattern` with its slots filled in order by these texts, one each. What is filled in is not
+/// looked at again.
 [[nodiscard]] std::string fill_slots(std::string_view pattern,
                                      std::initializer_list<std::string> texts);
 
+/// `pattern` with its slots filled by the arguments: `format("%@ (%@)", name, count)`.
 template <typename... Arguments>
-[[nodiscard]] std::string format(std::string_view pattern, const Arguments&... arguments) {
+[[nodiscard]] std::string format(Pattern<sizeof...(Arguments)> pattern,
+                                 const Arguments&... arguments) {
+  return fill_slots(pattern.text(), {text_of(arguments)...});
+}
+
+/// The same with a pattern that only the running program knows, such as a translated one. One with
+/// more slots or fewer raises `NSInvalidArgumentException`; whoever makes a catalogue compares
+/// `slots_in` of each translation with the original's, so that none gets so far.
+template <typename... Arguments>
+[[nodiscard]] std::string format_translated(std::string_view pattern,
+                                            const Arguments&... arguments) {
+  if (slots_in(pattern) != sizeof...(Arguments)) {
+    raise_invalid_argument("not one slot for each argument: " + std::string(pattern));
+  }
   return fill_slots(pattern, {text_of(arguments)...});
 }
 

@@ -5,6 +5,14 @@
 
 namespace quoll::foundation {
 
+/// What the factories of a class `T` hand to its constructor, which is public for
+/// `std::make_shared` alone: nobody else can make one.
+template <typename T>
+class Passkey {
+  friend T;
+  explicit Passkey() = default;
+};
+
 /// The root of everything that a `Value` can hold besides plain data: records, URLs, images.
 ///
 /// Objects are held by `std::shared_ptr`, have an identity and are never copied. What a class says

@@ -280,15 +280,15 @@ class BinaryReader {
       }
       elements.push_back(element->value);
     }
-    return std::make_shared<List>(std::move(elements));
+    return List(std::move(elements));
   }
 
   /// The references to all keys come before those to the values.
   Value dictionary(Read& whole, std::string_view references, std::size_t depth) {
     constexpr std::size_t kKeyBytesOfAValue = 64;
     const std::size_t half = references.size() / 2;
-    auto entries = std::make_shared<Dictionary>();
-    entries->reserve(half / reference_size_);
+    Dictionary entries;
+    entries.reserve(half / reference_size_);
     for (std::size_t position = 0; position < half; position += reference_size_) {
       const Read* const key = part(whole, references, position, depth);
       const std::string* const name = key != nullptr ? key->value.text() : nullptr;
@@ -297,7 +297,7 @@ class BinaryReader {
       if (value == nullptr || !count_in(whole, value->values + name->size() / kKeyBytesOfAValue)) {
         return {};
       }
-      entries->setObject(value->value, *name);
+      entries.setObject(value->value, *name);
     }
     return entries;
   }

@@ -126,18 +126,18 @@ class OldReader {
         break;
       }
     }
-    return std::make_shared<List>(std::move(elements));
+    return List(std::move(elements));
   }
 
   Value dictionary(std::size_t depth) {
-    auto entries = std::make_shared<Dictionary>();
+    Dictionary entries;
     while (!take_mark("}")) {
       const auto key = text();
       Value entry = key && take_mark("=") ? value(depth + 1) : Value();
       if (entry.is_null() || !take_mark(";")) {
         return {};
       }
-      entries->setObject(std::move(entry), *key);
+      entries.setObject(std::move(entry), *key);
     }
     return entries;
   }

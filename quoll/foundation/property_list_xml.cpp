@@ -222,11 +222,11 @@ class XmlReader {
       }
       elements.push_back(std::move(value));
     }
-    return std::make_shared<List>(std::move(elements));
+    return List(std::move(elements));
   }
 
   Value dictionary(const Tag& opening, std::size_t depth) {
-    auto entries = std::make_shared<Dictionary>();
+    Dictionary entries;
     std::string key;
     while (!opening.empty) {
       const auto next = next_tag();
@@ -246,7 +246,7 @@ class XmlReader {
       if (value.is_null()) {
         return {};
       }
-      entries->setObject(std::move(value), key);
+      entries.setObject(std::move(value), key);
     }
     return entries;
   }

@@ -40,11 +40,6 @@ bool number_of(const Value& value, double& number) {
   return true;
 }
 
-template <typename T>
-bool same_content(const T& a, const T& b) {
-  return a == b || (a && b && *a == *b);
-}
-
 }  // namespace
 
 Value::Value(std::string text)
@@ -53,36 +48,26 @@ Value::Value(std::string text)
 Value::Value(Bytes bytes)
     : held_(std::in_place_type<SharedBytes>, std::make_shared<const Bytes>(std::move(bytes))) {}
 
-Value::Value(std::shared_ptr<List> list) {
+Value::Value(List list) {
   if (list) {
-    held_.emplace<std::shared_ptr<List>>(std::move(list));
+    held_.emplace<SharedList>(std::move(list.storage_));
   }
 }
 
-Value::Value(std::shared_ptr<Dictionary> dictionary) {
+Value::Value(Dictionary dictionary) {
   if (dictionary) {
-    held_.emplace<std::shared_ptr<Dictionary>>(std::move(dictionary));
+    held_.emplace<SharedDictionary>(std::move(dictionary.storage_));
   }
 }
 
-const std::string* Value::text() const {
+const std::string* Value::text() const& {
   const auto* text = std::get_if<SharedText>(&held_);
   return text == nullptr ? nullptr : text->get();
 }
 
-const Bytes* Value::bytes() const {
+const Bytes* Value::bytes() const& {
   const auto* bytes = std::get_if<SharedBytes>(&held_);
   return bytes == nullptr ? nullptr : bytes->get();
-}
-
-std::shared_ptr<List> Value::as_list() const {
-  const auto* list = std::get_if<std::shared_ptr<List>>(&held_);
-  return list == nullptr ? nullptr : *list;
-}
-
-std::shared_ptr<Dictionary> Value::as_dictionary() const {
-  const auto* dictionary = std::get_if<std::shared_ptr<Dictionary>>(&held_);
-  return dictionary == nullptr ? nullptr : *dictionary;
 }
 
 std::shared_ptr<Object> Value::object() const {
@@ -139,7 +124,7 @@ float Value::floatValue() const {
   return single_precision(number);
 }
 
-const std::string* Value::string() const {
+const std::string* Value::stringValue() const& {
   const std::string* held = text();
   if (held == nullptr && !is_null()) {
     raise_wrong_kind("a text's operation");
@@ -148,33 +133,32 @@ const std::string* Value::string() const {
 }
 
 bool Value::isEqualToString(const Value& other) const {
-  const std::string* mine = string();
+  const std::string* mine = stringValue();
   const std::string* theirs = other.text();
   return mine != nullptr && theirs != nullptr && *mine == *theirs;
 }
 
 Value Value::objectForKey(std::string_view key) const {
-  if (const auto dictionary = as_dictionary()) {
-    return dictionary->objectForKey(key);
-  }
-  if (!is_null()) {
+  const auto dictionary = as<Dictionary>();
+  if (!dictionary && !is_null()) {
     raise_wrong_kind("objectForKey:");
   }
-  return {};
+  return dictionary.objectForKey(key);
 }
 
-std::vector<Value> Value::list() const {
-  std::vector<Value> elements;
-  if (const auto list = as_list()) {
-    elements.assign(list->begin(), list->end());
-  } else if (const auto dictionary = as_dictionary()) {
-    for (const Dictionary::Entry& entry : *dictionary) {
-      elements.emplace_back(entry.key);
+List Value::list() const {
+  const auto dictionary = as<Dictionary>();
+  if (!dictionary) {
+    if (!nests() && !is_null()) {
+      raise_wrong_kind("enumeration");
     }
-  } else if (!is_null()) {
-    raise_wrong_kind("enumeration");
+    return as<List>();
   }
-  return elements;
+  List keys;
+  for (const Dictionary::Entry& entry : dictionary) {
+    keys.addObject(entry.key);
+  }
+  return keys;
 }
 
 std::string_view Value::kind() const {
@@ -207,8 +191,12 @@ bool operator==(const Value& a, const Value& b) {
         const auto& theirs = std::get<T>(b.held_);
         if constexpr (std::is_same_v<T, std::shared_ptr<Object>>) {
           return mine->isEqual(theirs.get());
+        } else if constexpr (std::is_same_v<T, Value::SharedList>) {
+          return a.as<List>() == b.as<List>();
+        } else if constexpr (std::is_same_v<T, Value::SharedDictionary>) {
+          return a.as<Dictionary>() == b.as<Dictionary>();
         } else if constexpr (requires { *mine; }) {
-          return same_content(mine, theirs);
+          return *mine == *theirs;
         } else {
           return mine == theirs;
         }

@@ -16,6 +16,18 @@ namespace quoll::foundation {
 
 class Dictionary;
 class List;
+namespace detail {
+struct DictionaryStorage;
+struct ListStorage;
+}  // namespace detail
+
+/// A character, which is no number although the language lets it pass for one.
+template <typename T>
+concept Character = std::same_as<T, char> || std::same_as<T, wchar_t> || std::same_as<T, char8_t> ||
+    std::same_as<T, char16_t> || std::same_as<T, char32_t>;
+/// A whole number, neither a boolean nor a character.
+template <typename T>
+concept Integer = std::integral<T> && !std::same_as<T, bool> && !Character<T>;
 
 using Bytes = std::vector<unsigned char>;
 
@@ -32,10 +44,18 @@ struct Date {
 /// and bytes never change once they are in a value; a list or dictionary changes for everyone who
 /// holds it. One value must not be written by one thread while another reads it.
 ///
-/// There are two families of reading. Our own code *tests*: `text()`, `as<T>()` and their like
-/// answer a pointer or null and never raise. The steps that say "the value of the entry" *ask*:
-/// `length()`, `integerValue()`, `list()` and their like answer nothing for null and raise
-/// `NSInvalidArgumentException` when the value is of the wrong kind.
+/// There are two families of reading, told apart by their names.
+/// - *Tests* are named after a kind: `boolean()`, `integer()`, `real()`, `date()`, `text()`,
+///   `bytes()`, `object()`, `as<T>()`. They answer a pointer or a handle, null when the value is of
+///   another kind, and never raise.
+/// - *Asks* are named after what is wanted of the value: `length()`, `integerValue()`,
+///   `boolValue()`, `floatValue()`, `stringValue()`, `isEqualToString()`, `objectForKey()`,
+///   `list()`. A null value answers nothing (0, false, null); one of the wrong kind raises
+///   `NSInvalidArgumentException`.
+///
+/// A pointer that is answered lives as long as the value is unchanged, so none can be had from a
+/// temporary: `record.mail().text()` does not compile, `const Value mail = record.mail();` comes
+/// first.
 class Value {
  public:
   Value() = default;
@@ -43,9 +63,17 @@ class Value {
   /// Only a true `bool`: a pointer must not turn into one on the way in.
   template <std::same_as<bool> B>
   Value(B boolean) : held_(boolean) {}  // NOLINT(google-explicit-constructor)
-  template <std::integral I>
-  requires(!std::same_as<I, bool>) Value(I integer)  // NOLINT(google-explicit-constructor)
-      : held_(static_cast<std::int64_t>(integer)) {}
+  /// One beyond the range of `std::int64_t` becomes the nearest real.
+  template <Integer I>
+  Value(I integer) {  // NOLINT(google-explicit-constructor)
+    if (std::in_range<std::int64_t>(integer)) {
+      held_.emplace<std::int64_t>(static_cast<std::int64_t>(integer));
+    } else {
+      held_.emplace<double>(static_cast<double>(integer));
+    }
+  }
+  template <Character C>
+  Value(C character) = delete;
   template <std::floating_point F>
   Value(F real) : held_(static_cast<double>(real)) {}         // NOLINT(google-explicit-constructor)
   Value(std::string text);                                    // NOLINT(google-explicit-constructor)
@@ -53,9 +81,9 @@ class Value {
   Value(const char* text) : Value(std::string(text)) {}       // NOLINT(google-explicit-constructor)
   Value(Bytes bytes);                                         // NOLINT(google-explicit-constructor)
   Value(Date date) : held_(date) {}                           // NOLINT(google-explicit-constructor)
-  /// Null pointers of these three become the null value.
-  Value(std::shared_ptr<List> list);              // NOLINT(google-explicit-constructor)
-  Value(std::shared_ptr<Dictionary> dictionary);  // NOLINT(google-explicit-constructor)
+  /// Null handles and null pointers become the null value.
+  Value(List list);              // NOLINT(google-explicit-constructor)
+  Value(Dictionary dictionary);  // NOLINT(google-explicit-constructor)
   template <std::derived_from<Object> T>
   Value(std::shared_ptr<T> object) {  // NOLINT(google-explicit-constructor)
     if (object) {
@@ -63,21 +91,32 @@ class Value {
     }
   }
 
-  // Tests: a pointer or null, which lives as long as this value is unchanged; nothing raises.
+  // Tests.
   [[nodiscard]] bool is_null() const { return std::holds_alternative<std::monostate>(held_); }
-  [[nodiscard]] const bool* boolean() const { return std::get_if<bool>(&held_); }
-  [[nodiscard]] const std::int64_t* integer() const { return std::get_if<std::int64_t>(&held_); }
-  [[nodiscard]] const double* real() const { return std::get_if<double>(&held_); }
-  [[nodiscard]] const Date* date() const { return std::get_if<Date>(&held_); }
-  [[nodiscard]] const std::string* text() const;
-  [[nodiscard]] const Bytes* bytes() const;
-  [[nodiscard]] std::shared_ptr<List> as_list() const;
-  [[nodiscard]] std::shared_ptr<Dictionary> as_dictionary() const;
+  [[nodiscard]] const bool* boolean() const& { return std::get_if<bool>(&held_); }
+  [[nodiscard]] const std::int64_t* integer() const& { return std::get_if<std::int64_t>(&held_); }
+  [[nodiscard]] const double* real() const& { return std::get_if<double>(&held_); }
+  [[nodiscard]] const Date* date() const& { return std::get_if<Date>(&held_); }
+  [[nodiscard]] const std::string* text() const&;
+  [[nodiscard]] const Bytes* bytes() const&;
+  const bool* boolean() const&& = delete;
+  const std::int64_t* integer() const&& = delete;
+  const double* real() const&& = delete;
+  const Date* date() const&& = delete;
+  const std::string* text() const&& = delete;
+  const Bytes* bytes() const&& = delete;
   [[nodiscard]] std::shared_ptr<Object> object() const;
   /// True for a list and for a dictionary.
   [[nodiscard]] bool nests() const {
-    return std::holds_alternative<std::shared_ptr<List>>(held_) ||
-           std::holds_alternative<std::shared_ptr<Dictionary>>(held_);
+    return std::holds_alternative<SharedList>(held_) ||
+           std::holds_alternative<SharedDictionary>(held_);
+  }
+  /// `as<List>()`, `as<Dictionary>()`: the list or the dictionary itself, else a null handle.
+  template <typename T>
+  requires std::same_as<T, List> || std::same_as<T, Dictionary>
+  [[nodiscard]] T as() const {
+    const auto* storage = std::get_if<std::shared_ptr<typename T::Storage>>(&held_);
+    return storage == nullptr ? T(nullptr) : T(*storage);
   }
   /// The object when it is a `T`, else null.
   template <std::derived_from<Object> T>
@@ -85,7 +124,7 @@ class Value {
     return std::dynamic_pointer_cast<T>(object());
   }
 
-  // Asking: null answers zero, false or nothing; the wrong kind raises NSInvalidArgumentException.
+  // Asks.
   /// Bytes in a text, or the number of bytes.
   [[nodiscard]] std::size_t length() const;
   /// A number (reals truncate toward zero and saturate, NaN is 0) or a text read as an integer.
@@ -95,14 +134,16 @@ class Value {
   /// A number or a text reduced to single precision.
   [[nodiscard]] float floatValue() const;
   /// The text; null (a null pointer) for null.
-  [[nodiscard]] const std::string* string() const;
+  [[nodiscard]] const std::string* stringValue() const&;
+  const std::string* stringValue() const&& = delete;
   /// Exact equality of two texts. A null receiver answers false; another kind of receiver raises;
   /// an argument that is not a text is never equal.
   [[nodiscard]] bool isEqualToString(const Value& other) const;
   /// The entry of a dictionary, null when there is none.
   [[nodiscard]] Value objectForKey(std::string_view key) const;
-  /// The elements to walk over: a list's elements, a dictionary's keys.
-  [[nodiscard]] std::vector<Value> list() const;
+  /// What an enumeration walks over: the list itself, the keys of a dictionary as a new list; a
+  /// null list for null.
+  [[nodiscard]] List list() const;
 
   /// What `%@` prints; "(null)" for null.
   [[nodiscard]] std::string description() const;
@@ -117,11 +158,13 @@ class Value {
  private:
   using SharedText = std::shared_ptr<const std::string>;
   using SharedBytes = std::shared_ptr<const Bytes>;
+  using SharedList = std::shared_ptr<detail::ListStorage>;
+  using SharedDictionary = std::shared_ptr<detail::DictionaryStorage>;
 
   [[noreturn, gnu::visibility("hidden")]] void raise_wrong_kind(std::string_view operation) const;
 
   std::variant<std::monostate, bool, std::int64_t, double, Date, SharedText, SharedBytes,
-               std::shared_ptr<List>, std::shared_ptr<Dictionary>, std::shared_ptr<Object>>
+               SharedList, SharedDictionary, std::shared_ptr<Object>>
       held_;
 };
 

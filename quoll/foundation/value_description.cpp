@@ -105,10 +105,10 @@ void print(const Value& value, int depth, std::string& out) {
     print_date(*date, out);
   } else if (const Bytes* bytes = value.bytes()) {
     print_bytes(*bytes, out);
-  } else if (const auto list = value.as_list()) {
-    print_list(*list, depth, out);
-  } else if (const auto dictionary = value.as_dictionary()) {
-    print_dictionary(*dictionary, depth, out);
+  } else if (const auto list = value.as<List>()) {
+    print_list(list, depth, out);
+  } else if (const auto dictionary = value.as<Dictionary>()) {
+    print_dictionary(dictionary, depth, out);
   } else if (const auto object = value.object()) {
     out += object->description();
   } else {

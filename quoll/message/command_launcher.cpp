@@ -51,7 +51,7 @@ std::string_view application_for(std::string_view own_identifier) {
 
 /// The account, percent-encoded; null stays null, which is written as the null text.
 Value encoded(const Value& account) {
-  const std::string* text = account.string();
+  const std::string* text = account.stringValue();
   return text == nullptr ? Value() : Value(RequestUtils::URLEncodedString(*text));
 }
 
@@ -80,9 +80,7 @@ bool LaunchCommandForMessages(const std::vector<std::shared_ptr<ExtensionMessage
       continue;
     }
     platform::NSNotificationCenter::defaultCenter()->postNotificationName(
-        ACTION_CALLED_EXTENSION,
-        std::make_shared<Dictionary>(std::initializer_list<Dictionary::Entry>{
-            {"message", message}, {"command", commandName}}));
+        ACTION_CALLED_EXTENSION, Dictionary{{"message", message}, {"command", commandName}});
     urls.push_back(std::move(url));
   }
   return LaunchCommands(urls, background);

@@ -57,9 +57,9 @@ Value address_of(const Value& recipient) {
   return addressable->address();
 }
 
-std::string joined(const std::shared_ptr<List>& recipients) {
+std::string joined(const List& recipients) {
   std::string text;
-  for (const Value& recipient : Value(recipients).list()) {
+  for (const Value& recipient : recipients) {
     text += foundation::format("%@;", address_of(recipient));
   }
   return text;
@@ -80,9 +80,9 @@ Value attachment_path(const Value& attachment) {
   return path ? Value(*path) : Value();
 }
 
-void add_attachments(const std::shared_ptr<List>& attachments, Dictionary& parameters) {
+void add_attachments(const List& attachments, Dictionary& parameters) {
   std::size_t index = 0;
-  for (const Value& attachment : Value(attachments).list()) {
+  for (const Value& attachment : attachments) {
     if (is_attachment(attachment)) {
       parameters.setObject(attachment_path(attachment),
                            std::string(command_url::attachment_prefix) + std::to_string(index));
@@ -105,7 +105,7 @@ void read_parameter(ExtensionMessage& message, std::string_view key, const Value
     }
   }
   if (key.starts_with(command_url::attachment_prefix)) {
-    message.attachments()->addObject(value);
+    message.attachments().addObject(value);
   }
 }
 
@@ -143,7 +143,7 @@ std::shared_ptr<ExtensionMessage> ExtensionMessage::ExtensionMessageWithUrl(
     return message;
   }
   const auto parameters = RequestUtils::URLQueryParameters(url->absoluteString());
-  for (const auto& [key, value] : *parameters) {
+  for (const auto& [key, value] : parameters) {
     read_parameter(*message, key, value);
   }
   return message;

@@ -7,14 +7,14 @@ namespace quoll {
 void ExtensionMessage::init() {
   htmlBody = "";
   plainBody = "";
-  to = std::make_shared<foundation::List>();
-  cc = std::make_shared<foundation::List>();
-  bcc = std::make_shared<foundation::List>();
-  attachments = std::make_shared<foundation::List>();
+  to = foundation::List();
+  cc = foundation::List();
+  bcc = foundation::List();
+  attachments = foundation::List();
 }
 
 std::shared_ptr<ExtensionMessage> ExtensionMessage::make() {
-  auto message = std::make_shared<ExtensionMessage>();
+  auto message = std::make_shared<ExtensionMessage>(foundation::Passkey<ExtensionMessage>());
   message->init();
   return message;
 }

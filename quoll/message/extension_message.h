@@ -24,7 +24,7 @@ class ExtensionMessage final : public foundation::Object, public foundation::Mon
  public:
   using Text = foundation::Property<foundation::Value>;
   using Number = foundation::Property<foundation::Value>;
-  using MutableList = foundation::Property<std::shared_ptr<foundation::List>>;
+  using MutableList = foundation::Property<foundation::List>;
 
   Text subject;
   Text account;     ///< the application's name of the account that the message belongs to
@@ -38,13 +38,15 @@ class ExtensionMessage final : public foundation::Object, public foundation::Mon
   foundation::Property<foundation::Value> image;  ///< the sender's picture, an `NSImage`
   Number unread;                                  ///< not zero when the message is unread
   Number folderStandardId;  ///< the application's code for the kind of standard folder
-  MutableList to;           ///< recipients: `ExtensionAddress`, or any other `Addressable`
-  MutableList cc;
-  MutableList bcc;
+  MutableList to{nullptr};  ///< recipients: `ExtensionAddress`, or any other `Addressable`
+  MutableList cc{nullptr};
+  MutableList bcc{nullptr};
   Text toString;  ///< the recipients as one text, in a message that was read from a URL
   Text ccString;
   Text bccString;
-  MutableList attachments;  ///< paths (as texts) or file URLs
+  MutableList attachments{nullptr};  ///< paths (as texts) or file URLs
+
+  explicit ExtensionMessage(foundation::Passkey<ExtensionMessage> /*key*/) {}
 
   /// The factory `new`, which is allocation followed by `init`. The bodies are empty texts, the
   /// four lists are empty and distinct, everything else is null.

@@ -34,9 +34,9 @@ std::string with_line_breaks(std::string_view text) {
 std::string ExtensionMessage::renderHtml() {
   const Value html = htmlBody();
   if (!html.is_null() && (html.length() != 0 || plainBody().length() == 0)) {
-    std::string body = *html.string();
+    std::string body = *html.stringValue();
     const auto lock = synchronized();
-    for (const Value& attachment : Value(attachments()).list()) {
+    for (const Value& attachment : attachments()) {
       body += foundation::format("<img src=\"file://%@\"/><br/>", attachment);
     }
     htmlBody = body;
@@ -46,7 +46,7 @@ std::string ExtensionMessage::renderHtml() {
   if (plain.length() == 0) {
     return {};
   }
-  std::string body = with_line_breaks(*plain.string());
+  std::string body = with_line_breaks(*plain.stringValue());
   const auto links = searchUrlsDetector(body);
   if (const std::string* const left = anchor_links(body, links, kLongestRendering)) {
     platform::log("ExtensionMessage renderHtml stopped before %@: longer than 64 MiB", *left);

@@ -36,7 +36,7 @@ constexpr std::array message_fields{
 /// The picture in a Base64 text, with its origin at the top left; null when there is none. Raises
 /// for anything but a text or null.
 std::shared_ptr<platform::NSImage> picture(const Value& avatar) {
-  const std::string* text = avatar.string();
+  const std::string* text = avatar.stringValue();
   const auto data =
       text == nullptr ? std::nullopt : foundation::base64_decode_ignoring_unknown(*text);
   auto image = data ? platform::NSImage::initWithData(*data) : nullptr;
@@ -49,7 +49,8 @@ std::shared_ptr<platform::NSImage> picture(const Value& avatar) {
 }  // namespace
 
 std::shared_ptr<ExtensionMessage> ExtensionMessage::initWithDictonary(const Value& dictionary) {
-  return records::guarded(std::make_shared<ExtensionMessage>(), [&](ExtensionMessage& message) {
+  auto record = std::make_shared<ExtensionMessage>(foundation::Passkey<ExtensionMessage>());
+  return records::guarded(record, [&](ExtensionMessage& message) {
     records::fill(message, dictionary, message_fields);
     // Single precision: the seconds of today's dates are rounded to multiples of 128.
     const Date received{dictionary.objectForKey("date").floatValue()};

@@ -21,7 +21,7 @@ class NSBundle {
   [[nodiscard]] static std::shared_ptr<NSBundle> mainBundle();
 
   /// "CFBundleIdentifier" among other keys, each absent when it is not known; never null.
-  [[nodiscard]] virtual std::shared_ptr<foundation::Dictionary> infoDictionary() const = 0;
+  [[nodiscard]] virtual foundation::Dictionary infoDictionary() const = 0;
 
   /// `localizedStringForKey:value:table:` with the default table: the translation of `key`; without
   /// one `value`, and when that is empty the key itself. The empty key gives the empty text.

@@ -57,7 +57,7 @@ std::shared_ptr<NSBundle> NSBundle::mainBundle() {
 }
 
 foundation::Value main_bundle_identifier() {
-  return NSBundle::mainBundle()->infoDictionary()->objectForKey("CFBundleIdentifier");
+  return NSBundle::mainBundle()->infoDictionary().objectForKey("CFBundleIdentifier");
 }
 
 std::shared_ptr<NSFileManager> NSFileManager::defaultManager() {

@@ -21,9 +21,7 @@ Error no_such_file(const std::shared_ptr<NSURL>& url) {
 
 class NoBundle final : public NSBundle {
  public:
-  std::shared_ptr<foundation::Dictionary> infoDictionary() const override {
-    return std::make_shared<foundation::Dictionary>();
-  }
+  foundation::Dictionary infoDictionary() const override { return {}; }
   std::string localizedStringForKey(std::string_view key, std::string_view value) const override {
     return std::string(key.empty() || value.empty() ? key : value);
   }

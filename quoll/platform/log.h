@@ -59,7 +59,8 @@ std::optional<foundation::Error> failure_in(const Argument& argument) {
 /// The same with a pattern: `log("shareInit %@", error)`. The event's error is the first argument
 /// that stands for a failure.
 template <typename First, typename... Rest>
-void log(std::string_view pattern, const First& first, const Rest&... rest) {
+void log(foundation::Pattern<1 + sizeof...(Rest)> pattern, const First& first,
+         const Rest&... rest) {
   LogEvent event{foundation::format(pattern, first, rest...), failure_in(first)};
   ((event.error = event.error ? std::move(event.error) : failure_in(rest)), ...);
   log_event(event);

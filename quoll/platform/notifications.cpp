@@ -20,11 +20,11 @@ const void* identity(const Value& value) {
   if (const auto object = value.object()) {
     return object.get();
   }
-  if (const auto list = value.as_list()) {
-    return list.get();
+  if (const auto list = value.as<foundation::List>()) {
+    return list.identity();
   }
-  if (const auto dictionary = value.as_dictionary()) {
-    return dictionary.get();
+  if (const auto dictionary = value.as<foundation::Dictionary>()) {
+    return dictionary.identity();
   }
   if (const std::string* text = value.text()) {
     return text;

@@ -52,7 +52,7 @@ std::shared_ptr<Record> guarded(const std::shared_ptr<Record>& record, const Rea
   try {
     reading(*record);
   } catch (const foundation::NSException& exception) {
-    platform::log(std::string(record->class_name()) + " initWithDictonary %@", exception);
+    platform::log("%@ initWithDictonary %@", record->class_name(), exception);
   }
   return record;
 }

@@ -21,15 +21,19 @@ constexpr std::array account_fields{
 
 }  // namespace
 
+std::shared_ptr<ExtensionAccount> ExtensionAccount::make() {
+  return std::make_shared<ExtensionAccount>(foundation::Passkey<ExtensionAccount>());
+}
+
 std::shared_ptr<ExtensionAccount> ExtensionAccount::initWithDictonary(const Value& dictionary) {
-  return records::guarded(std::make_shared<ExtensionAccount>(), [&](ExtensionAccount& account) {
+  return records::guarded(make(), [&](ExtensionAccount& account) {
     records::fill(account, dictionary, account_fields);
     account.type = dictionary.objectForKey("type").integerValue();
     account.enabled = dictionary.objectForKey("enabled").boolValue();
-    const auto identities = std::make_shared<List>();
+    List identities;
     account.aliases = identities;
     for (const Value& element : dictionary.objectForKey("aliases").list()) {
-      identities->addObject(ExtensionAlias::initWithDictonary(element));
+      identities.addObject(ExtensionAlias::initWithDictonary(element));
     }
   });
 }

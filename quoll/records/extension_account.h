@@ -21,10 +21,15 @@ class ExtensionAccount final : public foundation::Object, public Addressable {
   foundation::Property<foundation::Value> mail;
   foundation::Property<foundation::Value> name;
   /// A list of `ExtensionAlias`; null until it is set or read from a dictionary.
-  foundation::Property<std::shared_ptr<foundation::List>> aliases;
+  foundation::Property<foundation::List> aliases{nullptr};
   /// The mail application's code for the kind of account. The library only passes it on.
   foundation::Property<std::int64_t> type;
   foundation::Property<bool> enabled;
+
+  explicit ExtensionAccount(foundation::Passkey<ExtensionAccount> /*key*/) {}
+
+  /// The factory `new`: nothing is set.
+  [[nodiscard]] static std::shared_ptr<ExtensionAccount> make();
 
   /// `initWithDictonary:`: a record filled from a dictionary whose keys are the names of the
   /// fields; never null. An absent mail is the translation of "No Mail", an absent name the empty

@@ -27,8 +27,12 @@ constexpr std::array address_fields{
 
 }  // namespace
 
+std::shared_ptr<ExtensionAddress> ExtensionAddress::make() {
+  return std::make_shared<ExtensionAddress>(foundation::Passkey<ExtensionAddress>());
+}
+
 std::shared_ptr<ExtensionAddress> ExtensionAddress::initWithDictonary(const Value& dictionary) {
-  return records::guarded(std::make_shared<ExtensionAddress>(), [&](ExtensionAddress& address) {
+  return records::guarded(make(), [&](ExtensionAddress& address) {
     records::fill(address, dictionary, address_fields);
     address.rank = dictionary.objectForKey("rank").integerValue();
   });

@@ -25,6 +25,11 @@ class ExtensionAddress final : public foundation::Object, public Addressable {
   foundation::Property<foundation::Value> nickname;
   foundation::Property<std::int64_t> rank;
 
+  explicit ExtensionAddress(foundation::Passkey<ExtensionAddress> /*key*/) {}
+
+  /// The factory `new`: nothing is set.
+  [[nodiscard]] static std::shared_ptr<ExtensionAddress> make();
+
   /// `initWithDictonary:`: a record filled from a dictionary whose keys are the names of the
   /// fields; never null. An absent mail is "No Mail", any other absent text the empty text, an
   /// absent rank 0. A null dictionary is read as an empty one. A failure is logged and ends the

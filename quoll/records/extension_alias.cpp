@@ -19,11 +19,14 @@ constexpr std::array alias_fields{
 
 }  // namespace
 
+std::shared_ptr<ExtensionAlias> ExtensionAlias::make() {
+  return std::make_shared<ExtensionAlias>(foundation::Passkey<ExtensionAlias>());
+}
+
 std::shared_ptr<ExtensionAlias> ExtensionAlias::initWithDictonary(
     const foundation::Value& dictionary) {
-  return records::guarded(std::make_shared<ExtensionAlias>(), [&](ExtensionAlias& alias) {
-    records::fill(alias, dictionary, alias_fields);
-  });
+  return records::guarded(
+      make(), [&](ExtensionAlias& alias) { records::fill(alias, dictionary, alias_fields); });
 }
 
 std::string ExtensionAlias::description() const {

@@ -21,6 +21,11 @@ class ExtensionAlias final : public foundation::Object, public Addressable {
   /// the alias.
   foundation::Property<foundation::Value> account;
 
+  explicit ExtensionAlias(foundation::Passkey<ExtensionAlias> /*key*/) {}
+
+  /// The factory `new`: nothing is set.
+  [[nodiscard]] static std::shared_ptr<ExtensionAlias> make();
+
   /// `initWithDictonary:`: a record filled from a dictionary whose keys are the names of the
   /// fields; never null. An absent mail is the translation of "No Mail", any other absent text the
   /// empty text. A null dictionary is read as an empty one. A failure is logged and ends the

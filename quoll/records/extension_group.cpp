@@ -26,21 +26,25 @@ constexpr std::array group_fields{
 
 }  // namespace
 
+std::shared_ptr<ExtensionGroup> ExtensionGroup::make() {
+  return std::make_shared<ExtensionGroup>(foundation::Passkey<ExtensionGroup>());
+}
+
 std::shared_ptr<ExtensionGroup> ExtensionGroup::initWithDictonary(const Value& dictionary) {
-  return records::guarded(std::make_shared<ExtensionGroup>(), [&](ExtensionGroup& group) {
+  return records::guarded(make(), [&](ExtensionGroup& group) {
     records::fill(group, dictionary, group_fields);
-    const auto members = std::make_shared<List>();
+    List members;
     group.addresses = members;
     for (const Value& element : dictionary.objectForKey("addresses").list()) {
-      members->addObject(ExtensionAddress::initWithDictonary(element));
+      members.addObject(ExtensionAddress::initWithDictonary(element));
     }
   });
 }
 
 std::string ExtensionGroup::prettyprint() const {
   const auto members = addresses();
-  if (members && !members->empty()) {
-    return foundation::format("%@ (%@)", name(), members->count());
+  if (!members.empty()) {
+    return foundation::format("%@ (%@)", name(), members.count());
   }
   return foundation::format("%@", name());
 }

@@ -19,7 +19,12 @@ class ExtensionGroup final : public foundation::Object {
   foundation::Property<foundation::Value> idx;
   foundation::Property<foundation::Value> name;
   /// A list of `ExtensionAddress`; null until it is set or read from a dictionary.
-  foundation::Property<std::shared_ptr<foundation::List>> addresses;
+  foundation::Property<foundation::List> addresses{nullptr};
+
+  explicit ExtensionGroup(foundation::Passkey<ExtensionGroup> /*key*/) {}
+
+  /// The factory `new`: nothing is set.
+  [[nodiscard]] static std::shared_ptr<ExtensionGroup> make();
 
   /// `initWithDictonary:`: a record filled from a dictionary whose keys are the names of the
   /// fields; never null. An absent idx is the empty text, an absent name the translation of "No

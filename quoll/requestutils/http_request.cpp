@@ -73,7 +73,7 @@ std::shared_ptr<NSMutableURLRequest> HTTPRequestWithURL(std::shared_ptr<NSURL> u
   auto request = NSMutableURLRequest::requestWithURL(std::move(url));
   request->setHTTPMethod(foundation::upper_case(method));
   if (request->HTTPMethod() == kGet) {
-    addGETParameters(*request, parameters, 0);
+    addGETParameters(*request, parameters, {});
   } else {
     setPOSTParameters(*request, parameters);
   }
@@ -91,17 +91,17 @@ std::shared_ptr<NSMutableURLRequest> POSTRequestWithURL(std::shared_ptr<NSURL> u
   return HTTPRequestWithURL(std::move(url), "POST", parameters);
 }
 
-std::shared_ptr<Dictionary> GETParameters(const NSURLRequest& request) {
+Dictionary GETParameters(const NSURLRequest& request) {
   const auto query = request.URL() ? request.URL()->query() : std::nullopt;
   return query ? URLQueryParameters(*query) : nullptr;
 }
 
-std::shared_ptr<Dictionary> POSTParameters(const NSURLRequest& request) {
+Dictionary POSTParameters(const NSURLRequest& request) {
   return URLQueryParameters(body_text(request));
 }
 
 void setGETParameters(NSMutableURLRequest& request, const Dictionary& parameters) {
-  setGETParameters(request, parameters, 0);
+  setGETParameters(request, parameters, {});
 }
 
 void setGETParameters(NSMutableURLRequest& request, const Dictionary& parameters,
@@ -117,7 +117,7 @@ void addGETParameters(NSMutableURLRequest& request, const Dictionary& parameters
 }
 
 void setPOSTParameters(NSMutableURLRequest& request, const Dictionary& parameters) {
-  setPOSTParameters(request, parameters, 0);
+  setPOSTParameters(request, parameters, {});
 }
 
 void setPOSTParameters(NSMutableURLRequest& request, const Dictionary& parameters,

@@ -36,12 +36,10 @@ namespace quoll::RequestUtils {
     std::shared_ptr<foundation::NSURL> url, const foundation::Dictionary& parameters);
 
 /// `GETParameters`: the parameters in the URL's query; null when the URL has no query.
-[[nodiscard]] std::shared_ptr<foundation::Dictionary> GETParameters(
-    const foundation::NSURLRequest& request);
+[[nodiscard]] foundation::Dictionary GETParameters(const foundation::NSURLRequest& request);
 /// `POSTParameters`: the parameters in the body; empty when there is no body or when it is not
 /// UTF-8.
-[[nodiscard]] std::shared_ptr<foundation::Dictionary> POSTParameters(
-    const foundation::NSURLRequest& request);
+[[nodiscard]] foundation::Dictionary POSTParameters(const foundation::NSURLRequest& request);
 
 /// `setGETParameters:` and `setGETParameters:options:`: replaces the query of the URL. The URL is
 /// taken apart and put together again for this; it becomes null when that gives no URL (see

@@ -33,7 +33,7 @@ class Assembly {
   bool add_text(std::string_view key) {
     const Value* const value = components_.find(key);
     if (value != nullptr) {
-      text_ += *value->string();
+      text_ += *value->stringValue();
     }
     return value != nullptr;
   }
@@ -48,9 +48,9 @@ class Assembly {
 
   void add_query() {
     const Value* const query = components_.find(URLQueryComponent);
-    const auto parameters = query != nullptr ? query->as_dictionary() : nullptr;
+    const auto parameters = query != nullptr ? query->as<Dictionary>() : nullptr;
     if (parameters) {
-      text_.append("?").append(URLQueryWithParameters(*parameters));
+      text_.append("?").append(URLQueryWithParameters(parameters));
     } else {
       add_described("?", URLQueryComponent);
     }
@@ -91,31 +91,31 @@ std::shared_ptr<NSURL> URLWithComponents(const Dictionary& components) {
   return NSURL::URLWithString(url.text());
 }
 
-std::shared_ptr<Dictionary> components(const NSURL& url) {
+Dictionary components(const NSURL& url) {
   constexpr std::size_t kKeys = 9;
-  auto found = std::make_shared<Dictionary>();
-  found->reserve(kKeys);
-  store(*found, URLSchemeComponent, url.scheme());
-  store(*found, URLHostComponent, url.host());
-  store(*found, URLPortComponent, url.port());
-  store(*found, URLUserComponent, url.user());
-  store(*found, URLPasswordComponent, url.password());
-  store(*found, URLPathComponent, url.path());
-  store(*found, URLParameterStringComponent, url.parameterString());
-  store(*found, URLQueryComponent, url.query());
-  store(*found, URLFragmentComponent, url.fragment());
+  Dictionary found;
+  found.reserve(kKeys);
+  store(found, URLSchemeComponent, url.scheme());
+  store(found, URLHostComponent, url.host());
+  store(found, URLPortComponent, url.port());
+  store(found, URLUserComponent, url.user());
+  store(found, URLPasswordComponent, url.password());
+  store(found, URLPathComponent, url.path());
+  store(found, URLParameterStringComponent, url.parameterString());
+  store(found, URLQueryComponent, url.query());
+  store(found, URLFragmentComponent, url.fragment());
   return found;
 }
 
 std::shared_ptr<NSURL> URLWithValue(const NSURL& url, const Value& value,
                                     std::string_view forComponent) {
-  const auto changed = components(url);
+  Dictionary changed = components(url);
   if (value.is_null()) {
-    changed->removeObjectForKey(forComponent);
+    changed.removeObjectForKey(forComponent);
   } else {
-    changed->setObject(value, forComponent);
+    changed.setObject(value, forComponent);
   }
-  return URLWithComponents(*changed);
+  return URLWithComponents(changed);
 }
 
 std::shared_ptr<NSURL> URLWithScheme(const NSURL& url, std::string_view scheme) {

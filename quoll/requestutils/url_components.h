@@ -33,7 +33,7 @@ extern const std::string_view URLFragmentComponent;         ///< "fragment"
 
 /// `components`: a new dictionary of the components that the URL has, with the values of its
 /// accessors (so percent-escapes are decoded where the accessor decodes).
-[[nodiscard]] std::shared_ptr<foundation::Dictionary> components(const foundation::NSURL& url);
+[[nodiscard]] foundation::Dictionary components(const foundation::NSURL& url);
 
 /// `URLWithValue:forComponent:`: the URL with one component replaced; a null value removes it. The
 /// result may be null for a URL with escapes in its user, host or path, because taking it apart

@@ -34,23 +34,24 @@ std::string replacing_last_component(std::string_view text, std::string_view com
   return stringByAppendingURLPathComponent(stringByDeletingLastURLPathComponent(text), component);
 }
 
-/// The elements of a list; a list of one for a text.
-std::vector<Value> elements(const Value& value) {
-  return value.as_list() ? value.list() : std::vector<Value>{value};
+/// The list itself; a list of one for a text.
+List elements(const Value& value) {
+  const auto list = value.as<List>();
+  return list ? list : List{value};
 }
 
 /// The merged value of a key that is on both sides.
 Value merged(const Value& old_value, const Value& new_value, URLQueryOptions mode) {
-  const bool texts = !old_value.as_list() && !new_value.as_list();
+  const bool texts = !old_value.nests() && !new_value.nests();
   if (texts && mode == URLQueryKeepFirstValue) {
     return old_value;
   }
   if (texts && mode != URLQueryCollectValues && mode != URLQueryAlwaysArrays) {
     return new_value;
   }
-  auto list = std::make_shared<List>(elements(old_value));
+  List list = elements(old_value);
   for (const Value& element : elements(new_value)) {
-    list->addObject(element);
+    list.addObject(element);
   }
   return list;
 }
@@ -61,7 +62,7 @@ void merge(Dictionary& parameters, const Dictionary& added, URLQueryOptions mode
     if (present != nullptr) {
       parameters.setObject(merged(*present, value, mode), key);
     } else if (mode == URLQueryAlwaysArrays) {
-      parameters.setObject(std::make_shared<List>(List{value}), key);
+      parameters.setObject(List{value}, key);
     } else {
       parameters.setObject(value, key);
     }
@@ -118,7 +119,7 @@ std::string stringByReplacingURLQueryWithQuery(std::string_view text,
 }
 
 std::string stringByMergingURLQuery(std::string_view text, std::optional<std::string_view> query) {
-  return stringByMergingURLQuery(text, query, 0);
+  return stringByMergingURLQuery(text, query, {});
 }
 
 std::string stringByMergingURLQuery(std::string_view text, std::optional<std::string_view> query,
@@ -131,12 +132,12 @@ std::string stringByMergingURLQuery(std::string_view text, std::optional<std::st
   if (!present || present->empty()) {
     return stringByAppendingURLQuery(text, added);
   }
-  const auto parameters = URLQueryParametersWithOptions(*present, options);
-  merge(*parameters, *URLQueryParametersWithOptions(*added, options),
+  Dictionary parameters = URLQueryParametersWithOptions(*present, options);
+  merge(parameters, URLQueryParametersWithOptions(*added, options),
         mode_of(options, URLQueryKeepLastValue));
   const auto range = *rangeOfURLQuery(text);
   return std::string(text.substr(0, range.location))
-      .append(URLQueryWithParameters(*parameters, options))
+      .append(URLQueryWithParameters(parameters, options))
       .append(text.substr(range.location + static_cast<std::size_t>(range.length)));
 }
 

@@ -18,7 +18,7 @@ using foundation::Value;
 /// The text that a value holds. Raises for any other kind, since only texts can be written to a
 /// query.
 const std::string& encodable(const Value& value) {
-  const std::string* text = value.string();
+  const std::string* text = value.stringValue();
   if (text == nullptr) {
     foundation::raise_invalid_argument("null cannot stand in a query");
   }
@@ -77,10 +77,6 @@ std::optional<std::string_view> query_in(std::string_view text) {
   return query;
 }
 
-Value list_of(Value first) {
-  return std::make_shared<List>(std::vector<Value>{std::move(first)});
-}
-
 void store(Dictionary& parameters, std::string key, bool bracketed, Value value,
            URLQueryOptions mode) {
   Value* const present = parameters.find(key);
@@ -88,13 +84,13 @@ void store(Dictionary& parameters, std::string key, bool bracketed, Value value,
     const bool as_list =
         mode == URLQueryAlwaysArrays || (mode == URLQueryCollectValues && bracketed);
     // cppcheck-suppress accessMoved  ; one of the two
-    parameters.add_new(as_list ? list_of(std::move(value)) : std::move(value), std::move(key));
-  } else if (const auto list = present->as_list()) {
-    list->addObject(std::move(value));
+    parameters.add_new(as_list ? Value(List{std::move(value)}) : std::move(value), std::move(key));
+  } else if (auto list = present->as<List>()) {
+    list.addObject(std::move(value));
   } else if (mode == URLQueryKeepLastValue) {
     parameters.setObject(std::move(value), key);
   } else if (mode != URLQueryKeepFirstValue) {
-    *present = std::make_shared<List>(List{*present, std::move(value)});
+    *present = List{*present, std::move(value)};
   }
 }
 
@@ -139,7 +135,7 @@ std::optional<std::string> URLQuery(std::string_view text) {
 }
 
 std::string URLQueryWithParameters(const foundation::Dictionary& parameters) {
-  return URLQueryWithParameters(parameters, 0);
+  return URLQueryWithParameters(parameters, {});
 }
 
 std::string URLQueryWithParameters(const Dictionary& parameters, URLQueryOptions options) {
@@ -151,16 +147,16 @@ std::string URLQueryWithParameters(const Dictionary& parameters, URLQueryOptions
   for (const auto& [key, value] : parameters) {
     encoded_key.clear();
     foundation::percent_encode_append(encoded_key, key);
-    const auto list = value.as_list();
+    const auto list = value.as<List>();
     if (!list) {
       query.add(encoded_key, bracket_singles, value);
     } else if (mode == URLQueryKeepLastValue || mode == URLQueryKeepFirstValue) {
-      if (!list->empty()) {
-        const std::size_t index = mode == URLQueryKeepFirstValue ? 0 : list->count() - 1;
-        query.add(encoded_key, false, list->objectAtIndex(index));
+      if (!list.empty()) {
+        const std::size_t index = mode == URLQueryKeepFirstValue ? 0 : list.count() - 1;
+        query.add(encoded_key, false, list.objectAtIndex(index));
       }
     } else {
-      for (const Value& element : *list) {
+      for (const Value& element : list) {
         query.add(encoded_key, brackets, element);
       }
     }
@@ -168,14 +164,13 @@ std::string URLQueryWithParameters(const Dictionary& parameters, URLQueryOptions
   return query.take();
 }
 
-std::shared_ptr<Dictionary> URLQueryParameters(std::string_view text) {
-  return URLQueryParametersWithOptions(text, 0);
+Dictionary URLQueryParameters(std::string_view text) {
+  return URLQueryParametersWithOptions(text, {});
 }
 
-std::shared_ptr<Dictionary> URLQueryParametersWithOptions(std::string_view text,
-                                                          URLQueryOptions options) {
+Dictionary URLQueryParametersWithOptions(std::string_view text, URLQueryOptions options) {
   const URLQueryOptions mode = mode_of(options, URLQueryKeepLastValue);
-  auto parameters = std::make_shared<Dictionary>();
+  Dictionary parameters;
   const auto query = query_in(text);
   if (!query) {
     return parameters;
@@ -183,12 +178,12 @@ std::shared_ptr<Dictionary> URLQueryParametersWithOptions(std::string_view text,
   std::string_view rest = *query;
   // Reserve for no more than a usual query has: one from a stranger may be a long row of "&".
   constexpr std::ptrdiff_t kUsual = 64;
-  parameters->reserve(
+  parameters.reserve(
       static_cast<std::size_t>(std::min(kUsual, 1 + std::count(rest.begin(), rest.end(), '&'))));
   while (true) {
     const std::size_t ampersand = rest.find('&');
     if (const auto piece = split_piece(rest.substr(0, ampersand))) {
-      parse_piece(*parameters, *piece, mode);
+      parse_piece(parameters, *piece, mode);
     }
     if (ampersand == std::string_view::npos) {
       return parameters;

@@ -15,23 +15,28 @@ namespace quoll::RequestUtils {
 
 /// How repeated keys and lists are treated: one value mode in the low three bits, and one flag.
 /// Without a mode, composing works as with `URLQueryCollectValues` and parsing as with
-/// `URLQueryKeepLastValue`.
-using URLQueryOptions = std::uint32_t;
-inline constexpr URLQueryOptions URLQueryKeepLastValue = 1;
-inline constexpr URLQueryOptions URLQueryKeepFirstValue = 2;
-inline constexpr URLQueryOptions URLQueryCollectValues = 3;
-/// When parsing, every key gets a list, even for one value. When composing, a text is treated as a
-/// list of one.
-inline constexpr URLQueryOptions URLQueryAlwaysArrays = 4;
-/// A flag for composing: elements of lists are written `key[]=value`.
-inline constexpr URLQueryOptions URLQueryBracketArrayKeys = 8;
+/// `URLQueryKeepLastValue`. Every number may be cast to it; modes 5 to 7 have no names.
+enum URLQueryOptions : std::uint32_t {
+  URLQueryKeepLastValue = 1,
+  URLQueryKeepFirstValue = 2,
+  URLQueryCollectValues = 3,
+  /// When parsing, every key gets a list, even for one value. When composing, a text is treated as
+  /// a list of one.
+  URLQueryAlwaysArrays = 4,
+  /// A flag for composing: elements of lists are written `key[]=value`.
+  URLQueryBracketArrayKeys = 8,
+};
+
+[[nodiscard]] constexpr URLQueryOptions operator|(URLQueryOptions a, URLQueryOptions b) {
+  return static_cast<URLQueryOptions>(std::uint32_t{a} | std::uint32_t{b});
+}
 
 /// The value mode in `options`, or `when_none` when there is none.
 [[nodiscard]] constexpr URLQueryOptions mode_of(URLQueryOptions options,
                                                 URLQueryOptions when_none) {
-  constexpr URLQueryOptions kModeMask = 7;
-  const URLQueryOptions mode = options & kModeMask;
-  return mode == 0 ? when_none : mode;
+  constexpr std::uint32_t kModeMask = 7;
+  const std::uint32_t mode = options & kModeMask;
+  return mode == 0 ? when_none : static_cast<URLQueryOptions>(mode);
 }
 
 /// `URLEncodedString`: the text, percent-encoded for use as a query's key or value. A space becomes
@@ -63,8 +68,8 @@ inline constexpr URLQueryOptions URLQueryBracketArrayKeys = 8;
 /// `URLQueryParameters` and `URLQueryParametersWithOptions:`: a new dictionary of the parameters,
 /// in the order in which their keys first appear; empty when there is no query. Pieces without a
 /// "=" are left out. Raises `NSInvalidArgumentException` when a key or a value does not decode.
-[[nodiscard]] std::shared_ptr<foundation::Dictionary> URLQueryParameters(std::string_view text);
-[[nodiscard]] std::shared_ptr<foundation::Dictionary> URLQueryParametersWithOptions(
-    std::string_view text, URLQueryOptions options);
+[[nodiscard]] foundation::Dictionary URLQueryParameters(std::string_view text);
+[[nodiscard]] foundation::Dictionary URLQueryParametersWithOptions(std::string_view text,
+                                                                   URLQueryOptions options);
 
 }  // namespace quoll::RequestUtils

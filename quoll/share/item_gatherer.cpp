@@ -59,17 +59,13 @@ void append_html(ExtensionMessage& message, const std::string& html) {
 
 void append_attachments(ExtensionMessage& message, const List& paths) {
   const auto lock = message.synchronized();
-  const auto attachments = message.attachments();
+  auto attachments = message.attachments();
   if (!attachments) {
     return;  // the completion may have taken the list away before a late answer
   }
   for (const Value& path : paths) {
-    attachments->addObject(path);
+    attachments.addObject(path);
   }
-}
-
-std::shared_ptr<List> list_of(Value only) {
-  return std::make_shared<List>(std::vector<Value>{std::move(only)});
 }
 
 void append_text(ExtensionMessage& message, const NSExtensionItem& item) {
@@ -101,8 +97,8 @@ void url_loaded(Gathering& gathering, const NSExtensionItem& input, const Value&
   }
   if (url && url->isFileURL()) {
     const auto path = url->file_system_path();
-    const auto staged = ShareFiles(gathering.service, list_of(path ? Value(*path) : Value()));
-    append_attachments(*gathering.message, *staged);
+    const auto staged = ShareFiles(gathering.service, List{path ? Value(*path) : Value()});
+    append_attachments(*gathering.message, staged);
   } else {
     add_link(*gathering.message, input, item);
   }
@@ -155,7 +151,7 @@ void image_loaded(Gathering& gathering, const Value& item, const std::optional<E
           ? image->representationUsingType(platform::BitmapImageFileType::NSBitmapImageFileTypePNG)
           : std::nullopt;
   if (png) {
-    append_attachments(*gathering.message, *ShareDatas(gathering.service, list_of(*png)));
+    append_attachments(*gathering.message, ShareDatas(gathering.service, List{*png}));
   }
 }
 

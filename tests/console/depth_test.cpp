@@ -19,9 +19,9 @@ TEST(JsonDepth, IsReadTo512Levels) {
 
 TEST(JsonDepth, IsWrittenTo1024Levels) {
   const auto written = [](std::size_t depth) {
-    foundation::Value value = std::make_shared<foundation::List>();
+    foundation::Value value = foundation::List();
     for (std::size_t level = 1; level < depth; ++level) {
-      value = std::make_shared<foundation::List>(std::vector{value});
+      value = foundation::List{value};
     }
     return write_value(value);
   };

@@ -23,11 +23,11 @@ constexpr PropertyListForm kForms[] = {PropertyListForm::kXml, PropertyListForm:
                                        PropertyListForm::kOld};
 
 Value list(std::initializer_list<Value> values) {
-  return std::make_shared<List>(values);
+  return List(values);
 }
 
 Value dictionary(std::initializer_list<Dictionary::Entry> entries) {
-  return std::make_shared<Dictionary>(entries);
+  return Dictionary(entries);
 }
 
 /// Texts and bytes only, so that every form keeps it.

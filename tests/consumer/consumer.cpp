@@ -11,12 +11,12 @@
 int main() {
   using quoll::foundation::Dictionary;
   using quoll::foundation::Value;
-  const auto address = quoll::ExtensionAddress::initWithDictonary(
-      Value(std::make_shared<Dictionary>(Dictionary{{"mail", "j@h"}})));
+  const auto address =
+      quoll::ExtensionAddress::initWithDictonary(Value(Dictionary{{"mail", "j@h"}}));
   const auto message = quoll::ExtensionMessage::make();
-  message->to()->addObject(address);
+  message->to().addObject(address);
   std::cout << message->queryUrl(quoll::commandCompose)->absoluteString() << '\n'
-            << message->to()->objectAtIndex(0).as<quoll::ExtensionAddress>()->prettyprint() << '\n'
+            << message->to().objectAtIndex(0).as<quoll::ExtensionAddress>()->prettyprint() << '\n'
             << quoll::it_vorlent_quoll_2 << '\n'
             << quoll::RequestUtils::URLFragmentComponent << '\n';
   try {

@@ -39,8 +39,8 @@ class ContainerTest : public ::testing::Test {
     return folder.path("K7Q2M9XT4B.quoll/SharedData/Share");
   }
 
-  static std::shared_ptr<foundation::List> list(std::vector<foundation::Value> values) {
-    return std::make_shared<foundation::List>(std::move(values));
+  static foundation::List list(std::vector<foundation::Value> values) {
+    return foundation::List(std::move(values));
   }
   static std::vector<std::string> texts(const foundation::List& values) {
     std::vector<std::string> out;

@@ -27,8 +27,7 @@ class PropertyListFiles : public ::testing::Test {
 };
 
 TEST_F(PropertyListFiles, ReadsAListAtTheRoot) {
-  EXPECT_EQ(Value(array_with_contents_of_url(file("(a, b)"))),
-            Value(std::make_shared<List>(std::initializer_list<Value>{"a", "b"})));
+  EXPECT_EQ(Value(array_with_contents_of_url(file("(a, b)"))), Value(List{"a", "b"}));
 }
 
 TEST_F(PropertyListFiles, AnswersNullAndLogsNothingOtherwise) {

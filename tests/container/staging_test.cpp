@@ -67,8 +67,8 @@ TEST_F(Staging, InitIsSilentAndEmptiesTheFolder) {
 TEST_F(Staging, WithoutAContainerEachOperationLogsItsOwnLineOnce) {
   const platform::ScopedDesktop bare({.log = log});
   ShareInit("Share");
-  EXPECT_TRUE(ShareFiles("Share", list({"/a"}))->empty());
-  EXPECT_TRUE(ShareDatas("Share", list({Bytes{1}}))->empty());
+  EXPECT_TRUE(ShareFiles("Share", list({"/a"})).empty());
+  EXPECT_TRUE(ShareDatas("Share", list({Bytes{1}})).empty());
   const auto lines = log->lines();
   ASSERT_EQ(lines.size(), 3U);
   EXPECT_TRUE(lines[0].starts_with("shareInit Error Domain="));
@@ -89,7 +89,7 @@ TEST_F(Staging, FilesOfOneNameGetTheNextFreeOnes) {
   std::filesystem::create_directories(folder.path("b"));
   const auto staged = ShareFiles("Share", list({folder.write("a/report.pdf", "first"),
                                                 folder.write("b/report.pdf", "second")}));
-  EXPECT_EQ(texts(*staged), (std::vector{staging() + "/report.pdf", staging() + "/report_1.pdf"}));
+  EXPECT_EQ(texts(staged), (std::vector{staging() + "/report.pdf", staging() + "/report_1.pdf"}));
   EXPECT_EQ(test::read_file(staging() + "/report.pdf"), "first");
   EXPECT_EQ(test::read_file(staging() + "/report_1.pdf"), "second");
 }
@@ -97,8 +97,8 @@ TEST_F(Staging, FilesOfOneNameGetTheNextFreeOnes) {
 TEST_F(Staging, ImagesAreNumbered) {
   ShareInit("Share");
   const auto staged = ShareDatas("Share", list({Bytes{'1'}, Bytes{'2'}, Bytes{'3'}}));
-  EXPECT_EQ(texts(*staged), (std::vector{staging() + "/image.png", staging() + "/image_1.png",
-                                         staging() + "/image_2.png"}));
+  EXPECT_EQ(texts(staged), (std::vector{staging() + "/image.png", staging() + "/image_1.png",
+                                        staging() + "/image_2.png"}));
   EXPECT_EQ(test::read_file(staging() + "/image_2.png"), "3");
 }
 
@@ -107,11 +107,11 @@ TEST_F(Staging, AFailedItemIsLeftOutAndTheRestGoesOn) {
   files->fail(FailingFiles::Operation::kCopy, 2, kGone);
   const auto staged = ShareFiles(
       "Share", list({folder.write("1", ""), folder.write("2", ""), folder.write("3", "")}));
-  EXPECT_EQ(texts(*staged), (std::vector{staging() + "/1", staging() + "/3"}));
+  EXPECT_EQ(texts(staged), (std::vector{staging() + "/1", staging() + "/3"}));
   EXPECT_EQ(log->lines().back(), std::string("Error writing file shareFiles ") + kGoneText);
 
   files->fail(FailingFiles::Operation::kWrite, 1, kFull);
-  EXPECT_EQ(texts(*ShareDatas("Share", list({Bytes{1}, Bytes{2}}))),
+  EXPECT_EQ(texts(ShareDatas("Share", list({Bytes{1}, Bytes{2}}))),
             std::vector{staging() + "/image.png"})
       << "the name that was not written is given again";
   EXPECT_EQ(log->lines().back(), std::string("Error writing file shareDatas ") + kFullText);
@@ -121,7 +121,7 @@ TEST_F(Staging, ANameHas255BytesAndASecondOfThemNoRoomForItsNumber) {
   ShareInit("Share");
   const std::string name(255, 'n');
   const std::string path = folder.write(name, "content");
-  EXPECT_EQ(texts(*ShareFiles("Share", list({path, path}))), std::vector{staging() + "/" + name});
+  EXPECT_EQ(texts(ShareFiles("Share", list({path, path}))), std::vector{staging() + "/" + name});
   EXPECT_TRUE(log->lines().back().starts_with("Error writing file shareFiles "))
       << log->lines().back();
 }
@@ -129,9 +129,9 @@ TEST_F(Staging, ANameHas255BytesAndASecondOfThemNoRoomForItsNumber) {
 TEST_F(Staging, AnExceptionEndsTheLoopAndKeepsWhatIsThere) {
   ShareInit("Share");
   const std::string path = folder.write("1", "");
-  EXPECT_EQ(texts(*ShareFiles("Share", list({path, 7, path}))), std::vector{staging() + "/1"});
+  EXPECT_EQ(texts(ShareFiles("Share", list({path, 7, path}))), std::vector{staging() + "/1"});
   EXPECT_TRUE(log->lines().back().starts_with("Exception shareFiles ")) << log->lines().back();
-  EXPECT_EQ(texts(*ShareDatas("Share", list({Bytes{1}, "text", Bytes{2}}))),
+  EXPECT_EQ(texts(ShareDatas("Share", list({Bytes{1}, "text", Bytes{2}}))),
             std::vector{staging() + "/image.png"});
   EXPECT_TRUE(log->lines().back().starts_with("Exception shareDatas ")) << log->lines().back();
   const auto raised = log->events().back();
@@ -184,7 +184,7 @@ TEST_F(Staging, AnotherExceptionPassesAndFreesTheLock) {
                                             .log = log});
     EXPECT_THROW(static_cast<void>(ShareFiles("Share", list({path}))), std::runtime_error);
   }
-  EXPECT_EQ(ShareFiles("Share", list({path}))->count(), 1U) << "the lock was released";
+  EXPECT_EQ(ShareFiles("Share", list({path})).count(), 1U) << "the lock was released";
 }
 
 TEST_F(Staging, ExcludesEveryoneFromTheFolderAndWritesImagesInOneStep) {
@@ -221,15 +221,15 @@ TEST_F(Staging, ExcludesEveryoneFromTheFolderAndWritesImagesInOneStep) {
 
 TEST_F(Staging, EmptyAndNullListsWriteNothing) {
   ShareInit("Share");
-  EXPECT_TRUE(ShareFiles("Share", list({}))->empty());
-  EXPECT_TRUE(ShareFiles("Share", nullptr)->empty());
-  EXPECT_TRUE(ShareDatas("Share", nullptr)->empty());
+  EXPECT_TRUE(ShareFiles("Share", list({})).empty());
+  EXPECT_TRUE(ShareFiles("Share", nullptr).empty());
+  EXPECT_TRUE(ShareDatas("Share", nullptr).empty());
   EXPECT_TRUE(std::filesystem::is_empty(staging()));
 }
 
 TEST_F(Staging, AMissingFolderFailsItemByItem) {
   const std::string path = folder.write("1", "");
-  EXPECT_TRUE(ShareFiles("Share", list({path, path}))->empty());
+  EXPECT_TRUE(ShareFiles("Share", list({path, path})).empty());
   ASSERT_EQ(log->lines().size(), 2U);
   EXPECT_TRUE(log->lines()[1].starts_with("Error writing file shareFiles Error Domain="));
   EXPECT_FALSE(std::filesystem::exists(staging())) << "staging makes no folder";
@@ -238,7 +238,7 @@ TEST_F(Staging, AMissingFolderFailsItemByItem) {
 TEST_F(Staging, ANameThatIsNoTextIsStagedWithItsBadBytesEscaped) {
   ShareInit("Share");
   const std::string path = folder.write("caf\xE9.txt", "content");
-  EXPECT_EQ(texts(*ShareFiles("Share", list({path}))), std::vector{staging() + "/caf%E9.txt"});
+  EXPECT_EQ(texts(ShareFiles("Share", list({path}))), std::vector{staging() + "/caf%E9.txt"});
   EXPECT_EQ(test::read_file(staging() + "/caf%E9.txt"), "content");
 }
 
@@ -246,9 +246,9 @@ TEST_F(Staging, AThousandFilesOfOneNameLookAtTheFolderOnce) {
   ShareInit("Share");
   const std::string path = folder.write("same.txt", "x");
   const auto staged = ShareFiles("Share", list(std::vector<Value>(1000, path)));
-  ASSERT_EQ(staged->count(), 1000U);
-  EXPECT_EQ(*staged->objectAtIndex(0).text(), staging() + "/same.txt");
-  EXPECT_EQ(*staged->objectAtIndex(999).text(), staging() + "/same_999.txt");
+  ASSERT_EQ(staged.count(), 1000U);
+  EXPECT_EQ(staged.objectAtIndex(0), staging() + "/same.txt");
+  EXPECT_EQ(staged.objectAtIndex(999), staging() + "/same_999.txt");
   EXPECT_EQ(files->calls(FailingFiles::Operation::kList), 1);
 }
 

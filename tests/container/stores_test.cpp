@@ -18,6 +18,7 @@ namespace {
 using ExtensionUtilities::Accounts;
 using ExtensionUtilities::AddressesAndGroups;
 using foundation::Error;
+using foundation::List;
 using foundation::NSURL;
 using foundation::Value;
 using test::FailingFiles;
@@ -26,6 +27,10 @@ const Error kFull{"D", 2, "full", {}};
 constexpr const char* kFullText = "Error Domain=D Code=2 \"full\"";
 constexpr const char* kAccounts = R"(({ mail = "a@h"; }, { mail = "b@h"; enabled = NO; }))";
 constexpr const char* kAddresses = R"(({ mail = "a@h"; firstName = Ann; }))";
+
+List addresses() {
+  return AddressesAndGroups().objectForKey("addresses").as<List>();
+}
 
 class Stores : public test::ContainerTest {
  protected:
@@ -79,7 +84,7 @@ platform::Desktop redirected(const platform::Desktop& desktop,
   return changed;
 }
 
-std::vector<std::string> mails(const foundation::List& records) {
+std::vector<std::string> mails(const List& records) {
   std::vector<std::string> out;
   for (const Value& record : records) {
     const auto account = record.as<ExtensionAccount>();
@@ -93,7 +98,7 @@ TEST_F(Stores, AccountsAreReadFromTheLocationThatIsGiven) {
   const auto script = std::make_shared<Redirecting::Script>();
   script->path = folder.write("elsewhere", kAccounts);
   const platform::ScopedDesktop other(redirected(*platform::current_desktop(), script));
-  EXPECT_EQ(mails(*Accounts()), (std::vector<std::string>{"a@h", "b@h"}));
+  EXPECT_EQ(mails(Accounts()), (std::vector<std::string>{"a@h", "b@h"}));
   EXPECT_EQ(script->asked, shared_data() + "/Accounts.plist");
   EXPECT_EQ(script->options, 1U) << "a deleting access is announced";
   EXPECT_TRUE(log->lines().empty());
@@ -104,11 +109,11 @@ TEST_F(Stores, WhatWasReadBeforeACoordinationFailedIsUsed) {
   script->error = kFull;
   const platform::ScopedDesktop other(redirected(*platform::current_desktop(), script));
   script->path = folder.write("accounts", kAccounts);
-  EXPECT_EQ(Accounts()->count(), 2U);
+  EXPECT_EQ(Accounts().count(), 2U);
   std::filesystem::create_directories(folder.path("contacts"));
   folder.write("contacts/Addresses.plist", kAddresses);
   script->path = folder.path("contacts");
-  EXPECT_EQ(AddressesAndGroups()->objectForKey("addresses").as_list()->count(), 1U);
+  EXPECT_EQ(addresses().count(), 1U);
   EXPECT_EQ(log->lines(), (std::vector<std::string>{
                               std::string("NSFileCoordinator Accounts ") + kFullText,
                               std::string("NSFileCoordinator AddressesAndGroups ") + kFullText}));
@@ -121,8 +126,8 @@ TEST_F(Stores, ACoordinationThatIsNotGrantedGivesNothing) {
   write("Accounts.plist", kAccounts);
   write("Contacts/Addresses.plist", kAddresses);
   const platform::ScopedDesktop other(redirected(*platform::current_desktop(), script));
-  EXPECT_TRUE(Accounts()->empty());
-  EXPECT_TRUE(AddressesAndGroups()->objectForKey("addresses").as_list()->empty());
+  EXPECT_TRUE(Accounts().empty());
+  EXPECT_TRUE(addresses().empty());
   EXPECT_EQ(log->lines().size(), 2U);
 }
 
@@ -131,7 +136,7 @@ TEST_F(Stores, TheCoordinationIsLoggedBeforeTheRecords) {
   script->error = kFull;
   script->path = folder.write("accounts", "(x)");
   const platform::ScopedDesktop other(redirected(*platform::current_desktop(), script));
-  EXPECT_EQ(Accounts()->count(), 1U);
+  EXPECT_EQ(Accounts().count(), 1U);
   ASSERT_EQ(log->lines().size(), 2U);
   EXPECT_EQ(log->lines()[0], std::string("NSFileCoordinator Accounts ") + kFullText);
   EXPECT_TRUE(log->lines()[1].starts_with("ExtensionAccount initWithDictonary "));
@@ -141,12 +146,11 @@ TEST_F(Stores, ContactsAreReadFromTheLocationThatIsGiven) {
   const auto script = std::make_shared<Redirecting::Script>();
   script->path = folder.path("not/there/yet");
   const platform::ScopedDesktop other(redirected(*platform::current_desktop(), script));
-  EXPECT_TRUE(AddressesAndGroups()->objectForKey("addresses").as_list()->empty());
+  EXPECT_TRUE(addresses().empty());
   EXPECT_TRUE(std::filesystem::is_directory(script->path)) << "made with the folders above it";
   EXPECT_FALSE(std::filesystem::exists(shared_data() + "/Contacts"));
   folder.write("not/there/yet/Addresses.plist", kAddresses);
-  EXPECT_EQ(mails(*AddressesAndGroups()->objectForKey("addresses").as_list()),
-            std::vector<std::string>{"a@h"});
+  EXPECT_EQ(mails(addresses()), std::vector<std::string>{"a@h"});
   EXPECT_EQ(script->asked, shared_data() + "/Contacts");
   EXPECT_EQ(script->options, 1U);
   EXPECT_TRUE(log->lines().empty());
@@ -157,7 +161,7 @@ TEST_F(Stores, AFolderThatCannotBeMadeEndsTheReading) {
   script->path = folder.path("not/there/yet");
   const platform::ScopedDesktop other(redirected(*platform::current_desktop(), script));
   files->fail(FailingFiles::Operation::kCreateDirectory, 1, kFull);
-  EXPECT_TRUE(AddressesAndGroups()->objectForKey("addresses").as_list()->empty());
+  EXPECT_TRUE(addresses().empty());
   EXPECT_EQ(files->calls(FailingFiles::Operation::kRead), 0) << "the accessor is left at once";
   EXPECT_EQ(log->lines(), std::vector{std::string("AddressesAndGroups ") + kFullText});
 }
@@ -167,11 +171,11 @@ TEST_F(Stores, NothingIsReadOutsideTheAccess) {
   script->vanishes = true;
   const platform::ScopedDesktop other(redirected(*platform::current_desktop(), script));
   script->path = folder.write("accounts", kAccounts);
-  EXPECT_EQ(Accounts()->count(), 2U);
+  EXPECT_EQ(Accounts().count(), 2U);
   script->path = folder.path("contacts");
   std::filesystem::create_directories(script->path);
   folder.write("contacts/Addresses.plist", kAddresses);
-  EXPECT_EQ(AddressesAndGroups()->objectForKey("addresses").as_list()->count(), 1U);
+  EXPECT_EQ(addresses().count(), 1U);
 }
 
 TEST_F(Stores, WhatIsNoFileIsReadAsNothing) {
@@ -198,8 +202,8 @@ TEST_F(Stores, WhatIsNoFileIsReadAsNothing) {
       std::filesystem::remove(shared_data() + name);
       row.make(shared_data() + name);
     }
-    EXPECT_TRUE(Accounts()->empty()) << row.reason;
-    EXPECT_TRUE(AddressesAndGroups()->objectForKey("addresses").as_list()->empty()) << row.reason;
+    EXPECT_TRUE(Accounts().empty()) << row.reason;
+    EXPECT_TRUE(addresses().empty()) << row.reason;
   }
   EXPECT_TRUE(log->lines().empty());
 }
@@ -209,13 +213,12 @@ TEST_F(Stores, AFileThatMayNotBeReadIsReadAsNothing) {
   write("Accounts.plist", kAccounts);
   write("Contacts/Addresses.plist", kAddresses);
   files->fail(FailingFiles::Operation::kRead, 1, denied);
-  EXPECT_TRUE(Accounts()->empty());
+  EXPECT_TRUE(Accounts().empty());
   files->fail(FailingFiles::Operation::kRead, 1, denied);
-  EXPECT_TRUE(AddressesAndGroups()->objectForKey("addresses").as_list()->empty());
+  EXPECT_TRUE(addresses().empty());
   EXPECT_TRUE(log->lines().empty());
   files->fail(FailingFiles::Operation::kRead, 2, denied);
-  EXPECT_EQ(AddressesAndGroups()->objectForKey("addresses").as_list()->count(), 1U)
-      << "the groups do not matter";
+  EXPECT_EQ(addresses().count(), 1U) << "the groups do not matter";
 }
 
 TEST_F(Stores, LinksAreFollowed) {
@@ -223,15 +226,15 @@ TEST_F(Stores, LinksAreFollowed) {
   write("elsewhere/accounts", kAccounts);
   std::filesystem::create_symlink("elsewhere/accounts", shared_data() + "/Accounts.plist");
   std::filesystem::create_symlink("elsewhere", shared_data() + "/Contacts");
-  EXPECT_EQ(Accounts()->count(), 2U);
-  EXPECT_EQ(AddressesAndGroups()->objectForKey("addresses").as_list()->count(), 1U);
+  EXPECT_EQ(Accounts().count(), 2U);
+  EXPECT_EQ(addresses().count(), 1U);
 }
 
 TEST_F(Stores, ALinkToNothingIsNoContactsFolderAndIsInTheWay) {
   std::filesystem::create_directories(shared_data());
   for (const char* target : {"Contacts", "gone"}) {
     std::filesystem::create_symlink(target, shared_data() + "/Contacts");
-    EXPECT_TRUE(AddressesAndGroups()->objectForKey("addresses").as_list()->empty());
+    EXPECT_TRUE(addresses().empty());
     EXPECT_TRUE(std::filesystem::is_symlink(shared_data() + "/Contacts")) << "it is left alone";
     std::filesystem::remove(shared_data() + "/Contacts");
   }
@@ -248,27 +251,46 @@ TEST_F(Stores, TheGroupsAreReadAndNotUsed) {
   const auto read = AddressesAndGroups();
   EXPECT_EQ(files->read(), (std::vector{shared_data() + "/Contacts/Addresses.plist",
                                         shared_data() + "/Contacts/Groups.plist"}));
-  EXPECT_EQ(read->count(), 2U);
-  ASSERT_NE(read->objectForKey("groups").as_list(), nullptr);
-  EXPECT_TRUE(read->objectForKey("groups").as_list()->empty());
+  EXPECT_EQ(read.count(), 2U);
+  ASSERT_NE(read.objectForKey("groups").as<List>(), nullptr);
+  EXPECT_TRUE(read.objectForKey("groups").as<List>().empty());
+}
+
+TEST_F(Stores, WhatIsAnsweredIsWalkedOverAsItComes) {
+  write("Accounts.plist", kAccounts);
+  write("Contacts/Addresses.plist", kAddresses);
+  std::vector<std::string> found;
+  for (const auto& account : Accounts()) {
+    found.push_back(foundation::text_of(account.as<ExtensionAccount>()->mail()));
+    for (const auto& alias : account.as<ExtensionAccount>()->aliases()) {
+      found.push_back(alias.description());
+    }
+  }
+  for (const auto& [key, list] : AddressesAndGroups()) {
+    found.push_back(key);
+    for (const auto& address : list.list()) {
+      found.push_back(foundation::text_of(address.as<ExtensionAddress>()->mail()));
+    }
+  }
+  EXPECT_EQ(found, (std::vector<std::string>{"a@h", "b@h", "addresses", "a@h", "groups"}));
 }
 
 TEST_F(Stores, NothingIsKeptBetweenCalls) {
   write("Accounts.plist", kAccounts);
-  const auto first = Accounts();
-  first->addObject("mine");
-  EXPECT_EQ(Accounts()->count(), 2U);
+  auto first = Accounts();
+  first.addObject("mine");
+  EXPECT_EQ(Accounts().count(), 2U);
   write("Accounts.plist", "()");
-  EXPECT_TRUE(Accounts()->empty());
+  EXPECT_TRUE(Accounts().empty());
 }
 
 TEST_F(Stores, WithoutAContainerEachLogsOneLine) {
   desktop.reset();
   const platform::ScopedDesktop nothing({.log = log});
-  EXPECT_TRUE(Accounts()->empty());
+  EXPECT_TRUE(Accounts().empty());
   const auto contacts = AddressesAndGroups();
-  EXPECT_TRUE(contacts->objectForKey("addresses").as_list()->empty());
-  EXPECT_TRUE(contacts->objectForKey("groups").as_list()->empty());
+  EXPECT_TRUE(contacts.objectForKey("addresses").as<List>().empty());
+  EXPECT_TRUE(contacts.objectForKey("groups").as<List>().empty());
   ASSERT_EQ(log->lines().size(), 2U);
   EXPECT_TRUE(log->lines()[0].starts_with("NSFileCoordinator Accounts Error Domain="));
   EXPECT_TRUE(log->lines()[1].starts_with("NSFileCoordinator AddressesAndGroups Error Domain="));
@@ -282,9 +304,9 @@ TEST_F(Stores, AMillionAccountsAreRead) {
   }
   write("Accounts.plist", accounts + ")");
   const auto read = Accounts();
-  ASSERT_EQ(read->count(), kAccountCount);
+  ASSERT_EQ(read.count(), kAccountCount);
   EXPECT_EQ(
-      foundation::text_of(read->objectAtIndex(kAccountCount - 1).as<ExtensionAccount>()->mail()),
+      foundation::text_of(read.objectAtIndex(kAccountCount - 1).as<ExtensionAccount>()->mail()),
       "a");
   EXPECT_TRUE(log->lines().empty());
 }
@@ -294,8 +316,8 @@ TEST_F(Stores, ManyThreadsMayRead) {
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([] {
-      EXPECT_EQ(Accounts()->count(), 2U);
-      EXPECT_EQ(AddressesAndGroups()->count(), 2U);
+      EXPECT_EQ(Accounts().count(), 2U);
+      EXPECT_EQ(AddressesAndGroups().count(), 2U);
     });
   }
   for (std::thread& thread : threads) {

@@ -39,7 +39,7 @@ TEST(ProgramBundle, TheEnvironmentOverridesTheIdentifier) {
   const auto identifier = [] {
     return posix::make_program_bundle("org.example.Program")
         ->infoDictionary()
-        ->objectForKey("CFBundleIdentifier");
+        .objectForKey("CFBundleIdentifier");
   };
   EXPECT_EQ(identifier(), foundation::Value("org.example.Program"));
   ::setenv("QUOLL_BUNDLE_IDENTIFIER", "org.example.Other", 1);
@@ -74,8 +74,8 @@ TEST_F(Information, IsTheIdentifierOnlyWithoutADictionary) {
               "{\n    CFBundleIdentifier = org.example.Program;\n}")
         << information;
   }
-  EXPECT_EQ(posix::make_program_bundle("x", "/nowhere/Info.plist")->infoDictionary()->count(), 1U);
-  EXPECT_EQ(posix::make_program_bundle("")->infoDictionary()->count(), 0U);
+  EXPECT_EQ(posix::make_program_bundle("x", "/nowhere/Info.plist")->infoDictionary().count(), 1U);
+  EXPECT_EQ(posix::make_program_bundle("")->infoDictionary().count(), 0U);
 }
 
 TEST_F(Information, GivesWayToTheEnvironment) {
@@ -91,15 +91,15 @@ TEST_F(Information, GivesWayToTheEnvironment) {
 TEST_F(Information, IsInstalledForTheShareExtension) {
   const std::string place = posix::installed_file(posix::InstalledFolder::kData, "Info.plist");
   const auto installed = posix::make_program_bundle("", place)->infoDictionary();
-  EXPECT_EQ(installed->objectForKey("CFBundleIdentifier"), Value("it.vorlent.quoll2.Quoll-Share"));
+  EXPECT_EQ(installed.objectForKey("CFBundleIdentifier"), Value("it.vorlent.quoll2.Quoll-Share"));
   EXPECT_TRUE(place.starts_with("/")) << place;
   EXPECT_TRUE(place.ends_with("/quoll-share/Info.plist")) << place;
 }
 
 TEST(ProgramBundle, WhatACallerDoesToTheDictionaryStaysWithTheCaller) {
   const auto bundle = posix::make_program_bundle("org.example.Program");
-  bundle->infoDictionary()->removeObjectForKey("CFBundleIdentifier");
-  EXPECT_EQ(bundle->infoDictionary()->count(), 1U);
+  bundle->infoDictionary().removeObjectForKey("CFBundleIdentifier");
+  EXPECT_EQ(bundle->infoDictionary().count(), 1U);
 }
 
 }  // namespace

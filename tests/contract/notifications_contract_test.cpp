@@ -41,8 +41,8 @@ TEST_P(NotificationsContract, CallsInTheOrderOfRegistrationBeforeThePostReturns)
 }
 
 TEST_P(NotificationsContract, ObjectsMatchByIdentityNotByContent) {
-  const auto one = std::make_shared<List>(std::initializer_list<Value>{"x"});
-  const auto alike = std::make_shared<List>(std::initializer_list<Value>{"x"});
+  const auto one = List{"x"};
+  const auto alike = List{"x"};
   center_->addObserver(&first_, "n", one, keep("a"));
   center_->postNotificationName("n", alike);
   center_->postNotificationName("n", nullptr);
@@ -52,8 +52,7 @@ TEST_P(NotificationsContract, ObjectsMatchByIdentityNotByContent) {
 }
 
 TEST_P(NotificationsContract, EveryKindOfObjectIsItself) {
-  const Value kinds[] = {Value("text"), foundation::Bytes{1, 2}, std::make_shared<List>(),
-                         std::make_shared<foundation::Dictionary>(),
+  const Value kinds[] = {Value("text"), foundation::Bytes{1, 2}, List(), foundation::Dictionary(),
                          foundation::NSURL::URLWithString("a:b")};
   for (const Value& object : kinds) {
     center_->addObserver(&first_, "n", object, keep(std::string(object.kind())));

@@ -233,8 +233,7 @@ std::optional<Draft> Scene::draft(Which which) const {
   const auto message =
       ExtensionMessage::ExtensionMessageWithUrl(foundation::NSURL::URLWithString(url));
   std::set<std::string> found;
-  const auto attachments = message->attachments();
-  for (const auto& attachment : *attachments) {
+  for (const auto& attachment : message->attachments()) {
     const std::string path = attachment.description();
     const std::string name = fs::path(path).filename();
     const auto expected = whole(which).find(without_number(name));

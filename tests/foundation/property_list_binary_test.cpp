@@ -50,11 +50,11 @@ Value read(const Document& document) {
 }
 
 Value list(std::initializer_list<Value> values) {
-  return std::make_shared<List>(values);
+  return List(values);
 }
 
 Value dictionary(std::initializer_list<Dictionary::Entry> entries) {
-  return std::make_shared<Dictionary>(entries);
+  return Dictionary(entries);
 }
 
 struct Case {
@@ -180,8 +180,10 @@ TEST(BinaryPropertyList, ReadsWhatNests) {
 
 TEST(BinaryPropertyList, SharesWhatIsReferredToTwice) {
   const Value root = read({.objects = {"\xA2\x01\x01", "\xA0"}});
-  ASSERT_TRUE(root.as_list());
-  EXPECT_EQ(root.as_list()->objectAtIndex(0).as_list(), root.as_list()->objectAtIndex(1).as_list());
+  const auto list = root.as<List>();
+  ASSERT_EQ(list.count(), 2U);
+  EXPECT_EQ(list.objectAtIndex(0).as<List>().identity(),
+            list.objectAtIndex(1).as<List>().identity());
 }
 
 TEST(BinaryPropertyList, ChecksTheTrailer) {

@@ -17,11 +17,11 @@ struct Case {
 };
 
 Value list(std::initializer_list<Value> values) {
-  return std::make_shared<List>(values);
+  return List(values);
 }
 
 Value dictionary(std::initializer_list<Dictionary::Entry> entries) {
-  return std::make_shared<Dictionary>(entries);
+  return Dictionary(entries);
 }
 
 void expect(const Case& row) {

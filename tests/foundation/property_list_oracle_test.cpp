@@ -91,23 +91,23 @@ class Documents {
 
   std::pair<plist_t, Value> list(int depth) {
     plist_t node = plist_new_array();
-    auto list = std::make_shared<List>();
+    List list;
     for (int i = below(20); i > 0; --i) {
       auto [inner, value] = any(depth - 1);
       plist_array_append_item(node, inner);
-      list->addObject(value);
+      list.addObject(value);
     }
     return {node, list};
   }
 
   std::pair<plist_t, Value> dictionary(int depth) {
     plist_t node = plist_new_dict();
-    auto dictionary = std::make_shared<Dictionary>();
+    Dictionary dictionary;
     for (int i = below(20); i > 0; --i) {
       auto [inner, value] = any(depth - 1);
       const std::string key = text() + std::to_string(i);
       plist_dict_set_item(node, key.c_str(), inner);
-      dictionary->setObject(value, key);
+      dictionary.setObject(value, key);
     }
     return {node, dictionary};
   }

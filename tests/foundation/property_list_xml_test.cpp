@@ -19,11 +19,11 @@ struct Case {
 };
 
 Value list(std::initializer_list<Value> values) {
-  return std::make_shared<List>(values);
+  return List(values);
 }
 
 Value dictionary(std::initializer_list<Dictionary::Entry> entries) {
-  return std::make_shared<Dictionary>(entries);
+  return Dictionary(entries);
 }
 
 Value read(std::string_view document) {
@@ -326,7 +326,7 @@ TEST(XmlPropertyList, HasAMostNumberOfValues) {
   }
   const auto most = read_property_list(in_document("<array>" + values + "</array>"));
   ASSERT_TRUE(most);
-  EXPECT_EQ(most->as_list()->count(), kPropertyListValues - 1) << "the list counts too";
+  EXPECT_EQ(most->as<List>().count(), kPropertyListValues - 1) << "the list counts too";
   EXPECT_FALSE(read_property_list(in_document("<array>" + values + "<true/></array>")));
 }
 

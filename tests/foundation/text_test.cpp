@@ -183,10 +183,17 @@ TEST(Format, FillsTheSlotsInOrder) {
   EXPECT_EQ(format("%i", std::int64_t{-3}), "-3");
   EXPECT_EQ(format("%@", "%@"), "%@") << "what is filled in is not looked at again";
   EXPECT_EQ(format("100% %@ %", "x"), "100% x %") << "a lone percent sign stays";
-  EXPECT_EQ(format("%@ %@", "a"), "a %@") << "a slot without a text stays";
   EXPECT_EQ(format("%@", std::optional<std::string>()), "(null)");
   EXPECT_EQ(format("%@", Value()), "(null)");
   EXPECT_EQ(format("%@", std::shared_ptr<Object>()), "(null)");
+}
+
+TEST(Format, CountsTheSlotsOfATranslatedPattern) {
+  EXPECT_EQ(format_translated("%@ von %lu", "a", 2), "a von 2");
+  EXPECT_THROW(static_cast<void>(format_translated("%@", "a", 2)), NSException);
+  EXPECT_THROW(static_cast<void>(format_translated("%@ %@ %@", "a", 2)), NSException);
+  EXPECT_EQ(slots_in("100% %@ %lu%i%"), 3U);
+  EXPECT_EQ(slots_in(""), 0U);
 }
 
 TEST(ErrorText, NamesDomainCodeAndDetails) {

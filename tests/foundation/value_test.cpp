@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <thread>
+#include <type_traits>
 
 #include "quoll/foundation/collections.h"
 #include "quoll/foundation/exception.h"
@@ -21,10 +22,10 @@ const Value kDate = Date{0};
 const Value kNull;
 
 Value list() {
-  return std::make_shared<List>();
+  return List();
 }
 Value dictionary() {
-  return std::make_shared<Dictionary>();
+  return Dictionary();
 }
 Value object() {
   return NSURL::URLWithString("http://h");
@@ -45,27 +46,52 @@ template <typename Block>
 TEST(Value, HoldsEachKind) {
   EXPECT_TRUE(kNull.is_null());
   EXPECT_TRUE(Value(nullptr).is_null());
-  EXPECT_TRUE(Value(std::shared_ptr<List>()).is_null());
-  EXPECT_TRUE(Value(std::shared_ptr<Dictionary>()).is_null());
+  EXPECT_TRUE(Value(List(nullptr)).is_null());
+  EXPECT_TRUE(Value(Dictionary(nullptr)).is_null());
   EXPECT_TRUE(Value(std::shared_ptr<NSURL>()).is_null());
-  EXPECT_TRUE(*Value(true).boolean());
-  EXPECT_EQ(*Value(7U).integer(), 7);
-  EXPECT_EQ(*Value(0.5F).real(), 0.5);
+  const Value boolean = true;
+  const Value integer = 7U;
+  const Value real = 0.5F;
+  EXPECT_TRUE(*boolean.boolean());
+  EXPECT_EQ(*integer.integer(), 7);
+  EXPECT_EQ(*real.real(), 0.5);
   EXPECT_EQ(*kText.text(), "text");
-  EXPECT_EQ(Value("a pointer is no boolean").boolean(), nullptr);
+  EXPECT_EQ(Value("a pointer is no boolean").kind(), "a text");
   EXPECT_EQ(kBytes.bytes()->size(), 2U);
   EXPECT_EQ(kDate.date()->seconds_since_1970, 0);
-  EXPECT_NE(list().as_list(), nullptr);
-  EXPECT_NE(dictionary().as_dictionary(), nullptr);
+  EXPECT_TRUE(list().as<List>());
+  EXPECT_TRUE(dictionary().as<Dictionary>());
+  EXPECT_FALSE(list().as<Dictionary>());
+  EXPECT_FALSE(kText.as<List>());
   EXPECT_NE(object().as<NSURL>(), nullptr);
   EXPECT_EQ(kText.as<NSURL>(), nullptr);
+}
+
+TEST(Value, HoldsUnsignedNumbersWithoutWrapping) {
+  constexpr auto kMost = std::numeric_limits<std::int64_t>::max();
+  const Value most = static_cast<std::uint64_t>(kMost);
+  EXPECT_EQ(*most.integer(), kMost);
+  const Value beyond = static_cast<std::uint64_t>(kMost) + 1;
+  ASSERT_NE(beyond.real(), nullptr);
+  EXPECT_EQ(*beyond.real(), 9223372036854775808.0);
+  EXPECT_EQ(Value(std::numeric_limits<std::uint64_t>::max()).kind(), "a real");
+}
+
+TEST(Value, TakesNoCharacterForANumber) {
+  EXPECT_FALSE((std::is_convertible_v<char, Value>));
+  EXPECT_FALSE((std::is_constructible_v<Value, char>));
+  EXPECT_FALSE((std::is_constructible_v<Value, wchar_t>));
+  EXPECT_FALSE((std::is_constructible_v<Value, char8_t>));
+  EXPECT_FALSE((std::is_constructible_v<Value, char16_t>));
+  EXPECT_FALSE((std::is_constructible_v<Value, char32_t>));
+  EXPECT_EQ(Value(std::uint8_t{7}), Value(7)) << "a small number";
 }
 
 TEST(Value, SharesWhatItHolds) {
   const Value first = list();
   const Value second = first;
-  second.as_list()->addObject(1);
-  EXPECT_EQ(first.as_list()->count(), 1U);
+  second.as<List>().addObject(1);
+  EXPECT_EQ(first.as<List>().count(), 1U);
 }
 
 TEST(ValueLength, CountsBytes) {
@@ -120,9 +146,12 @@ TEST(ValueFloat, ReadsNumbersAndTexts) {
 }
 
 TEST(ValueString, IsATextOrNothing) {
-  EXPECT_EQ(*kText.string(), "text");
-  EXPECT_EQ(kNull.string(), nullptr);
-  EXPECT_TRUE(wrong_kind([] { return Value(1).string(); }));
+  EXPECT_EQ(*kText.stringValue(), "text");
+  EXPECT_EQ(kNull.stringValue(), nullptr);
+  EXPECT_TRUE(wrong_kind([] {
+    const Value number = 1;
+    return number.stringValue();
+  }));
 }
 
 TEST(ValueIsEqualToString, AsksTheReceiver) {
@@ -135,8 +164,8 @@ TEST(ValueIsEqualToString, AsksTheReceiver) {
 }
 
 TEST(ValueObjectForKey, AsksDictionariesOnly) {
-  const Value holder = std::make_shared<Dictionary>(Dictionary{{"a", 1}});
-  EXPECT_EQ(*holder.objectForKey("a").integer(), 1);
+  const Value holder = Dictionary{{"a", 1}};
+  EXPECT_EQ(holder.objectForKey("a"), 1);
   EXPECT_TRUE(holder.objectForKey("b").is_null());
   EXPECT_TRUE(kNull.objectForKey("a").is_null());
   for (const Value& other : {kText, Value(1), kDate, kBytes, list(), object()}) {
@@ -145,11 +174,12 @@ TEST(ValueObjectForKey, AsksDictionariesOnly) {
 }
 
 TEST(ValueList, WalksListsAndTheKeysOfDictionaries) {
-  const Value holder = std::make_shared<List>(List{Value(1), Value("b")});
-  EXPECT_EQ(holder.list(), (std::vector<Value>{1, "b"}));
-  const Value keys = std::make_shared<Dictionary>(Dictionary{{"x", 1}, {"y", 2}});
-  EXPECT_EQ(keys.list(), (std::vector<Value>{"x", "y"}));
-  EXPECT_TRUE(kNull.list().empty());
+  const Value holder = List{Value(1), Value("b")};
+  EXPECT_EQ(holder.list(), (List{1, "b"}));
+  const Value keys = Dictionary{{"x", 1}, {"y", 2}};
+  EXPECT_EQ(keys.list(), (List{"x", "y"}));
+  EXPECT_EQ(holder.list().identity(), holder.as<List>().identity()) << "the list itself";
+  EXPECT_EQ(kNull.list(), nullptr);
   for (const Value& other : {kText, Value(1), kDate, kBytes, object()}) {
     EXPECT_TRUE(wrong_kind([&] { return other.list(); })) << other.kind();
   }
@@ -178,14 +208,11 @@ TEST(ValueDescription, PrintsEachKind) {
       {Date{253402300799.5}, "9999-12-31 23:59:59 +0000"},
       {Date{1e300}, "1e+300"},
       {object(), "http://h"},
-      {std::make_shared<List>(), "(\n)"},
-      {std::make_shared<List>(List{Value("a"), Value(1)}), "(\n    a,\n    1\n)"},
-      {std::make_shared<List>(List{Value(std::make_shared<List>(List{Value("a")}))}),
-       "(\n    (\n        a\n    )\n)"},
-      {std::make_shared<Dictionary>(Dictionary{{"k", "v"}}), "{\n    k = v;\n}"},
-      {std::make_shared<Dictionary>(
-           Dictionary{{"k", std::make_shared<Dictionary>(Dictionary{{"l", 1}})}}),
-       "{\n    k = {\n        l = 1;\n    };\n}"},
+      {List(), "(\n)"},
+      {List{Value("a"), Value(1)}, "(\n    a,\n    1\n)"},
+      {List{Value(List{Value("a")})}, "(\n    (\n        a\n    )\n)"},
+      {Dictionary{{"k", "v"}}, "{\n    k = v;\n}"},
+      {Dictionary{{"k", Dictionary{{"l", 1}}}}, "{\n    k = {\n        l = 1;\n    };\n}"},
       {Bytes{0x0F, 0xA0}, "{length = 2, bytes = 0x0fa0}"},
       {Bytes(24, 1), "{length = 24, bytes = 0x010101010101010101010101010101010101010101010101}"},
       {Bytes(25, 1),
@@ -197,17 +224,18 @@ TEST(ValueDescription, PrintsEachKind) {
 }
 
 TEST(ValueDescription, EndsForAListThatHoldsItself) {
-  const auto self = std::make_shared<List>();
-  self->addObject(self);
+  List self;
+  Dictionary between{{"list", self}};
+  self.addObject(between);
   EXPECT_NE(Value(self).description().find("..."), std::string::npos);
-  *self = List();  // or it would keep itself alive
+  between.removeObjectForKey("list");  // or they would keep each other alive
 }
 
 TEST(ValueDescription, PrintsSixtyFourListsInsideOneAnother) {
   const auto nested = [](int lists) {
     Value value = "innermost";
     for (int i = 0; i < lists; ++i) {
-      value = std::make_shared<List>(std::vector<Value>{value});
+      value = List{value};
     }
     return value.description();
   };
@@ -218,7 +246,7 @@ TEST(ValueDescription, PrintsSixtyFourListsInsideOneAnother) {
 TEST(ValueDescription, EndsForAListThatDoublesAtEachLevel) {
   Value value = "innermost";
   for (int i = 0; i < 60; ++i) {
-    value = std::make_shared<List>(std::vector<Value>{value, value});
+    value = List{value, value};
   }
   const std::string printed = value.description();
   EXPECT_NE(printed.find("...\n"), std::string::npos);
@@ -252,8 +280,7 @@ TEST(ValueEquality, IsByContent) {
   EXPECT_EQ(object(), object());
   EXPECT_FALSE(object() == kText);
   EXPECT_FALSE(kText == object());
-  EXPECT_EQ(Value(std::make_shared<List>(List{Value(1)})),
-            Value(std::make_shared<List>(List{Value(1)})));
+  EXPECT_EQ(Value(List{Value(1)}), Value(List{Value(1)}));
   EXPECT_FALSE(list() == dictionary());
   constexpr std::int64_t kLarge = (std::int64_t{1} << 53) + 1;
   EXPECT_FALSE(Value(kLarge) == Value(kLarge - 1)) << "integers are not compared as reals";
@@ -276,7 +303,7 @@ TEST(Property, ReadsWhatWasSetFromAnyThread) {
     EXPECT_GE(number(), 0);
   }
   writer.join();
-  EXPECT_EQ(*text().text(), "odd");
+  EXPECT_EQ(text(), "odd");
   EXPECT_EQ(number(), 9999);
 }
 

@@ -20,17 +20,17 @@ using platform::LogEvent;
 using recording::Event;
 
 /// What is logged by `platform::log(pattern, error)`.
-LogEvent event_of(std::string_view pattern, const Error& error) {
+LogEvent event_of(foundation::Pattern<1> pattern, const Error& error) {
   return {format(pattern, error), error};
 }
 
 /// What a coordination that failed logs.
-LogEvent not_coordinated(std::string_view pattern, const Error& error) {
+LogEvent not_coordinated(foundation::Pattern<1> pattern, const Error& error) {
   return {format(pattern, error), foundation::quoll_error(foundation::kNotCoordinatedError, error)};
 }
 
 /// What a step that prepares the staging folder logs.
-LogEvent not_prepared(std::string_view pattern, const Error& error) {
+LogEvent not_prepared(foundation::Pattern<1> pattern, const Error& error) {
   return {format(pattern, error), foundation::quoll_error(foundation::kNotPreparedError, error)};
 }
 

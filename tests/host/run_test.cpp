@@ -98,7 +98,7 @@ TEST_F(Run, AWholeShareIsSilent) {
   const auto message = ExtensionMessage::ExtensionMessageWithUrl(
       NSURL::URLWithString(workspace_->opened().at(0).urls.at(0)));
   EXPECT_EQ(message->subject(), foundation::Value("A title"));
-  EXPECT_EQ(message->attachments()->count(), 1U);
+  EXPECT_EQ(message->attachments().count(), 1U);
 }
 
 TEST_F(Run, EverySelectedItemThatIsNotInTheDraftIsNamed) {

@@ -47,8 +47,8 @@ TEST_F(SampleContainerTest, IsReadBackInEveryForm) {
 
     const auto groups =
         foundation::read_property_list(test::read_file(data + "/Contacts/Groups.plist"));
-    ASSERT_TRUE(groups && groups->as_list()) << form;
-    EXPECT_EQ(groups->as_list()->count(), 2U) << form;
+    ASSERT_TRUE(groups && groups->as<foundation::List>()) << form;
+    EXPECT_EQ(groups->as<foundation::List>().count(), 2U) << form;
   }
 }
 

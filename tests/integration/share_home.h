@@ -78,8 +78,7 @@ inline std::shared_ptr<ExtensionMessage> message_of(const std::string& printed) 
 /// The paths of its attachments.
 inline std::vector<std::string> attachments_of(const std::string& printed) {
   std::vector<std::string> paths;
-  const auto attachments = message_of(printed)->attachments();
-  for (const auto& attachment : *attachments) {
+  for (const auto& attachment : message_of(printed)->attachments()) {
     paths.push_back(attachment.description());
   }
   return paths;

@@ -153,8 +153,7 @@ TEST_F(HtmlRendering, AnswersWhatTheFinderFinds) {
 }
 
 TEST_F(HtmlRendering, RaisesForBodiesOfAnotherKind) {
-  const Value wrong[] = {1, true, foundation::Date{1}, std::make_shared<List>(),
-                         foundation::Bytes{1}};
+  const Value wrong[] = {1, true, foundation::Date{1}, List(), foundation::Bytes{1}};
   for (const Value& value : wrong) {
     message_ = ExtensionMessage::make();
     message_->htmlBody = value;
@@ -170,7 +169,7 @@ TEST_F(HtmlRendering, ReadsTheAttachmentsUnderTheLock) {
   std::thread other([this] {
     for (int i = 0; i < 2000; ++i) {
       const auto lock = message_->synchronized();
-      message_->attachments()->addObject("a");
+      message_->attachments().addObject("a");
     }
   });
   for (int i = 0; i < 50; ++i) {

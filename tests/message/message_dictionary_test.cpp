@@ -50,7 +50,7 @@ class MessageImport : public ::testing::Test {
 
   static std::shared_ptr<ExtensionMessage> imported(
       std::initializer_list<Dictionary::Entry> entries) {
-    return ExtensionMessage::initWithDictonary(std::make_shared<Dictionary>(entries));
+    return ExtensionMessage::initWithDictonary(Dictionary(entries));
   }
 
   std::shared_ptr<test::RecordingLog> log = std::make_shared<test::RecordingLog>();
@@ -87,11 +87,11 @@ TEST_F(MessageImport, TodaysDateShowsItsTime) {
 }
 
 TEST_F(MessageImport, ValuesAreStoredThemselves) {
-  const auto list = std::make_shared<foundation::List>();
+  foundation::List list;
   const auto message = imported({{"from", list}, {"isUnread", true}});
-  EXPECT_EQ(message->from().as_list(), list);
-  ASSERT_NE(message->unread().boolean(), nullptr) << "not turned into a number";
-  EXPECT_TRUE(*message->unread().boolean());
+  EXPECT_EQ(message->from().as<foundation::List>().identity(), list.identity());
+  EXPECT_EQ(message->unread().kind(), "a boolean") << "not turned into a number";
+  EXPECT_EQ(message->unread(), Value(true));
 }
 
 TEST_F(MessageImport, ThePictureIsFlipped) {

@@ -39,8 +39,8 @@ struct RecordCase {
 };
 
 /// What a list of records comes to: how many there are.
-Value count_of(const std::shared_ptr<List>& records) {
-  return records ? Value(records->count()) : Value();
+Value count_of(const List& records) {
+  return records ? Value(records.count()) : Value();
 }
 
 const std::vector<RecordCase>& records() {
@@ -154,8 +154,8 @@ Outcome expected_of(const RecordCase& record, const std::vector<const Kind*>& ki
 
 /// Content is not enough: what is kept as it is keeps its kind, and is the very same.
 bool is_same(const Value& a, const Value& b) {
-  return a == b && a.kind() == b.kind() && a.as_list() == b.as_list() &&
-         a.as_dictionary() == b.as_dictionary() && a.object() == b.object();
+  return a == b && a.kind() == b.kind() && a.as<List>().identity() == b.as<List>().identity() &&
+         a.as<Dictionary>().identity() == b.as<Dictionary>().identity() && a.object() == b.object();
 }
 
 class EveryKind : public ::testing::Test {
@@ -215,7 +215,7 @@ TEST_F(EveryKind, InsteadOfTheDictionary) {
   for (const RecordCase& record : records()) {
     const std::vector<const Kind*> absent(record.keys.size(), &kinds.front());
     for (const Kind& kind : kinds) {
-      const bool reads = kind.value.is_null() || kind.value.as_dictionary() != nullptr;
+      const bool reads = kind.value.is_null() || kind.value.as<Dictionary>();
       const Outcome expected = reads ? expected_of(record, absent)
                                      : Outcome{unset_fields(record), {line_of(record.class_name)}};
       expect_reading(record, kind.value, expected,

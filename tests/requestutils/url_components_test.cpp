@@ -13,7 +13,7 @@ TEST(UrlComponents, OfAUrlWithoutEscapesBuildItAgain) {
        {"http://h", "http://h/p", "http://u:p@h:8/a/b;x?q=1#f", "http://h?", "http://h#",
         "http://u:@h", "http://@h", "//h", "file:///tmp/a"}) {
     const auto url = NSURL::URLWithString(text);
-    const auto built = URLWithComponents(*components(*url));
+    const auto built = URLWithComponents(components(*url));
     const bool has_scheme = url->scheme().has_value();
     ASSERT_NE(built, nullptr) << text;
     EXPECT_EQ(built->absoluteString(), has_scheme ? text : text.substr(2)) << text;
@@ -23,8 +23,7 @@ TEST(UrlComponents, OfAUrlWithoutEscapesBuildItAgain) {
 TEST(UrlComponents, ComeInTheOrderInWhichTheyAreRead) {
   const auto url = NSURL::URLWithString("http://u:w@h:8/p;x?q#f");
   std::string keys;
-  const auto found = components(*url);
-  for (const auto& [key, value] : *found) {
+  for (const auto& [key, value] : components(*url)) {
     keys += key + " ";
   }
   EXPECT_EQ(keys, "scheme host port user password path parameterString query fragment ");
@@ -32,8 +31,8 @@ TEST(UrlComponents, ComeInTheOrderInWhichTheyAreRead) {
 
 TEST(UrlComponents, AreTheCallersOwn) {
   const auto url = NSURL::URLWithString("http://h/p");
-  components(*url)->setObject("x", URLHostComponent);
-  EXPECT_EQ(components(*url)->objectForKey("host"), foundation::Value("h"));
+  components(*url).setObject("x", URLHostComponent);
+  EXPECT_EQ(components(*url).objectForKey("host"), foundation::Value("h"));
 }
 
 }  // namespace

@@ -72,10 +72,11 @@ class Resident {
     share::Selection selection = share::select({"A title", {}, {}, items}, std::nullopt);
     const auto message = gathered(selection);
     check_staged(*ExtensionMessage::ExtensionMessageWithUrl(message->queryUrl("compose")));
-    const std::size_t records =
-        check(*ExtensionUtilities::Accounts(), last_accounts_) +
-        check(*ExtensionUtilities::AddressesAndGroups()->objectForKey("addresses").as_list(),
-              last_addresses_);
+    const std::size_t records = check(ExtensionUtilities::Accounts(), last_accounts_) +
+                                check(ExtensionUtilities::AddressesAndGroups()
+                                          .objectForKey("addresses")
+                                          .as<foundation::List>(),
+                                      last_addresses_);
     std::cout << "round " << files_.size() + 1 << ' ' << bytes_ << ' ' << records << std::endl;
   }
 
@@ -116,7 +117,7 @@ class Resident {
   void check_staged(const ExtensionMessage& message) const {
     std::multiset<std::string> found;
     std::size_t pictures = 0;
-    for (const auto& path : *message.attachments()) {
+    for (const auto& path : message.attachments()) {
       std::string content = content_of(*path.text());
       if (content.starts_with("\x89PNG")) {
         ++pictures;

@@ -36,11 +36,9 @@ inline std::vector<Kind> every_kind() {
   constexpr auto kMost = std::numeric_limits<std::int64_t>::max();
   using Elements = Kind::Elements;
   using Integer = std::int64_t;
-  const auto list = [](std::initializer_list<Value> values) {
-    return std::make_shared<List>(values);
-  };
+  const auto list = [](std::initializer_list<Value> values) { return List(values); };
   const auto dictionary = [](std::initializer_list<Dictionary::Entry> entries) {
-    return std::make_shared<Dictionary>(entries);
+    return Dictionary(entries);
   };
   const Value record = dictionary({{"mail", "m"}});
   return {
@@ -72,12 +70,12 @@ inline std::vector<Kind> every_kind() {
 }
 
 /// A dictionary with these values; those that are null are absent.
-inline std::shared_ptr<foundation::Dictionary> dictionary_of(
+inline foundation::Dictionary dictionary_of(
     const std::vector<foundation::Dictionary::Entry>& entries) {
-  auto made = std::make_shared<foundation::Dictionary>();
+  foundation::Dictionary made;
   for (const auto& [key, value] : entries) {
     if (!value.is_null()) {
-      made->setObject(value, key);
+      made.setObject(value, key);
     }
   }
   return made;

@@ -100,10 +100,10 @@ void HeldQueue::run() {
   blocks_.clear();
 }
 
-std::shared_ptr<foundation::Dictionary> FixedBundle::infoDictionary() const {
-  auto info = std::make_shared<foundation::Dictionary>();
+foundation::Dictionary FixedBundle::infoDictionary() const {
+  foundation::Dictionary info;
   if (identifier_) {
-    info->setObject(*identifier_, "CFBundleIdentifier");
+    info.setObject(*identifier_, "CFBundleIdentifier");
   }
   return info;
 }

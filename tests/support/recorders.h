@@ -105,7 +105,7 @@ class FixedBundle final : public platform::NSBundle {
                        std::map<std::string, std::string> translations = {})
       : identifier_(std::move(identifier)), translations_(std::move(translations)) {}
 
-  [[nodiscard]] std::shared_ptr<foundation::Dictionary> infoDictionary() const override;
+  [[nodiscard]] foundation::Dictionary infoDictionary() const override;
   [[nodiscard]] std::string localizedStringForKey(std::string_view key,
                                                   std::string_view value) const override;
 

@@ -35,29 +35,24 @@ bool boolean_argument(const Value& value) {
   return value.boolValue();
 }
 
-std::uint32_t options_argument(const Value& value) {
-  return static_cast<std::uint32_t>(integer_argument(value));
+RequestUtils::URLQueryOptions options_argument(const Value& value) {
+  return static_cast<RequestUtils::URLQueryOptions>(integer_argument(value));
 }
 
-std::shared_ptr<foundation::List> list_argument(const Value& value) {
-  auto list = value.as_list();
+foundation::List list_argument(const Value& value) {
+  auto list = value.as<foundation::List>();
   if (!list && !value.is_null()) {
     raise_wrong_argument(value, "a list");
   }
   return list;
 }
 
-std::shared_ptr<foundation::Dictionary> dictionary_argument(const Value& value) {
-  auto dictionary = value.as_dictionary();
+foundation::Dictionary dictionary_argument(const Value& value) {
+  auto dictionary = value.as<foundation::Dictionary>();
   if (!dictionary && !value.is_null()) {
     raise_wrong_argument(value, "a dictionary");
   }
   return dictionary;
-}
-
-foundation::Dictionary parameters_argument(const Value& value) {
-  const auto dictionary = dictionary_argument(value);
-  return dictionary ? *dictionary : foundation::Dictionary();
 }
 
 Value optional_text(std::optional<std::string> text) {

@@ -9,6 +9,7 @@
 #include "quoll/foundation/collections.h"
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/value.h"
+#include "quoll/requestutils/url_query.h"
 
 /// Converts the value that an operation or a setter was given. A value of the wrong kind raises
 /// `NSInvalidArgumentException`, as the platform does.
@@ -28,15 +29,11 @@ namespace quoll::console {
 [[nodiscard]] bool boolean_argument(const foundation::Value& value);
 
 /// Option bits: the low 32 bits of a number.
-[[nodiscard]] std::uint32_t options_argument(const foundation::Value& value);
+[[nodiscard]] RequestUtils::URLQueryOptions options_argument(const foundation::Value& value);
 
-/// A list or a dictionary; a null pointer for null.
-[[nodiscard]] std::shared_ptr<foundation::List> list_argument(const foundation::Value& value);
-[[nodiscard]] std::shared_ptr<foundation::Dictionary> dictionary_argument(
-    const foundation::Value& value);
-
-/// A copy of a dictionary; an empty one for null.
-[[nodiscard]] foundation::Dictionary parameters_argument(const foundation::Value& value);
+/// The list or the dictionary itself; a null one for null.
+[[nodiscard]] foundation::List list_argument(const foundation::Value& value);
+[[nodiscard]] foundation::Dictionary dictionary_argument(const foundation::Value& value);
 
 /// A text as a result; null for none.
 [[nodiscard]] foundation::Value optional_text(std::optional<std::string> text);

@@ -68,7 +68,7 @@ std::vector<Operation> components_operations() {
       accessor<&NSURL::isFileURL>("isFileURL"),
       {"URLWithComponents:", "NSURL", kClass, 1,
        [](Call& call) -> Value {
-         return Utils::URLWithComponents(parameters_argument(call.arguments[0]));
+         return Utils::URLWithComponents(dictionary_argument(call.arguments[0]));
        }},
       {"components", "NSURL", kInstance, 0,
        [](Call& call) -> Value { return Utils::components(receiver(call)); }},

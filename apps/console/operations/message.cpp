@@ -19,10 +19,8 @@ constexpr auto kClass = Operation::Level::kClass;
 template <typename T>
 std::vector<std::shared_ptr<T>> objects(const Value& value, std::string_view wanted) {
   std::vector<std::shared_ptr<T>> found;
-  if (const auto list = list_argument(value)) {
-    for (const Value& element : *list) {
-      found.push_back(object_argument<T>(element, wanted));
-    }
+  for (const Value& element : list_argument(value)) {
+    found.push_back(object_argument<T>(element, wanted));
   }
   return found;
 }

@@ -143,17 +143,17 @@ class BinaryWriter {
     objects_.emplace_back();
     std::string bytes;
     std::vector<std::size_t> parts;
-    if (const auto list = value.as_list()) {
-      bytes = head(0xA, list->count());
-      for (const Value& element : *list) {
+    if (const auto list = value.as<foundation::List>()) {
+      bytes = head(0xA, list.count());
+      for (const Value& element : list) {
         parts.push_back(add(element));
       }
-    } else if (const auto dictionary = value.as_dictionary()) {
-      bytes = head(0xD, dictionary->count());
-      for (const Dictionary::Entry& entry : *dictionary) {
+    } else if (const auto dictionary = value.as<Dictionary>()) {
+      bytes = head(0xD, dictionary.count());
+      for (const Dictionary::Entry& entry : dictionary) {
         parts.push_back(add_text(entry.key));
       }
-      for (const Dictionary::Entry& entry : *dictionary) {
+      for (const Dictionary::Entry& entry : dictionary) {
         parts.push_back(add(entry.value));
       }
     } else {

@@ -64,15 +64,15 @@ class XmlWriter {
   }
 
   void value(const Value& value, std::size_t depth) {
-    if (const auto list = value.as_list()) {
+    if (const auto list = value.as<foundation::List>()) {
       line(depth, "<array>");
-      for (const Value& inner : *list) {
+      for (const Value& inner : list) {
         this->value(inner, depth + 1);
       }
       line(depth, "</array>");
-    } else if (const auto dictionary = value.as_dictionary()) {
+    } else if (const auto dictionary = value.as<Dictionary>()) {
       line(depth, "<dict>");
-      for (const Dictionary::Entry& entry : *dictionary) {
+      for (const Dictionary::Entry& entry : dictionary) {
         element(depth + 1, "key", entry.key);
         this->value(entry.value, depth + 1);
       }
@@ -115,18 +115,18 @@ class OldWriter {
   void indent(std::size_t depth) { out_.append(depth * 2, ' '); }
 
   void value(const Value& value, std::size_t depth) {
-    if (const auto list = value.as_list()) {
+    if (const auto list = value.as<foundation::List>()) {
       out_ += "(\n";
-      for (const Value& inner : *list) {
+      for (const Value& inner : list) {
         indent(depth + 1);
         this->value(inner, depth + 1);
         out_ += ",\n";
       }
       indent(depth);
       out_ += ")";
-    } else if (const auto dictionary = value.as_dictionary()) {
+    } else if (const auto dictionary = value.as<Dictionary>()) {
       out_ += "{\n";
-      for (const Dictionary::Entry& entry : *dictionary) {
+      for (const Dictionary::Entry& entry : dictionary) {
         indent(depth + 1);
         text(entry.key);
         out_ += " = ";

@@ -17,8 +17,7 @@ Value range(std::optional<foundation::Range> found) {
   if (!found) {
     return {};
   }
-  return std::make_shared<foundation::List>(
-      foundation::List{Value(found->location), Value(found->length)});
+  return foundation::List{Value(found->location), Value(found->length)};
 }
 
 }  // namespace
@@ -40,11 +39,11 @@ std::vector<Operation> query_operations() {
        [](Call& call) { return optional_text(RequestUtils::URLQuery(text_argument(call.self))); }},
       {"URLQueryWithParameters:", "NSString", kClass, 1,
        [](Call& call) -> Value {
-         return RequestUtils::URLQueryWithParameters(parameters_argument(call.arguments[0]));
+         return RequestUtils::URLQueryWithParameters(dictionary_argument(call.arguments[0]));
        }},
       {"URLQueryWithParameters:options:", "NSString", kClass, 2,
        [](Call& call) -> Value {
-         return RequestUtils::URLQueryWithParameters(parameters_argument(call.arguments[0]),
+         return RequestUtils::URLQueryWithParameters(dictionary_argument(call.arguments[0]),
                                                      options_argument(call.arguments[1]));
        }},
       {"URLQueryParameters", "NSString", kInstance, 0,

@@ -99,9 +99,9 @@ Value ValueReader::read(const Json& json) {
     case Json::value_t::string:
       return json.get_ref<const std::string&>();
     case Json::value_t::array: {
-      auto list = std::make_shared<foundation::List>();
+      foundation::List list;
       for (const Json& element : json) {
-        list->addObject(read(element));
+        list.addObject(read(element));
       }
       return list;
     }
@@ -149,9 +149,9 @@ Value ValueReader::read_form(const std::string& key, const Json& content) {
 
 Value ValueReader::read_dictionary(const Json& json) {
   require_object(json, "$dict");
-  auto dictionary = std::make_shared<foundation::Dictionary>();
+  foundation::Dictionary dictionary;
   for (const auto& [key, value] : json.get_ref<const Json::object_t&>()) {
-    dictionary->setObject(read(value), key);
+    dictionary.setObject(read(value), key);
   }
   return dictionary;
 }

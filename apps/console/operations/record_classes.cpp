@@ -26,7 +26,7 @@ T field_value(const Value& value) {
     return boolean_argument(value);
   } else if constexpr (std::is_same_v<T, std::int64_t>) {
     return integer_argument(value);
-  } else if constexpr (std::is_same_v<T, std::shared_ptr<List>>) {
+  } else if constexpr (std::is_same_v<T, List>) {
     return list_argument(value);
   } else {
     static_assert(std::is_same_v<T, Value>);
@@ -63,7 +63,7 @@ RecordClass message_class() {
 RecordClass address_class() {
   using A = ExtensionAddress;
   return {"ExtensionAddress",
-          []() -> std::shared_ptr<Object> { return std::make_shared<A>(); },
+          []() -> std::shared_ptr<Object> { return A::make(); },
           {field<A, &A::mail>("mail"), field<A, &A::firstName>("firstName"),
            field<A, &A::lastName>("lastName"), field<A, &A::company>("company"),
            field<A, &A::nickname>("nickname"), field<A, &A::rank>("rank")}};
@@ -73,14 +73,14 @@ RecordClass group_class() {
   using G = ExtensionGroup;
   return {
       "ExtensionGroup",
-      []() -> std::shared_ptr<Object> { return std::make_shared<G>(); },
+      []() -> std::shared_ptr<Object> { return G::make(); },
       {field<G, &G::idx>("idx"), field<G, &G::name>("name"), field<G, &G::addresses>("addresses")}};
 }
 
 RecordClass account_class() {
   using A = ExtensionAccount;
   return {"ExtensionAccount",
-          []() -> std::shared_ptr<Object> { return std::make_shared<A>(); },
+          []() -> std::shared_ptr<Object> { return A::make(); },
           {field<A, &A::mail>("mail"), field<A, &A::name>("name"), field<A, &A::aliases>("aliases"),
            field<A, &A::type>("type"), field<A, &A::enabled>("enabled")}};
 }
@@ -89,7 +89,7 @@ RecordClass alias_class() {
   using A = ExtensionAlias;
   return {
       "ExtensionAlias",
-      []() -> std::shared_ptr<Object> { return std::make_shared<A>(); },
+      []() -> std::shared_ptr<Object> { return A::make(); },
       {field<A, &A::mail>("mail"), field<A, &A::name>("name"), field<A, &A::account>("account")}};
 }
 

@@ -13,10 +13,10 @@ using foundation::Value;
 constexpr auto kInstance = Operation::Level::kInstance;
 
 Value search_urls(const Call& call) {
-  auto links = std::make_shared<foundation::List>();
+  foundation::List links;
   for (std::string& link :
        call.self.as<ExtensionMessage>()->searchUrlsDetector(text_argument(call.arguments[0]))) {
-    links->addObject(std::move(link));
+    links.addObject(std::move(link));
   }
   return links;
 }

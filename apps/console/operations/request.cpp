@@ -25,8 +25,7 @@ std::shared_ptr<NSURL> url_argument(const Value& value) {
 }
 
 Value list_of(const std::optional<std::vector<std::string>>& texts) {
-  return texts ? Value(std::make_shared<foundation::List>(
-                     std::vector<Value>(texts->begin(), texts->end())))
+  return texts ? Value(foundation::List(std::vector<Value>(texts->begin(), texts->end())))
                : Value();
 }
 
@@ -35,7 +34,7 @@ using Build = std::shared_ptr<NSMutableURLRequest>(std::shared_ptr<NSURL>, const
 template <Build* kBuild>
 Operation building(const char* name) {
   return {name, "NSURLRequest", kClass, 2, [](Call& call) -> Value {
-            return kBuild(url_argument(call.arguments[0]), parameters_argument(call.arguments[1]));
+            return kBuild(url_argument(call.arguments[0]), dictionary_argument(call.arguments[1]));
           }};
 }
 
@@ -48,7 +47,7 @@ Operation setting(const char* name) {
           kInstance,
           1,
           [](Call& call) -> Value {
-            kSet(receiver(call), parameters_argument(call.arguments[0]));
+            kSet(receiver(call), dictionary_argument(call.arguments[0]));
             return {};
           },
           true};
@@ -63,7 +62,7 @@ Operation setting_with_options(const char* name) {
           kInstance,
           2,
           [](Call& call) -> Value {
-            kSet(receiver(call), parameters_argument(call.arguments[0]),
+            kSet(receiver(call), dictionary_argument(call.arguments[0]),
                  options_argument(call.arguments[1]));
             return {};
           },
@@ -79,7 +78,7 @@ std::vector<Operation> request_operations() {
        [](Call& call) -> Value {
          return Utils::HTTPRequestWithURL(url_argument(call.arguments[0]),
                                           text_argument(call.arguments[1]),
-                                          parameters_argument(call.arguments[2]));
+                                          dictionary_argument(call.arguments[2]));
        }},
       building<Utils::GETRequestWithURL>("GETRequestWithURL:parameters:"),
       building<Utils::POSTRequestWithURL>("POSTRequestWithURL:parameters:"),

@@ -85,17 +85,17 @@ class Writer {
   };
 
   Json write_shared(const Value& value) {
-    if (const auto list = value.as_list()) {
-      const Step step(path_, list.get());
+    if (const auto list = value.as<foundation::List>()) {
+      const Step step(path_, list.identity());
       Json array = Json::array();
-      for (const Value& element : *list) {
+      for (const Value& element : list) {
         array.push_back(write(element));
       }
       return array;
     }
-    if (const auto dictionary = value.as_dictionary()) {
-      const Step step(path_, dictionary.get());
-      return write_dictionary(*dictionary);
+    if (const auto dictionary = value.as<foundation::Dictionary>()) {
+      const Step step(path_, dictionary.identity());
+      return write_dictionary(dictionary);
     }
     if (const auto object = value.object()) {
       const Step step(path_, object.get());

@@ -20,12 +20,9 @@ constexpr std::string_view kIdentifier = "CFBundleIdentifier";
 
 class ProgramBundle final : public platform::NSBundle {
  public:
-  explicit ProgramBundle(std::shared_ptr<const Dictionary> information)
-      : information_(std::move(information)) {}
+  explicit ProgramBundle(Dictionary information) : information_(std::move(information)) {}
 
-  std::shared_ptr<Dictionary> infoDictionary() const override {
-    return std::make_shared<Dictionary>(*information_);
-  }
+  Dictionary infoDictionary() const override { return information_.copy(); }
 
   std::string localizedStringForKey(std::string_view key, std::string_view value) const override {
     const std::string text(key);
@@ -40,29 +37,29 @@ class ProgramBundle final : public platform::NSBundle {
   }
 
  private:
-  std::shared_ptr<const Dictionary> information_;
+  Dictionary information_;
 };
 
 /// Never null.
-std::shared_ptr<Dictionary> read_information(const std::string& file) {
+Dictionary read_information(const std::string& file) {
   const auto contents = make_file_manager()->contentsAtPath(file);
   const auto* const bytes = std::get_if<foundation::Bytes>(&contents);
   const auto root = bytes != nullptr ? foundation::read_property_list(*bytes) : std::nullopt;
-  auto information = root ? root->as_dictionary() : nullptr;
-  return information ? information : std::make_shared<Dictionary>();
+  const auto information = root ? root->as<Dictionary>() : nullptr;
+  return information ? information : Dictionary();
 }
 
 }  // namespace
 
 std::shared_ptr<platform::NSBundle> make_program_bundle(std::string identifier,
                                                         const std::string& information) {
-  const auto known = read_information(information);
+  Dictionary known = read_information(information);
   if (const char* chosen = std::getenv("QUOLL_BUNDLE_IDENTIFIER")) {
-    known->removeObjectForKey(kIdentifier);
+    known.removeObjectForKey(kIdentifier);
     identifier = chosen;
   }
-  if (!identifier.empty() && known->find(kIdentifier) == nullptr) {
-    known->setObject(std::move(identifier), kIdentifier);
+  if (!identifier.empty() && known.find(kIdentifier) == nullptr) {
+    known.setObject(std::move(identifier), kIdentifier);
   }
   return std::make_shared<ProgramBundle>(known);
 }

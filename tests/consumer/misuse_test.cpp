@@ -1,0 +1,87 @@
+// What the library is not to be used for does not compile against the installed headers.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <sstream>
+#include <string>
+
+#include "tests/integration/process.h"
+#include "tests/support/temporary_folder.h"
+
+namespace quoll::test {
+namespace {
+
+const std::string kSource = std::string(QUOLL_SOURCE) + "/tests/consumer/misuses.cpp";
+
+/// The lines of each misuse: from the one that names it up to, and without, the next directive.
+std::map<int, std::pair<int, int>> lines_of_misuses() {
+  std::map<int, std::pair<int, int>> found;
+  std::istringstream source(read_file(kSource));
+  int number = 0;
+  std::string line;
+  for (int at = 1; std::getline(source, line); ++at) {
+    if (line.starts_with('#') && number != 0) {
+      found[number].second = at;
+      number = 0;
+    }
+    if (const auto name = line.find("MISUSE == "); name != std::string::npos) {
+      number = std::stoi(line.substr(name + std::string_view("MISUSE == ").size()));
+      found[number] = {at, at};
+    }
+  }
+  return found;
+}
+
+class Misuse : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    folder_ = new TemporaryFolder;
+    const Ended ended = run({"cmake", "--install", QUOLL_BUILD, "--component", "development",
+                             "--prefix", folder_->path("installed")});
+    ASSERT_EQ(ended.status, 0) << ended.errors;
+  }
+  static void TearDownTestSuite() {
+    delete folder_;
+    folder_ = nullptr;
+  }
+  static Ended compile(int misuse) {
+    return run({"sh", "-c",
+                std::string(QUOLL_CXX) +
+                    " -std=c++20 -fsyntax-only -DMISUSE=" + std::to_string(misuse) + " -I" +
+                    folder_->path("installed/include/quoll-extensions") + " " + kSource});
+  }
+
+  static TemporaryFolder* folder_;
+};
+
+TemporaryFolder* Misuse::folder_ = nullptr;
+
+TEST_F(Misuse, NoneCompiles) {
+  const Ended ended = compile(0);
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+}
+
+/// True when the compiler names an error in one of these lines.
+bool has_error_in(const std::string& messages, const std::pair<int, int>& lines) {
+  for (int line = lines.first; line < lines.second; ++line) {
+    const auto place = messages.find("misuses.cpp:" + std::to_string(line) + ":");
+    if (place != std::string::npos) {
+      return true;
+    }
+  }
+  return false;
+}
+
+TEST_F(Misuse, EachIsAnErrorWhereItStands) {
+  const auto misuses = lines_of_misuses();
+  ASSERT_EQ(misuses.size(), static_cast<std::size_t>(misuses.rbegin()->first));
+  ASSERT_GT(misuses.size(), 30U);
+  for (const auto& [number, lines] : misuses) {
+    const Ended ended = compile(number);
+    EXPECT_NE(ended.status, 0) << "misuse " << number << " compiles";
+    EXPECT_TRUE(has_error_in(ended.errors, lines)) << "misuse " << number << ": " << ended.errors;
+  }
+}
+
+}  // namespace
+}  // namespace quoll::test
