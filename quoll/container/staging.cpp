@@ -92,7 +92,7 @@ std::optional<Error> write_buffer(const Value& item, const std::string& path) {
                                                                 platform::NSDataWritingAtomic);
 }
 
-void log_unprepared(std::string_view pattern, const Error& error) {
+void log_unprepared(foundation::Pattern<1> pattern, const Error& error) {
   platform::log_event({foundation::format(pattern, error),
                        foundation::quoll_error(foundation::kNotPreparedError, error)});
 }

@@ -39,18 +39,18 @@ namespace {
 
 TEST(SystemLog, TakesAnything) {
   const auto log = posix::make_system_log("quoll-test");
-  log->line("%s %n is no pattern");
+  log->write({"%s %n is no pattern"});
   EXPECT_EQ(logged, "%s %n is no pattern");
-  log->line(std::string(1 << 20, '\n'));
+  log->write({std::string(1 << 20, '\n')});
   EXPECT_LE(logged.size(), 4096U);
 }
 
 TEST(SystemLog, ALineHas4096Bytes) {
   const auto log = posix::make_system_log("quoll-test");
   const std::string longest(4096, 'x');
-  log->line(longest);
+  log->write({longest});
   EXPECT_EQ(logged, longest);
-  log->line(longest + "x");
+  log->write({longest + "x"});
   EXPECT_EQ(logged, std::string(4093, 'x') + "\u2026") << "cut, and it shows";
 }
 
