@@ -23,7 +23,7 @@ int share(Arguments& arguments) {
                      {.print = arguments.print,
                       .verbose = arguments.verbose,
                       .progress = nullptr,
-                      .ended = [](ExitCode, const std::string& told) { std::cerr << told; }});
+                      .tell = [](const std::string& told) { std::cerr << told; }});
   };
   return arguments.notify ? share_and_notify(run_here) : run_here();
 }

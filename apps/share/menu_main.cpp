@@ -47,8 +47,8 @@ int share(MenuSocket& socket) {
            [&](std::size_t answered, std::size_t items) {
              socket.tell_progress(static_cast<int>(100 * answered / (items + 1)));
            },
-       .ended =
-           [&](ExitCode, const std::string& told) {
+       .tell =
+           [&](const std::string& told) {
              if (told.empty()) {
                socket.tell_end();
              } else {

@@ -176,8 +176,9 @@ std::string plain_reason(const LogEvent& event) {
                                    : cause->text);
 }
 
-ExitCode report(const Selection& selection, const Outcome& outcome, std::ostream& out) {
-  const Course course(outcome.events);
+ExitCode report(const Selection& selection, const std::vector<recording::Event>& events,
+                std::ostream& out) {
+  const Course course(events);
   const auto trouble = was_used(selection) ? std::nullopt : staging_trouble(course.preparation);
   const auto left_out = course.is_opened
                             ? everything_left_out(selection, course, trouble.has_value())

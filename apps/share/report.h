@@ -20,11 +20,11 @@ enum class ExitCode : int {
   kSomethingLeftOut = 3,
 };
 
-/// Tells people what came of the share: a line for each thing that was left out, one when the
-/// shared folder could not be prepared, one when nothing was opened. A share that arrived whole is
-/// silent.
-[[nodiscard]] ExitCode report(const Selection& selection, const Outcome& outcome,
-                              std::ostream& out);
+/// Tells people what came of the share, whose events are given: a line for each thing that was left
+/// out, one when the shared folder could not be prepared, one when nothing was opened. A share that
+/// arrived whole is silent.
+[[nodiscard]] ExitCode report(const Selection& selection,
+                              const std::vector<recording::Event>& events, std::ostream& out);
 
 /// What was logged, in words for people: of an error only what the system said at the bottom of it
 /// ("permission denied"). One line, ready for a terminal.

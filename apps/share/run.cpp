@@ -13,6 +13,24 @@ namespace {
 
 using platform::NSAttributedString;
 
+/// What is shared. It does not keep how the request ended.
+class ShareContext final : public platform::NSExtensionContext {
+ public:
+  explicit ShareContext(Items items) : items_(std::move(items)) {}
+
+  [[nodiscard]] Items inputItems() const override { return items_; }
+  void completeRequestReturningItems(const Items& /*items*/,
+                                     std::function<void(bool expired)> handler) override {
+    if (handler) {
+      handler(false);
+    }
+  }
+  void cancelRequestWithError(const foundation::Error& /*error*/) override {}
+
+ private:
+  Items items_;
+};
+
 std::shared_ptr<NSAttributedString> content_text(Selection& selection) {
   if (selection.text) {
     return std::make_shared<NSAttributedString>(std::string_view(*selection.text));
@@ -41,7 +59,7 @@ void show_at_terminal(std::size_t answered, std::size_t items) {
 
 }  // namespace
 
-std::shared_ptr<HostContext> make_request(Selection& selection) {
+std::shared_ptr<platform::NSExtensionContext> make_context(Selection& selection) {
   auto item = std::make_shared<platform::NSExtensionItem>();
   if (selection.title) {
     item->attributedTitle =
@@ -49,7 +67,7 @@ std::shared_ptr<HostContext> make_request(Selection& selection) {
   }
   item->attributedContentText = content_text(selection);
   item->attachments.assign(selection.items.begin(), selection.items.end());
-  return std::make_shared<HostContext>(HostContext::Items{std::move(item)});
+  return std::make_shared<ShareContext>(ShareContext::Items{std::move(item)});
 }
 
 void wait_until_done(const Selection& selection, CountingQueue& background,

@@ -97,10 +97,11 @@ bool is_busy(const Selection& selection) {
 
 /// Tells what came of the share, removes its files and answers the number to end the program with.
 /// While an item is still worked on it ends the program itself: what that thread uses must stay.
-int end(Selection& selection, const Outcome& outcome, const ShareSettings& settings) {
+int end(Selection& selection, const std::vector<recording::Event>& events,
+        const ShareSettings& settings) {
   std::ostringstream told;
-  const ExitCode code = report(selection, outcome, told);
-  settings.ended(code, told.str());
+  const ExitCode code = report(selection, events, told);
+  settings.tell(told.str());
   selection.received_files.reset();
   if (is_busy(selection)) {
     _exit(static_cast<int>(code));
@@ -126,8 +127,8 @@ int run_share(ShareRequest request, const ShareSettings& settings) {
   }
   sandbox::confine(needs_of(selection, container, image_helper));
   const StagingLock lock = lock_staging();
-  const Outcome outcome = run<ShareViewController>(selection, *background, settings.progress);
-  return end(selection, outcome, settings);
+  const auto events = run<ShareViewController>(selection, *background, settings.progress);
+  return end(selection, events, settings);
 }
 
 }  // namespace quoll::share

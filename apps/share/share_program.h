@@ -18,7 +18,7 @@ struct ShareSettings {
   /// Null: a person at a terminal is told.
   Progress progress;
   /// Called once, at the end, with what there is to tell: whole lines, none when all went well.
-  std::function<void(ExitCode code, const std::string& told)> ended;
+  std::function<void(const std::string& told)> tell;
 };
 
 /// Shares what was asked for as one draft, and answers the number to end the program with; it may

@@ -66,7 +66,7 @@ Told told(const Selection& selection, std::vector<Event> events, const char* url
     events.push_back(recording::OpeningAnswer{answer});
   }
   std::ostringstream out;
-  const ExitCode code = report(selection, {.request = nullptr, .events = std::move(events)}, out);
+  const ExitCode code = report(selection, events, out);
   return {code, out.str()};
 }
 

@@ -105,7 +105,7 @@ class Resident {
     std::shared_ptr<ExtensionMessage> message;
     ExtensionUtilities::ShareInit(kService);
     ExtensionUtilities::GetItemForExtension(
-        share::make_request(selection), kService,
+        share::make_context(selection), kService,
         [&](const auto& gathered, const auto&) { message = gathered; });
     share::wait_until_done(selection, *queue_);
     if (!message) {
