@@ -31,7 +31,7 @@ namespace {
 
 using namespace quoll;
 
-struct Wanted {
+struct Options {
   std::vector<std::string> urls;
   std::string draft;   ///< the draft to show; empty for the newest
   std::string client;  ///< the client to choose; empty for the default
@@ -121,26 +121,27 @@ int serve(double idle_seconds) {
                         std::chrono::milliseconds(static_cast<std::int64_t>(idle_seconds * 1000)));
 }
 
-/// Reads the command line into `wanted`. Answers an exit status after help or wrong use.
-std::optional<int> parse(int argc, char** argv, Wanted& wanted) {
+/// Reads the command line into `options`. Answers an exit status after help or wrong use.
+std::optional<int> parse(int argc, char** argv, Options& options) {
   CLI::App app{
       "Takes the drafts of shares where no mail application is installed: keeps each as a message\n"
       "file and opens it in the mail client that is the default for mail links, or in the chosen\n"
       "one. A draft that a client was given is removed 7 days later; the others stay."};
   app.set_version_flag("--version", "quoll-compose " QUOLL_VERSION);
-  auto* urls = app.add_option("URL", wanted.urls, "compose commands, quoll://compose?...");
-  auto* service = app.add_flag("--service", wanted.service, "take drafts from the session bus");
-  app.add_option("--idle", wanted.idle_seconds, "end the service after so many idle seconds")
+  auto* urls = app.add_option("URL", options.urls, "compose commands, quoll://compose?...");
+  auto* service = app.add_flag("--service", options.service, "take drafts from the session bus");
+  app.add_option("--idle", options.idle_seconds, "end the service after so many idle seconds")
       ->needs(service)
       ->check(CLI::Range(0.0, 86400.0))
       ->capture_default_str();
-  auto* list = app.add_flag("--list", wanted.list, "list the drafts that are kept, newest last");
-  auto* show = app.add_option("--show", wanted.draft, "show this draft, or the newest")
+  auto* list = app.add_flag("--list", options.list, "list the drafts that are kept, newest last");
+  auto* show = app.add_option("--show", options.draft, "show this draft, or the newest")
                    ->type_name("[FILE]")
                    ->expected(0, 1);
-  auto* clients = app.add_flag("--clients", wanted.clients, "list the mail clients that are there");
+  auto* clients =
+      app.add_flag("--clients", options.clients, "list the mail clients that are there");
   auto* client =
-      app.add_option("--client", wanted.client,
+      app.add_option("--client", options.client,
                      "from now on give drafts to this mail client; \"default\" goes back")
           ->type_name("NAME");
   const std::vector<CLI::Option*> actions{urls, service, list, show, clients, client};
@@ -154,8 +155,8 @@ std::optional<int> parse(int argc, char** argv, Wanted& wanted) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;
   }
-  wanted.show = show->count() > 0;
-  wanted.choose = client->count() > 0;
+  options.show = show->count() > 0;
+  options.choose = client->count() > 0;
   if (std::ranges::all_of(actions, [](const auto* action) { return action->count() == 0; })) {
     std::cerr << "quoll-compose: nothing to do; see quoll-compose --help\n";
     return 2;
@@ -163,27 +164,27 @@ std::optional<int> parse(int argc, char** argv, Wanted& wanted) {
   return std::nullopt;
 }
 
-int run(const Wanted& wanted) {
-  if (wanted.service) {
-    return serve(wanted.idle_seconds);
+int run(const Options& options) {
+  if (options.service) {
+    return serve(options.idle_seconds);
   }
-  if (wanted.list) {
+  if (options.list) {
     return list();
   }
-  if (wanted.clients) {
+  if (options.clients) {
     return list_clients();
   }
-  if (wanted.choose) {
-    return choose(wanted.client);
+  if (options.choose) {
+    return choose(options.client);
   }
-  return wanted.show ? show(wanted.draft) : compose(wanted.urls);
+  return options.show ? show(options.draft) : compose(options.urls);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  Wanted wanted;
-  if (const auto status = parse(argc, argv, wanted)) {
+  Options options;
+  if (const auto status = parse(argc, argv, options)) {
     return *status;
   }
   platform::install({.bundle = posix::make_program_bundle(std::string(it_vorlent_quoll_2)),
@@ -199,7 +200,7 @@ int main(int argc, char** argv) {
   std::signal(SIGCHLD, SIG_DFL);  // inherited; the end of a client is waited for
   g_mime_init();
   try {
-    return run(wanted);
+    return run(options);
   } catch (const std::exception& exception) {
     std::cerr << "quoll-compose: " << exception.what() << '\n';
     return 1;

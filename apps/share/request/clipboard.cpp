@@ -19,9 +19,9 @@ namespace quoll::share {
 
 namespace {
 
-using posix::run_tool;
-using posix::ToolAnswer;
-using End = posix::ToolAnswer::End;
+using posix::ProgramAnswer;
+using posix::run_program;
+using End = posix::ProgramAnswer::End;
 /// Why there is nothing; none when there is something.
 using Reason = std::optional<std::string>;
 
@@ -78,7 +78,7 @@ constexpr std::array kTypes{
     Type{"text/plain", Kind::kText},
 };
 
-Reason why_not(const Tool& tool, const posix::ToolAnswer& answer) {
+Reason why_not(const Tool& tool, const posix::ProgramAnswer& answer) {
   switch (answer.end) {
     case End::kWell:
       return std::nullopt;
@@ -149,7 +149,8 @@ std::vector<std::string> lines_of(const std::string& text) {
 
 Reason add_from(const Tool& tool, ShareRequest& request, std::chrono::milliseconds patience,
                 std::chrono::steady_clock::time_point deadline) {
-  const posix::ToolAnswer listed = posix::run_tool(tool.types, kLongestList, patience, deadline);
+  const posix::ProgramAnswer listed =
+      posix::run_program(tool.types, kLongestList, patience, deadline);
   if (auto reason = why_not(tool, listed)) {
     return reason;
   }
@@ -160,7 +161,7 @@ Reason add_from(const Tool& tool, ShareRequest& request, std::chrono::millisecon
     }
     auto command = tool.content;
     command.emplace_back(type.name);
-    const auto answer = posix::run_tool(
+    const auto answer = posix::run_program(
         command, type.kind == Kind::kImage ? kLargestImage : kLongestText, patience, deadline);
     auto reason = why_not(tool, answer);
     if (!reason && add(request, type.kind, answer.output)) {

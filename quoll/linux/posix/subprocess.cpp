@@ -137,13 +137,13 @@ std::string Subprocess::complaint() const {
   return text.substr(0, text.find('\n'));
 }
 
-ToolAnswer run_tool(const std::vector<std::string>& command, std::size_t most,
-                    std::chrono::milliseconds patience, Clock::time_point deadline) {
+ProgramAnswer run_program(const std::vector<std::string>& command, std::size_t most,
+                          std::chrono::milliseconds patience, Clock::time_point deadline) {
   constexpr std::size_t kLongestComplaint = 200;
-  ToolAnswer answer;
+  ProgramAnswer answer;
   Pipe output = make_pipe();
   if (!output) {
-    answer.end = ToolAnswer::End::kBadly;
+    answer.end = ProgramAnswer::End::kBadly;
     answer.complaint = error_words(errno);
     return answer;
   }
@@ -158,11 +158,11 @@ ToolAnswer run_tool(const std::vector<std::string>& command, std::size_t most,
   tool.end_by(ended ? deadline : Clock::now());
   answer.complaint = foundation::printable(tool.complaint(), kLongestComplaint);
   if (!is_read) {
-    answer.end = ToolAnswer::End::kSilent;
+    answer.end = ProgramAnswer::End::kSilent;
   } else if (!ended) {
-    answer.end = ToolAnswer::End::kTooLong;
+    answer.end = ProgramAnswer::End::kTooLong;
   } else {
-    answer.end = tool.ended_well() ? ToolAnswer::End::kWell : ToolAnswer::End::kBadly;
+    answer.end = tool.ended_well() ? ProgramAnswer::End::kWell : ProgramAnswer::End::kBadly;
   }
   return answer;
 }

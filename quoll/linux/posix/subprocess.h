@@ -63,7 +63,7 @@ class Subprocess {
 };
 
 /// What a small program of the system answered.
-struct ToolAnswer {
+struct ProgramAnswer {
   enum class End {
     kWell,
     kBadly,    ///< it said so: see `complaint`
@@ -79,8 +79,8 @@ struct ToolAnswer {
 
 /// Runs a program of PATH to its end, with nothing on its standard input. It is ended, with the
 /// processes that it started, when it delivers nothing for `patience`, and at the deadline.
-[[nodiscard]] ToolAnswer run_tool(const std::vector<std::string>& command, std::size_t most,
-                                  std::chrono::milliseconds patience,
-                                  std::chrono::steady_clock::time_point deadline);
+[[nodiscard]] ProgramAnswer run_program(const std::vector<std::string>& command, std::size_t most,
+                                        std::chrono::milliseconds patience,
+                                        std::chrono::steady_clock::time_point deadline);
 
 }  // namespace quoll::posix

@@ -1,4 +1,4 @@
-#include "apps/console/road.h"
+#include "apps/console/diagnosis.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -33,7 +33,7 @@ namespace quoll::console {
 namespace {
 
 namespace fs = std::filesystem;
-using State = Step::State;
+using State = Finding::State;
 
 constexpr std::chrono::milliseconds kPatience{5000};
 
@@ -63,7 +63,7 @@ std::string addressee(const std::shared_ptr<platform::NSBundle>& bundle) {
   return workspace->name;
 }
 
-Step identity(const platform::NSBundle& bundle, const std::string& application) {
+Finding identity(const platform::NSBundle& bundle, const std::string& application) {
   const foundation::Value own = bundle.infoDictionary().objectForKey("CFBundleIdentifier");
   if (own.text() == nullptr) {
     return {"identity", State::kWorthKnowing,
@@ -83,7 +83,7 @@ std::optional<std::string> container_path() {
 
 /// Makes the container, for this user alone, and removes what killed shares have left in it. A
 /// failure shows in the checks that follow.
-void mend_container(const std::string& path) {
+void repair_container(const std::string& path) {
   std::error_code ignored;
   fs::create_directories(path, ignored);
   fs::permissions(path, fs::perms::group_all | fs::perms::others_all, fs::perm_options::remove,
@@ -110,7 +110,7 @@ std::string why_not_writable(const std::string& path) {
   return access(folder.c_str(), R_OK | W_OK | X_OK) == 0 ? "" : folder.string() + ": " + reason();
 }
 
-Step container(const std::optional<std::string>& path) {
+Finding container(const std::optional<std::string>& path) {
   const std::string name = "container";
   if (!path) {
     return {name, State::kBroken, "there is no place for it",
@@ -135,7 +135,7 @@ Step container(const std::optional<std::string>& path) {
   return {name, State::kGood, *path, ""};
 }
 
-Step space(const std::optional<std::string>& path) {
+Finding space(const std::optional<std::string>& path) {
   constexpr std::uintmax_t kMebibyte = std::uintmax_t{1} << 20U;
   constexpr std::uintmax_t kLittle = 100 * kMebibyte;
   std::error_code error;
@@ -147,7 +147,7 @@ Step space(const std::optional<std::string>& path) {
   return {"space", State::kWorthKnowing, found, "make room before large files are shared"};
 }
 
-Step locks(const std::optional<std::string>& container) {
+Finding locks(const std::optional<std::string>& container) {
   const std::string folder = foundation::appending_path_component(container.value_or("/"),
                                                                   quoll::container::layout::locks);
   std::error_code none;
@@ -166,7 +166,7 @@ Step locks(const std::optional<std::string>& container) {
   return {"locks", State::kGood, "nobody holds one", ""};
 }
 
-Step session_bus(const gio::ApplicationLookup& lookup) {
+Finding session_bus(const gio::ApplicationLookup& lookup) {
   if (lookup.bus_trouble.empty()) {
     return {"session bus", State::kGood, "it answers", ""};
   }
@@ -175,7 +175,7 @@ Step session_bus(const gio::ApplicationLookup& lookup) {
           "log in to a desktop session, or start the program by dbus-run-session"};
 }
 
-Step mail_application(const std::string& application, const gio::ApplicationLookup& lookup) {
+Finding mail_application(const std::string& application, const gio::ApplicationLookup& lookup) {
   const std::string name = "mail application";
   if (lookup.is_running || lookup.is_startable) {
     return {name, State::kGood,
@@ -195,7 +195,7 @@ Step mail_application(const std::string& application, const gio::ApplicationLook
           "install the mail application or quoll-compose"};
 }
 
-Step links(const std::string& application) {
+Finding links(const std::string& application) {
   const std::string handler = gio::handler_of_scheme("quoll");
   if (handler == application + ".desktop") {
     return {"quoll:// links", State::kGood, handler + " opens them", ""};
@@ -205,7 +205,7 @@ Step links(const std::string& application) {
           "xdg-mime default " + application + ".desktop x-scheme-handler/quoll; shares do without"};
 }
 
-Step image_helper() {
+Finding image_helper() {
   const std::string path = image_helper::helper_path();
   if (access(path.c_str(), X_OK) == 0) {
     return {"images", State::kGood, path, ""};
@@ -214,7 +214,7 @@ Step image_helper() {
           "install quoll-share again: images that come as bytes are left out"};
 }
 
-Step mail_client() {
+Finding mail_client() {
   const std::string name = "mail client";
   const gio::ChosenMailClient chosen = gio::chosen_mail_client();
   if (!chosen.client) {
@@ -255,7 +255,7 @@ constexpr std::array kEntries{
     Entry{"calls of programs", "dbus-1/services/it.vorlent.quoll2.Quoll-Share.service", false},
 };
 
-Step menu_entry(const Entry& entry) {
+Finding menu_entry(const Entry& entry) {
   const std::string name = entry.name;
   const bool is_path = *entry.file == '/';
   const std::string file = is_path ? entry.file : gio::find_data_file(entry.file);
@@ -273,62 +273,62 @@ Step menu_entry(const Entry& entry) {
 
 /// The last lines that shares and the receiver of their drafts have logged. Only lines that this
 /// user may read are shown.
-Step log_lines() {
+Finding log_lines() {
   constexpr std::size_t kMost = 65536;
   // With a time limit: a large journal on a slow disk would let the user wait too long.
   const auto said =
-      posix::run_tool({"journalctl", "--quiet", "--no-pager", "--output=short-iso", "--lines=5",
-                       "--identifier=quoll-share", "--identifier=quoll-compose"},
-                      kMost, kPatience, std::chrono::steady_clock::now() + kPatience);
-  Step step{"last log lines", State::kGood, "none", ""};
-  if (said.end != posix::ToolAnswer::End::kWell) {
-    step.found = "there is no system journal here";
-    step.advice = "look for quoll-share where the system keeps its log, or share with --verbose";
-    step.state = State::kWorthKnowing;
-    return step;
+      posix::run_program({"journalctl", "--quiet", "--no-pager", "--output=short-iso", "--lines=5",
+                          "--identifier=quoll-share", "--identifier=quoll-compose"},
+                         kMost, kPatience, std::chrono::steady_clock::now() + kPatience);
+  Finding finding{"last log lines", State::kGood, "none", ""};
+  if (said.end != posix::ProgramAnswer::End::kWell) {
+    finding.found = "there is no system journal here";
+    finding.advice = "look for quoll-share where the system keeps its log, or share with --verbose";
+    finding.state = State::kWorthKnowing;
+    return finding;
   }
   std::istringstream lines(said.output);
   for (std::string line; std::getline(lines, line);) {
-    step.lines.push_back(line);
+    finding.lines.push_back(line);
   }
-  if (!step.lines.empty()) {
-    step.found = std::to_string(step.lines.size());
+  if (!finding.lines.empty()) {
+    finding.found = std::to_string(finding.lines.size());
   }
-  return step;
+  return finding;
 }
 
 }  // namespace
 
-std::vector<Step> walk_road(bool mend) {
+std::vector<Finding> diagnose(bool repair) {
   const auto bundle = reading_desktop().bundle;
   const std::string application = addressee(bundle);
   const auto path = container_path();
-  if (mend && path) {
-    mend_container(*path);
+  if (repair && path) {
+    repair_container(*path);
   }
-  if (mend && gio::handler_of_scheme("quoll").empty()) {
+  if (repair && gio::handler_of_scheme("quoll").empty()) {
     static_cast<void>(gio::set_handler_of_scheme(application, "quoll"));
   }
   const auto lookup = gio::look_up_application(application, kPatience);
-  std::vector<Step> steps{identity(*bundle, application),
-                          container(path),
-                          space(path),
-                          locks(path),
-                          session_bus(lookup),
-                          mail_application(application, lookup),
-                          links(application),
-                          image_helper(),
-                          mail_client()};
+  std::vector<Finding> findings{identity(*bundle, application),
+                                container(path),
+                                space(path),
+                                locks(path),
+                                session_bus(lookup),
+                                mail_application(application, lookup),
+                                links(application),
+                                image_helper(),
+                                mail_client()};
   for (const Entry& entry : kEntries) {
-    steps.push_back(menu_entry(entry));
+    findings.push_back(menu_entry(entry));
   }
-  steps.push_back(log_lines());
-  return steps;
+  findings.push_back(log_lines());
+  return findings;
 }
 
-bool arrives(const std::vector<Step>& steps) {
-  return std::none_of(steps.begin(), steps.end(),
-                      [](const Step& step) { return step.state == State::kBroken; });
+bool share_would_arrive(const std::vector<Finding>& findings) {
+  return std::none_of(findings.begin(), findings.end(),
+                      [](const Finding& finding) { return finding.state == State::kBroken; });
 }
 
 }  // namespace quoll::console

@@ -6,7 +6,7 @@
 namespace quoll::console {
 
 /// One thing that a share needs on its way, and its present state.
-struct Step {
+struct Finding {
   enum class State {
     kGood,
     kWorthKnowing,  ///< a share arrives nevertheless
@@ -21,12 +21,12 @@ struct Step {
 };
 
 /// Checks everything that a share needs, in the order of its way from the program to the compose
-/// window, without sharing anything. With `mend` it first repairs what it can without removing
+/// window, without sharing anything. With `repair` it first repairs what it can without removing
 /// anything that is needed: the container with its mode and what killed shares have left in it, and
 /// which application opens command URLs when none does.
-[[nodiscard]] std::vector<Step> walk_road(bool mend);
+[[nodiscard]] std::vector<Finding> diagnose(bool repair);
 
 /// True when a share would arrive.
-[[nodiscard]] bool arrives(const std::vector<Step>& steps);
+[[nodiscard]] bool share_would_arrive(const std::vector<Finding>& findings);
 
 }  // namespace quoll::console
