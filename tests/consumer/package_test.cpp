@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 
 #include "tests/integration/private_bus.h"
 
@@ -140,6 +142,36 @@ TEST_F(Package, EachAdapterIsFoundByCMake) {
   for (const Adapter& adapter : kAdapters) {
     EXPECT_EQ(run({folder + "/adapter-" + adapter.name}).status, 0) << adapter.name;
   }
+}
+
+/// The indented pieces of a document that are C++, one after the other.
+std::string examples_of(const std::string& file) {
+  std::istringstream document(read_file(file));
+  std::string examples;
+  std::string piece;
+  for (std::string line; std::getline(document, line);) {
+    if (line.starts_with("    ")) {
+      piece += line + "\n";
+    } else if (!piece.empty()) {
+      examples += piece.find(';') == std::string::npos ? "" : piece;
+      piece.clear();
+    }
+  }
+  return examples;
+}
+
+TEST_F(Package, TheExamplesOfTheDocumentCompile) {
+  const std::string source = folder_->path("document.cpp");
+  std::ofstream out(source);
+  for (const auto& header :
+       std::filesystem::recursive_directory_iterator(prefix() + "/include/quoll-extensions")) {
+    if (header.is_regular_file()) out << "#include " << header.path() << "\n";
+  }
+  const std::string examples = examples_of(QUOLL_SOURCE "/docs/library.md");
+  EXPECT_NE(examples.find("quoll::platform::install({"), std::string::npos);
+  out << "#include <iostream>\nint main() {\n" << examples << "}\n";
+  out.close();
+  compile(source, "quoll-linux-posix quoll-linux-gio");
 }
 
 TEST_F(Package, TheExampleOpensAComposeWindow) {
