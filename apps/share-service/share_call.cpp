@@ -99,8 +99,8 @@ Complaint take_descriptor(GVariant* value, GUnixFDList* descriptors, posix::Uniq
 }
 
 /// The type without its parameters, in small letters.
-std::string plain_media_type(std::string type) {
-  return foundation::ascii_lower_case(std::string_view(type).substr(0, type.find(';')));
+std::string plain_media_type(std::string_view type) {
+  return foundation::ascii_lower_case(type.substr(0, type.find(';')));
 }
 
 Complaint take_item(GVariant* given, GUnixFDList* descriptors, share::DescriptorItem& item) {
@@ -123,7 +123,7 @@ Complaint take_item(GVariant* given, GUnixFDList* descriptors, share::Descriptor
   if (complaint) {
     return complaint;
   }
-  item.media_type = plain_media_type(std::move(item.media_type));
+  item.media_type = plain_media_type(item.media_type);
   if (item.name.size() > NAME_MAX || item.media_type.size() > NAME_MAX) {
     return "a name or a type is longer than 255 bytes";
   }

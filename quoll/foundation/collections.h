@@ -29,8 +29,8 @@ class List final {
   List(Null /*null*/) {}  // NOLINT(google-explicit-constructor): null is a list, but 0 is not
   List(std::initializer_list<Value> values);
   explicit List(std::vector<Value> values);
-  /// `List{list}` could be the list itself or a list of one: say `List(list)` or
-  /// `List{Value(list)}`.
+  /// Braces around lists could mean a list itself or a list of lists: `List(list)` is the former,
+  /// `List{Value(list)}` the latter.
   template <std::same_as<List> T>
   List(std::initializer_list<T> ambiguous) = delete;
   template <std::same_as<std::nullptr_t> T>

@@ -30,7 +30,8 @@ class NSImage final : public foundation::Object {
   /// `TIFFRepresentation`: the pixels as a TIFF file; none when that fails.
   [[nodiscard]] std::optional<foundation::Bytes> TIFFRepresentation() const;
 
-  [[nodiscard]] const foundation::Bytes& data() const { return data_; }
+  [[nodiscard]] const foundation::Bytes& data() const& { return data_; }
+  const foundation::Bytes& data() const&& = delete;
   /// In pixels.
   [[nodiscard]] std::int64_t width() const { return width_; }
   [[nodiscard]] std::int64_t height() const { return height_; }

@@ -44,10 +44,12 @@ class NSAttributedString final : public foundation::Object {
   explicit NSAttributedString(std::string_view text);
 
   /// `string`: the text of all runs.
-  [[nodiscard]] const std::string& string() const { return text_; }
+  [[nodiscard]] const std::string& string() const& { return text_; }
+  const std::string& string() const&& = delete;
   /// In bytes.
   [[nodiscard]] std::size_t length() const { return text_.size(); }
-  [[nodiscard]] const std::vector<TextRun>& runs() const { return runs_; }
+  [[nodiscard]] const std::vector<TextRun>& runs() const& { return runs_; }
+  const std::vector<TextRun>& runs() const&& = delete;
 
   /// `dataFromRange:documentAttributes:error:` with the whole range and
   /// `NSDocumentTypeDocumentAttribute` = `NSHTMLTextDocumentType`: a whole HTML document in UTF-8;

@@ -79,7 +79,7 @@ void holds_what_is_no_value(quoll::ExtensionMessage& message, List list) {
 #elif MISUSE == 20
   message.to = std::make_shared<List>();
 #elif MISUSE == 21
-  const List which{list};
+  const List which{list, list};
 #elif MISUSE == 22
   const List none{nullptr};
 #elif MISUSE == 23

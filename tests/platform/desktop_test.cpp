@@ -94,7 +94,8 @@ TEST(StyledText, IsTheTextOfItsRuns) {
   EXPECT_TRUE(text.isEqual(&text));
   const NSAttributedString plain("bold plain");
   EXPECT_FALSE(text.isEqual(&plain)) << "another look";
-  EXPECT_EQ(NSAttributedString("").runs().size(), 0U);
+  const NSAttributedString empty("");
+  EXPECT_EQ(empty.runs().size(), 0U);
 }
 
 TEST(NSViewController, LoadsItsViewOnce) {

@@ -50,6 +50,7 @@ std::string why_not_received() {
   return errno == ETIMEDOUT ? "nothing came for too long" : posix::error_words(errno);
 }
 
+/// Fills a selection part by part. Standard input is read in the order of the calls.
 class Selector {
  public:
   Selector(Selection& selection, const ShareRequest& request, int standard_input)

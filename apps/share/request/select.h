@@ -32,9 +32,10 @@ struct Selection {
 };
 
 /// Reads what was asked for. Files are looked at, not opened for good; bytes from standard
-/// input, descriptors and `data:` URLs are taken now. Whatever cannot be shared is left out with
-/// the reason and keeps nothing else back. A text that only repeats a link, or the title of one, is
-/// dropped. To be called while there is one thread.
+/// input, descriptors and `data:` URLs are taken now. Those that are no image become files in
+/// `container`, the path of the group container; without one they are left out. Whatever cannot be
+/// shared is left out with the reason and keeps nothing else back. A text that only repeats a link,
+/// or the title of one, is dropped. To be called while there is one thread.
 [[nodiscard]] Selection select(ShareRequest request, const std::optional<std::string>& container,
                                int standard_input = 0);
 
