@@ -16,8 +16,8 @@
 namespace quoll::share {
 
 /// The selection as the extension gets it: a context with one extension item. HTML is read here,
-/// since only a confined process should; what cannot be read is left out. How the extension ends
-/// its request is of no interest: a share ends with its background work.
+/// since only a confined process should; what cannot be read is moved to `left_out`. How the
+/// extension ends its request is of no interest: a share ends with its background work.
 [[nodiscard]] std::shared_ptr<platform::NSExtensionContext> make_context(Selection& selection);
 
 /// Told how many of the items have answered, again and again while the share is under way.
@@ -30,7 +30,7 @@ void wait_until_done(const Selection& selection, CountingQueue& background,
 
 /// Shares the selection by an extension's view controller, as a share menu would: hands it the
 /// context, asks for its view on this thread, and stays until its background work has ended.
-/// Answers what was seen meanwhile, apart from what the items have seen.
+/// Answers the recorded events, without those of the items.
 template <std::derived_from<platform::NSViewController> Controller>
 [[nodiscard]] std::vector<recording::Event> run(Selection& selection, CountingQueue& background,
                                                 const Progress& progress = nullptr) {

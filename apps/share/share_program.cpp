@@ -34,8 +34,9 @@ namespace quoll::share {
 
 namespace {
 
-/// The group container, made when it is missing; free of what killed shares left.
-std::optional<std::string> usable_container() {
+/// Makes the group container when it is missing, removes what killed shares left in it, and answers
+/// its path.
+std::optional<std::string> prepare_container() {
   const auto container = ExtensionUtilities::GroupPath();
   auto path = container ? container->file_system_path() : std::nullopt;
   if (path) {
@@ -62,7 +63,7 @@ sandbox::Confinement needs_of(const Selection& selection,
 }
 
 /// Installs what surrounds the program, and answers the queue whose background blocks are counted.
-/// Starts no thread. HTML can be read only when it is told now.
+/// Starts no thread. Loads the reader of HTML when `with_html`: once confined, nobody can.
 std::shared_ptr<CountingQueue> install_desktop(std::shared_ptr<platform::NSWorkspace> workspace,
                                                const std::string& image_helper, bool with_html,
                                                bool is_verbose) {
@@ -120,7 +121,7 @@ int run_share(ShareRequest request, const ShareSettings& settings) {
   const std::string image_helper = image_helper::helper_path();
   const auto background = install_desktop(std::move(workspace), image_helper,
                                           request.html.has_value(), settings.verbose);
-  const std::optional<std::string> container = usable_container();
+  const std::optional<std::string> container = prepare_container();
   Selection selection = select(std::move(request), container);
   if (selection.empty()) {
     return end(selection, {}, settings);

@@ -15,8 +15,9 @@
 namespace quoll::share {
 
 /// One item of a share, as the extension asks for it: a file or a link (an `NSURL`), or the bytes
-/// of an image. It answers on the default queue, so that several are copied at a time, and
-/// remembers what came of it. Held by `std::shared_ptr`; any thread may call.
+/// of an image. It answers on the default queue, several at a time; what they stage is
+/// staged one after the other. It remembers what came of it. Held by `std::shared_ptr`; any thread
+/// may call.
 class SharedItem final : public platform::NSItemProvider,
                          public std::enable_shared_from_this<SharedItem> {
  public:

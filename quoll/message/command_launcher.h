@@ -10,8 +10,6 @@
 namespace quoll {
 
 // The constants are symbols of the library and have their values before any code runs.
-//
-// Command words: the host part of a command URL.
 
 // Command words: the host part of a command URL.
 extern const std::string_view commandArchive;  ///< "archive"

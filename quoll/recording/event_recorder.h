@@ -8,13 +8,13 @@
 
 namespace quoll::recording {
 
-/// The events that are seen while threads work on one thing. A thread works on a thing while a
-/// `Scope` with its recorder lives there; the recording ports note what happens meanwhile. Any
+/// The events of one piece of work, in order, whichever threads do it. A thread works on it while a
+/// `Scope` with its recorder lives on that thread; the recording ports then note what happens. Any
 /// thread may call.
 class EventRecorder {
  public:
-  /// Makes `recorder` the one of this thread, and the one before again when it goes. Null: nothing
-  /// is recorded meanwhile.
+  /// Until it is destroyed, events of this thread go to `recorder`, and then to the one before.
+  /// Null: nothing is recorded meanwhile.
   class Scope {
    public:
     explicit Scope(std::shared_ptr<EventRecorder> recorder);

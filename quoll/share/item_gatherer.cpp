@@ -31,7 +31,8 @@ using platform::NSItemProvider;
 struct Gathering {
   std::string service;
   std::shared_ptr<ExtensionMessage> message;
-  /// Attachments that have not answered. One that nobody asks keeps it above zero.
+  /// Attachments that have not answered. One that is neither a link nor an image is never asked and
+  /// counts until the end.
   std::atomic<std::int64_t> pending = 0;
 };
 

@@ -59,7 +59,7 @@ TEST_F(TemporaryItem, AnAtomicWriteInAContainerIsMadeOutOfSight) {
 TEST_F(TemporaryItem, AFolderIsThereForOnesOwnUseAndGoesWithAllThatIsInIt) {
   std::string path;
   {
-    posix::TemporaryItem item(posix::open_incoming_folder(container_));
+    posix::TemporaryItem item(posix::open_folder_for_building(container_));
     ASSERT_EQ(item.make_folder(), 0);
     path = item.path();
     EXPECT_EQ(fs::path(path).parent_path(), incoming_);
@@ -75,8 +75,8 @@ TEST_F(TemporaryItem, AFolderIsThereForOnesOwnUseAndGoesWithAllThatIsInIt) {
 TEST_F(TemporaryItem, WhatAKilledProcessLeftIsSwept) {
   const pid_t child = ::fork();
   if (child == 0) {
-    posix::TemporaryItem folder(posix::open_incoming_folder(container_));
-    posix::TemporaryItem file(posix::open_incoming_folder(container_));
+    posix::TemporaryItem folder(posix::open_folder_for_building(container_));
+    posix::TemporaryItem file(posix::open_folder_for_building(container_));
     if (folder.make_folder() != 0 || file.make_file(0600) != 0) {
       ::_exit(1);
     }

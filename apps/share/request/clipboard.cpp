@@ -32,7 +32,7 @@ constexpr std::size_t kLongestList = kMebibyte;
 constexpr const char* kEmpty = "it is empty";
 
 /// The program that talks to a kind of display, and how it is asked.
-struct Tool {
+struct ClipboardProgram {
   const char* variable;  ///< set where there is such a display
   std::string_view name;
   std::string_view package;
@@ -41,20 +41,20 @@ struct Tool {
   std::vector<std::string_view> words_for_empty;
 };
 
-const std::array<Tool, 2>& tools() {
-  static const std::array<Tool, 2> all{
-      Tool{"WAYLAND_DISPLAY",
-           "wl-paste",
-           "wl-clipboard",
-           {"wl-paste", "--list-types"},
-           {"wl-paste", "--no-newline", "--type"},
-           {"Nothing is copied", "No selection", "No suitable type"}},
-      Tool{"DISPLAY",
-           "xclip",
-           "xclip",
-           {"xclip", "-selection", "clipboard", "-o", "-t", "TARGETS"},
-           {"xclip", "-selection", "clipboard", "-o", "-t"},
-           {"not available"}},
+const std::array<ClipboardProgram, 2>& programs() {
+  static const std::array<ClipboardProgram, 2> all{
+      ClipboardProgram{"WAYLAND_DISPLAY",
+                       "wl-paste",
+                       "wl-clipboard",
+                       {"wl-paste", "--list-types"},
+                       {"wl-paste", "--no-newline", "--type"},
+                       {"Nothing is copied", "No selection", "No suitable type"}},
+      ClipboardProgram{"DISPLAY",
+                       "xclip",
+                       "xclip",
+                       {"xclip", "-selection", "clipboard", "-o", "-t", "TARGETS"},
+                       {"xclip", "-selection", "clipboard", "-o", "-t"},
+                       {"not available"}},
   };
   return all;
 }
@@ -78,7 +78,7 @@ constexpr std::array kTypes{
     Type{"text/plain", Kind::kText},
 };
 
-Reason why_not(const Tool& tool, const posix::ProgramAnswer& answer) {
+Reason why_not(const ClipboardProgram& program, const posix::ProgramAnswer& answer) {
   switch (answer.end) {
     case End::kWell:
       return std::nullopt;
@@ -87,17 +87,18 @@ Reason why_not(const Tool& tool, const posix::ProgramAnswer& answer) {
     case End::kTooLong:
       return "what it holds is too long";
     case End::kMissing:
-      return std::string(tool.name) + " could not be started; install " + std::string(tool.package);
+      return std::string(program.name) + " could not be started; install " +
+             std::string(program.package);
     case End::kBadly:
       break;
   }
   const bool is_empty = std::any_of(
-      tool.words_for_empty.begin(), tool.words_for_empty.end(),
+      program.words_for_empty.begin(), program.words_for_empty.end(),
       [&](std::string_view words) { return answer.complaint.find(words) != std::string::npos; });
   if (is_empty) {
     return kEmpty;
   }
-  return std::string(tool.name) +
+  return std::string(program.name) +
          (answer.complaint.empty() ? " failed" : " says: " + answer.complaint);
 }
 
@@ -147,11 +148,12 @@ std::vector<std::string> lines_of(const std::string& text) {
   return lines;
 }
 
-Reason add_from(const Tool& tool, ShareRequest& request, std::chrono::milliseconds patience,
+Reason add_from(const ClipboardProgram& program, ShareRequest& request,
+                std::chrono::milliseconds patience,
                 std::chrono::steady_clock::time_point deadline) {
   const posix::ProgramAnswer listed =
-      posix::run_program(tool.types, kLongestList, patience, deadline);
-  if (auto reason = why_not(tool, listed)) {
+      posix::run_program(program.types, kLongestList, patience, deadline);
+  if (auto reason = why_not(program, listed)) {
     return reason;
   }
   const auto there = lines_of(listed.output);
@@ -159,11 +161,11 @@ Reason add_from(const Tool& tool, ShareRequest& request, std::chrono::millisecon
     if (std::find(there.begin(), there.end(), type.name) == there.end()) {
       continue;
     }
-    auto command = tool.content;
+    auto command = program.content;
     command.emplace_back(type.name);
     const auto answer = posix::run_program(
         command, type.kind == Kind::kImage ? kLargestImage : kLongestText, patience, deadline);
-    auto reason = why_not(tool, answer);
+    auto reason = why_not(program, answer);
     if (!reason && add(request, type.kind, answer.output)) {
       return std::nullopt;
     }
@@ -179,12 +181,12 @@ Reason add_from(const Tool& tool, ShareRequest& request, std::chrono::millisecon
 std::optional<std::string> add_clipboard(ShareRequest& request, const ClipboardTime& time) {
   const auto deadline = std::chrono::steady_clock::now() + time.in_all;
   Reason first;
-  for (const Tool& tool : tools()) {
-    const char* const display = std::getenv(tool.variable);
+  for (const ClipboardProgram& program : programs()) {
+    const char* const display = std::getenv(program.variable);
     if (display == nullptr || *display == '\0') {
       continue;
     }
-    auto reason = add_from(tool, request, time.silence, deadline);
+    auto reason = add_from(program, request, time.silence, deadline);
     if (!reason || reason == kEmpty) {
       return reason;
     }

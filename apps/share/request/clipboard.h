@@ -14,8 +14,8 @@ struct ClipboardTime {
   std::chrono::milliseconds in_all{30'000};
 };
 
-/// Adds what the clipboard holds to the request: files and links before a picture, that before
-/// styled text, that before plain text. Answers why there is nothing, in words that follow a colon;
+/// Adds what the clipboard holds to the request, the first that is there of: files and links, a
+/// picture, styled text, plain text. Answers why there is nothing, in words that follow a colon;
 /// none when there is something. To be called while there is one thread.
 [[nodiscard]] std::optional<std::string> add_clipboard(ShareRequest& request,
                                                        const ClipboardTime& time = {});

@@ -4,7 +4,7 @@
 
 namespace quoll::share {
 
-/// Standard descriptors that were closed are taken by something that fails, so that no other file
+/// Opens standard descriptors that were closed on something whose use fails, so that no other file
 /// gets their numbers.
 void hold_standard_descriptors();
 

@@ -10,9 +10,9 @@
 namespace quoll::share {
 
 /// The conversation with the program whose share menu was used, over the socket that it names: it
-/// tells what is shared, and is told how far the share is and how it ended. The menu believes that
-/// a share that says nothing went well, and stops when it cannot say anything at all, so this is
-/// made before whatever could fail. When the other side goes away the share goes on unheard.
+/// tells what is shared, and is told how far the share is and how it ended. The menu takes
+/// silence for success, so connect before anything that can fail. When the menu goes away the share
+/// goes on unheard.
 class MenuSocket {
  public:
   /// Connects; the socket is not inherited by programs that are started.

@@ -14,7 +14,7 @@ struct Source {
   int descriptor = -1;
   /// How long it may deliver nothing; none: for ever.
   std::optional<std::chrono::milliseconds> timeout = std::nullopt;
-  /// How many of its bytes are taken.
+  /// How many bytes it may have; more is an error.
   std::size_t limit = std::numeric_limits<std::size_t>::max();
 };
 
@@ -24,13 +24,13 @@ struct ReceivedBytes {
   bool is_whole = false;
 };
 
-/// Reads enough to tell what it is, and all of it when it is an image that memory may hold and that
-/// is not more than is taken; none with `errno` set when reading failed.
+/// Reads enough to tell what it is. An image is read whole, up to 256 MiB and up to the limit. None
+/// with `errno` set when reading failed.
 [[nodiscard]] std::optional<ReceivedBytes> receive(const Source& source);
 
 /// Writes the beginning and whatever still comes from `source` to `target`, without holding more
 /// than a block in memory. Answers how many bytes they are; none with `errno` set, to EFBIG when
-/// they are more than are taken.
+/// they are more than the limit.
 [[nodiscard]] std::optional<std::size_t> write_through(const ReceivedBytes& received,
                                                        const Source& source, int target);
 

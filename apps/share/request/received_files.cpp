@@ -12,7 +12,7 @@ namespace {
 
 /// Null with `errno` set when there can be none.
 std::unique_ptr<posix::TemporaryItem> make_folder(const std::string& container) {
-  posix::BuildingFolder incoming = posix::open_incoming_folder(container);
+  posix::BuildingFolder incoming = posix::open_folder_for_building(container);
   if (!incoming.fd) {
     return nullptr;
   }

@@ -21,19 +21,19 @@ struct DescriptorItem {
 };
 
 /// What was asked for, as it was given. A text that is "-" comes from standard input, and so does
-/// an item; at most one of them all does.
+/// an item; without `has_list` at most one of them all does.
 struct ShareRequest {
   std::optional<std::string> title;
   std::optional<std::string> text;
   std::optional<std::string> html;
   std::vector<std::string> items;
   std::vector<DescriptorItem> descriptor_items = {};
-  /// How many bytes these may have together: they may be anybody's, one file many times.
+  /// How many bytes these may have together: a stranger may have sent the same file many times.
   std::size_t byte_budget = std::size_t{256} << 20;
-  /// How long one of them may deliver nothing: it may be anybody's.
+  /// How long one of them may deliver nothing: a stranger may hold its other end.
   std::chrono::milliseconds read_timeout{10'000};
-  /// Standard input is a list of any length, each part of it ended by a zero byte: first the texts
-  /// that are "-", in the order above, then more items.
+  /// Standard input is a list of at most 256 MiB, each part of it ended by a zero byte: first the
+  /// texts that are "-", in the order above, then more items.
   bool has_list = false;
 };
 

@@ -14,12 +14,10 @@ namespace quoll::posix {
 ///
 /// - They are `flock` locks on files in `<group container>/.locks/`. The folder has mode 0700, the
 ///   files 0600. They are made when they are missing and never deleted. Each access opens its own.
-/// - An access to an item locks the item's file exclusively, after the files of the container and
-/// of
-///   every folder between it and the item, shared, from the container down. It waits for each. All
-///   are freed when it ends, or when the process dies.
-/// - A file's name is `lock_file_name` of the location inside the container, normalised by its
-/// text.
+/// - An access to an item first locks, shared, the files of the container and of every folder
+///   between it and the item, from the container down, and then the item's own file exclusively.
+///   It waits for each. All are freed when it ends, or when the process dies.
+/// - A file's name is `lock_file_name` of the location inside the container, normalised by text.
 ///
 /// So nobody else is inside a folder while somebody may delete it, and siblings do not wait for
 /// each other. An item that is not strictly inside a container, or that is inside `.locks`, is an

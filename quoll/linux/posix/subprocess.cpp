@@ -147,22 +147,22 @@ ProgramAnswer run_program(const std::vector<std::string>& command, std::size_t m
     answer.complaint = error_words(errno);
     return answer;
   }
-  Subprocess tool({.words = command, .output = output.writing.get(), .leads_group = true});
+  Subprocess process({.words = command, .output = output.writing.get(), .leads_group = true});
   output.writing.reset();
-  if (tool.start_error() != 0) {
+  if (process.start_error() != 0) {
     return answer;
   }
   bool ended = false;
   const bool is_read =
       read_until(output.reading.get(), answer.output, most + 1, ended, patience, deadline);
-  tool.end_by(ended ? deadline : Clock::now());
-  answer.complaint = foundation::printable(tool.complaint(), kLongestComplaint);
+  process.end_by(ended ? deadline : Clock::now());
+  answer.complaint = foundation::printable(process.complaint(), kLongestComplaint);
   if (!is_read) {
     answer.end = ProgramAnswer::End::kSilent;
   } else if (!ended) {
     answer.end = ProgramAnswer::End::kTooLong;
   } else {
-    answer.end = tool.ended_well() ? ProgramAnswer::End::kWell : ProgramAnswer::End::kBadly;
+    answer.end = process.ended_well() ? ProgramAnswer::End::kWell : ProgramAnswer::End::kBadly;
   }
   return answer;
 }

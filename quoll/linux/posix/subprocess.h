@@ -16,14 +16,14 @@ namespace quoll::posix {
 std::optional<int> reap(pid_t process);
 
 /// Waits until a child process has ended, which then still has to be reaped. Answers 0, ETIMEDOUT
-/// when it runs at the deadline, or the `errno` value that says why it cannot be watched.
+/// when it runs at the deadline, or the `errno` value that says why it cannot be waited for.
 [[nodiscard]] int wait_for_end(pid_t process, std::chrono::steady_clock::time_point deadline);
 
 /// How a program is started.
 struct Command {
   /// The program, a path or a name in PATH, and its arguments.
   std::vector<std::string> words;
-  /// Standard input and output, both above the standard streams.
+  /// Standard input and output, both above the standard streams; -1 is /dev/null.
   int input = -1;
   int output = -1;
   /// True for the first of a process group, which ends with it as a whole.
@@ -42,11 +42,11 @@ class Subprocess {
   /// Why it could not be started, an `errno` value; 0 when it was.
   [[nodiscard]] int start_error() const { return start_error_; }
 
-  /// Waits for the end; at the deadline it is brought about. Answers 0 when it came by itself, and
+  /// Waits for the end; at the deadline it kills the program. Answers 0 when it came by itself, and
   /// else what `wait_for_end` does. Called once, of what was started.
   int end_by(std::chrono::steady_clock::time_point deadline);
 
-  /// Once it has ended: the status, as `reap` answers it. No status counts as a good one.
+  /// Once it has ended: the status, as `reap` answers it. Without one it counts as ended well.
   [[nodiscard]] std::optional<int> status() const { return status_; }
   [[nodiscard]] bool ended_well() const;
 
@@ -68,7 +68,7 @@ struct ProgramAnswer {
     kWell,
     kBadly,    ///< it said so: see `complaint`
     kSilent,   ///< it delivered nothing for too long, or took too long in all, and was ended
-    kTooLong,  ///< it delivered more than wanted, and was ended
+    kTooLong,  ///< it delivered more than `most` bytes, and was ended
     kMissing,  ///< there is no such program
   };
 

@@ -32,7 +32,7 @@ std::string incoming_path(const std::string& container) {
   return foundation::appending_path_component(container, layout::incoming);
 }
 
-UniqueFd open_incoming(const std::string& path) {
+UniqueFd open_if_folder(const std::string& path) {
   return UniqueFd(::open(path.c_str(), kFolderFlags | O_NOFOLLOW));
 }
 
@@ -129,15 +129,15 @@ int TemporaryItem::place_over(int folder, const std::string& name) {
   return 0;
 }
 
-BuildingFolder open_incoming_folder(const std::string& container) {
+BuildingFolder open_folder_for_building(const std::string& container) {
   const std::string path = incoming_path(container);
   ::mkdir(path.c_str(), S_IRWXU);  // it may exist; what else goes wrong shows at the next step
-  return {open_incoming(path), path};
+  return {open_if_folder(path), path};
 }
 
 BuildingFolder open_building_folder(const std::string& destination, int beside) {
   if (const auto location = locate_in_container(destination)) {
-    BuildingFolder incoming = open_incoming_folder(location->container);
+    BuildingFolder incoming = open_folder_for_building(location->container);
     if (incoming.fd && identity_of(incoming.fd.get()).device == identity_of(beside).device) {
       return incoming;
     }
@@ -146,7 +146,7 @@ BuildingFolder open_building_folder(const std::string& destination, int beside) 
 }
 
 void sweep_temporary_items(const std::string& container) {
-  const UniqueFd folder = open_incoming(incoming_path(container));
+  const UniqueFd folder = open_if_folder(incoming_path(container));
   std::vector<std::string> names;
   if (folder) {
     (void)!list_folder(folder.get(), names);

@@ -16,7 +16,7 @@ struct BuildingFolder {
 
 /// The folder of a group container for what is still being made, made when it is missing. Without
 /// it there is no descriptor and `errno` is set.
-[[nodiscard]] BuildingFolder open_incoming_folder(const std::string& container);
+[[nodiscard]] BuildingFolder open_folder_for_building(const std::string& container);
 
 /// The folder in which something on its way to `destination` is built: that of the group container
 /// when the destination lies in a container and on the same file system, so that nobody who lists
@@ -34,7 +34,7 @@ class TemporaryItem {
   TemporaryItem& operator=(const TemporaryItem&) = delete;
   ~TemporaryItem();
 
-  /// One of them is called first, once; they answer 0 or an `errno` value. A folder is for this
+  /// Call one of these two first, once; they answer 0 or an `errno` value. A folder is for this
   /// user alone (0700).
   [[nodiscard]] int make_file(mode_t mode);
   [[nodiscard]] int make_folder();
@@ -60,7 +60,7 @@ class TemporaryItem {
 
 /// Removes what killed processes left in the folder of a group container for what is still being
 /// made. What somebody works on stays; nothing is made. Nowhere else is anything ever swept: a
-/// file of a user may have any name.
+/// file of a user may have any name, so a name does not show that a file is ours.
 void sweep_temporary_items(const std::string& container);
 
 }  // namespace quoll::posix

@@ -13,7 +13,7 @@ namespace quoll::posix {
 /// by taking their threads nor by taking their time. Whatever leaves a block is logged in one line.
 ///
 /// No thread is started before the first block. The last owner waits until all blocks have run,
-/// unless a block itself lets go of the queue last.
+/// unless the last owner is a block.
 [[nodiscard]] std::shared_ptr<platform::Queue> make_thread_pool();
 
 }  // namespace quoll::posix
