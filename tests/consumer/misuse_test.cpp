@@ -68,7 +68,7 @@ class Misuse : public testing::Test {
 
 TemporaryFolder* Misuse::folder_ = nullptr;
 
-TEST_F(Misuse, NoneCompiles) {
+TEST_F(Misuse, WithoutOneTheFileCompiles) {
   const Ended ended = compile(0);
   EXPECT_EQ(ended.status, 0) << ended.errors;
 }
@@ -76,8 +76,7 @@ TEST_F(Misuse, NoneCompiles) {
 /// True when the compiler names an error in one of these lines.
 bool has_error_in(const std::string& messages, const std::pair<int, int>& lines) {
   for (int line = lines.first; line < lines.second; ++line) {
-    const auto place = messages.find("misuses.cpp:" + std::to_string(line) + ":");
-    if (place != std::string::npos) {
+    if (messages.find("misuses.cpp:" + std::to_string(line) + ":") != std::string::npos) {
       return true;
     }
   }
