@@ -17,6 +17,7 @@
 #include "apps/compose/places.h"
 #include "quoll/foundation/path.h"
 #include "quoll/foundation/printable.h"
+#include "quoll/foundation/text.h"
 #include "quoll/linux/posix/unique_fd.h"
 
 namespace quoll::compose {
@@ -102,12 +103,9 @@ void print_excerpt(std::ostream& out, std::string_view text) {
     const auto end = std::min(text.find('\n'), text.size());
     std::string_view content = text.substr(0, end);
     content.remove_suffix(content.ends_with('\r') ? 1 : 0);
-    auto shown = std::min(content.size(), kBytesOfALine);
-    while (shown < content.size() && (static_cast<unsigned char>(content[shown]) & 0xC0U) == 0x80) {
-      --shown;  // do not cut a character
-    }
-    out << "  " << foundation::printable(content.substr(0, shown))
-        << (shown < content.size() ? "..." : "") << '\n';
+    const std::string_view shown = foundation::whole_characters(content, kBytesOfALine);
+    out << "  " << foundation::printable(shown) << (shown.size() < content.size() ? "..." : "")
+        << '\n';
     text.remove_prefix(std::min(end + 1, text.size()));
   }
 }

@@ -41,9 +41,9 @@ namespace quoll::console {
                          bool background, bool as_json);
 
 /// Checks each thing that a share needs on its way, and prints what it finds, with one thing to do
-/// for each that is wrong. With `mend` it first repairs what can be repaired safely. 1 when a share
-/// would not arrive.
-[[nodiscard]] int doctor(bool mend, bool as_json);
+/// for each that is wrong. With `repair` it first repairs what can be repaired safely. 1 when a
+/// share would not arrive.
+[[nodiscard]] int doctor(bool repair, bool as_json);
 
 /// Writes a group container with made-up accounts and contacts into the folder, as a mail
 /// application has them, and prints the paths; 1 when a file cannot be written.

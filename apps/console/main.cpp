@@ -56,8 +56,8 @@ int main(int argc, char** argv) {
   launch->add_flag("--json", as_json, "Print JSON");
 
   CLI::App* doctor = app.add_subcommand("doctor", "Says why shares do not arrive, and what to do.");
-  bool mend = false;
-  doctor->add_flag("--fix", mend, "Do what is safe to do");
+  bool repair = false;
+  doctor->add_flag("--fix", repair, "Do what is safe to do");
   doctor->add_flag("--json", as_json, "Print JSON");
 
   CLI::App* sample = app.add_subcommand(
@@ -96,7 +96,7 @@ int main(int argc, char** argv) {
     return quoll::console::launch(command, messages, background, as_json);
   }
   if (doctor->parsed()) {
-    return quoll::console::doctor(mend, as_json);
+    return quoll::console::doctor(repair, as_json);
   }
   if (sample->parsed()) {
     return quoll::console::sample_container(folder, form);

@@ -49,7 +49,8 @@ List stage(std::string_view folder, const List& items, const StagingKind& kind) 
       [&](const std::shared_ptr<NSURL>& location) {
         try {
           container::UniqueNames names(location->file_system_path().value_or(""));
-          for (const Value& item : items) {
+          // The caller may go on adding to the list while files are copied.
+          for (const Value& item : items.copy()) {
             const std::string path = names.good_path(kind.file_name(item));
             if (const auto error = kind.write(item, path)) {
               platform::log(kind.item_failure, *error);

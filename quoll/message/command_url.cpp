@@ -59,7 +59,7 @@ Value address_of(const Value& recipient) {
 
 std::string joined(const List& recipients) {
   std::string text;
-  for (const Value& recipient : recipients) {
+  for (const Value& recipient : recipients.copy()) {
     text += foundation::format("%@;", address_of(recipient));
   }
   return text;

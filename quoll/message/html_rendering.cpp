@@ -36,7 +36,7 @@ std::string ExtensionMessage::renderHtml() {
   if (!html.is_null() && (html.length() != 0 || plainBody().length() == 0)) {
     std::string body = *html.stringValue();
     const auto lock = synchronized();
-    for (const Value& attachment : attachments()) {
+    for (const Value& attachment : attachments().copy()) {
       body += foundation::format("<img src=\"file://%@\"/><br/>", attachment);
     }
     htmlBody = body;

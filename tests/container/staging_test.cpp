@@ -53,6 +53,26 @@ TEST_F(Staging, InitLogsACreationThatFailsAlone) {
   EXPECT_EQ(log->lines(), std::vector<std::string>{std::string("shareInit create ") + kFullText});
 }
 
+/// Each line that it gets puts one more path into the list.
+class GrowingLog final : public platform::Log {
+ public:
+  explicit GrowingLog(foundation::List list) : list_(std::move(list)) {}
+  void write(const platform::LogEvent& /*event*/) override { list_.addObject("/missing"); }
+
+ private:
+  foundation::List list_;
+};
+
+TEST_F(Staging, StagesWhatIsInTheListWhenItBegins) {
+  const auto paths = list({"/missing/a", "/missing/b"});
+  const platform::ScopedDesktop growing(
+      platform::Desktop{.files = files,
+                        .coordinator = posix::coordinator_factory(),
+                        .log = std::make_shared<GrowingLog>(paths)});
+  EXPECT_TRUE(ShareFiles("Share", paths).empty());
+  EXPECT_EQ(paths.count(), 4U) << "one line for each of the two";
+}
+
 TEST_F(Staging, InitIsSilentAndEmptiesTheFolder) {
   std::filesystem::create_directories(staging() + "/deep/er");
   std::ofstream(staging() + "/deep/er/file") << "x";

@@ -145,6 +145,6 @@ quoll_defence(refused_files_are_said FILE apps/compose/notice.cpp
   GIVES "foundation::printable(\"a file\", kLongestName)"
   SHOWN_BY mail_client ComposeNotice.AFileFromElsewhereIsRefusedAndSaid)
 quoll_defence(receiver_is_safe_on_a_terminal FILE apps/compose/draft_summary.cpp
-  TAKES "foundation::printable(content.substr(0, shown))"
-  GIVES "content.substr(0, shown)"
+  TAKES "foundation::printable(shown)"
+  GIVES "shown"
   SHOWN_BY receiver ReceiverTest.TheSummaryIsSafeOnATerminal)

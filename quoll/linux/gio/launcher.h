@@ -28,7 +28,8 @@ struct Openable {
 /// itself never starts GIO.
 ///
 /// XDG_ACTIVATION_TOKEN and DESKTOP_STARTUP_ID are removed from this process's environment. The
-/// application that is opened gets them, unless option 512 (without activation) is given.
+/// application that is opened gets them, unless `NSWorkspaceLaunchWithoutActivation` (without
+/// activation) is given.
 ///
 /// When `openURLs` answers false, the log has one line "openURLs %@" with the reason in plain
 /// words. The launcher ends when the workspace is destroyed or this process ends.

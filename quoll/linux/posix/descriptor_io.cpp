@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "quoll/foundation/text.h"
 #include "quoll/linux/posix/system_call.h"
 
 namespace quoll::posix {
@@ -93,9 +94,8 @@ Pipe make_pipe() {
 std::string error_words(int number) {
   std::string words = std::generic_category().message(number);
   // "Input/output error" becomes a part of a sentence; what begins with an abbreviation stays.
-  if (words.size() > 1 && words[0] >= 'A' && words[0] <= 'Z' &&
-      !(words[1] >= 'A' && words[1] <= 'Z')) {
-    words[0] = static_cast<char>(words[0] + ('a' - 'A'));
+  if (words.size() > 1 && foundation::ascii_lower_case(words[1]) == words[1]) {
+    words[0] = foundation::ascii_lower_case(words[0]);
   }
   return words;
 }
