@@ -10,9 +10,7 @@
 
 int main() {
   using quoll::foundation::Dictionary;
-  using quoll::foundation::Value;
-  const auto address =
-      quoll::ExtensionAddress::initWithDictonary(Value(Dictionary{{"mail", "j@h"}}));
+  const auto address = quoll::ExtensionAddress::initWithDictonary(Dictionary{{"mail", "j@h"}});
   const auto message = quoll::ExtensionMessage::make();
   message->to().addObject(address);
   std::cout << message->queryUrl(quoll::commandCompose)->absoluteString() << '\n'

@@ -63,24 +63,33 @@ TEST_F(Notify, WithoutADesktopTheLineIsThereAllTheSame) {
   EXPECT_NE(ended.errors.find("left out: /nowhere: no such file"), std::string::npos);
 }
 
+/// The first process that `process` has started; empty when there is none.
+std::string first_child(const std::string& process) {
+  std::string child;
+  std::ifstream("/proc/" + process + "/task/" + process + "/children") >> child;
+  return child;
+}
+
 TEST_F(Notify, WhoeverEndsItEndsTheShare) {
   const std::string locks = bus_.path("containers/K7Q2M9XT4B.quoll/.locks");
   std::filesystem::create_directories(locks);
   const posix::UniqueFd lock(open((locks + "/turn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
   ASSERT_EQ(flock(lock.get(), LOCK_EX), 0);  // the share waits as long as it is held
   ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+  std::string share;
   {
     const Process program({QUOLL_SHARE, "--notify", "https://example.org/"}, bus_.environment());
-    std::string share;
-    while (share.empty()) {
-      const std::string id = std::to_string(program.id());
-      std::getline(std::ifstream("/proc/" + id + "/task/" + id + "/children"), share);
+    // Once it has started its launcher it has long asked to end with the program.
+    while (first_child(share).empty()) {
+      share = first_child(std::to_string(program.id()));
     }
   }
-  ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 0), 0);
   int status = 0;
-  ASSERT_GT(wait(&status), 0) << "what it had started is now a child of the test";
+  ASSERT_EQ(waitpid(std::stoi(share), &status, 0), std::stoi(share))
+      << "what it had started is now a child of the test";
   EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+  EXPECT_GT(wait(nullptr), 0) << "the launcher has ended too";
+  ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 0), 0);
 }
 
 TEST_F(Notify, ManyLinesAreCutShort) {
