@@ -19,8 +19,6 @@ namespace quoll::share {
 
 namespace {
 
-using posix::ProgramAnswer;
-using posix::run_program;
 using End = posix::ProgramAnswer::End;
 /// Why there is nothing; none when there is something.
 using Reason = std::optional<std::string>;
