@@ -87,23 +87,15 @@ function(quoll_install_pkg_config template module)
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 endfunction()
 
-# What every test program is built with. What is tested is built as released; the tests themselves
-# are built quickly.
-function(quoll_test_options target)
-  target_link_libraries(${target} PRIVATE GTest::gtest Threads::Threads quoll_warnings)
-  target_compile_options(${target} PRIVATE "SHELL:$<$<CONFIG:Release>:-O0 -U_FORTIFY_SOURCE>")
-endfunction()
-
 # A test program: one executable, one entry of the test runner.
 #   quoll_test(foundation SOURCES ... LIBRARIES quoll_foundation)
 function(quoll_test name)
   cmake_parse_arguments(TEST "" "" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(test_${name} ${TEST_SOURCES})
-  target_link_libraries(test_${name} PRIVATE ${TEST_LIBRARIES} GTest::gtest_main)
-  quoll_test_options(test_${name})
-  if(TARGET test_headers)
-    target_precompile_headers(test_${name} REUSE_FROM test_headers)
-  endif()
+  target_link_libraries(test_${name} PRIVATE ${TEST_LIBRARIES} GTest::gtest GTest::gtest_main
+                                             Threads::Threads quoll_warnings)
+  # What is tested is built as released; the tests themselves are built quickly.
+  target_compile_options(test_${name} PRIVATE "SHELL:$<$<CONFIG:Release>:-O0 -U_FORTIFY_SOURCE>")
   add_test(NAME ${name} COMMAND test_${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 300)
 endfunction()
