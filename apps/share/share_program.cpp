@@ -68,6 +68,9 @@ std::shared_ptr<CountingQueue> install_desktop(std::shared_ptr<platform::NSWorks
                                                const std::string& image_helper, bool with_html,
                                                bool is_verbose) {
   auto log = posix::make_system_log("quoll-share");
+  if (is_verbose) {
+    log = make_echoing_log(std::move(log));
+  }
   platform::Desktop desktop = recording::recorded({
       .bundle = posix::make_program_bundle(
           "it.vorlent.quoll2.Quoll-Share",
@@ -76,7 +79,7 @@ std::shared_ptr<CountingQueue> install_desktop(std::shared_ptr<platform::NSWorks
       .coordinator = posix::coordinator_factory(),
       .workspace = std::move(workspace),
       .notifications = nullptr,
-      .log = is_verbose ? make_echoing_log(std::move(log)) : std::move(log),
+      .log = std::move(log),
       .queue = posix::make_thread_pool(),
       .clock = posix::make_clock(),
       .images = image_helper::make_images(image_helper),

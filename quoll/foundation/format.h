@@ -93,6 +93,7 @@ class Pattern {
 
 /// `pattern` with its slots filled by the arguments: `format("%@ (%@)", name, count)`.
 template <typename... Arguments>
+// cppcheck-suppress passedByValue  ; no more than a view of a literal
 [[nodiscard]] std::string format(Pattern<sizeof...(Arguments)> pattern,
                                  const Arguments&... arguments) {
   return fill_slots(pattern.text(), {text_of(arguments)...});
