@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "apps/share/report.h"
+#include "apps/share/exit_code.h"
 #include "quoll/linux/gio/handles.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/installed_file.h"

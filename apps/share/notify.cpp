@@ -47,7 +47,7 @@ int share_and_notify(const std::function<int()>& share) {
   }
   pipe.writing.reset();
   constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
-  const std::string told = receive_text(pipe.reading.get(), kAll).value_or("");
+  const std::string told = read_at_most(pipe.reading.get(), kAll).value_or("");
   static_cast<void>(posix::write_all(STDERR_FILENO, told));
   const int code = wait_for(process);
   if (code != 0) {

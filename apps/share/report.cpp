@@ -202,16 +202,4 @@ ExitCode report(const Selection& selection, const std::vector<recording::Event>&
   return left_out.empty() ? ExitCode::kOpened : ExitCode::kSomethingLeftOut;
 }
 
-std::optional<std::string> shown_report(std::string_view told, std::size_t most) {
-  told = foundation::trim(told);
-  const bool is_long = told.size() > most;
-  if (is_long) {
-    told = told.substr(0, std::min(told.rfind('\n', most), most));
-  }
-  if (told.find('\0') != std::string_view::npos || !foundation::is_utf8(told)) {
-    return std::nullopt;
-  }
-  return std::string(told) + (is_long ? "\n..." : "");
-}
-
 }  // namespace quoll::share

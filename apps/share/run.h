@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "apps/share/counting_queue.h"
-#include "apps/share/request/select.h"
+#include "apps/share/request/selection.h"
 #include "quoll/platform/extension_host.h"
 #include "quoll/recording/event_recorder.h"
 #include "quoll/view/view_controller.h"

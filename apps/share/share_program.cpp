@@ -11,7 +11,9 @@
 
 #include "apps/sandbox/confine.h"
 #include "apps/share/echoing_log.h"
+#include "apps/share/identifier.h"
 #include "apps/share/print_workspace.h"
+#include "apps/share/report.h"
 #include "apps/share/run.h"
 #include "apps/share/staging_lock.h"
 #include "quoll/container/group_container.h"
@@ -73,8 +75,7 @@ std::shared_ptr<CountingQueue> install_desktop(std::shared_ptr<platform::NSWorks
   }
   platform::Desktop desktop = recording::recorded({
       .bundle = posix::make_program_bundle(
-          "it.vorlent.quoll2.Quoll-Share",
-          posix::installed_file(posix::InstalledFolder::kData, "Info.plist")),
+          kIdentifier, posix::installed_file(posix::InstalledFolder::kData, "Info.plist")),
       .files = posix::make_file_manager(),
       .coordinator = posix::coordinator_factory(),
       .workspace = std::move(workspace),
@@ -116,7 +117,7 @@ int end(Selection& selection, const std::vector<recording::Event>& events,
 }  // namespace
 
 int run_share(ShareRequest request, const ShareSettings& settings) {
-  auto workspace = settings.print ? printer(STDOUT_FILENO)
+  auto workspace = settings.print ? make_print_workspace(STDOUT_FILENO)
                                   : gio::start_launcher({.urls = "quoll://compose?", .times = 1});
   // A reader that went away is an error of the write, to be reported like any other. Not before the
   // launcher has started: the applications would inherit it.
@@ -125,7 +126,7 @@ int run_share(ShareRequest request, const ShareSettings& settings) {
   const auto background = install_desktop(std::move(workspace), image_helper,
                                           request.html.has_value(), settings.verbose);
   const std::optional<std::string> container = prepare_container();
-  Selection selection = select(std::move(request), container);
+  Selection selection = make_selection(std::move(request), container);
   if (selection.empty()) {
     return end(selection, {}, settings);
   }

@@ -3,8 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "apps/share/report.h"
-#include "apps/share/request/select.h"
+#include "apps/share/request/share_request.h"
 #include "apps/share/run.h"
 
 namespace quoll::share {

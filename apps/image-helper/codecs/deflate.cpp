@@ -23,7 +23,7 @@ bool is_flat(std::span<const unsigned char> batch) {
 
 void check_room(std::size_t left) {
   if (left == 0) {
-    throw Refused("the pixels cannot be compressed");
+    throw ImageError("the pixels cannot be compressed");
   }
 }
 

@@ -10,10 +10,10 @@
 namespace quoll::share {
 
 /// Where bytes come from, and how much trouble is taken over them.
-struct Source {
+struct ByteSource {
   int descriptor = -1;
   /// How long it may deliver nothing; none: for ever.
-  std::optional<std::chrono::milliseconds> timeout = std::nullopt;
+  std::optional<std::chrono::milliseconds> read_timeout = std::nullopt;
   /// How many bytes it may have; more is an error.
   std::size_t limit = std::numeric_limits<std::size_t>::max();
 };
@@ -26,15 +26,15 @@ struct ReceivedBytes {
 
 /// Reads enough to tell what it is. An image is read whole, up to 256 MiB and up to the limit. None
 /// with `errno` set when reading failed.
-[[nodiscard]] std::optional<ReceivedBytes> receive(const Source& source);
+[[nodiscard]] std::optional<ReceivedBytes> read_beginning(const ByteSource& source);
 
 /// Writes the beginning and whatever still comes from `source` to `target`, without holding more
 /// than a block in memory. Answers how many bytes they are; none with `errno` set, to EFBIG when
 /// they are more than the limit.
-[[nodiscard]] std::optional<std::size_t> write_through(const ReceivedBytes& received,
-                                                       const Source& source, int target);
+[[nodiscard]] std::optional<std::size_t> write_received(const ReceivedBytes& received,
+                                                        const ByteSource& source, int target);
 
 /// All that a descriptor delivers, or its first `enough` bytes; none with `errno` set.
-[[nodiscard]] std::optional<std::string> receive_text(int descriptor, std::size_t enough);
+[[nodiscard]] std::optional<std::string> read_at_most(int descriptor, std::size_t enough);
 
 }  // namespace quoll::share

@@ -1,4 +1,4 @@
-#include "apps/share/request/select.h"
+#include "apps/share/request/selection.h"
 
 #include <unistd.h>
 
@@ -55,7 +55,7 @@ class Selector {
  public:
   Selector(Selection& selection, const ShareRequest& request, int standard_input)
       : selection_(selection),
-        timeout_(request.read_timeout),
+        read_timeout_(request.read_timeout),
         budget_(request.byte_budget),
         standard_input_(standard_input) {}
 
@@ -83,7 +83,7 @@ class Selector {
   /// Takes the list on standard input; what it is for is left out when it cannot be had.
   void read_list() {
     constexpr std::size_t kLongestList = std::size_t{256} << 20;
-    auto bytes = receive_text(standard_input_, kLongestList + 1);
+    auto bytes = read_at_most(standard_input_, kLongestList + 1);
     if (!bytes) {
       leave_out(kList, posix::error_words(errno));
     } else if (bytes->size() > kLongestList) {
@@ -106,9 +106,9 @@ class Selector {
     // Whoever made the file may have left off at its end.
     static_cast<void>(lseek(item.descriptor.get(), 0, SEEK_SET));
     const std::string_view name = file_name(item.name);
-    const std::size_t taken =
-        add_received(name.empty() ? "an item without a name" : name,
-                     {item.descriptor.get(), timeout_, budget_}, item.media_type, name, "item");
+    const std::size_t taken = add_received(name.empty() ? "an item without a name" : name,
+                                           {item.descriptor.get(), read_timeout_, budget_},
+                                           item.media_type, name, "item");
     budget_ -= taken;
   }
 
@@ -122,7 +122,7 @@ class Selector {
 
  private:
   std::optional<std::string> text_from_input() {
-    return list_ ? list_->next() : receive_text(standard_input_, kLongestText + 1);
+    return list_ ? list_->next() : read_at_most(standard_input_, kLongestText + 1);
   }
 
   void add_named(const std::string& given) {
@@ -160,10 +160,10 @@ class Selector {
   }
 
   /// Answers how many bytes were taken.
-  std::size_t add_received(std::string_view given, const Source& source,
+  std::size_t add_received(std::string_view given, const ByteSource& source,
                            std::string_view media_type, std::string_view name,
                            std::string_view name_without_one) {
-    const auto received = receive(source);
+    const auto received = read_beginning(source);
     const std::size_t held = received ? received->beginning.size() : 0;
     if (held == 0) {
       leave_out(given, received ? "it is empty" : why_not_received());
@@ -195,7 +195,7 @@ class Selector {
   /// Bytes become a file of the share, which is then shared like any other. Answers how many they
   /// are.
   std::size_t add_bytes(std::string_view given, std::string_view name, std::string_view media_type,
-                        const ReceivedBytes& bytes, const Source& source) {
+                        const ReceivedBytes& bytes, const ByteSource& source) {
     const std::string cannot = "it cannot be kept in a temporary file: ";
     if (!selection_.received_files) {
       leave_out(given, cannot + "there is no shared folder");
@@ -203,7 +203,7 @@ class Selector {
     }
     const auto [file, path] =
         selection_.received_files->make(with_extension(std::string(name), media_type));
-    const auto size = file ? write_through(bytes, source, file.get()) : std::nullopt;
+    const auto size = file ? write_received(bytes, source, file.get()) : std::nullopt;
     if (!size) {
       leave_out(given, errno == EFBIG ? kNoRoom : cannot + why_not_received());
       unlink(path.c_str());  // what is there of it takes room until the share ends
@@ -214,7 +214,7 @@ class Selector {
   }
 
   Selection& selection_;
-  std::chrono::milliseconds timeout_;
+  std::chrono::milliseconds read_timeout_;
   std::size_t budget_;  ///< how many bytes may still come from descriptors
   int standard_input_;
   std::optional<ZeroEndedList> list_;
@@ -238,8 +238,8 @@ void drop_repeated_text(Selection& selection) {
 
 }  // namespace
 
-Selection select(ShareRequest request, const std::optional<std::string>& container,
-                 int standard_input) {
+Selection make_selection(ShareRequest request, const std::optional<std::string>& container,
+                         int standard_input) {
   Selection selection;
   if (container) {
     selection.received_files.emplace(*container);
