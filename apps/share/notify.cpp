@@ -34,10 +34,9 @@ int share_and_notify(const std::function<int()>& share) {
   const pid_t program = getpid();
   const pid_t process = pipe ? fork() : -1;
   if (process < 0) {
-    return share();  // as it would be without a desktop
+    return share();  // then nothing is shown on the desktop
   }
   if (process == 0) {
-    // Whoever ends this program ends the share.
     if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != program) {
       _exit(kSignalled + SIGKILL);
     }

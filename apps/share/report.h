@@ -11,14 +11,14 @@
 
 namespace quoll::share {
 
-/// Tells people what came of the share, whose events are given: a line for each thing that was left
-/// out, one when the shared folder could not be prepared, one when nothing was opened. A share that
-/// arrived whole is silent.
+/// Writes what came of a share to `out`, for people: a line for each thing that was left out, one
+/// when the shared folder could not be prepared, and one when nothing was opened; nothing for a
+/// share that arrived whole. `events` are those of the share, without those of its items.
 [[nodiscard]] ExitCode report(const Selection& selection,
                               const std::vector<recording::Event>& events, std::ostream& out);
 
-/// What was logged, in words for people: of an error only what the system said at the bottom of it
-/// ("permission denied"). One line, ready for a terminal.
+/// An event of the log in words for people: of its error only the innermost cause ("permission
+/// denied"), without an error the event's text. One line, ready for a terminal.
 [[nodiscard]] std::string plain_reason(const platform::LogEvent& event);
 
 }  // namespace quoll::share

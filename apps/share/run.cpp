@@ -13,7 +13,7 @@ namespace {
 
 using platform::NSAttributedString;
 
-/// What is shared. It does not keep how the request ended.
+/// Has the input items only: how the extension ends its request is ignored.
 class ShareContext final : public platform::NSExtensionContext {
  public:
   explicit ShareContext(Items items) : items_(std::move(items)) {}

@@ -11,7 +11,7 @@ namespace quoll::share {
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{1} << 20;
-/// Beyond this an image is shared as the file that it is.
+/// A larger image is shared as a file.
 constexpr std::size_t kLargestImage = std::size_t{256} << 20;
 
 }  // namespace
@@ -52,10 +52,10 @@ std::optional<std::size_t> write_received(const ReceivedBytes& received, const B
   return size <= source.limit ? std::optional(size) : std::nullopt;
 }
 
-std::optional<std::string> read_at_most(int descriptor, std::size_t enough) {
+std::optional<std::string> read_at_most(int descriptor, std::size_t most) {
   std::string text;
   bool ended = false;
-  if (!posix::read_until(descriptor, text, enough, ended)) {
+  if (!posix::read_until(descriptor, text, most, ended)) {
     return std::nullopt;
   }
   return text;

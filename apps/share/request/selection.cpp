@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <utility>
 
 #include "apps/share/request/data_url.h"
 #include "apps/share/request/image_signature.h"
 #include "apps/share/request/media_type.h"
 #include "apps/share/request/received_bytes.h"
 #include "apps/share/request/resolve_item.h"
-#include "apps/share/request/zero_ended_list.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/unique_fd.h"
@@ -27,16 +27,16 @@ using foundation::NSURL;
 constexpr std::string_view kStandardInput = "-";
 constexpr std::string_view kList = "the list on standard input";
 constexpr const char* kNoRoom = "it is too large, together with the items before it";
-/// No command holds more, and what delivers it may have no end.
+/// No command URL holds more, and the text may come from a pipe without an end.
 constexpr std::size_t kLongestText = std::size_t{64} << 20;
 
-/// The last part of a name; empty when that names no file.
+/// The part of a name behind the last "/"; empty when it cannot name a file.
 std::string_view file_name(std::string_view name) {
   name.remove_prefix(name.rfind('/') + 1);
   return name == "." || name == ".." ? std::string_view() : name;
 }
 
-/// A name without an extension gets that of the type, when it has room for one.
+/// Adds the usual extension of the type to a name that has none, if there is room for it.
 std::string with_extension(std::string name, std::string_view media_type) {
   const std::string_view extension = extension_of_media_type(media_type);
   if (name.find('.') == std::string::npos && !extension.empty() &&
@@ -49,6 +49,26 @@ std::string with_extension(std::string name, std::string_view media_type) {
 std::string why_not_received() {
   return errno == ETIMEDOUT ? "nothing came for too long" : posix::error_words(errno);
 }
+
+/// Parts of any bytes but zero, each ended by a zero byte; the last one may go without.
+class ZeroEndedList {
+ public:
+  explicit ZeroEndedList(std::string bytes) : bytes_(std::move(bytes)) {}
+
+  /// The next part; none behind the last.
+  [[nodiscard]] std::optional<std::string> next() {
+    if (position_ >= bytes_.size()) {
+      return std::nullopt;
+    }
+    const std::size_t end = std::min(bytes_.find('\0', position_), bytes_.size());
+    const std::size_t begin = std::exchange(position_, end + 1);
+    return bytes_.substr(begin, end - begin);
+  }
+
+ private:
+  std::string bytes_;
+  std::size_t position_ = 0;
+};
 
 /// Fills a selection part by part. Standard input is read in the order of the calls.
 class Selector {
@@ -80,7 +100,7 @@ class Selector {
     return text;
   }
 
-  /// Takes the list on standard input; what it is for is left out when it cannot be had.
+  /// Reads the list on standard input. When that fails, the list is left out and counts as empty.
   void read_list() {
     constexpr std::size_t kLongestList = std::size_t{256} << 20;
     auto bytes = read_at_most(standard_input_, kLongestList + 1);
@@ -103,7 +123,8 @@ class Selector {
   }
 
   void add(DescriptorItem item) {
-    // Whoever made the file may have left off at its end.
+    // A file that was just written may stand at its end. A pipe has no position; that is no
+    // failure.
     static_cast<void>(lseek(item.descriptor.get(), 0, SEEK_SET));
     const std::string_view name = file_name(item.name);
     const std::size_t taken = add_received(name.empty() ? "an item without a name" : name,
@@ -192,7 +213,7 @@ class Selector {
     }
   }
 
-  /// Bytes become a file of the share, which is then shared like any other. Answers how many they
+  /// Writes bytes to a file of the share and adds it like any other file. Answers how many they
   /// are.
   std::size_t add_bytes(std::string_view given, std::string_view name, std::string_view media_type,
                         const ReceivedBytes& bytes, const ByteSource& source) {
@@ -220,7 +241,7 @@ class Selector {
   std::optional<ZeroEndedList> list_;
 };
 
-/// Browsers hand over a page's link, or its title, as its text once more; the draft says it once.
+/// Drops a text that only repeats a link or the title. Browsers hand over both.
 void drop_repeated_text(Selection& selection) {
   if (!selection.text) {
     return;
