@@ -102,9 +102,9 @@ class Run {
       items.push_back(make_item());
     }
     for (const auto& item : items) {
-      expected_.pending += static_cast<long>(item->attachments.size());
-      expected_.texts +=
-          item->attributedContentText && item->attributedContentText->length() > 0 ? 1 : 0;
+      expected_.pending += static_cast<long>(item->attachments().size());
+      const auto text = item->attributedContentText();
+      expected_.texts += text && text->length() > 0 ? 1 : 0;
     }
     test::Events events;
     const auto context = std::make_shared<test::ScriptedContext>(std::move(items), &events);

@@ -59,12 +59,12 @@ void check_resolved(std::string_view given) {
   }
   if (resolved.url->isFileURL()) {
     struct stat status {};
-    const auto path = resolved.url->file_system_path();
+    const auto path = foundation::file_system_path(resolved.url);
     require(path && path->starts_with('/'));
     require(stat(path->c_str(), &status) == 0 && S_ISREG(status.st_mode));
     return;
   }
-  const std::string& text = resolved.url->absoluteString();
+  const std::string text = resolved.url->absoluteString();
   require(NSURL::URLWithString(text) != nullptr);
   require(share::link_scheme(text).has_value());
   require(std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c < 0x7F; }));

@@ -22,7 +22,7 @@ namespace Utils = quoll::RequestUtils;
 void build_again(const NSURL& url) {
   const auto components = Utils::components(url);
   const auto built = Utils::URLWithComponents(components);
-  const std::string& text = url.absoluteString();
+  const std::string text = url.absoluteString();
   // A slash at the end of a path is lost; what stands before it may then look like parameters.
   const bool looks_alike = url.path().value_or("").find(';') != std::string::npos;
   const bool odd =
@@ -72,7 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (const auto url = NSURL::URLWithString(first)) {
     build_again(*url);
     static_cast<void>(url->isFileURL());
-    static_cast<void>(url->file_system_path());
+    static_cast<void>(quoll::foundation::file_system_path(url));
   }
   resolve(first, second);
   edit(first, second);

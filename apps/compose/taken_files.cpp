@@ -24,8 +24,7 @@ namespace {
 
 // The staging folder: that of the service "Share".
 std::string staging_folder() {
-  const auto data = ExtensionUtilities::GroupDataPath();
-  const auto path = data ? data->file_system_path() : std::nullopt;
+  const auto path = foundation::file_system_path(ExtensionUtilities::GroupDataPath());
   return path ? foundation::appending_path_component(*path, container::layout::staging)
               : std::string();
 }

@@ -91,7 +91,7 @@ std::optional<Error> store(const std::shared_ptr<NSURL>& folder, std::string_vie
   auto error = platform::NSFileCoordinator::create()->coordinateWritingItemAtURL(
       foundation::URLByAppendingPathComponent(folder, name),
       platform::NSFileCoordinatorWritingForDeleting, [&](const std::shared_ptr<NSURL>& location) {
-        const std::string path = location->file_system_path().value_or("");
+        const std::string path = foundation::file_system_path(location).value_or("");
         failure = files->writeToFile(Bytes(document.begin(), document.end()), path,
                                      platform::NSDataWritingAtomic);
         if (!failure) {

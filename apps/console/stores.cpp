@@ -72,7 +72,7 @@ std::string fault_of(std::string_view name) {
   if (!store) {
     return "there is no group container";
   }
-  const std::string path = store->file_system_path().value_or("");
+  const std::string path = foundation::file_system_path(store).value_or("");
   if (!platform::NSFileManager::defaultManager()->fileExistsAtPath(path)) {
     return path + " is not there: the mail application has not written it";
   }

@@ -13,24 +13,6 @@ namespace {
 
 using platform::NSAttributedString;
 
-/// Has the input items only: how the extension ends its request is ignored.
-class ShareContext final : public platform::NSExtensionContext {
- public:
-  explicit ShareContext(Items items) : items_(std::move(items)) {}
-
-  [[nodiscard]] Items inputItems() const override { return items_; }
-  void completeRequestReturningItems(const Items& /*items*/,
-                                     std::function<void(bool expired)> handler) override {
-    if (handler) {
-      handler(false);
-    }
-  }
-  void cancelRequestWithError(const foundation::Error& /*error*/) override {}
-
- private:
-  Items items_;
-};
-
 std::shared_ptr<NSAttributedString> content_text(Selection& selection) {
   if (selection.text) {
     return std::make_shared<NSAttributedString>(std::string_view(*selection.text));
@@ -66,8 +48,9 @@ std::shared_ptr<platform::NSExtensionContext> make_context(Selection& selection)
         std::make_shared<NSAttributedString>(std::string_view(*selection.title));
   }
   item->attributedContentText = content_text(selection);
-  item->attachments.assign(selection.items.begin(), selection.items.end());
-  return std::make_shared<ShareContext>(ShareContext::Items{std::move(item)});
+  item->attachments = {selection.items.begin(), selection.items.end()};
+  return std::make_shared<platform::NSExtensionContext>(
+      platform::NSExtensionContext::Items{std::move(item)});
 }
 
 void wait_until_done(const Selection& selection, CountingQueue& background,

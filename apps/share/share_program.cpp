@@ -39,8 +39,7 @@ namespace {
 /// Makes the group container when it is missing, removes what killed shares left in it, and answers
 /// its path; none when there is no container.
 std::optional<std::string> prepare_container() {
-  const auto container = ExtensionUtilities::GroupPath();
-  auto path = container ? container->file_system_path() : std::nullopt;
+  auto path = foundation::file_system_path(ExtensionUtilities::GroupPath());
   if (path) {
     posix::sweep_temporary_items(*path);
   }
@@ -53,7 +52,7 @@ sandbox::Confinement needs_of(const Selection& selection,
                               const std::string& image_helper) {
   sandbox::Confinement needs;
   for (const auto& item : selection.items) {
-    if (auto path = item->file_path()) {
+    if (auto path = foundation::file_system_path(item->value().as<foundation::NSURL>())) {
       needs.readable.push_back(std::move(*path));
     }
   }

@@ -30,9 +30,4 @@ void SharedItem::answer(const CompletionHandler& handler) {
   state_ = State::kAnswered;
 }
 
-std::optional<std::string> SharedItem::file_path() const {
-  const auto url = value_.as<foundation::NSURL>();
-  return url && url->isFileURL() ? url->file_system_path() : std::nullopt;
-}
-
 }  // namespace quoll::share

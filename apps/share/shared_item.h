@@ -2,12 +2,10 @@
 
 #include <atomic>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "quoll/foundation/nsurl.h"
 #include "quoll/foundation/value.h"
 #include "quoll/platform/extension_host.h"
 #include "quoll/recording/event_recorder.h"
@@ -32,8 +30,6 @@ class SharedItem final : public platform::NSItemProvider,
   [[nodiscard]] const std::string& given() const { return given_; }
   [[nodiscard]] const std::string& type() const { return type_; }
   [[nodiscard]] const foundation::Value& value() const { return value_; }
-  /// The path of a file; none for anything else.
-  [[nodiscard]] std::optional<std::string> file_path() const;
 
   [[nodiscard]] State state() const { return state_; }
   /// What was logged and written while the extension worked on the item.

@@ -20,8 +20,7 @@ namespace {
 /// Opens the lock file, and makes it when it is missing. It is never deleted: otherwise two shares
 /// could each hold a lock on a file of that name.
 posix::UniqueFd lock_file() {
-  const auto container = ExtensionUtilities::GroupPath();
-  const auto path = container ? container->file_system_path() : std::nullopt;
+  const auto path = foundation::file_system_path(ExtensionUtilities::GroupPath());
   if (!path) {
     return posix::UniqueFd();
   }

@@ -20,7 +20,7 @@ using foundation::Value;
 /// Makes the folder when nothing is there; whatever is there counts. False when that fails.
 bool make_contacts_folder(const std::shared_ptr<NSURL>& location) {
   const auto files = platform::NSFileManager::defaultManager();
-  if (files->fileExistsAtPath(location->file_system_path().value_or(""))) {
+  if (files->fileExistsAtPath(foundation::file_system_path(location).value_or(""))) {
     return true;
   }
   const auto error = files->createDirectoryAtURL(location);

@@ -11,7 +11,7 @@ namespace {
 
 /// The root of the document at the URL, null when there is none.
 foundation::Value root_of(const std::shared_ptr<foundation::NSURL>& url) {
-  const auto path = url && url->isFileURL() ? url->file_system_path() : std::nullopt;
+  const auto path = foundation::file_system_path(url);
   if (!path) {
     return {};
   }

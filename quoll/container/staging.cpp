@@ -48,7 +48,7 @@ List stage(std::string_view folder, const List& items, const StagingKind& kind) 
       staging_folder(folder), kind.coordination_failure,
       [&](const std::shared_ptr<NSURL>& location) {
         try {
-          container::UniqueNames names(location->file_system_path().value_or(""));
+          container::UniqueNames names(foundation::file_system_path(location).value_or(""));
           // The caller may go on adding to the list while files are copied.
           for (const Value& item : items.copy()) {
             const std::string path = names.good_path(kind.file_name(item));

@@ -67,7 +67,7 @@ char* put_pair(char* to, std::uint64_t bits) {
   return to + 2;
 }
 
-/// What `digits` digits give, with those of the last group that are too few left out.
+/// How many whole bytes that many digits give.
 constexpr std::size_t whole_bytes(std::size_t digits) {
   return digits / 4 * 3 + digits % 4 * 3 / 4;
 }

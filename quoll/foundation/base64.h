@@ -10,7 +10,7 @@
 /// are three ways to read it, since texts from different places deserve different trust.
 namespace quoll::foundation {
 
-/// With padding, without line breaks; nothing gives the empty text.
+/// With padding, without line breaks. No bytes give the empty text.
 [[nodiscard]] std::string base64_encode(std::string_view bytes);
 [[nodiscard]] std::string base64_encode(const Bytes& bytes);
 

@@ -6,7 +6,7 @@ namespace quoll::foundation {
 
 namespace {
 
-/// Half-open, so that one comparison serves both ends.
+/// True for 0 and above, but below the limit.
 bool is_below(int number, int limit) {
   return number >= 0 && number < limit;
 }

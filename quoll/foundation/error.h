@@ -36,9 +36,9 @@ enum QuollErrorCode : int {
   kRaisedError = 1,      ///< an exception ended the operation
   kNotCoordinatedError,  ///< access to shared files was not granted; beneath it stands why
   kNotPreparedError,     ///< a staging folder was not emptied or not made; beneath it stands why
-  kNotAnImageError,
-  kNotOpenedError,  ///< no application took the URLs
-  kShareEndedError,
+  kNotAnImageError,      ///< what was shared as an image is none
+  kNotOpenedError,       ///< no application took the URLs
+  kShareEndedError,      ///< an exception ended the work on the share
 };
 
 /// A failure: where the code belongs, the code, a sentence for people, and details. A plain value;

@@ -1,6 +1,8 @@
 #include "quoll/foundation/exchange_date.h"
 
 #include "quoll/foundation/calendar.h"
+#include "quoll/foundation/number_text.h"
+#include "quoll/foundation/text.h"
 
 namespace quoll::foundation {
 
@@ -12,20 +14,12 @@ bool has_form(std::string_view text) {
     return false;
   }
   for (std::size_t i = 0; i < kForm.size(); ++i) {
-    const bool fits = kForm[i] == '0' ? text[i] >= '0' && text[i] <= '9' : text[i] == kForm[i];
+    const bool fits = kForm[i] == '0' ? is_ascii_digit(text[i]) : text[i] == kForm[i];
     if (!fits) {
       return false;
     }
   }
   return true;
-}
-
-int number(std::string_view digits) {
-  int number = 0;
-  for (const char digit : digits) {
-    number = number * 10 + (digit - '0');
-  }
-  return number;
 }
 
 }  // namespace
@@ -34,9 +28,11 @@ std::optional<Date> date_of_exchange_text(std::string_view text) {
   if (!has_form(text)) {
     return std::nullopt;
   }
-  const auto two = [&](std::size_t position) { return number(text.substr(position, 2)); };
-  const auto seconds =
-      seconds_from_civil(number(text.substr(0, 4)), two(5), two(8), two(11), two(14), two(17));
+  const auto number = [&](std::size_t position, std::size_t digits) {
+    return static_cast<int>(integer_of_text(text.substr(position, digits)));
+  };
+  const auto seconds = seconds_from_civil(number(0, 4), number(5, 2), number(8, 2), number(11, 2),
+                                          number(14, 2), number(17, 2));
   return seconds ? std::optional(Date{static_cast<double>(*seconds)}) : std::nullopt;
 }
 

@@ -12,8 +12,8 @@ namespace quoll::foundation {
 inline constexpr std::string_view kExchangeDateFormat = "yyyy-MM-dd'T'HH:mm:ss'Z'";
 
 /// The moment that the text names, in UTC, by the Gregorian calendar carried back before 1582. None
-/// for anything but exactly 20 ASCII characters of that form that name a moment from year 1 to
-/// 9999: a locale library is content with less.
+/// for any other text than exactly 20 ASCII characters of that form that name a moment from year 1
+/// to 9999. (Locale libraries accept more.)
 [[nodiscard]] std::optional<Date> date_of_exchange_text(std::string_view text);
 
 }  // namespace quoll::foundation

@@ -5,7 +5,7 @@
 namespace quoll::foundation {
 
 /// The recursive lock of an object, the one behind the platform's synchronized blocks. An object
-/// that can be locked derives from it; the key is the object's identity.
+/// that can be locked derives from it. Each object has a lock of its own.
 class Monitor {
  public:
   Monitor() = default;

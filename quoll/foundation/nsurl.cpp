@@ -1,7 +1,6 @@
 #include "quoll/foundation/nsurl.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 #include "quoll/foundation/number_text.h"
@@ -13,35 +12,15 @@ namespace quoll::foundation {
 
 namespace {
 
-constexpr std::array<bool, 256> make_allowed() {
-  std::array<bool, 256> allowed{};
-  constexpr std::string_view kCharacters =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
-      "-_.!~*'();/?:@&=+$,[]";
-  for (const char c : kCharacters) {
-    allowed[static_cast<unsigned char>(c)] = true;
-  }
-  return allowed;
-}
-
-constexpr std::array<bool, 256> kAllowed = make_allowed();
-
-bool is_digit(char c) {
-  return c >= '0' && c <= '9';
-}
-bool is_hex_digit(char c) {
-  return is_digit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
-
 bool is_escape_at(std::string_view text, std::size_t position) {
-  return position + 2 < text.size() && is_hex_digit(text[position + 1]) &&
-         is_hex_digit(text[position + 2]);
+  return position + 2 < text.size() && digit_value(text[position + 1], 16) >= 0 &&
+         digit_value(text[position + 2], 16) >= 0;
 }
 
 bool is_url_text(std::string_view text) {
   bool fragment_seen = false;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    if (kAllowed[static_cast<unsigned char>(text[i])]) {
+    if (is_url_character(text[i])) {
       continue;
     }
     if (text[i] == '%' && is_escape_at(text, i)) {
@@ -75,8 +54,8 @@ UrlPiece without_trailing_slashes(UrlPiece path) {
 NSURL::NSURL(std::string text, std::shared_ptr<NSURL> base)
     : text_(std::move(text)),
       base_(std::move(base)),
-      resolved_(base_ ? resolve_reference(text_, base_->absoluteString()) : std::string()),
-      parts_(split_parts(absoluteString())) {}
+      resolved_(base_ ? resolve_reference(text_, base_->absolute_text()) : std::string()),
+      parts_(split_parts(absolute_text())) {}
 
 std::shared_ptr<NSURL> NSURL::URLWithString(std::string_view text) {
   return URLWithString(text, nullptr);
@@ -127,14 +106,9 @@ std::optional<std::string> NSURL::path() const {
   return decoded(without_trailing_slashes(parts_.path));
 }
 
-std::optional<std::string> NSURL::file_system_path() const {
-  const UrlPiece path = without_trailing_slashes(parts_.path);
-  return path ? percent_decode_bytes(*path) : std::nullopt;
-}
-
 std::optional<std::int64_t> NSURL::port() const {
   const UrlPiece port = parts_.port;
-  if (!port || port->empty() || !std::all_of(port->begin(), port->end(), is_digit)) {
+  if (!port || port->empty() || !std::all_of(port->begin(), port->end(), is_ascii_digit)) {
     return std::nullopt;
   }
   return integer_of_text(*port);
@@ -156,11 +130,19 @@ std::shared_ptr<NSURL> URLByAppendingPathComponent(const std::shared_ptr<NSURL>&
   if (!url) {
     return nullptr;
   }
-  const std::string& text = url->absoluteString();
+  const std::string text = url->absoluteString();
   const std::size_t path_end = std::min(text.find_first_of("?#"), text.size());
   return NSURL::URLWithString(appending_path_component(std::string_view(text).substr(0, path_end),
                                                        percent_encode_path(component)) +
                               text.substr(path_end));
+}
+
+std::optional<std::string> file_system_path(const std::shared_ptr<NSURL>& url) {
+  if (!url || !url->isFileURL()) {
+    return std::nullopt;
+  }
+  const UrlPiece path = without_trailing_slashes(url->parts_.path);
+  return path ? percent_decode_bytes(*path) : std::nullopt;
 }
 
 }  // namespace quoll::foundation

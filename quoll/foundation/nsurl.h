@@ -34,10 +34,10 @@ class NSURL final : public Object {
                                                        bool is_folder);
 
   /// The text, resolved where there is a base (RFC 3986, 5.2).
-  [[nodiscard]] const std::string& absoluteString() const { return base_ ? resolved_ : text_; }
+  [[nodiscard]] std::string absoluteString() const { return absolute_text(); }
   /// The text as given.
-  [[nodiscard]] const std::string& relativeString() const { return text_; }
-  [[nodiscard]] const std::shared_ptr<NSURL>& baseURL() const { return base_; }
+  [[nodiscard]] std::string relativeString() const { return text_; }
+  [[nodiscard]] std::shared_ptr<NSURL> baseURL() const { return base_; }
   /// As written, without the ":".
   [[nodiscard]] std::optional<std::string> scheme() const;
   /// Decoded; the address of an IPv6 host comes without its brackets.
@@ -56,17 +56,16 @@ class NSURL final : public Object {
   /// True when the scheme is "file", in any case.
   [[nodiscard]] bool isFileURL() const;
 
-  /// The path as the file system wants it: like `path`, but any bytes, since file names need not be
-  /// UTF-8.
-  [[nodiscard]] std::optional<std::string> file_system_path() const;
-
   [[nodiscard]] std::string_view class_name() const override { return "NSURL"; }
   [[nodiscard]] std::string description() const override { return absoluteString(); }
   /// True for a URL with an equal text and an equal base.
   [[nodiscard]] bool isEqual(const Object* other) const override;
 
  private:
+  friend std::optional<std::string> file_system_path(const std::shared_ptr<NSURL>& url);
+
   [[gnu::visibility("hidden")]] NSURL(std::string text, std::shared_ptr<NSURL> base);
+  [[nodiscard]] const std::string& absolute_text() const { return base_ ? resolved_ : text_; }
 
   std::string text_;
   std::shared_ptr<NSURL> base_;
@@ -78,5 +77,9 @@ class NSURL final : public Object {
 /// path by one "/". A null URL gives null.
 [[nodiscard]] std::shared_ptr<NSURL> URLByAppendingPathComponent(const std::shared_ptr<NSURL>& url,
                                                                  std::string_view component);
+
+/// The path of a file URL as the file system wants it: like `path`, but any bytes, since file names
+/// need not be UTF-8. None for null, for any other URL, and for a URL without a path.
+[[nodiscard]] std::optional<std::string> file_system_path(const std::shared_ptr<NSURL>& url);
 
 }  // namespace quoll::foundation

@@ -10,10 +10,6 @@ namespace quoll::foundation {
 
 namespace {
 
-bool is_digit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 /// Drops the leading white space and one sign; true when the sign was a minus.
 bool take_sign(std::string_view& text) {
   text = trim_leading(text);
@@ -27,7 +23,7 @@ bool take_sign(std::string_view& text) {
 
 std::size_t digits_at(std::string_view text, std::size_t position) {
   const std::size_t start = position;
-  while (position < text.size() && is_digit(text[position])) {
+  while (position < text.size() && is_ascii_digit(text[position])) {
     ++position;
   }
   return position - start;
@@ -72,7 +68,7 @@ bool boolean_of_text(std::string_view text) {
 float float_of_text(std::string_view text) {
   const bool negative = take_sign(text);
   // Neither a second sign nor the words for infinity and not-a-number are read.
-  if (text.empty() || (!is_digit(text.front()) && text.front() != '.')) {
+  if (text.empty() || (!is_ascii_digit(text.front()) && text.front() != '.')) {
     return 0;
   }
   double number = 0;
@@ -86,6 +82,13 @@ float float_of_text(std::string_view text) {
 float single_precision(double number) {
   constexpr double kLargest = std::numeric_limits<float>::max();
   return static_cast<float>(std::clamp(number, -kLargest, kLargest));
+}
+
+std::string padded_number(std::uint64_t number, std::size_t digits, int base) {
+  char buffer[64];
+  const auto [end, problem] = std::to_chars(buffer, buffer + sizeof buffer, number, base);
+  const std::string_view written(buffer, static_cast<std::size_t>(end - buffer));
+  return std::string(digits - std::min(digits, written.size()), '0').append(written);
 }
 
 std::string text_of_real(double real) {

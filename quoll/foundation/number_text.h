@@ -22,6 +22,10 @@ namespace quoll::foundation {
 /// The nearest float; beyond the range of single precision its largest finite value, NaN stays NaN.
 [[nodiscard]] float single_precision(double number);
 
+/// The number in this base (2 to 16, digits in small letters), with zeros in front when it has
+/// fewer than `digits` digits.
+[[nodiscard]] std::string padded_number(std::uint64_t number, std::size_t digits, int base = 10);
+
 /// The shortest decimal that reads back as the same real: 0.5, 1, 1e+20.
 [[nodiscard]] std::string text_of_real(double real);
 

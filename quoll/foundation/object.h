@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "quoll/foundation/polymorphic.h"
+
 namespace quoll::foundation {
 
 /// What the factories of a class `T` hand to its constructor, which is public for
@@ -17,13 +19,8 @@ class Passkey {
 ///
 /// Objects are held by `std::shared_ptr`, have an identity and are never copied. What a class says
 /// about its threads stands with the class.
-class Object {
+class Object : public Polymorphic {
  public:
-  Object() = default;
-  Object(const Object&) = delete;
-  Object& operator=(const Object&) = delete;
-  virtual ~Object() = default;
-
   /// The class's name as the system spells it, for instance "ExtensionMessage".
   [[nodiscard]] virtual std::string_view class_name() const = 0;
 

@@ -89,8 +89,7 @@ constexpr bool is_byte(unsigned value) {
 }
 
 constexpr std::ptrdiff_t kBlock = 64;
-/// What stands between two escapes is copied in pieces of this size, whether there is as much or
-/// not.
+/// Text between two escapes is copied in whole pieces of this size, also where it is shorter.
 constexpr std::ptrdiff_t kPiece = 16;
 
 constexpr std::uint64_t kEachByte = 0x0101010101010101U;
@@ -128,8 +127,9 @@ char* append(char* to, const char* from, const char* end) {
 /// Decodes a text piece by piece. `to` has room for all of it and a piece.
 ///
 /// The escapes of a block are found first and then visited one by one, so that a step waits neither
-/// for the text nor for a branch that depends on it. Where what is not escaped is ASCII, only what
-/// is decides whether the result is UTF-8; telling it on the way costs next to nothing.
+/// for the text nor for a branch that depends on it. Where the unescaped text is ASCII, the
+/// escaped bytes alone decide whether the result is UTF-8. They are checked on the way, which costs
+/// next to nothing.
 class Decoder {
  public:
   Decoder(const char* text, char* to) : to_(to), plain_(text) {}
@@ -152,8 +152,8 @@ class Decoder {
     return true;
   }
 
-  /// Copies what is plain up to `block`, behind the last one that was decoded, and answers where
-  /// the rest of the text begins.
+  /// Ends the decoding in front of `block`: copies the unescaped text that is left, and answers
+  /// where the rest of the text begins.
   const char* finish(const char* block) {
     if (plain_ < block) {
       to_ = append(to_, plain_, block);
@@ -171,8 +171,8 @@ class Decoder {
   char* to_;
   const char* plain_;  // what follows is not copied yet
   std::uint64_t bits_ = 0;
-  std::uint64_t state_ = utf8::kBoundary;  // of what the escapes stand for
-  std::uint64_t interrupted_ = 0;          // the states that something plain stood behind
+  std::uint64_t state_ = utf8::kBoundary;  // of the escaped bytes
+  std::uint64_t interrupted_ = 0;          // the states in which unescaped text followed
 };
 
 /// Where the result in `to` ends; null when an escape is malformed.

@@ -9,9 +9,9 @@
 /// The reader of property lists in their three forms: XML, binary and the old text form.
 namespace quoll::foundation {
 
-/// How many values a document may hold, each counted as often as somebody who walks over it meets
-/// it. A key is not counted, but for every 64 bytes that it has in a binary document, where many
-/// dictionaries may share one.
+/// How many values a document may hold. A value that is referred to from several places counts at
+/// each of them. Keys do not count, except in a binary document, where many dictionaries may share
+/// a long key: there, every 64 bytes of a key count as one value.
 inline constexpr std::size_t kPropertyListValues = 4'000'000;
 
 /// How deep lists and dictionaries may lie in one another; the root is at depth 1.

@@ -99,7 +99,7 @@ Value utf16(std::string_view bytes) {
 /// What is known of an object of the document.
 struct Read {
   Value value;               ///< null as long as it is not read
-  std::uint32_t values = 1;  ///< how many somebody meets who walks over it
+  std::uint32_t values = 1;  ///< how many it is with all inside it, counted at each place
   std::uint16_t height = 1;  ///< how deep it nests
   bool open = false;         ///< being read: a reference to it now comes from inside it
 };
@@ -264,7 +264,7 @@ class BinaryReader {
     return found;
   }
 
-  /// Counts what a walk over `whole` meets besides; false when that becomes too much.
+  /// Adds to the values inside `whole`; false when they become too many.
   static bool count_in(Read& whole, std::size_t values) {
     whole.values += static_cast<std::uint32_t>(values);
     return whole.values <= kPropertyListValues;

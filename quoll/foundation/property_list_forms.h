@@ -7,7 +7,7 @@
 #include "quoll/foundation/value.h"
 
 /// The readers of the forms of a property list, behind `read_property_list`. Each answers the root,
-/// or null when the document is broken or beyond the limits: no form has a null of its own.
+/// or null when the document is broken or beyond the limits. (No form can hold a null.)
 namespace quoll::foundation::property_list {
 
 /// `text` is UTF-8 without a byte-order mark.

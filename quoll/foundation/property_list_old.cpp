@@ -10,6 +10,7 @@
 #include "quoll/foundation/collections.h"
 #include "quoll/foundation/property_list.h"
 #include "quoll/foundation/property_list_forms.h"
+#include "quoll/foundation/text.h"
 #include "quoll/foundation/unicode.h"
 
 namespace quoll::foundation::property_list {
@@ -18,17 +19,8 @@ namespace {
 
 /// What may stand in a text without quotes.
 bool is_plain(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+  return is_ascii_letter(c) || is_ascii_digit(c) ||
          (c != '\0' && std::strchr("_$/:.-", c) != nullptr);
-}
-
-/// The value of a digit of the base, which is 8 or 16; -1 for anything else.
-int digit_value(char c, int base) {
-  const int value = c >= '0' && c <= '9'   ? c - '0'
-                    : c >= 'a' && c <= 'f' ? c - 'a' + 10
-                    : c >= 'A' && c <= 'F' ? c - 'A' + 10
-                                           : base;
-  return value < base ? value : -1;
 }
 
 char control_character(char letter) {
@@ -81,7 +73,7 @@ class OldReader {
       } else if (text_.substr(position_).starts_with("/*")) {
         const std::size_t end = text_.find("*/", position_ + 2);
         if (end == std::string_view::npos) {
-          return false;  // at the comment still, so that whoever looks again meets it again
+          return false;  // the position stays at the comment, so that the next call fails too
         }
         position_ = end + 2;
       } else {

@@ -11,8 +11,8 @@ namespace quoll::foundation::property_list {
 /// Appends a piece of text, its entities replaced; false when one of them is unknown.
 [[gnu::visibility("hidden")]] bool append_unescaped(std::string& out, std::string_view piece);
 
-// What an element of that kind means; null when its content is nothing of that kind. White space
-// around it does not count.
+// The value of an element with this content; null when the content does not fit the element. White
+// space around the content is ignored.
 [[nodiscard, gnu::visibility("hidden")]] Value integer_of_xml(std::string_view text);
 [[nodiscard, gnu::visibility("hidden")]] Value real_of_xml(std::string_view text);
 [[nodiscard, gnu::visibility("hidden")]] Value date_of_xml(std::string_view text);

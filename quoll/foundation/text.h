@@ -8,7 +8,8 @@
 /// splits a character.
 namespace quoll::foundation {
 
-/// A piece of a text. The length may be negative where a rule makes it so; `substring` refuses it.
+/// A piece of a text. The length is negative where `rangeOfURLQuery` finds a "#" before the "?";
+/// `substring` raises for such a range.
 struct Range {
   std::size_t location = 0;
   std::ptrdiff_t length = 0;
@@ -23,6 +24,21 @@ struct Range {
 [[nodiscard]] std::string_view trim(std::string_view text);
 /// The same at the front only.
 [[nodiscard]] std::string_view trim_leading(std::string_view text);
+
+constexpr bool is_ascii_digit(char c) {
+  return c >= '0' && c <= '9';
+}
+constexpr bool is_ascii_letter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+/// The value of a digit of a base up to 16, in small letters or capitals; -1 for what is none.
+constexpr int digit_value(char c, int base) {
+  const int value = is_ascii_digit(c)      ? c - '0'
+                    : c >= 'a' && c <= 'f' ? c - 'a' + 10
+                    : c >= 'A' && c <= 'F' ? c - 'A' + 10
+                                           : base;
+  return value < base ? value : -1;
+}
 
 /// A to Z become a to z; every other byte stays, whatever the locale is.
 [[nodiscard]] constexpr char ascii_lower_case(char c) {
@@ -39,7 +55,7 @@ struct Range {
 /// The first `length` bytes of a text, or a few less so that no character is cut. The result points
 /// into `text`.
 [[nodiscard]] std::string_view whole_characters(std::string_view text, std::size_t length);
-/// A piece that was cut off a text, without the last character when that goes on behind the cut.
+/// A piece that was cut from a longer text, without its last character when the cut divides it.
 [[nodiscard]] std::string_view whole_characters(std::string_view piece);
 
 /// True when the bytes are well-formed UTF-8: no overlong forms, no surrogates, nothing above

@@ -24,7 +24,7 @@ std::string_view first_character(std::string_view text) {
 }
 
 char32_t character_of(std::string_view bytes) {
-  // Of the first byte, one bit less for each byte and one more, but for a byte that is alone.
+  // The first of n bytes carries 7 - n bits; a byte that is alone carries 7.
   auto character = static_cast<char32_t>(static_cast<unsigned char>(bytes.front()));
   character &= bytes.size() == 1 ? 0x7FU : 0x7FU >> bytes.size();
   for (const char byte : bytes.substr(1)) {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-/// Characters by their numbers, and text that comes in the other encoding of Unicode.
+/// Characters as numbers, and conversion from UTF-16.
 namespace quoll::foundation {
 
 /// The bytes of the character with which a text begins; none when it begins with no well-formed
@@ -15,7 +15,7 @@ namespace quoll::foundation {
 /// The number of the character that these bytes are. They are one well-formed character.
 [[nodiscard]] char32_t character_of(std::string_view bytes);
 
-/// How many bytes a character has that begins with this one; 1 when no character does.
+/// The length in bytes of a character that begins with this byte; 1 when none begins with it.
 [[nodiscard]] std::size_t length_of_character(char lead);
 
 /// Appends the character as UTF-8. False, and nothing appended, for what is no character: half of a

@@ -1,17 +1,29 @@
 #include "quoll/foundation/url_parts.h"
 
 #include <algorithm>
+#include <array>
+
+#include "quoll/foundation/text.h"
 
 namespace quoll::foundation {
 
 namespace {
 
-bool is_letter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+constexpr std::array<bool, 256> make_allowed() {
+  std::array<bool, 256> allowed{};
+  constexpr std::string_view kCharacters =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
+      "-_.!~*'();/?:@&=+$,[]";
+  for (const char c : kCharacters) {
+    allowed[static_cast<unsigned char>(c)] = true;
+  }
+  return allowed;
 }
 
+constexpr std::array<bool, 256> kAllowed = make_allowed();
+
 bool is_in_scheme(char c) {
-  return is_letter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
+  return is_ascii_letter(c) || is_ascii_digit(c) || c == '+' || c == '-' || c == '.';
 }
 
 /// Cuts `text` before the first `mark` and answers what follows it; none when it is not there.
@@ -27,7 +39,7 @@ UrlPiece cut_after(std::string_view& text, char mark) {
 
 UrlPiece take_scheme(std::string_view& text) {
   const auto end = std::find_if_not(text.begin(), text.end(), is_in_scheme);
-  if (end == text.end() || *end != ':' || !is_letter(text.front())) {
+  if (end == text.end() || *end != ':' || !is_ascii_letter(text.front())) {
     return std::nullopt;
   }
   const std::string_view scheme = text.substr(0, static_cast<std::size_t>(end - text.begin()));
@@ -58,6 +70,10 @@ void split_authority(std::string_view authority, UrlParts& out) {
 }
 
 }  // namespace
+
+bool is_url_character(char c) {
+  return kAllowed[static_cast<unsigned char>(c)];
+}
 
 UrlReference split_reference(std::string_view text) {
   UrlReference out;

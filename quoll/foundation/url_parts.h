@@ -10,6 +10,9 @@ namespace quoll::foundation {
 
 using UrlPiece = std::optional<std::string_view>;
 
+/// True for a character that may stand anywhere in a URL as it is; "#" and "%" may not.
+[[nodiscard]] bool is_url_character(char c);
+
 /// The five components of RFC 3986. There is always a path.
 struct UrlReference {
   UrlPiece scheme;

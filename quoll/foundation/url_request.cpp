@@ -21,9 +21,9 @@ bool HeaderNameOrder::operator()(std::string_view a, std::string_view b) const {
                                       [](char x, char y) { return folded(x) < folded(y); });
 }
 
-const std::string* NSURLRequest::valueForHTTPHeaderField(std::string_view field) const {
+std::optional<std::string> NSURLRequest::valueForHTTPHeaderField(std::string_view field) const {
   const auto found = headers_.find(field);
-  return found == headers_.end() ? nullptr : &found->second;
+  return found == headers_.end() ? std::nullopt : std::optional(found->second);
 }
 
 std::shared_ptr<NSMutableURLRequest> NSMutableURLRequest::requestWithURL(

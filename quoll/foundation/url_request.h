@@ -26,14 +26,12 @@ class NSURLRequest : public Object {
   using HeaderFields = std::map<std::string, std::string, HeaderNameOrder>;
 
   /// May be null.
-  [[nodiscard]] const std::shared_ptr<NSURL>& URL() const { return url_; }
-  [[nodiscard]] const std::string& HTTPMethod() const { return method_; }
-  [[nodiscard]] const HeaderFields& allHTTPHeaderFields() const { return headers_; }
-  /// `valueForHTTPHeaderField:`, null when there is none. The pointer lives until the request
-  /// changes.
-  [[nodiscard]] const std::string* valueForHTTPHeaderField(std::string_view field) const;
+  [[nodiscard]] std::shared_ptr<NSURL> URL() const { return url_; }
+  [[nodiscard]] std::string HTTPMethod() const { return method_; }
+  [[nodiscard]] HeaderFields allHTTPHeaderFields() const { return headers_; }
+  [[nodiscard]] std::optional<std::string> valueForHTTPHeaderField(std::string_view field) const;
   /// None is not the same as empty.
-  [[nodiscard]] const std::optional<Bytes>& HTTPBody() const { return body_; }
+  [[nodiscard]] std::optional<Bytes> HTTPBody() const { return body_; }
 
  protected:
   explicit NSURLRequest(std::shared_ptr<NSURL> url) : url_(std::move(url)) {}

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-/// Whether bytes are UTF-8, told one byte after the other without a branch.
+/// A check for UTF-8 that takes one byte after the other and has no branch.
 namespace quoll::foundation::utf8 {
 
 /// What may come next in a text, in the lowest six bits of what `step` answers. Each state is the

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 
 #include "quoll/foundation/collections.h"
 #include "quoll/foundation/number_text.h"
@@ -31,22 +30,22 @@ void print_date(const Date& date, std::string& out) {
   const auto day = std::chrono::floor<std::chrono::days>(moment);
   const std::chrono::year_month_day calendar(day);
   const std::chrono::hh_mm_ss clock(moment - day);
-  char buffer[64];
-  std::snprintf(buffer, sizeof buffer, "%04d-%02u-%02u %02d:%02d:%02d +0000",
-                static_cast<int>(calendar.year()), static_cast<unsigned>(calendar.month()),
-                static_cast<unsigned>(calendar.day()), static_cast<int>(clock.hours().count()),
-                static_cast<int>(clock.minutes().count()),
-                static_cast<int>(clock.seconds().count()));
-  out += buffer;
+  const auto add = [&out](auto number, std::size_t digits, const char* after) {
+    out.append(padded_number(static_cast<std::uint64_t>(number), digits)).append(after);
+  };
+  add(static_cast<int>(calendar.year()), 4, "-");
+  add(static_cast<unsigned>(calendar.month()), 2, "-");
+  add(static_cast<unsigned>(calendar.day()), 2, " ");
+  add(clock.hours().count(), 2, ":");
+  add(clock.minutes().count(), 2, ":");
+  add(clock.seconds().count(), 2, " +0000");
 }
 
 void print_bytes(const Bytes& bytes, std::string& out) {
   constexpr std::size_t kShown = 24;
   out += "{length = " + std::to_string(bytes.size()) + ", bytes = 0x";
   for (std::size_t i = 0; i < std::min(bytes.size(), kShown); ++i) {
-    char digits[3];
-    std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned>(bytes[i]));
-    out += digits;
+    out += padded_number(bytes[i], 2, 16);
   }
   out += bytes.size() > kShown ? "...}" : "}";
 }

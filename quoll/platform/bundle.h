@@ -5,18 +5,14 @@
 #include <string_view>
 
 #include "quoll/foundation/collections.h"
+#include "quoll/foundation/polymorphic.h"
 
 namespace quoll::platform {
 
 /// The running program as the platform knows it: its information dictionary and its translations.
 /// Any thread may ask.
-class NSBundle {
+class NSBundle : public foundation::Polymorphic {
  public:
-  NSBundle() = default;
-  NSBundle(const NSBundle&) = delete;
-  NSBundle& operator=(const NSBundle&) = delete;
-  virtual ~NSBundle() = default;
-
   /// The bundle of the running program; never null.
   [[nodiscard]] static std::shared_ptr<NSBundle> mainBundle();
 

@@ -1,17 +1,13 @@
 #pragma once
 
+#include "quoll/foundation/polymorphic.h"
 #include "quoll/foundation/value.h"
 
 namespace quoll::platform {
 
 /// The passing of time, so that a test can hold it.
-class Clock {
+class Clock : public foundation::Polymorphic {
  public:
-  Clock() = default;
-  Clock(const Clock&) = delete;
-  Clock& operator=(const Clock&) = delete;
-  virtual ~Clock() = default;
-
   /// `sleepForTimeInterval:`: lets the calling thread wait that many seconds.
   virtual void sleep(double seconds) = 0;
 

@@ -6,6 +6,7 @@
 
 #include "quoll/foundation/error.h"
 #include "quoll/foundation/nsurl.h"
+#include "quoll/foundation/polymorphic.h"
 
 namespace quoll::platform {
 
@@ -16,13 +17,8 @@ enum NSFileCoordinatorWritingOptions : unsigned {
 
 /// Keeps programs, and threads of one program, apart while they work on shared files. One object
 /// serves one operation and belongs to one thread.
-class NSFileCoordinator {
+class NSFileCoordinator : public foundation::Polymorphic {
  public:
-  NSFileCoordinator() = default;
-  NSFileCoordinator(const NSFileCoordinator&) = delete;
-  NSFileCoordinator& operator=(const NSFileCoordinator&) = delete;
-  virtual ~NSFileCoordinator() = default;
-
   /// `initWithFilePresenter:` without a presenter; never null.
   [[nodiscard]] static std::unique_ptr<NSFileCoordinator> create();
 

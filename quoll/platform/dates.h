@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "quoll/foundation/object.h"
+#include "quoll/foundation/polymorphic.h"
 #include "quoll/foundation/value.h"
 
 namespace quoll::platform {
@@ -49,13 +50,8 @@ class NSDateFormatter : public foundation::Object {
 };
 
 /// The maker of date formatters. Any thread may call.
-class Dates {
+class Dates : public foundation::Polymorphic {
  public:
-  Dates() = default;
-  Dates(const Dates&) = delete;
-  Dates& operator=(const Dates&) = delete;
-  virtual ~Dates() = default;
-
   /// Never null. Settings that cannot be had give a formatter that writes nothing and reads
   /// nothing; the log says why.
   [[nodiscard]] virtual std::shared_ptr<NSDateFormatter> formatter(

@@ -16,7 +16,7 @@ Error no_such_file(std::string_view path, bool writing) {
 }
 
 Error no_such_file(const std::shared_ptr<NSURL>& url) {
-  return no_such_file(url ? url->file_system_path().value_or("") : "", true);
+  return no_such_file(foundation::file_system_path(url).value_or(""), true);
 }
 
 class NoBundle final : public NSBundle {

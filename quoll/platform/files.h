@@ -9,6 +9,7 @@
 
 #include "quoll/foundation/error.h"
 #include "quoll/foundation/nsurl.h"
+#include "quoll/foundation/polymorphic.h"
 #include "quoll/foundation/value.h"
 
 namespace quoll::platform {
@@ -24,13 +25,8 @@ using FileContents = std::variant<foundation::Bytes, foundation::Error>;
 /// The file system. Paths are bytes; a relative one starts at the working directory. An operation
 /// that changes something answers why it failed, and nothing when it succeeded; nothing is logged.
 /// A null URL, or one that is no file URL, fails with `NSFileNoSuchFileError`. Any thread may call.
-class NSFileManager {
+class NSFileManager : public foundation::Polymorphic {
  public:
-  NSFileManager() = default;
-  NSFileManager(const NSFileManager&) = delete;
-  NSFileManager& operator=(const NSFileManager&) = delete;
-  virtual ~NSFileManager() = default;
-
   /// Never null.
   [[nodiscard]] static std::shared_ptr<NSFileManager> defaultManager();
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "quoll/foundation/object.h"
+#include "quoll/foundation/polymorphic.h"
 #include "quoll/foundation/value.h"
 
 namespace quoll::platform {
@@ -30,8 +31,7 @@ class NSImage final : public foundation::Object {
   /// `TIFFRepresentation`: the pixels as a TIFF file; none when that fails.
   [[nodiscard]] std::optional<foundation::Bytes> TIFFRepresentation() const;
 
-  [[nodiscard]] const foundation::Bytes& data() const& { return data_; }
-  const foundation::Bytes& data() const&& = delete;
+  [[nodiscard]] foundation::Bytes data() const { return data_; }
   /// In pixels.
   [[nodiscard]] std::int64_t width() const { return width_; }
   [[nodiscard]] std::int64_t height() const { return height_; }
@@ -51,17 +51,12 @@ class NSImage final : public foundation::Object {
 /// The platform's readers and writers of image files. Any thread may call. Bytes that no reader
 /// takes, that are damaged, or that claim more pixels than the limit give nothing; the log says
 /// why.
-class Images {
+class Images : public foundation::Polymorphic {
  public:
   struct Size {
     std::int64_t width = 0;
     std::int64_t height = 0;
   };
-
-  Images() = default;
-  Images(const Images&) = delete;
-  Images& operator=(const Images&) = delete;
-  virtual ~Images() = default;
 
   /// The size of the first image, turned upright, in pixels.
   [[nodiscard]] virtual std::optional<Size> size(const foundation::Bytes& file) = 0;

@@ -5,19 +5,15 @@
 #include <string>
 #include <string_view>
 
+#include "quoll/foundation/polymorphic.h"
 #include "quoll/foundation/value.h"
 
 namespace quoll::platform {
 
 /// The notifications of one process. Any thread may call.
-class NSNotificationCenter {
+class NSNotificationCenter : public foundation::Polymorphic {
  public:
   using Block = std::function<void(std::string_view name, const foundation::Value& object)>;
-
-  NSNotificationCenter() = default;
-  NSNotificationCenter(const NSNotificationCenter&) = delete;
-  NSNotificationCenter& operator=(const NSNotificationCenter&) = delete;
-  virtual ~NSNotificationCenter() = default;
 
   /// Never null.
   [[nodiscard]] static std::shared_ptr<NSNotificationCenter> defaultCenter();

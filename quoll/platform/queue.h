@@ -2,6 +2,8 @@
 
 #include <functional>
 
+#include "quoll/foundation/polymorphic.h"
+
 namespace quoll::platform {
 
 /// The priorities of the platform's global queues that the system uses.
@@ -12,13 +14,8 @@ enum class QueuePriority : int {
 };
 
 /// The platform's global queues: blocks run at some time on some thread, several at once.
-class Queue {
+class Queue : public foundation::Polymorphic {
  public:
-  Queue() = default;
-  Queue(const Queue&) = delete;
-  Queue& operator=(const Queue&) = delete;
-  virtual ~Queue() = default;
-
   /// `dispatch_async` onto the global queue of that priority. Returns at once; never runs the block
   /// before it returns. A platform exception that leaves a block is logged and ends the block only.
   virtual void async(QueuePriority priority, std::function<void()> block) = 0;

@@ -10,6 +10,7 @@
 
 #include "quoll/foundation/error.h"
 #include "quoll/foundation/object.h"
+#include "quoll/foundation/polymorphic.h"
 #include "quoll/foundation/value.h"
 
 namespace quoll::platform {
@@ -44,12 +45,10 @@ class NSAttributedString final : public foundation::Object {
   explicit NSAttributedString(std::string_view text);
 
   /// `string`: the text of all runs.
-  [[nodiscard]] const std::string& string() const& { return text_; }
-  const std::string& string() const&& = delete;
+  [[nodiscard]] std::string string() const { return text_; }
   /// In bytes.
   [[nodiscard]] std::size_t length() const { return text_.size(); }
-  [[nodiscard]] const std::vector<TextRun>& runs() const& { return runs_; }
-  const std::vector<TextRun>& runs() const&& = delete;
+  [[nodiscard]] std::vector<TextRun> runs() const { return runs_; }
 
   /// `dataFromRange:documentAttributes:error:` with the whole range and
   /// `NSDocumentTypeDocumentAttribute` = `NSHTMLTextDocumentType`: a whole HTML document in UTF-8;
@@ -66,13 +65,8 @@ class NSAttributedString final : public foundation::Object {
 };
 
 /// Styled text from HTML and back. Any thread may call.
-class StyledText {
+class StyledText : public foundation::Polymorphic {
  public:
-  StyledText() = default;
-  StyledText(const StyledText&) = delete;
-  StyledText& operator=(const StyledText&) = delete;
-  virtual ~StyledText() = default;
-
   /// The text of an HTML document or fragment; null when it cannot be read or is not UTF-8. The log
   /// says why.
   [[nodiscard]] virtual std::shared_ptr<NSAttributedString> from_html(std::string_view html) = 0;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "quoll/foundation/nsurl.h"
+#include "quoll/foundation/polymorphic.h"
 
 namespace quoll::platform {
 
@@ -15,13 +16,8 @@ enum NSWorkspaceLaunchOptions : unsigned {
 };
 
 /// What opens URLs with applications. Any thread may call.
-class NSWorkspace {
+class NSWorkspace : public foundation::Polymorphic {
  public:
-  NSWorkspace() = default;
-  NSWorkspace(const NSWorkspace&) = delete;
-  NSWorkspace& operator=(const NSWorkspace&) = delete;
-  virtual ~NSWorkspace() = default;
-
   /// Never null.
   [[nodiscard]] static std::shared_ptr<NSWorkspace> sharedWorkspace();
 

@@ -20,10 +20,14 @@ std::string text_by(const ExtensionDate::Formatter& formatter, Date date) {
 
 }  // namespace
 
+std::shared_ptr<ExtensionDate> ExtensionDate::make() {
+  return std::make_shared<ExtensionDate>(foundation::Passkey<ExtensionDate>());
+}
+
 std::shared_ptr<ExtensionDate> ExtensionDate::shared() {
   // Never destroyed: a thread that outlives main may still use it.
   static auto* const instance = [] {
-    auto* made = new std::shared_ptr<ExtensionDate>(std::make_shared<ExtensionDate>());
+    auto* made = new std::shared_ptr<ExtensionDate>(make());
     (*made)->Initialize();
     return made;
   }();

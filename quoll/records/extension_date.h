@@ -30,6 +30,11 @@ class ExtensionDate final : public foundation::Object, public foundation::Monito
   /// The date, in the user's short style.
   Formatter dateCentrale2;
 
+  explicit ExtensionDate(foundation::Passkey<ExtensionDate> /*key*/) {}
+
+  /// The factory `new`: an instance whose formatters are null.
+  [[nodiscard]] static std::shared_ptr<ExtensionDate> make();
+
   /// `shared`: the one instance of the process. The first call makes and initialises it, with the
   /// desktop that is installed at that moment.
   [[nodiscard]] static std::shared_ptr<ExtensionDate> shared();

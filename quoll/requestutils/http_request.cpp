@@ -28,13 +28,10 @@ void set_query(NSMutableURLRequest& request, const std::string& query) {
 }
 
 /// The body as text; empty when there is none or when it is not UTF-8.
-std::string_view body_text(const NSURLRequest& request) {
-  const auto& body = request.HTTPBody();
-  if (!body || body->empty()) {
-    return {};
-  }
-  const std::string_view bytes(reinterpret_cast<const char*>(body->data()), body->size());
-  return foundation::is_utf8(bytes) ? bytes : std::string_view();
+std::string body_text(const NSURLRequest& request) {
+  const Bytes body = request.HTTPBody().value_or(Bytes());
+  std::string text(body.begin(), body.end());
+  return foundation::is_utf8(text) ? text : std::string();
 }
 
 void set_form(NSMutableURLRequest& request, const std::string& form) {
@@ -138,11 +135,11 @@ void setHTTPBasicAuthUser(NSMutableURLRequest& request, std::optional<std::strin
 }
 
 std::optional<std::vector<std::string>> HTTPBasicAuthComponents(const NSURLRequest& request) {
-  if (const std::string* value = request.valueForHTTPHeaderField(kAuthorization)) {
+  if (const auto value = request.valueForHTTPHeaderField(kAuthorization)) {
     const auto pair = base64DecodedString(without_basic(*value));
     return pair ? std::optional(split_at_colons(*pair)) : std::nullopt;
   }
-  const auto& url = request.URL();
+  const auto url = request.URL();
   const auto or_empty = [&](auto accessor) {
     return url ? ((*url).*accessor)().value_or("") : std::string();
   };

@@ -70,18 +70,20 @@ void append_attachments(ExtensionMessage& message, const List& paths) {
 }
 
 void append_text(ExtensionMessage& message, const NSExtensionItem& item) {
-  if (!item.attributedContentText || item.attributedContentText->length() == 0) {
+  const auto text = item.attributedContentText();
+  if (!text || text->length() == 0) {
     return;
   }
-  const auto document = item.attributedContentText->html_document();
+  const auto document = text->html_document();
   const auto html =
       document ? std::optional<std::string>({document->begin(), document->end()}) : std::nullopt;
   append_html(message, foundation::format("%@<br/>", html));
 }
 
 void add_link(ExtensionMessage& message, const NSExtensionItem& item, const Value& link) {
+  const auto title = item.attributedTitle();
   const auto lock = message.synchronized();
-  message.subject = item.attributedTitle ? Value(item.attributedTitle->string()) : Value();
+  message.subject = title ? Value(title->string()) : Value();
   append_html(message, foundation::format("<a href=\"%@\">%@</a>", link, link));
 }
 
@@ -97,7 +99,7 @@ void url_loaded(Gathering& gathering, const NSExtensionItem& input, const Value&
     foundation::raise_invalid_argument("isFileURL was asked of " + std::string(item.kind()));
   }
   if (url && url->isFileURL()) {
-    const auto path = url->file_system_path();
+    const auto path = foundation::file_system_path(url);
     const auto staged = ShareFiles(gathering.service, List{path ? Value(*path) : Value()});
     append_attachments(*gathering.message, staged);
   } else {
@@ -128,7 +130,7 @@ std::optional<Bytes> image_bytes(const Value& item) {
     return std::nullopt;
   }
   auto contents = platform::NSFileManager::defaultManager()->contentsAtPath(
-      url->file_system_path().value_or(""));
+      foundation::file_system_path(url).value_or(""));
   if (const auto* const error = std::get_if<Error>(&contents)) {
     platform::log(kImageFailure, *error);
     return std::nullopt;
@@ -170,8 +172,8 @@ void load_attachment(const std::shared_ptr<Gathering>& gathering,
           image_loaded(*gathering, item, error);
         });
   }
-  // Whatever holds neither is never asked and never taken off the counter: such a share waits its
-  // full time.
+  // An item that is neither is never asked and stays in the counter, so its share waits the full
+  // time.
 }
 
 void wait_for_answers(const Gathering& gathering) {
@@ -197,12 +199,12 @@ void gather(const std::shared_ptr<NSExtensionContext>& context, std::string serv
   gathering->service = std::move(service);
   const auto items = context ? context->inputItems() : NSExtensionContext::Items();
   for (const auto& item : items) {
-    gathering->pending += static_cast<std::int64_t>(item->attachments.size());
+    gathering->pending += static_cast<std::int64_t>(item->attachments().size());
   }
   gathering->message = ExtensionMessage::make();
   for (const auto& item : items) {
     append_text(*gathering->message, *item);
-    for (const auto& provider : item->attachments) {
+    for (const auto& provider : item->attachments()) {
       load_attachment(gathering, item, *provider);
     }
   }

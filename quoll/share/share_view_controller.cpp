@@ -32,14 +32,14 @@ void ShareViewController::viewDidLoad() {
 }
 
 void ShareViewController::send(const std::shared_ptr<foundation::Object>& /*sender*/) {
-  if (const auto& context = extensionContext()) {
+  if (const auto context = extensionContext()) {
     context->completeRequestReturningItems({std::make_shared<platform::NSExtensionItem>()},
                                            nullptr);
   }
 }
 
 void ShareViewController::cancel(const std::shared_ptr<foundation::Object>& /*sender*/) {
-  if (const auto& context = extensionContext()) {
+  if (const auto context = extensionContext()) {
     context->cancelRequestWithError(
         {std::string(foundation::NSCocoaErrorDomain), foundation::NSUserCancelledError, {}, {}});
   }

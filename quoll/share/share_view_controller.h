@@ -24,7 +24,7 @@ class ShareViewController final : public platform::NSViewController {
   void viewDidLoad() override;
 
   /// `send:`, the action of the send button: completes the request with one empty item. The sender
-  /// is not looked at, here and below; it may be null.
+  /// is ignored, here and below; it may be null.
   void send(const std::shared_ptr<foundation::Object>& sender);
   /// `cancel:`, the action of the cancel button: cancels the request as the user would.
   void cancel(const std::shared_ptr<foundation::Object>& sender);

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "quoll/foundation/polymorphic.h"
 #include "quoll/platform/images.h"
 #include "quoll/view/geometry.h"
 
@@ -37,13 +38,8 @@ struct AffineTransform {
 ///
 /// The origin of a new context is at the top left, and y grows downwards. No operation raises.
 /// Geometry that holds NaN, has no size, or lies outside the clip draws nothing.
-class NSGraphicsContext {
+class NSGraphicsContext : public foundation::Polymorphic {
  public:
-  NSGraphicsContext() = default;
-  NSGraphicsContext(const NSGraphicsContext&) = delete;
-  NSGraphicsContext& operator=(const NSGraphicsContext&) = delete;
-  virtual ~NSGraphicsContext() = default;
-
   /// `currentContext`: the context that this thread draws into, or null when it draws into none.
   /// While a view is displayed, this is the context that it is displayed in; the pointer is valid
   /// until the drawing returns.

@@ -46,7 +46,7 @@ class NSView : public std::enable_shared_from_this<NSView> {
   [[nodiscard]] virtual bool isFlipped() const { return false; }
 
   /// The view's rectangle in its superview's coordinates.
-  [[nodiscard]] const NSRect& frame() const { return frame_; }
+  [[nodiscard]] NSRect frame() const { return frame_; }
   void setFrame(const NSRect& frame);
   /// `setFrameSize:`: the origin stays. A subview whose mask has the bit of a side grows or shrinks
   /// by the same amount, and so do its own subviews; no side becomes smaller than 0. Their origins
@@ -63,7 +63,7 @@ class NSView : public std::enable_shared_from_this<NSView> {
   /// The view that this one is in; null when it is in none.
   [[nodiscard]] std::shared_ptr<NSView> superview() const { return superview_.lock(); }
   /// The views inside this one, from back to front.
-  [[nodiscard]] const std::vector<std::shared_ptr<NSView>>& subviews() const { return subviews_; }
+  [[nodiscard]] std::vector<std::shared_ptr<NSView>> subviews() const { return subviews_; }
   /// `addSubview:`: adds a view in front of the other subviews; it leaves the superview that it
   /// had. Raises `NSInvalidArgumentException` for null, for this view itself, and for a view that
   /// this one is inside of.

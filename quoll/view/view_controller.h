@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "quoll/foundation/polymorphic.h"
 #include "quoll/platform/extension_host.h"
 #include "quoll/view/view.h"
 
@@ -10,13 +11,8 @@ namespace quoll::platform {
 
 /// `NSViewController`: makes its view when it is asked for it for the first time. It belongs to the
 /// thread that asks.
-class NSViewController {
+class NSViewController : public foundation::Polymorphic {
  public:
-  NSViewController() = default;
-  NSViewController(const NSViewController&) = delete;
-  NSViewController& operator=(const NSViewController&) = delete;
-  virtual ~NSViewController() = default;
-
   /// The name of an interface file. It can only be read; no file is loaded.
   [[nodiscard]] virtual std::string nibName() const { return {}; }
   /// Makes an empty view.
@@ -27,9 +23,7 @@ class NSViewController {
   std::shared_ptr<NSView> view();
 
   /// The request that this controller serves, set by the host before it asks for the view.
-  [[nodiscard]] const std::shared_ptr<NSExtensionContext>& extensionContext() const {
-    return context_;
-  }
+  [[nodiscard]] std::shared_ptr<NSExtensionContext> extensionContext() const { return context_; }
   void set_extension_context(std::shared_ptr<NSExtensionContext> context) {
     context_ = std::move(context);
   }

@@ -8,11 +8,14 @@
 #include "quoll/foundation/error.h"
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/format.h"
+#include "quoll/foundation/nsurl.h"
+#include "quoll/foundation/url_request.h"
 #include "quoll/message/extension_message.h"
 #include "quoll/platform/log.h"
 #include "quoll/records/extension_account.h"
 #include "quoll/records/extension_address.h"
 #include "quoll/records/extension_alias.h"
+#include "quoll/records/extension_date.h"
 #include "quoll/records/extension_group.h"
 #include "quoll/requestutils/url_query.h"
 
@@ -20,10 +23,12 @@ using quoll::foundation::Dictionary;
 using quoll::foundation::Error;
 using quoll::foundation::List;
 using quoll::foundation::NSException;
+using quoll::foundation::NSURL;
+using quoll::foundation::NSURLRequest;
 using quoll::foundation::Value;
 
 void points_into_what_is_gone(const quoll::ExtensionMessage& message, const Dictionary& dictionary,
-                              const Error& error) {
+                              const Error& error, const NSURLRequest& request) {
   const Value subject = message.subject();
   [[maybe_unused]] const void* kept = subject.text();
   for (const Value& account : quoll::ExtensionUtilities::Accounts()) {
@@ -55,9 +60,14 @@ void points_into_what_is_gone(const quoll::ExtensionMessage& message, const Dict
   kept = Error(error).underlying();
 #elif MISUSE == 13
   kept = &NSException("name", "reason").name();
+#elif MISUSE == 42
+  kept = &NSURL::URLWithString("a:b")->absoluteString();
+#elif MISUSE == 43
+  kept = &request.allHTTPHeaderFields();
 #endif
   kept = dictionary.find("a");
   kept = error.detail("NSFilePath");
+  static_cast<void>(request.allHTTPHeaderFields());
 }
 
 void holds_what_is_no_value(quoll::ExtensionMessage& message, List list) {
@@ -108,6 +118,10 @@ void makes_records() {
   const quoll::ExtensionMessage raw({});
 #elif MISUSE == 32
   const quoll::ExtensionMessage copied(*made);
+#elif MISUSE == 40
+  quoll::ExtensionDate raw;
+#elif MISUSE == 41
+  const auto dates = std::make_shared<quoll::ExtensionDate>();
 #endif
 }
 

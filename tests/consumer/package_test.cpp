@@ -15,6 +15,7 @@ constexpr const char* kConsumed =
     "<j@h>\n"
     "it.vorlent.quoll2\n"
     "fragment\n"
+    "130\n"
     "NSInvalidArgumentException\n";
 
 /// Installed once for all tests of this file, and moved then: nothing in the tree may know where it

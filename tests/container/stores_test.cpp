@@ -62,7 +62,7 @@ class Redirecting final : public platform::NSFileCoordinator {
   std::optional<Error> coordinateWritingItemAtURL(
       const std::shared_ptr<NSURL>& url, platform::NSFileCoordinatorWritingOptions options,
       const std::function<void(const std::shared_ptr<NSURL>&)>& accessor) override {
-    script_->asked = url->file_system_path().value_or("");
+    script_->asked = foundation::file_system_path(url).value_or("");
     script_->options = options;
     if (script_->runs) {
       accessor(platform::fileURLWithPath(script_->path));

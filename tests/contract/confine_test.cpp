@@ -118,7 +118,7 @@ TEST_F(Confine, StagingWorks) {
               };
               step(posix::coordinator_factory()()->coordinateWritingItemAtURL(
                   share, platform::NSFileCoordinatorWritingForDeleting, [&](const auto& url) {
-                    const std::string path = *url->file_system_path();
+                    const std::string path = *foundation::file_system_path(url);
                     // A file into an unnamed file, a folder under a hidden name elsewhere, bytes
                     // under a hidden name here; then all of it removed.
                     constexpr auto kAtomic = platform::NSDataWritingAtomic;

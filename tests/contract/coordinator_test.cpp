@@ -118,7 +118,7 @@ TEST_F(Coordinator, ProcessesThatStageExcludeEachOther) {
       for (int round = 0; round < kRounds; ++round) {
         coordinate(url("/SharedData/Share"), [&](const Url& item) {
           // Only one that is alone finds the next free number free all the way.
-          const std::string staged = *item->file_system_path() + "/file_";
+          const std::string staged = *foundation::file_system_path(item) + "/file_";
           int number = 0;
           while (files->fileExistsAtPath(staged + std::to_string(number))) {
             ++number;

@@ -220,7 +220,7 @@ TYPED_TEST(FilesContract, TheContainerIsMadeAndStays) {
       this->files().containerURLForSecurityApplicationGroupIdentifier("G1.example");
   ASSERT_TRUE(container);
   EXPECT_TRUE(container->absoluteString().ends_with("/G1.example/"));
-  EXPECT_TRUE(this->files().isDirectoryAtPath(*container->file_system_path()));
+  EXPECT_TRUE(this->files().isDirectoryAtPath(*foundation::file_system_path(container)));
   EXPECT_TRUE(this->files()
                   .containerURLForSecurityApplicationGroupIdentifier("G1.example")
                   ->isEqual(container.get()));

@@ -234,12 +234,12 @@ TEST(FileUrl, HoldsAnyPath) {
   const auto url = NSURL::file_url("/a b/é;#?%.txt", false);
   EXPECT_EQ(url->absoluteString(), "file:///a%20b/%C3%A9%3B%23%3F%25.txt");
   EXPECT_EQ(url->path(), "/a b/é;#?%.txt");
-  EXPECT_EQ(url->file_system_path(), "/a b/é;#?%.txt");
+  EXPECT_EQ(foundation::file_system_path(url), "/a b/é;#?%.txt");
   EXPECT_TRUE(url->isFileURL());
 
   const auto bytes = NSURL::file_url("/\xFF", false);
   EXPECT_EQ(bytes->path(), std::nullopt) << "no text";
-  EXPECT_EQ(bytes->file_system_path(), "/\xFF") << "but a file's name";
+  EXPECT_EQ(foundation::file_system_path(bytes), "/\xFF") << "but a file's name";
 
   EXPECT_EQ(NSURL::file_url("/a", true)->absoluteString(), "file:///a/");
   EXPECT_EQ(NSURL::file_url("/a/", true)->absoluteString(), "file:///a/");

@@ -36,7 +36,7 @@ TEST(UrlRequest, JoinsValuesOfOneFieldWhateverItsCase) {
   ASSERT_EQ(request->allHTTPHeaderFields().size(), 2U);
   EXPECT_EQ(*request->valueForHTTPHeaderField("x-az"), "1,2,");
   EXPECT_EQ(request->allHTTPHeaderFields().find("X-AZ")->first, "X-Az");
-  EXPECT_EQ(request->valueForHTTPHeaderField("X"), nullptr);
+  EXPECT_EQ(request->valueForHTTPHeaderField("X"), std::nullopt);
 }
 
 TEST(UrlRequest, TakesAFieldsOwnValue) {

@@ -21,14 +21,14 @@ class FolderFiles final : public platform::NSFileManager {
   }
   std::optional<foundation::Error> removeItemAtURL(
       const std::shared_ptr<foundation::NSURL>& url) override {
-    const std::string path = url->file_system_path().value_or("");
+    const std::string path = foundation::file_system_path(url).value_or("");
     return std::filesystem::remove_all(path) > 0
                ? std::nullopt
                : std::optional(foundation::file_error(ENOENT, path, true));
   }
   std::optional<foundation::Error> createDirectoryAtURL(
       const std::shared_ptr<foundation::NSURL>& url) override {
-    std::filesystem::create_directories(url->file_system_path().value_or(""));
+    std::filesystem::create_directories(foundation::file_system_path(url).value_or(""));
     return std::nullopt;
   }
   std::optional<foundation::Error> copyItemAtPath(std::string_view source,

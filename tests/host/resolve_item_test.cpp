@@ -78,7 +78,7 @@ TEST_F(ResolveItem, FilesThatAreTaken) {
     const ResolvedItem resolved = resolve_item(row.given);
     ASSERT_TRUE(resolved.url) << row.reason << ": " << resolved.refusal;
     EXPECT_TRUE(resolved.url->isFileURL()) << row.reason;
-    EXPECT_EQ(resolved.url->file_system_path(), root + row.name) << row.reason;
+    EXPECT_EQ(foundation::file_system_path(resolved.url), root + row.name) << row.reason;
   }
 }
 

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 
+#include "quoll/foundation/nsurl.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/platform/type_identifiers.h"
 #include "tests/support/temporary_folder.h"
@@ -36,6 +37,10 @@ Selection select_items(std::vector<std::string> items, std::string_view standard
   return make_selection({{}, {}, {}, std::move(items)}, container(), input.get());
 }
 
+std::optional<std::string> path_of(const SharedItem& item) {
+  return foundation::file_system_path(item.value().as<foundation::NSURL>());
+}
+
 constexpr const char* kGif = "GIF89a\1\0\1\0\0\0\0";
 
 TEST(Selection, EachKindHasItsType) {
@@ -51,9 +56,9 @@ TEST(Selection, EachKindHasItsType) {
   ASSERT_EQ(selection.items.size(), 4U);
   EXPECT_TRUE(selection.left_out.empty());
   EXPECT_EQ(selection.items[0]->type(), platform::kUTTypeFileURL) << "an image by path is a file";
-  EXPECT_EQ(selection.items[0]->file_path(), picture);
+  EXPECT_EQ(path_of(*selection.items[0]), picture);
   EXPECT_EQ(selection.items[1]->type(), platform::kUTTypeURL);
-  EXPECT_EQ(selection.items[1]->file_path(), std::nullopt);
+  EXPECT_EQ(path_of(*selection.items[1]), std::nullopt);
   EXPECT_EQ(selection.items[2]->type(), platform::kUTTypeImage);
   EXPECT_EQ(selection.items[2]->value().kind(), "bytes");
   EXPECT_EQ(selection.items[3]->type(), platform::kUTTypeImage);
@@ -84,7 +89,7 @@ TEST(Selection, BytesBecomeFilesInTheContainer) {
     const Selection selection = select_items({row.item}, row.input);
     ASSERT_EQ(selection.items.size(), 1U) << row.reason;
     EXPECT_EQ(selection.items[0]->type(), platform::kUTTypeFileURL) << row.reason;
-    const std::string path = selection.items[0]->file_path().value_or("");
+    const std::string path = path_of(*selection.items[0]).value_or("");
     EXPECT_TRUE(path.ends_with(row.name)) << row.reason << ": " << path;
     EXPECT_TRUE(path.starts_with(container() + "/.incoming/")) << row.reason << ": " << path;
     EXPECT_EQ(test::read_file(path), row.content) << row.reason;
@@ -191,7 +196,7 @@ TEST(Selection, DescriptorsBecomeFilesOfTheirNames) {
   for (const Row& row : rows) {
     const Selection selection = select_descriptor(delivering("hello"), row.media_type, row.name);
     ASSERT_EQ(selection.items.size(), 1U) << row.reason;
-    const std::string path = selection.items[0]->file_path().value_or("");
+    const std::string path = path_of(*selection.items[0]).value_or("");
     EXPECT_TRUE(path.ends_with("/1/" + row.file)) << row.reason << ": " << path;
     EXPECT_EQ(test::read_file(path), "hello") << row.reason;
   }
@@ -211,7 +216,7 @@ TEST(Selection, AFileIsDeliveredFromItsBeginning) {
   lseek(file.get(), 0, SEEK_END);
   const Selection selection = select_descriptor(std::move(file), "", "a.txt");
   ASSERT_EQ(selection.items.size(), 1U);
-  EXPECT_EQ(test::read_file(selection.items[0]->file_path().value_or("")), "hello");
+  EXPECT_EQ(test::read_file(path_of(*selection.items[0]).value_or("")), "hello");
 }
 
 TEST(Selection, DescriptorsThatDeliverNothing) {

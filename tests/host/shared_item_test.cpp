@@ -39,7 +39,7 @@ TEST(SharedItem, HoldsItsTypeAndThoseAbove) {
   const SharedItem item("a", platform::kUTTypeFileURL, file);
   EXPECT_TRUE(item.hasItemConformingToTypeIdentifier(platform::kUTTypeURL));
   EXPECT_FALSE(item.hasItemConformingToTypeIdentifier(platform::kUTTypeImage));
-  EXPECT_EQ(item.file_path(), "/a");
+  EXPECT_EQ(foundation::file_system_path(item.value().as<foundation::NSURL>()), "/a");
   const SharedItem image("-", platform::kUTTypeImage, foundation::Bytes{1});
   EXPECT_FALSE(image.hasItemConformingToTypeIdentifier(platform::kUTTypeURL));
   EXPECT_TRUE(image.hasItemConformingToTypeIdentifier(platform::kUTTypeImage));

@@ -25,10 +25,10 @@ constexpr double kLast = 253402300799;
 class DateFormatterTest : public ::testing::Test {
  protected:
   /// What the records' formats are in an environment.
-  static std::unique_ptr<ExtensionDate> formats(
+  static std::shared_ptr<ExtensionDate> formats(
       const std::map<std::string, std::string>& variables) {
     const DateEnvironment environment(variables);
-    auto made = std::make_unique<ExtensionDate>();
+    auto made = ExtensionDate::make();
     made->Initialize();
     return made;
   }
@@ -155,7 +155,8 @@ TEST_F(DateFormatterTest, TakesTheTimeZoneOfTheCLibrary) {
   };
   for (const Row& row : rows) {
     const DateEnvironment environment({{"LC_ALL", "de_DE"}, {"TZ", row.zone}});
-    ExtensionDate dates;
+    const auto made = ExtensionDate::make();
+    ExtensionDate& dates = *made;
     dates.Initialize();
     EXPECT_EQ(dates.dateCentrale()->stringFromDate({row.moment}), row.time) << row.reason;
     EXPECT_EQ(dates.IntDate(Date{row.moment}), row.day) << row.reason;
@@ -218,7 +219,8 @@ TEST_F(DateFormatterTest, AgreesWithICUsOwnTimeZones) {
   for (const char* zone :
        {"Europe/Berlin", "America/New_York", "Asia/Kolkata", "Australia/Sydney"}) {
     const DateEnvironment environment({{"LC_ALL", "de_DE"}, {"TZ", zone}});
-    ExtensionDate dates;
+    const auto made = ExtensionDate::make();
+    ExtensionDate& dates = *made;
     dates.Initialize();
     UErrorCode status = U_ZERO_ERROR;
     ::icu::GregorianCalendar calendar(::icu::TimeZone::createTimeZone(zone), status);

@@ -70,36 +70,37 @@ class ExtensionDateTest : public ::testing::Test {
     desktop_.reset();
     desktop_.emplace(platform::Desktop{
         .clock = clock, .dates = std::make_shared<test::FixedDates>(seconds_from_gmt)});
-    formats_.Initialize();
-    return formats_;
+    formats_->Initialize();
+    return *formats_;
   }
 
   std::shared_ptr<test::HeldClock> clock = std::make_shared<test::HeldClock>();
 
  private:
   std::optional<platform::ScopedDesktop> desktop_;
-  ExtensionDate formats_;
+  std::shared_ptr<ExtensionDate> formats_ = ExtensionDate::make();
 };
 
 TEST_F(ExtensionDateTest, MakesTheFormattersInTheirOrder) {
   const auto dates = std::make_shared<RecordingDates>();
   const platform::ScopedDesktop desktop({.dates = dates});
-  ExtensionDate formats;
-  formats.Initialize();
+  const auto formats = ExtensionDate::make();
+  EXPECT_EQ(formats->dateCentrale(), nullptr);
+  formats->Initialize();
   ASSERT_EQ(dates->asked.size(), 4U);
-  EXPECT_EQ(formats.dateCentrale(), dates->made[0]);
-  EXPECT_EQ(formats.dateCentrale2(), dates->made[1]);
-  EXPECT_EQ(formats.dataDay(), dates->made[2]);
-  EXPECT_EQ(formats.dateExchange(), dates->made[3]);
-  formats.Initialize();
-  EXPECT_EQ(formats.dateCentrale(), dates->made[4]) << "again, they are replaced";
-  EXPECT_EQ(formats.dateExchange(), dates->made[7]);
+  EXPECT_EQ(formats->dateCentrale(), dates->made[0]);
+  EXPECT_EQ(formats->dateCentrale2(), dates->made[1]);
+  EXPECT_EQ(formats->dataDay(), dates->made[2]);
+  EXPECT_EQ(formats->dateExchange(), dates->made[3]);
+  formats->Initialize();
+  EXPECT_EQ(formats->dateCentrale(), dates->made[4]) << "again, they are replaced";
+  EXPECT_EQ(formats->dateExchange(), dates->made[7]);
 }
 
 TEST_F(ExtensionDateTest, AsksForTheUsersOwnUnlessItIsTheExchangeFormat) {
   const auto dates = std::make_shared<RecordingDates>();
   const platform::ScopedDesktop desktop({.dates = dates});
-  ExtensionDate().Initialize();
+  ExtensionDate::make()->Initialize();
   constexpr auto kNone = NSDateFormatterStyle::NSDateFormatterNoStyle;
   constexpr auto kShort = NSDateFormatterStyle::NSDateFormatterShortStyle;
   ASSERT_EQ(dates->asked.size(), 4U);
@@ -221,10 +222,10 @@ TEST_F(ExtensionDateTest, ParsingHoldsTheObjectsLockAndWritingDoesNot) {
 }
 
 TEST_F(ExtensionDateTest, WithoutAFormatterNothingIsWrittenOrRead) {
-  const ExtensionDate dates;
-  EXPECT_EQ(dates.IntDate(Date{kMidnight}), 0);
-  EXPECT_EQ(dates.centralDate(Date{kMidnight}), "");
-  EXPECT_EQ(dates.exchangeDate("2024-03-07T10:15:00Z"), std::nullopt);
+  const auto dates = ExtensionDate::make();
+  EXPECT_EQ(dates->IntDate(Date{kMidnight}), 0);
+  EXPECT_EQ(dates->centralDate(Date{kMidnight}), "");
+  EXPECT_EQ(dates->exchangeDate("2024-03-07T10:15:00Z"), std::nullopt);
 }
 
 TEST_F(ExtensionDateTest, SaysWhatItIs) {

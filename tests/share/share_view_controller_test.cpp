@@ -93,9 +93,9 @@ TEST(ShareViewController, SendReturnsOneEmptyItem) {
   ASSERT_EQ(context->completed.size(), 1U);
   ASSERT_EQ(context->completed[0].size(), 1U);
   const auto& returned = context->completed[0][0];
-  EXPECT_EQ(returned->attributedTitle, nullptr);
-  EXPECT_EQ(returned->attributedContentText, nullptr);
-  EXPECT_TRUE(returned->attachments.empty());
+  EXPECT_EQ(returned->attributedTitle(), nullptr);
+  EXPECT_EQ(returned->attributedContentText(), nullptr);
+  EXPECT_TRUE(returned->attachments().empty());
   EXPECT_FALSE(context->handler_given);
   EXPECT_TRUE(context->cancelled.empty());
 }

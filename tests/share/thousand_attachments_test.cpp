@@ -181,11 +181,13 @@ std::set<std::string> wanted(bool with_late) {
 }
 
 TEST_F(ThousandAttachments, NoneIsLostAndTheLateOnesDisturbNothing) {
-  auto item = std::make_shared<platform::NSExtensionItem>();
+  platform::NSExtensionItem::Attachments attachments;
   for (int number = 0; number < kAttachments; ++number) {
     contents_.push_back(content(number));
-    item->attachments.push_back(provider(number));
+    attachments.push_back(provider(number));
   }
+  auto item = std::make_shared<platform::NSExtensionItem>();
+  item->attachments = std::move(attachments);
   std::shared_ptr<ExtensionMessage> message;
   std::shared_ptr<ExtensionMessage> sent;
   {

@@ -31,7 +31,7 @@ std::string plain(std::string_view path) {
 }
 
 std::string plain(const std::shared_ptr<NSURL>& url) {
-  return url && url->isFileURL() ? plain(url->file_system_path().value_or("")) : std::string();
+  return plain(foundation::file_system_path(url).value_or(""));
 }
 
 std::string parent_of(const std::string& path) {

@@ -112,9 +112,11 @@ std::shared_ptr<NSExtensionItem> read_item(const Json& json, const ReadValue& re
     } else if (key == "title") {
       item->attributedTitle = read_styled_text(value);
     } else if (key == "attachments" && value.is_array()) {
+      NSExtensionItem::Attachments attachments;
       for (const Json& provider : value) {
-        item->attachments.push_back(read_provider(provider, read, timer));
+        attachments.push_back(read_provider(provider, read, timer));
       }
+      item->attachments = std::move(attachments);
     } else {
       throw Refused("an input item's " + key + " is not usable");
     }

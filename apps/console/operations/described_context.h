@@ -17,22 +17,10 @@ namespace quoll::console {
 /// extension tells its host is ignored.
 class DescribedContext final : public foundation::Object, public platform::NSExtensionContext {
  public:
-  explicit DescribedContext(Items items) : items_(std::move(items)) {}
-
-  [[nodiscard]] Items inputItems() const override { return items_; }
-  void completeRequestReturningItems(const Items& /*items*/,
-                                     std::function<void(bool expired)> handler) override {
-    if (handler) {
-      handler(false);
-    }
-  }
-  void cancelRequestWithError(const foundation::Error& /*error*/) override {}
+  using NSExtensionContext::NSExtensionContext;
 
   [[nodiscard]] std::string_view class_name() const override { return "NSExtensionContext"; }
   [[nodiscard]] std::string description() const override { return "NSExtensionContext"; }
-
- private:
-  Items items_;
 };
 
 /// Reads the description. `read` reads the items that providers answer. Providers that answer late

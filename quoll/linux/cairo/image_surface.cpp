@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <optional>
 #include <span>
+#include <utility>
 
 #include "quoll/platform/log.h"
 
@@ -65,10 +66,11 @@ Handle<cairo_surface_t> read_png(const Bytes& file) {
 }  // namespace
 
 Handle<cairo_surface_t> read_image(const platform::NSImage& image) {
-  if (is_png(image.data())) {
-    return read_png(image.data());
+  Bytes file = image.data();
+  if (is_png(file)) {
+    return read_png(file);
   }
-  const auto pixels = platform::NSBitmapImageRep::imageRepWithData(image.data());
+  const auto pixels = platform::NSBitmapImageRep::imageRepWithData(std::move(file));
   const auto png =
       pixels
           ? pixels->representationUsingType(platform::BitmapImageFileType::NSBitmapImageFileTypePNG)

@@ -17,9 +17,10 @@ class Mapping {
   ~Mapping();
 
   [[nodiscard]] bool good() const { return start_ != nullptr; }
-  [[nodiscard]] std::span<const unsigned char> bytes() const {
+  [[nodiscard]] std::span<const unsigned char> bytes() const& {
     return {static_cast<const unsigned char*>(start_), length_};
   }
+  std::span<const unsigned char> bytes() const&& = delete;
 
  private:
   void* start_;

@@ -76,7 +76,7 @@ class LockingCoordinator final : public platform::NSFileCoordinator {
   std::optional<Error> coordinateWritingItemAtURL(
       const std::shared_ptr<NSURL>& url, platform::NSFileCoordinatorWritingOptions /*options*/,
       const std::function<void(const std::shared_ptr<NSURL>&)>& accessor) override {
-    const auto path = url && url->isFileURL() ? url->file_system_path() : std::nullopt;
+    const auto path = foundation::file_system_path(url);
     if (!path || !is_usable_path(*path)) {
       return foundation::file_error(ENOENT, path.value_or(""), true);
     }

@@ -47,7 +47,7 @@ std::optional<Error> error_of(int number, std::string_view path) {
 
 /// The path of a file URL; empty for what has none.
 std::string path_of(const std::shared_ptr<NSURL>& url) {
-  const auto path = url && url->isFileURL() ? url->file_system_path() : std::nullopt;
+  const auto path = foundation::file_system_path(url);
   return path && is_usable_path(*path) ? *path : std::string();
 }
 
