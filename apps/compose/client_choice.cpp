@@ -63,7 +63,7 @@ std::optional<MailClient> client_called(const std::string& name) {
 }
 
 void keep(const std::string& id) {
-  if (const gio::Failure failure = gio::set_mail_client(id)) {
+  if (const gio::FailureReason failure = gio::set_mail_client(id)) {
     throw CannotCompose(*failure);
   }
 }

@@ -154,10 +154,10 @@ HandedOver HandOver::run(const gio::ActivationTokens& tokens) {
   return result;
 }
 
-gio::Failure HandOver::start() {
+gio::FailureReason HandOver::start() {
   const gio::MailClient& client = *chosen_.client;
   pid_t process = 0;
-  if (gio::Failure failure = gio::start_program(client.entry.get(), start_, &process)) {
+  if (gio::FailureReason failure = gio::start_program(client.entry.get(), start_, &process)) {
     return failure;
   }
   const Watched seen = process != 0 ? watch(process) : Watched{};

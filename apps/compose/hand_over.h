@@ -41,12 +41,12 @@ class HandOver {
  private:
   void lay_out(const ExtensionMessage& message, const std::vector<TakenFile>& files);
   void lay_out_file();
-  [[nodiscard]] gio::Failure start();
+  [[nodiscard]] gio::FailureReason start();
 
   std::string draft_;
   bool has_desktop_;
   gio::ChosenMailClient chosen_;
-  gio::Failure failure_;
+  gio::FailureReason failure_;
   gio::ProgramStart start_;
   std::optional<GivenDraft> given_;
 };

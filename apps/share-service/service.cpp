@@ -131,7 +131,7 @@ class ShareService final : public gio::ApplicationService {
 
 }  // namespace
 
-gio::Failure serve_shares(std::chrono::milliseconds idle, const ShareBounds& bounds) {
+gio::FailureReason serve_shares(std::chrono::milliseconds idle, const ShareBounds& bounds) {
   ShareService service(bounds);
   if (auto failure = service.begin()) {
     return failure;

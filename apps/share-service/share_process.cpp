@@ -216,8 +216,8 @@ class RunningShare : public std::enable_shared_from_this<RunningShare> {
 
 }  // namespace
 
-gio::Failure start_share(ShareCall call, const ShareBounds& bounds,
-                         std::function<void(const ShareEnd&)> ended) {
+gio::FailureReason start_share(ShareCall call, const ShareBounds& bounds,
+                               std::function<void(const ShareEnd&)> ended) {
   gio::ErrorSlot error;
   auto process = spawn(call, bounds, error);
   if (!process) {

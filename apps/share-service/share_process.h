@@ -31,7 +31,7 @@ struct ShareBounds {
 
 /// Starts `quoll-share` for the call and returns at once. Answers why when it could not be started.
 /// Otherwise `ended` is called once, later, by the default main context.
-[[nodiscard]] gio::Failure start_share(ShareCall call, const ShareBounds& bounds,
-                                       std::function<void(const ShareEnd&)> ended);
+[[nodiscard]] gio::FailureReason start_share(ShareCall call, const ShareBounds& bounds,
+                                             std::function<void(const ShareEnd&)> ended);
 
 }  // namespace quoll::share_service

@@ -25,12 +25,11 @@ posix::UniqueFd lock_file() {
     return posix::UniqueFd();
   }
   const std::string folder = foundation::appending_path_component(*path, container::layout::locks);
-  mkdir(folder.c_str(), 0700);  // it may exist already; any other failure shows at `open`
-  const std::string name =
-      foundation::appending_path_component(folder, container::layout::staging_lock);
-  posix::UniqueFd file(open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+  mkdir(folder.c_str(), 0700);  // it may exist already; any other failure shows at `open_file`
+  const std::string name = foundation::appending_path_component(folder, container::layout::turn);
+  posix::UniqueFd file = posix::open_file(name, O_RDWR | O_CREAT | O_NOFOLLOW, 0600);
   if (!file) {
-    file = posix::UniqueFd(open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    file = posix::open_file(name, O_RDONLY | O_NOFOLLOW);
   }
   return file;
 }

@@ -20,12 +20,12 @@ inline constexpr std::string_view contacts = "Contacts";
 inline constexpr std::string_view addresses = "Addresses.plist";
 inline constexpr std::string_view groups = "Groups.plist";
 
-/// The folder of the lock files, in the container, and in it the lock by which shares take turns.
+/// The folder of the lock files, in the container. In it: the lock by which shares take turns.
 inline constexpr std::string_view locks = ".locks";
-inline constexpr std::string_view staging_lock = "turn";
+inline constexpr std::string_view turn = "turn";
 
-/// The folder for what is still being made, in the container, and how names in it begin.
-inline constexpr std::string_view incoming = ".incoming";
-inline constexpr std::string_view incoming_prefix = ".quoll-incoming-";
+/// The folder for what is still being made, in the container. In it: how every name begins.
+inline constexpr std::string_view unfinished = ".incoming";
+inline constexpr std::string_view unfinished_prefix = ".quoll-incoming-";
 
 }  // namespace quoll::container::layout

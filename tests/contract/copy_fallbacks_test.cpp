@@ -3,6 +3,8 @@
 #include <linux/audit.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -108,6 +110,33 @@ TEST_F(CopyFallbacks, OutsideAContainerTheHiddenNameIsBesideTheDestination) {
   EXPECT_EQ(copy_without({kNoUnnamedFile}, folder_.path("y")), "");
   EXPECT_EQ(test::read_file(folder_.path("y")), "content");
   EXPECT_EQ(entries(folder_.path()), 3) << "nothing hidden is left";
+}
+
+// Two mounts of one file system have one device, but nothing can be renamed from one to the other.
+TEST_F(CopyFallbacks, IntoAMountOfItsOwnTheHiddenNameIsBesideTheDestination) {
+  fs::create_directory(folder_.path("folder"));
+  folder_.write("folder/inner", "inside");
+  const std::string wrong = test::in_child_process([&]() -> std::string {
+    if (::unshare(CLONE_NEWNS) != 0 ||
+        ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+      return "not allowed";
+    }
+    if (::mount(staging_.c_str(), staging_.c_str(), nullptr, MS_BIND, nullptr) != 0 ||
+        !take_away({kNoUnnamedFile})) {
+      return "no mount or no filter";
+    }
+    const auto files = posix::make_file_manager();
+    const auto file = files->copyItemAtPath(folder_.path("x"), staging_ + "/y");
+    const auto folder = files->copyItemAtPath(folder_.path("folder"), staging_ + "/folder");
+    return (file ? file->description() : "") + (folder ? folder->description() : "");
+  });
+  if (wrong == "not allowed") {
+    GTEST_SKIP() << "this process may not mount";
+  }
+  EXPECT_EQ(wrong, "");
+  EXPECT_EQ(test::read_file(staging_ + "/y"), "content");
+  EXPECT_EQ(test::read_file(staging_ + "/folder/inner"), "inside");
+  EXPECT_EQ(entries(staging_), 2) << "nothing hidden is left";
 }
 
 TEST_F(CopyFallbacks, WithoutExclusiveRenames) {

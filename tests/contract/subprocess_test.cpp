@@ -51,12 +51,12 @@ TEST(Subprocess, DoesNotOutliveItsObject) {
   std::string told;
   {
     // The group is the shell and the process that it starts.
-    Subprocess both({.words = {"sh", "-c", "sleep 1000 & echo $!; wait"},
+    Subprocess both({.words = {"sh", "-c", "sleep 1000 & printf %08d $!; wait"},
                      .output = output.writing.get(),
                      .leads_group = true});
     output.writing.reset();
     bool ended = false;
-    ASSERT_TRUE(read_until(output.reading.get(), told, 2, ended, 60s));
+    ASSERT_TRUE(read_until(output.reading.get(), told, 8, ended, 60s));
     EXPECT_TRUE(is_there(std::stoi(told)));
   }
   bool ended = false;

@@ -2,12 +2,9 @@
 
 quoll_defence(whole_before_it_is_named
   FILE quoll/linux/posix/copy_item.cpp
-  TAKES [[return ::openat(to.folder.get(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
-  }));
+  TAKES [[open_file_at(to.folder.get(), ".", O_TMPFILE | O_WRONLY, S_IRUSR | S_IWUSR);
   if (unnamed) {]]
-  GIVES [[return ::openat(to.folder.get(), to.name.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC,
-                    S_IRUSR | S_IWUSR);
-  }));
+  GIVES [[open_file_at(to.folder.get(), to.name, O_CREAT | O_EXCL | O_WRONLY, S_IRUSR | S_IWUSR);
   if (unnamed) {
     return fill_file(from, unnamed.get());
   }

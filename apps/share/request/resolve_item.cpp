@@ -136,7 +136,7 @@ std::optional<std::string> why_not_shareable(const std::string& path) {
   if (auto kind = other_kind(status.st_mode)) {
     return kind;
   }
-  const posix::UniqueFd file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+  const posix::UniqueFd file = posix::open_file(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
   if (!file || fstat(file.get(), &status) != 0) {
     return posix::error_words(errno);
   }
@@ -144,20 +144,13 @@ std::optional<std::string> why_not_shareable(const std::string& path) {
 }
 
 std::optional<std::string> link_scheme(std::string_view text) {
-  const auto is_letter = [](char c) {
-    return foundation::ascii_lower_case(c) >= 'a' && foundation::ascii_lower_case(c) <= 'z';
-  };
-  const auto in_scheme = [&](char c) {
-    return is_letter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
-  };
-  const auto end = std::find_if_not(text.begin(), text.end(), in_scheme);
-  const auto length = static_cast<std::size_t>(end - text.begin());
+  const auto scheme = foundation::split_reference(text).scheme;
   // One letter is a drive of another system; white space after the colon is a sentence.
-  if (length < 2 || !is_letter(text.front()) || length + 1 >= text.size() || *end != ':' ||
-      is_space(text[length + 1])) {
+  if (!scheme || scheme->size() < 2 || text.size() == scheme->size() + 1 ||
+      is_space(text[scheme->size() + 1])) {
     return std::nullopt;
   }
-  return foundation::ascii_lower_case(text.substr(0, length));
+  return foundation::ascii_lower_case(*scheme);
 }
 
 ResolvedItem resolve_item(std::string_view given) {

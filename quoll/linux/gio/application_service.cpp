@@ -34,16 +34,6 @@ ActivationTokens tokens_in(GVariant* parameters, gsize position) {
   return {.activation = text("activation-token"), .startup = text("desktop-startup-id")};
 }
 
-std::vector<std::string> texts_in(GVariant* parameters, gsize position) {
-  const VariantHandle list(g_variant_get_child_value(parameters, position));
-  std::vector<std::string> texts;
-  for (gsize at = 0; at < g_variant_n_children(list.get()); ++at) {
-    const VariantHandle text(g_variant_get_child_value(list.get(), at));
-    texts.emplace_back(g_variant_get_string(text.get(), nullptr));
-  }
-  return texts;
-}
-
 }  // namespace
 
 ApplicationService::ApplicationService(std::string identifier, const std::string& more_interfaces)
@@ -62,7 +52,7 @@ ApplicationService::~ApplicationService() {
   }
 }
 
-Failure ApplicationService::begin() {
+FailureReason ApplicationService::begin() {
   if (g_dbus_is_name(identifier_.c_str()) == FALSE) {
     return "\"" + identifier_ + "\" cannot be a name on the bus";
   }

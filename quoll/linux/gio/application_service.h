@@ -26,7 +26,7 @@ class ApplicationService {
 
   /// Takes the name on the bus. From then on calls are answered, while `run` runs. Answers the
   /// reason when there is no bus, or when another program has the name.
-  [[nodiscard]] Failure begin();
+  [[nodiscard]] FailureReason begin();
   /// Answers calls, and returns when none has come for `idle` and `busy` is false. No call is lost
   /// at the end.
   void run(std::chrono::milliseconds idle);

@@ -1,7 +1,6 @@
 #include "quoll/linux/gio/applications.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <vector>
 
 #include "quoll/linux/gio/desktop_entry.h"
@@ -17,23 +16,11 @@ using std::chrono::steady_clock;
 /// True when `name` is in the list of names that the bus answers to `method`.
 bool has_name(GDBusConnection* bus, const char* method, const std::string& name,
               steady_clock::time_point deadline) {
-  const auto left =
-      std::chrono::duration_cast<std::chrono::milliseconds>(deadline - steady_clock::now());
   const VariantHandle reply(g_dbus_connection_call_sync(
       bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method, nullptr,
-      G_VARIANT_TYPE("(as)"), G_DBUS_CALL_FLAGS_NONE,
-      static_cast<int>(std::max<std::int64_t>(left.count(), 1)), nullptr, nullptr));
-  if (!reply) {
-    return false;
-  }
-  const VariantHandle names(g_variant_get_child_value(reply.get(), 0));
-  for (gsize i = 0; i < g_variant_n_children(names.get()); ++i) {
-    const VariantHandle entry(g_variant_get_child_value(names.get(), i));
-    if (name == g_variant_get_string(entry.get(), nullptr)) {
-      return true;
-    }
-  }
-  return false;
+      G_VARIANT_TYPE("(as)"), G_DBUS_CALL_FLAGS_NONE, call_time_out(deadline), nullptr, nullptr));
+  const auto names = reply ? texts_in(reply.get(), 0) : std::vector<std::string>();
+  return std::ranges::find(names, name) != names.end();
 }
 
 }  // namespace
@@ -49,7 +36,7 @@ ApplicationLookup look_up_application(const std::string& application,
   } else {
     found.bus_trouble = session.reason();
   }
-  const EntryHandle entry(g_desktop_app_info_new((application + ".desktop").c_str()));
+  const EntryHandle entry = find_entry(application);
   found.has_entry = entry != nullptr;
   found.is_entry_broken = !entry && entry_exists(application);
   return found;
@@ -62,7 +49,7 @@ std::string handler_of_scheme(const std::string& scheme) {
 }
 
 bool set_handler_of_scheme(const std::string& application, const std::string& scheme) {
-  const EntryHandle entry(g_desktop_app_info_new((application + ".desktop").c_str()));
+  const EntryHandle entry = find_entry(application);
   const std::string type = "x-scheme-handler/" + scheme;
   return entry && g_app_info_set_as_default_for_type(G_APP_INFO(entry.get()), type.c_str(),
                                                      nullptr) != FALSE;

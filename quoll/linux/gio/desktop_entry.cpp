@@ -38,7 +38,7 @@ void pass_token(GAppLaunchContext* context, const char* variable, const std::str
 
 }  // namespace
 
-Failure start_program(GDesktopAppInfo* entry, const ProgramStart& start, pid_t* process) {
+FailureReason start_program(GDesktopAppInfo* entry, const ProgramStart& start, pid_t* process) {
   const EntryHandle program = startable(entry, start.arguments);
   if (!program) {
     return std::string("the entry ") + g_app_info_get_id(G_APP_INFO(entry)) + " cannot be used";
@@ -75,6 +75,10 @@ Failure start_program(GDesktopAppInfo* entry, const ProgramStart& start, pid_t* 
   }
   return std::string(g_app_info_get_name(G_APP_INFO(entry))) +
          " could not be started: " + error.message();
+}
+
+EntryHandle find_entry(const std::string& application) {
+  return EntryHandle(g_desktop_app_info_new((application + ".desktop").c_str()));
 }
 
 bool entry_exists(const std::string& application) {

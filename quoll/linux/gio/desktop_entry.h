@@ -14,6 +14,9 @@ namespace quoll::gio {
 
 using EntryHandle = ObjectHandle<GDesktopAppInfo>;
 
+/// The entry `<application>.desktop`; null when there is none that can be used.
+[[nodiscard]] EntryHandle find_entry(const std::string& application);
+
 /// What a desktop entry's program is started with.
 struct ProgramStart {
   std::vector<std::string> uris;  ///< replace the field codes of the entry's `Exec` line
@@ -31,8 +34,8 @@ struct ProgramStart {
 ///
 /// With `process`, it receives the process identifier, and the caller waits for the program; 0 when
 /// there is none to wait for.
-[[nodiscard]] Failure start_program(GDesktopAppInfo* entry, const ProgramStart& start,
-                                    pid_t* process = nullptr);
+[[nodiscard]] FailureReason start_program(GDesktopAppInfo* entry, const ProgramStart& start,
+                                          pid_t* process = nullptr);
 
 /// True when a data folder has `<application>.desktop`, whether it can be used or not.
 [[nodiscard]] bool entry_exists(const std::string& application);

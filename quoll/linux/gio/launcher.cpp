@@ -45,7 +45,7 @@ class Launcher final : public platform::NSWorkspace {
     for (const auto& url : urls) {
       request.urls.push_back(url ? url->absoluteString() : std::string());
     }
-    const Failure failure = ask(request);
+    const FailureReason failure = ask(request);
     if (failure) {
       platform::log_reason("openURLs",
                            foundation::quoll_error(foundation::kNotOpenedError, *failure));
@@ -54,7 +54,7 @@ class Launcher final : public platform::NSWorkspace {
   }
 
  private:
-  Failure ask(const OpenRequest& request) {
+  FailureReason ask(const OpenRequest& request) {
     if (auto failure = refusal(request)) {
       return failure;
     }
@@ -69,7 +69,7 @@ class Launcher final : public platform::NSWorkspace {
     if (!answer || answer->size() != 2) {
       return "the launcher has ended";
     }
-    return answer->front() == kTaken ? Failure() : answer->back();
+    return answer->front() == kTaken ? FailureReason() : answer->back();
   }
 
   std::mutex mutex_;
@@ -79,7 +79,7 @@ class Launcher final : public platform::NSWorkspace {
 
 // Gives up the terminal, pipes and files of the program, so that nobody who waits for the end of
 // one of them waits for the launcher. Standard error is kept for messages of libraries.
-void leave_the_program(int socket) {
+void detach_from_program(int socket) {
   setsid();  // Ctrl-C in the terminal must end neither the launcher nor the application
   for (const int number : {SIGCHLD, SIGPIPE, SIGINT, SIGTERM, SIGHUP}) {
     std::signal(number, SIG_DFL);
@@ -123,7 +123,7 @@ void wait_for_input(int socket) {
 }
 
 // Checked in this process too: an attacker may have taken over the program that asks.
-Failure not_openable(const OpenRequest& request, const Openable& openable) {
+FailureReason not_openable(const OpenRequest& request, const Openable& openable) {
   if (!request.application.starts_with(openable.applications)) {
     return "\"" + request.application + "\" is not the mail application";
   }
@@ -132,12 +132,12 @@ Failure not_openable(const OpenRequest& request, const Openable& openable) {
   if (!all_known) {
     return "a URL does not begin with " + openable.urls;
   }
-  return openable.times == 0 ? Failure("it has been asked too often") : std::nullopt;
+  return openable.times == 0 ? FailureReason("it has been asked too often") : std::nullopt;
 }
 
 [[noreturn]] void serve(int socket, ActivationTokens tokens, Openable openable,
                         std::chrono::milliseconds time_out) {
-  leave_the_program(socket);
+  detach_from_program(socket);
   load_no_modules();
   Opener opener(std::move(tokens), time_out);
   for (;;) {
@@ -147,7 +147,7 @@ Failure not_openable(const OpenRequest& request, const Openable& openable) {
     if (!request) {
       break;
     }
-    Failure failure = not_openable(*request, openable);
+    FailureReason failure = not_openable(*request, openable);
     if (!failure) {
       --openable.times;
       failure = opener.open(*request);

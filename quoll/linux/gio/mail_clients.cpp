@@ -149,14 +149,14 @@ ChosenMailClient chosen_mail_client() {
   return chosen;
 }
 
-Failure set_mail_client(const std::string& id) {
+FailureReason set_mail_client(const std::string& id) {
   const std::string file = setting_file();
   const auto because = [&](const std::string& reason) {
     return "the setting " + file + " cannot be written: " + reason;
   };
   if (id.empty()) {
     const bool is_gone = std::remove(file.c_str()) == 0 || errno == ENOENT;
-    return is_gone ? Failure() : because(std::strerror(errno));
+    return is_gone ? FailureReason() : because(std::strerror(errno));
   }
   constexpr int kForTheUserAlone = 0700;
   constexpr int kFileForTheUserAlone = 0600;
@@ -170,7 +170,7 @@ Failure set_mail_client(const std::string& id) {
       g_file_set_contents_full(file.c_str(), line.data(), static_cast<gssize>(line.size()),
                                G_FILE_SET_CONTENTS_CONSISTENT, kFileForTheUserAlone,
                                error.out()) != FALSE;
-  return is_kept ? Failure() : because(error.message());
+  return is_kept ? FailureReason() : because(error.message());
 }
 
 }  // namespace quoll::gio

@@ -56,6 +56,6 @@ struct ChosenMailClient {
 
 /// Writes a client's identifier to the setting, `<config>/quoll-compose/mail-client`. An empty one
 /// removes the setting, and the desktop's default is used again.
-[[nodiscard]] Failure set_mail_client(const std::string& id);
+[[nodiscard]] FailureReason set_mail_client(const std::string& id);
 
 }  // namespace quoll::gio

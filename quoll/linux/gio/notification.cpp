@@ -37,12 +37,9 @@ bool show_notification(const std::string& summary, const std::string& body,
   if (bus == nullptr) {
     return false;
   }
-  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-      deadline - std::chrono::steady_clock::now());
   const VariantHandle reply(g_dbus_connection_call_sync(
       bus, kName, kPath, kName, "Notify", parameters(summary, body), nullptr,
-      G_DBUS_CALL_FLAGS_NONE, static_cast<int>(std::max<std::int64_t>(left.count(), 1)), nullptr,
-      nullptr));
+      G_DBUS_CALL_FLAGS_NONE, call_time_out(deadline), nullptr, nullptr));
   return reply != nullptr;
 }
 

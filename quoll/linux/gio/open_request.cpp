@@ -34,7 +34,7 @@ std::optional<OpenRequest> OpenRequest::from_fields(std::vector<std::string> fie
       .urls = {std::make_move_iterator(fields.begin() + 2), std::make_move_iterator(fields.end())}};
 }
 
-Failure refusal(const OpenRequest& request) {
+FailureReason refusal(const OpenRequest& request) {
   if (request.urls.empty()) {
     return "there is nothing to open";
   }

@@ -18,11 +18,11 @@ struct OpenRequest {
 };
 
 /// Why a request failed, in words for people; none when the application has taken the URLs.
-using Failure = std::optional<std::string>;
+using FailureReason = std::optional<std::string>;
 
 /// Why a request cannot be opened in any way: it has no URL; a URL is empty, not UTF-8 or holds a
 /// zero byte, which the bus or a command line would silently change; or it is too long for a bus
 /// message. None when it can be tried.
-[[nodiscard]] Failure refusal(const OpenRequest& request);
+[[nodiscard]] FailureReason refusal(const OpenRequest& request);
 
 }  // namespace quoll::gio

@@ -70,7 +70,7 @@ std::string object_path(const std::string& application) {
 Opener::Opener(ActivationTokens tokens, milliseconds time_out)
     : tokens_(std::move(tokens)), time_out_(time_out) {}
 
-Failure Opener::open(const OpenRequest& request) {
+FailureReason Opener::open(const OpenRequest& request) {
   if (auto failure = refusal(request)) {
     return failure;
   }
@@ -82,37 +82,16 @@ Failure Opener::open(const OpenRequest& request) {
   if (connection == nullptr) {
     return open_by_entry(request, "there is no session bus: " + bus_.reason());
   }
-  std::string reason;
-  switch (open_by_bus(connection, request, deadline, reason)) {
-    case BusAnswer::kTaken:
-      return std::nullopt;
-    case BusAnswer::kFailed:
-      return reason;
-    case BusAnswer::kNobodyThere:
-      break;
-  }
-  return open_by_entry(request, {});
-}
-
-Opener::BusAnswer Opener::open_by_bus(GDBusConnection* connection, const OpenRequest& request,
-                                      std::chrono::steady_clock::time_point deadline,
-                                      std::string& reason) const {
-  const auto left =
-      std::chrono::duration_cast<milliseconds>(deadline - std::chrono::steady_clock::now());
   ErrorSlot error;
   const VariantHandle reply(g_dbus_connection_call_sync(
       connection, request.application.c_str(), object_path(request.application).c_str(),
       "org.freedesktop.Application", "Open", open_parameters(request, tokens_), nullptr,
-      G_DBUS_CALL_FLAGS_NONE, static_cast<int>(std::max<std::int64_t>(left.count(), 1)), nullptr,
-      error.out()));
+      G_DBUS_CALL_FLAGS_NONE, call_time_out(deadline), nullptr, error.out()));
   if (reply) {
-    return BusAnswer::kTaken;
+    return std::nullopt;
   }
-  if (says_nobody_there(error)) {
-    return BusAnswer::kNobodyThere;
-  }
-  reason = in_words(error, request.application);
-  return BusAnswer::kFailed;
+  return says_nobody_there(error) ? open_by_entry(request, {})
+                                  : in_words(error, request.application);
 }
 
 std::string Opener::in_words(const ErrorSlot& error, const std::string& application) const {
@@ -134,8 +113,8 @@ std::string Opener::in_words(const ErrorSlot& error, const std::string& applicat
                 : application + " could not be asked: " + error.message();
 }
 
-Failure Opener::open_by_entry(const OpenRequest& request, const std::string& bus_reason) {
-  const EntryHandle entry(g_desktop_app_info_new((request.application + ".desktop").c_str()));
+FailureReason Opener::open_by_entry(const OpenRequest& request, const std::string& bus_reason) {
+  const EntryHandle entry = find_entry(request.application);
   if (!entry) {
     const std::string why = bus_reason.empty() ? "" : " (" + bus_reason + ")";
     if (entry_exists(request.application)) {

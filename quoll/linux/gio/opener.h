@@ -21,14 +21,11 @@ class Opener {
 
   /// Gives the URLs to the application over the bus, which starts it if need be, and waits for its
   /// answer. When the bus does not know it, runs the `Exec` line of `<application>.desktop`.
-  [[nodiscard]] Failure open(const OpenRequest& request);
+  [[nodiscard]] FailureReason open(const OpenRequest& request);
 
  private:
-  enum class BusAnswer { kTaken, kFailed, kNobodyThere };
-
-  BusAnswer open_by_bus(GDBusConnection* connection, const OpenRequest& request,
-                        std::chrono::steady_clock::time_point deadline, std::string& reason) const;
-  [[nodiscard]] Failure open_by_entry(const OpenRequest& request, const std::string& bus_reason);
+  [[nodiscard]] FailureReason open_by_entry(const OpenRequest& request,
+                                            const std::string& bus_reason);
   [[nodiscard]] std::string in_words(const ErrorSlot& error, const std::string& application) const;
 
   ActivationTokens tokens_;

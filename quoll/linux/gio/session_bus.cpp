@@ -1,5 +1,8 @@
 #include "quoll/linux/gio/session_bus.h"
 
+#include <algorithm>
+#include <cstdint>
+
 namespace quoll::gio {
 
 SessionBus::SessionBus() {
@@ -24,6 +27,22 @@ GDBusConnection* SessionBus::connection(std::chrono::steady_clock::time_point de
     reason_ = "it does not answer";
   }
   return connection_.get();
+}
+
+int call_time_out(std::chrono::steady_clock::time_point deadline) {
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+      deadline - std::chrono::steady_clock::now());
+  return static_cast<int>(std::max<std::int64_t>(left.count(), 1));
+}
+
+std::vector<std::string> texts_in(GVariant* parameters, gsize position) {
+  const VariantHandle list(g_variant_get_child_value(parameters, position));
+  std::vector<std::string> texts;
+  for (gsize at = 0; at < g_variant_n_children(list.get()); ++at) {
+    const VariantHandle text(g_variant_get_child_value(list.get(), at));
+    texts.emplace_back(g_variant_get_string(text.get(), nullptr));
+  }
+  return texts;
 }
 
 }  // namespace quoll::gio

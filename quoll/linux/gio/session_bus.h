@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <string>
+#include <vector>
 
 #include "quoll/linux/gio/handles.h"
 
@@ -19,7 +20,7 @@ class SessionBus {
   /// The connection, waited for until `deadline`; null when there is none, and then `reason` says
   /// why.
   [[nodiscard]] GDBusConnection* connection(std::chrono::steady_clock::time_point deadline);
-  [[nodiscard]] const std::string& reason() const { return reason_; }
+  [[nodiscard]] std::string reason() const { return reason_; }
 
  private:
   static void connected(GObject* source, GAsyncResult* result, gpointer self);
@@ -28,6 +29,12 @@ class SessionBus {
   ObjectHandle<GDBusConnection> connection_;
   std::string reason_;
 };
+
+/// The time-out of a bus call that has to end by then, in milliseconds; never less than 1.
+[[nodiscard]] int call_time_out(std::chrono::steady_clock::time_point deadline);
+
+/// The list of texts at a position of a message's parameters.
+[[nodiscard]] std::vector<std::string> texts_in(GVariant* parameters, gsize position);
 
 /// Runs the default main context until `done` answers true or `deadline` has passed.
 template <typename Done>

@@ -14,6 +14,7 @@
 #include "quoll/container/layout.h"
 #include "quoll/foundation/path.h"
 #include "quoll/foundation/percent.h"
+#include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/group_containers.h"
 #include "quoll/linux/posix/paths.h"
 #include "quoll/linux/posix/system_call.h"
@@ -34,7 +35,7 @@ class Access {
     const std::string path =
         foundation::appending_path_component(location.container, container::layout::locks);
     ::mkdir(path.c_str(), S_IRWXU);
-    const UniqueFd folder(::open(path.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const UniqueFd folder = open_file(path, O_PATH | O_DIRECTORY | O_NOFOLLOW);
     if (!folder) {
       return errno;
     }
@@ -51,10 +52,7 @@ class Access {
   int lock(int folder, std::string_view inside, int how) {
     const std::string name = lock_file_name(inside);
     // Open for writing too: network file systems grant an exclusive lock only then.
-    UniqueFd file(uninterrupted([&] {
-      return ::openat(folder, name.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC,
-                      S_IRUSR | S_IWUSR);
-    }));
+    UniqueFd file = open_file_at(folder, name, O_RDWR | O_CREAT | O_NOFOLLOW, S_IRUSR | S_IWUSR);
     if (!file || uninterrupted([&] { return ::flock(file.get(), how); }) != 0) {
       return errno;
     }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "quoll/foundation/path.h"
+#include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/file_contents.h"
 #include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/paths.h"
@@ -22,22 +23,27 @@ namespace quoll::posix {
 namespace {
 
 /// Opening for reading never waits, neither for the other end of a pipe nor for a terminal.
-constexpr int kSourceFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+constexpr int kSourceFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY;
 
-Failure refused(std::string_view path, std::string_view why) {
+/// What it means that writing ended with this `errno` value; 0 is success.
+Outcome writing_ended(int number) {
+  return number == 0 ? Outcome() : FileFailure{number, true};
+}
+
+FileFailure refused(std::string_view path, std::string_view why) {
   std::string text = "“";
   text.append(foundation::last_path_component(path)).append("” couldn’t be copied ").append(why);
   return {EINVAL, false, text};
 }
 
-Failure neither_file_nor_folder(std::string_view path) {
+FileFailure neither_file_nor_folder(std::string_view path) {
   return refused(path, "because it is neither a file nor a folder.");
 }
 
 Outcome fill_file(int from, int to) {
   struct stat status {};
   if (::fstat(from, &status) != 0) {
-    return Failure{errno, false};
+    return FileFailure{errno, false};
   }
   if (auto failure = copy_contents(from, to)) {
     return failure;
@@ -46,28 +52,22 @@ Outcome fill_file(int from, int to) {
   // No fsync: who reads the copy next runs on this machine and sees what is in memory; waiting for
   // the disk would make every share as slow as the disk. After a power cut the share is gone
   // anyway.
-  if (const int number = late_write_error(to)) {
-    return Failure{number, true};
-  }
-  return std::nullopt;
+  return writing_ended(late_write_error(to));
 }
 
 Outcome copy_inner_file(int from_folder, int to_folder, const std::string& name) {
-  const UniqueFd from(uninterrupted(
-      [&] { return ::openat(from_folder, name.c_str(), kSourceFlags | O_NOFOLLOW); }));
+  const UniqueFd from = open_file_at(from_folder, name, kSourceFlags | O_NOFOLLOW);
   struct stat status {};
   if (!from || ::fstat(from.get(), &status) != 0) {
-    return Failure{errno, false};
+    return FileFailure{errno, false};
   }
   if (!S_ISREG(status.st_mode)) {
     return neither_file_nor_folder(name);
   }
-  const UniqueFd to(uninterrupted([&] {
-    return ::openat(to_folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                    S_IRUSR | S_IWUSR);
-  }));
+  const UniqueFd to =
+      open_file_at(to_folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, S_IRUSR | S_IWUSR);
   if (!to) {
-    return Failure{errno, true};
+    return FileFailure{errno, true};
   }
   return fill_file(from.get(), to.get());
 }
@@ -76,10 +76,10 @@ Outcome copy_link(int from_folder, const struct stat& status, int to_folder,
                   const std::string& name) {
   std::array<char, PATH_MAX + 1> target{};
   if (::readlinkat(from_folder, name.c_str(), target.data(), target.size() - 1) < 0) {
-    return Failure{errno, false};
+    return FileFailure{errno, false};
   }
   if (::symlinkat(target.data(), to_folder, name.c_str()) != 0) {
-    return Failure{errno, true};
+    return FileFailure{errno, true};
   }
   const std::array times{status.st_atim, status.st_mtim};
   ::utimensat(to_folder, name.c_str(), times.data(), AT_SYMLINK_NOFOLLOW);
@@ -123,16 +123,16 @@ class TreeCopy {
  private:
   Outcome enter(const std::string& name) {
     if (const int number = source_.enter(name)) {
-      return Failure{number, false};
+      return FileFailure{number, false};
     }
     if (source_.identity() == built_) {
       return refused(name, "into itself.");
     }
     if (::mkdirat(destination_.fd(), name.c_str(), S_IRWXU) != 0) {
-      return Failure{errno, true};
+      return FileFailure{errno, true};
     }
     if (const int number = destination_.enter(name)) {
-      return Failure{number, true};
+      return FileFailure{number, true};
     }
     return copy_files();
   }
@@ -141,10 +141,10 @@ class TreeCopy {
     UniqueFd from;
     UniqueFd to;
     if (const int number = source_.leave(from)) {
-      return Failure{number, false};
+      return FileFailure{number, false};
     }
     if (const int number = destination_.leave(to)) {
-      return Failure{number, true};
+      return FileFailure{number, true};
     }
     // Only now: its files changed its times, and its mode may forbid to change it.
     struct stat status {};
@@ -158,13 +158,13 @@ class TreeCopy {
   Outcome copy_files() {
     std::vector<std::string> names;
     if (const int number = list_folder(source_.fd(), names)) {
-      return Failure{number, false};
+      return FileFailure{number, false};
     }
     std::vector<std::string> folders;
     for (std::string& name : names) {
       struct stat status {};
       if (::fstatat(source_.fd(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        return Failure{errno, false};
+        return FileFailure{errno, false};
       }
       Outcome failure;
       if (S_ISDIR(status.st_mode)) {
@@ -200,14 +200,14 @@ struct Destination {
 
 /// True when the folder is `above` or lies inside it, by whatever links it was reached.
 bool lies_inside(int folder, const FileIdentity& above) {
-  constexpr int kFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
-  UniqueFd here(::openat(folder, ".", kFlags));
+  constexpr int kFlags = O_PATH | O_DIRECTORY;
+  UniqueFd here = open_file_at(folder, ".", kFlags);
   while (here) {
     const FileIdentity identity = identity_of(here.get());
     if (identity == above) {
       return true;
     }
-    UniqueFd parent(::openat(here.get(), "..", kFlags));
+    UniqueFd parent = open_file_at(here.get(), "..", kFlags);
     if (parent && identity_of(parent.get()) == identity) {
       return false;  // the root
     }
@@ -219,29 +219,29 @@ bool lies_inside(int folder, const FileIdentity& above) {
 Outcome copy_folder(UniqueFd from, const std::string& source, const Destination& to) {
   struct stat status {};
   if (::fstat(from.get(), &status) != 0) {
-    return Failure{errno, false};
+    return FileFailure{errno, false};
   }
   if (lies_inside(to.folder.get(), identity_of(from.get()))) {
     return refused(source, "into itself.");
   }
   BuildingFolder building = open_building_folder(to.path, to.folder.get());
   if (!building.fd) {
-    return Failure{errno, true};
+    return FileFailure{errno, true};
   }
   TemporaryItem item(std::move(building));
   if (const int number = item.make_folder()) {
-    return Failure{number, true};
+    return FileFailure{number, true};
   }
   UniqueFd top(::fcntl(item.fd(), F_DUPFD_CLOEXEC, 0));
   if (!top) {
-    return Failure{errno, true};
+    return FileFailure{errno, true};
   }
   TreeCopy copy(std::move(from), std::move(top));
   if (auto failure = copy.run()) {
     return failure;
   }
   if (const int number = item.place(to.folder.get(), to.name)) {
-    return Failure{number, true};
+    return FileFailure{number, true};
   }
   // After it has moved: a folder that must not be written cannot be moved to another one.
   keep_attributes(copy.source(), status, item.fd());
@@ -251,25 +251,21 @@ Outcome copy_folder(UniqueFd from, const std::string& source, const Destination&
 Outcome copy_under_hidden_name(int from, const Destination& to) {
   BuildingFolder building = open_building_folder(to.path, to.folder.get());
   if (!building.fd) {
-    return Failure{errno, true};
+    return FileFailure{errno, true};
   }
   TemporaryItem item(std::move(building));
   if (const int number = item.make_file(S_IRUSR | S_IWUSR)) {
-    return Failure{number, true};
+    return FileFailure{number, true};
   }
   if (auto failure = fill_file(from, item.fd())) {
     return failure;
   }
-  if (const int number = item.place(to.folder.get(), to.name)) {
-    return Failure{number, true};
-  }
-  return std::nullopt;
+  return writing_ended(item.place(to.folder.get(), to.name));
 }
 
 Outcome copy_file(int from, const Destination& to) {
-  const UniqueFd unnamed(uninterrupted([&] {
-    return ::openat(to.folder.get(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
-  }));
+  const UniqueFd unnamed =
+      open_file_at(to.folder.get(), ".", O_TMPFILE | O_WRONLY, S_IRUSR | S_IWUSR);
   if (unnamed) {
     if (auto failure = fill_file(from, unnamed.get())) {
       return failure;
@@ -280,7 +276,7 @@ Outcome copy_file(int from, const Destination& to) {
       return std::nullopt;
     }
     if (errno == EEXIST) {
-      return Failure{EEXIST, true};
+      return FileFailure{EEXIST, true};
     }
   }
   // No unnamed files here, or none that can be named (without /proc): whatever is really wrong with
@@ -292,12 +288,12 @@ Outcome open_source(const std::string& path, UniqueFd& from, bool& is_folder) {
   // Looked at before it is opened, since opening a device may do something to it.
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) {
-    return Failure{errno, false};
+    return FileFailure{errno, false};
   }
   if (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)) {
-    from = UniqueFd(uninterrupted([&] { return ::open(path.c_str(), kSourceFlags); }));
+    from = open_file(path, kSourceFlags);
     if (!from || ::fstat(from.get(), &status) != 0) {
-      return Failure{errno, false};
+      return FileFailure{errno, false};
     }
   }
   is_folder = S_ISDIR(status.st_mode);
@@ -308,18 +304,17 @@ Outcome open_destination(const std::string& path, Destination& to) {
   ParentAndName entry = parent_and_name(path);
   to.path = path;
   to.name = std::move(entry.name);
-  to.folder = UniqueFd(uninterrupted(
-      [&] { return ::open(entry.parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+  to.folder = open_file(entry.parent, O_PATH | O_DIRECTORY);
   if (!to.folder) {
-    return Failure{errno, true};
+    return FileFailure{errno, true};
   }
   // Told before a large file is copied in vain; the name is taken exclusively all the same.
   struct stat status {};
   if (to.name.empty() ||
       ::fstatat(to.folder.get(), to.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
-    return Failure{EEXIST, true};
+    return FileFailure{EEXIST, true};
   }
-  return errno == ENOENT ? Outcome() : Failure{errno, true};
+  return errno == ENOENT ? Outcome() : FileFailure{errno, true};
 }
 
 }  // namespace

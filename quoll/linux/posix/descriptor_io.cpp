@@ -18,6 +18,46 @@ namespace quoll::posix {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
+namespace {
+
+template <typename Buffer>
+bool read_into(int descriptor, Buffer& text, std::size_t enough, bool& ended,
+               std::optional<milliseconds> read_timeout, steady_clock::time_point deadline) {
+  constexpr std::size_t kSmallestRead = std::size_t{1} << 16;
+  constexpr std::size_t kLargestRead = std::size_t{1} << 20;
+  ended = false;
+  while (!ended && text.size() < enough) {
+    if (read_timeout &&
+        !wait_until_readable(descriptor, std::min(steady_clock::now() + *read_timeout, deadline))) {
+      return false;
+    }
+    const std::size_t before = text.size();
+    const std::size_t room = std::clamp(text.capacity() - before, kSmallestRead, kLargestRead);
+    text.resize(before + std::min(room, enough - before));
+    const ssize_t got =
+        uninterrupted([&] { return read(descriptor, text.data() + before, text.size() - before); });
+    const int number = errno;
+    text.resize(before + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+    if (got < 0 && !(read_timeout && number == EAGAIN)) {
+      errno = number;
+      return false;
+    }
+    ended = got == 0;
+  }
+  return true;
+}
+
+}  // namespace
+
+UniqueFd open_file(const std::string& path, int flags, mode_t mode) {
+  return open_file_at(AT_FDCWD, path, flags, mode);
+}
+
+UniqueFd open_file_at(int folder, const std::string& name, int flags, mode_t mode) {
+  return UniqueFd(
+      uninterrupted([&] { return ::openat(folder, name.c_str(), flags | O_CLOEXEC, mode); }));
+}
+
 bool wait_until_readable(int descriptor, steady_clock::time_point deadline) {
   pollfd waiting{descriptor, POLLIN, 0};
   const int ready = uninterrupted([&] {
@@ -51,26 +91,11 @@ bool write_all(int descriptor, std::span<const unsigned char> bytes) {
 
 bool read_until(int descriptor, std::string& text, std::size_t enough, bool& ended,
                 std::optional<milliseconds> read_timeout, steady_clock::time_point deadline) {
-  constexpr std::size_t kLargestRead = std::size_t{1} << 20;
-  ended = false;
-  while (!ended && text.size() < enough) {
-    if (read_timeout &&
-        !wait_until_readable(descriptor, std::min(steady_clock::now() + *read_timeout, deadline))) {
-      return false;
-    }
-    const std::size_t before = text.size();
-    text.resize(before + std::min(kLargestRead, enough - before));
-    const ssize_t got =
-        uninterrupted([&] { return read(descriptor, text.data() + before, text.size() - before); });
-    const int number = errno;
-    text.resize(before + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
-    if (got < 0 && !(read_timeout && number == EAGAIN)) {
-      errno = number;
-      return false;
-    }
-    ended = got == 0;
-  }
-  return true;
+  return read_into(descriptor, text, enough, ended, read_timeout, deadline);
+}
+
+bool read_until(int descriptor, foundation::Bytes& bytes, std::size_t enough, bool& ended) {
+  return read_into(descriptor, bytes, enough, ended, std::nullopt, steady_clock::time_point::max());
 }
 
 UniqueFd above_standard_streams(UniqueFd descriptor) {

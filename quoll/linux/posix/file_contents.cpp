@@ -13,8 +13,6 @@
 #include <string>
 #include <string_view>
 
-#include "quoll/linux/posix/unique_fd.h"
-
 namespace quoll::posix {
 
 namespace {
@@ -54,14 +52,14 @@ Outcome copy_range(int from, int to, off_t position, off_t end) {
         std::min(static_cast<std::size_t>(end - position), static_cast<std::size_t>(kChunk));
     const ssize_t got = uninterrupted([&] { return ::pread(from, buffer.get(), size, position); });
     if (got < 0) {
-      return Failure{errno, false};
+      return FileFailure{errno, false};
     }
     if (got == 0) {
       break;
     }
     if (const int number =
             write_all_at(to, buffer.get(), static_cast<std::size_t>(got), position)) {
-      return Failure{number, true};
+      return FileFailure{number, true};
     }
     position += got;
   }
@@ -73,14 +71,14 @@ Outcome copy_around_holes(int from, int to) {
   while (true) {
     struct stat status {};
     if (::fstat(from, &status) != 0) {
-      return Failure{errno, false};
+      return FileFailure{errno, false};
     }
     const off_t data = ::lseek(from, position, SEEK_DATA);
     const off_t hole = data < 0 ? -1 : ::lseek(from, data, SEEK_HOLE);
     if (hole <= data) {
       // Nothing but a hole up to the size that the file had before this was asked.
       if (::ftruncate(to, status.st_size) != 0) {
-        return Failure{errno, true};
+        return FileFailure{errno, true};
       }
       return std::nullopt;
     }
@@ -122,7 +120,7 @@ Outcome copy_contents(int from, int to) {
   }
   struct stat status {};
   if (::fstat(from, &status) != 0) {
-    return Failure{errno, false};
+    return FileFailure{errno, false};
   }
   if (status.st_size == 0) {
     return copy_range(from, to, 0, std::numeric_limits<off_t>::max());

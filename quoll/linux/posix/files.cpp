@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <string>
@@ -32,7 +31,7 @@ using foundation::NSURL;
 constexpr off_t kLargestRead = off_t{1} << 30;
 constexpr mode_t kFileMode = 0666;  // less what the user's umask takes away
 
-Error error_of(const Failure& failure, std::string_view path) {
+Error error_of(const FileFailure& failure, std::string_view path) {
   Error error = foundation::file_error(failure.number, path, failure.writing);
   if (!failure.text.empty()) {
     error.text = failure.text;
@@ -74,8 +73,7 @@ int make_folders(const std::string& path, mode_t mode) {
 }
 
 UniqueFd open_parent(const ParentAndName& entry) {
-  return UniqueFd(uninterrupted(
-      [&] { return ::open(entry.parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+  return open_file(entry.parent, O_PATH | O_DIRECTORY);
 }
 
 /// Writes all of it; answers 0 or an `errno` value.
@@ -102,10 +100,8 @@ int replace_file(const Bytes& data, const std::string& path) {
 }
 
 int write_file(const Bytes& data, const std::string& path) {
-  const UniqueFd file(uninterrupted([&] {
-    return ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
-                  kFileMode);
-  }));
+  const UniqueFd file =
+      open_file(path, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_NOCTTY, kFileMode);
   if (!file) {
     return errno;
   }
@@ -113,35 +109,24 @@ int write_file(const Bytes& data, const std::string& path) {
 }
 
 Outcome read_file(const std::string& path, Bytes& data) {
-  const UniqueFd file(uninterrupted(
-      [&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
+  const UniqueFd file = open_file(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
   struct stat status {};
   if (!file || ::fstat(file.get(), &status) != 0) {
-    return Failure{errno, false};
+    return FileFailure{errno, false};
   }
   if (!S_ISREG(status.st_mode)) {
-    return Failure{S_ISDIR(status.st_mode) ? EISDIR : EINVAL, false};
+    return FileFailure{S_ISDIR(status.st_mode) ? EISDIR : EINVAL, false};
+  }
+  if (status.st_size > kLargestRead) {
+    return FileFailure{EFBIG, false};
   }
   // Files of /proc claim to be empty, and a file may grow: it is read until it ends.
-  constexpr off_t kPiece = 1 << 16;
-  std::size_t size = 0;
-  while (status.st_size <= kLargestRead && size <= static_cast<std::size_t>(kLargestRead)) {
-    if (size == data.size()) {
-      data.resize(std::max(size * 2, static_cast<std::size_t>(
-                                         size == 0 ? std::max(status.st_size + 1, kPiece) : 0)));
-    }
-    const ssize_t got =
-        uninterrupted([&] { return ::read(file.get(), data.data() + size, data.size() - size); });
-    if (got < 0) {
-      return Failure{errno, false};
-    }
-    size += static_cast<std::size_t>(got);
-    if (got == 0) {
-      data.resize(size);
-      return std::nullopt;
-    }
+  data.reserve(static_cast<std::size_t>(status.st_size) + 1);
+  bool ended = false;
+  if (!read_until(file.get(), data, static_cast<std::size_t>(kLargestRead) + 1, ended)) {
+    return FileFailure{errno, false};
   }
-  return Failure{EFBIG, false};
+  return ended ? Outcome() : FileFailure{EFBIG, false};
 }
 
 class PosixFiles final : public platform::NSFileManager {
@@ -188,9 +173,7 @@ class PosixFiles final : public platform::NSFileManager {
     if (!is_usable_path(path)) {
       return std::nullopt;
     }
-    const std::string name(path);
-    const UniqueFd folder(
-        uninterrupted([&] { return ::open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    const UniqueFd folder = open_file(std::string(path), O_RDONLY | O_DIRECTORY);
     std::vector<std::string> names;
     if (!folder || list_folder(folder.get(), names) != 0) {
       return std::nullopt;
@@ -202,7 +185,7 @@ class PosixFiles final : public platform::NSFileManager {
     platform::FileContents contents;
     const Outcome failure = is_usable_path(path)
                                 ? read_file(std::string(path), std::get<Bytes>(contents))
-                                : Outcome(Failure{ENOENT, false});
+                                : Outcome(FileFailure{ENOENT, false});
     if (failure) {
       Error& error = contents.emplace<Error>(error_of(*failure, path));
       if (failure->number == EFBIG) {
@@ -243,10 +226,10 @@ class PosixFiles final : public platform::NSFileManager {
 
   Outcome copy(std::string_view source, std::string_view destination) {
     if (!is_usable_path(source)) {
-      return Failure{ENOENT, false};
+      return FileFailure{ENOENT, false};
     }
     if (!is_usable_path(destination)) {
-      return Failure{ENOENT, true};
+      return FileFailure{ENOENT, true};
     }
     if (destination.starts_with('/')) {
       return copy_item(std::string(source), std::string(destination));

@@ -9,18 +9,13 @@
 #include <string_view>
 #include <utility>
 
-#include "quoll/linux/posix/system_call.h"
+#include "quoll/linux/posix/descriptor_io.h"
 
 namespace quoll::posix {
 
-namespace {
-
-UniqueFd open_folder(int parent, const char* name) {
-  return UniqueFd(uninterrupted(
-      [&] { return ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
+UniqueFd open_folder(int parent, const std::string& name) {
+  return open_file_at(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
 }
-
-}  // namespace
 
 FileIdentity identity_of(int fd) {
   struct stat status {};
@@ -55,7 +50,7 @@ FolderCursor::FolderCursor(UniqueFd folder)
     : folder_(std::move(folder)), here_(identity_of(folder_.get())) {}
 
 int FolderCursor::enter(const std::string& name) {
-  UniqueFd folder = open_folder(folder_.get(), name.c_str());
+  UniqueFd folder = open_folder(folder_.get(), name);
   if (!folder) {
     return errno;
   }

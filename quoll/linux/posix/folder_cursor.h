@@ -19,6 +19,9 @@ struct FileIdentity {
 /// The identity of an open file; all zeros when it cannot be told.
 [[nodiscard]] FileIdentity identity_of(int fd);
 
+/// Opens a folder for reading, never through a link; none with `errno` set.
+[[nodiscard]] UniqueFd open_folder(int parent, const std::string& name);
+
 /// The names in an open folder without "." and "..", in no order. Answers 0 or an `errno` value.
 [[nodiscard]] int list_folder(int folder, std::vector<std::string>& names);
 
@@ -31,7 +34,7 @@ class FolderCursor {
 
   /// The folder at which the cursor stands.
   [[nodiscard]] int fd() const { return folder_.get(); }
-  [[nodiscard]] const FileIdentity& identity() const { return here_; }
+  [[nodiscard]] FileIdentity identity() const { return here_; }
 
   /// Goes into a sub-folder. Answers 0 or an `errno` value; then the cursor stays where it is.
   [[nodiscard]] int enter(const std::string& name);

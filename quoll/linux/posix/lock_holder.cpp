@@ -10,7 +10,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "quoll/linux/posix/unique_fd.h"
+#include "quoll/linux/posix/descriptor_io.h"
 
 namespace quoll::posix {
 
@@ -34,7 +34,7 @@ std::string program_name(int process) {
 }  // namespace
 
 std::optional<LockHolder> lock_holder(const std::string& path) {
-  const UniqueFd file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+  const UniqueFd file = open_file(path, O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
   struct stat status {};
   if (!file || ::fstat(file.get(), &status) != 0 || ::flock(file.get(), LOCK_EX | LOCK_NB) == 0 ||
       errno != EWOULDBLOCK) {

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "quoll/linux/posix/folder_cursor.h"
-#include "quoll/linux/posix/system_call.h"
 #include "quoll/linux/posix/unique_fd.h"
 
 namespace quoll::posix {
@@ -101,11 +100,6 @@ class Removal {
   int first_ = 0;
 };
 
-UniqueFd open_top(int parent, const char* name) {
-  return UniqueFd(uninterrupted(
-      [&] { return ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
-}
-
 }  // namespace
 
 int remove_item(int parent, const std::string& name) {
@@ -115,10 +109,10 @@ int remove_item(int parent, const std::string& name) {
   if (errno != EISDIR) {
     return errno;
   }
-  UniqueFd top = open_top(parent, name.c_str());
+  UniqueFd top = open_folder(parent, name);
   if (!top && errno == EACCES &&
       ::fchmodat(parent, name.c_str(), S_IRWXU, AT_SYMLINK_NOFOLLOW) == 0) {
-    top = open_top(parent, name.c_str());
+    top = open_folder(parent, name);
   }
   if (!top) {
     return errno;

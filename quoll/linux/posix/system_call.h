@@ -7,7 +7,7 @@
 namespace quoll::posix {
 
 /// Why a file operation stopped.
-struct Failure {
+struct FileFailure {
   /// An `errno` value.
   int number = 0;
   /// False when it was the source that could not be read.
@@ -17,7 +17,7 @@ struct Failure {
 };
 
 /// None is success.
-using Outcome = std::optional<Failure>;
+using Outcome = std::optional<FileFailure>;
 
 /// Makes a system call again for as long as a signal interrupts it.
 template <typename Call>

@@ -13,6 +13,7 @@
 
 #include "quoll/container/layout.h"
 #include "quoll/foundation/path.h"
+#include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/group_containers.h"
 #include "quoll/linux/posix/paths.h"
@@ -26,14 +27,14 @@ namespace {
 namespace layout = container::layout;
 
 constexpr int kAttempts = 100;
-constexpr int kFolderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+constexpr int kFolderFlags = O_PATH | O_DIRECTORY;
 
-std::string incoming_path(const std::string& container) {
-  return foundation::appending_path_component(container, layout::incoming);
+std::string unfinished_path(const std::string& container) {
+  return foundation::appending_path_component(container, layout::unfinished);
 }
 
 UniqueFd open_if_folder(const std::string& path) {
-  return UniqueFd(::open(path.c_str(), kFolderFlags | O_NOFOLLOW));
+  return open_file(path, kFolderFlags | O_NOFOLLOW);
 }
 
 std::string hidden_name() {
@@ -41,7 +42,7 @@ std::string hidden_name() {
   (void)!::getrandom(&number, sizeof number, 0);  // a name that is taken is tried again
   char digits[17];
   std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(number));
-  return std::string(layout::incoming_prefix) + digits;
+  return std::string(layout::unfinished_prefix) + digits;
 }
 
 bool lock_at_once(int fd) {
@@ -64,8 +65,19 @@ UniqueFd make_entry(int folder, const std::string& name, mode_t mode, bool is_fo
     }
     flags = O_RDONLY | O_DIRECTORY;
   }
-  return UniqueFd(uninterrupted(
-      [&] { return ::openat(folder, name.c_str(), flags | O_NOFOLLOW | O_CLOEXEC, mode); }));
+  return open_file_at(folder, name, flags | O_NOFOLLOW, mode);
+}
+
+/// True when both folders lie in one mount of one file system. Within two mounts of it, as a bind
+/// mount makes, they have one device, and still nothing moves from one to the other.
+bool can_move_between(int folder, int other) {
+  const auto place = [](int fd) {
+    struct statx status {};
+    static_cast<void>(::statx(fd, "", AT_EMPTY_PATH, STATX_MNT_ID, &status));
+    return std::array<std::uint64_t, 3>{status.stx_mnt_id, status.stx_dev_major,
+                                        status.stx_dev_minor};
+  };
+  return place(folder) == place(other);
 }
 
 }  // namespace
@@ -130,7 +142,7 @@ int TemporaryItem::place_over(int folder, const std::string& name) {
 }
 
 BuildingFolder open_folder_for_building(const std::string& container) {
-  const std::string path = incoming_path(container);
+  const std::string path = unfinished_path(container);
   ::mkdir(path.c_str(), S_IRWXU);  // it may exist; what else goes wrong shows at the next step
   return {open_if_folder(path), path};
 }
@@ -138,25 +150,24 @@ BuildingFolder open_folder_for_building(const std::string& container) {
 BuildingFolder open_building_folder(const std::string& destination, int beside) {
   if (const auto location = locate_in_container(destination)) {
     BuildingFolder incoming = open_folder_for_building(location->container);
-    if (incoming.fd && identity_of(incoming.fd.get()).device == identity_of(beside).device) {
+    if (incoming.fd && can_move_between(incoming.fd.get(), beside)) {
       return incoming;
     }
   }
-  return {UniqueFd(::openat(beside, ".", kFolderFlags)), parent_and_name(destination).parent};
+  return {open_file_at(beside, ".", kFolderFlags), parent_and_name(destination).parent};
 }
 
 void sweep_temporary_items(const std::string& container) {
-  const UniqueFd folder = open_if_folder(incoming_path(container));
+  const UniqueFd folder = open_if_folder(unfinished_path(container));
   std::vector<std::string> names;
   if (folder) {
     (void)!list_folder(folder.get(), names);
   }
   for (const std::string& name : names) {
-    if (!name.starts_with(layout::incoming_prefix)) {
+    if (!name.starts_with(layout::unfinished_prefix)) {
       continue;
     }
-    const UniqueFd left(
-        ::openat(folder.get(), name.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
+    const UniqueFd left = open_file_at(folder.get(), name, O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
     if (left && lock_at_once(left.get())) {
       (void)!remove_item(folder.get(), name);
     }
