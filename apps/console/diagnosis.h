@@ -21,9 +21,9 @@ struct Finding {
 };
 
 /// Checks everything that a share needs, in the order of its way from the program to the compose
-/// window, without sharing anything. With `repair` it first repairs what it can without removing
-/// anything that is needed: the container with its mode and what killed shares have left in it, and
-/// which application opens command URLs when none does.
+/// window, without sharing anything. With `repair` it first repairs what it can: it makes the
+/// container and sets its mode, removes from it what killed shares left, and chooses the
+/// application that opens command URLs when none does.
 [[nodiscard]] std::vector<Finding> diagnose(bool repair);
 
 /// True when a share would arrive.

@@ -9,6 +9,7 @@
 
 #include "quoll/foundation/error.h"
 #include "quoll/foundation/format.h"
+#include "quoll/foundation/polymorphic.h"
 
 namespace quoll::platform {
 
@@ -18,18 +19,15 @@ struct LogEvent {
   /// turns them into escapes.
   std::string text;
   /// The failure that is told; none when there is none, or only the text knows it. Whoever has to
-  /// know what went wrong looks here and never takes the text apart.
+  /// know what went wrong looks here and never takes the text apart. Where staging fails as a
+  /// whole, this is an error of `kQuollErrorDomain` that says which step failed
+  /// (`kNotCoordinatedError`, `kNotPreparedError`); the error in the text is its `underlying`.
   std::optional<foundation::Error> error{};
 };
 
 /// The system log: one free-form line an event, without levels. Any thread may write.
-class Log {
+class Log : public foundation::Polymorphic {
  public:
-  Log() = default;
-  Log(const Log&) = delete;
-  Log& operator=(const Log&) = delete;
-  virtual ~Log() = default;
-
   /// Writes the text as one line.
   virtual void write(const LogEvent& event) = 0;
 };
