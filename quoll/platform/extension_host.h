@@ -61,7 +61,7 @@ class NSExtensionContext : public foundation::Polymorphic {
   /// `completeRequestReturningItems:completionHandler:`; the handler may be null. Here it is told
   /// at once that the request has not expired.
   virtual void completeRequestReturningItems(const Items& /*items*/,
-                                             std::function<void(bool expired)> handler) {
+                                             const std::function<void(bool expired)>& handler) {
     if (handler) {
       handler(false);
     }

@@ -76,7 +76,7 @@ class ScriptedContext final : public platform::NSExtensionContext {
 
   [[nodiscard]] Items inputItems() const override { return items_; }
   void completeRequestReturningItems(const Items& items,
-                                     std::function<void(bool)> handler) override {
+                                     const std::function<void(bool)>& handler) override {
     completed.push_back(items);
     handler_given = handler != nullptr;
   }
