@@ -87,7 +87,7 @@ struct Tags {
   void nest(std::string_view tag, std::string_view attribute = {}, std::string_view value = {}) {
     opening.append("<").append(tag);
     if (!attribute.empty()) {
-      opening.append(" ").append(attribute).append("=\"").append(attribute_value(value)) += '"';
+      add_attribute(opening, attribute, value);
     }
     opening += '>';
     closing.insert(0, std::string("</").append(tag).append(">"));

@@ -17,10 +17,6 @@ constexpr std::string_view kOpening =
     "<!DOCTYPE html>\n<html>\n<head>\n<meta charset=\"utf-8\">\n</head>\n<body>\n";
 constexpr std::string_view kClosing = "</body>\n</html>\n";
 
-void add_attribute(std::string& tag, std::string_view name, std::string_view value) {
-  tag.append(" ").append(name).append("=\"").append(attribute_value(value)) += '"';
-}
-
 /// The attribute, if it is a number that differs from `least`.
 void add_number(std::string& tag, Attributes attributes, std::string_view name, int least,
                 int most) {
@@ -139,7 +135,7 @@ void MailHtml::open(const Element& element, const Inherited& inherited, Attribut
   }
   make_room(kind);
   if (element.role == Role::kRule) {
-    close_inline();
+    tags_.close(out_);
     out_ += "<hr>\n";
     begin_line();
     return;
@@ -149,11 +145,7 @@ void MailHtml::open(const Element& element, const Inherited& inherited, Attribut
                                                                                    : element.name;
   Block block = inside(kind, tag);
   const Look look = block_look(inherited.look, block.look);
-  std::string style = style_between(block.look, look);
-  if (inherited.preserved != block.preserved) {
-    style += style.empty() ? "" : "; ";
-    style += inherited.preserved ? "white-space: pre-wrap" : "white-space: normal";
-  }
+  const std::string style = style_between(block.look, block.preserved, look, inherited.preserved);
   if (element.role == Role::kBody && style.empty()) {
     end_line();
     return;
@@ -181,7 +173,7 @@ MailHtml::Block MailHtml::inside(Kind kind, std::string_view tag) {
 }
 
 void MailHtml::push(Block block, std::string_view attributes) {
-  close_inline();
+  tags_.close(out_);
   out_.append("<").append(block.tag).append(attributes) += '>';
   if (block.tag == "pre") {
     out_ += '\n';  // the reader drops the first one
@@ -195,7 +187,7 @@ void MailHtml::begin_line() {
 }
 
 void MailHtml::close_block() {
-  close_inline();
+  tags_.close(out_);
   out_.append("</").append(top().tag) += '>';
   blocks_.pop_back();
   if (!top().preserved) {
@@ -241,7 +233,7 @@ void MailHtml::end(const Element& element) {
     close_block();
   }
   if (top().kind == Kind::kItem) {
-    close_inline();
+    tags_.close(out_);
     begin_line();
     top().kind = Kind::kEndedItem;
     top().gives_way = true;
@@ -328,7 +320,7 @@ void MailHtml::words(std::string_view text, const Look& look) {
 void MailHtml::begin_inline(const Look& look, bool preserved) {
   make_room(Kind::kText);
   if (break_pending_) {
-    close_inline();
+    tags_.close(out_);
     out_ += "<br>";
     begin_line();
   }
@@ -340,78 +332,16 @@ void MailHtml::begin_inline(const Look& look, bool preserved) {
   line_has_content_ = true;
 }
 
-void MailHtml::switch_to(const Look& wanted, bool preserved) {
-  Look look = visible_look(usable_look(wanted, top().look));
-  if (inline_open_ && look == inline_look_ && preserved == inline_preserved_) {
-    return;
-  }
-  if (inline_open_ && look.link == inline_look_.link) {
-    out_ += std::exchange(inline_end_, {});
-  } else {
-    close_inline();
-    if (!look.link.view().empty()) {
-      out_ += "<a";
-      add_attribute(out_, "href", look.link.view());
-      out_ += '>';
-    }
-  }
-  open_tags(look, preserved);
-  inline_look_ = std::move(look);
-  inline_preserved_ = preserved;
-  inline_open_ = true;
-}
-
-/// Opens the tags that make the look of the block this one.
-void MailHtml::open_tags(const Look& look, bool preserved) {
-  const auto nest = [this](std::string_view tag, std::string_view style = {}) {
-    out_.append("<").append(tag);
-    if (!style.empty()) {
-      add_attribute(out_, "style", style);
-    }
-    out_ += '>';
-    inline_end_.insert(0, "</" + std::string(tag) + ">");
-  };
-  Look around = top().look;
-  if (look.font.view() == "monospace" && !(look.font == around.font)) {
-    nest("code");
-    around.font = look.font;
-  }
-  const bool bold = look.bold && !std::exchange(around.bold, look.bold);
-  const bool italic = look.italic && !std::exchange(around.italic, look.italic);
-  std::string style = style_between(around, look);
-  if (preserved != top().preserved) {
-    style += style.empty() ? "" : "; ";
-    style += preserved ? "white-space: pre-wrap" : "white-space: normal";
-  }
-  if (!style.empty()) {
-    nest("span", style);
-  }
-  if (bold) {
-    nest("b");
-  }
-  if (italic) {
-    nest("i");
-  }
-  if (look.underline) {
-    nest("u");
-  }
-  if (look.strikethrough) {
-    nest("s");
-  }
-}
-
-void MailHtml::close_inline() {
-  out_ += std::exchange(inline_end_, {});
-  if (std::exchange(inline_open_, false) && !inline_look_.link.view().empty()) {
-    out_ += "</a>";
-  }
+void MailHtml::switch_to(const Look& look, bool preserved) {
+  tags_.switch_to(out_, visible_look(usable_look(look, top().look)), preserved, top().look,
+                  top().preserved);
 }
 
 std::string MailHtml::take(std::string_view last_line) {
   while (blocks_.size() > 1) {
     close_block();
   }
-  close_inline();
+  tags_.close(out_);
   if (!last_line.empty()) {
     out_ += "<div>";
     add_escaped(out_, last_line);

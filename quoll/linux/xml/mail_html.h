@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "quoll/linux/xml/document_form.h"
+#include "quoll/linux/xml/inline_tags.h"
 
 namespace quoll::xml {
 
@@ -66,8 +67,6 @@ class MailHtml final : public DocumentForm {
   /// Everything inside a line is written after a call of this.
   void begin_inline(const Look& look, bool preserved);
   void switch_to(const Look& look, bool preserved);
-  void open_tags(const Look& look, bool preserved);
-  void close_inline();
 
   std::string out_;
   std::vector<Block> blocks_;
@@ -75,12 +74,7 @@ class MailHtml final : public DocumentForm {
   std::vector<std::pair<std::size_t, std::uint64_t>> owned_;
   std::uint64_t last_number_ = 0;
 
-  /// The look of the tags that are open inside the block, and their ends.
-  Look inline_look_;
-  bool inline_preserved_ = false;
-  bool inline_open_ = false;
-  std::string inline_end_;
-
+  InlineTags tags_;
   bool line_has_content_ = false;
   bool break_pending_ = false;
   bool blank_pending_ = false;

@@ -64,7 +64,8 @@ Look visible_look(Look look) {
   return look;
 }
 
-std::string style_between(const Look& around, const Look& look) {
+std::string style_between(const Look& around, bool around_preserved, const Look& look,
+                          bool preserved) {
   std::string style;
   const auto declare = [&style](std::string_view property, std::string_view value) {
     style += style.empty() ? "" : "; ";
@@ -87,6 +88,9 @@ std::string style_between(const Look& around, const Look& look) {
   }
   if (look.italic != around.italic) {
     declare("font-style", look.italic ? "italic" : "normal");
+  }
+  if (preserved != around_preserved) {
+    declare("white-space", preserved ? "pre-wrap" : "normal");
   }
   return style;
 }

@@ -14,7 +14,9 @@ namespace quoll::xml {
 [[nodiscard]] Look visible_look(Look look);
 
 /// Declarations for the `style` attribute of an element with `look` where text has the look
-/// `around` without it. Underlines, strikes and links are not among them.
-[[nodiscard]] std::string style_between(const Look& around, const Look& look);
+/// `around` without it; the other two tell whether white space is kept. Underlines, strikes and
+/// links are not among them.
+[[nodiscard]] std::string style_between(const Look& around, bool around_preserved, const Look& look,
+                                        bool preserved);
 
 }  // namespace quoll::xml

@@ -39,11 +39,13 @@ void add_escaped(std::string& out, std::string_view text) {
   }
 }
 
-std::string attribute_value(std::string_view text) {
-  std::string value;
-  without_controls(text, [&value](std::string_view piece) { add_escaped(value, piece); });
-  std::erase(value, '\t');
-  return value;
+void add_attribute(std::string& out, std::string_view name, std::string_view value) {
+  out.append(" ").append(name).append("=\"");
+  const std::size_t start = out.size();
+  without_controls(value, [&out](std::string_view piece) { add_escaped(out, piece); });
+  out.erase(std::remove(out.begin() + static_cast<std::ptrdiff_t>(start), out.end(), '\t'),
+            out.end());
+  out += '"';
 }
 
 std::string colour_text(std::uint32_t colour) {

@@ -35,8 +35,8 @@ void without_controls(std::string_view text, Take take) {
 /// Adds the text to `out`, escaped for a text or for an attribute in double quotes.
 void add_escaped(std::string& out, std::string_view text);
 
-/// The value for an attribute in double quotes: escaped, and without control characters.
-[[nodiscard]] std::string attribute_value(std::string_view text);
+/// Adds ` name="value"`, escaped and without control characters.
+void add_attribute(std::string& out, std::string_view name, std::string_view value);
 
 /// `#rrggbb`.
 [[nodiscard]] std::string colour_text(std::uint32_t colour);
