@@ -49,6 +49,8 @@ TEST(MailHtml, KeepsTheElementsOfMail) {
       {"breaks", "a<br>b<br/>c", "a<br>b<br>c"},
       {"headings", "<h1>a</h1><h6>b</h6>", "<h1>a</h1>\n<h6>b</h6>"},
       {"a rule", "a<hr>b", "a<hr>\nb"},
+      {"a rule where white space is kept", "<div style='white-space:pre'>a<hr>b</div>",
+       "<div style=\"white-space: pre-wrap\">a<hr>b</div>"},
       {"preformatted", "<pre>\n\na <b>b</b>\n</pre>", "<pre>\n\na <b>b</b>\n</pre>"},
       {"code", "<code>a</code><kbd>b</kbd>", "<code>ab</code>"},
       {"looks of text", "<b>a</b><i>b</i><u>c</u><s>d</s><strong>e<em>f</em></strong>",
@@ -198,6 +200,11 @@ TEST(MailHtml, PutsThingsWhereTheyBelong) {
       {"text in a list", "<ul>a<li>b</ul>", "<ul><li>a</li>\n<li>b</li>\n</ul>"},
       {"a list behind an item", "<ul><li>a</li> <ul><li>b</li></ul></ul>",
        "<ul><li>a<ul><li>b</li>\n</ul>\n</li>\n</ul>"},
+      {"a line that ends where a block does, on a dark page",
+       "<body bgcolor=black><p>a<o:p><div>b</div></o:p>c</p>d",
+       "<div style=\"background-color: #000000\"><p><span style=\"color: #ffffff\">a</span></p>\n"
+       "<div><span style=\"color: #ffffff\">b</span></div>\n"
+       "<span style=\"color: #ffffff\">c</span><br><span style=\"color: #ffffff\">d</span></div>"},
       {"breaks between rows", "<table><br><tr><br><td>a</table>",
        "<table><tr><td>a</td>\n</tr>\n</table>"},
       {"crossing elements", "<b>a<i>b</b>c</i>d", "<b>a</b><b><i>b</i></b>cd"},

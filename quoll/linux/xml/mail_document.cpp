@@ -1,8 +1,8 @@
 #include "quoll/linux/xml/mail_document.h"
 
-#include <array>
-
+#include "quoll/linux/xml/allowed_link.h"
 #include "quoll/linux/xml/css.h"
+#include "quoll/linux/xml/markup.h"
 
 namespace quoll::xml {
 namespace {
@@ -10,7 +10,17 @@ namespace {
 /// The length of a body in bytes. A command carries half of it.
 constexpr std::size_t kLongestBody = std::size_t{128} << 20U;
 constexpr std::string_view kRestLeftOut = "[The rest was left out: the text is too long.]";
+/// The text of a link is kept so far, to be compared with the address.
 constexpr std::size_t kLongestShown = 10'000;
+
+/// True when there is not even white space to show.
+bool is_nothing(std::string_view text) {
+  bool nothing = text.find_first_of(kWhite) == std::string_view::npos;
+  if (nothing) {
+    without_controls(text, [&nothing](std::string_view /*piece*/) { nothing = false; });
+  }
+  return nothing;
+}
 
 }  // namespace
 
@@ -19,7 +29,11 @@ void MailDocument::begin(const Element& element, const Inherited& inherited,
   if (element.role == Role::kAnchor) {
     begin_anchor(inherited.look.link);
   } else if (element.role == Role::kImage) {
-    add_to_link(value_of(attributes, "alt"), inherited.look.link);
+    const std::string_view alternative = value_of(attributes, "alt");
+    if (is_nothing(alternative) && allowed_source(value_of(attributes, "src")).empty()) {
+      return;
+    }
+    add_to_link(alternative, inherited.look.link);
   } else if (after_anchor_ && element.role != Role::kInline) {
     end_link();
   }
@@ -29,7 +43,7 @@ void MailDocument::begin(const Element& element, const Inherited& inherited,
 
 void MailDocument::end(const Element& element) {
   if (element.role == Role::kAnchor) {
-    after_anchor_ = !trim_ascii(shown_).empty();
+    after_anchor_ = shows_text();
   } else if (after_anchor_ && is_block(element.role)) {
     end_link();
   }
@@ -38,9 +52,11 @@ void MailDocument::end(const Element& element) {
 }
 
 void MailDocument::text(std::string_view text, const Inherited& inherited) {
-  add_to_link(text, inherited.look.link);
-  html_.text(text, inherited);
-  text_.text(text, inherited);
+  if (!is_nothing(text)) {
+    add_to_link(text, inherited.look.link);
+    html_.text(text, inherited);
+    text_.text(text, inherited);
+  }
 }
 
 bool MailDocument::is_full() const {
@@ -55,23 +71,22 @@ MailBodies MailDocument::take(bool whole) {
   return {.html = html_.take(whole ? std::string_view() : kRestLeftOut), .text = text_.take_text()};
 }
 
-/// One link may be several anchors, of different looks. Links that are shared one after the other
-/// show their addresses.
+/// One link may be several anchors, of different looks. Two anchors of one link are two links when
+/// the first shows its whole address.
 void MailDocument::begin_anchor(const SharedText& link) {
-  const bool is_next = after_anchor_ && !link.view().empty();
-  if (is_next && (!(link == link_) || shows_address())) {
-    end_link();
-    html_.end_line();
-    text_.break_line();
-  } else if (!(link == link_)) {
-    end_link();
+  if (after_anchor_ && link == link_ && shows_address()) {
+    end_line();
   }
   after_anchor_ = false;
 }
 
 void MailDocument::add_to_link(std::string_view text, const SharedText& link) {
   if (!(link == link_)) {
-    end_link();
+    if (shows_text() && !link.view().empty()) {
+      end_line();
+    } else {
+      end_link();
+    }
     link_ = link;
   }
   after_anchor_ = false;
@@ -80,13 +95,24 @@ void MailDocument::add_to_link(std::string_view text, const SharedText& link) {
   }
 }
 
+/// What follows begins a line of its own in both bodies.
+void MailDocument::end_line() {
+  end_link();
+  html_.end_line();
+  text_.end_line();
+}
+
 void MailDocument::end_link() {
-  if (!trim_ascii(shown_).empty() && !shows_address()) {
+  if (shows_text() && !shows_address()) {
     text_.add_word("<" + std::string(link_.view()) + ">");
   }
   link_ = {};
   shown_.clear();
   after_anchor_ = false;
+}
+
+bool MailDocument::shows_text() const {
+  return !trim_ascii(shown_).empty();
 }
 
 bool MailDocument::shows_address() const {

@@ -25,7 +25,9 @@ class MailDocument final : public DocumentForm {
  private:
   void begin_anchor(const SharedText& link);
   void add_to_link(std::string_view text, const SharedText& link);
+  void end_line();
   void end_link();
+  [[nodiscard]] bool shows_text() const;
   [[nodiscard]] bool shows_address() const;
 
   MailHtml html_;

@@ -129,15 +129,15 @@ void MailHtml::open(const Element& element, const Inherited& inherited, Attribut
   const Kind kind = kind_of(element);
   const bool is_part = kind == Kind::kItem || kind == Kind::kRow || kind == Kind::kCell;
   give_way(kind);
-  if (blocks_.size() >= kDeepest && !(is_part && fits(top().kind, kind))) {
+  if (blocks_.size() > kDeepest && !(is_part && fits(top().kind, kind))) {
     end_line();
     return;
   }
   make_room(kind);
   if (element.role == Role::kRule) {
     tags_.close(out_);
-    out_ += "<hr>\n";
-    begin_line();
+    out_ += "<hr>";
+    begin_line_behind_block();
     return;
   }
   const std::string_view tag = kind == Kind::kFlow && element.role != Role::kQuote ? "div"
@@ -190,6 +190,10 @@ void MailHtml::close_block() {
   tags_.close(out_);
   out_.append("</").append(top().tag) += '>';
   blocks_.pop_back();
+  begin_line_behind_block();
+}
+
+void MailHtml::begin_line_behind_block() {
   if (!top().preserved) {
     out_ += '\n';
   }
@@ -252,7 +256,9 @@ void MailHtml::line_break(const Inherited& inherited) {
     return;  // between rows or items
   }
   blank_pending_ = false;
-  begin_inline(inherited.look, inherited.preserved);
+  begin_content();
+  tags_.switch_to(out_, usable_look(inherited.look, top().look), inherited.preserved, top().look,
+                  top().preserved);
   out_ += "<br>";
   line_has_content_ = false;
 }
@@ -318,6 +324,12 @@ void MailHtml::words(std::string_view text, const Look& look) {
 }
 
 void MailHtml::begin_inline(const Look& look, bool preserved) {
+  begin_content();
+  switch_to(look, preserved);
+  line_has_content_ = true;
+}
+
+void MailHtml::begin_content() {
   make_room(Kind::kText);
   if (break_pending_) {
     tags_.close(out_);
@@ -328,8 +340,6 @@ void MailHtml::begin_inline(const Look& look, bool preserved) {
     switch_to(blank_look_, false);
     out_ += ' ';
   }
-  switch_to(look, preserved);
-  line_has_content_ = true;
 }
 
 void MailHtml::switch_to(const Look& look, bool preserved) {

@@ -60,12 +60,15 @@ class MailHtml final : public DocumentForm {
   void push(Block block, std::string_view attributes);
   void close_block();
   void begin_line();
+  void begin_line_behind_block();
   void line_break(const Inherited& inherited);
   void picture(const Inherited& inherited, Attributes attributes);
   void words(std::string_view text, const Look& look);
 
-  /// Everything inside a line is written after a call of this.
+  /// Texts and pictures are written after a call of this.
   void begin_inline(const Look& look, bool preserved);
+  /// Writes what was put off until something comes in this line.
+  void begin_content();
   void switch_to(const Look& look, bool preserved);
 
   std::string out_;

@@ -149,7 +149,9 @@ void TextForm::text(std::string_view text, const Inherited& inherited) {
 }
 
 void TextForm::add_paragraph(std::string_view text) {
+  builder_.set_marker({});
   builder_.block_boundary(kParagraph);
+  builder_.outdent(std::exchange(indented_, 0));
   builder_.text(text, {});
 }
 

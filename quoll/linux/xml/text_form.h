@@ -23,8 +23,9 @@ class TextForm final : public DocumentForm {
 
   /// Adds a word to the last line, with a blank before it.
   void add_word(std::string_view word) { builder_.add_word(word); }
-  void break_line() { builder_.line_break(); }
-  /// Adds a paragraph.
+  /// What follows begins a line of its own.
+  void end_line() { builder_.block_boundary(); }
+  /// Adds a paragraph that is in no list and no quote.
   void add_paragraph(std::string_view text);
 
   /// The length of the plain text in bytes.
