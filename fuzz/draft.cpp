@@ -16,10 +16,10 @@
 
 #include "apps/compose/draft_file.h"
 #include "apps/compose/message_headers.h"
-#include "apps/compose/plain_text.h"
 #include "fuzz/require.h"
 #include "fuzz/script.h"
 #include "quoll/foundation/text.h"
+#include "quoll/linux/xml/mail_form.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -216,10 +216,10 @@ std::string shown(const std::string& name) {
 void check_parts(GMimeMessage* read, const Draft& draft) {
   ReadParts parts;
   g_mime_message_foreach(read, add_part, &parts);
-  std::vector<std::string> texts{
-      with_line_feeds(draft.plain.empty() ? compose::plain_text_of_html(draft.html) : draft.plain)};
-  if (!draft.html.empty()) {
-    texts.push_back(with_line_feeds(draft.html));
+  const auto bodies = draft.html.empty() ? xml::MailBodies() : xml::mail_bodies(draft.html);
+  std::vector<std::string> texts{draft.plain.empty() ? bodies.text : with_line_feeds(draft.plain)};
+  if (!bodies.html.empty()) {
+    texts.push_back(bodies.html);
   }
   require(parts.texts.size() == texts.size());
   for (std::size_t i = 0; i < texts.size(); ++i) {

@@ -12,9 +12,9 @@
 
 #include "apps/compose/cannot_compose.h"
 #include "apps/compose/compose_command.h"
-#include "apps/compose/plain_text.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/posix/unique_fd.h"
+#include "quoll/linux/xml/mail_form.h"
 
 namespace quoll::compose {
 namespace {
@@ -85,6 +85,12 @@ std::string content_type(const std::string& name, int file) {
   return encodable ? type : kAnyBytes;
 }
 
+// The sender's HTML is a stranger's: what goes into a message is written anew.
+xml::MailBodies bodies_of_html(const ExtensionMessage& message) {
+  const std::string html = text_of_field(message.htmlBody());
+  return html.empty() ? xml::MailBodies() : xml::mail_bodies(html);
+}
+
 }  // namespace
 
 // A name is written into a header, where the library lets a line feed through, and read by people.
@@ -104,17 +110,17 @@ std::string with_control_pictures(const std::string& name) {
 
 std::string plain_body(const ExtensionMessage& message) {
   const std::string plain = text_of_field(message.plainBody());
-  return with_line_feeds(plain.empty() ? plain_text_of_html(text_of_field(message.htmlBody()))
-                                       : plain);
+  return plain.empty() ? bodies_of_html(message).text : with_line_feeds(plain);
 }
 
 MimeHandle<GMimeObject> body_part(const ExtensionMessage& message) {
-  const std::string html = text_of_field(message.htmlBody());
-  auto plain_part = text_part("plain", plain_body(message));
-  if (html.empty()) {
+  const xml::MailBodies bodies = bodies_of_html(message);
+  const std::string plain = text_of_field(message.plainBody());
+  auto plain_part = text_part("plain", plain.empty() ? bodies.text : plain);
+  if (bodies.html.empty()) {
     return plain_part;
   }
-  const MimeHandle<GMimeObject> html_part = text_part("html", html);
+  const MimeHandle<GMimeObject> html_part = text_part("html", bodies.html);
   MimeHandle<GMimeMultipart> alternative(g_mime_multipart_new_with_subtype("alternative"));
   g_mime_multipart_add(alternative.get(), plain_part.get());
   g_mime_multipart_add(alternative.get(), html_part.get());
