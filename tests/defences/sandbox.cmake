@@ -129,7 +129,7 @@ quoll_defence(share_makes_one_draft FILE ${main}
   SHOWN_BY sandbox Sandbox.TheLauncherMakesOneDraftAndNothingElse)
 
 # The receiver.
-set(file apps/compose/taken_files.cpp)
+set(file apps/compose/staging_folder.cpp)
 quoll_defence(receiver_follows_no_links FILE ${file}
   TAKES "how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;"
   GIVES "how.resolve = RESOLVE_NO_MAGICLINKS;"
@@ -140,8 +140,8 @@ quoll_defence(receiver_only_composes FILE apps/compose/compose_command.cpp
 quoll_defence(recipient_is_no_file FILE apps/compose/client_arguments.cpp
   TAKES "has_scheme(address) ?" GIVES "address.empty() && has_scheme(address) ?"
   SHOWN_BY mail_client ClientArguments.ARecipientIsNeitherAFileNorAnOption)
-quoll_defence(refused_files_are_said FILE apps/compose/notice.cpp
-  TAKES "foundation::printable(left_out[at].name, kLongestName)"
+quoll_defence(refused_files_are_said FILE apps/compose/notifications.cpp
+  TAKES "foundation::printable(files.named[at].name, kLongestName)"
   GIVES "foundation::printable(\"a file\", kLongestName)"
   SHOWN_BY mail_client ComposeNotice.AFileFromElsewhereIsRefusedAndSaid)
 quoll_defence(receiver_is_safe_on_a_terminal FILE apps/compose/draft_summary.cpp
