@@ -12,8 +12,9 @@
 #include <string_view>
 
 #include "apps/compose/cannot_compose.h"
+#include "apps/compose/compose_command.h"
 #include "apps/compose/message_headers.h"
-#include "apps/compose/message_parts.h"
+#include "apps/compose/mime_parts.h"
 #include "apps/compose/places.h"
 
 namespace quoll::compose {
@@ -133,7 +134,11 @@ void write_message(Output& out, GMimeMessage* message, GMimeObject* body,
   out.object(body);
   for (const auto& file : files) {
     out.text("\r\n" + boundary + "\r\n");
-    out.object(attachment_part(file).get());
+    posix::UniqueFd opened(open(file.path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!opened) {
+      throw CannotCompose(file.name + " cannot be read: " + std::strerror(errno));
+    }
+    out.object(attachment_part(file.name, std::move(opened)).get());
   }
   out.text("\r\n" + boundary + "--\r\n");
 }
@@ -144,7 +149,8 @@ std::string write_draft(const ExtensionMessage& message, const std::vector<Taken
   NewFile file(drafts_folder());
   Output out(file.fd());
   const auto headers = message_with_headers(message);
-  const auto body = body_part(message);
+  const auto body = body_part(
+      draft_bodies(text_of_field(message.plainBody()), text_of_field(message.htmlBody())));
   write_message(out, headers.get(), body.get(), files);
   out.finish();
   return file.name_it();

@@ -11,7 +11,6 @@
 #include "apps/compose/cannot_compose.h"
 #include "apps/compose/compose_command.h"
 #include "apps/compose/message_headers.h"
-#include "apps/compose/message_parts.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/posix/subprocess.h"

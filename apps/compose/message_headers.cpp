@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "apps/compose/compose_command.h"
+#include "apps/compose/draft_bodies.h"
 #include "quoll/foundation/format.h"
 #include "quoll/foundation/text.h"
 
@@ -161,6 +162,10 @@ std::vector<std::string> addresses_in(const std::string& joined) {
   std::vector<std::string> texts;
   add_written(texts, list.get());
   return texts;
+}
+
+std::string plain_body(const ExtensionMessage& message) {
+  return draft_bodies(text_of_field(message.plainBody()), text_of_field(message.htmlBody())).text;
 }
 
 MimeHandle<GMimeMessage> message_with_headers(const ExtensionMessage& message) {
