@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "apps/compose/message_parts.h"
+#include "apps/compose/clean_text.h"
 #include "quoll/foundation/percent.h"
 
 namespace quoll::compose {

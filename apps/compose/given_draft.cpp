@@ -13,7 +13,7 @@
 #include "apps/compose/compose_error.h"
 #include "apps/compose/folders.h"
 #include "apps/compose/small_file.h"
-#include "apps/compose/taken_files.h"
+#include "apps/compose/waiting_files.h"
 #include "quoll/foundation/path.h"
 #include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/remove_item.h"
@@ -76,10 +76,10 @@ std::string GivenDraft::text_path(const std::string& draft) {
 }
 
 void GivenDraft::name_files(const std::vector<std::string>& names) const {
-  const auto files = taken_files(folder_.get());
+  const auto files = waiting_files(folder_.get());
   for (std::size_t k = 0; k < names.size(); ++k) {
     const std::string path = place_of(k, names[k]);
-    if (renameat(folder_.get(), files.at(k).path.c_str(), folder_.get(), path.c_str()) != 0) {
+    if (renameat(folder_.get(), path_of(files.at(k)).c_str(), folder_.get(), path.c_str()) != 0) {
       throw ComposeError(names[k] + " cannot be put into " + folder_of(name_) + ": " +
                          std::strerror(errno));
     }

@@ -14,7 +14,7 @@
 #include "apps/compose/draft_summary.h"
 #include "apps/compose/folders.h"
 #include "apps/compose/given_draft.h"
-#include "apps/compose/taken_files.h"
+#include "apps/compose/waiting_files.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/gio/mail_clients.h"
@@ -57,7 +57,7 @@ const MailClient& client_for_drafts(const gio::ChosenMailClient& chosen) {
 /// Names for the files of a draft that the client takes by its command line.
 std::vector<std::string> names_for(const MailClient& client, const TakenDraft& draft) {
   std::vector<std::string> names;
-  for (const TakenFile& file : taken_files(draft.folder())) {
+  for (const WaitingFile& file : waiting_files(draft.folder())) {
     names.push_back(name_for_client(client.way, file.name));
   }
   return names;
@@ -132,7 +132,7 @@ void offer(TakenDraft& draft, const MailClient& client, gio::ProgramStart with, 
   try {
     prepare(given, with);
     start(client, with, given);
-  } catch (const ComposeError&) {
+  } catch (...) {
     given.take_back();
     throw;
   }
@@ -216,7 +216,7 @@ Outcome hand_over(TakenDraft draft, const DraftFields& fields,
     }
     outcome.state = Outcome::State::kGiven;
     outcome.client = client.name;
-  } catch (const ComposeError& reason) {
+  } catch (const std::exception& reason) {
     outcome.reason = foundation::printable(reason.what());
     draft.remove();  // nothing is there when it was offered
   }

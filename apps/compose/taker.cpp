@@ -13,18 +13,21 @@
 #include <ctime>
 #include <deque>
 #include <set>
+#include <system_error>
 #include <utility>
 
-#include "apps/compose/compose_command.h"
 #include "apps/compose/compose_error.h"
 #include "apps/compose/folders.h"
 #include "apps/compose/small_file.h"
 #include "apps/compose/staging_folder.h"
-#include "apps/compose/taken_files.h"
+#include "apps/compose/waiting_files.h"
+#include "quoll/foundation/exception.h"
 #include "quoll/foundation/path.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/linux/posix/file_contents.h"
 #include "quoll/linux/posix/temporary_item.h"
+#include "quoll/message/command_launcher.h"
+#include "quoll/message/received_command.h"
 
 namespace quoll::compose {
 namespace {
@@ -33,6 +36,35 @@ constexpr std::size_t kMostFiles = 10'000;
 
 [[noreturn]] void cannot_take(const std::string& what, int error) {
   throw ComposeError(what + " cannot be taken: " + std::strerror(error));
+}
+
+/// The paths that a command wants attached. Of the command nothing else is looked at here. Throws
+/// when it is no command that is taken here.
+std::vector<std::string> attachments_in(const std::string& url) {
+  try {
+    ReceivedCommand received = read_received_command(url);
+    if (received.command != commandCompose) {
+      throw ComposeError("the command \"" + received.command +
+                         "\" needs the mail application; only \"" + std::string(commandCompose) +
+                         "\" is taken here");
+    }
+    return std::move(received.attachments);
+  } catch (const foundation::NSException& exception) {
+    throw ComposeError(exception.reason());
+  }
+}
+
+/// How many bytes the message file of the draft in this folder will have, at the most.
+std::uint64_t message_size(int folder) {
+  struct stat command {};
+  static_cast<void>(fstatat(folder, "command", &command, AT_SYMLINK_NOFOLLOW));
+  // A text is at most escaped once more than it is in the command, and HTML has its plain text too.
+  std::uint64_t size = 4096 + 2 * static_cast<std::uint64_t>(command.st_size);
+  for (const WaitingFile& file : waiting_files(folder)) {
+    // In Base64 57 bytes become a line of 76, with a line end of two bytes.
+    size += file.size / 57 * 78 + 1024;
+  }
+  return size;
 }
 
 /// A folder for a draft that is not promised yet. It is locked, and removed with this object unless
@@ -63,14 +95,14 @@ posix::BuildingFolder opened_taken_folder() {
 }
 
 NewDraft::NewDraft(const std::string& url) : folder_(opened_taken_folder()) {
-  const ComposeCommand command = read_compose_command(url);
+  const std::vector<std::string> attachments = attachments_in(url);
   if (const int error = folder_.make_folder()) {
     cannot_take("the draft", error);
   }
   note("command", url);
-  if (!command.attachments.empty()) {
+  if (!attachments.empty()) {
     const StagingFolder staging;
-    for (const std::string& path : command.attachments) {
+    for (const std::string& path : attachments) {
       add_file(path, staging);
     }
   }
@@ -169,6 +201,17 @@ TakenDraft NewDraft::promise() {
   }
 }
 
+/// What a draft that waits still needs.
+std::uint64_t waiting_size(const std::string& name) {
+  const posix::UniqueFd folder(
+      open((taken_folder() + "/" + name).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  try {
+    return folder && access(message_file(name).c_str(), F_OK) != 0 ? message_size(folder.get()) : 0;
+  } catch (const std::system_error&) {
+    return 0;  // it was finished meanwhile
+  }
+}
+
 // Looked at before the sender is answered, since the drafts are written after that.
 void require_room(const std::deque<NewDraft>& drafts) {
   std::uint64_t needed = 0;
@@ -176,11 +219,7 @@ void require_room(const std::deque<NewDraft>& drafts) {
     needed += draft.size();
   }
   for (const std::string& name : waiting_drafts()) {
-    const posix::UniqueFd waiting(
-        open((taken_folder() + "/" + name).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (waiting && access(message_file(name).c_str(), F_OK) != 0) {
-      needed += message_size(waiting.get());
-    }
+    needed += waiting_size(name);
   }
   struct statvfs room {};
   const std::string folder = drafts_folder();

@@ -134,8 +134,8 @@ quoll_defence(receiver_follows_no_links FILE ${file}
   TAKES "how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;"
   GIVES "how.resolve = RESOLVE_NO_MAGICLINKS;"
   SHOWN_BY receiver ReceiverTest.WhatIsNotInTheStagingFolderIsLeftOutByName)
-quoll_defence(receiver_only_composes FILE apps/compose/compose_command.cpp
-  TAKES "if (command != commandCompose) {" GIVES "if (command.empty()) {"
+quoll_defence(receiver_only_composes FILE apps/compose/taker.cpp
+  TAKES "if (received.command != commandCompose) {" GIVES "if (received.command.empty()) {"
   SHOWN_BY receiver ReceiverTest.WhatIsNoComposeCommandIsRefusedInOneLine)
 quoll_defence(recipient_is_no_file FILE apps/compose/client_arguments.cpp
   TAKES "has_scheme(address) ?" GIVES "address.empty() && has_scheme(address) ?"

@@ -1,20 +1,16 @@
-#include "apps/compose/message_parts.h"
+#include "apps/compose/mime_parts.h"
 
-#include <fcntl.h>
 #include <gio/gio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <string_view>
+#include <system_error>
 
-#include "apps/compose/cannot_compose.h"
-#include "apps/compose/compose_command.h"
-#include "apps/compose/plain_text.h"
+#include "apps/compose/clean_text.h"
 #include "quoll/foundation/text.h"
-#include "quoll/linux/posix/unique_fd.h"
 
 namespace quoll::compose {
 namespace {
@@ -26,26 +22,11 @@ void set_content(GMimePart* part, GMimeStream* content, GMimeContentEncoding enc
   g_mime_part_set_content_encoding(part, encoding);
 }
 
-// Mail has one kind of line break; a lone carriage return would come back as a character.
-std::string with_line_feeds(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    if (text[at] != '\r') {
-      out += text[at];
-    } else if (at + 1 == text.size() || text[at + 1] != '\n') {
-      out += '\n';
-    }
-  }
-  return out;
-}
-
 MimeHandle<GMimeObject> text_part(const char* subtype, const std::string& text) {
   MimeHandle<GMimePart> part(g_mime_part_new_with_type("text", subtype));
   g_mime_object_set_content_type_parameter(GMIME_OBJECT(part.get()), "charset", "utf-8");
-  const std::string lines = with_line_feeds(text);
   const MimeHandle<GMimeStream> content(
-      g_mime_stream_mem_new_with_buffer(lines.data(), lines.size()));
+      g_mime_stream_mem_new_with_buffer(text.data(), text.size()));
   set_content(part.get(), content.get(), GMIME_CONTENT_ENCODING_QUOTEDPRINTABLE);
   return MimeHandle<GMimeObject>(GMIME_OBJECT(part.release()));
 }
@@ -85,58 +66,62 @@ std::string content_type(const std::string& name, int file) {
   return encodable ? type : kAnyBytes;
 }
 
+// In UTF-8; GMime would look for a shorter encoding, and load its converter.
+void set_name(GMimeObject* part, const std::string& name) {
+  g_mime_part_set_filename(GMIME_PART(part), name.c_str());
+  GMimeContentType* const type = g_mime_object_get_content_type(part);
+  GMimeContentDisposition* const disposition = g_mime_object_get_content_disposition(part);
+  for (GMimeParam* const param :
+       {g_mime_param_list_get_parameter(g_mime_content_type_get_parameters(type), "name"),
+        g_mime_param_list_get_parameter(g_mime_content_disposition_get_parameters(disposition),
+                                        "filename")}) {
+    g_mime_param_set_charset(param, "utf-8");
+  }
+}
+
 }  // namespace
 
-// A name is written into a header, where the library lets a line feed through, and read by people.
-std::string with_control_pictures(const std::string& name) {
-  std::string out;
-  for (const char c : name) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7F) {
-      out += "\xE2\x90";
-      out += static_cast<char>(byte == 0x7F ? 0xA1 : 0x80 + byte);
-    } else {
-      out += c;
-    }
+void set_boundary(GMimeMultipart* multipart) {
+  std::array<unsigned char, 16> random{};
+  if (getentropy(random.data(), random.size()) != 0) {
+    throw std::system_error(errno, std::generic_category());
   }
-  return out;
+  std::string boundary = "=_";  // stands in no text that is encoded for mail
+  for (const unsigned char byte : random) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    boundary.append({kDigits[byte >> 4U], kDigits[byte & 0xFU]});
+  }
+  g_mime_multipart_set_boundary(multipart, boundary.c_str());
 }
 
-std::string plain_body(const ExtensionMessage& message) {
-  const std::string plain = text_of_field(message.plainBody());
-  return with_line_feeds(plain.empty() ? plain_text_of_html(text_of_field(message.htmlBody()))
-                                       : plain);
-}
-
-MimeHandle<GMimeObject> body_part(const ExtensionMessage& message) {
-  const std::string html = text_of_field(message.htmlBody());
-  auto plain_part = text_part("plain", plain_body(message));
-  if (html.empty()) {
+MimeHandle<GMimeObject> body_part(const DraftBodies& bodies) {
+  auto plain_part = text_part("plain", bodies.text);
+  if (bodies.html.empty()) {
     return plain_part;
   }
-  const MimeHandle<GMimeObject> html_part = text_part("html", html);
+  const MimeHandle<GMimeObject> html_part = text_part("html", bodies.html);
   MimeHandle<GMimeMultipart> alternative(g_mime_multipart_new_with_subtype("alternative"));
+  set_boundary(alternative.get());
   g_mime_multipart_add(alternative.get(), plain_part.get());
   g_mime_multipart_add(alternative.get(), html_part.get());
   return MimeHandle<GMimeObject>(GMIME_OBJECT(alternative.release()));
 }
 
-MimeHandle<GMimeObject> attachment_part(const TakenFile& file) {
-  posix::UniqueFd fd(open(file.path.c_str(), O_RDONLY | O_CLOEXEC));
+MimeHandle<GMimeObject> attachment_part(const std::string& file_name, posix::UniqueFd file) {
   struct stat status {};
-  if (fd.get() < 0 || fstat(fd.get(), &status) != 0) {
-    throw CannotCompose(file.name + " cannot be read: " + std::strerror(errno));
+  if (fstat(file.get(), &status) != 0) {
+    throw std::system_error(errno, std::generic_category());
   }
-  const std::string type = content_type(file.name, fd.get());
+  const std::string type = content_type(file_name, file.get());
   const auto slash = type.find('/');
   MimeHandle<GMimePart> part(
       g_mime_part_new_with_type(type.substr(0, slash).c_str(), type.substr(slash + 1).c_str()));
   GMimeObject* object = GMIME_OBJECT(part.get());
   g_mime_object_set_disposition(object, GMIME_DISPOSITION_ATTACHMENT);
-  g_mime_part_set_filename(part.get(), with_control_pictures(file.name).c_str());
+  set_name(object, with_control_pictures(file_name));
   g_mime_object_set_content_disposition_parameter(object, "size",
                                                   std::to_string(status.st_size).c_str());
-  const MimeHandle<GMimeStream> content(g_mime_stream_fs_new(fd.release()));
+  const MimeHandle<GMimeStream> content(g_mime_stream_fs_new(file.release()));
   set_content(part.get(), content.get(), GMIME_CONTENT_ENCODING_BASE64);
   static_cast<void>(part.release());  // `object` is the same
   return MimeHandle<GMimeObject>(object);
