@@ -6,6 +6,7 @@
 
 #include "apps/compose/attempts.h"
 #include "apps/compose/draft_writing.h"
+#include "apps/compose/folders.h"
 #include "apps/compose/hand_over.h"
 #include "apps/compose/moment.h"
 #include "apps/compose/sweep.h"
@@ -45,12 +46,15 @@ DraftThread::~DraftThread() {
   thread_.join();
 }
 
-void DraftThread::add(TakenDraft draft, const gio::ActivationTokens& tokens) {
+void DraftThread::add(std::vector<TakenDraft> drafts, const gio::ActivationTokens& tokens) {
   constexpr std::size_t kMostAtOnce = 10;
   {
     const std::lock_guard lock(mutex_);
-    waiting_.push_back({.draft = std::move(draft), .tokens = tokens, .fields = {}});
-    is_flood_ = ++under_way_ > kMostAtOnce || is_flood_;
+    for (TakenDraft& draft : drafts) {
+      waiting_.push_back({.draft = std::move(draft), .tokens = tokens, .fields = {}});
+    }
+    under_way_ += drafts.size();
+    is_flood_ = is_flood_ || under_way_ > kMostAtOnce;
   }
   changed_.notify_one();
 }
@@ -80,12 +84,15 @@ void DraftThread::run() {
 /// What is left from earlier: it is swept, or gone on with.
 void DraftThread::begin() {
   try {
+    make_folders();
     sweep(present_moment());
+    std::vector<TakenDraft> drafts;
     for (const std::string& name : waiting_drafts()) {
       if (auto draft = TakenDraft::lock(name)) {
-        add(std::move(*draft), {});
+        drafts.push_back(std::move(*draft));
       }
     }
+    add(std::move(drafts), {});
   } catch (const std::exception& exception) {
     platform::log("what waits cannot be gone on with: %@", exception.what());
   }

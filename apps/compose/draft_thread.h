@@ -6,6 +6,7 @@
 #include <functional>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 #include "apps/compose/draft_fields.h"
 #include "apps/compose/outcome.h"
@@ -38,7 +39,7 @@ class DraftThread {
   /// Waits for the last draft.
   ~DraftThread();
 
-  void add(TakenDraft draft, const gio::ActivationTokens& tokens);
+  void add(std::vector<TakenDraft> drafts, const gio::ActivationTokens& tokens);
   /// True while a draft is not finished.
   [[nodiscard]] bool busy() const;
 

@@ -113,9 +113,7 @@ int finish(std::vector<compose::TakenDraft> drafts, const gio::ActivationTokens&
              },
          .flood_is_over =
              [&](std::size_t count) { notifications.add(compose::notification_of_flood(count)); }});
-    for (auto& draft : drafts) {
-      thread.add(std::move(draft), tokens);
-    }
+    thread.add(std::move(drafts), tokens);
   }
   if (!is_read()) {
     notifications.show();

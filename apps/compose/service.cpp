@@ -65,9 +65,7 @@ class Service final : public gio::ApplicationService {
     } else {
       g_dbus_method_invocation_return_dbus_error(call, kLeftOutError, report.c_str());
     }
-    for (TakenDraft& draft : drafts) {
-      thread_->add(std::move(draft), tokens);
-    }
+    thread_->add(std::move(drafts), tokens);
   }
 
   [[nodiscard]] bool busy() const override { return thread_->busy() || !notifications_.empty(); }

@@ -12,6 +12,7 @@
 
 #include "quoll/container/group_container.h"
 #include "quoll/container/layout.h"
+#include "quoll/linux/posix/paths.h"
 #include "quoll/linux/posix/system_call.h"
 
 namespace quoll::compose {
@@ -64,12 +65,13 @@ StagingFolder::StagingFolder() : error_(ENOENT) {
   if (!path) {
     return;
   }
+  const posix::ParentAndName group = posix::parent_and_name(*path);
   const std::string inside =
       ExtensionUtilities::GroupFolderName() + "/" + std::string(container::layout::staging);
   path_ = *path + "/" + inside + "/";
-  const posix::UniqueFd top(::open(path->c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (top) {
-    folder_ = open_inside(top.get(), inside, O_PATH | O_DIRECTORY);
+  const posix::UniqueFd above(::open(group.parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (above) {
+    folder_ = open_inside(above.get(), group.name + "/" + inside, O_PATH | O_DIRECTORY);
     error_ = errno;
   }
 }
