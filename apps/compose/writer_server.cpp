@@ -83,12 +83,13 @@ struct Answer {
 /// and what it was started with. The socket gets another number.
 int hold_only(int socket) {
   constexpr int kSocket = STDERR_FILENO + 1;
-  UniqueFd nothing(open("/dev/null", O_RDWR | O_CLOEXEC));
-  const int last = sandbox::kSanitizerBuild ? STDOUT_FILENO : STDERR_FILENO;
-  for (int stream = STDIN_FILENO; stream <= last; ++stream) {
-    dup2(nothing.get(), stream);
+  {
+    const UniqueFd nothing(open("/dev/null", O_RDWR | O_CLOEXEC));
+    const int last = sandbox::kSanitizerBuild ? STDOUT_FILENO : STDERR_FILENO;
+    for (int stream = STDIN_FILENO; stream <= last; ++stream) {
+      dup2(nothing.get(), stream);
+    }
   }
-  nothing.reset();  // it may have the socket's number
   if (socket != kSocket) {
     dup2(socket, kSocket);
   }
@@ -135,8 +136,8 @@ WriterServer WriterServer::start(Job job) {
   if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
     throw CannotCompose("no draft can be written: " + posix::error_words(errno));
   }
-  UniqueFd ours(ends[0]);
-  UniqueFd servers(ends[1]);
+  UniqueFd ours = posix::above_standard_streams(UniqueFd(ends[0]));
+  UniqueFd servers = posix::above_standard_streams(UniqueFd(ends[1]));
   const pid_t receiver = getpid();
   const pid_t process = fork();
   if (process < 0) {
@@ -152,7 +153,7 @@ WriterServer WriterServer::start(Job job) {
 }
 
 WriterServer::WriterServer(UniqueFd socket, pid_t process)
-    : socket_(posix::above_standard_streams(std::move(socket))), process_(process) {}
+    : socket_(std::move(socket)), process_(process) {}
 
 WriterServer::WriterServer(WriterServer&& other) noexcept
     : socket_(std::move(other.socket_)), process_(std::exchange(other.process_, -1)) {}
