@@ -34,7 +34,7 @@ void check_picture(const Picture& picture) {
   require(picture.orientation == 1);
 }
 
-std::unique_ptr<Pixels> read_all(File file) {
+std::unique_ptr<Pixels> read_all(ByteView file) {
   const auto source = open_picture(file);
   const Picture before = source->picture();
   check_picture(before);
@@ -46,11 +46,11 @@ std::unique_ptr<Pixels> read_all(File file) {
   return pixels;
 }
 
-void check(File file) {
+void check(ByteView file) {
   std::unique_ptr<Pixels> pixels;
   try {
     pixels = read_all(file);
-  } catch (const Refused& refused) {
+  } catch (const ImageError& refused) {
     require(*refused.what() != '\0');
   } catch (const std::bad_alloc&) {
     // It needs more memory than the budget allows; the helper refuses it too.
@@ -84,7 +84,7 @@ std::uint32_t checksum(std::span<const std::uint8_t> bytes) {
 }
 
 /// The PNG with correct checksums, so that the code behind the check is reached.
-std::vector<std::uint8_t> with_right_checksums(File file) {
+std::vector<std::uint8_t> with_right_checksums(ByteView file) {
   std::vector<std::uint8_t> mended(file.begin(), file.end());
   constexpr std::size_t kAround = 12;
   for (std::size_t at = 8; mended.size() - at >= kAround;) {
@@ -105,7 +105,7 @@ std::vector<std::uint8_t> with_right_checksums(File file) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const File file(data, size);
+  const ByteView file(data, size);
   if (!is_of_the_format({reinterpret_cast<const char*>(data), size})) {
     return 0;
   }

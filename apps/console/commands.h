@@ -47,6 +47,6 @@ namespace quoll::console {
 
 /// Writes a group container with made-up accounts and contacts into the folder, as a mail
 /// application has them, and prints the paths; 1 when a file cannot be written.
-[[nodiscard]] int sample_container(const std::string& folder, console::PropertyListForm form);
+[[nodiscard]] int sample_container(const std::string& folder, PropertyListForm form);
 
 }  // namespace quoll::console

@@ -5,10 +5,9 @@
 #include <string>
 
 #include "apps/console/commands.h"
-#include "apps/console/operations/json.h"
+#include "apps/console/output.h"
 #include "apps/console/program_desktop.h"
 #include "quoll/foundation/number_text.h"
-#include "quoll/foundation/printable.h"
 #include "quoll/platform/clock.h"
 #include "quoll/records/extension_date.h"
 
@@ -16,7 +15,6 @@ namespace quoll::console {
 
 namespace {
 
-using console::Json;
 using foundation::Date;
 
 std::optional<Date> date_of_seconds(const std::string& text) {
@@ -52,20 +50,19 @@ int date(const std::optional<std::string>& text, bool as_json) {
   auto date = text ? formats->exchangeDate(*text) : platform::present_moment();
   date = date ? date : date_of_seconds(*text);
   if (!date) {
-    std::cerr << "quollctl: " << foundation::printable(*text)
-              << " is neither a date of the form 2024-03-07T10:15:00Z nor a number of seconds\n";
-    return 1;
+    return complain(*text +
+                    " is neither a date of the form 2024-03-07T10:15:00Z nor a number of seconds");
   }
   const Json told{{"seconds", date->seconds_since_1970},
                   {"exchange", exchanged(*formats, *date)},
                   {"day", formats->IntDate(date)},
                   {"shown", formats->centralDate(date)}};
   if (as_json) {
-    std::cout << console::json_line(told) << '\n';
+    print_json(told);
   } else {
     print(told);
   }
-  return std::cout.flush() ? 0 : 1;
+  return finish();
 }
 
 }  // namespace quoll::console

@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "apps/console/program_desktop.h"
+#include "apps/share/identifier.h"
 #include "quoll/container/group_container.h"
 #include "quoll/container/layout.h"
 #include "quoll/foundation/nsurl.h"
@@ -35,7 +36,7 @@ namespace {
 namespace fs = std::filesystem;
 using State = Finding::State;
 
-constexpr std::chrono::milliseconds kPatience{5000};
+constexpr std::chrono::milliseconds kTimeOut{5000};
 
 std::string reason() {
   return std::strerror(errno);
@@ -242,24 +243,25 @@ Finding mail_client() {
 
 struct Entry {
   const char* name;
-  const char* file;
+  std::string file;
   bool is_program;
 };
 
-constexpr std::array kEntries{
+const std::array kEntries{
     Entry{"menu of KDE", "kpackage/Purpose/it.vorlent.quoll2.share/contents/code/main.bin", true},
     Entry{"menu of Nemo", "nemo/actions/quoll-share.nemo_action", false},
     Entry{"menu of Caja and PCManFM", "file-manager/actions/quoll-share.desktop", false},
     Entry{"menu of Thunar", "Thunar/sendto/quoll-share.desktop", false},
     Entry{"menu of Nautilus", QUOLL_NAUTILUS_EXTENSIONS "/libnautilus-quoll.so", false},
-    Entry{"calls of programs", "dbus-1/services/it.vorlent.quoll2.Quoll-Share.service", false},
+    Entry{"calls of programs", std::string("dbus-1/services/") + share::kIdentifier + ".service",
+          false},
 };
 
 Finding menu_entry(const Entry& entry) {
   const std::string name = entry.name;
-  const bool is_path = *entry.file == '/';
+  const bool is_path = entry.file.starts_with('/');
   const std::string file = is_path ? entry.file : gio::find_data_file(entry.file);
-  if (file.empty() || (is_path && access(entry.file, F_OK) != 0)) {
+  if (file.empty() || (is_path && access(file.c_str(), F_OK) != 0)) {
     const std::string package = is_path ? "quoll-share-nautilus" : "quoll-share";
     return {name, State::kWorthKnowing, "not installed",
             "install " + package + " to have it there"};
@@ -279,7 +281,7 @@ Finding log_lines() {
   const auto said =
       posix::run_program({"journalctl", "--quiet", "--no-pager", "--output=short-iso", "--lines=5",
                           "--identifier=quoll-share", "--identifier=quoll-compose"},
-                         kMost, kPatience, std::chrono::steady_clock::now() + kPatience);
+                         kMost, kTimeOut, std::chrono::steady_clock::now() + kTimeOut);
   Finding finding{"last log lines", State::kGood, "none", ""};
   if (said.end != posix::ProgramAnswer::End::kWell) {
     finding.found = "there is no system journal here";
@@ -309,7 +311,7 @@ std::vector<Finding> diagnose(bool repair) {
   if (repair && gio::handler_of_scheme("quoll").empty()) {
     static_cast<void>(gio::set_handler_of_scheme(application, "quoll"));
   }
-  const auto lookup = gio::look_up_application(application, kPatience);
+  const auto lookup = gio::look_up_application(application, kTimeOut);
   std::vector<Finding> findings{identity(*bundle, application),
                                 container(path),
                                 space(path),

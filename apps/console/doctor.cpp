@@ -4,8 +4,8 @@
 
 #include "apps/console/commands.h"
 #include "apps/console/diagnosis.h"
-#include "apps/console/operations/json.h"
 #include "apps/console/operations/write_value.h"
+#include "apps/console/output.h"
 #include "quoll/foundation/printable.h"
 
 namespace quoll::console {
@@ -46,29 +46,28 @@ void print(const std::vector<Finding>& findings) {
   std::cout << (share_would_arrive(findings) ? "A share arrives.\n" : "A share does not arrive.\n");
 }
 
-void print_json(const std::vector<Finding>& findings) {
-  console::Json list = console::Json::array();
+Json json_of(const std::vector<Finding>& findings) {
+  Json list = Json::array();
   for (const Finding& finding : findings) {
-    console::Json lines = console::Json::array();
+    Json lines = Json::array();
     for (const std::string& line : finding.lines) {
-      lines.push_back(console::json_text(line));
+      lines.push_back(json_text(line));
     }
     list.push_back({{"step", finding.name},
                     {"state", word_of(finding.state)},
-                    {"found", console::json_text(finding.found)},
-                    {"advice", console::json_text(finding.advice)},
+                    {"found", json_text(finding.found)},
+                    {"advice", json_text(finding.advice)},
                     {"lines", lines}});
   }
-  std::cout << console::json_line({{"arrives", share_would_arrive(findings)}, {"steps", list}})
-            << '\n';
+  return {{"arrives", share_would_arrive(findings)}, {"steps", list}};
 }
 
 }  // namespace
 
 int doctor(bool repair, bool as_json) {
   const auto findings = diagnose(repair);
-  as_json ? print_json(findings) : print(findings);
-  return share_would_arrive(findings) && std::cout.flush() ? 0 : 1;
+  as_json ? print_json(json_of(findings)) : print(findings);
+  return finish(share_would_arrive(findings));
 }
 
 }  // namespace quoll::console

@@ -1,5 +1,4 @@
 #include <exception>
-#include <iostream>
 #include <memory>
 #include <set>
 #include <string>
@@ -8,8 +7,8 @@
 #include "apps/console/commands.h"
 #include "apps/console/message_file.h"
 #include "apps/console/operations/write_value.h"
+#include "apps/console/output.h"
 #include "apps/console/program_desktop.h"
-#include "quoll/foundation/printable.h"
 #include "quoll/message/command_launcher.h"
 
 namespace quoll::console {
@@ -17,10 +16,6 @@ namespace quoll::console {
 namespace {
 
 using Messages = std::vector<std::shared_ptr<ExtensionMessage>>;
-
-void complain(const std::string& line) {
-  std::cerr << "quollctl: " << foundation::printable(line) << '\n';
-}
 
 /// Collects the messages that a command is announced for, while it lives.
 class Announced final {
@@ -68,20 +63,19 @@ int launch(const std::string& command, const std::vector<std::string>& files, bo
     if (!opened && !announced.empty()) {
       complain("the mail application has not taken the command " + command);
     }
-    console::Json left_out = console::Json::array();
+    Json left_out = Json::array();
     for (std::size_t i = 0; i < messages.size(); ++i) {
       if (!announced.has(messages[i])) {
         complain(files[i] + " is left out: its identifier cannot stand in a URL");
-        left_out.push_back(console::json_text(files[i]));
+        left_out.push_back(json_text(files[i]));
       }
     }
     if (as_json) {
-      std::cout << console::json_line({{"opened", opened}, {"left_out", left_out}}) << '\n';
+      print_json({{"opened", opened}, {"left_out", left_out}});
     }
-    return opened && left_out.empty() && std::cout.flush() ? 0 : 1;
+    return finish(opened && left_out.empty());
   } catch (const std::exception& failure) {
-    complain(failure.what());
-    return 1;
+    return complain(failure.what());
   }
 }
 

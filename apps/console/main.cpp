@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -8,44 +9,59 @@
 #include "quoll/message/command_launcher.h"
 
 int main(int argc, char** argv) {
+  using quoll::console::PropertyListForm;
+  namespace console = quoll::console;
   CLI::App app("Drives and explains what the share extension's library does.", "quollctl");
   app.require_subcommand(1);
-
-  app.add_subcommand("call",
-                     "Answers JSON requests on standard input, one a line, by JSON replies.");
-
-  CLI::App* show = app.add_subcommand("show", "Prints what a quoll:// command URL says.");
-  std::string url;
+  std::function<int()> chosen;
   bool as_json = false;
-  show->add_option("URL", url, "The command URL")->required();
-  show->add_flag("--json", as_json, "Print JSON");
+  const auto add = [&](const char* name, const char* text, std::function<int()> run) {
+    CLI::App* const command = app.add_subcommand(name, text);
+    command->callback([&chosen, run = std::move(run)] { chosen = run; });
+    return command;
+  };
+  const auto add_with_json = [&](const char* name, const char* text, std::function<int()> run) {
+    CLI::App* const command = add(name, text, std::move(run));
+    command->add_flag("--json", as_json, "Print JSON");
+    return command;
+  };
 
-  CLI::App* take_apart = app.add_subcommand("url", "Takes a URL apart.");
-  take_apart->add_option("URL", url, "The URL")->required();
-  take_apart->add_flag("--json", as_json, "Print JSON");
+  add("call", "Answers JSON requests on standard input, one a line, by JSON replies.",
+      console::call);
 
-  CLI::App* accounts = app.add_subcommand("accounts", "Prints the shared mail accounts.");
-  accounts->add_flag("--json", as_json, "Print JSON");
-  CLI::App* contacts = app.add_subcommand("contacts", "Prints the shared address book.");
-  contacts->add_flag("--json", as_json, "Print JSON");
-  CLI::App* date = app.add_subcommand("date", "Prints a date in the forms that are shared.");
+  std::string url;
+  add_with_json("show", "Prints what a quoll:// command URL says.",
+                [&] { return console::show(url, as_json); })
+      ->add_option("URL", url, "The command URL")
+      ->required();
+  add_with_json("url", "Takes a URL apart.", [&] { return console::url(url, as_json); })
+      ->add_option("URL", url, "The URL")
+      ->required();
+
+  add_with_json("accounts", "Prints the shared mail accounts.",
+                [&] { return console::accounts(as_json); });
+  add_with_json("contacts", "Prints the shared address book.",
+                [&] { return console::contacts(as_json); });
+
   std::optional<std::string> moment;
-  date->add_option("DATE", moment,
+  add_with_json("date", "Prints a date in the forms that are shared.",
+                [&] { return console::date(moment, as_json); })
+      ->add_option("DATE", moment,
                    "A date like 2024-03-07T10:15:00Z or seconds since 1970; now unless given");
-  date->add_flag("--json", as_json, "Print JSON");
 
-  CLI::App* render = app.add_subcommand("render", "Prints a message as HTML.");
   std::string message;
-  render
+  add_with_json("render", "Prints a message as HTML.",
+                [&] { return console::render(message, as_json); })
       ->add_option("FILE", message,
                    "A message: a property list, or JSON of its fields; - for standard input")
       ->required();
-  render->add_flag("--json", as_json, "Print JSON");
 
-  CLI::App* launch = app.add_subcommand("launch", "Hands a command to the mail application.");
   std::string command;
   std::vector<std::string> messages;
   bool background = false;
+  CLI::App* const launch = add_with_json("launch", "Hands a command to the mail application.", [&] {
+    return console::launch(command, messages, background, as_json);
+  });
   launch->add_option("COMMAND", command, "What to do with the messages")
       ->required()
       ->check(CLI::IsMember(std::vector<std::string_view>{
@@ -53,23 +69,23 @@ int main(int argc, char** argv) {
           quoll::commandCompose, quoll::commandSend, quoll::commandOpen}));
   launch->add_option("FILE", messages, "The messages, as for render")->required();
   launch->add_flag("--background", background, "Leave the application in the background");
-  launch->add_flag("--json", as_json, "Print JSON");
 
-  CLI::App* doctor = app.add_subcommand("doctor", "Says why shares do not arrive, and what to do.");
   bool repair = false;
-  doctor->add_flag("--fix", repair, "Do what is safe to do");
-  doctor->add_flag("--json", as_json, "Print JSON");
+  add_with_json("doctor", "Says why shares do not arrive, and what to do.", [&] {
+    return console::doctor(repair, as_json);
+  })->add_flag("--fix", repair, "Do what is safe to do");
 
-  CLI::App* sample = app.add_subcommand(
-      "sample-container", "Writes what a mail application shares, made up, into a folder.");
   std::string folder;
+  auto form = PropertyListForm::kXml;
+  CLI::App* const sample =
+      add("sample-container", "Writes what a mail application shares, made up, into a folder.",
+          [&] { return console::sample_container(folder, form); });
   sample->add_option("FOLDER", folder, "The folder that holds the group containers")->required();
-  auto form = quoll::console::PropertyListForm::kXml;
   sample->add_option("--form", form, "How to write the property lists: xml, binary or old")
-      ->transform(CLI::CheckedTransformer(std::map<std::string, quoll::console::PropertyListForm>{
-          {"xml", quoll::console::PropertyListForm::kXml},
-          {"binary", quoll::console::PropertyListForm::kBinary},
-          {"old", quoll::console::PropertyListForm::kOld}}));
+      ->transform(CLI::CheckedTransformer(
+          std::map<std::string, PropertyListForm>{{"xml", PropertyListForm::kXml},
+                                                  {"binary", PropertyListForm::kBinary},
+                                                  {"old", PropertyListForm::kOld}}));
 
   try {
     app.parse(argc, argv);
@@ -77,29 +93,5 @@ int main(int argc, char** argv) {
     constexpr int kUsage = 2;
     return app.exit(error) == 0 ? 0 : kUsage;
   }
-  if (take_apart->parsed()) {
-    return quoll::console::url(url, as_json);
-  }
-  if (accounts->parsed()) {
-    return quoll::console::accounts(as_json);
-  }
-  if (contacts->parsed()) {
-    return quoll::console::contacts(as_json);
-  }
-  if (date->parsed()) {
-    return quoll::console::date(moment, as_json);
-  }
-  if (render->parsed()) {
-    return quoll::console::render(message, as_json);
-  }
-  if (launch->parsed()) {
-    return quoll::console::launch(command, messages, background, as_json);
-  }
-  if (doctor->parsed()) {
-    return quoll::console::doctor(repair, as_json);
-  }
-  if (sample->parsed()) {
-    return quoll::console::sample_container(folder, form);
-  }
-  return show->parsed() ? quoll::console::show(url, as_json) : quoll::console::call();
+  return chosen();
 }

@@ -31,12 +31,12 @@ std::string contents_of(const std::string& file) {
 /// Reads a message from a JSON object of its fields, with or without `$ExtensionMessage` around
 /// them.
 Value read_json(const std::string& contents) {
-  console::Json json = console::parse_json(contents);
+  Json json = parse_json(contents);
   const bool is_bare = json.is_object() && (json.empty() || !json.begin().key().starts_with('$'));
   if (is_bare) {
     json = {{"$ExtensionMessage", std::move(json)}};
   }
-  return console::ValueReader({}).read(json);
+  return ValueReader({}).read(json);
 }
 
 /// Reads a property list or JSON. One cannot be taken for the other: a JSON object is not a

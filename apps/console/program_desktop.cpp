@@ -4,6 +4,7 @@
 #include <iostream>
 #include <string_view>
 
+#include "apps/share/identifier.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/linux/gio/launcher.h"
 #include "quoll/linux/icu/date_formatter.h"
@@ -49,8 +50,7 @@ class ErrorLog final : public platform::Log {
 
 std::shared_ptr<platform::NSBundle> make_bundle() {
   return posix::make_program_bundle(
-      "it.vorlent.quoll2.Quoll-Share",
-      posix::installed_file(posix::InstalledFolder::kData, "Info.plist"));
+      share::kIdentifier, posix::installed_file(posix::InstalledFolder::kData, "Info.plist"));
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "apps/console/commands.h"
 #include "apps/console/message_file.h"
 #include "apps/console/operations/write_value.h"
+#include "apps/console/output.h"
 #include "apps/console/program_desktop.h"
 #include "quoll/foundation/printable.h"
 
@@ -37,15 +38,14 @@ int render(const std::string& file, bool as_json) {
   try {
     const std::string html = read_message(file)->renderHtml();
     if (as_json) {
-      std::cout << console::json_line({{"html", console::json_text(html)}}) << '\n';
+      print_json({{"html", json_text(html)}});
     } else {
       print(html);
     }
   } catch (const std::exception& failure) {
-    std::cerr << "quollctl: " << foundation::printable(failure.what()) << '\n';
-    return 1;
+    return complain(failure.what());
   }
-  return std::cout.flush() ? 0 : 1;
+  return finish();
 }
 
 }  // namespace quoll::console

@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "apps/console/commands.h"
+#include "apps/console/output.h"
 #include "apps/console/program_desktop.h"
 #include "quoll/container/group_container.h"
 #include "quoll/container/layout.h"
@@ -20,7 +21,6 @@ namespace quoll::console {
 namespace {
 
 namespace layout = container::layout;
-using console::PropertyListForm;
 using foundation::Bytes;
 using foundation::Dictionary;
 using foundation::Error;
@@ -82,7 +82,7 @@ Value groups() {
 /// it, and in one step.
 std::optional<Error> store(const std::shared_ptr<NSURL>& folder, std::string_view name,
                            const Value& content, PropertyListForm form) {
-  const std::string document = console::write_property_list(content, form);
+  const std::string document = write_property_list(content, form);
   const auto files = platform::NSFileManager::defaultManager();
   if (auto error = files->createDirectoryAtURL(folder)) {
     return error;
@@ -118,10 +118,9 @@ int sample_container(const std::string& folder, PropertyListForm form) {
   ::setenv("QUOLL_GROUP_CONTAINERS", std::filesystem::absolute(folder, unknown).c_str(), 1);
   const platform::ScopedDesktop desktop(reading_desktop());
   if (const auto error = store_all(ExtensionUtilities::GroupDataPath(), form)) {
-    std::cerr << "quollctl: " << foundation::printable(foundation::text_of(*error)) << '\n';
-    return 1;
+    return complain(foundation::text_of(*error));
   }
-  return std::cout.flush() ? 0 : 1;
+  return finish();
 }
 
 }  // namespace quoll::console

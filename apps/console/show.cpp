@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
-#include <iostream>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,6 +8,7 @@
 #include "apps/console/commands.h"
 #include "apps/console/operations/json.h"
 #include "apps/console/operations/write_value.h"
+#include "apps/console/output.h"
 #include "quoll/foundation/collections.h"
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/nsurl.h"
@@ -22,7 +22,6 @@ namespace quoll::console {
 
 namespace {
 
-using console::Json;
 using foundation::NSURL;
 using foundation::Value;
 
@@ -56,7 +55,7 @@ Json other_parameters(const NSURL& url) {
   const auto parameters = RequestUtils::URLQueryParameters(url.absoluteString());
   for (const auto& [key, value] : parameters) {
     if (!command_url::is_message_key(key)) {
-      console::append(others, key, console::write_value(value));
+      append(others, key, write_value(value));
     }
   }
   return others;
@@ -65,25 +64,20 @@ Json other_parameters(const NSURL& url) {
 Json summary(const std::shared_ptr<NSURL>& url) {
   const auto message = ExtensionMessage::ExtensionMessageWithUrl(url);
   Json out{{"command", url->host().value_or("")},
-           {"account", console::write_value(message->account())},
-           {"from", console::write_value(message->from())},
-           {"to", console::write_value(message->toString())},
-           {"cc", console::write_value(message->ccString())},
-           {"bcc", console::write_value(message->bccString())},
-           {"subject", console::write_value(message->subject())},
-           {"plainBody", console::write_value(message->plainBody())},
-           {"htmlBody", console::write_value(message->htmlBody())},
+           {"account", write_value(message->account())},
+           {"from", write_value(message->from())},
+           {"to", write_value(message->toString())},
+           {"cc", write_value(message->ccString())},
+           {"bcc", write_value(message->bccString())},
+           {"subject", write_value(message->subject())},
+           {"plainBody", write_value(message->plainBody())},
+           {"htmlBody", write_value(message->htmlBody())},
            {"attachments", Json::array()}};
   for (const Value& path : message->attachments()) {
     out["attachments"].push_back(attachment(path));
   }
   out["parameters"] = other_parameters(*url);
   return out;
-}
-
-void print_line(std::string_view label, std::string_view text) {
-  std::cout << label << std::string(label.size() < 11 ? 11 - label.size() : 1, ' ')
-            << foundation::printable(text) << '\n';
 }
 
 std::string size_words(const Json& attachment) {
@@ -95,31 +89,27 @@ std::string size_words(const Json& attachment) {
              : std::to_string(attachment["size"].get<std::uint64_t>()) + " bytes";
 }
 
+constexpr std::size_t kColumn = 11;
+
 void print_summary(const Json& summary) {
   for (const char* key : {"command", "account", "from", "to", "cc", "bcc", "subject"}) {
     if (summary[key].is_string()) {
-      print_line(std::string(key) + ":", summary[key].get_ref<const std::string&>());
+      print_line(std::string(key) + ":", kColumn, summary[key].get_ref<const std::string&>());
     }
   }
   for (const auto& [key, label] :
        {std::pair{"plainBody", "text:"}, std::pair{"htmlBody", "html:"}}) {
     if (const auto& body = summary[key].get_ref<const std::string&>(); !body.empty()) {
-      print_line(label, excerpt(body));
+      print_line(label, kColumn, excerpt(body));
     }
   }
   for (const Json& attachment : summary["attachments"]) {
-    print_line("attached:",
+    print_line("attached:", kColumn,
                attachment["path"].get<std::string>() + " (" + size_words(attachment) + ")");
   }
   for (const auto& [key, value] : summary["parameters"].items()) {
-    print_line(foundation::printable(key) + ":", value.get<std::string>());
+    print_line(foundation::printable(key) + ":", kColumn, value.get<std::string>());
   }
-}
-
-int refuse(std::string_view text, std::string_view why) {
-  std::cerr << "quollctl: " << foundation::printable(excerpt(text)) << " "
-            << foundation::printable(why) << '\n';
-  return 1;
 }
 
 }  // namespace
@@ -127,19 +117,20 @@ int refuse(std::string_view text, std::string_view why) {
 int show(const std::string& text, bool as_json) {
   const auto url = NSURL::URLWithString(text);
   if (!url || url->scheme() != "quoll" || url->host().value_or("").empty()) {
-    return refuse(text, "is not a command URL: it must look like quoll://COMMAND?QUERY");
+    return complain(excerpt(text) +
+                    " is not a command URL: it must look like quoll://COMMAND?QUERY");
   }
   try {
     const Json told = summary(url);
     if (as_json) {
-      std::cout << console::json_line(told) << '\n';
+      print_json(told);
     } else {
       print_summary(told);
     }
   } catch (const foundation::NSException& exception) {
-    return refuse(text, "cannot be read: " + exception.reason());
+    return complain(excerpt(text) + " cannot be read: " + exception.reason());
   }
-  return std::cout.flush() ? 0 : 1;
+  return finish();
 }
 
 }  // namespace quoll::console

@@ -6,6 +6,7 @@
 #include "apps/console/operations/json.h"
 #include "apps/console/operations/record_classes.h"
 #include "apps/console/operations/write_value.h"
+#include "apps/console/output.h"
 #include "apps/console/program_desktop.h"
 #include "quoll/container/accounts_store.h"
 #include "quoll/container/contacts_store.h"
@@ -26,7 +27,6 @@ namespace quoll::console {
 namespace {
 
 namespace layout = container::layout;
-using console::Json;
 using foundation::List;
 using foundation::Value;
 
@@ -41,13 +41,13 @@ Json plain(const Value& value) {
     return array;
   }
   const auto object = value.object();
-  const auto* known = object ? console::record_class(object->class_name()) : nullptr;
+  const auto* known = object ? record_class(object->class_name()) : nullptr;
   if (known == nullptr) {
-    return console::write_value(value);
+    return write_value(value);
   }
   Json fields = Json::object();
-  for (const console::RecordField& field : known->fields) {
-    console::append(fields, std::string(field.name), plain(field.get(*object)));
+  for (const RecordField& field : known->fields) {
+    append(fields, std::string(field.name), plain(field.get(*object)));
   }
   return fields;
 }
@@ -81,24 +81,19 @@ std::string fault_of(std::string_view name) {
              : path + " cannot be read as a property list that holds a list";
 }
 
-int refuse(const std::string& why) {
-  std::cerr << "quollctl: " << foundation::printable(why) << '\n';
-  return 1;
-}
-
 /// Prints what was read and answers the exit status. For people it is printed by `print_records`.
 template <typename PrintRecords>
 int tell(const List& records, std::string_view store, const Json& json, bool as_json,
          const PrintRecords& print_records) {
   if (const std::string fault = records.empty() ? fault_of(store) : ""; !fault.empty()) {
-    return refuse(fault);
+    return complain(fault);
   }
   if (as_json) {
-    std::cout << console::json_line(json) << '\n';
+    print_json(json);
   } else {
     print_records();
   }
-  return std::cout.flush() ? 0 : 1;
+  return finish();
 }
 
 }  // namespace
@@ -127,7 +122,7 @@ int contacts(bool as_json) {
                   }
                 });
   } catch (const foundation::NSException& exception) {
-    return refuse("an address cannot be shown: " + exception.reason());
+    return complain("an address cannot be shown: " + exception.reason());
   }
 }
 

@@ -33,7 +33,7 @@ void write_size(PictureSource& source, int descriptor) {
   }
   if (!quoll::posix::write_all(descriptor,
                                {reinterpret_cast<const unsigned char*>(&size), sizeof size})) {
-    throw Refused(std::strerror(errno));
+    throw ImageError(std::strerror(errno));
   }
 }
 
@@ -48,11 +48,11 @@ constexpr Request kRequests[] = {{"size", write_size}, {"png", write_png}, {"tif
 void answer(const Request& request) {
   struct stat status = {};
   if (fstat(STDIN_FILENO, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size == 0) {
-    throw Refused("there are no bytes");
+    throw ImageError("there are no bytes");
   }
   const Mapping file(STDIN_FILENO, static_cast<std::size_t>(status.st_size));
   if (!file.good()) {
-    throw Refused(std::strerror(errno));
+    throw ImageError(std::strerror(errno));
   }
   confine();
   request.answer(*open_picture(file.bytes()), STDOUT_FILENO);

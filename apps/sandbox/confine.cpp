@@ -3,7 +3,10 @@
 #include <link.h>
 #include <sys/prctl.h>
 
+#include <cstdlib>
 #include <cstring>
+#include <set>
+#include <sstream>
 
 #include "apps/sandbox/path_rules.h"
 #include "apps/sandbox/share_calls.h"
@@ -39,10 +42,40 @@ std::string loader_path() {
   return path;
 }
 
+/// True when a folder is so far up that letting it be read would let the user's files be read.
+bool holds_home(const std::string& folder) {
+  const char* const home = std::getenv("HOME");
+  return folder.empty() || (home != nullptr && (std::string(home) + "/").starts_with(folder + "/"));
+}
+
+/// The folders of the libraries of this process, wherever a system keeps them: a library opens
+/// others beside it. And those that whoever built this has named.
+std::set<std::string> library_folders() {
+  std::set<std::string> folders;
+  ::dl_iterate_phdr(
+      [](dl_phdr_info* library, std::size_t, void* out) {
+        const std::string path(library->dlpi_name);
+        const std::string folder = path.substr(0, path.rfind('/'));
+        if (path.starts_with('/') && !holds_home(folder)) {
+          static_cast<std::set<std::string>*>(out)->insert(folder);
+        }
+        return 0;
+      },
+      &folders);
+  std::istringstream named(QUOLL_SANDBOX_FOLDERS);
+  for (std::string folder; std::getline(named, folder, ':');) {
+    folders.insert(folder);
+  }
+  return folders;
+}
+
 int enforce_paths(const Confinement& wanted, int version) {
   PathRules rules(version);
   for (const char* const path : kAlwaysReadable) {
     rules.allow(path, Access::kRead);
+  }
+  for (const std::string& folder : library_folders()) {
+    rules.allow(folder, Access::kRead);
   }
   rules.allow("/dev/null", Access::kWriteFile);
   for (const std::string& path : wanted.readable) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "apps/share/identifier.h"
 #include "quoll/linux/gio/handles.h"
 #include "quoll/linux/gio/notification.h"
 
@@ -17,7 +18,6 @@ namespace {
 using gio::ObjectHandle;
 using gio::TextHandle;
 
-constexpr const char* kShareExtension = "it.vorlent.quoll2.Quoll-Share";
 constexpr const char* kPath = "/it/vorlent/quoll2/Quoll_Share";
 constexpr int kTimeOutMilliseconds = 20'000;
 
@@ -52,8 +52,8 @@ TextHandle activation_token() {
   const auto get_context =
       reinterpret_cast<GetContext>(dlsym(RTLD_DEFAULT, "gdk_display_get_app_launch_context"));
   void* const display = get_display != nullptr ? get_display() : nullptr;
-  const ObjectHandle<GDesktopAppInfo> entry(
-      g_desktop_app_info_new("it.vorlent.quoll2.Quoll-Share.desktop"));
+  const TextHandle file(g_strconcat(share::kIdentifier, ".desktop", nullptr));
+  const ObjectHandle<GDesktopAppInfo> entry(g_desktop_app_info_new(file.get()));
   if (display == nullptr || get_context == nullptr || !entry) {
     return nullptr;
   }
@@ -84,7 +84,7 @@ GVariant* parameters_of(GList* files) {
 /// What a person is told.
 std::string in_words(const gio::ErrorSlot& error) {
   if (error.is(G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN)) {
-    return "nobody answers to it.vorlent.quoll2.Quoll-Share; install quoll-share";
+    return std::string("nobody answers to ") + share::kIdentifier + "; install quoll-share";
   }
   if (error.is(G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY)) {
     return "quoll-share-service ended before it answered";
@@ -120,9 +120,9 @@ void connected(GObject* /*source*/, GAsyncResult* result, gpointer data) {
     g_warning("nothing was shared: there is no session bus: %s", error.get()->message);
     return;
   }
-  g_dbus_connection_call(bus.get(), kShareExtension, kPath, "org.freedesktop.Application", "Open",
-                         parameters.get(), nullptr, G_DBUS_CALL_FLAGS_NONE, kTimeOutMilliseconds,
-                         nullptr, answered, nullptr);
+  g_dbus_connection_call(bus.get(), share::kIdentifier, kPath, "org.freedesktop.Application",
+                         "Open", parameters.get(), nullptr, G_DBUS_CALL_FLAGS_NONE,
+                         kTimeOutMilliseconds, nullptr, answered, nullptr);
 }
 
 }  // namespace

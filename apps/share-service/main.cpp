@@ -10,8 +10,8 @@
 
 namespace {
 
-/// Calls bring descriptors along, more at a time than a program is usually given. A share is given
-/// as many as this program was.
+/// Raises the limit of open files, because calls bring descriptors along, more than a program may
+/// usually have open. Shares keep the limit that this program was started with.
 void allow_many_descriptors(quoll::share_service::ShareBounds& bounds) {
   rlimit limit{};
   if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {

@@ -1,12 +1,13 @@
 #include "apps/share-service/service.h"
 
+#include <iostream>
 #include <memory>
 
 #include "apps/share-service/share_call.h"
 #include "apps/share-service/share_interface.h"
 #include "apps/share-service/share_process.h"
+#include "apps/share/identifier.h"
 #include "apps/share/notice.h"
-#include "apps/share/report.h"
 #include "quoll/linux/gio/application_service.h"
 #include "quoll/linux/gio/notification.h"
 
@@ -14,7 +15,6 @@ namespace quoll::share_service {
 
 namespace {
 
-constexpr const char* kIdentifier = "it.vorlent.quoll2.Quoll-Share";
 /// Shares take turns; each that waits is a process.
 constexpr int kMostShares = 16;
 
@@ -22,10 +22,15 @@ void refuse(GDBusMethodInvocation* call, GDBusError error, const std::string& wh
   g_dbus_method_invocation_return_error_literal(call, G_DBUS_ERROR, error, why.c_str());
 }
 
+/// What a share said of what went wrong, as text.
+std::string words_of(const ShareEnd& end) {
+  return share::shown_report(end.told, kMostTold).value_or("the system log tells more");
+}
+
 class ShareService final : public gio::ApplicationService {
  public:
   explicit ShareService(const ShareBounds& bounds)
-      : ApplicationService(kIdentifier, kShareInterface), bounds_(bounds) {}
+      : ApplicationService(share::kIdentifier, kShareInterface), bounds_(bounds) {}
 
  private:
   void open(std::vector<std::string> uris, const gio::ActivationTokens& tokens,
@@ -71,11 +76,8 @@ class ShareService final : public gio::ApplicationService {
       return refuse(call, G_DBUS_ERROR_INVALID_ARGS, *complaint);
     }
     start(std::move(share), call, [call](const ShareEnd& end) {
-      g_dbus_method_invocation_return_value(call,
-                                            g_variant_new("(us)", static_cast<guint32>(end.code),
-                                                          share::shown_report(end.told, kMostTold)
-                                                              .value_or("the system log tells more")
-                                                              .c_str()));
+      g_dbus_method_invocation_return_value(
+          call, g_variant_new("(us)", static_cast<guint32>(end.code), words_of(end).c_str()));
     });
   }
 
@@ -89,6 +91,7 @@ class ShareService final : public gio::ApplicationService {
         g_object_unref);
     const auto show = [bus](const ShareEnd& end) {
       if (end.code != 0) {
+        std::cerr << words_of(end) << '\n';  // for the journal: a notification is soon gone
         const share::Notice notice = share::notice_of(end.code, end.told);
         gio::send_notification(bus.get(), notice.title, notice.body);
       }

@@ -7,8 +7,8 @@
 
 namespace quoll::share_service {
 
-/// Answers on the session bus to programs that share (docs/dbus.md), each share in a process of its
-/// own, until nothing came for `idle`. Answers why when it cannot.
+/// Serves programs that share over the session bus (docs/dbus.md), each share in a process of its
+/// own. Returns when no call has come for `idle`. Answers why when it cannot serve.
 [[nodiscard]] gio::Failure serve_shares(std::chrono::milliseconds idle, const ShareBounds& bounds);
 
 }  // namespace quoll::share_service

@@ -23,11 +23,11 @@ struct ShareCall {
 /// More than anybody selects, and few enough for one process.
 inline constexpr std::size_t kMostUris = 20'000;
 
-/// What is said of so many links and files when they are too many; none when they are not.
+/// The error for a call with so many links and files; none when they are not too many.
 [[nodiscard]] std::optional<std::string> too_many_uris(std::size_t count);
 
-/// Reads the parameters that docs/dbus.md describes into `call`, with the descriptors that came
-/// beside them (null when none did). Answers what is wrong with them; none when all is well.
+/// Reads the parameters that docs/dbus.md describes into `call`. `descriptors` came with the
+/// message; null when none did. Answers what is wrong; none when all is well.
 [[nodiscard]] std::optional<std::string> read_share_call(GVariant* parameters,
                                                          GUnixFDList* descriptors, ShareCall& call);
 

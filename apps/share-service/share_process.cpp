@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "apps/share/report.h"
+#include "apps/share/exit_code.h"
 #include "quoll/linux/gio/handles.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/installed_file.h"
@@ -20,11 +20,10 @@ namespace {
 
 constexpr gsize kBlock = 4096;
 
-template <typename T>
-using ObjectHandle = gio::ObjectHandle<T>;
+using gio::ObjectHandle;
 
-/// The texts and the items, as the program takes them from its standard input; none with `errno`
-/// set when they cannot be held.
+/// A file with the texts and the items, as `quoll-share --null` reads them; none, with `errno` set,
+/// when it cannot be made.
 posix::UniqueFd list_of(const share::ShareRequest& request) {
   posix::UniqueFd list(memfd_create("list", MFD_CLOEXEC));
   std::string parts;
@@ -44,7 +43,7 @@ posix::UniqueFd list_of(const share::ShareRequest& request) {
   return list;
 }
 
-/// The number that the program finds the item under.
+/// The number of the item's descriptor in `quoll-share`.
 int number_of(std::size_t item) {
   constexpr int kFirst = 3;
   return kFirst + static_cast<int>(item);

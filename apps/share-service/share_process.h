@@ -12,11 +12,12 @@
 
 namespace quoll::share_service {
 
-/// A share tells a line for each thing that it left out.
+/// How many bytes of a share's report are kept. A report has a line for each thing that was left
+/// out.
 inline constexpr std::size_t kMostTold = std::size_t{64} << 10;
 
-/// What came of a share: the number that `quoll-share` ends with, and what it told: a block more
-/// than `kMostTold` at most, and not yet known to be text.
+/// What came of a share: its exit code, and what it wrote on standard error. That is at most a
+/// block longer than `kMostTold`, and may be any bytes.
 struct ShareEnd {
   int code = 1;
   std::string told;
@@ -24,12 +25,12 @@ struct ShareEnd {
 
 /// What a share may use.
 struct ShareBounds {
-  std::chrono::seconds time{600};  ///< then it is ended
-  rlim_t descriptors = 1024;       ///< as the programs that it starts expect it
+  std::chrono::seconds time{600};  ///< a share that takes longer is ended
+  rlim_t descriptors = 1024;  ///< open files; the programs that it starts expect the usual limit
 };
 
-/// Starts `quoll-share` with all of the call and answers at once. `ended` is called later, once,
-/// by the default main context; not when the process could not be started, which is said.
+/// Starts `quoll-share` for the call and returns at once. Answers why when it could not be started.
+/// Otherwise `ended` is called once, later, by the default main context.
 [[nodiscard]] gio::Failure start_share(ShareCall call, const ShareBounds& bounds,
                                        std::function<void(const ShareEnd&)> ended);
 

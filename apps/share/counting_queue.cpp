@@ -14,7 +14,7 @@ void CountingQueue::run(Count& count, std::function<void()> block) {
     platform::log_event(
         {sentence, foundation::quoll_error(foundation::kShareEndedError, sentence)});
   }
-  block = nullptr;  // what it holds goes before the host hears that it has ended
+  block = nullptr;  // release what it holds before the program hears of its end
   const std::lock_guard lock(count.mutex);
   --count.left;
   count.ended.notify_all();

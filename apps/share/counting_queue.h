@@ -10,19 +10,20 @@
 
 namespace quoll::share {
 
-/// A queue that counts its background blocks, so that the host can stay until the last has ended.
-/// Whatever leaves such a block is logged and ends that block only: the host still has to report.
+/// A queue that counts its background blocks, so that the program can wait for the last of them. An
+/// exception that leaves such a block is logged and ends only that block: the program still has to
+/// report.
 class CountingQueue final : public platform::Queue {
  public:
   explicit CountingQueue(std::shared_ptr<platform::Queue> queue) : queue_(std::move(queue)) {}
 
   void async(platform::QueuePriority priority, std::function<void()> block) override;
 
-  /// Waits until no background block is left, but not longer than this; true when none is left.
+  /// Waits until no background block is left, but at most for `at_most`. True when none is left.
   [[nodiscard]] bool wait_for_background(std::chrono::milliseconds at_most);
 
  private:
-  /// Outlives the queue when a block does.
+  /// Shared with the blocks, because a block may outlive the queue.
   struct Count {
     std::mutex mutex;
     std::condition_variable ended;

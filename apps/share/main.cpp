@@ -1,6 +1,7 @@
 #include <exception>
 #include <iostream>
 
+#include "apps/share/exit_code.h"
 #include "apps/share/notify.h"
 #include "apps/share/request/arguments.h"
 #include "apps/share/request/clipboard.h"

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "apps/share/exit_code.h"
 #include "apps/share/request/descriptors.h"
 #include "apps/share/request/menu_request.h"
 #include "apps/share/request/menu_socket.h"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -11,8 +13,13 @@ struct Notice {
   std::string body;
 };
 
-/// The notice for a share that ended with this number and told this on standard error: as many
-/// whole lines as a notification has room for.
+/// The notice for a share that ended with this number and wrote this on standard error. The body
+/// holds as many whole lines of it as a notification has room for.
 [[nodiscard]] Notice notice_of(int code, std::string_view told);
+
+/// What a share wrote on standard error, to be shown: as many whole lines as `most` bytes hold, and
+/// "..." for the rest. A first line that is longer is cut between two characters. None when it is
+/// not text: the share has had other people's bytes in its hands.
+[[nodiscard]] std::optional<std::string> shown_report(std::string_view told, std::size_t most);
 
 }  // namespace quoll::share

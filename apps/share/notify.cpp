@@ -34,10 +34,9 @@ int share_and_notify(const std::function<int()>& share) {
   const pid_t program = getpid();
   const pid_t process = pipe ? fork() : -1;
   if (process < 0) {
-    return share();  // as it would be without a desktop
+    return share();  // then nothing is shown on the desktop
   }
   if (process == 0) {
-    // Whoever ends this program ends the share.
     if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != program) {
       _exit(kSignalled + SIGKILL);
     }
@@ -47,7 +46,7 @@ int share_and_notify(const std::function<int()>& share) {
   }
   pipe.writing.reset();
   constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
-  const std::string told = receive_text(pipe.reading.get(), kAll).value_or("");
+  const std::string told = read_at_most(pipe.reading.get(), kAll).value_or("");
   static_cast<void>(posix::write_all(STDERR_FILENO, told));
   const int code = wait_for(process);
   if (code != 0) {

@@ -34,7 +34,7 @@ class PrintWorkspace final : public platform::NSWorkspace {
 
 }  // namespace
 
-std::shared_ptr<platform::NSWorkspace> printer(int descriptor) {
+std::shared_ptr<platform::NSWorkspace> make_print_workspace(int descriptor) {
   return std::make_shared<PrintWorkspace>(descriptor);
 }
 

@@ -8,6 +8,6 @@ namespace quoll::share {
 
 /// A workspace that writes each URL to a descriptor, one a line, instead of opening it. Its answer
 /// is whether all was written; when not, the log says why.
-[[nodiscard]] std::shared_ptr<platform::NSWorkspace> printer(int descriptor);
+[[nodiscard]] std::shared_ptr<platform::NSWorkspace> make_print_workspace(int descriptor);
 
 }  // namespace quoll::share

@@ -20,8 +20,8 @@ using foundation::NSURL;
 using platform::LogEvent;
 using recording::WrittenFile;
 
-/// What the opened URL really carries. The items' own memory does not tell: one may have been
-/// staged a moment after the URL was made.
+/// What the opened URL carries. The events of the items do not tell: an item may have been staged a
+/// moment after the URL was made.
 class Draft {
  public:
   explicit Draft(const std::vector<std::shared_ptr<NSURL>>& urls) {
@@ -70,7 +70,7 @@ bool is_about_folder(const LogEvent& event) {
                          is_own(*event.error, foundation::kNotPreparedError));
 }
 
-/// What happened in a share, apart from its items.
+/// The events of a share by its stages, without those of its items.
 struct Course {
   explicit Course(const std::vector<recording::Event>& events) {
     for (const recording::Event& event : events) {
@@ -95,7 +95,7 @@ bool is_missing_file(const Error& error) {
          error.code == foundation::NSFileNoSuchFileError;
 }
 
-/// True for the failure of an item that says nothing about the item: nobody could have staged it.
+/// True for a failure to stage an item that is no fault of the item.
 bool is_failure_of_folder(const LogEvent& event, bool is_folder_in_trouble) {
   return event.error && (is_own(*event.error, foundation::kNotCoordinatedError) ||
                          (is_folder_in_trouble && is_missing_file(*event.error)));
@@ -126,8 +126,8 @@ std::vector<LeftOut> everything_left_out(const Selection& selection, const Cours
   return all;
 }
 
-/// Why the staging folder could not be prepared; none when it could. On the very first share there
-/// is nothing to delete, and that is no trouble.
+/// Why the staging folder could not be prepared; none when it could. The very first share finds
+/// nothing to delete, which is no trouble.
 std::optional<std::string> staging_trouble(const std::vector<LogEvent>& preparation) {
   for (const LogEvent& event : preparation) {
     const Error* const reason = event.error->underlying();
@@ -142,8 +142,8 @@ std::optional<std::string> staging_trouble(const std::vector<LogEvent>& preparat
   return std::nullopt;
 }
 
-/// True when something was staged: then the folder could be used, whatever went wrong with what
-/// earlier shares had left in it.
+/// True when something was staged. Then the folder can be used, even if files of earlier shares
+/// could not be deleted.
 bool was_used(const Selection& selection) {
   return std::any_of(selection.items.begin(), selection.items.end(), [](const auto& item) {
     return !recording::events_of_kind<WrittenFile>(item->events()).empty();
@@ -200,18 +200,6 @@ ExitCode report(const Selection& selection, const std::vector<recording::Event>&
     return ExitCode::kNotOpened;
   }
   return left_out.empty() ? ExitCode::kOpened : ExitCode::kSomethingLeftOut;
-}
-
-std::optional<std::string> shown_report(std::string_view told, std::size_t most) {
-  told = foundation::trim(told);
-  const bool is_long = told.size() > most;
-  if (is_long) {
-    told = told.substr(0, std::min(told.rfind('\n', most), most));
-  }
-  if (told.find('\0') != std::string_view::npos || !foundation::is_utf8(told)) {
-    return std::nullopt;
-  }
-  return std::string(told) + (is_long ? "\n..." : "");
 }
 
 }  // namespace quoll::share

@@ -13,7 +13,7 @@ namespace {
 
 using platform::NSAttributedString;
 
-/// What is shared. It does not keep how the request ended.
+/// Has the input items only: how the extension ends its request is ignored.
 class ShareContext final : public platform::NSExtensionContext {
  public:
   explicit ShareContext(Items items) : items_(std::move(items)) {}
@@ -72,9 +72,9 @@ std::shared_ptr<platform::NSExtensionContext> make_context(Selection& selection)
 
 void wait_until_done(const Selection& selection, CountingQueue& background,
                      const Progress& progress) {
-  constexpr std::chrono::milliseconds kPatience{1000};
+  constexpr std::chrono::milliseconds kDelay{1000};
   constexpr std::chrono::milliseconds kStep{100};
-  if (background.wait_for_background(progress ? kStep : kPatience)) {
+  if (background.wait_for_background(progress ? kStep : kDelay)) {
     return;
   }
   const bool is_terminal = isatty(STDERR_FILENO) == 1 && !selection.items.empty();

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "apps/share/counting_queue.h"
-#include "apps/share/request/select.h"
+#include "apps/share/request/selection.h"
 #include "quoll/platform/extension_host.h"
 #include "quoll/recording/event_recorder.h"
 #include "quoll/view/view_controller.h"
@@ -16,21 +16,23 @@
 namespace quoll::share {
 
 /// The selection as the extension gets it: a context with one extension item. HTML is read here,
-/// since only a confined process should; what cannot be read is moved to `left_out`. How the
-/// extension ends its request is of no interest: a share ends with its background work.
+/// because the process is confined by now; HTML that cannot be read is moved to `left_out`. The
+/// context ignores how the extension ends its request: a share ends with its background work.
 [[nodiscard]] std::shared_ptr<platform::NSExtensionContext> make_context(Selection& selection);
 
-/// Told how many of the items have answered, again and again while the share is under way.
+/// Called about ten times a second while the share is under way, with the number of items that have
+/// answered and the number of all.
 using Progress = std::function<void(std::size_t answered, std::size_t items)>;
 
-/// Returns when no background block is left. Without a `progress` it tells a person at a terminal
-/// how far the share is, once that has taken a second.
+/// Returns when no background block is left. Without a `progress` the progress is shown at the
+/// terminal, if there is one, from the first second on.
 void wait_until_done(const Selection& selection, CountingQueue& background,
                      const Progress& progress = nullptr);
 
 /// Shares the selection by an extension's view controller, as a share menu would: hands it the
-/// context, asks for its view on this thread, and stays until its background work has ended.
-/// Answers the recorded events, without those of the items.
+/// context, asks for its view on this thread, and waits until its background work has ended.
+/// Answers the recorded events, without those of the items. Asks for nothing when the selection is
+/// empty.
 template <std::derived_from<platform::NSViewController> Controller>
 [[nodiscard]] std::vector<recording::Event> run(Selection& selection, CountingQueue& background,
                                                 const Progress& progress = nullptr) {

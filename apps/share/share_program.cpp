@@ -11,7 +11,9 @@
 
 #include "apps/sandbox/confine.h"
 #include "apps/share/echoing_log.h"
+#include "apps/share/identifier.h"
 #include "apps/share/print_workspace.h"
+#include "apps/share/report.h"
 #include "apps/share/run.h"
 #include "apps/share/staging_lock.h"
 #include "quoll/container/group_container.h"
@@ -35,7 +37,7 @@ namespace quoll::share {
 namespace {
 
 /// Makes the group container when it is missing, removes what killed shares left in it, and answers
-/// its path.
+/// its path; none when there is no container.
 std::optional<std::string> prepare_container() {
   const auto container = ExtensionUtilities::GroupPath();
   auto path = container ? container->file_system_path() : std::nullopt;
@@ -45,7 +47,7 @@ std::optional<std::string> prepare_container() {
   return path;
 }
 
-/// What the share still needs once it is known what is shared.
+/// What the process may use from now on: what the selection needs, and no more.
 sandbox::Confinement needs_of(const Selection& selection,
                               const std::optional<std::string>& container,
                               const std::string& image_helper) {
@@ -62,8 +64,9 @@ sandbox::Confinement needs_of(const Selection& selection,
   return needs;
 }
 
-/// Installs what surrounds the program, and answers the queue whose background blocks are counted.
-/// Starts no thread. Loads the reader of HTML when `with_html`: once confined, nobody can.
+/// Installs the desktop and answers its queue, which counts the background blocks. Starts no
+/// thread. With `with_html` the reader of HTML is loaded, because a confined process cannot load
+/// it.
 std::shared_ptr<CountingQueue> install_desktop(std::shared_ptr<platform::NSWorkspace> workspace,
                                                const std::string& image_helper, bool with_html,
                                                bool is_verbose) {
@@ -73,8 +76,7 @@ std::shared_ptr<CountingQueue> install_desktop(std::shared_ptr<platform::NSWorks
   }
   platform::Desktop desktop = recording::recorded({
       .bundle = posix::make_program_bundle(
-          "it.vorlent.quoll2.Quoll-Share",
-          posix::installed_file(posix::InstalledFolder::kData, "Info.plist")),
+          kIdentifier, posix::installed_file(posix::InstalledFolder::kData, "Info.plist")),
       .files = posix::make_file_manager(),
       .coordinator = posix::coordinator_factory(),
       .workspace = std::move(workspace),
@@ -99,8 +101,8 @@ bool is_busy(const Selection& selection) {
   });
 }
 
-/// Tells what came of the share, removes its files and answers the number to end the program with.
-/// While an item is still worked on it ends the program itself: what that thread uses must stay.
+/// Reports what came of the share, removes its received files and answers the exit code. While a
+/// thread still works on an item, it ends the program without destroying what the thread uses.
 int end(Selection& selection, const std::vector<recording::Event>& events,
         const ShareSettings& settings) {
   std::ostringstream told;
@@ -116,16 +118,16 @@ int end(Selection& selection, const std::vector<recording::Event>& events,
 }  // namespace
 
 int run_share(ShareRequest request, const ShareSettings& settings) {
-  auto workspace = settings.print ? printer(STDOUT_FILENO)
+  auto workspace = settings.print ? make_print_workspace(STDOUT_FILENO)
                                   : gio::start_launcher({.urls = "quoll://compose?", .times = 1});
-  // A reader that went away is an error of the write, to be reported like any other. Not before the
-  // launcher has started: the applications would inherit it.
+  // A write to a reader that went away then fails like any other write. The launcher has started
+  // before, or the applications that it starts would inherit this.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   const std::string image_helper = image_helper::helper_path();
   const auto background = install_desktop(std::move(workspace), image_helper,
                                           request.html.has_value(), settings.verbose);
   const std::optional<std::string> container = prepare_container();
-  Selection selection = select(std::move(request), container);
+  Selection selection = make_selection(std::move(request), container);
   if (selection.empty()) {
     return end(selection, {}, settings);
   }

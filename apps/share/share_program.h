@@ -3,13 +3,12 @@
 #include <functional>
 #include <string>
 
-#include "apps/share/report.h"
-#include "apps/share/request/select.h"
+#include "apps/share/request/share_request.h"
 #include "apps/share/run.h"
 
 namespace quoll::share {
 
-/// How a program that shares talks to whoever asked for it.
+/// How a program that shares talks to the person or the program that asked for the share.
 struct ShareSettings {
   /// The command URL goes to standard output and is not opened.
   bool print = false;
@@ -17,13 +16,15 @@ struct ShareSettings {
   bool verbose = false;
   /// Null: a person at a terminal is told.
   Progress progress;
-  /// Called once, at the end, with what there is to tell: whole lines, none when all went well.
+  /// Called once, at the end, with the report: whole lines, empty when all went well.
   std::function<void(const std::string& told)> tell;
 };
 
-/// Shares what was asked for as one draft, and answers the number to end the program with; it may
-/// end the program itself. For the whole of a program: it starts the launcher, gives up what a
-/// share does not need and installs the desktop, so it is called once, while there is one thread.
+/// Shares what was asked for as one draft and answers the exit code. When an item is still being
+/// read at the end, it ends the program itself.
+///
+/// To be called once, while there is one thread: it starts the launcher, installs the desktop and
+/// confines the process.
 [[nodiscard]] int run_share(ShareRequest request, const ShareSettings& settings);
 
 }  // namespace quoll::share

@@ -15,15 +15,14 @@
 namespace quoll::share {
 
 /// One item of a share, as the extension asks for it: a file or a link (an `NSURL`), or the bytes
-/// of an image. It answers on the default queue, several at a time; what they stage is
-/// staged one after the other. It remembers what came of it. Held by `std::shared_ptr`; any thread
-/// may call.
+/// of an image. Items answer on the default queue, several at a time. Each records what happens
+/// while the extension works on it. Held by `std::shared_ptr`; any thread may call.
 class SharedItem final : public platform::NSItemProvider,
                          public std::enable_shared_from_this<SharedItem> {
  public:
   enum class State { kNotAsked, kAsked, kAnswering, kAnswered };
 
-  /// `given` is what the user called it.
+  /// `given` is the item's name for the report: what the user wrote, if anything.
   SharedItem(std::string given, std::string_view type, foundation::Value value)
       : given_(std::move(given)), type_(type), value_(std::move(value)) {}
 

@@ -17,8 +17,8 @@ namespace quoll::share {
 
 namespace {
 
-/// The lock file, made when it is not there yet; it is never deleted, or two hosts could each hold
-/// a lock on a file of that name.
+/// Opens the lock file, and makes it when it is missing. It is never deleted: otherwise two shares
+/// could each hold a lock on a file of that name.
 posix::UniqueFd lock_file() {
   const auto container = ExtensionUtilities::GroupPath();
   const auto path = container ? container->file_system_path() : std::nullopt;
@@ -26,7 +26,7 @@ posix::UniqueFd lock_file() {
     return posix::UniqueFd();
   }
   const std::string folder = foundation::appending_path_component(*path, container::layout::locks);
-  mkdir(folder.c_str(), 0700);  // it may exist; what else goes wrong shows at the next step
+  mkdir(folder.c_str(), 0700);  // it may exist already; any other failure shows at `open`
   const std::string name =
       foundation::appending_path_component(folder, container::layout::staging_lock);
   posix::UniqueFd file(open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));

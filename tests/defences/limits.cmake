@@ -1,19 +1,19 @@
 # The limits of docs/limits.md that keep hostile input from growing, or a person from waiting.
 
 # What a program takes in
-quoll_defence(text_length FILE apps/share/request/select.cpp
+quoll_defence(text_length FILE apps/share/request/selection.cpp
   TAKES "text->size() > kLongestText" GIVES "text->size() > 2 * kLongestText"
   SHOWN_BY host ReceivedLimits.ATextHas64MiBAtMost)
-quoll_defence(list_length FILE apps/share/request/select.cpp
+quoll_defence(list_length FILE apps/share/request/selection.cpp
   TAKES "bytes->size() > kLongestList" GIVES "bytes->size() > 2 * kLongestList"
   SHOWN_BY host ReceivedLimits.AListHas256MiBAtMost)
 quoll_defence(descriptor_length FILE apps/share/request/received_bytes.cpp
   TAKES "return size <= source.limit ?" GIVES "return true ?"
   SHOWN_BY host ReceivedLimits.DescriptorsHave256MiBInAll)
-quoll_defence(descriptors_in_all FILE apps/share/request/select.cpp
+quoll_defence(descriptors_in_all FILE apps/share/request/selection.cpp
   TAKES "budget_ -= taken" GIVES "budget_ -= 0 * taken"
   SHOWN_BY host ReceivedLimits.FilesAndImagesShareTheBudgetOfDescriptors)
-quoll_defence(left_out_on_the_disk FILE apps/share/request/select.cpp
+quoll_defence(left_out_on_the_disk FILE apps/share/request/selection.cpp
   TAKES "unlink(path.c_str());" GIVES ""
   SHOWN_BY host ReceivedLimits.FilesAndImagesShareTheBudgetOfDescriptors)
 quoll_defence(delivered_image FILE apps/share/request/received_bytes.cpp

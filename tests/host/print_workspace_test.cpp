@@ -18,8 +18,8 @@ TEST(Printer, OneLineAUrl) {
   ASSERT_EQ(pipe(ends), 0);
   const posix::UniqueFd reading(ends[0]);
   posix::UniqueFd writing(ends[1]);
-  EXPECT_TRUE(
-      printer(writing.get())->openURLs({NSURL::URLWithString("quoll://compose?")}, "x", {}));
+  EXPECT_TRUE(make_print_workspace(writing.get())
+                  ->openURLs({NSURL::URLWithString("quoll://compose?")}, "x", {}));
   writing.reset();
   std::string printed;
   bool ended = false;
@@ -30,7 +30,7 @@ TEST(Printer, OneLineAUrl) {
 TEST(Printer, SaysWhyItCannot) {
   auto log = std::make_shared<test::RecordingLog>();
   const platform::ScopedDesktop desktop({.log = log});
-  EXPECT_FALSE(printer(-1)->openURLs({NSURL::URLWithString("x:")}, "x", {}));
+  EXPECT_FALSE(make_print_workspace(-1)->openURLs({NSURL::URLWithString("x:")}, "x", {}));
   EXPECT_EQ(log->lines(), Lines{"openURLs the URL cannot be written: bad file descriptor"});
   EXPECT_EQ(log->events().at(0).error->code, foundation::kNotOpenedError);
 }

@@ -7,7 +7,7 @@
 #include <filesystem>
 
 #include "apps/share/request/received_bytes.h"
-#include "apps/share/request/select.h"
+#include "apps/share/request/selection.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "tests/support/temporary_folder.h"
 
@@ -33,26 +33,26 @@ std::string container() {
 
 TEST(ReceivedLimits, AnImageIsHeldBelow256MiB) {
   constexpr std::string_view kPng = "\x89PNG\r\n\x1a\n";
-  const auto longest = receive({delivering(kPng, 256 * kMebibyte - 1).get()});
+  const auto longest = read_beginning({delivering(kPng, 256 * kMebibyte - 1).get()});
   ASSERT_TRUE(longest);
   EXPECT_TRUE(longest->is_whole) << "an image, to be decoded";
   EXPECT_EQ(longest->beginning.size(), 256 * kMebibyte - 1);
-  const auto longer = receive({delivering(kPng, 256 * kMebibyte + 1).get()});
+  const auto longer = read_beginning({delivering(kPng, 256 * kMebibyte + 1).get()});
   ASSERT_TRUE(longer);
   EXPECT_FALSE(longer->is_whole) << "shared as the file that it is";
   EXPECT_EQ(longer->beginning.size(), 256 * kMebibyte);
 }
 
 TEST(ReceivedLimits, OfOtherBytesOneMebibyteIsHeld) {
-  EXPECT_TRUE(receive({delivering("", kMebibyte - 1).get()})->is_whole);
-  const auto longer = receive({delivering("", 100 * kMebibyte).get()});
+  EXPECT_TRUE(read_beginning({delivering("", kMebibyte - 1).get()})->is_whole);
+  const auto longer = read_beginning({delivering("", 100 * kMebibyte).get()});
   EXPECT_FALSE(longer->is_whole);
   EXPECT_EQ(longer->beginning.size(), kMebibyte) << "the rest goes through a block at a time";
 }
 
 TEST(ReceivedLimits, ATextHas64MiBAtMost) {
   const auto selected = [](std::size_t size) {
-    return select({{}, "-", {}, {}}, container(), delivering("text", size).get());
+    return make_selection({{}, "-", {}, {}}, container(), delivering("text", size).get());
   };
   const Selection longest = selected(64 * kMebibyte);
   ASSERT_TRUE(longest.text);
@@ -66,7 +66,7 @@ TEST(ReceivedLimits, ATextHas64MiBAtMost) {
 
 TEST(ReceivedLimits, ATextWithoutAnEndEnds) {
   const posix::UniqueFd endless(open("/dev/zero", O_RDONLY | O_CLOEXEC));
-  EXPECT_FALSE(select({{}, {}, "-", {}}, container(), endless.get()).html);
+  EXPECT_FALSE(make_selection({{}, {}, "-", {}}, container(), endless.get()).html);
 }
 
 TEST(ReceivedLimits, AListHas256MiBAtMost) {
@@ -75,7 +75,7 @@ TEST(ReceivedLimits, AListHas256MiBAtMost) {
     ShareRequest request;
     request.text = "-";
     request.has_list = true;
-    return select(std::move(request), container(), list.get()).left_out.front().why;
+    return make_selection(std::move(request), container(), list.get()).left_out.front().why;
   };
   EXPECT_EQ(why_left_out(256 * kMebibyte), "it is longer than 64 MiB") << "its only part is a text";
   EXPECT_EQ(why_left_out(256 * kMebibyte + 1), "it is longer than 256 MiB");
@@ -85,7 +85,7 @@ TEST(ReceivedLimits, DescriptorsHave256MiBInAll) {
   const auto selected = [](std::size_t size) {
     ShareRequest request;
     request.descriptor_items.push_back({delivering("", size), "", "large"});
-    return select(std::move(request), container());
+    return make_selection(std::move(request), container());
   };
   EXPECT_EQ(selected(256 * kMebibyte).items.size(), 1U);
   const Selection longer = selected(256 * kMebibyte + 1);
@@ -108,7 +108,7 @@ TEST(ReceivedLimits, FilesAndImagesShareTheBudgetOfDescriptors) {
   deliver("", 2 * kMebibyte, "another");
   deliver("", kMebibyte, "the last that has room");
   deliver(kPng, 100, "");
-  const Selection selection = select(std::move(request), container());
+  const Selection selection = make_selection(std::move(request), container());
   EXPECT_EQ(selection.items.size(), 3U);
   ASSERT_EQ(selection.left_out.size(), 3U);
   for (const LeftOut& left : selection.left_out) {
@@ -125,7 +125,8 @@ TEST(ReceivedLimits, FilesAndImagesShareTheBudgetOfDescriptors) {
 TEST(ReceivedLimits, OfAnImageNoMoreIsHeldThanIsWanted) {
   constexpr std::string_view kPng = "\x89PNG\r\n\x1a\n";
   const posix::UniqueFd image = delivering(kPng, 100 * kMebibyte);
-  EXPECT_EQ(receive({image.get(), std::nullopt, 3 * kMebibyte})->beginning.size(), 3 * kMebibyte);
+  EXPECT_EQ(read_beginning({image.get(), std::nullopt, 3 * kMebibyte})->beginning.size(),
+            3 * kMebibyte);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <sstream>
 
+#include "apps/share/notice.h"
 #include "quoll/foundation/format.h"
 #include "quoll/platform/desktop.h"
 #include "quoll/platform/type_identifiers.h"
@@ -209,6 +210,7 @@ TEST(ShownReport, HasWholeLinesOfText) {
   EXPECT_EQ(shown_report("one\ntwo\n", kMost), "one\ntwo");
   EXPECT_EQ(shown_report("one\ntwo\nthree\n", kMost), "one\ntwo\n...");
   EXPECT_EQ(shown_report("a long line", kMost), "a long l\n...");
+  EXPECT_EQ(shown_report("a line \xC3\xBC", kMost), "a line \n...") << "no half character";
   EXPECT_EQ(shown_report("gr\xFC\xDF", kMost), std::nullopt);
   EXPECT_EQ(shown_report(std::string_view("a\0b", 3), kMost), std::nullopt);
 }

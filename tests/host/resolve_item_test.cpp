@@ -17,9 +17,9 @@ namespace quoll::share {
 namespace {
 
 /// A folder with awkward names, which is the working directory as long as it lives.
-class Intakes : public testing::Test {
+class ResolveItem : public testing::Test {
  protected:
-  Intakes() : before_(std::filesystem::current_path()) {
+  ResolveItem() : before_(std::filesystem::current_path()) {
     for (const char* const name :
          {"plain.txt", "a b,c.txt", "x y", "x%20y", "only%20raw", "q?s#f", "gr\xC3\xBC\xC3\x9F.txt",
           "bad\xFF.txt", "-dash", "line\nbreak", "100%", "http:", "a;b", "tail "}) {
@@ -31,13 +31,13 @@ class Intakes : public testing::Test {
     std::filesystem::create_symlink("folder", folder_.path("to-folder"));
     std::filesystem::current_path(folder_.path());
   }
-  ~Intakes() override { std::filesystem::current_path(before_); }
+  ~ResolveItem() override { std::filesystem::current_path(before_); }
 
   test::TemporaryFolder folder_;
   std::filesystem::path before_;
 };
 
-TEST_F(Intakes, FilesThatAreTaken) {
+TEST_F(ResolveItem, FilesThatAreTaken) {
   struct Row {
     const char* reason;
     std::string given;
@@ -82,7 +82,7 @@ TEST_F(Intakes, FilesThatAreTaken) {
   }
 }
 
-TEST_F(Intakes, LinksThatAreTaken) {
+TEST_F(ResolveItem, LinksThatAreTaken) {
   struct Row {
     const char* reason;
     std::string given;
@@ -109,7 +109,7 @@ TEST_F(Intakes, LinksThatAreTaken) {
   }
 }
 
-TEST_F(Intakes, Refused) {
+TEST_F(ResolveItem, Refused) {
   struct Row {
     const char* reason;
     std::string given;
@@ -151,7 +151,7 @@ TEST_F(Intakes, Refused) {
   }
 }
 
-TEST_F(Intakes, UnreadableFile) {
+TEST_F(ResolveItem, UnreadableFile) {
   ASSERT_EQ(chmod(folder_.path("plain.txt").c_str(), 0), 0);
   ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
   const uid_t user = geteuid();

@@ -57,7 +57,7 @@ class Run : public testing::Test {
 };
 
 TEST_F(Run, AWholeShareIsSilent) {
-  Selection selection = select(
+  Selection selection = make_selection(
       {"A title", "Text", {}, {folder_.write("a.txt", "x"), "https://example.org/"}}, std::nullopt);
   selection.text.reset();  // the empty desktop turns no text to HTML
   EXPECT_EQ(report_of(selection, run<ShareViewController>(selection, *queue_)), ExitCode::kOpened);
@@ -71,7 +71,7 @@ TEST_F(Run, AWholeShareIsSilent) {
 TEST_F(Run, EverySelectedItemThatIsNotInTheDraftIsNamed) {
   const std::string vanishing = folder_.write("vanishing.txt", "x");
   Selection selection =
-      select({{}, {}, {}, {"/missing", vanishing, "https://example.org/"}}, std::nullopt);
+      make_selection({{}, {}, {}, {"/missing", vanishing, "https://example.org/"}}, std::nullopt);
   selection.items.push_back(
       std::make_shared<SharedItem>("picture", platform::kUTTypeImage, foundation::Value("text")));
   std::filesystem::remove(vanishing);
@@ -82,7 +82,7 @@ TEST_F(Run, EverySelectedItemThatIsNotInTheDraftIsNamed) {
 }
 
 TEST_F(Run, NothingToShareAsksForNothing) {
-  Selection selection = select({"A title", {}, {}, {"/missing"}}, std::nullopt);
+  Selection selection = make_selection({"A title", {}, {}, {"/missing"}}, std::nullopt);
   EXPECT_EQ(report_of(selection, run<ShareViewController>(selection, *queue_)),
             ExitCode::kNotOpened);
   EXPECT_EQ(told_,
@@ -93,7 +93,8 @@ TEST_F(Run, NothingToShareAsksForNothing) {
 }
 
 TEST_F(Run, HtmlThatCannotBeReadIsLeftOut) {
-  Selection selection = select({{}, {}, "<b>x</b>", {"https://example.org/"}}, std::nullopt);
+  Selection selection =
+      make_selection({{}, {}, "<b>x</b>", {"https://example.org/"}}, std::nullopt);
   EXPECT_EQ(report_of(selection, run<ShareViewController>(selection, *queue_)),
             ExitCode::kSomethingLeftOut);
   EXPECT_EQ(told_, "left out: the HTML text: it cannot be read as HTML\n");
@@ -134,7 +135,8 @@ class TerminalForErrors {
 };
 
 TEST_F(Run, AShareOfMoreThanASecondShowsItsProgress) {
-  const Selection selection = select({{}, {}, {}, {"https://a/", "https://b/"}}, std::nullopt);
+  const Selection selection =
+      make_selection({{}, {}, {}, {"https://a/", "https://b/"}}, std::nullopt);
   selection.items[0]->loadItemForTypeIdentifier(platform::kUTTypeURL,
                                                 [](const auto&, const auto&) {});
   while (selection.items[0]->state() != SharedItem::State::kAnswered) {

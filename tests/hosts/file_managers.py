@@ -78,7 +78,7 @@ class Nautilus(FileManager):
 FILE_MANAGERS = {
     "dolphin": FileManager("dolphin", ("Share", NEW_MESSAGE)),
     "nemo": FileManager("nemo", (NEW_MESSAGE,)),
-    "thunar": FileManager("thunar", ("Send To", "Quoll Message")),
+    "thunar": FileManager("thunar", ("Send To", NEW_MESSAGE)),
     "caja": FileManager("caja", ("Caja-Actions actions", NEW_MESSAGE)),
     # Tells its names through a module of the toolkit that is not loaded by itself.
     "pcmanfm": FileManager("pcmanfm", (NEW_MESSAGE,),

@@ -145,8 +145,13 @@ class Call {
 
 class ShareService : public testing::Test {
  protected:
-  explicit ShareService(const std::string& idle = "0.2") {
-    home_.bus.add_service(kName, std::string(QUOLL_SHARE_SERVICE) + " --idle " + idle);
+  /// What the service writes on standard error goes to the file `journal` of its home, or to that
+  /// of the test when none is named.
+  explicit ShareService(const std::string& idle = "0.2", const std::string& journal = "") {
+    const std::string command = std::string(QUOLL_SHARE_SERVICE) + " --idle " + idle;
+    home_.bus.add_service(kName, journal.empty() ? command
+                                                 : "/bin/sh -c 'exec " + command + " 2>" +
+                                                       home_.bus.path(journal) + "'");
   }
   void install_receiver() const {
     home_.bus.add_service(kReceiver, std::string(QUOLL_COMPOSE) + " --service");
@@ -248,6 +253,23 @@ TEST_F(ShareService, AFailureOfOpenIsShown) {
   ASSERT_EQ(desktop.read_line(), "ready");
   EXPECT_EQ(open({"/nowhere"}), "");
   EXPECT_EQ(desktop.read_line(), "Nothing was shared|left out: /nowhere: no such file");
+}
+
+class ShareServiceWithJournal : public ShareService {
+ protected:
+  ShareServiceWithJournal() : ShareService("0.2", "journal") {}
+};
+
+TEST_F(ShareServiceWithJournal, AFailureOfOpenIsKept) {
+  Process desktop({NOTIFICATION_DOUBLE}, home_.bus.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  EXPECT_EQ(open({"/nowhere"}), "");
+  EXPECT_NE(desktop.read_line(), "");
+  std::ifstream journal(home_.bus.path("journal"));
+  const std::string kept((std::istreambuf_iterator<char>(journal)), {});
+  EXPECT_EQ(kept,
+            "left out: /nowhere: no such file\n"
+            "not opened: nothing that was given can be shared\n");
 }
 
 TEST_F(ShareService, StartedByItselfItSharesTheClipboard) {

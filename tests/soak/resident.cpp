@@ -16,7 +16,7 @@
 #include <stdexcept>
 
 #include "apps/share/counting_queue.h"
-#include "apps/share/request/select.h"
+#include "apps/share/request/selection.h"
 #include "apps/share/run.h"
 #include "quoll/container/accounts_store.h"
 #include "quoll/container/contacts_store.h"
@@ -69,7 +69,7 @@ class Resident {
 
   void round() {
     const auto items = new_items();
-    share::Selection selection = share::select({"A title", {}, {}, items}, std::nullopt);
+    share::Selection selection = share::make_selection({"A title", {}, {}, items}, std::nullopt);
     const auto message = gathered(selection);
     check_staged(*ExtensionMessage::ExtensionMessageWithUrl(message->queryUrl("compose")));
     const std::size_t records = check(ExtensionUtilities::Accounts(), last_accounts_) +

@@ -55,8 +55,12 @@ foundation::Dictionary dictionary_argument(const Value& value) {
   return dictionary;
 }
 
-Value optional_text(std::optional<std::string> text) {
-  return text ? Value(std::move(*text)) : Value();
+std::optional<foundation::Date> date_argument(const Value& value) {
+  const foundation::Date* date = value.date();
+  if (date == nullptr && !value.is_null()) {
+    raise_wrong_argument(value, "a date");
+  }
+  return date == nullptr ? std::nullopt : std::optional(*date);
 }
 
 }  // namespace quoll::console

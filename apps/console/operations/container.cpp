@@ -1,5 +1,6 @@
-#include "apps/console/operations/arguments.h"
-#include "apps/console/operations/operation.h"
+#include "apps/console/operations/binding.h"
+#include "quoll/container/accounts_store.h"
+#include "quoll/container/contacts_store.h"
 #include "quoll/container/group_container.h"
 #include "quoll/container/staging.h"
 #include "quoll/container/unique_name.h"
@@ -8,39 +9,25 @@ namespace quoll::console {
 
 namespace {
 
-using foundation::Value;
-constexpr auto kClass = Operation::Level::kClass;
+template <auto kFunction>
+Operation of_extension(std::string name) {
+  return class_operation<kFunction>(std::move(name), "ExtensionUtilities");
+}
 
 }  // namespace
 
 std::vector<Operation> container_operations() {
+  namespace Utils = ExtensionUtilities;
   return {
-      {"GroupFolderName", "ExtensionUtilities", kClass, 0,
-       [](Call&) -> Value { return ExtensionUtilities::GroupFolderName(); }},
-      {"GroupPath", "ExtensionUtilities", kClass, 0,
-       [](Call&) -> Value { return ExtensionUtilities::GroupPath(); }},
-      {"GroupDataPath", "ExtensionUtilities", kClass, 0,
-       [](Call&) -> Value { return ExtensionUtilities::GroupDataPath(); }},
-      {"ShareInit:", "ExtensionUtilities", kClass, 1,
-       [](Call& call) -> Value {
-         ExtensionUtilities::ShareInit(text_argument(call.arguments[0]));
-         return {};
-       }},
-      {"ShareFiles:paths:", "ExtensionUtilities", kClass, 2,
-       [](Call& call) -> Value {
-         return ExtensionUtilities::ShareFiles(text_argument(call.arguments[0]),
-                                               list_argument(call.arguments[1]));
-       }},
-      {"ShareDatas:datas:", "ExtensionUtilities", kClass, 2,
-       [](Call& call) -> Value {
-         return ExtensionUtilities::ShareDatas(text_argument(call.arguments[0]),
-                                               list_argument(call.arguments[1]));
-       }},
-      {"GetGoodPath:folder:", "NSString", kClass, 2,
-       [](Call& call) -> Value {
-         return Vorlent_Fs::GetGoodPath(text_argument(call.arguments[0]),
-                                        text_argument(call.arguments[1]));
-       }},
+      of_extension<Utils::GroupFolderName>("GroupFolderName"),
+      of_extension<Utils::GroupPath>("GroupPath"),
+      of_extension<Utils::GroupDataPath>("GroupDataPath"),
+      of_extension<Utils::ShareInit>("ShareInit:"),
+      of_extension<Utils::ShareFiles>("ShareFiles:paths:"),
+      of_extension<Utils::ShareDatas>("ShareDatas:datas:"),
+      of_extension<Utils::Accounts>("Accounts"),
+      of_extension<Utils::AddressesAndGroups>("AddressesAndGroups"),
+      class_operation<Vorlent_Fs::GetGoodPath>("GetGoodPath:folder:", "NSString"),
   };
 }
 

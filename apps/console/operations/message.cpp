@@ -1,8 +1,4 @@
-#include <memory>
-
-#include "apps/console/operations/arguments.h"
-#include "apps/console/operations/operation.h"
-#include "quoll/foundation/nsurl.h"
+#include "apps/console/operations/binding.h"
 #include "quoll/message/command_launcher.h"
 #include "quoll/message/extension_message.h"
 
@@ -10,54 +6,39 @@ namespace quoll::console {
 
 namespace {
 
-using foundation::NSURL;
-using foundation::Value;
-constexpr auto kInstance = Operation::Level::kInstance;
-constexpr auto kClass = Operation::Level::kClass;
+using Message = ExtensionMessage;
 
-/// The elements of a list, which must all be of one class.
-template <typename T>
-std::vector<std::shared_ptr<T>> objects(const Value& value, std::string_view wanted) {
-  std::vector<std::shared_ptr<T>> found;
-  for (const Value& element : list_argument(value)) {
-    found.push_back(object_argument<T>(element, wanted));
-  }
-  return found;
+/// A null model equals no message.
+bool is_equal_to_model(const Message& message, const std::shared_ptr<Message>& model) {
+  return model && message.isEqualToModel(*model);
 }
 
-bool is_equal_to_model(const Call& call) {
-  const auto other = object_argument<ExtensionMessage>(call.arguments[0], "an ExtensionMessage");
-  // A null model equals no message.
-  return other && call.self.as<ExtensionMessage>()->isEqualToModel(*other);
+/// The command is inserted by "%@", which takes any value, also null.
+std::shared_ptr<foundation::NSURL> query_url(const Message& message,
+                                             const foundation::Value& command) {
+  return message.queryUrl(command.description());
+}
+
+template <auto kFunction>
+Operation of_message(std::string name) {
+  return instance_operation<kFunction>(std::move(name), "ExtensionMessage");
 }
 
 }  // namespace
 
 std::vector<Operation> message_operations() {
+  namespace Utils = ExtensionUtilities;
   return {
-      {"ExtensionMessageWithUrl:", "ExtensionMessage", kClass, 1,
-       [](Call& call) -> Value {
-         return ExtensionMessage::ExtensionMessageWithUrl(
-             object_argument<NSURL>(call.arguments[0], "a URL"));
-       }},
-      {"queryUrl:", "ExtensionMessage", kInstance, 1,
-       [](Call& call) -> Value {
-         // The command is inserted by "%@", which takes any value, also null.
-         return call.self.as<ExtensionMessage>()->queryUrl(call.arguments[0].description());
-       }},
-      {"isEqualToModel:", "ExtensionMessage", kInstance, 1,
-       [](Call& call) -> Value { return is_equal_to_model(call); }},
-      {"LaunchCommands:background:", "ExtensionUtilities", kClass, 2,
-       [](Call& call) -> Value {
-         return ExtensionUtilities::LaunchCommands(objects<NSURL>(call.arguments[0], "a URL"),
-                                                   boolean_argument(call.arguments[1]));
-       }},
-      {"LaunchCommandForMessages:commandName:background:", "ExtensionUtilities", kClass, 3,
-       [](Call& call) -> Value {
-         return ExtensionUtilities::LaunchCommandForMessages(
-             objects<ExtensionMessage>(call.arguments[0], "an ExtensionMessage"),
-             text_argument(call.arguments[1]), boolean_argument(call.arguments[2]));
-       }},
+      class_operation<Message::ExtensionMessageWithUrl>("ExtensionMessageWithUrl:",
+                                                        "ExtensionMessage"),
+      class_operation<Message::initWithDictonary>("initWithDictonary:", "ExtensionMessage"),
+      of_message<query_url>("queryUrl:"),
+      of_message<is_equal_to_model>("isEqualToModel:"),
+      changing_operation<&Message::renderHtml>("renderHtml", "ExtensionMessage"),
+      of_message<&Message::searchUrlsDetector>("searchUrlsDetector:"),
+      class_operation<Utils::LaunchCommands>("LaunchCommands:background:", "ExtensionUtilities"),
+      class_operation<Utils::LaunchCommandForMessages>(
+          "LaunchCommandForMessages:commandName:background:", "ExtensionUtilities"),
   };
 }
 

@@ -40,9 +40,7 @@ struct Operation {
 [[nodiscard]] std::vector<Operation> container_operations();
 [[nodiscard]] std::vector<Operation> record_operations();
 [[nodiscard]] std::vector<Operation> message_operations();
-[[nodiscard]] std::vector<Operation> rendering_operations();
 [[nodiscard]] std::vector<Operation> share_operations();
-[[nodiscard]] std::vector<Operation> store_operations();
 [[nodiscard]] std::vector<Operation> date_operations();
 
 }  // namespace quoll::console

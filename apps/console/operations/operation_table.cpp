@@ -6,10 +6,9 @@
 namespace quoll::console {
 
 OperationTable::OperationTable() {
-  for (auto* subject :
-       {query_operations, editing_operations, components_operations, request_operations,
-        container_operations, record_operations, message_operations, rendering_operations,
-        share_operations, store_operations, date_operations}) {
+  for (auto* subject : {query_operations, editing_operations, components_operations,
+                        request_operations, container_operations, record_operations,
+                        message_operations, share_operations, date_operations}) {
     std::vector<Operation> rows = subject();
     std::move(rows.begin(), rows.end(), std::back_inserter(rows_));
   }

@@ -1,7 +1,8 @@
-#include "apps/console/operations/arguments.h"
-#include "apps/console/operations/operation.h"
+#include "apps/console/operations/binding.h"
 #include "apps/console/operations/record_classes.h"
+#include "quoll/records/extension_account.h"
 #include "quoll/records/extension_address.h"
+#include "quoll/records/extension_alias.h"
 #include "quoll/records/extension_group.h"
 
 namespace quoll::console {
@@ -49,16 +50,15 @@ std::vector<Operation> record_operations() {
          return object ? object->isEqual(call.arguments[0].object().get())
                        : call.self == call.arguments[0];
        }},
-      {"initWithDictonary:", "ExtensionAddress", kClass, 1,
-       [](Call& call) -> Value { return ExtensionAddress::initWithDictonary(call.arguments[0]); }},
-      {"fullName", "ExtensionAddress", kInstance, 0,
-       [](Call& call) -> Value { return call.self.as<ExtensionAddress>()->fullName(); }},
-      {"prettyprint", "ExtensionAddress", kInstance, 0,
-       [](Call& call) -> Value { return call.self.as<ExtensionAddress>()->prettyprint(); }},
-      {"initWithDictonary:", "ExtensionGroup", kClass, 1,
-       [](Call& call) -> Value { return ExtensionGroup::initWithDictonary(call.arguments[0]); }},
-      {"prettyprint", "ExtensionGroup", kInstance, 0,
-       [](Call& call) -> Value { return call.self.as<ExtensionGroup>()->prettyprint(); }},
+      class_operation<ExtensionAddress::initWithDictonary>("initWithDictonary:",
+                                                           "ExtensionAddress"),
+      instance_operation<&ExtensionAddress::fullName>("fullName", "ExtensionAddress"),
+      instance_operation<&ExtensionAddress::prettyprint>("prettyprint", "ExtensionAddress"),
+      class_operation<ExtensionGroup::initWithDictonary>("initWithDictonary:", "ExtensionGroup"),
+      instance_operation<&ExtensionGroup::prettyprint>("prettyprint", "ExtensionGroup"),
+      class_operation<ExtensionAccount::initWithDictonary>("initWithDictonary:",
+                                                           "ExtensionAccount"),
+      class_operation<ExtensionAlias::initWithDictonary>("initWithDictonary:", "ExtensionAlias"),
   };
   for (const RecordClass& known : record_classes()) {
     add_record_class(known, rows);

@@ -23,7 +23,7 @@ struct Completed {
 /// Starts gathering and waits for the completion. When the block that would call it was dropped, as
 /// on a desktop without a queue, the request is refused.
 Value gather(Call& call) {
-  auto context = object_argument<DescribedContext>(call.arguments[0], "a context");
+  auto context = object_argument<DescribedContext>(call.arguments[0]);
   if (!context) {
     context = std::make_shared<DescribedContext>(platform::NSExtensionContext::Items{});
   }

@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-bool begins_with(File bytes, std::string_view text) {
+bool begins_with(ByteView bytes, std::string_view text) {
   return bytes.size() >= text.size() &&
          std::equal(text.begin(), text.end(), bytes.begin(),
                     [](char a, unsigned char b) { return static_cast<unsigned char>(a) == b; });
@@ -18,7 +18,7 @@ bool begins_with(File bytes, std::string_view text) {
 /// Reads numbers of either byte order. A number outside the data reads as 0.
 class Numbers {
  public:
-  Numbers(File bytes, bool big_endian) : bytes_(bytes), big_endian_(big_endian) {}
+  Numbers(ByteView bytes, bool big_endian) : bytes_(bytes), big_endian_(big_endian) {}
 
   [[nodiscard]] std::uint32_t at(std::size_t offset, unsigned length) const {
     if (offset > bytes_.size() || length > bytes_.size() - offset) {
@@ -32,7 +32,7 @@ class Numbers {
   }
 
  private:
-  File bytes_;
+  ByteView bytes_;
   bool big_endian_;
 };
 
@@ -41,7 +41,7 @@ constexpr std::uint32_t kShort = 3;
 
 }  // namespace
 
-unsigned orientation_of_exif(File exif) {
+unsigned orientation_of_exif(ByteView exif) {
   if (begins_with(exif, "Exif\0\0"sv)) {
     exif = exif.subspan(6);
   }

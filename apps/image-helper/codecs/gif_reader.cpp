@@ -12,7 +12,7 @@ namespace {
 
 class GifFile {
  public:
-  explicit GifFile(File file) : rest_(file) {
+  explicit GifFile(ByteView file) : rest_(file) {
     int error = 0;
     gif_ = DGifOpen(this, read, &error);
     if (gif_ == nullptr) {
@@ -52,17 +52,17 @@ class GifFile {
  private:
   [[noreturn]] static void fail(int error) {
     const char* const reason = GifErrorString(error);
-    throw Refused(reason != nullptr ? reason : "the GIF file is damaged");
+    throw ImageError(reason != nullptr ? reason : "the GIF file is damaged");
   }
   static int read(GifFileType* gif, GifByteType* out, int length) {
-    File& rest = static_cast<GifFile*>(gif->UserData)->rest_;
+    ByteView& rest = static_cast<GifFile*>(gif->UserData)->rest_;
     const std::size_t given = std::min(static_cast<std::size_t>(length), rest.size());
     std::copy_n(rest.begin(), given, out);
     rest = rest.subspan(given);
     return static_cast<int>(given);
   }
 
-  File rest_;
+  ByteView rest_;
   GifFileType* gif_ = nullptr;
 };
 
@@ -91,7 +91,7 @@ std::unique_ptr<HeldPicture> read_frame(GifFile& file, int transparent) {
   const GifImageDesc& frame = gif->Image;
   const ColorMapObject* const map = frame.ColorMap != nullptr ? frame.ColorMap : gif->SColorMap;
   if (map == nullptr) {
-    throw Refused("a GIF file without colours");
+    throw ImageError("a GIF file without colours");
   }
   const auto side = [](int number) { return static_cast<std::uint32_t>(number); };
   const std::uint32_t left = side(frame.Left), top = side(frame.Top), width = side(frame.Width),
@@ -112,7 +112,7 @@ std::unique_ptr<HeldPicture> read_frame(GifFile& file, int transparent) {
         continue;
       }
       if (line[x] >= map->ColorCount) {
-        throw Refused("a GIF file with a colour that it does not have");
+        throw ImageError("a GIF file with a colour that it does not have");
       }
       if (top + y < picture.height && left + x < picture.width) {
         const GifColorType& colour = map->Colors[line[x]];
@@ -127,7 +127,7 @@ std::unique_ptr<HeldPicture> read_frame(GifFile& file, int transparent) {
 
 }  // namespace
 
-std::unique_ptr<PictureSource> open_gif(File bytes) {
+std::unique_ptr<PictureSource> open_gif(ByteView bytes) {
   GifFile file(bytes);
   check_size(static_cast<std::uint64_t>(file.get()->SWidth),
              static_cast<std::uint64_t>(file.get()->SHeight));
@@ -148,7 +148,7 @@ std::unique_ptr<PictureSource> open_gif(File bytes) {
     }
   }
   if (picture == nullptr) {
-    throw Refused("a GIF file without an image");
+    throw ImageError("a GIF file without an image");
   }
   return picture;
 }

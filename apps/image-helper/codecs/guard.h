@@ -7,7 +7,7 @@
 
 namespace quoll::image_helper {
 
-/// Turns an error of a C library, whose error callback must not return, into `Refused`. The
+/// Turns an error of a C library, whose error callback must not return, into `ImageError`. The
 /// callback jumps back to `run`, which raises it. So no C++ exception passes through C code.
 class Guard {
  public:
@@ -17,7 +17,7 @@ class Guard {
   void run(const Step& step) {
     // NOLINTNEXTLINE(cert-err52-cpp): the only way out of a C library's error call
     if (setjmp(jump_) != 0) {
-      throw Refused(reason_);
+      throw ImageError(reason_);
     }
     step();
   }

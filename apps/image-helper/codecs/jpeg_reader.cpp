@@ -6,9 +6,9 @@
 
 #include <vector>
 
+#include "apps/image-helper/codecs/cmyk.h"
 #include "apps/image-helper/codecs/exif.h"
 #include "apps/image-helper/codecs/guard.h"
-#include "apps/image-helper/codecs/ink.h"
 #include "apps/image-helper/codecs/readers.h"
 
 namespace quoll::image_helper {
@@ -29,7 +29,7 @@ struct JpegHandle {
 
 class JpegReader final : public PictureSource {
  public:
-  explicit JpegReader(File file) {
+  explicit JpegReader(ByteView file) {
     jpeg_.err = jpeg_std_error(&errors_);
     errors_.error_exit = on_error;
     errors_.emit_message = on_message;
@@ -91,7 +91,7 @@ class JpegReader final : public PictureSource {
         inks_.resize(std::size_t{picture_.width} * 4);
         break;
       default:
-        throw Refused("a JPEG file of an unknown colour space");
+        throw ImageError("a JPEG file of an unknown colour space");
     }
     for (auto* marker = jpeg_.marker_list; marker != nullptr; marker = marker->next) {
       if (marker->marker == kExifMarker && picture_.orientation == 1) {
@@ -119,7 +119,7 @@ class JpegReader final : public PictureSource {
       for (std::size_t i = 0; i < 4; ++i) {
         light[i] = inks_[4 * x + i] ^ invert;
       }
-      rgb_of_inks(light, row + 3 * x);
+      rgb_of_cmyk(light, row + 3 * x);
     }
   }
 
@@ -133,7 +133,7 @@ class JpegReader final : public PictureSource {
 
 }  // namespace
 
-std::unique_ptr<PictureSource> open_jpeg(File file) {
+std::unique_ptr<PictureSource> open_jpeg(ByteView file) {
   return std::make_unique<JpegReader>(file);
 }
 

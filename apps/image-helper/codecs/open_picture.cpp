@@ -13,7 +13,7 @@ using namespace std::string_view_literals;
 
 struct Format {
   std::string_view beginning;
-  std::unique_ptr<PictureSource> (*open)(File);
+  std::unique_ptr<PictureSource> (*open)(ByteView);
 };
 
 constexpr std::array kFormats{
@@ -30,7 +30,7 @@ constexpr std::array kFormats{
 
 }  // namespace
 
-std::unique_ptr<PictureSource> open_picture(File file) {
+std::unique_ptr<PictureSource> open_picture(ByteView file) {
   const std::string_view bytes(reinterpret_cast<const char*>(file.data()), file.size());
   for (const Format& format : kFormats) {
     if (bytes.starts_with(format.beginning)) {
@@ -39,7 +39,8 @@ std::unique_ptr<PictureSource> open_picture(File file) {
       return upright(std::move(source));
     }
   }
-  throw Refused(file.empty() ? "there are no bytes" : "these bytes are no image that can be read");
+  throw ImageError(file.empty() ? "there are no bytes"
+                                : "these bytes are no image that can be read");
 }
 
 }  // namespace quoll::image_helper

@@ -7,11 +7,11 @@ namespace quoll::image_helper {
 
 void check_size(std::uint64_t width, std::uint64_t height) {
   if (width == 0 || height == 0) {
-    throw Refused("the image has no pixels");
+    throw ImageError("the image has no pixels");
   }
   if (width > kMostPixels || height > kMostPixels || width * height > kMostPixels) {
-    throw Refused("the image claims " + std::to_string(width) + " x " + std::to_string(height) +
-                  " pixels, which is more than the limit");
+    throw ImageError("the image claims " + std::to_string(width) + " x " + std::to_string(height) +
+                     " pixels, which is more than the limit");
   }
 }
 
@@ -45,7 +45,7 @@ HeldPicture::HeldPicture(Picture picture) {
   picture_ = std::move(picture);
   const std::uint64_t bytes = std::uint64_t{picture_.row_bytes()} * picture_.height;
   if (bytes > kMostHeldBytes) {
-    throw Refused("the image needs more memory than the limit");
+    throw ImageError("the image needs more memory than the limit");
   }
   pixels_.resize(bytes);
 }

@@ -13,11 +13,11 @@
 namespace quoll::image_helper {
 
 /// The bytes of a file. They must outlive everything that reads them.
-using File = std::span<const unsigned char>;
+using ByteView = std::span<const unsigned char>;
 
 /// Why a file cannot be read as a picture, in one line for people: it is not an image, damaged or
 /// too large.
-class Refused final : public std::runtime_error {
+class ImageError final : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
@@ -58,13 +58,13 @@ struct Picture {
   [[nodiscard]] bool has_fitting_profile() const;
 };
 
-/// Raises `Refused` when a picture of this size is empty or has too many pixels.
+/// Raises `ImageError` when a picture of this size is empty or has too many pixels.
 void check_size(std::uint64_t width, std::uint64_t height);
 
 /// A picture whose rows are read once, from the top.
 ///
 /// The last row is answered only when the file is complete to its end. A damaged file raises
-/// `Refused` before that.
+/// `ImageError` before that.
 class PictureSource {
  public:
   PictureSource() = default;
@@ -83,7 +83,7 @@ class PictureSource {
   Picture picture_;
 };
 
-/// All pixels of a picture. The constructors raise `Refused` when they need more than
+/// All pixels of a picture. The constructors raise `ImageError` when they need more than
 /// `kMostHeldBytes`.
 class HeldPicture final : public PictureSource {
  public:

@@ -24,10 +24,10 @@ struct PngHandle {
 };
 
 /// The data of the first chunk with this name, wherever it is; empty when there is none.
-File chunk(File file, const char* name) {
+ByteView chunk(ByteView file, const char* name) {
   constexpr std::size_t kSignature = 8;
   constexpr std::size_t kAround = 12;  // length and name before the data, checksum after it
-  for (File rest = file.subspan(kSignature); rest.size() >= kAround;) {
+  for (ByteView rest = file.subspan(kSignature); rest.size() >= kAround;) {
     const std::size_t length = png_get_uint_32(rest.data());
     if (length > rest.size() - kAround) {
       break;
@@ -42,7 +42,7 @@ File chunk(File file, const char* name) {
 
 class PngReader final : public PictureSource {
  public:
-  explicit PngReader(File file) : rest_(file) {
+  explicit PngReader(ByteView file) : rest_(file) {
     handle_.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &guard_, on_error, on_warning);
     handle_.info = handle_.png != nullptr ? png_create_info_struct(handle_.png) : nullptr;
     if (handle_.info == nullptr) {
@@ -144,7 +144,7 @@ class PngReader final : public PictureSource {
 
   Guard guard_;
   PngHandle handle_;
-  File rest_;
+  ByteView rest_;
   int passes_ = 1;
   std::uint32_t read_ = 0;
   /// The whole picture, when it is interlaced.
@@ -153,7 +153,7 @@ class PngReader final : public PictureSource {
 
 }  // namespace
 
-std::unique_ptr<PictureSource> open_png(File file) {
+std::unique_ptr<PictureSource> open_png(ByteView file) {
   return std::make_unique<PngReader>(file);
 }
 

@@ -8,15 +8,15 @@ namespace quoll::image_helper {
 
 // One reader for each format. The file must begin as its format does. The picture is answered as it
 // is stored: not turned, and with the profile that the file has, fitting or not. They raise
-// `Refused`.
-std::unique_ptr<PictureSource> open_png(File file);
-std::unique_ptr<PictureSource> open_jpeg(File file);
-std::unique_ptr<PictureSource> open_tiff(File bytes);
-std::unique_ptr<PictureSource> open_gif(File bytes);
-std::unique_ptr<PictureSource> open_webp(File file);
+// `ImageError`.
+std::unique_ptr<PictureSource> open_png(ByteView file);
+std::unique_ptr<PictureSource> open_jpeg(ByteView file);
+std::unique_ptr<PictureSource> open_tiff(ByteView bytes);
+std::unique_ptr<PictureSource> open_gif(ByteView bytes);
+std::unique_ptr<PictureSource> open_webp(ByteView file);
 
 /// The first image of a file of any of these formats: upright, and with its profile only if that
-/// fits the channels. Raises `Refused`.
-std::unique_ptr<PictureSource> open_picture(File file);
+/// fits the channels. Raises `ImageError`.
+std::unique_ptr<PictureSource> open_picture(ByteView file);
 
 }  // namespace quoll::image_helper

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "apps/image-helper/codecs/ink.h"
+#include "apps/image-helper/codecs/cmyk.h"
 #include "apps/image-helper/codecs/readers.h"
 
 namespace quoll::image_helper {
@@ -21,7 +21,7 @@ namespace {
 /// Damage is an error, a read beyond the end, and, from the first pixel on, any warning.
 class TiffFile {
  public:
-  explicit TiffFile(File file) : file_(file) {
+  explicit TiffFile(ByteView file) : file_(file) {
     TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
     TIFFOpenOptionsSetMaxSingleMemAlloc(options, static_cast<tmsize_t>(kMostHeldBytes));
     TIFFOpenOptionsSetErrorHandlerExtR(options, on_error, this);
@@ -45,7 +45,7 @@ class TiffFile {
   /// Raises when `good` is false, or when there was an error before.
   void check(bool good) const {
     if (!good || reason_[0] != '\0') {
-      throw Refused(reason_[0] != '\0' ? reason_ : "the TIFF file is damaged");
+      throw ImageError(reason_[0] != '\0' ? reason_ : "the TIFF file is damaged");
     }
   }
 
@@ -91,7 +91,7 @@ class TiffFile {
   static int close(thandle_t) { return 0; }
   static toff_t size(thandle_t handle) { return static_cast<TiffFile*>(handle)->file_.size(); }
 
-  File file_;
+  ByteView file_;
   std::size_t offset_ = 0;
   bool strict_ = false;
   char reason_[200] = {};
@@ -151,7 +151,7 @@ void convert_row(const Sample* in, Sample* out, std::uint32_t width, const Layou
       const Sample light[4] = {
           static_cast<Sample>(kFull - in[0]), static_cast<Sample>(kFull - in[1]),
           static_cast<Sample>(kFull - in[2]), static_cast<Sample>(kFull - in[3])};
-      rgb_of_inks(light, out);
+      rgb_of_cmyk(light, out);
     } else {
       std::copy_n(in, colours, out);
     }
@@ -200,7 +200,7 @@ class TiffRows final : public PictureSource {
         std::uint64_t{picture_.width} * pixel_bytes_ * std::min(block_height_, picture_.height);
     file_->check(block_width_ != 0 && block_height_ != 0 && block != 0);
     if (block > kMostHeldBytes || band > kMostHeldBytes) {
-      throw Refused("the image needs more memory than the limit");
+      throw ImageError("the image needs more memory than the limit");
     }
     block_.resize(block);
     band_.resize(band);
@@ -317,14 +317,14 @@ bool find_layout(const TiffFile& file, unsigned bits, Layout& layout) {
 /// The picture, converted to 8 bits by libtiff.
 std::unique_ptr<PictureSource> converted(TiffFile& file, Picture picture) {
   if (std::uint64_t{picture.width} * picture.height * sizeof(std::uint32_t) > kMostHeldBytes) {
-    throw Refused("the image needs more memory than the limit");
+    throw ImageError("the image needs more memory than the limit");
   }
   std::vector<std::uint32_t> raster(std::size_t{picture.width} * picture.height);
   TIFFRGBAImage image;
   char reason[1024] = {};
   if (TIFFRGBAImageBegin(&image, file.get(), 1, reason) == 0) {
     file.check(true);
-    throw Refused(reason);
+    throw ImageError(reason);
   }
   image.req_orientation = image.orientation;  // do not turn it: `upright` does that for all formats
   const bool grey =
@@ -356,7 +356,7 @@ std::unique_ptr<PictureSource> converted(TiffFile& file, Picture picture) {
 
 }  // namespace
 
-std::unique_ptr<PictureSource> open_tiff(File bytes) {
+std::unique_ptr<PictureSource> open_tiff(ByteView bytes) {
   auto file = std::make_unique<TiffFile>(bytes);
   Picture picture;
   TIFFGetField(file->get(), TIFFTAG_IMAGEWIDTH, &picture.width);

@@ -48,7 +48,7 @@ void write_tiff(PictureSource& source, int descriptor) {
   char reason[200] = "the TIFF file cannot be written";
   const auto check = [&](bool good) {
     if (!good) {
-      throw Refused(reason);
+      throw ImageError(reason);
     }
   };
   TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();

@@ -13,7 +13,7 @@ namespace quoll::image_helper {
 
 namespace {
 
-std::uint32_t little_endian(File bytes, std::size_t offset, unsigned length) {
+std::uint32_t little_endian(ByteView bytes, std::size_t offset, unsigned length) {
   std::uint32_t number = 0;
   for (unsigned i = length; i-- > 0;) {
     number = number << 8 | bytes[offset + i];
@@ -23,15 +23,15 @@ std::uint32_t little_endian(File bytes, std::size_t offset, unsigned length) {
 
 struct Chunk {
   std::string_view name;
-  File data;
+  ByteView data;
 };
 
 /// Takes the first chunk off `rest`. Raises when it is not complete.
-Chunk take_chunk(File& rest) {
+Chunk take_chunk(ByteView& rest) {
   constexpr std::size_t kHeader = 8;
   const std::size_t length = rest.size() < kHeader ? 0 : little_endian(rest, 4, 4);
   if (rest.size() < kHeader || rest.size() - kHeader < length) {
-    throw Refused("the WebP file ends too early");
+    throw ImageError("the WebP file ends too early");
   }
   const Chunk chunk{{reinterpret_cast<const char*>(rest.data()), 4}, rest.subspan(kHeader, length)};
   const std::size_t padded = kHeader + length + length % 2;
@@ -43,12 +43,12 @@ Chunk take_chunk(File& rest) {
 struct Contents {
   std::uint32_t width = 0, height = 0;  ///< of the canvas; 0 when there is only the frame
   std::uint32_t left = 0, top = 0;
-  File frame;
-  File profile;
-  File exif;
+  ByteView frame;
+  ByteView profile;
+  ByteView exif;
 };
 
-void read_chunk(const Chunk& chunk, File from_here, Contents& contents) {
+void read_chunk(const Chunk& chunk, ByteView from_here, Contents& contents) {
   constexpr std::size_t kCanvas = 10;
   constexpr std::size_t kFrameHeader = 16;
   if (chunk.name == "VP8X" && chunk.data.size() >= kCanvas) {
@@ -69,18 +69,18 @@ void read_chunk(const Chunk& chunk, File from_here, Contents& contents) {
   }
 }
 
-Contents read_contents(File file) {
+Contents read_contents(ByteView file) {
   constexpr std::size_t kHeader = 12;  // "RIFF", the length of what follows, "WEBP"
   if (file.size() < kHeader || std::memcmp(file.data() + 8, "WEBP", 4) != 0) {
-    throw Refused("these bytes are no image that can be read");
+    throw ImageError("these bytes are no image that can be read");
   }
   const std::uint32_t length = little_endian(file, 4, 4);
   if (length < 4 || length > file.size() - 8) {
-    throw Refused("the WebP file ends too early");
+    throw ImageError("the WebP file ends too early");
   }
   Contents contents;
-  for (File rest = file.subspan(kHeader, length - 4); !rest.empty();) {
-    const File from_here = rest;
+  for (ByteView rest = file.subspan(kHeader, length - 4); !rest.empty();) {
+    const ByteView from_here = rest;
     read_chunk(take_chunk(rest), from_here, contents);
   }
   return contents;
@@ -91,7 +91,7 @@ void decode(const Contents& contents, const WebPBitstreamFeatures& frame, const 
             unsigned char* first) {
   WebPDecoderConfig config;
   if (WebPInitDecoderConfig(&config) == 0) {
-    throw Refused("the WebP library is of another version");
+    throw ImageError("the WebP library is of another version");
   }
   config.output.colorspace = canvas.channels == 4 ? MODE_RGBA : MODE_RGB;
   config.output.is_external_memory = 1;
@@ -100,17 +100,17 @@ void decode(const Contents& contents, const WebPBitstreamFeatures& frame, const 
   config.output.u.RGBA.size = canvas.row_bytes() * static_cast<std::size_t>(frame.height - 1) +
                               static_cast<std::size_t>(frame.width) * canvas.pixel_bytes();
   if (WebPDecode(contents.frame.data(), contents.frame.size(), &config) != VP8_STATUS_OK) {
-    throw Refused("the WebP file is damaged");
+    throw ImageError("the WebP file is damaged");
   }
 }
 
 }  // namespace
 
-std::unique_ptr<PictureSource> open_webp(File file) {
+std::unique_ptr<PictureSource> open_webp(ByteView file) {
   const Contents contents = read_contents(file);
   WebPBitstreamFeatures frame;
   if (WebPGetFeatures(contents.frame.data(), contents.frame.size(), &frame) != VP8_STATUS_OK) {
-    throw Refused("the WebP file is damaged");
+    throw ImageError("the WebP file is damaged");
   }
   const auto width = static_cast<std::uint32_t>(frame.width);
   const auto height = static_cast<std::uint32_t>(frame.height);
@@ -119,7 +119,7 @@ std::unique_ptr<PictureSource> open_webp(File file) {
   picture.height = contents.height != 0 ? contents.height : height;
   check_size(picture.width, picture.height);
   if (contents.left + width > picture.width || contents.top + height > picture.height) {
-    throw Refused("a WebP file with a frame outside its canvas");
+    throw ImageError("a WebP file with a frame outside its canvas");
   }
   const bool covers = width == picture.width && height == picture.height;
   picture.channels = covers && frame.has_alpha == 0 ? 3 : 4;

@@ -5,8 +5,8 @@
 namespace quoll::image_helper {
 
 // Write a picture as a whole file, to a descriptor at the beginning of an empty file. They raise
-// `Refused` when the picture is damaged or the bytes cannot be written; what was written then is of
-// no use.
+// `ImageError` when the picture is damaged or the bytes cannot be written; what was written then is
+// of no use.
 
 void write_png(PictureSource& source, int descriptor);
 /// The descriptor must be able to seek.

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/share/report.h"
+#include "apps/share/exit_code.h"
 
 namespace quoll::share {
 

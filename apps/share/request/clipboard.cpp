@@ -147,10 +147,10 @@ std::vector<std::string> lines_of(const std::string& text) {
 }
 
 Reason add_from(const ClipboardProgram& program, ShareRequest& request,
-                std::chrono::milliseconds patience,
+                std::chrono::milliseconds read_timeout,
                 std::chrono::steady_clock::time_point deadline) {
   const posix::ProgramAnswer listed =
-      posix::run_program(program.types, kLongestList, patience, deadline);
+      posix::run_program(program.types, kLongestList, read_timeout, deadline);
   if (auto reason = why_not(program, listed)) {
     return reason;
   }
@@ -162,7 +162,7 @@ Reason add_from(const ClipboardProgram& program, ShareRequest& request,
     auto command = program.content;
     command.emplace_back(type.name);
     const auto answer = posix::run_program(
-        command, type.kind == Kind::kImage ? kLargestImage : kLongestText, patience, deadline);
+        command, type.kind == Kind::kImage ? kLargestImage : kLongestText, read_timeout, deadline);
     auto reason = why_not(program, answer);
     if (!reason && add(request, type.kind, answer.output)) {
       return std::nullopt;
@@ -184,7 +184,7 @@ std::optional<std::string> add_clipboard(ShareRequest& request, const ClipboardT
     if (display == nullptr || *display == '\0') {
       continue;
     }
-    auto reason = add_from(program, request, time.silence, deadline);
+    auto reason = add_from(program, request, time.read_timeout, deadline);
     if (!reason || reason == kEmpty) {
       return reason;
     }

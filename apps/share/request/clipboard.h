@@ -10,7 +10,7 @@ namespace quoll::share {
 
 /// How long the program that holds the clipboard may take.
 struct ClipboardTime {
-  std::chrono::milliseconds silence{5'000};  ///< without a byte
+  std::chrono::milliseconds read_timeout{5'000};  ///< how long it may deliver nothing
   std::chrono::milliseconds in_all{30'000};
 };
 

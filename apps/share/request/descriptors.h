@@ -4,13 +4,13 @@
 
 namespace quoll::share {
 
-/// Opens standard descriptors that were closed on something whose use fails, so that no other file
-/// gets their numbers.
+/// Opens each standard descriptor that is closed, in a way that makes its use fail, so that no
+/// other file gets its number.
 void hold_standard_descriptors();
 
-/// Closes what the starting program left open besides the standard descriptors, since no sandbox
-/// takes away what is open. What the request names by its number, as bytes or as an item
-/// (`/dev/fd/5`), stays.
+/// Closes the descriptors that the starting program left open, because no sandbox takes away what
+/// is open. The standard descriptors stay, and those that the request names, as bytes or as an item
+/// (`/dev/fd/5`).
 void close_inherited_descriptors(const ShareRequest& request);
 
 }  // namespace quoll::share

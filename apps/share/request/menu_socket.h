@@ -9,10 +9,10 @@
 
 namespace quoll::share {
 
-/// The conversation with the program whose share menu was used, over the socket that it names: it
-/// tells what is shared, and is told how far the share is and how it ended. The menu takes
-/// silence for success, so connect before anything that can fail. When the menu goes away the share
-/// goes on unheard.
+/// The conversation with the program whose share menu was used, over the socket that it listens on.
+/// It sends what to share, and is sent the progress and the result. A menu that is sent nothing
+/// believes that all went well, so connect before anything that can fail. When the menu goes away,
+/// the share goes on.
 class MenuSocket {
  public:
   /// Connects; the socket is not inherited by programs that are started.
@@ -24,11 +24,11 @@ class MenuSocket {
   /// when the other side ends before, or tells a length that no share has.
   [[nodiscard]] std::optional<std::string> receive();
 
-  /// From 0 to 100; says nothing when that was the last thing said.
+  /// From 0 to 100. A number that was just sent is not sent again.
   void tell_progress(int percent);
-  /// Shown to the user.
+  /// The menu shows the text to the user.
   void tell_error(std::string_view text);
-  /// There is nothing for the host to open.
+  /// Says that all went well. The result has no URL for the menu's program to open.
   void tell_end();
 
  private:

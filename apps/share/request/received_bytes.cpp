@@ -11,16 +11,16 @@ namespace quoll::share {
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{1} << 20;
-/// Beyond this an image is shared as the file that it is.
+/// A larger image is shared as a file.
 constexpr std::size_t kLargestImage = std::size_t{256} << 20;
 
 }  // namespace
 
-std::optional<ReceivedBytes> receive(const Source& source) {
+std::optional<ReceivedBytes> read_beginning(const ByteSource& source) {
   ReceivedBytes received;
   const auto read_to = [&](std::size_t enough) {
     return posix::read_until(source.descriptor, received.beginning, enough, received.is_whole,
-                             source.timeout);
+                             source.read_timeout);
   };
   if (!read_to(kBlock)) {
     return std::nullopt;
@@ -32,8 +32,8 @@ std::optional<ReceivedBytes> receive(const Source& source) {
   return received;
 }
 
-std::optional<std::size_t> write_through(const ReceivedBytes& received, const Source& source,
-                                         int target) {
+std::optional<std::size_t> write_received(const ReceivedBytes& received, const ByteSource& source,
+                                          int target) {
   bool ended = received.is_whole;
   std::size_t size = received.beginning.size();
   if (!posix::write_all(target, received.beginning)) {
@@ -42,7 +42,7 @@ std::optional<std::size_t> write_through(const ReceivedBytes& received, const So
   std::string block;
   while (!ended && size <= source.limit) {
     block.clear();
-    if (!posix::read_until(source.descriptor, block, kBlock, ended, source.timeout) ||
+    if (!posix::read_until(source.descriptor, block, kBlock, ended, source.read_timeout) ||
         !posix::write_all(target, block)) {
       return std::nullopt;
     }
@@ -52,10 +52,10 @@ std::optional<std::size_t> write_through(const ReceivedBytes& received, const So
   return size <= source.limit ? std::optional(size) : std::nullopt;
 }
 
-std::optional<std::string> receive_text(int descriptor, std::size_t enough) {
+std::optional<std::string> read_at_most(int descriptor, std::size_t most) {
   std::string text;
   bool ended = false;
-  if (!posix::read_until(descriptor, text, enough, ended)) {
+  if (!posix::read_until(descriptor, text, most, ended)) {
     return std::nullopt;
   }
   return text;

@@ -9,12 +9,12 @@
 
 namespace quoll::share {
 
-/// Where bytes come from, and how much trouble is taken over them.
-struct Source {
+/// Where bytes come from, and the limits for reading them.
+struct ByteSource {
   int descriptor = -1;
-  /// How long it may deliver nothing; none: for ever.
-  std::optional<std::chrono::milliseconds> timeout = std::nullopt;
-  /// How many bytes it may have; more is an error.
+  /// How long it may deliver nothing; no limit when none.
+  std::optional<std::chrono::milliseconds> read_timeout = std::nullopt;
+  /// How many bytes it may deliver; more is an error.
   std::size_t limit = std::numeric_limits<std::size_t>::max();
 };
 
@@ -24,17 +24,18 @@ struct ReceivedBytes {
   bool is_whole = false;
 };
 
-/// Reads enough to tell what it is. An image is read whole, up to 256 MiB and up to the limit. None
-/// with `errno` set when reading failed.
-[[nodiscard]] std::optional<ReceivedBytes> receive(const Source& source);
+/// Reads enough to tell what the bytes are. An image is read whole, up to 256 MiB and up to the
+/// limit. None, with `errno` set, when reading failed.
+[[nodiscard]] std::optional<ReceivedBytes> read_beginning(const ByteSource& source);
 
-/// Writes the beginning and whatever still comes from `source` to `target`, without holding more
-/// than a block in memory. Answers how many bytes they are; none with `errno` set, to EFBIG when
-/// they are more than the limit.
-[[nodiscard]] std::optional<std::size_t> write_through(const ReceivedBytes& received,
-                                                       const Source& source, int target);
+/// Writes the beginning, and then what still comes from `source`, to the descriptor `target`. Holds
+/// one block in memory. Answers the number of bytes; none, with `errno` set, when it failed (EFBIG:
+/// more bytes than the limit).
+[[nodiscard]] std::optional<std::size_t> write_received(const ReceivedBytes& received,
+                                                        const ByteSource& source, int target);
 
-/// All that a descriptor delivers, or its first `enough` bytes; none with `errno` set.
-[[nodiscard]] std::optional<std::string> receive_text(int descriptor, std::size_t enough);
+/// All that a descriptor delivers, or its first `most` bytes; none, with `errno` set, when
+/// reading failed.
+[[nodiscard]] std::optional<std::string> read_at_most(int descriptor, std::size_t most);
 
 }  // namespace quoll::share

@@ -87,7 +87,7 @@ ResolvedItem resolve_file_url(std::string_view rest) {
   if (decoded && decoded->find('\0') != std::string::npos) {
     return {nullptr, "the name holds a zero byte"};
   }
-  // Some hosts escape and some do not, so a "%" may be either: the disk knows.
+  // Some programs escape and some do not, so a "%" may be either: the disk knows.
   const bool is_raw = !decoded || (!exists(*decoded) && exists(raw));
   return resolve_file(is_raw ? raw : *decoded);
 }

@@ -7,8 +7,8 @@
 
 #include "quoll/foundation/nsurl.h"
 
-/// Reading what other programs and people call an item. Hosts hand over strings that are no valid
-/// URLs, paths where they promise URLs, and links with spaces; whatever is clear is taken.
+/// Reading what people and other programs call an item. Programs hand over strings that are no
+/// valid URLs, paths where they promise URLs, and links with spaces; whatever is clear is taken.
 namespace quoll::share {
 
 /// The URL that a text stands for: a file URL of a file that can be read, or a link. Without one,

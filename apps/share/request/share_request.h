@@ -28,9 +28,9 @@ struct ShareRequest {
   std::optional<std::string> html;
   std::vector<std::string> items;
   std::vector<DescriptorItem> descriptor_items = {};
-  /// How many bytes these may have together: a stranger may have sent the same file many times.
+  /// How many bytes these may have together: a program may send the same file many times.
   std::size_t byte_budget = std::size_t{256} << 20;
-  /// How long one of them may deliver nothing: a stranger may hold its other end.
+  /// How long one of them may deliver nothing: it may be a pipe that nobody writes to.
   std::chrono::milliseconds read_timeout{10'000};
   /// Standard input is a list of at most 256 MiB, each part of it ended by a zero byte: first the
   /// texts that are "-", in the order above, then more items.

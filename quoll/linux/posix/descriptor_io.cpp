@@ -50,12 +50,12 @@ bool write_all(int descriptor, std::span<const unsigned char> bytes) {
 }
 
 bool read_until(int descriptor, std::string& text, std::size_t enough, bool& ended,
-                std::optional<milliseconds> patience, steady_clock::time_point deadline) {
+                std::optional<milliseconds> read_timeout, steady_clock::time_point deadline) {
   constexpr std::size_t kLargestRead = std::size_t{1} << 20;
   ended = false;
   while (!ended && text.size() < enough) {
-    if (patience &&
-        !wait_until_readable(descriptor, std::min(steady_clock::now() + *patience, deadline))) {
+    if (read_timeout &&
+        !wait_until_readable(descriptor, std::min(steady_clock::now() + *read_timeout, deadline))) {
       return false;
     }
     const std::size_t before = text.size();
@@ -64,7 +64,7 @@ bool read_until(int descriptor, std::string& text, std::size_t enough, bool& end
         uninterrupted([&] { return read(descriptor, text.data() + before, text.size() - before); });
     const int number = errno;
     text.resize(before + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
-    if (got < 0 && !(patience && number == EAGAIN)) {
+    if (got < 0 && !(read_timeout && number == EAGAIN)) {
       errno = number;
       return false;
     }

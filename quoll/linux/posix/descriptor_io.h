@@ -17,11 +17,11 @@ namespace quoll::posix {
 [[nodiscard]] bool write_all(int descriptor, std::span<const unsigned char> bytes);
 
 /// Appends what is read until the end of the file or until `text` has at least `enough` bytes;
-/// false with `errno` set. `ended` tells whether the end was met. With `patience` it fails with
+/// false with `errno` set. `ended` tells whether the end was met. With `read_timeout` it fails with
 /// ETIMEDOUT when nothing comes for that long, and when the deadline is past.
 [[nodiscard]] bool read_until(
     int descriptor, std::string& text, std::size_t enough, bool& ended,
-    std::optional<std::chrono::milliseconds> patience = std::nullopt,
+    std::optional<std::chrono::milliseconds> read_timeout = std::nullopt,
     std::chrono::steady_clock::time_point deadline = std::chrono::steady_clock::time_point::max());
 
 /// Waits until there is something to read or the end is met; false with `errno` set, ETIMEDOUT when

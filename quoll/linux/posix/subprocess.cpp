@@ -138,7 +138,7 @@ std::string Subprocess::complaint() const {
 }
 
 ProgramAnswer run_program(const std::vector<std::string>& command, std::size_t most,
-                          std::chrono::milliseconds patience, Clock::time_point deadline) {
+                          std::chrono::milliseconds read_timeout, Clock::time_point deadline) {
   constexpr std::size_t kLongestComplaint = 200;
   ProgramAnswer answer;
   Pipe output = make_pipe();
@@ -154,7 +154,7 @@ ProgramAnswer run_program(const std::vector<std::string>& command, std::size_t m
   }
   bool ended = false;
   const bool is_read =
-      read_until(output.reading.get(), answer.output, most + 1, ended, patience, deadline);
+      read_until(output.reading.get(), answer.output, most + 1, ended, read_timeout, deadline);
   process.end_by(ended ? deadline : Clock::now());
   answer.complaint = foundation::printable(process.complaint(), kLongestComplaint);
   if (!is_read) {

@@ -78,9 +78,9 @@ struct ProgramAnswer {
 };
 
 /// Runs a program of PATH to its end, with nothing on its standard input. It is ended, with the
-/// processes that it started, when it delivers nothing for `patience`, and at the deadline.
+/// processes that it started, when it delivers nothing for `read_timeout`, and at the deadline.
 [[nodiscard]] ProgramAnswer run_program(const std::vector<std::string>& command, std::size_t most,
-                                        std::chrono::milliseconds patience,
+                                        std::chrono::milliseconds read_timeout,
                                         std::chrono::steady_clock::time_point deadline);
 
 }  // namespace quoll::posix

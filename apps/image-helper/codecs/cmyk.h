@@ -5,7 +5,7 @@ namespace quoll::image_helper {
 /// Converts a CMYK pixel to red, green and blue. All four samples are inverted: the highest value
 /// means no ink. The printer's profile is not used.
 template <typename Sample>
-void rgb_of_inks(const Sample (&light)[4], Sample* rgb) {
+void rgb_of_cmyk(const Sample (&light)[4], Sample* rgb) {
   constexpr unsigned long kFull = static_cast<Sample>(-1);
   for (int i = 0; i < 3; ++i) {
     rgb[i] =

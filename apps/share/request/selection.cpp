@@ -1,17 +1,17 @@
-#include "apps/share/request/select.h"
+#include "apps/share/request/selection.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <utility>
 
 #include "apps/share/request/data_url.h"
 #include "apps/share/request/image_signature.h"
 #include "apps/share/request/media_type.h"
 #include "apps/share/request/received_bytes.h"
 #include "apps/share/request/resolve_item.h"
-#include "apps/share/request/zero_ended_list.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/unique_fd.h"
@@ -27,16 +27,16 @@ using foundation::NSURL;
 constexpr std::string_view kStandardInput = "-";
 constexpr std::string_view kList = "the list on standard input";
 constexpr const char* kNoRoom = "it is too large, together with the items before it";
-/// No command holds more, and what delivers it may have no end.
+/// No command URL holds more, and the text may come from a pipe without an end.
 constexpr std::size_t kLongestText = std::size_t{64} << 20;
 
-/// The last part of a name; empty when that names no file.
+/// The part of a name behind the last "/"; empty when it cannot name a file.
 std::string_view file_name(std::string_view name) {
   name.remove_prefix(name.rfind('/') + 1);
   return name == "." || name == ".." ? std::string_view() : name;
 }
 
-/// A name without an extension gets that of the type, when it has room for one.
+/// Adds the usual extension of the type to a name that has none, if there is room for it.
 std::string with_extension(std::string name, std::string_view media_type) {
   const std::string_view extension = extension_of_media_type(media_type);
   if (name.find('.') == std::string::npos && !extension.empty() &&
@@ -50,12 +50,32 @@ std::string why_not_received() {
   return errno == ETIMEDOUT ? "nothing came for too long" : posix::error_words(errno);
 }
 
+/// Parts of any bytes but zero, each ended by a zero byte; the last one may go without.
+class ZeroEndedList {
+ public:
+  explicit ZeroEndedList(std::string bytes) : bytes_(std::move(bytes)) {}
+
+  /// The next part; none behind the last.
+  [[nodiscard]] std::optional<std::string> next() {
+    if (position_ >= bytes_.size()) {
+      return std::nullopt;
+    }
+    const std::size_t end = std::min(bytes_.find('\0', position_), bytes_.size());
+    const std::size_t begin = std::exchange(position_, end + 1);
+    return bytes_.substr(begin, end - begin);
+  }
+
+ private:
+  std::string bytes_;
+  std::size_t position_ = 0;
+};
+
 /// Fills a selection part by part. Standard input is read in the order of the calls.
 class Selector {
  public:
   Selector(Selection& selection, const ShareRequest& request, int standard_input)
       : selection_(selection),
-        timeout_(request.read_timeout),
+        read_timeout_(request.read_timeout),
         budget_(request.byte_budget),
         standard_input_(standard_input) {}
 
@@ -80,10 +100,10 @@ class Selector {
     return text;
   }
 
-  /// Takes the list on standard input; what it is for is left out when it cannot be had.
+  /// Reads the list on standard input. When that fails, the list is left out and counts as empty.
   void read_list() {
     constexpr std::size_t kLongestList = std::size_t{256} << 20;
-    auto bytes = receive_text(standard_input_, kLongestList + 1);
+    auto bytes = read_at_most(standard_input_, kLongestList + 1);
     if (!bytes) {
       leave_out(kList, posix::error_words(errno));
     } else if (bytes->size() > kLongestList) {
@@ -103,12 +123,13 @@ class Selector {
   }
 
   void add(DescriptorItem item) {
-    // Whoever made the file may have left off at its end.
+    // A file that was just written may stand at its end. A pipe has no position; that is no
+    // failure.
     static_cast<void>(lseek(item.descriptor.get(), 0, SEEK_SET));
     const std::string_view name = file_name(item.name);
-    const std::size_t taken =
-        add_received(name.empty() ? "an item without a name" : name,
-                     {item.descriptor.get(), timeout_, budget_}, item.media_type, name, "item");
+    const std::size_t taken = add_received(name.empty() ? "an item without a name" : name,
+                                           {item.descriptor.get(), read_timeout_, budget_},
+                                           item.media_type, name, "item");
     budget_ -= taken;
   }
 
@@ -122,7 +143,7 @@ class Selector {
 
  private:
   std::optional<std::string> text_from_input() {
-    return list_ ? list_->next() : receive_text(standard_input_, kLongestText + 1);
+    return list_ ? list_->next() : read_at_most(standard_input_, kLongestText + 1);
   }
 
   void add_named(const std::string& given) {
@@ -160,10 +181,10 @@ class Selector {
   }
 
   /// Answers how many bytes were taken.
-  std::size_t add_received(std::string_view given, const Source& source,
+  std::size_t add_received(std::string_view given, const ByteSource& source,
                            std::string_view media_type, std::string_view name,
                            std::string_view name_without_one) {
-    const auto received = receive(source);
+    const auto received = read_beginning(source);
     const std::size_t held = received ? received->beginning.size() : 0;
     if (held == 0) {
       leave_out(given, received ? "it is empty" : why_not_received());
@@ -192,10 +213,10 @@ class Selector {
     }
   }
 
-  /// Bytes become a file of the share, which is then shared like any other. Answers how many they
+  /// Writes bytes to a file of the share and adds it like any other file. Answers how many they
   /// are.
   std::size_t add_bytes(std::string_view given, std::string_view name, std::string_view media_type,
-                        const ReceivedBytes& bytes, const Source& source) {
+                        const ReceivedBytes& bytes, const ByteSource& source) {
     const std::string cannot = "it cannot be kept in a temporary file: ";
     if (!selection_.received_files) {
       leave_out(given, cannot + "there is no shared folder");
@@ -203,7 +224,7 @@ class Selector {
     }
     const auto [file, path] =
         selection_.received_files->make(with_extension(std::string(name), media_type));
-    const auto size = file ? write_through(bytes, source, file.get()) : std::nullopt;
+    const auto size = file ? write_received(bytes, source, file.get()) : std::nullopt;
     if (!size) {
       leave_out(given, errno == EFBIG ? kNoRoom : cannot + why_not_received());
       unlink(path.c_str());  // what is there of it takes room until the share ends
@@ -214,13 +235,13 @@ class Selector {
   }
 
   Selection& selection_;
-  std::chrono::milliseconds timeout_;
+  std::chrono::milliseconds read_timeout_;
   std::size_t budget_;  ///< how many bytes may still come from descriptors
   int standard_input_;
   std::optional<ZeroEndedList> list_;
 };
 
-/// Browsers hand over a page's link, or its title, as its text once more; the draft says it once.
+/// Drops a text that only repeats a link or the title. Browsers hand over both.
 void drop_repeated_text(Selection& selection) {
   if (!selection.text) {
     return;
@@ -238,8 +259,8 @@ void drop_repeated_text(Selection& selection) {
 
 }  // namespace
 
-Selection select(ShareRequest request, const std::optional<std::string>& container,
-                 int standard_input) {
+Selection make_selection(ShareRequest request, const std::optional<std::string>& container,
+                         int standard_input) {
   Selection selection;
   if (container) {
     selection.received_files.emplace(*container);

@@ -1,4 +1,4 @@
-#include "apps/share/request/select.h"
+#include "apps/share/request/selection.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -33,21 +33,21 @@ std::string container() {
 
 Selection select_items(std::vector<std::string> items, std::string_view standard_input = "") {
   const posix::UniqueFd input = delivering(standard_input);
-  return select({{}, {}, {}, std::move(items)}, container(), input.get());
+  return make_selection({{}, {}, {}, std::move(items)}, container(), input.get());
 }
 
 constexpr const char* kGif = "GIF89a\1\0\1\0\0\0\0";
 
-TEST(Select, EachKindHasItsType) {
+TEST(Selection, EachKindHasItsType) {
   const test::TemporaryFolder folder;
   const std::string picture = folder.write("picture.gif", kGif);
   const posix::UniqueFd input = delivering(kGif);
-  const Selection selection =
-      select({{},
-              {},
-              {},
-              {picture, "https://example.org/", "data:image/gif;base64,R0lGODlhAQABAAAAACw=", "-"}},
-             folder.path(), input.get());
+  const Selection selection = make_selection(
+      {{},
+       {},
+       {},
+       {picture, "https://example.org/", "data:image/gif;base64,R0lGODlhAQABAAAAACw=", "-"}},
+      folder.path(), input.get());
   ASSERT_EQ(selection.items.size(), 4U);
   EXPECT_TRUE(selection.left_out.empty());
   EXPECT_EQ(selection.items[0]->type(), platform::kUTTypeFileURL) << "an image by path is a file";
@@ -62,7 +62,7 @@ TEST(Select, EachKindHasItsType) {
   EXPECT_FALSE(std::filesystem::exists(folder.path(".incoming"))) << "nothing needed a file";
 }
 
-TEST(Select, BytesBecomeFilesInTheContainer) {
+TEST(Selection, BytesBecomeFilesInTheContainer) {
   struct Row {
     const char* reason;
     std::string item;
@@ -91,9 +91,9 @@ TEST(Select, BytesBecomeFilesInTheContainer) {
   }
 }
 
-TEST(Select, WithoutAContainerBytesAreLeftOut) {
-  const Selection selection =
-      select({{}, {}, {}, {"data:,hello", "https://h/", "data:image/gif,GIF89a"}}, std::nullopt);
+TEST(Selection, WithoutAContainerBytesAreLeftOut) {
+  const Selection selection = make_selection(
+      {{}, {}, {}, {"data:,hello", "https://h/", "data:image/gif,GIF89a"}}, std::nullopt);
   EXPECT_EQ(selection.items.size(), 2U) << "a link and an image need no file";
   ASSERT_EQ(selection.left_out.size(), 1U);
   EXPECT_EQ(selection.left_out[0].what, "data:,hello");
@@ -101,7 +101,7 @@ TEST(Select, WithoutAContainerBytesAreLeftOut) {
             "it cannot be kept in a temporary file: there is no shared folder");
 }
 
-TEST(Select, WhatCannotBeSharedKeepsNothingBack) {
+TEST(Selection, WhatCannotBeSharedKeepsNothingBack) {
   const test::TemporaryFolder folder;
   const std::string file = folder.write("a.txt", "x");
   const Selection selection = select_items({"/no/such/file", file, "-", "data:broken", "/"}, "");
@@ -116,25 +116,25 @@ TEST(Select, WhatCannotBeSharedKeepsNothingBack) {
   EXPECT_EQ(selection.left_out[3].why, "it is a folder");
 }
 
-TEST(Select, StandardInputThatCannotBeRead) {
+TEST(Selection, StandardInputThatCannotBeRead) {
   const posix::UniqueFd closed(open("/dev/null", O_WRONLY));
-  const Selection selection = select({{}, {}, {}, {"-"}}, container(), closed.get());
+  const Selection selection = make_selection({{}, {}, {}, {"-"}}, container(), closed.get());
   EXPECT_TRUE(selection.empty());
   ASSERT_EQ(selection.left_out.size(), 1U);
   EXPECT_EQ(selection.left_out[0].why, "bad file descriptor");
 }
 
-TEST(Select, Texts) {
+TEST(Selection, Texts) {
   const posix::UniqueFd input = delivering("from afar");
-  const Selection selection = select({"A title", "-", {}, {}}, container(), input.get());
+  const Selection selection = make_selection({"A title", "-", {}, {}}, container(), input.get());
   EXPECT_EQ(selection.title, "A title");
   EXPECT_EQ(selection.text, "from afar");
   EXPECT_FALSE(selection.empty());
-  const Selection title_only = select({"A title", {}, {}, {}}, container(), input.get());
+  const Selection title_only = make_selection({"A title", {}, {}, {}}, container(), input.get());
   EXPECT_TRUE(title_only.empty()) << "a title alone is no share";
 }
 
-TEST(Select, ATextThatOnlyRepeatsALinkIsDropped) {
+TEST(Selection, ATextThatOnlyRepeatsALinkIsDropped) {
   struct Row {
     const char* reason;
     std::string title;
@@ -153,7 +153,7 @@ TEST(Select, ATextThatOnlyRepeatsALinkIsDropped) {
       {"a file's own name is no link", "A page", file, file, true},
   };
   for (const Row& row : rows) {
-    const Selection selection = select({row.title, row.text, {}, {row.item}}, container());
+    const Selection selection = make_selection({row.title, row.text, {}, {row.item}}, container());
     EXPECT_EQ(selection.text.has_value(), row.is_kept) << row.reason;
     EXPECT_EQ(selection.title, row.title) << row.reason;
     EXPECT_TRUE(selection.left_out.empty()) << row.reason;
@@ -164,10 +164,10 @@ Selection select_descriptor(posix::UniqueFd from, std::string media_type, std::s
   ShareRequest request;
   request.descriptor_items.push_back({std::move(from), std::move(media_type), std::move(name)});
   request.read_timeout = std::chrono::milliseconds(20);
-  return select(std::move(request), container());
+  return make_selection(std::move(request), container());
 }
 
-TEST(Select, DescriptorsBecomeFilesOfTheirNames) {
+TEST(Selection, DescriptorsBecomeFilesOfTheirNames) {
   struct Row {
     const char* reason;
     std::string media_type;
@@ -197,7 +197,7 @@ TEST(Select, DescriptorsBecomeFilesOfTheirNames) {
   }
 }
 
-TEST(Select, AnImageThatIsDeliveredKeepsItsNameWhenItHasOne) {
+TEST(Selection, AnImageThatIsDeliveredKeepsItsNameWhenItHasOne) {
   const Selection without = select_descriptor(delivering(kGif), "image/gif", "");
   ASSERT_EQ(without.items.size(), 1U);
   EXPECT_EQ(without.items[0]->type(), platform::kUTTypeImage);
@@ -206,7 +206,7 @@ TEST(Select, AnImageThatIsDeliveredKeepsItsNameWhenItHasOne) {
   EXPECT_EQ(with.items[0]->type(), platform::kUTTypeFileURL);
 }
 
-TEST(Select, AFileIsDeliveredFromItsBeginning) {
+TEST(Selection, AFileIsDeliveredFromItsBeginning) {
   posix::UniqueFd file = delivering("hello");
   lseek(file.get(), 0, SEEK_END);
   const Selection selection = select_descriptor(std::move(file), "", "a.txt");
@@ -214,7 +214,7 @@ TEST(Select, AFileIsDeliveredFromItsBeginning) {
   EXPECT_EQ(test::read_file(selection.items[0]->file_path().value_or("")), "hello");
 }
 
-TEST(Select, DescriptorsThatDeliverNothing) {
+TEST(Selection, DescriptorsThatDeliverNothing) {
   int ends[2] = {-1, -1};
   ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
   const posix::UniqueFd writing(ends[1]);
@@ -247,7 +247,7 @@ TEST(Select, DescriptorsThatDeliverNothing) {
   }
 }
 
-TEST(Select, AListOnStandardInput) {
+TEST(Selection, AListOnStandardInput) {
   const test::TemporaryFolder folder;
   const std::string awkward = folder.write("a\nb \xFF,'%20", "x");
   const std::string given = folder.write("given.txt", "x");
@@ -273,7 +273,7 @@ TEST(Select, AListOnStandardInput) {
     ShareRequest request;
     request.items = {given};
     request.has_list = true;
-    const Selection selection = select(std::move(request), container(), input.get());
+    const Selection selection = make_selection(std::move(request), container(), input.get());
     std::vector<std::string> items;
     for (const auto& item : selection.items) {
       items.push_back(item->given());
@@ -287,14 +287,14 @@ TEST(Select, AListOnStandardInput) {
   }
 }
 
-TEST(Select, TheTextsStandFirstInAList) {
+TEST(Selection, TheTextsStandFirstInAList) {
   using namespace std::string_view_literals;
   const auto select_from = [](std::string_view list) {
     ShareRequest request;
     request.title = "-";
     request.html = "-";
     request.has_list = true;
-    return select(std::move(request), container(), delivering(list).get());
+    return make_selection(std::move(request), container(), delivering(list).get());
   };
   const Selection selection = select_from("-\0<b>x</b>\0https://h/\0"sv);
   EXPECT_EQ(selection.title, "-") << "what is in a list is meant as it is";
@@ -307,8 +307,9 @@ TEST(Select, TheTextsStandFirstInAList) {
   EXPECT_EQ(without.left_out[0].why, "standard input ends before it");
 }
 
-TEST(Select, TextThatIsNotUtf8) {
-  const Selection selection = select({"\xFF", "gr\xFC\xDF", {}, {"https://h/"}}, container());
+TEST(Selection, TextThatIsNotUtf8) {
+  const Selection selection =
+      make_selection({"\xFF", "gr\xFC\xDF", {}, {"https://h/"}}, container());
   EXPECT_EQ(selection.title, std::nullopt);
   EXPECT_EQ(selection.text, std::nullopt);
   EXPECT_EQ(selection.items.size(), 1U);
@@ -317,7 +318,7 @@ TEST(Select, TextThatIsNotUtf8) {
   EXPECT_EQ(selection.left_out[1].why, "it is not UTF-8");
 }
 
-TEST(Select, MoreFilesThanDescriptors) {
+TEST(Selection, MoreFilesThanDescriptors) {
   rlimit before{};
   ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
   const test::TemporaryFolder folder;

@@ -36,7 +36,8 @@ struct Selection {
 /// `container`, the path of the group container; without one they are left out. Whatever cannot be
 /// shared is left out with the reason and keeps nothing else back. A text that only repeats a link,
 /// or the title of one, is dropped. To be called while there is one thread.
-[[nodiscard]] Selection select(ShareRequest request, const std::optional<std::string>& container,
-                               int standard_input = 0);
+[[nodiscard]] Selection make_selection(ShareRequest request,
+                                       const std::optional<std::string>& container,
+                                       int standard_input = 0);
 
 }  // namespace quoll::share
