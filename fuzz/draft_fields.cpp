@@ -83,14 +83,8 @@ void check_fields(const DraftFields& fields) {
 }
 
 void check_arguments(gio::DraftWay way, const DraftFields& fields) {
-  const compose::OutgoingDraft draft{.subject = fields.subject,
-                                     .to = fields.to,
-                                     .cc = fields.cc,
-                                     .bcc = fields.bcc,
-                                     .text = fields.text,
-                                     .text_file = "/text",
-                                     .files = {"/file"}};
-  const std::vector<std::string> arguments = compose::client_arguments(way, draft);
+  const auto arguments =
+      compose::client_arguments(way, fields, {.text = "/text", .attachments = {"/file"}});
   const std::set<std::string> options{"--composer", "--compose", "--attach", "-s", "-i",
                                       "-c",         "-b",        "-a",       "--"};
   const auto end = std::ranges::find(arguments, "--");
