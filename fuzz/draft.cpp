@@ -62,6 +62,7 @@ Draft draft_of(fuzz::Script& script) {
     std::string name = text(255);
     std::erase_if(name, [](char c) { return c == '/' || c == '\0'; });
     draft.contents.emplace_back(script.text(255));
+    name = foundation::whole_characters(name, 255);
     draft.names.push_back(name.empty() || name == "." || name == ".." ? "a" : name);
   }
   return draft;
