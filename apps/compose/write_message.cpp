@@ -1,6 +1,7 @@
 #include "apps/compose/write_message.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -76,9 +77,11 @@ posix::UniqueFd open_inside(int folder, const std::string& path) {
 
 ReceivedCommand command_in(int taken_folder) {
   const posix::UniqueFd file = open_inside(taken_folder, "command");
+  struct stat status {};
   std::string text;
   bool ended = false;
-  if (!posix::read_until(file.get(), text, std::string::npos, ended)) {
+  if (fstat(file.get(), &status) != 0 ||
+      !posix::read_until(file.get(), text, static_cast<std::size_t>(status.st_size), ended)) {
     fail();
   }
   return read_received_command(text);

@@ -256,7 +256,27 @@ TEST(WriterServer, OnlyTheFolderOfTheDraftIsRead) {
             "read refused refused refused " + own + "refused read refused refused refused refused");
 }
 
-TEST(WriterServer, TimeGrowsWithTheFilesAndMemoryDoesNot) {
+void try_to_write(int taken_folder, int output) {
+  say(output, openat(taken_folder, "command", O_RDONLY) >= 0 ? "0" : std::to_string(errno));
+  for (const int flags : {O_WRONLY, O_RDWR, O_RDONLY | O_TRUNC, O_RDONLY | O_CREAT}) {
+    say(output,
+        openat(taken_folder, "command", flags, 0600) >= 0 ? " 0" : " " + std::to_string(errno));
+  }
+}
+
+// By the filter, also where the kernel has no rules for paths.
+TEST(WriterServer, ADraftIsNotOpenedForWriting) {
+  if (sandbox::kSanitizerBuild) {
+    GTEST_SKIP() << "a sanitizer opens files itself";
+  }
+  auto server = WriterServer::start(try_to_write);
+  const TakenFolder folder;
+  EXPECT_EQ(server.write(folder.taken(), folder.output()).end, WriterEnd::kWritten);
+  const std::string refused = " " + std::to_string(ENOSYS);
+  EXPECT_EQ(folder.written(), "0" + refused + refused + refused + refused);
+}
+
+TEST(WriterServer, TimeGrowsWithTheFiles) {
   const auto limits_of = [](const TakenFolder& folder) {
     auto server = WriterServer::start(hang);
     std::thread writing([&] { static_cast<void>(server.write(folder.taken(), folder.output())); });
