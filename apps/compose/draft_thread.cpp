@@ -162,7 +162,7 @@ void DraftThread::give(Job& job) {
   finish(outcome);
 }
 
-void DraftThread::finish(const Outcome& outcome) {
+void DraftThread::finish(const Outcome& outcome) const {
   log_outcome(outcome);
   listener_.finished(outcome);
 }

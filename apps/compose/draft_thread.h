@@ -57,7 +57,7 @@ class DraftThread {
   void work_on(Job job, Lock& lock);
   [[nodiscard]] bool is_over_after_writing(Job& job);
   void give(Job& job);
-  void finish(const Outcome& outcome);
+  void finish(const Outcome& outcome) const;
   void end_flood(Lock& lock);
 
   WriterServer& writer_;

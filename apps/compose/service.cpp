@@ -86,6 +86,7 @@ class Service final : public gio::ApplicationService {
     g_idle_add_full(G_PRIORITY_DEFAULT, function, this, nullptr);
   }
   static gboolean stop_soon(gpointer self) {
+    alarm(1);  // for what may hold up this thread
     static_cast<Service*>(self)->stop();
     return G_SOURCE_REMOVE;
   }

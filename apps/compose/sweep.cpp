@@ -4,6 +4,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,7 +45,7 @@ void sweep_taken() {
 
 void sweep_aside(const Moment& now) {
   for (const std::string& name : taken_drafts()) {
-    auto draft = TakenDraft::lock(name);
+    auto draft = why_aside(name) ? TakenDraft::lock(name) : std::nullopt;
     if (draft && draft->is_aside_too_long(now)) {
       platform::log("the draft %@, which could not be written, is removed after 30 days", name);
       draft->remove();

@@ -212,3 +212,11 @@ quoll_defence(menu_request_lengths FILE apps/share/request/menu_request.cpp
 quoll_defence(notification_is_cut FILE apps/share/notice.cpp
   TAKES "kMost = 1000;" GIVES "kMost = 100000;"
   SHOWN_BY notify Notify.ManyLinesAreCutShort)
+
+# What the receiver takes of a command.
+quoll_defence(files_of_a_draft FILE apps/compose/taker.cpp
+  TAKES "kMostFiles = 10'000" GIVES "kMostFiles = 20'000"
+  SHOWN_BY compose_text ComposeLimits.ADraftHasTenThousandFiles)
+quoll_defence(left_out_by_name FILE apps/compose/left_out.h
+  TAKES "kMostNamed = 100" GIVES "kMostNamed = 200"
+  SHOWN_BY compose_text ComposeLimits.OneHundredFilesThatAreLeftOutAreKeptByName)
