@@ -21,6 +21,7 @@
 #include "apps/compose/writer_result.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/unique_fd.h"
+#include "quoll/linux/xml/mail_form.h"
 #include "quoll/message/received_command.h"
 
 namespace quoll::compose {
@@ -155,6 +156,7 @@ void write_parts(Output& out, GMimeObject* body, int taken_folder,
 void prepare_to_write() {
   g_mime_init();
   g_free(g_content_type_guess("a.txt", nullptr, 0, nullptr));
+  static_cast<void>(xml::load_mail_reader());  // without it, a draft with HTML cannot be written
 }
 
 void write_message(int taken_folder, int output) {

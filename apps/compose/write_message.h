@@ -3,7 +3,8 @@
 namespace quoll::compose {
 
 /// Makes what a process that writes messages needs, so that it opens no file of the system later:
-/// GMime's tables and the types of files. Call it at the beginning, and again after a while.
+/// GMime's tables, the types of files, and
+/// the reader of HTML. Call it at the beginning, and again after a while.
 void prepare_to_write();
 
 /// Writes the draft in an open folder of taken drafts: its `command`, and its `files/K/NAME` in the

@@ -131,7 +131,7 @@ quoll_defence(helper_memory FILE apps/image-helper/confine.cpp
 quoll_defence(html_comparisons FILE quoll/linux/xml/html_reader.cpp
   TAKES "200'000'000" GIVES "400'000'000"
   SHOWN_BY xml HtmlLimits.EndsThatFitNothingAreComparedTwoHundredMillionTimes)
-quoll_defence(html_link_length FILE quoll/linux/xml/document_reader.cpp
+quoll_defence(html_link_length FILE quoll/linux/xml/allowed_link.cpp
   TAKES "kLongestLink = 8192" GIVES "kLongestLink = 8193"
   SHOWN_BY xml HtmlLimits.ALinkHas8192Bytes)
 quoll_defence(html_repeated_links FILE quoll/linux/xml/run_builder.cpp

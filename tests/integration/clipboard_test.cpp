@@ -242,6 +242,16 @@ TEST_F(RealClipboard, HoldsWhatABrowserCopies) {
   EXPECT_NE(body.find("gr\xC3\xBC\xC3\x9F <b>bold</b>"), std::string::npos) << body;
 }
 
+TEST_F(RealClipboard, LinksOfAPageLeadToTheNetOnly) {
+  copy("text/html",
+       "<a href='javascript:a()'>a</a> <a href='DATA:text/html,b'>b</a> <a href='file:///c'>c</a> "
+       "<a href='https://h/'>d</a>");
+  const Ended ended = share();
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  const std::string body = message_of(ended.output)->htmlBody().description();
+  EXPECT_NE(body.find("<p>a b c <a href=\"https://h/\">d</a></p>"), std::string::npos) << body;
+}
+
 TEST_F(RealClipboard, HoldsWhatAFileManagerCopies) {
   const std::string file = home_.write("a b,c.txt", "the content");
   copy("x-special/gnome-copied-files", "copy\nfile://" + home_.path("a%20b,c.txt"));

@@ -53,7 +53,8 @@ TEST_F(ReceiverTest, ADraftHoldsWhatTheCommandSays) {
             "multipart multipart/mixed\n"
             "multipart multipart/alternative\n"
             "text text/plain \"A b\\n\"\n"
-            "text text/html \"<p>A <b>b</b></p>\"\n"
+            "text text/html \"<!DOCTYPE html>\\n<html>\\n<head>\\n<meta charset=\\\"utf-8\\\">"
+            "\\n</head>\\n<body>\\n<p>A <b>b</b></p>\\n</body>\\n</html>\\n\"\n"
             "attachment text/plain \"a.txt\" " +
                 hex("first\n") +
                 "\n"
@@ -74,6 +75,38 @@ TEST_F(ReceiverTest, ThePlainTextGivenIsThePlainTextKept) {
       0);
   const auto read = home_.read_only_draft();
   EXPECT_TRUE(holds(read, "text text/plain \"From me\\n.\\nend \"\n")) << read;
+}
+
+/// What an independent reader finds in the draft of a command with this HTML.
+std::string draft_of_html(const std::string& html) {
+  const ReceiverHome home;
+  const auto ended = home.compose({"quoll://compose?htmlBody=" + foundation::percent_encode(html)});
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  return home.read_only_draft();
+}
+
+TEST_F(ReceiverTest, NothingOfAPageIsSentThatIsNotSeen) {
+  const auto read = draft_of_html(
+      "<p>seen<span style='display:none'>secret1</span><script>secret2</script>"
+      "<i hidden>secret3</i><!-- secret4 --></p><p onclick='secret5'>"
+      "<img src='http://secret6/'><form action='secret7'><input value=secret8>");
+  EXPECT_TRUE(holds(read, "text text/plain \"seen\\n\"\n")) << read;
+  EXPECT_TRUE(holds(read, "<p>seen</p>")) << read;
+  EXPECT_FALSE(holds(read, "secret")) << read;
+}
+
+TEST_F(ReceiverTest, APagesLinksLeadToTheNetOnly) {
+  const auto read = draft_of_html(
+      "<a href='javascript:a()'>a</a> <a href='data:text/html,b'>b</a> <a href='file:///c'>c</a> "
+      "<a href='JAVA&#10;SCRIPT:d()'>d</a> <a href='https://example.org/e'>e</a>");
+  EXPECT_TRUE(holds(read, "text text/plain \"a b c d e <https://example.org/e>\\n\"\n")) << read;
+  EXPECT_TRUE(holds(read, "a b c d <a href=\\\"https://example.org/e\\\">e</a>")) << read;
+}
+
+TEST_F(ReceiverTest, ThePlainTextOfAPageIsReadLikeItsHtml) {
+  const auto read = draft_of_html(
+      "<p>Gr&uuml;&szlig;e</p><p>again</p><table><tr><td>one</td><td>two</td></tr></table>");
+  EXPECT_TRUE(holds(read, "\"Gr\\u00fc\\u00dfe\\n\\nagain\\n\\none\\ttwo\\n\"")) << read;
 }
 
 TEST_F(ReceiverTest, NoFieldCanAddAHeader) {

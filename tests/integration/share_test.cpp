@@ -184,6 +184,16 @@ TEST_F(Share, Texts) {
   EXPECT_TRUE(bad.errors.starts_with("left out: the text: it is not UTF-8\n")) << bad.errors;
 }
 
+TEST_F(Share, StyledTextHasLinksToTheNetOnly) {
+  const std::string html =
+      "<a href='javascript:a()'>a</a> <a href='data:text/html,b'>b</a> <a href='file:///c'>c</a> "
+      "<a href='java&#10;script:d()'>d</a> <a href='https://h/'>e</a>";
+  const auto body = message_of(home_.print({"--html", html}).output)->htmlBody();
+  ASSERT_NE(body.text(), nullptr);
+  EXPECT_NE(body.text()->find("<p>a b c d <a href=\"https://h/\">e</a></p>"), std::string::npos)
+      << *body.text();
+}
+
 TEST_F(Share, WithoutAContainerLinksStillArrive) {
   const std::string file = home_.write("a.txt", "x");
   home_.environment()["QUOLL_GROUP_CONTAINERS"] = "/proc/nowhere";

@@ -8,11 +8,11 @@
 #include <utility>
 
 #include "quoll/foundation/text.h"
+#include "quoll/linux/xml/markup.h"
 
 namespace quoll::xml {
 namespace {
 
-constexpr std::string_view kWhite = " \t\n\f\r";
 constexpr double kDefaultSize = 12;
 constexpr double kLargestSize = 1638;
 constexpr std::size_t kLongestFamily = 100;
@@ -112,6 +112,17 @@ double css_size(const std::string& value, double current) {
   return points > 0 && points <= kLargestSize ? points : 0;
 }
 
+/// Whether a `margin` leaves no space below: its third length, or its first when there are fewer.
+bool is_close_below(std::string_view margin) {
+  std::optional<double> below;
+  for (int length = 0; length < 3 && !margin.empty(); ++length) {
+    const auto number = leading_number(margin);
+    below = length == 1 ? below : number ? std::optional(number->first) : std::nullopt;
+    margin = trim_ascii(margin.substr(std::min(margin.find(' '), margin.size())));
+  }
+  return below == 0.0;
+}
+
 void declare(Inherited& inherited, std::string_view property, std::string_view raw) {
   Look& look = inherited.look;
   const std::string value = foundation::ascii_lower_case(raw);
@@ -144,6 +155,8 @@ void declare(Inherited& inherited, std::string_view property, std::string_view r
     }
   } else if (property == "white-space") {
     inherited.preserved = value.starts_with("pre") && value != "pre-line";
+  } else if (property == "margin" || property == "margin-bottom") {
+    inherited.close = is_close_below(value);
   } else if (property == "display") {
     inherited.hidden = inherited.hidden || value == "none";
   }

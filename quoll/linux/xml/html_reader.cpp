@@ -4,13 +4,16 @@
 #include <libxml/parser.h>
 
 #include <algorithm>
-#include <array>
+#include <limits>
 #include <memory>
 #include <new>
 #include <string>
 #include <string_view>
 
 #include "quoll/linux/xml/document_reader.h"
+#include "quoll/linux/xml/mail_document.h"
+#include "quoll/linux/xml/markup.h"
+#include "quoll/linux/xml/text_form.h"
 
 namespace quoll::xml {
 namespace {
@@ -23,11 +26,18 @@ constexpr std::size_t kMostComparisons = 200'000'000;
 /// attributes.
 constexpr std::size_t kDictionaryLimit = 16384;
 constexpr std::size_t kChunk = 65536;
+/// The number of open elements of a mail. Each takes about 150 bytes.
+constexpr std::size_t kMostOpenInMail = 262'144;
+constexpr const char* kNoMemory = "there is not enough memory";
 
 /// The state of reading one document. No exception may pass through the parser: a failure is kept
 /// here, and the parser is stopped.
 struct Reading {
+  explicit Reading(DocumentForm& to) : form(to), document(to) {}
+
+  DocumentForm& form;
   DocumentReader document;
+  std::size_t most_open = std::numeric_limits<std::size_t>::max();
   htmlParserCtxtPtr parser = nullptr;
   std::size_t comparisons = 0;
   const char* problem = nullptr;
@@ -46,8 +56,11 @@ void guarded(void* user, Step step) {
   }
   try {
     step(reading);
+    if (reading.form.is_full() || reading.document.depth() > reading.most_open) {
+      reading.fail("it is too long");
+    }
   } catch (const std::bad_alloc&) {
-    reading.fail("there is not enough memory");
+    reading.fail(kNoMemory);
   }
 }
 
@@ -57,7 +70,7 @@ std::string_view view(const xmlChar* text) {
 
 void on_start(void* user, const xmlChar* name, const xmlChar** given) {
   guarded(user, [&](Reading& reading) {
-    std::vector<DocumentReader::Attribute> attributes;
+    std::vector<Attribute> attributes;
     for (; given != nullptr && given[0] != nullptr; given += 2) {
       attributes.emplace_back(view(given[0]), view(given[1]));
     }
@@ -96,36 +109,31 @@ htmlSAXHandler handler() {
   return sax;
 }
 
-void parse(htmlParserCtxtPtr parser, std::string_view html) {
-  while (!html.empty()) {
-    const std::string_view chunk = html.substr(0, kChunk);
-    htmlParseChunk(parser, chunk.data(), static_cast<int>(chunk.size()), 0);
-    html.remove_prefix(chunk.size());
-  }
-}
-
-/// The text with line feeds as line ends, and without zero bytes, at which the parser might stop.
-std::string normal_text(std::string_view html) {
-  std::string text;
-  text.reserve(html.size());
-  for (std::size_t at = 0; at < html.size(); ++at) {
-    const bool half = html[at] == '\r' && html.substr(at + 1).starts_with('\n');
-    if (html[at] != '\0' && !half) {
-      text += html[at] == '\r' ? '\n' : html[at];
+/// Gives the parser the text with line feeds as line ends, and without zero bytes, at which it
+/// might stop.
+void parse(const Reading& reading, std::string_view html) {
+  std::string chunk;
+  for (std::size_t at = 0; at < html.size() && reading.problem == nullptr;) {
+    chunk.clear();
+    for (const std::size_t end = std::min(at + kChunk, html.size()); at < end; ++at) {
+      const bool half = html[at] == '\r' && html.substr(at + 1).starts_with('\n');
+      if (html[at] != '\0' && !half) {
+        chunk += html[at] == '\r' ? '\n' : html[at];
+      }
     }
+    htmlParseChunk(reading.parser, chunk.data(), static_cast<int>(chunk.size()), 0);
   }
-  return text;
 }
 
-const char* read(std::string_view html, std::vector<platform::TextRun>& runs) {
+/// Reads the document into the form. Answers null, or why it was not read to its end.
+const char* read(std::string_view html, Reading& reading) {
   [[maybe_unused]] static const bool initialised = (xmlInitParser(), true);
   htmlSAXHandler sax = handler();
-  Reading reading;
   const std::unique_ptr<htmlParserCtxt, decltype(&htmlFreeParserCtxt)> parser(
       htmlCreatePushParserCtxt(&sax, &reading, nullptr, 0, nullptr, XML_CHAR_ENCODING_UTF8),
       &htmlFreeParserCtxt);
   if (!parser) {
-    return "there is not enough memory";
+    return kNoMemory;
   }
   reading.parser = parser.get();
   // The text is UTF-8, whatever encoding it declares.
@@ -138,16 +146,50 @@ const char* read(std::string_view html, std::vector<platform::TextRun>& runs) {
   // Mail programs and mailing lists add text behind `</html>`, which the parser would drop. For
   // each `<html>` too many it ignores one `</html>`.
   for (int spare = 0; spare < 64; ++spare) {
-    parse(parser.get(), "<html>");
+    parse(reading, "<html>");
   }
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   html.remove_prefix(html.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
-  parse(parser.get(), normal_text(html));
-  htmlParseChunk(parser.get(), nullptr, 0, 1);
-  if (reading.problem == nullptr) {
-    runs = reading.document.take();
+  // The parser would make a paragraph of a text that no element is around.
+  const auto start = html.find_first_not_of(kWhite);
+  if (start != std::string_view::npos && html[start] != '<') {
+    parse(reading, "<body>");
   }
+  parse(reading, html);
+  htmlParseChunk(parser.get(), nullptr, 0, 1);
   return reading.problem;
+}
+
+const char* read_runs(std::string_view html, std::vector<platform::TextRun>& runs) {
+  TextForm form(TextForm::Kind::kStyled);
+  Reading reading(form);
+  const char* const problem = read(html, reading);
+  if (problem == nullptr) {
+    runs = form.take_runs();
+  }
+  return problem;
+}
+
+const char* read_mail(std::string_view html, MailBodies& bodies) {
+  MailDocument form;
+  Reading reading(form);
+  reading.most_open = kMostOpenInMail;
+  const char* const problem = read(html, reading);
+  if (problem == kNoMemory) {
+    return problem;
+  }
+  bodies = form.take(problem == nullptr);
+  return nullptr;
+}
+
+/// No exception may leave the module.
+template <typename Read, typename Result>
+const char* guarded_read(Read read, std::string_view html, Result* result) noexcept {
+  try {
+    return read(html, *result);
+  } catch (const std::bad_alloc&) {
+    return kNoMemory;
+  }
 }
 
 }  // namespace
@@ -155,9 +197,10 @@ const char* read(std::string_view html, std::vector<platform::TextRun>& runs) {
 
 extern "C" __attribute__((visibility("default"))) const char* quoll_read_html(
     const char* html, std::size_t size, std::vector<quoll::platform::TextRun>* runs) noexcept {
-  try {
-    return quoll::xml::read({html, size}, *runs);
-  } catch (const std::bad_alloc&) {
-    return "there is not enough memory";
-  }
+  return quoll::xml::guarded_read(quoll::xml::read_runs, {html, size}, runs);
+}
+
+extern "C" __attribute__((visibility("default"))) const char* quoll_read_mail(
+    const char* html, std::size_t size, quoll::xml::MailBodies* bodies) noexcept {
+  return quoll::xml::guarded_read(quoll::xml::read_mail, {html, size}, bodies);
 }

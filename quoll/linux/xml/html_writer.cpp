@@ -1,11 +1,11 @@
 #include "quoll/linux/xml/html_writer.h"
 
 #include <algorithm>
-#include <array>
 #include <string>
 
 #include "quoll/foundation/number_text.h"
 #include "quoll/foundation/text.h"
+#include "quoll/linux/xml/markup.h"
 
 namespace quoll::xml {
 namespace {
@@ -16,7 +16,8 @@ using platform::TextAttributes;
 constexpr std::string_view kOpening =
     "<!DOCTYPE html>\n<html>\n<head>\n<meta charset=\"utf-8\">\n"
     "<meta name=\"generator\" content=\"Quoll Share\">\n"
-    "<style>p { margin: 0 }</style>\n</head>\n<body>\n";
+    "<style>";
+constexpr std::string_view kBody = "</style>\n</head>\n<body>\n";
 constexpr std::string_view kClosing = "</body>\n</html>\n";
 /// In points. A larger size is a mistake, or an attack on the program that lays out the text.
 constexpr double kLargestSize = 1638;
@@ -35,73 +36,6 @@ bool is_blank(char byte) {
 bool is_white(char byte) {
   return is_blank(byte) || byte == '\t' || is_line_end(byte);
 }
-bool is_ascii_control(char byte) {
-  return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F;
-}
-
-/// True at the first byte of a character from U+0080 to U+009F.
-bool is_wide_control(std::string_view text, std::size_t at) {
-  return text[at] == '\xC2' && at + 1 < text.size() &&
-         static_cast<unsigned char>(text[at + 1]) < 0xA0;
-}
-
-/// The escape for a character in text and attribute values; empty when it needs none.
-std::string_view escape(char byte) {
-  switch (byte) {
-    case '&':
-      return "&amp;";
-    case '<':
-      return "&lt;";
-    case '>':
-      return "&gt;";
-    case '"':
-      return "&quot;";
-    default:
-      return {};
-  }
-}
-
-/// The value for an attribute in double quotes: escaped, and without control characters.
-std::string attribute_value(std::string_view text) {
-  std::string value;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    if (is_wide_control(text, at)) {
-      ++at;
-    } else if (const auto escaped = escape(text[at]); !escaped.empty()) {
-      value += escaped;
-    } else if (!is_ascii_control(text[at])) {
-      value += text[at];
-    }
-  }
-  return value;
-}
-
-/// A family name in CSS: quoted, except for a generic family.
-std::string family(std::string_view font) {
-  constexpr std::array<std::string_view, 6> kKinds{"serif",   "sans-serif", "monospace",
-                                                   "cursive", "fantasy",    "system-ui"};
-  if (std::find(kKinds.begin(), kKinds.end(), font) != kKinds.end()) {
-    return std::string(font);
-  }
-  std::string quoted = "'";
-  for (const char byte : font) {
-    if (byte == '\'' || byte == '\\') {
-      quoted += '\\';
-    }
-    quoted += byte;
-  }
-  return quoted + "'";
-}
-
-std::string colour_text(std::uint32_t colour) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string text = "#";
-  for (int shift = 20; shift >= 0; shift -= 4) {
-    text += kDigits[(colour >> static_cast<unsigned>(shift)) & 0xFU];
-  }
-  return text;
-}
-
 std::string css(const TextAttributes& look) {
   std::string text;
   const auto declare = [&text](std::string_view property, std::string_view value) {
@@ -109,7 +43,7 @@ std::string css(const TextAttributes& look) {
     text.append(property).append(": ").append(value);
   };
   if (!look.font.empty() && foundation::is_utf8(look.font)) {
-    declare("font-family", family(look.font));
+    declare("font-family", family_text(look.font));
   }
   if (look.size > 0 && look.size <= kLargestSize) {
     declare("font-size", foundation::text_of_real(look.size) + "pt");
@@ -153,7 +87,7 @@ struct Tags {
   void nest(std::string_view tag, std::string_view attribute = {}, std::string_view value = {}) {
     opening.append("<").append(tag);
     if (!attribute.empty()) {
-      opening.append(" ").append(attribute).append("=\"").append(attribute_value(value)) += '"';
+      add_attribute(opening, attribute, value);
     }
     opening += '>';
     closing.insert(0, std::string("</").append(tag).append(">"));
@@ -167,7 +101,9 @@ class Writer {
   }
 
   Bytes document(const std::vector<platform::TextRun>& runs) {
-    add(out_, kOpening);
+    for (const std::string_view part : {kOpening, kParagraphRule, kBody}) {
+      add(out_, part);
+    }
     for (const platform::TextRun& run : runs) {
       write_run(at_ + run.text.size(), Tags(run.attributes));
     }
@@ -220,12 +156,12 @@ class Writer {
       } else if (byte == '\t') {
         add(out_, "<span style=\"white-space: pre\">\t</span>");
         ++at_;
-      } else if (is_wide_control(text_, at_)) {
-        at_ = std::min(at_ + 2, end);
+      } else if (const std::size_t control = control_at(text_, at_); control > 0) {
+        at_ = std::min(at_ + control, end);
       } else {
         if (const auto escaped = escape(byte); !escaped.empty()) {
           add(out_, escaped);
-        } else if (!is_ascii_control(byte)) {
+        } else {
           out_.push_back(static_cast<unsigned char>(byte));
         }
         ++at_;

@@ -50,6 +50,8 @@ struct Inherited {
   bool preserved = false;
   /// No-break blanks stand for ordinary ones (see `kBlanksClass`).
   bool blanks = false;
+  /// The element itself leaves no space below it.
+  bool close = false;
 };
 
 }  // namespace quoll::xml

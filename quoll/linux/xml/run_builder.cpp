@@ -3,31 +3,19 @@
 #include <algorithm>
 #include <utility>
 
+#include "quoll/linux/xml/markup.h"
+
 namespace quoll::xml {
 namespace {
 
-constexpr std::string_view kWhite = " \t\n\f\r";
 /// The limit in bytes for repeated links. One long link around many short pieces of text would make
 /// the result a thousand times as large as the document; beyond the limit, text is kept without its
 /// links.
 constexpr std::size_t kMostRepeated = std::size_t{64} << 20U;
 
-/// The length in bytes of a control character at `at` that HTML forbids; 0 when there is none.
-std::size_t control_at(std::string_view text, std::size_t at) {
-  const auto byte = static_cast<unsigned char>(text[at]);
-  if (byte == 0xC2 && at + 1 < text.size()) {
-    return static_cast<unsigned char>(text[at + 1]) < 0xA0 ? 2 : 0;
-  }
-  return (byte < 0x20 && byte != '\t') || byte == 0x7F ? 1 : 0;
-}
-
-/// The position of the first such character, or the end of the text.
-std::size_t find_control(std::string_view text) {
-  std::size_t at = 0;
-  while (at < text.size() && control_at(text, at) == 0) {
-    ++at;
-  }
-  return at;
+/// The length of what two lines begin with.
+std::size_t same_beginning(std::string_view a, std::string_view b) {
+  return static_cast<std::size_t>(std::ranges::mismatch(a, b).in1 - a.begin());
 }
 
 }  // namespace
@@ -35,7 +23,7 @@ std::size_t find_control(std::string_view text) {
 void RunBuilder::text(std::string_view text, const Look& look) {
   while (!text.empty()) {
     const auto word = std::min(text.find_first_not_of(kWhite), text.size());
-    if (word > 0 && line_has_text_ && !break_pending_ && !blank_last_) {
+    if (word > 0 && line_has_text_ && breaks_pending_ == 0 && !blank_last_) {
       append(" ", look);
       blank_last_ = true;
     }
@@ -57,25 +45,48 @@ void RunBuilder::preserved_text(std::string_view text, const Look& look) {
   }
 }
 
-void RunBuilder::block_boundary() {
+void RunBuilder::block_boundary(int breaks) {
   if (marker_.empty() && line_has_text_) {
-    break_pending_ = true;
+    breaks_pending_ = std::max(breaks_pending_, breaks);
   }
 }
 
 void RunBuilder::line_break() {
   begin_line();
-  break_pending_ = true;
+  breaks_pending_ = 1;
 }
 
 void RunBuilder::cell_boundary() {
   drop_trailing_blank();
-  break_pending_ = false;
+  breaks_pending_ = 0;
+  if (marker_.empty()) {
+    set_marker({}, 0);
+  }
   marker_ += '\t';
 }
 
-void RunBuilder::set_marker(std::string marker) {
+void RunBuilder::set_marker(std::string marker, std::size_t hanging) {
   marker_ = std::move(marker);
+  before_marker_ = prefix_.size();
+  behind_marker_ = prefix_.size() + hanging;
+}
+
+void RunBuilder::add_word(std::string_view word) {
+  if (!line_has_text_) {
+    begin_line();
+  }
+  append(blank_last_ || !line_has_text_ ? "" : " ", look_);
+  append(word, look_);
+  append(blank_last_ ? " " : "", look_);
+  line_has_text_ = true;
+}
+
+void RunBuilder::indent(std::string_view more) {
+  prefix_ += more;
+}
+
+void RunBuilder::outdent(std::size_t less) {
+  prefix_.resize(prefix_.size() - less);
 }
 
 std::vector<platform::TextRun> RunBuilder::take() {
@@ -85,34 +96,52 @@ std::vector<platform::TextRun> RunBuilder::take() {
 }
 
 void RunBuilder::visible(std::string_view text, const Look& look) {
-  while (!text.empty()) {
-    const auto end = find_control(text);
-    shown(text.substr(0, end), look);
-    text.remove_prefix(end < text.size() ? end + control_at(text, end) : end);
-  }
-}
-
-void RunBuilder::shown(std::string_view text, const Look& look) {
-  if (text.empty()) {
-    return;
-  }
-  begin_line();
-  append(text, look);
-  blank_last_ = false;
-  line_has_text_ = true;
+  without_controls(text, [&](std::string_view piece) {
+    begin_line();
+    append(piece, look);
+    blank_last_ = false;
+    line_has_text_ = true;
+  });
 }
 
 void RunBuilder::begin_line() {
-  if (break_pending_) {
-    drop_trailing_blank();
-    append("\n", runs_.empty() ? Look{} : look_);
-    break_pending_ = false;
-    line_has_text_ = false;
+  if (breaks_pending_ > 0) {
+    end_line(std::exchange(breaks_pending_, 0));
   }
-  if (!marker_.empty()) {
+  const std::string_view prefix = std::exchange(line_begun_, true) ? std::string_view() : prefix_;
+  const bool marked = !marker_.empty();
+  if (!prefix.empty()) {
+    append(prefix.substr(0, marked ? before_marker_ : prefix.size()), {});
+    line_prefix_ = prefix;
+  }
+  if (marked) {
     append(std::exchange(marker_, {}), {});
     line_has_text_ = true;
   }
+  if (marked && prefix.size() > behind_marker_) {
+    append(prefix.substr(behind_marker_), {});
+  }
+}
+
+void RunBuilder::end_line(int breaks) {
+  drop_trailing_blank();
+  const auto drop_blanks = [this] {
+    while (runs_.back().text.ends_with(' ')) {
+      runs_.back().text.pop_back();
+    }
+  };
+  if (!line_has_text_ && !line_prefix_.empty()) {
+    drop_blanks();
+  }
+  const Look look = runs_.empty() ? Look{} : look_;
+  append("\n", look);
+  for (; breaks > 1; --breaks) {
+    append(std::string_view(prefix_).substr(0, same_beginning(line_prefix_, prefix_)), look);
+    drop_blanks();
+    append("\n", look);
+  }
+  line_prefix_.clear();
+  line_begun_ = line_has_text_ = false;
 }
 
 void RunBuilder::append(std::string_view text, const Look& look) {

@@ -1,41 +1,21 @@
 #include "quoll/linux/xml/styled_text.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <string>
 #include <utility>
 
 #include "quoll/foundation/text.h"
-#include "quoll/linux/posix/installed_file.h"
 #include "quoll/linux/xml/html_reader.h"
 #include "quoll/linux/xml/html_writer.h"
+#include "quoll/linux/xml/reader_module.h"
 #include "quoll/platform/log.h"
 
 namespace quoll::xml {
 namespace {
 
-struct Reader {
-  ReadHtml* read = nullptr;
-  /// Why `read` is null.
-  std::string problem;
-};
-
-/// Loads the module. It is never unloaded, because its libraries keep data for each thread.
-Reader load_reader() {
-  const std::string path = posix::installed_file(posix::InstalledFolder::kModules, kReaderModule);
-  void* module = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  void* symbol = module != nullptr ? ::dlsym(module, kReadHtmlName) : nullptr;
-  if (symbol == nullptr) {
-    const char* problem = ::dlerror();
-    return {nullptr, problem != nullptr ? problem : kReaderModule};
-  }
-  return {reinterpret_cast<ReadHtml*>(symbol), {}};
-}
-
 class HtmlText final : public platform::StyledText {
  public:
-  explicit HtmlText(Reader reader) : reader_(std::move(reader)) {}
+  explicit HtmlText(ReaderFunction<ReadHtml> reader) : reader_(std::move(reader)) {}
 
   std::shared_ptr<platform::NSAttributedString> from_html(std::string_view html) override {
     std::vector<platform::TextRun> runs;
@@ -60,24 +40,25 @@ class HtmlText final : public platform::StyledText {
   /// Fills `runs`. Answers why it failed, or the empty text.
   [[nodiscard]] std::string read(std::string_view html,
                                  std::vector<platform::TextRun>& runs) const {
-    if (reader_.read == nullptr) {
+    if (reader_.call == nullptr) {
       return reader_.problem;
     }
     if (!foundation::is_utf8(html)) {
       return "it is not UTF-8";
     }
-    const char* problem = reader_.read(html.data(), html.size(), &runs);
+    const char* problem = reader_.call(html.data(), html.size(), &runs);
     return problem != nullptr ? problem : "";
   }
 
-  const Reader reader_;
+  const ReaderFunction<ReadHtml> reader_;
 };
 
 }  // namespace
 
 std::shared_ptr<platform::StyledText> make_styled_text(bool with_html_reader) {
   return std::make_shared<HtmlText>(
-      with_html_reader ? load_reader() : Reader{nullptr, "this program reads no HTML"});
+      with_html_reader ? load_reader<ReadHtml>(kReadHtmlName)
+                       : ReaderFunction<ReadHtml>{nullptr, "this program reads no HTML"});
 }
 
 }  // namespace quoll::xml
