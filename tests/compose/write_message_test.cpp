@@ -66,6 +66,17 @@ TEST(WriteMessage, NoFieldAddsAHeader) {
   }
 }
 
+TEST(WriteMessage, RecipientsHaveNoLimit) {
+  std::string to;
+  for (int i = 0; i < 100'000; ++i) {
+    to += "recipient" + std::to_string(i) + "@example.org;";
+  }
+  const Written draft = write("to=" + foundation::percent_encode(to));
+  EXPECT_EQ(draft.fields.to.size(), 100'000U);
+  EXPECT_TRUE(draft.has("recipient0@example.org,"));
+  EXPECT_TRUE(draft.has(" recipient99999@example.org\r\n"));
+}
+
 TEST(WriteMessage, ADraftOfFilesIsNamedAfterThem) {
   TakenFolder folder("quoll://compose?");
   folder.add(0, "a\nb.txt", "1");

@@ -18,6 +18,7 @@
 #include "apps/compose/writer_result.h"
 #include "apps/sandbox/path_rules.h"
 #include "apps/sandbox/sanitizer_build.h"
+#include "quoll/foundation/percent.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "tests/compose/taken_folder.h"
 
@@ -276,7 +277,7 @@ TEST(WriterServer, ADraftIsNotOpenedForWriting) {
   EXPECT_EQ(folder.written(), "0" + refused + refused + refused + refused);
 }
 
-TEST(WriterServer, TimeGrowsWithTheFiles) {
+TEST(WriterServer, HasItsLimits) {
   const auto limits_of = [](const TakenFolder& folder) {
     auto server = WriterServer::start(hang);
     std::thread writing([&] { static_cast<void>(server.write(folder.taken(), folder.output())); });
@@ -293,10 +294,30 @@ TEST(WriterServer, TimeGrowsWithTheFiles) {
   const std::string small = limits_of(folder);
   EXPECT_EQ(cpu(small), 60) << small;
   EXPECT_NE(small.find("Max core file size        0 "), std::string::npos) << small;
+  EXPECT_EQ(small.find("Max file size             unlimited"), std::string::npos)
+      << "no more than there is room for" << small;
   folder.add(0, "large", "");
   std::filesystem::resize_file(folder.around().path("taken/files/0/large"), 250'000'000);
   folder.open_both();
   EXPECT_EQ(cpu(limits_of(folder)), 85);
+}
+
+// More than a command has that comes over the bus.
+TEST(WriterServer, LargeDraftsFitIntoItsMemory) {
+  if (sandbox::kSanitizerBuild) {
+    GTEST_SKIP() << "a sanitizer takes more memory and time";
+  }
+  auto server = WriterServer::start();
+  for (const char* const piece : {"<td>x", "<"}) {
+    std::string html;
+    while (html.size() < (std::size_t{64} << 20U)) {
+      html += piece;
+    }
+    const TakenFolder folder("quoll://compose?htmlBody=" + foundation::percent_encode(html));
+    const WriterAnswer answer = server.write(folder.taken(), folder.output());
+    EXPECT_EQ(answer.end, WriterEnd::kWritten) << piece << answer.reason;
+    EXPECT_FALSE(take_fields(folder.output()).text.empty()) << piece;
+  }
 }
 
 }  // namespace

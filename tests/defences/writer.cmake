@@ -28,13 +28,16 @@ quoll_defence(writer_memory FILE ${file}
   SHOWN_BY sandbox WriterSandbox.MemoryIsLimitedAndNeverMadeExecutable)
 quoll_defence(writer_seconds FILE ${file}
   TAKES "kSeconds = 60;" GIVES "kSeconds = 61;"
-  SHOWN_BY compose_writer WriterServer.TimeGrowsWithTheFiles)
+  SHOWN_BY compose_writer WriterServer.HasItsLimits)
 quoll_defence(writer_seconds_for_files FILE ${file}
   TAKES "kBytesOfASecond = 10'000'000;" GIVES "kBytesOfASecond = 1'000'000;"
-  SHOWN_BY compose_writer WriterServer.TimeGrowsWithTheFiles)
+  SHOWN_BY compose_writer WriterServer.HasItsLimits)
 quoll_defence(writer_leaves_no_core FILE ${file}
   TAKES "limit(RLIMIT_CORE, 0);" GIVES ""
-  SHOWN_BY compose_writer WriterServer.TimeGrowsWithTheFiles)
+  SHOWN_BY compose_writer WriterServer.HasItsLimits)
+quoll_defence(writer_fills_no_disk FILE ${file}
+  TAKES "limit(RLIMIT_FSIZE, room.f_bavail * room.f_frsize);" GIVES ""
+  SHOWN_BY compose_writer WriterServer.HasItsLimits)
 quoll_defence(writer_ends_with_the_receiver FILE ${file}
   TAKES "prctl(PR_SET_PDEATHSIG, SIGKILL);" GIVES "prctl(PR_SET_PDEATHSIG, SIGCONT);"
   SHOWN_BY compose_writer WriterServer.AServerThatIsEndedTakesItsChildAlong)
@@ -66,6 +69,9 @@ quoll_defence(addresses_are_one_line FILE ${file}
 quoll_defence(address_length FILE ${file}
   TAKES "kLongest = 320;" GIVES "kLongest = 1000;"
   SHOWN_BY compose_writer Addresses.WhatIsNoneStaysWhereAPersonSeesIt)
+quoll_defence(subject_is_one_line FILE apps/compose/write_message.cpp
+  TAKES "one_line(text_of(message.subject()))" GIVES "text_of(message.subject())"
+  SHOWN_BY compose_writer WriteMessage.NoFieldAddsAHeader)
 quoll_defence(quotes_are_closed_once FILE ${file}
   TAKES "    has = false;\n" GIVES ""
   SHOWN_BY compose_writer Addresses.TakeTimeInProportion)
