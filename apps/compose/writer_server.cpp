@@ -180,6 +180,7 @@ WriterAnswer WriterServer::write(int taken_folder, int output) {
   return answer_of(answer.status);
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): the server is a part of this object
 void WriterServer::stop() noexcept {
   if (process_ > 0) {
     kill(process_, SIGKILL);

@@ -131,6 +131,9 @@ TEST(WriterServer, WhatEachEndMeans) {
        WriterEnd::kFailed, "the draft cannot be written: its command cannot be read"},
   };
   for (const Row& row : rows) {
+    if (sandbox::kSanitizerBuild && row.reason == std::string("a fall")) {
+      continue;  // a sanitizer reports it and ends the process itself
+    }
     auto server = WriterServer::start(row.job);
     const TakenFolder folder("quoll://nothing");
     const WriterAnswer answer = server.write(folder.taken(), folder.output());
