@@ -1,7 +1,7 @@
 // Gives any text to the receiver as a command URL; the byte 1 stands for the path of the staging
-// folder. Either the command is refused with a sentence, or its draft has exactly the attachments
-// that are regular files inside the folder and are reached without a link. Each other attachment is
-// left out with a reason.
+// folder. Either the command is refused with a sentence, or what is taken are exactly the regular
+// files inside the folder that are reached without a link, each once. Each other attachment is left
+// out with a reason.
 
 #include <sys/stat.h>
 
@@ -13,15 +13,15 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
-#include "apps/compose/cannot_compose.h"
-#include "apps/compose/compose_command.h"
-#include "apps/compose/draft_summary.h"
-#include "apps/compose/mime_handles.h"
-#include "apps/compose/places.h"
-#include "apps/compose/received_draft.h"
+#include "apps/compose/compose_error.h"
+#include "apps/compose/folders.h"
+#include "apps/compose/taker.h"
+#include "apps/compose/waiting_files.h"
 #include "fuzz/require.h"
 #include "quoll/linux/posix/files.h"
+#include "quoll/message/received_command.h"
 #include "quoll/platform/desktop.h"
 #include "tests/support/temporary_folder.h"
 
@@ -48,7 +48,6 @@ class Home {
     fs::create_symlink("..", staging() + "/up");
     fs::create_symlink("a.txt", staging() + "/inside");
     require(mkfifo((staging() + "/pipe").c_str(), 0600) == 0);
-    g_mime_init();
   }
 
   [[nodiscard]] std::string staging() const {
@@ -94,30 +93,25 @@ bool is_without_links(const std::string& path) {
   return true;
 }
 
-void check_taken(const compose::ComposeCommand& command) {
-  const compose::TakenFiles taken(command.attachments);
-  require(taken.files().size() + taken.left_out().size() == command.attachments.size());
-  std::multiset<std::string> left_out;
-  for (const auto& one : taken.left_out()) {
+/// The files of a taken draft are those that the command names, each once; all else is left out.
+void check_taken(const std::string& url, const compose::TakenDraft& draft) {
+  const std::vector<std::string> asked = read_received_command(url).attachments;
+  const compose::LeftOutFiles left_out = draft.left_out();
+  std::multiset<std::string> names;
+  for (const auto& one : left_out.named) {
     require(!one.reason.empty());
-    left_out.insert(one.name);
+    names.insert(one.name);
   }
-  for (const auto& path : command.attachments) {
-    require(left_out.contains(path) || is_without_links(path));
+  for (std::string path : asked) {
+    std::ranges::replace(path, '\0', ' ');
+    require(left_out.more != 0 || names.contains(path) || is_without_links(path));
   }
-  for (const auto& file : taken.files()) {
-    require(home().allows(file.path));
+  const auto files = compose::waiting_files(draft.folder());
+  require(files.size() + left_out.count() <= asked.size());
+  for (const auto& file : files) {
+    require(home().allows(draft.path() + "/" + path_of(file)));
     require(!file.name.empty() && file.name.find('/') == std::string::npos);
   }
-}
-
-void check_draft(const std::string& url) {
-  const compose::ReceivedDraft received(url);
-  const std::string path = received.write();
-  const auto draft = compose::read_draft(path);
-  fs::remove(path);
-  const auto asked = compose::read_compose_command(url).attachments.size();
-  require(draft.attachments.size() + received.left_out().size() == asked);
 }
 
 }  // namespace
@@ -130,12 +124,13 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string url = url_of({reinterpret_cast<const char*>(data), size});
   try {
-    check_taken(compose::read_compose_command(url));
-    check_draft(url);
-  } catch (const compose::CannotCompose& refused) {
+    auto drafts = compose::take({url});
+    require(drafts.size() == 1);
+    check_taken(url, drafts.front());
+    drafts.front().remove();
+  } catch (const compose::ComposeError& refused) {
     require(*refused.what() != '\0');
   }
-  require(fs::is_empty(compose::incoming_folder()));
-  require(fs::is_empty(compose::drafts_folder()));
+  require(fs::is_empty(compose::taken_folder()));
   return 0;
 }

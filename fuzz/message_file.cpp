@@ -30,7 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   try {
     const auto draft = quoll::compose::read_draft(path);
     attachments = draft.attachments.size();
-    print_summary(out, draft, {});
+    print_summary(out, draft);
   } catch (const quoll::compose::CannotCompose&) {
     return 0;
   }

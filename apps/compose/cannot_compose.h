@@ -1,14 +1,9 @@
 #pragma once
 
-#include <stdexcept>
+#include "apps/compose/compose_error.h"
 
 namespace quoll::compose {
 
-/// Thrown when a draft cannot be made, or another request not be carried out. `what()` is one
-/// sentence for people.
-class CannotCompose final : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+using CannotCompose = ComposeError;
 
 }  // namespace quoll::compose

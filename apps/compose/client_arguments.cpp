@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "apps/compose/message_parts.h"
+#include "apps/compose/clean_text.h"
 #include "quoll/foundation/percent.h"
 
 namespace quoll::compose {
@@ -59,7 +59,7 @@ class MailLink {
       has_query_ = true;
     }
   }
-  void add_message(const OutgoingDraft& draft) {
+  void add_message(const DraftFields& draft) {
     add("cc", joined(draft.cc));
     add("bcc", joined(draft.bcc));
     add("subject", draft.subject);
@@ -72,10 +72,10 @@ class MailLink {
   bool has_query_ = false;
 };
 
-std::vector<std::string> for_evolution(const OutgoingDraft& draft) {
+std::vector<std::string> for_evolution(const DraftFields& draft, const ClientFiles& files) {
   MailLink link(draft.to);
   link.add_message(draft);
-  for (const auto& file : draft.files) {
+  for (const auto& file : files.attachments) {
     link.add("attach", file_url(file));
   }
   return {link.text()};
@@ -96,7 +96,7 @@ bool is_too_long_for_kmail(const std::string& text) {
 }
 
 // An address that looks like a URL gets angle brackets; KMail would attach it otherwise.
-std::vector<std::string> for_kmail(const OutgoingDraft& draft) {
+std::vector<std::string> for_kmail(const DraftFields& draft, const ClientFiles& files) {
   std::vector<std::string> arguments{"--composer"};
   const auto add = [&](const char* option, const std::string& value) {
     if (!value.empty()) {
@@ -107,11 +107,11 @@ std::vector<std::string> for_kmail(const OutgoingDraft& draft) {
   add("--cc=", joined(draft.cc));
   add("--bcc=", joined(draft.bcc));
   if (is_too_long_for_kmail(draft.text)) {
-    add("--msg=", file_url(draft.text_file));
+    add("--msg=", file_url(files.text));
   } else {
     add(kKMailText.data(), draft.text);
   }
-  for (const auto& file : draft.files) {
+  for (const auto& file : files.attachments) {
     add("--attach=", file_url(file));
   }
   if (!draft.to.empty()) {
@@ -123,18 +123,18 @@ std::vector<std::string> for_kmail(const OutgoingDraft& draft) {
   return arguments;
 }
 
-std::vector<std::string> for_claws(const OutgoingDraft& draft) {
+std::vector<std::string> for_claws(const DraftFields& draft, const ClientFiles& files) {
   MailLink link(draft.to);
   link.add_message(draft);
   std::vector<std::string> arguments{"--compose", link.text()};
-  if (!draft.files.empty()) {
+  if (!files.attachments.empty()) {
     arguments.emplace_back("--attach");
-    arguments.insert(arguments.end(), draft.files.begin(), draft.files.end());
+    arguments.insert(arguments.end(), files.attachments.begin(), files.attachments.end());
   }
   return arguments;
 }
 
-std::vector<std::string> for_mutt(const OutgoingDraft& draft) {
+std::vector<std::string> for_mutt(const DraftFields& draft, const ClientFiles& files) {
   std::vector<std::string> arguments;
   const auto add = [&](const char* option, const std::string& value) {
     if (!value.empty()) {
@@ -142,16 +142,16 @@ std::vector<std::string> for_mutt(const OutgoingDraft& draft) {
     }
   };
   add("-s", draft.subject);
-  add("-i", draft.text.empty() ? "" : draft.text_file);
+  add("-i", draft.text.empty() ? "" : files.text);
   for (const auto& address : draft.cc) {
     add("-c", address);
   }
   for (const auto& address : draft.bcc) {
     add("-b", address);
   }
-  if (!draft.files.empty()) {
+  if (!files.attachments.empty()) {
     arguments.emplace_back("-a");
-    arguments.insert(arguments.end(), draft.files.begin(), draft.files.end());
+    arguments.insert(arguments.end(), files.attachments.begin(), files.attachments.end());
   }
   arguments.emplace_back("--");
   arguments.insert(arguments.end(), draft.to.begin(), draft.to.end());
@@ -160,16 +160,17 @@ std::vector<std::string> for_mutt(const OutgoingDraft& draft) {
 
 }  // namespace
 
-std::vector<std::string> client_arguments(gio::DraftWay way, const OutgoingDraft& draft) {
+std::vector<std::string> client_arguments(gio::DraftWay way, const DraftFields& draft,
+                                          const ClientFiles& files) {
   switch (way) {
     case gio::DraftWay::kEvolution:
-      return for_evolution(draft);
+      return for_evolution(draft, files);
     case gio::DraftWay::kKMail:
-      return for_kmail(draft);
+      return for_kmail(draft, files);
     case gio::DraftWay::kClaws:
-      return for_claws(draft);
+      return for_claws(draft, files);
     case gio::DraftWay::kMutt:
-      return for_mutt(draft);
+      return for_mutt(draft, files);
     case gio::DraftWay::kMessageFile:
     case gio::DraftWay::kNone:
       break;
@@ -194,8 +195,8 @@ std::string name_for_client(gio::DraftWay way, const std::string& name) {
   return out;
 }
 
-bool reads_files(gio::DraftWay way, const OutgoingDraft& draft) {
-  return !draft.files.empty() || (way == gio::DraftWay::kMutt && !draft.text.empty()) ||
+bool reads_files(gio::DraftWay way, const DraftFields& draft, const ClientFiles& files) {
+  return !files.attachments.empty() || (way == gio::DraftWay::kMutt && !draft.text.empty()) ||
          (way == gio::DraftWay::kKMail && is_too_long_for_kmail(draft.text));
 }
 

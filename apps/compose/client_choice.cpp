@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "apps/compose/cannot_compose.h"
+#include "apps/compose/compose_error.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/gio/mail_clients.h"
@@ -64,7 +64,7 @@ std::optional<MailClient> client_called(const std::string& name) {
 
 void keep(const std::string& id) {
   if (const gio::FailureReason failure = gio::set_mail_client(id)) {
-    throw CannotCompose(*failure);
+    throw ComposeError(*failure);
   }
 }
 
@@ -100,8 +100,8 @@ std::string choose_client(const std::string& name) {
   }
   const std::optional<MailClient> client = client_called(name);
   if (!client) {
-    throw CannotCompose("there is no mail client " + foundation::printable(name) +
-                        "; quoll-compose --clients lists those that are there");
+    throw ComposeError("there is no mail client " + foundation::printable(name) +
+                       "; quoll-compose --clients lists those that are there");
   }
   keep(client->id);
   return "Drafts go to " + called(*client) + ": " + in_words(*client) + ".";

@@ -1,6 +1,5 @@
 #include "apps/compose/draft_summary.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,12 +9,9 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
-#include <tuple>
 
-#include "apps/compose/cannot_compose.h"
+#include "apps/compose/compose_error.h"
 #include "apps/compose/mime_handles.h"
-#include "apps/compose/places.h"
-#include "quoll/foundation/path.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/posix/unique_fd.h"
@@ -36,7 +32,7 @@ MimeHandle<GMimeMessage> parsed(GMimeStream* stream, const std::string& path) {
   const MimeHandle<GMimeParser> parser(g_mime_parser_new_with_stream(stream));
   MimeHandle<GMimeMessage> message(g_mime_parser_construct_message(parser.get(), nullptr));
   if (!message) {
-    throw CannotCompose(path + " is not a message");
+    throw ComposeError(path + " is not a message");
   }
   return message;
 }
@@ -45,10 +41,10 @@ MimeHandle<GMimeMessage> message_in(const std::string& path) {
   posix::UniqueFd fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
   if (fd.get() < 0 || fstat(fd.get(), &status) != 0) {
-    throw CannotCompose(path + " cannot be read: " + std::strerror(errno));
+    throw ComposeError(path + " cannot be read: " + std::strerror(errno));
   }
   if (!S_ISREG(status.st_mode)) {
-    throw CannotCompose(path + " is not a file");
+    throw ComposeError(path + " is not a file");
   }
   const MimeHandle<GMimeStream> stream(g_mime_stream_fs_new(fd.release()));
   return parsed(stream.get(), path);
@@ -110,20 +106,6 @@ void print_excerpt(std::ostream& out, std::string_view text) {
   }
 }
 
-std::string subject_of(const std::string& path) {
-  constexpr std::size_t kEnoughForHeaders = 65536;
-  const posix::UniqueFd fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-  std::string head(kEnoughForHeaders, '\0');
-  const ssize_t size = read(fd.get(), head.data(), head.size());
-  if (size <= 0) {
-    return {};
-  }
-  const MimeHandle<GMimeStream> stream(
-      g_mime_stream_mem_new_with_buffer(head.data(), static_cast<std::size_t>(size)));
-  const auto message = parsed(stream.get(), path);
-  return text_or_empty(g_mime_message_get_subject(message.get()));
-}
-
 }  // namespace
 
 std::string size_text(std::int64_t size) {
@@ -156,8 +138,7 @@ DraftSummary read_draft(const std::string& path) {
   return draft;
 }
 
-void print_summary(std::ostream& out, const DraftSummary& draft,
-                   const std::vector<LeftOut>& left_out) {
+void print_summary(std::ostream& out, const DraftSummary& draft) {
   const auto line = [&](const char* label, const std::string& text) {
     if (!text.empty()) {
       out << label << foundation::printable(text) << '\n';
@@ -180,39 +161,21 @@ void print_summary(std::ostream& out, const DraftSummary& draft,
           << foundation::printable(attachment.type) << ", " << size_text(attachment.size) << ")\n";
     }
   }
-  for (const auto& item : left_out) {
-    out << "Left out: " << foundation::printable(item.name) << ": " << item.reason << '\n';
-  }
   line("Draft: ", draft.path);
 }
 
-std::vector<KeptDraft> kept_drafts() {
-  const std::string folder = drafts_folder();
-  std::vector<KeptDraft> drafts;
-  const std::unique_ptr<DIR, gio::Release<closedir>> listing(opendir(folder.c_str()));
-  for (const dirent* entry = nullptr; listing && (entry = readdir(listing.get())) != nullptr;) {
-    const std::string name = entry->d_name;
-    const std::string path = foundation::appending_path_component(folder, name);
-    struct stat status {};
-    if (name.ends_with(".eml") && !name.starts_with(".") && stat(path.c_str(), &status) == 0 &&
-        S_ISREG(status.st_mode)) {
-      drafts.push_back({.path = path, .time = status.st_mtim});
-    }
+std::string subject_of(const std::string& path) {
+  constexpr std::size_t kEnoughForHeaders = 65536;
+  const posix::UniqueFd fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  std::string head(kEnoughForHeaders, '\0');
+  const ssize_t size = read(fd.get(), head.data(), head.size());
+  if (size <= 0) {
+    return {};
   }
-  std::ranges::sort(drafts, {}, [](const KeptDraft& draft) {
-    return std::tuple(draft.time.tv_sec, draft.time.tv_nsec, draft.path);
-  });
-  return drafts;
-}
-
-void print_line(std::ostream& out, const KeptDraft& draft) {
-  std::array<char, 32> time{};
-  std::tm local{};
-  localtime_r(&draft.time.tv_sec, &local);
-  std::strftime(time.data(), time.size(), "%Y-%m-%d %H:%M:%S", &local);
-  const std::string subject = subject_of(draft.path);
-  out << time.data() << "  " << (subject.empty() ? "(no subject)" : foundation::printable(subject))
-      << "  " << foundation::printable(draft.path) << '\n';
+  const MimeHandle<GMimeStream> stream(
+      g_mime_stream_mem_new_with_buffer(head.data(), static_cast<std::size_t>(size)));
+  const auto message = parsed(stream.get(), path);
+  return text_or_empty(g_mime_message_get_subject(message.get()));
 }
 
 }  // namespace quoll::compose

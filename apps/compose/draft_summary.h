@@ -1,12 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <ctime>
 #include <ostream>
 #include <string>
 #include <vector>
-
-#include "apps/compose/taken_files.h"
 
 namespace quoll::compose {
 
@@ -33,19 +30,9 @@ struct DraftSummary {
 
 /// Prints a summary of a few lines, with only the beginning of a long text. Control characters are
 /// written as escapes, so that no draft can control a terminal.
-void print_summary(std::ostream& out, const DraftSummary& draft,
-                   const std::vector<LeftOut>& left_out);
+void print_summary(std::ostream& out, const DraftSummary& draft);
 
-/// A draft in the drafts folder.
-struct KeptDraft {
-  std::string path;
-  std::timespec time{};  ///< when it was written
-};
-
-/// All drafts in the folder, the newest last.
-[[nodiscard]] std::vector<KeptDraft> kept_drafts();
-
-/// Prints one line: when the draft was written, its subject (read from the file) and its path.
-void print_line(std::ostream& out, const KeptDraft& draft);
+/// The subject of a message file, looked for in its first 64 KiB; empty when there is none.
+[[nodiscard]] std::string subject_of(const std::string& path);
 
 }  // namespace quoll::compose

@@ -1,56 +1,76 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstddef>
 #include <deque>
-#include <memory>
+#include <functional>
 #include <mutex>
-#include <optional>
 #include <thread>
+#include <vector>
 
-#include "apps/compose/notice.h"
-#include "apps/compose/received_draft.h"
+#include "apps/compose/draft_fields.h"
+#include "apps/compose/outcome.h"
+#include "apps/compose/taken_draft.h"
+#include "apps/compose/writer_server.h"
+#include "quoll/linux/gio/activation_tokens.h"
 
 namespace quoll::compose {
 
-/// Finishes received drafts on a thread of its own, so that a large draft lets nobody wait. It
-/// writes the waiting drafts one after the other. When none is waiting, it gives the written ones
-/// to the mail client, which takes longer. What the user should know about a draft becomes a
-/// notice; a failure is logged too. The destructor waits for the last draft.
+/// Finishes taken drafts on a thread of its own, so that a large draft lets nobody wait. It begins
+/// by sweeping the receiver's folders, and goes on with the drafts that an earlier program left.
+///
+/// All waiting drafts are written, one after the other, before the written ones are given to the
+/// mail client, which takes longer. When more than ten are under way at once, none of them is given
+/// to the client: they are kept, or a web page could open any number of windows.
 class DraftThread {
  public:
-  /// `notices` must outlive this object. The notices of a draft are added before `busy` becomes
-  /// false.
-  explicit DraftThread(Notices& notices) : notices_(notices), thread_([this] { run(); }) {}
+  /// Called on the thread.
+  struct Listener {
+    /// Once for each draft, when nothing more is done about it.
+    std::function<void(const Outcome&)> finished;
+    /// When a flood is over: how many drafts were kept for it.
+    std::function<void(std::size_t)> flood_is_over;
+  };
+
+  /// `writer` must outlive this object.
+  DraftThread(WriterServer& writer, Listener listener);
   DraftThread(const DraftThread&) = delete;
   DraftThread& operator=(const DraftThread&) = delete;
+  /// Waits for the last draft.
   ~DraftThread();
 
-  void finish_later(std::unique_ptr<ReceivedDraft> draft, gio::ActivationTokens tokens);
+  void add(std::vector<TakenDraft> drafts, const gio::ActivationTokens& tokens);
   /// True while a draft is not finished.
   [[nodiscard]] bool busy() const;
 
  private:
   struct Job {
-    std::unique_ptr<ReceivedDraft> draft;
+    TakenDraft draft;
     gio::ActivationTokens tokens;
+    DraftFields fields;
+    bool is_written = false;  ///< then the fields are known
   };
-
-  struct Offer {
-    WrittenDraft draft;
-    gio::ActivationTokens tokens;
-  };
+  using Lock = std::unique_lock<std::mutex>;
 
   void run();
-  [[nodiscard]] std::optional<Offer> written(Job job);
-  void hand(Offer offer);
+  void begin();
+  void work_on(Job job, Lock& lock);
+  [[nodiscard]] bool is_over_after_writing(Job& job);
+  void give(Job& job);
+  void finish(const Outcome& outcome) const;
+  void end_flood(Lock& lock);
 
-  Notices& notices_;
+  WriterServer& writer_;
+  Listener listener_;
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Job> waiting_;
-  std::deque<Offer> written_;
-  bool working_ = false;
+  std::deque<Job> written_;
+  std::size_t under_way_ = 0;  ///< drafts that are not finished
+  bool has_begun_ = false;     ///< what was left from earlier is known
   bool ending_ = false;
+  bool is_flood_ = false;
+  std::size_t kept_in_flood_ = 0;
   std::thread thread_;  // last, because it uses the other members
 };
 

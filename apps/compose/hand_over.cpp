@@ -1,5 +1,6 @@
 #include "apps/compose/hand_over.h"
 
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -8,20 +9,22 @@
 #include <cstdlib>
 #include <utility>
 
-#include "apps/compose/cannot_compose.h"
-#include "apps/compose/compose_command.h"
-#include "apps/compose/message_headers.h"
-#include "apps/compose/message_parts.h"
+#include "apps/compose/client_arguments.h"
+#include "apps/compose/compose_error.h"
+#include "apps/compose/draft_summary.h"
+#include "apps/compose/folders.h"
+#include "apps/compose/given_draft.h"
+#include "apps/compose/waiting_files.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
+#include "quoll/linux/gio/mail_clients.h"
 #include "quoll/linux/posix/subprocess.h"
 
 namespace quoll::compose {
 namespace {
 
 using gio::DraftWay;
-
-constexpr std::chrono::milliseconds kAtOnce{3000};
+using gio::MailClient;
 
 bool is_set(const char* variable) {
   const char* value = std::getenv(variable);
@@ -38,33 +41,144 @@ std::string folder_of_snap(const std::string& name) {
   return std::string(g_get_home_dir()) + "/snap/" + name + "/common/quoll-compose";
 }
 
-OutgoingDraft outgoing(const ExtensionMessage& message) {
-  OutgoingDraft draft{.subject = subject_line(message),
-                      .to = addresses_in(text_of_field(message.toString())),
-                      .cc = addresses_in(text_of_field(message.ccString())),
-                      .bcc = addresses_in(text_of_field(message.bccString())),
-                      .text = {},
-                      .text_file = {},
-                      .files = {}};
-  for (const char c : plain_body(message)) {
-    draft.text += c == '\0' ? "\u2400" : std::string(1, c);  // a zero byte would end the argument
+/// The chosen client, when it can be given drafts at all.
+const MailClient& client_for_drafts(const gio::ChosenMailClient& chosen) {
+  if (!chosen.client) {
+    throw ComposeError(
+        "no mail client is chosen for mail links; quoll-compose --clients lists those there are");
   }
-  return draft;
+  const MailClient& client = *chosen.client;
+  if (client.way == DraftWay::kNone) {
+    throw ComposeError(client.name + " cannot be given a draft, so open or import the file there");
+  }
+  return client;
 }
 
-/// What was seen of a process in its first moments.
-struct Watched {
-  bool is_well = false;      ///< it is running, or it ended without an error
-  std::optional<int> error;  ///< its exit status, when it ended with an error
-};
+/// Names for the files of a draft that the client takes by its command line.
+std::vector<std::string> names_for(const MailClient& client, const TakenDraft& draft) {
+  std::vector<std::string> names;
+  for (const WaitingFile& file : waiting_files(draft.folder())) {
+    names.push_back(name_for_client(client.way, file.name));
+  }
+  return names;
+}
 
-Watched watch(pid_t process) {
+/// The client's arguments, with the paths that the files will have.
+std::vector<std::string> arguments_for(const MailClient& client, const std::string& draft,
+                                       const DraftFields& fields,
+                                       const std::vector<std::string>& names) {
+  ClientFiles files{.text = GivenDraft::text_path(draft), .attachments = {}};
+  for (std::size_t k = 0; k < names.size(); ++k) {
+    files.attachments.push_back(GivenDraft::file_path(draft, k, names[k]));
+  }
+  if (!client.reads_files() && reads_files(client.way, fields, files)) {
+    throw ComposeError(client.name +
+                       " runs in a sandbox and cannot read the attachments, so open or import the "
+                       "file there");
+  }
+  std::vector<std::string> arguments = client_arguments(client.way, fields, files);
+  if (!std::ranges::all_of(arguments, foundation::is_utf8)) {
+    throw ComposeError("a path that is not UTF-8 cannot be told to " + client.name +
+                       ", so open or import the file there");
+  }
+  if (!are_startable(arguments)) {
+    throw ComposeError("it is too long for " + client.name +
+                       ", which takes 131071 bytes, so open or import the file there");
+  }
+  return arguments;
+}
+
+/// Why a client that was started has ended at once; none when it runs, or ended without an error.
+gio::FailureReason failure_at_once(pid_t process, const std::string& name, bool& is_seen) {
+  constexpr std::chrono::milliseconds kAtOnce{3000};
   const int trouble = posix::wait_for_end(process, std::chrono::steady_clock::now() + kAtOnce);
   if (trouble != 0) {
-    return {.is_well = trouble == ETIMEDOUT, .error = std::nullopt};
+    is_seen = trouble == ETIMEDOUT;
+    return std::nullopt;
   }
   const auto status = posix::reap(process);
-  return {.is_well = status == 0, .error = status == 0 ? std::nullopt : status};
+  is_seen = status.has_value();
+  if (status.value_or(0) == 0) {
+    return std::nullopt;
+  }
+  return name + " ended at once, " +
+         (WIFEXITED(*status) ? "with status " + std::to_string(WEXITSTATUS(*status))
+                             : "by signal " + std::to_string(WTERMSIG(*status))) +
+         "; open or import the file there";
+}
+
+/// Starts the client and marks the draft as given when that was seen; throws when it has not taken
+/// the draft.
+void start(const MailClient& client, const gio::ProgramStart& with, const GivenDraft& given) {
+  pid_t process = 0;
+  bool is_seen = false;
+  gio::FailureReason failure = gio::start_program(client.entry.get(), with, &process);
+  if (!failure && process != 0) {
+    failure = failure_at_once(process, client.name, is_seen);
+  }
+  if (failure) {
+    throw ComposeError(*failure);
+  }
+  // The last step: a draft that may not have arrived must never be removed.
+  if (is_seen && !client.is_in_terminal) {
+    given.mark();
+  }
+}
+
+/// What is done once the draft lies in the folder of what clients are given.
+template <typename Prepare>
+void offer(TakenDraft& draft, const MailClient& client, gio::ProgramStart with, Prepare prepare) {
+  const GivenDraft given(draft);
+  try {
+    prepare(given, with);
+    start(client, with, given);
+  } catch (...) {
+    given.take_back();
+    throw;
+  }
+}
+
+void give_message_file(TakenDraft& draft, const MailClient& client, gio::ProgramStart with) {
+  if (!client.reads_files()) {
+    throw ComposeError(client.name +
+                       " runs in a sandbox and cannot read the draft, so copy it to where " +
+                       client.name + " can and open it there");
+  }
+  const std::string message = message_file(draft.name());
+  offer(draft, client, std::move(with), [&](const GivenDraft& given, gio::ProgramStart& start) {
+    given.remove_files();
+    const std::string& snap = client.sandbox.snap;
+    start.uris = {uri_of(snap.empty() ? message : given.copy_message_to(folder_of_snap(snap)))};
+  });
+}
+
+void give_arguments(TakenDraft& draft, const DraftFields& fields, const MailClient& client,
+                    gio::ProgramStart with) {
+  const std::vector<std::string> names = names_for(client, draft);
+  with.arguments = arguments_for(client, draft.name(), fields, names);
+  offer(draft, client, std::move(with), [&](const GivenDraft& given, gio::ProgramStart&) {
+    given.name_files(names);
+    given.add_text(fields.text);
+  });
+}
+
+// A warning when the draft is too large. The size is that of the message file, which is what will
+// be sent.
+void note_size(Outcome& outcome) {
+  constexpr off_t kMostThatTravels = 25'000'000;
+  struct stat status {};
+  if (stat(outcome.path.c_str(), &status) == 0 && status.st_size > kMostThatTravels) {
+    outcome.notes.push_back("The draft has " + size_text(status.st_size) +
+                            ", and many mail servers refuse more than 25 MB.");
+  }
+}
+
+Outcome written(const TakenDraft& draft) {
+  Outcome outcome;
+  outcome.path = message_file(draft.name());
+  outcome.left_out = draft.left_out();
+  note_size(outcome);
+  return outcome;
 }
 
 }  // namespace
@@ -73,105 +187,40 @@ bool has_desktop() {
   return is_set("DISPLAY") || is_set("WAYLAND_DISPLAY");
 }
 
-HandOver::HandOver(const std::string& draft, const ExtensionMessage& message,
-                   const std::vector<TakenFile>& files)
-    : draft_(draft), has_desktop_(has_desktop()) {
-  if (!has_desktop_) {
-    return;
+Outcome keep(TakenDraft draft, const std::string& reason) {
+  Outcome outcome = written(draft);
+  outcome.reason = reason;
+  draft.remove();
+  return outcome;
+}
+
+Outcome hand_over(TakenDraft draft, const DraftFields& fields,
+                  const gio::ActivationTokens& tokens) {
+  if (!has_desktop()) {
+    return keep(std::move(draft), "");
   }
-  chosen_ = gio::chosen_mail_client();
+  Outcome outcome = written(draft);
+  const gio::ChosenMailClient chosen = gio::chosen_mail_client();
+  if (!chosen.gone.empty()) {
+    outcome.notes.push_back(
+        "The chosen mail client " + foundation::printable(chosen.gone) +
+        " is not there any more; quoll-compose --clients lists those that are.");
+  }
+  const gio::ProgramStart with{.uris = {}, .arguments = {}, .tokens = tokens};
   try {
-    lay_out(message, files);
-  } catch (const CannotCompose& reason) {
-    failure_ = reason.what();
+    const MailClient& client = client_for_drafts(chosen);
+    if (client.way == DraftWay::kMessageFile) {
+      give_message_file(draft, client, with);
+    } else {
+      give_arguments(draft, fields, client, with);
+    }
+    outcome.state = Outcome::State::kGiven;
+    outcome.client = client.name;
+  } catch (const std::exception& reason) {
+    outcome.reason = foundation::printable(reason.what());
+    draft.remove();  // nothing is there when it was offered
   }
-}
-
-void HandOver::lay_out(const ExtensionMessage& message, const std::vector<TakenFile>& files) {
-  if (!chosen_.client) {
-    throw CannotCompose(
-        "no mail client is chosen for mail links; quoll-compose --clients lists those there are");
-  }
-  const gio::MailClient& client = *chosen_.client;
-  if (client.way == DraftWay::kNone) {
-    throw CannotCompose(client.name + " cannot be given a draft, so open or import the file there");
-  }
-  OutgoingDraft draft = outgoing(message);
-  if (client.way != DraftWay::kMessageFile && !client.reads_files() &&
-      (!files.empty() || reads_files(client.way, draft))) {
-    throw CannotCompose(client.name +
-                        " runs in a sandbox and cannot read the attachments, so open or import "
-                        "the file there");
-  }
-  given_.emplace(draft_);
-  if (client.way == DraftWay::kMessageFile) {
-    lay_out_file();
-    return;
-  }
-  draft.text_file = given_->add_text(draft.text);
-  for (const auto& file : files) {
-    draft.files.push_back(given_->add(file, name_for_client(client.way, file.name)));
-  }
-  start_.arguments = client_arguments(client.way, draft);
-  if (!std::ranges::all_of(start_.arguments, foundation::is_utf8)) {
-    throw CannotCompose("a path that is not UTF-8 cannot be told to " + client.name +
-                        ", so open or import the file there");
-  }
-  if (!are_startable(start_.arguments)) {
-    throw CannotCompose("it is too long for " + client.name +
-                        ", which takes 131071 bytes, so open or import the file there");
-  }
-}
-
-void HandOver::lay_out_file() {
-  const gio::MailClient& client = *chosen_.client;
-  if (!client.reads_files()) {
-    throw CannotCompose(client.name +
-                        " runs in a sandbox and cannot read the draft, so copy it to where " +
-                        client.name + " can and open it there");
-  }
-  const std::string& snap = client.sandbox.snap;
-  start_.uris = {uri_of(snap.empty() ? draft_ : given_->copy_to(folder_of_snap(snap)))};
-}
-
-HandedOver HandOver::run(const gio::ActivationTokens& tokens) {
-  HandedOver result;
-  if (!has_desktop_) {
-    return result;
-  }
-  if (!chosen_.gone.empty()) {
-    result.note = "The chosen mail client " + foundation::printable(chosen_.gone) +
-                  " is not there any more; quoll-compose --clients lists those that are.";
-  }
-  if (!failure_) {
-    start_.tokens = tokens;
-    failure_ = start();
-  }
-  result.is_given = !failure_;
-  result.reason = foundation::printable(failure_.value_or(""));
-  result.sentence = failure_ ? "is kept: " + result.reason
-                             : "was given to " + foundation::printable(chosen_.client->name);
-  return result;
-}
-
-gio::FailureReason HandOver::start() {
-  const gio::MailClient& client = *chosen_.client;
-  pid_t process = 0;
-  if (gio::FailureReason failure = gio::start_program(client.entry.get(), start_, &process)) {
-    return failure;
-  }
-  const Watched seen = process != 0 ? watch(process) : Watched{};
-  if (const auto error = seen.error) {
-    return client.name + " ended at once, " +
-           (WIFEXITED(*error) ? "with status " + std::to_string(WEXITSTATUS(*error))
-                              : "by signal " + std::to_string(WTERMSIG(*error))) +
-           "; open or import the file there";
-  }
-  // The last step: a draft that may not have arrived must never be removed.
-  if (seen.is_well && !client.is_in_terminal) {
-    given_->mark();
-  }
-  return std::nullopt;
+  return outcome;
 }
 
 }  // namespace quoll::compose

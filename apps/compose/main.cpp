@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gmime/gmime.h>
 #include <unistd.h>
 
@@ -7,22 +8,24 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
-#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "apps/compose/cannot_compose.h"
 #include "apps/compose/client_choice.h"
+#include "apps/compose/draft_list.h"
 #include "apps/compose/draft_summary.h"
-#include "apps/compose/notice.h"
-#include "apps/compose/places.h"
-#include "apps/compose/received_draft.h"
+#include "apps/compose/draft_thread.h"
+#include "apps/compose/hand_over.h"
+#include "apps/compose/notifications.h"
 #include "apps/compose/service.h"
+#include "apps/compose/taken_pipe.h"
+#include "apps/compose/taker.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/linux/posix/files.h"
 #include "quoll/linux/posix/program_bundle.h"
+#include "quoll/linux/posix/subprocess.h"
 #include "quoll/linux/posix/system_log.h"
 #include "quoll/message/command_launcher.h"
 #include "quoll/platform/desktop.h"
@@ -37,6 +40,7 @@ struct Options {
   std::string client;  ///< the client to choose; empty for the default
   double idle_seconds = 10;
   bool service = false;
+  bool resume = false;
   bool list = false;
   bool show = false;
   bool clients = false;
@@ -49,56 +53,108 @@ bool is_read() {
   return isatty(STDOUT_FILENO) != 0 || isatty(STDERR_FILENO) != 0 || !compose::has_desktop();
 }
 
-void print(const compose::FinishedDraft& draft) {
-  compose::print_summary(std::cout, compose::read_draft(draft.path), draft.left_out);
-  if (!draft.handed_over.sentence.empty()) {
-    std::cout << "The draft " << draft.handed_over.sentence << ".\n";
+/// Another process reads the message file, since this one starts mail clients.
+void print_summary(const std::string& path) {
+  std::cout.flush();
+  const posix::UniqueFd output(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+  posix::Subprocess summary(
+      {.words = {"/proc/self/exe", "--show", path}, .input = -1, .output = output.get()});
+  if (summary.start_error() == 0) {
+    static_cast<void>(summary.end_by(std::chrono::steady_clock::time_point::max()));
   }
-  for (const auto& note : draft.notes) {
+}
+
+void print(const compose::Outcome& outcome) {
+  if (outcome.is_written()) {
+    print_summary(outcome.path);
+  }
+  for (const auto& file : outcome.left_out.named) {
+    std::cout << "Left out: " << foundation::printable(file.name) << ": " << file.reason << '\n';
+  }
+  if (outcome.left_out.more != 0) {
+    std::cout << "Left out: " << outcome.left_out.more << " more\n";
+  }
+  if (const std::string sentence = outcome.sentence(); !sentence.empty()) {
+    std::cout << "The draft " << sentence << ".\n";
+  }
+  for (const auto& note : outcome.notes) {
     std::cout << note << '\n';
   }
 }
 
-int compose(const std::vector<std::string>& urls) {
-  const auto tokens = gio::take_activation_tokens();
-  compose::Notices notices([] {});
-  int status = 0;
+/// Takes the drafts of these commands, each by itself.
+std::vector<compose::TakenDraft> take_each(const std::vector<std::string>& urls,
+                                           compose::NotificationQueue& notifications) {
+  std::vector<compose::TakenDraft> drafts;
   for (const auto& url : urls) {
     try {
-      const auto draft = finish(std::make_unique<compose::ReceivedDraft>(url), tokens);
-      if (auto notice = compose::notice_of(draft)) {
-        notices.add(std::move(*notice));
-      }
-      print(draft);
-      status = draft.left_out.empty() ? status : 1;
-    } catch (const compose::CannotCompose& reason) {
+      drafts.push_back(std::move(compose::take({url}).front()));
+    } catch (const std::exception& reason) {
       std::cerr << "quoll-compose: " << foundation::printable(reason.what()) << '\n';
-      notices.add(compose::refusal_notice(reason.what()));
-      status = 1;
+      notifications.add(compose::notification_of_refusal(reason.what()));
     }
   }
+  return drafts;
+}
+
+/// Writes and hands over these drafts, and all that wait. Answers the exit status.
+int finish(std::vector<compose::TakenDraft> drafts, const gio::ActivationTokens& tokens,
+           compose::NotificationQueue& notifications) {
+  int status = 0;
+  auto writer = compose::WriterServer::start();
+  {
+    compose::DraftThread thread(
+        writer,
+        {.finished =
+             [&](const compose::Outcome& outcome) {
+               notifications.add(outcome);
+               print(outcome);
+               status = outcome.is_written() && outcome.left_out.empty() ? status : 1;
+             },
+         .flood_is_over =
+             [&](std::size_t count) { notifications.add(compose::notification_of_flood(count)); }});
+    thread.add(std::move(drafts), tokens);
+  }
   if (!is_read()) {
-    notices.show();
+    notifications.show();
   }
   return status;
 }
 
-int show(std::string path) {
-  if (path.empty()) {
-    compose::wait_for_drafts_under_way();
-    const auto drafts = compose::kept_drafts();
-    if (drafts.empty()) {
-      throw compose::CannotCompose("no draft is kept");
+int compose(const std::vector<std::string>& urls, posix::UniqueFd taken_pipe) {
+  const auto tokens = gio::take_activation_tokens();
+  compose::NotificationQueue notifications([] {});
+  std::vector<compose::TakenDraft> drafts = take_each(urls, notifications);
+  const bool is_refused = drafts.size() != urls.size();
+  compose::report_taken(std::move(taken_pipe), is_refused, compose::report_of(drafts));
+  if (drafts.empty() && is_refused) {
+    if (!is_read()) {
+      notifications.show();
     }
-    path = drafts.back().path;
+    return 1;
   }
-  compose::print_summary(std::cout, compose::read_draft(path), {});
+  const int status = finish(std::move(drafts), tokens, notifications);
+  return is_refused ? 1 : status;
+}
+
+int resume() {
+  if (compose::waiting_drafts().empty()) {
+    return 0;
+  }
+  compose::NotificationQueue notifications([] {});
+  return finish({}, {}, notifications);
+}
+
+int show(const std::string& path) {
+  g_mime_init();
+  print_summary(std::cout,
+                compose::read_draft(path.empty() ? compose::newest_message_file() : path));
   return 0;
 }
 
 int list() {
-  compose::wait_for_drafts_under_way();
-  for (const auto& draft : compose::kept_drafts()) {
+  g_mime_init();
+  for (const auto& draft : compose::list_drafts()) {
     compose::print_line(std::cout, draft);
   }
   return 0;
@@ -117,8 +173,10 @@ int list_clients() {
 int serve(double idle_seconds) {
   const auto identifier = platform::main_bundle_identifier();
   const std::string* name = identifier.text();
+  auto writer = compose::WriterServer::start();
   return compose::serve(name != nullptr ? *name : std::string(it_vorlent_quoll_2),
-                        std::chrono::milliseconds(static_cast<std::int64_t>(idle_seconds * 1000)));
+                        std::chrono::milliseconds(static_cast<std::int64_t>(idle_seconds * 1000)),
+                        writer);
 }
 
 /// Reads the command line into `options`. Answers an exit status after help or wrong use.
@@ -134,7 +192,9 @@ std::optional<int> parse(int argc, char** argv, Options& options) {
       ->needs(service)
       ->check(CLI::Range(0.0, 86400.0))
       ->capture_default_str();
-  auto* list = app.add_flag("--list", options.list, "list the drafts that are kept, newest last");
+  auto* resume =
+      app.add_flag("--resume", options.resume, "go on with the drafts that wait, if there are any");
+  auto* list = app.add_flag("--list", options.list, "list the drafts, newest last");
   auto* show = app.add_option("--show", options.draft, "show this draft, or the newest")
                    ->type_name("[FILE]")
                    ->expected(0, 1);
@@ -144,7 +204,7 @@ std::optional<int> parse(int argc, char** argv, Options& options) {
       app.add_option("--client", options.client,
                      "from now on give drafts to this mail client; \"default\" goes back")
           ->type_name("NAME");
-  const std::vector<CLI::Option*> actions{urls, service, list, show, clients, client};
+  const std::vector<CLI::Option*> actions{urls, service, resume, list, show, clients, client};
   for (std::size_t at = 0; at < actions.size(); ++at) {
     for (std::size_t other = at + 1; other < actions.size(); ++other) {
       actions[at]->excludes(actions[other]);
@@ -164,9 +224,12 @@ std::optional<int> parse(int argc, char** argv, Options& options) {
   return std::nullopt;
 }
 
-int run(const Options& options) {
+int run(const Options& options, posix::UniqueFd taken_pipe) {
   if (options.service) {
     return serve(options.idle_seconds);
+  }
+  if (options.resume) {
+    return resume();
   }
   if (options.list) {
     return list();
@@ -177,12 +240,13 @@ int run(const Options& options) {
   if (options.choose) {
     return choose(options.client);
   }
-  return options.show ? show(options.draft) : compose(options.urls);
+  return options.show ? show(options.draft) : compose(options.urls, std::move(taken_pipe));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  posix::UniqueFd taken_pipe = compose::inherited_pipe();
   Options options;
   if (const auto status = parse(argc, argv, options)) {
     return *status;
@@ -198,9 +262,8 @@ int main(int argc, char** argv) {
                      .images = {},
                      .styled_text = {}});
   std::signal(SIGCHLD, SIG_DFL);  // inherited; the end of a client is waited for
-  g_mime_init();
   try {
-    return run(options);
+    return run(options, std::move(taken_pipe));
   } catch (const std::exception& exception) {
     std::cerr << "quoll-compose: " << exception.what() << '\n';
     return 1;

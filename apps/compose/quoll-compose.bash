@@ -10,6 +10,7 @@ _quoll_compose() {
   options=(
     --service
     --idle
+    --resume
     --list
     --show
     --clients

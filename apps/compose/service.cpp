@@ -1,11 +1,17 @@
 #include "apps/compose/service.h"
 
+#include <glib-unix.h>
+#include <unistd.h>
+
+#include <csignal>
 #include <iostream>
-#include <memory>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "apps/compose/draft_thread.h"
-#include "apps/compose/received_draft.h"
+#include "apps/compose/notifications.h"
+#include "apps/compose/taker.h"
 #include "quoll/container/group_container.h"
 #include "quoll/linux/gio/application_service.h"
 #include "quoll/linux/posix/temporary_item.h"
@@ -14,47 +20,91 @@
 namespace quoll::compose {
 namespace {
 
+constexpr const char* kLeftOutError = "it.vorlent.quoll2.Error.LeftOut";
+
+/// Whether the sender asked to be told what was left out.
+bool wants_report(GDBusMethodInvocation* call) {
+  const gio::VariantHandle platform_data(
+      g_variant_get_child_value(g_dbus_method_invocation_get_parameters(call), 1));
+  gboolean wanted = FALSE;
+  return g_variant_lookup(platform_data.get(), "quoll-report", "b", &wanted) != FALSE &&
+         wanted != FALSE;
+}
+
 class Service final : public gio::ApplicationService {
  public:
   using ApplicationService::ApplicationService;
 
+  /// Runs until nobody calls, or SIGTERM ends the program.
+  void run_or_end(std::chrono::milliseconds idle, WriterServer& writer) {
+    thread_.emplace(writer, listener());
+    g_unix_signal_add(SIGTERM, stop_soon, this);
+    run(idle);
+    if (was_stopped()) {
+      writer.stop();
+      _exit(0);  // nothing is waited for: what was taken is on the disk
+    }
+  }
+
  private:
   void open(std::vector<std::string> urls, const gio::ActivationTokens& tokens,
             GDBusMethodInvocation* call) override {
-    std::vector<std::unique_ptr<ReceivedDraft>> drafts;
+    std::vector<TakenDraft> drafts;
     try {
-      for (const std::string& url : urls) {
-        drafts.push_back(std::make_unique<ReceivedDraft>(url));
-      }
+      drafts = take(urls);
     } catch (const std::exception& exception) {
       platform::log("not taken: %@", exception.what());
       g_dbus_method_invocation_return_error_literal(call, G_DBUS_ERROR, G_DBUS_ERROR_FAILED,
                                                     exception.what());
-      notices_.add(refusal_notice(exception.what()));  // a browser ignores the error
+      notifications_.add(notification_of_refusal(exception.what()));  // a browser ignores the error
       return;
     }
-    g_dbus_method_invocation_return_value(call, nullptr);
-    for (auto& draft : drafts) {
-      writer_.finish_later(std::move(draft), tokens);
+    const std::string report = wants_report(call) ? report_of(drafts) : "";
+    if (report.empty()) {
+      g_dbus_method_invocation_return_value(call, nullptr);
+    } else {
+      g_dbus_method_invocation_return_dbus_error(call, kLeftOutError, report.c_str());
     }
+    thread_->add(std::move(drafts), tokens);
   }
 
-  [[nodiscard]] bool busy() const override { return writer_.busy() || !notices_.empty(); }
+  [[nodiscard]] bool busy() const override { return thread_->busy() || !notifications_.empty(); }
 
+  DraftThread::Listener listener() {
+    return {.finished =
+                [this](const Outcome& outcome) {
+                  notifications_.add(outcome);
+                  if (outcome.state == Outcome::State::kStopped) {
+                    call_on_main(stop_soon);  // another program goes on with a writer of its own
+                  }
+                },
+            .flood_is_over =
+                [this](std::size_t drafts) { notifications_.add(notification_of_flood(drafts)); }};
+  }
+
+  void call_on_main(GSourceFunc function) {
+    g_idle_add_full(G_PRIORITY_DEFAULT, function, this, nullptr);
+  }
+  static gboolean stop_soon(gpointer self) {
+    alarm(1);  // for what may hold up this thread
+    static_cast<Service*>(self)->stop();
+    return G_SOURCE_REMOVE;
+  }
   // On the desktop, since nobody sees this program's output.
-  static gboolean show_notices(gpointer self) {
-    static_cast<Service*>(self)->notices_.show();
+  static gboolean show_notifications(gpointer self) {
+    static_cast<Service*>(self)->notifications_.show();
     return G_SOURCE_REMOVE;
   }
 
-  Notices notices_{[this] { g_idle_add_full(G_PRIORITY_DEFAULT, show_notices, this, nullptr); }};
-  DraftThread writer_{notices_};
+  NotificationQueue notifications_{[this] { call_on_main(show_notifications); }};
+  std::optional<DraftThread> thread_;
 };
 
 }  // namespace
 
-int serve(const std::string& identifier, std::chrono::milliseconds idle) {
-  if (const auto path = foundation::file_system_path(ExtensionUtilities::GroupPath())) {
+int serve(const std::string& identifier, std::chrono::milliseconds idle, WriterServer& writer) {
+  const auto container = ExtensionUtilities::GroupPath();
+  if (const auto path = container ? container->file_system_path() : std::nullopt) {
     posix::sweep_temporary_items(*path);  // what killed shares left
   }
   Service service(identifier);
@@ -62,7 +112,7 @@ int serve(const std::string& identifier, std::chrono::milliseconds idle) {
     std::cerr << "quoll-compose: " << *failure << '\n';
     return 1;
   }
-  service.run(idle);
+  service.run_or_end(idle, writer);
   return 0;
 }
 

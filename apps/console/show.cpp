@@ -9,21 +9,20 @@
 #include "apps/console/operations/json.h"
 #include "apps/console/operations/write_value.h"
 #include "apps/console/output.h"
-#include "quoll/foundation/collections.h"
+#include "apps/console/program_desktop.h"
+#include "quoll/container/group_container.h"
+#include "quoll/container/layout.h"
 #include "quoll/foundation/exception.h"
-#include "quoll/foundation/nsurl.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
 #include "quoll/message/command_url.h"
-#include "quoll/message/extension_message.h"
-#include "quoll/requestutils/url_query.h"
+#include "quoll/message/received_command.h"
 
 namespace quoll::console {
 
 namespace {
 
-using foundation::NSURL;
-using foundation::Value;
+namespace fs = std::filesystem;
 
 /// The first line of a body that is not empty, cut at a sensible length.
 std::string excerpt(std::string_view body) {
@@ -35,25 +34,41 @@ std::string excerpt(std::string_view body) {
   return std::string(line) + (line.size() < body.size() ? " ..." : "");
 }
 
-Json attachment(const Value& path) {
-  const std::string text = path.description();
-  Json entry{{"path", text}, {"size", nullptr}};
-  std::error_code error;
-  if (std::filesystem::is_directory(text, error)) {
-    entry["folder"] = true;
-    return entry;
+/// True for a path in the staging folder that leads through no link. A receiver takes no other, and
+/// nothing is told of any other.
+bool is_staged(const std::string& path) {
+  const auto data = ExtensionUtilities::GroupDataPath();
+  const auto data_path = data ? data->file_system_path() : std::nullopt;
+  if (!data_path) {
+    return false;
   }
-  if (const auto size = std::filesystem::file_size(text, error); !error) {
+  const fs::path staging = fs::path(*data_path) / container::layout::staging;
+  const std::string above = staging.string() + "/";
+  if (!path.starts_with(above) || fs::path(path).lexically_normal() != path) {
+    return false;
+  }
+  std::error_code error;
+  const fs::path real = fs::canonical(path, error);
+  return error || real == fs::canonical(staging, error) / path.substr(above.size());
+}
+
+Json attachment(const std::string& path) {
+  Json entry{{"path", path}, {"size", nullptr}};
+  std::error_code error;
+  if (!is_staged(path)) {
+    entry["staged"] = false;
+  } else if (fs::is_directory(path, error)) {
+    entry["folder"] = true;
+  } else if (const auto size = fs::file_size(path, error); !error) {
     entry["size"] = size;
   }
   return entry;
 }
 
 /// The parameters that do not belong to a message, for instance those of "archive".
-Json other_parameters(const NSURL& url) {
+Json other_parameters(const ReceivedCommand& command) {
   Json others = Json::object();
-  const auto parameters = RequestUtils::URLQueryParameters(url.absoluteString());
-  for (const auto& [key, value] : parameters) {
+  for (const auto& [key, value] : command.parameters) {
     if (!command_url::is_message_key(key)) {
       append(others, key, write_value(value));
     }
@@ -61,9 +76,9 @@ Json other_parameters(const NSURL& url) {
   return others;
 }
 
-Json summary(const std::shared_ptr<NSURL>& url) {
-  const auto message = ExtensionMessage::ExtensionMessageWithUrl(url);
-  Json out{{"command", url->host().value_or("")},
+Json summary(const ReceivedCommand& command) {
+  const auto& message = command.message;
+  Json out{{"command", command.command},
            {"account", write_value(message->account())},
            {"from", write_value(message->from())},
            {"to", write_value(message->toString())},
@@ -73,14 +88,17 @@ Json summary(const std::shared_ptr<NSURL>& url) {
            {"plainBody", write_value(message->plainBody())},
            {"htmlBody", write_value(message->htmlBody())},
            {"attachments", Json::array()}};
-  for (const Value& path : message->attachments()) {
+  for (const std::string& path : command.attachments) {
     out["attachments"].push_back(attachment(path));
   }
-  out["parameters"] = other_parameters(*url);
+  out["parameters"] = other_parameters(command);
   return out;
 }
 
 std::string size_words(const Json& attachment) {
+  if (attachment.contains("staged")) {
+    return "not in the staging folder";
+  }
   if (attachment.contains("folder")) {
     return "a folder";
   }
@@ -115,20 +133,16 @@ void print_summary(const Json& summary) {
 }  // namespace
 
 int show(const std::string& text, bool as_json) {
-  const auto url = NSURL::URLWithString(text);
-  if (!url || url->scheme() != "quoll" || url->host().value_or("").empty()) {
-    return complain(excerpt(text) +
-                    " is not a command URL: it must look like quoll://COMMAND?QUERY");
-  }
+  const platform::ScopedDesktop desktop(reading_desktop());
   try {
-    const Json told = summary(url);
+    const Json told = summary(read_received_command(text));
     if (as_json) {
       print_json(told);
     } else {
       print_summary(told);
     }
   } catch (const foundation::NSException& exception) {
-    return complain(excerpt(text) + " cannot be read: " + exception.reason());
+    return complain(excerpt(text) + ": " + exception.reason());
   }
   return finish();
 }

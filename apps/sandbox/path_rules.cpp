@@ -103,15 +103,18 @@ PathRules::PathRules(int version) : known_(kRuled) {
 
 void PathRules::allow(const std::string& path, Access access) {
   const posix::UniqueFd entry(::open(path.c_str(), O_PATH | O_CLOEXEC));
+  allow(entry.get(), access);
+}
+
+void PathRules::allow(int entry, Access access) {
   struct stat status {};
-  if (failure_ != 0 || !entry || ::fstat(entry.get(), &status) != 0 ||
-      !fits(access, status.st_mode)) {
+  if (failure_ != 0 || ::fstat(entry, &status) != 0 || !fits(access, status.st_mode)) {
     return;
   }
   landlock_path_beneath_attr rule{};
   rule.allowed_access =
       rights_of(access) & known_ & (S_ISDIR(status.st_mode) ? ~std::uint64_t{0} : kOfFiles);
-  rule.parent_fd = entry.get();
+  rule.parent_fd = entry;
   if (::syscall(SYS_landlock_add_rule, fd_.get(), LANDLOCK_RULE_PATH_BENEATH, &rule, 0) != 0 &&
       errno != EBADFD) {  // EBADFD: a pipe or the like, which has no path
     failure_ = errno;

@@ -30,6 +30,8 @@ class PathRules {
   /// Allows a path. A path that does not exist is ignored. Links are followed now: the rule holds
   /// for the file that is there, whatever the path leads to later.
   void allow(const std::string& path, Access access);
+  /// The same for what is open already.
+  void allow(int entry, Access access);
 
   /// Applies the rules to the calling thread and to what it starts. Answers 0 or an `errno` value.
   [[nodiscard]] int enforce();

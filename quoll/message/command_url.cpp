@@ -117,6 +117,14 @@ bool command_url::is_message_key(std::string_view key) {
          std::ranges::find(recipient_keys, key, &RecipientKey::key) != recipient_keys.end();
 }
 
+std::shared_ptr<ExtensionMessage> command_url::message_of(const Dictionary& parameters) {
+  auto message = ExtensionMessage::make();
+  for (const auto& [key, value] : parameters) {
+    read_parameter(*message, key, value);
+  }
+  return message;
+}
+
 std::shared_ptr<NSURL> ExtensionMessage::queryUrl(std::string_view command) const {
   // Load handlers that answer late may still append to the lists.
   const auto lock = synchronized();
@@ -138,15 +146,8 @@ std::shared_ptr<NSURL> ExtensionMessage::queryUrl(std::string_view command) cons
 
 std::shared_ptr<ExtensionMessage> ExtensionMessage::ExtensionMessageWithUrl(
     const std::shared_ptr<NSURL>& url) {
-  auto message = make();
-  if (!url) {
-    return message;
-  }
-  const auto parameters = RequestUtils::URLQueryParameters(url->absoluteString());
-  for (const auto& [key, value] : parameters) {
-    read_parameter(*message, key, value);
-  }
-  return message;
+  return url ? command_url::message_of(RequestUtils::URLQueryParameters(url->absoluteString()))
+             : make();
 }
 
 }  // namespace quoll

@@ -174,25 +174,25 @@ quoll_defence(bus_length FILE quoll/linux/gio/open_request.cpp
 quoll_defence(log_line_length FILE quoll/linux/posix/system_log.cpp
   TAKES "kLongestLine = 4096" GIVES "kLongestLine = 4097"
   SHOWN_BY posix_text SystemLog.ALineHas4096Bytes)
-quoll_defence(left_out_log_lines FILE apps/compose/received_draft.cpp
+quoll_defence(left_out_log_lines FILE apps/compose/left_out.cpp
   TAKES "kMost = 20" GIVES "kMost = 30"
   SHOWN_BY compose_text ComposeLimits.TwentyFilesThatAreLeftOutAreLoggedByName)
-quoll_defence(files_in_a_notice FILE apps/compose/notice.cpp
+quoll_defence(files_in_a_notice FILE apps/compose/notifications.cpp
   TAKES "kMostFiles = 5" GIVES "kMostFiles = 6"
   SHOWN_BY mail_client ComposeNotice.ManyFilesFromElsewhereAreCounted)
-quoll_defence(notices_at_once FILE apps/compose/notice.cpp
+quoll_defence(notices_at_once FILE apps/compose/notifications.cpp
   TAKES "kMost = 3" GIVES "kMost = 4"
   SHOWN_BY mail_client ComposeNotice.OfManyTheFirstAreShown)
 quoll_defence(client_argument_length FILE apps/compose/client_arguments.cpp
   TAKES "kLongestArgument = 131071" GIVES "kLongestArgument = 131072"
   SHOWN_BY mail_client ClientArguments.NoTextIsEverShortened)
-quoll_defence(given_draft_stays FILE apps/compose/given_drafts.cpp
+quoll_defence(given_draft_stays FILE apps/compose/given_draft.cpp
   TAKES "std::int64_t{7} * 24" GIVES "std::int64_t{6} * 24"
   SHOWN_BY mail_client GivenDraftsTest.AreCleanedAfterSevenDaysAndNeverBefore)
-quoll_defence(only_copy_stays FILE apps/compose/given_drafts.cpp
+quoll_defence(only_copy_stays FILE apps/compose/given_draft.cpp
   TAKES "  if (is_given) {" GIVES "  if (status.st_size >= 0) {"
   SHOWN_BY mail_client GivenDraftsTest.ADraftThatNoClientHasStaysForGood)
-quoll_defence(large_draft_is_said FILE apps/compose/received_draft.cpp
+quoll_defence(large_draft_is_said FILE apps/compose/hand_over.cpp
   TAKES "25'000'000" GIVES "26'000'000"
   SHOWN_BY mail_client MailClientTest.ADraftThatServersRefuseIsSaid)
 quoll_defence(shown_lines FILE apps/compose/draft_summary.cpp
@@ -212,3 +212,11 @@ quoll_defence(menu_request_lengths FILE apps/share/request/menu_request.cpp
 quoll_defence(notification_is_cut FILE apps/share/notice.cpp
   TAKES "kMost = 1000;" GIVES "kMost = 100000;"
   SHOWN_BY notify Notify.ManyLinesAreCutShort)
+
+# What the receiver takes of a command.
+quoll_defence(files_of_a_draft FILE apps/compose/taker.cpp
+  TAKES "kMostFiles = 10'000" GIVES "kMostFiles = 20'000"
+  SHOWN_BY compose_text ComposeLimits.ADraftHasTenThousandFiles)
+quoll_defence(left_out_by_name FILE apps/compose/left_out.h
+  TAKES "kMostNamed = 100" GIVES "kMostNamed = 200"
+  SHOWN_BY compose_text ComposeLimits.OneHundredFilesThatAreLeftOutAreKeptByName)

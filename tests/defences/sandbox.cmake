@@ -129,22 +129,74 @@ quoll_defence(share_makes_one_draft FILE ${main}
   SHOWN_BY sandbox Sandbox.TheLauncherMakesOneDraftAndNothingElse)
 
 # The receiver.
-set(file apps/compose/taken_files.cpp)
+set(file apps/compose/staging_folder.cpp)
 quoll_defence(receiver_follows_no_links FILE ${file}
   TAKES "how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;"
   GIVES "how.resolve = RESOLVE_NO_MAGICLINKS;"
   SHOWN_BY receiver ReceiverTest.WhatIsNotInTheStagingFolderIsLeftOutByName)
-quoll_defence(receiver_only_composes FILE apps/compose/compose_command.cpp
-  TAKES "if (command != commandCompose) {" GIVES "if (command.empty()) {"
+quoll_defence(receiver_only_composes FILE apps/compose/taker.cpp
+  TAKES "if (received.command != commandCompose) {" GIVES "if (received.command.empty()) {"
   SHOWN_BY receiver ReceiverTest.WhatIsNoComposeCommandIsRefusedInOneLine)
 quoll_defence(recipient_is_no_file FILE apps/compose/client_arguments.cpp
   TAKES "has_scheme(address) ?" GIVES "address.empty() && has_scheme(address) ?"
   SHOWN_BY mail_client ClientArguments.ARecipientIsNeitherAFileNorAnOption)
-quoll_defence(refused_files_are_said FILE apps/compose/notice.cpp
-  TAKES "foundation::printable(left_out[at].name, kLongestName)"
+quoll_defence(refused_files_are_said FILE apps/compose/notifications.cpp
+  TAKES "foundation::printable(files.named[at].name, kLongestName)"
   GIVES "foundation::printable(\"a file\", kLongestName)"
   SHOWN_BY mail_client ComposeNotice.AFileFromElsewhereIsRefusedAndSaid)
 quoll_defence(receiver_is_safe_on_a_terminal FILE apps/compose/draft_summary.cpp
   TAKES "foundation::printable(shown)"
   GIVES "shown"
   SHOWN_BY receiver ReceiverTest.TheSummaryIsSafeOnATerminal)
+
+# What the receiver takes, and that it loses nothing; see docs/mail-clients.md.
+set(file apps/compose/staging_folder.cpp)
+quoll_defence(receiver_container_has_no_links FILE ${file}
+  TAKES "folder_ = open_inside(above.get(), group.name + \"/\" + inside, O_PATH | O_DIRECTORY);"
+  GIVES "folder_ = posix::UniqueFd(::open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));"
+  SHOWN_BY draft_states Taking.NoFolderFromTheContainerDownIsALink)
+quoll_defence(receiver_takes_own_files FILE ${file}
+  TAKES "status.st_uid == geteuid() ?" GIVES "status.st_ino != 0 ?"
+  SHOWN_BY draft_states Taking.AFileOfAnotherUserIsLeftOut)
+set(file apps/compose/taker.cpp)
+quoll_defence(each_file_once FILE ${file}
+  TAKES "files_.contains({staged.identity.device, staged.identity.inode})"
+  GIVES "files_.size() > kMostFiles"
+  SHOWN_BY draft_states Taking.AFileThatIsNamedOftenIsAttachedOnce)
+quoll_defence(room_for_all_that_waits FILE ${file}
+  TAKES "needed += waiting_size(name);" GIVES "static_cast<void>(waiting_size(name));"
+  SHOWN_BY draft_states DraftsOnASmallDisk.RoomIsCountedOverAllThatWaits)
+set(file apps/compose/taken_draft.cpp)
+quoll_defence(one_program_works_on_a_draft FILE ${file}
+  TAKES "LOCK_EX | LOCK_NB" GIVES "LOCK_SH | LOCK_NB"
+  SHOWN_BY draft_states DraftStates.TwoReceiversAtOnceDoEachDraftOnce)
+quoll_defence(no_draft_is_opened_twice FILE ${file}
+  TAKES "renameat2(AT_FDCWD, path().c_str(), AT_FDCWD," GIVES "(AT_FDCWD == 0 ? renameat2 : [](int, const char*, int, const char*, unsigned) { return 0; })(AT_FDCWD, path().c_str(), AT_FDCWD,"
+  SHOWN_BY draft_states DraftStates.NoDraftIsOpenedTwice)
+quoll_defence(aside_stays FILE ${file}
+  TAKES "std::int64_t{30} * 24" GIVES "std::int64_t{29} * 24"
+  SHOWN_BY draft_states DraftStates.WhatWasSetAsideStaysForThirtyDays)
+set(file apps/compose/attempts.cpp)
+quoll_defence(only_failures_count FILE ${file}
+  TAKES "if (line.starts_with(kFailed)) {" GIVES "if (line.resize(32, ' '), true) {"
+  SHOWN_BY draft_states DraftStates.OnlyFailuresOfTheWriterCount)
+quoll_defence(attempts_end FILE apps/compose/attempts.h
+  TAKES "kMost = 3" GIVES "kMost = 4"
+  SHOWN_BY draft_states DraftStates.WhatCannotBeWrittenIsSetAsideWithItsBytes)
+set(file apps/compose/draft_thread.cpp)
+quoll_defence(what_waits_is_gone_on_with FILE ${file}
+  TAKES "drafts.push_back(std::move(*draft));" GIVES "static_cast<void>(draft);"
+  SHOWN_BY draft_states DraftStates.AKilledReceiverLosesNothingThatItAnswered)
+quoll_defence(a_flood_opens_nothing FILE ${file}
+  TAKES "kMostAtOnce = 10" GIVES "kMostAtOnce = 100"
+  SHOWN_BY draft_states DraftStates.AFloodOpensNoWindow)
+set(file apps/compose/service.cpp)
+quoll_defence(receiver_ends_at_once FILE ${file}
+  TAKES "_exit(0);" GIVES ""
+  SHOWN_BY draft_states DraftStates.ItEndsWithinASecondAndRefusesNewCalls)
+quoll_defence(only_who_asks_is_told FILE ${file}
+  TAKES "wants_report(call) ?" GIVES "wants_report(call) || !drafts.empty() ?"
+  SHOWN_BY draft_states DraftStates.ASenderThatAsksIsToldWhatWasLeftOut)
+quoll_defence(pipe_is_not_passed_on FILE apps/compose/taken_pipe.cpp
+  TAKES "unsetenv(kVariable);" GIVES ""
+  SHOWN_BY draft_states DraftStates.ASenderWithoutABusIsToldByThePipe)

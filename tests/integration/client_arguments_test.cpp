@@ -10,9 +10,7 @@ using gio::DraftWay;
 using Words = std::vector<std::string>;
 
 Words given(DraftWay way, const std::string& file) {
-  OutgoingDraft draft;
-  draft.files = {file};
-  return client_arguments(way, draft);
+  return client_arguments(way, {}, {.text = {}, .attachments = {file}});
 }
 
 TEST(ClientArguments, AnyNameOfAFileArrivesAsThatFile) {
@@ -54,14 +52,13 @@ TEST(ClientArguments, AnyNameOfAFileArrivesAsThatFile) {
   }
 }
 
-OutgoingDraft whole_draft() {
-  return {.subject = "-S\u00fc, it's \"q\" & 100%",
-          .to = {"a@x.org", "Ann B <b@x.org>"},
-          .cc = {"c@x.org"},
-          .bcc = {"d@x.org", "e@x.org"},
-          .text = "one & two\nthree",
-          .text_file = "/d/text.txt",
-          .files = {"/d/0/f", "/d/1/g"}};
+Words whole_draft(DraftWay way) {
+  const DraftFields draft{.subject = "-S\u00fc, it's \"q\" & 100%",
+                          .to = {"a@x.org", "Ann B <b@x.org>"},
+                          .cc = {"c@x.org"},
+                          .bcc = {"d@x.org", "e@x.org"},
+                          .text = "one & two\nthree"};
+  return client_arguments(way, draft, {.text = "/d/text.txt", .attachments = {"/d/0/f", "/d/1/g"}});
 }
 
 TEST(ClientArguments, AWholeDraftInEachWay) {
@@ -69,73 +66,71 @@ TEST(ClientArguments, AWholeDraftInEachWay) {
       "cc=c%40x.org&bcc=d%40x.org%2C%20e%40x.org"
       "&subject=-S%C3%BC%2C%20it%27s%20%22q%22%20%26%20100%25&body=one%20%26%20two%0D%0Athree";
   const std::string to = "mailto:a%40x.org,Ann%20B%20%3Cb%40x.org%3E";
-  EXPECT_EQ(client_arguments(DraftWay::kEvolution, whole_draft()),
+  EXPECT_EQ(whole_draft(DraftWay::kEvolution),
             Words{to + "?" + fields +
                   "&attach=file%3A%2F%2F%2Fd%2F0%2Ff&attach=file%3A%2F%2F%2Fd%2F1%2Fg"});
-  EXPECT_EQ(client_arguments(DraftWay::kKMail, whole_draft()),
+  EXPECT_EQ(whole_draft(DraftWay::kKMail),
             (Words{"--composer", "--subject=-S\u00fc, it's \"q\" & 100%", "--cc=c@x.org",
                    "--bcc=d@x.org, e@x.org", "--body=one & two\nthree", "--attach=file:///d/0/f",
                    "--attach=file:///d/1/g", "--", "a@x.org", "Ann B <b@x.org>"}));
-  EXPECT_EQ(client_arguments(DraftWay::kClaws, whole_draft()),
+  EXPECT_EQ(whole_draft(DraftWay::kClaws),
             (Words{"--compose", to + "?" + fields, "--attach", "/d/0/f", "/d/1/g"}));
-  EXPECT_EQ(client_arguments(DraftWay::kMutt, whole_draft()),
+  EXPECT_EQ(whole_draft(DraftWay::kMutt),
             (Words{"-s", "-S\u00fc, it's \"q\" & 100%", "-i", "/d/text.txt", "-c", "c@x.org", "-b",
                    "d@x.org", "-b", "e@x.org", "-a", "/d/0/f", "/d/1/g", "--", "a@x.org",
                    "Ann B <b@x.org>"}));
 }
 
 TEST(ClientArguments, AnEmptyDraftIsAnEmptyWindow) {
-  EXPECT_EQ(client_arguments(DraftWay::kEvolution, {}), Words{"mailto:"});
-  EXPECT_EQ(client_arguments(DraftWay::kKMail, {}), Words{"--composer"});
-  EXPECT_EQ(client_arguments(DraftWay::kClaws, {}), (Words{"--compose", "mailto:"}));
-  EXPECT_EQ(client_arguments(DraftWay::kMutt, {}), Words{"--"});
-  EXPECT_EQ(client_arguments(DraftWay::kMessageFile, {}), Words{});
+  EXPECT_EQ(client_arguments(DraftWay::kEvolution, {}, {}), Words{"mailto:"});
+  EXPECT_EQ(client_arguments(DraftWay::kKMail, {}, {}), Words{"--composer"});
+  EXPECT_EQ(client_arguments(DraftWay::kClaws, {}, {}), (Words{"--compose", "mailto:"}));
+  EXPECT_EQ(client_arguments(DraftWay::kMutt, {}, {}), Words{"--"});
+  EXPECT_EQ(client_arguments(DraftWay::kMessageFile, {}, {}), Words{});
 }
 
 TEST(ClientArguments, ARecipientIsNeitherAFileNorAnOption) {
-  OutgoingDraft draft;
+  DraftFields draft;
   draft.to = {"file:///etc/passwd", "--attach=/etc/passwd", "a?attach=/etc/passwd&body=x"};
   const std::string link =
       "mailto:file%3A%2F%2F%2Fetc%2Fpasswd,--attach%3D%2Fetc%2Fpasswd,"
       "a%3Fattach%3D%2Fetc%2Fpasswd%26body%3Dx";
-  EXPECT_EQ(client_arguments(DraftWay::kEvolution, draft), Words{link});
-  EXPECT_EQ(client_arguments(DraftWay::kKMail, draft),
+  EXPECT_EQ(client_arguments(DraftWay::kEvolution, draft, {}), Words{link});
+  EXPECT_EQ(client_arguments(DraftWay::kKMail, draft, {}),
             (Words{"--composer", "--", "<file:///etc/passwd>", "--attach=/etc/passwd",
                    "a?attach=/etc/passwd&body=x"}));
-  EXPECT_EQ(client_arguments(DraftWay::kClaws, draft), (Words{"--compose", link}));
-  EXPECT_EQ(client_arguments(DraftWay::kMutt, draft).front(), "--");
+  EXPECT_EQ(client_arguments(DraftWay::kClaws, draft, {}), (Words{"--compose", link}));
+  EXPECT_EQ(client_arguments(DraftWay::kMutt, draft, {}).front(), "--");
 }
 
 TEST(ClientArguments, NoTextIsEverShortened) {
-  OutgoingDraft draft;
-  draft.text_file = "/d/text.txt";
+  DraftFields draft;
+  const ClientFiles files{.text = "/d/text.txt", .attachments = {}};
   draft.text = std::string(131071 - 7, 'x');
-  EXPECT_EQ(client_arguments(DraftWay::kKMail, draft).back(), "--body=" + draft.text);
-  EXPECT_TRUE(are_startable(client_arguments(DraftWay::kKMail, draft)));
+  EXPECT_EQ(client_arguments(DraftWay::kKMail, draft, files).back(), "--body=" + draft.text);
+  EXPECT_TRUE(are_startable(client_arguments(DraftWay::kKMail, draft, files)));
   draft.text += "x";
-  EXPECT_EQ(client_arguments(DraftWay::kKMail, draft).back(), "--msg=file:///d/text.txt");
-  EXPECT_TRUE(are_startable(client_arguments(DraftWay::kMutt, draft)));
+  EXPECT_EQ(client_arguments(DraftWay::kKMail, draft, files).back(), "--msg=file:///d/text.txt");
+  EXPECT_TRUE(are_startable(client_arguments(DraftWay::kMutt, draft, files)));
   for (const DraftWay way : {DraftWay::kEvolution, DraftWay::kClaws}) {
     draft.text = std::string(131071 - std::string("mailto:?body=").size(), 'x');
-    EXPECT_TRUE(are_startable(client_arguments(way, draft)));
+    EXPECT_TRUE(are_startable(client_arguments(way, draft, files)));
     draft.text += "x";
-    EXPECT_FALSE(are_startable(client_arguments(way, draft)));
+    EXPECT_FALSE(are_startable(client_arguments(way, draft, files)));
   }
 }
 
 TEST(ClientArguments, WhoReadsFilesIsKnown) {
-  OutgoingDraft draft;
+  DraftFields draft;
   for (const DraftWay way : {DraftWay::kEvolution, DraftWay::kKMail, DraftWay::kClaws}) {
     draft.text = "x";
-    EXPECT_FALSE(reads_files(way, draft));
+    EXPECT_FALSE(reads_files(way, draft, {}));
     draft.text = std::string(131071, 'x');
-    EXPECT_EQ(reads_files(way, draft), way == DraftWay::kKMail);
+    EXPECT_EQ(reads_files(way, draft, {}), way == DraftWay::kKMail);
   }
-  EXPECT_TRUE(reads_files(DraftWay::kMutt, draft));
-  EXPECT_FALSE(reads_files(DraftWay::kMutt, {}));
-  draft = {};
-  draft.files = {"/d/0/x"};
-  EXPECT_TRUE(reads_files(DraftWay::kEvolution, draft));
+  EXPECT_TRUE(reads_files(DraftWay::kMutt, draft, {}));
+  EXPECT_FALSE(reads_files(DraftWay::kMutt, {}, {}));
+  EXPECT_TRUE(reads_files(DraftWay::kEvolution, {}, {.text = {}, .attachments = {"/d/0/x"}}));
 }
 
 TEST(ClientArguments, AClientGetsNamesThatItWritesWhole) {

@@ -1,10 +1,10 @@
 // How much the receiver shows, logs and takes.
-#include <gmime/gmime.h>
 #include <gtest/gtest.h>
 
 #include <fstream>
 
-#include "apps/compose/received_draft.h"
+#include "apps/compose/taker.h"
+#include "apps/compose/waiting_files.h"
 #include "quoll/linux/posix/files.h"
 #include "quoll/platform/desktop.h"
 #include "tests/integration/receiver_home.h"
@@ -39,27 +39,53 @@ TEST(ComposeLimits, FourHundredBytesOfALineAreShown) {
   EXPECT_NE(shown(home, longest + "x").find("  " + longest + "...\n"), std::string::npos);
 }
 
+/// Takes drafts in this process, and notes what it logs.
+class Taker {
+ public:
+  ReceiverHome home;
+  std::shared_ptr<RecordingLog> log = std::make_shared<RecordingLog>();
+
+ private:
+  ScopedEnvironment environment_{home.bus.environment()};
+  platform::ScopedDesktop desktop_{{.bundle = std::make_shared<FixedBundle>("it.vorlent.quoll2"),
+                                    .files = posix::make_file_manager(),
+                                    .log = log}};
+};
+
 TEST(ComposeLimits, TwentyFilesThatAreLeftOutAreLoggedByName) {
-  g_mime_init();
-  const ReceiverHome home;
-  const ScopedEnvironment environment(home.bus.environment());
-  const auto lines_for = [](int files) {
-    const auto log = std::make_shared<RecordingLog>();
-    const platform::ScopedDesktop desktop(
-        {.bundle = std::make_shared<FixedBundle>("it.vorlent.quoll2"),
-         .files = posix::make_file_manager(),
-         .log = log});
-    const std::vector<std::string> paths(static_cast<std::size_t>(files), "/etc/hostname");
+  const auto lines_for = [](std::size_t files) {
+    const Taker taker;
     static_cast<void>(
-        compose::finish(std::make_unique<compose::ReceivedDraft>(ReceiverHome::url(paths)), {}));
-    auto lines = log->lines();
-    lines.pop_back();  // where the draft is
-    return lines;
+        compose::take({ReceiverHome::url(std::vector<std::string>(files, "/etc/hostname"))}));
+    return taker.log->lines();
   };
   EXPECT_EQ(lines_for(20).size(), 20U);
   const auto lines = lines_for(2000);
   ASSERT_EQ(lines.size(), 21U);
   EXPECT_EQ(lines.back(), "left out 1980 more");
+}
+
+TEST(ComposeLimits, OneHundredFilesThatAreLeftOutAreKeptByName) {
+  const Taker taker;
+  const auto drafts =
+      compose::take({ReceiverHome::url(std::vector<std::string>(250, "/etc/hostname"))});
+  const auto left_out = drafts.front().left_out();
+  EXPECT_EQ(left_out.named.size(), 100U);
+  EXPECT_EQ(left_out.more, 150U);
+  EXPECT_TRUE(compose::report_of(drafts).ends_with("\n150 more: they are not named here"));
+}
+
+TEST(ComposeLimits, ADraftHasTenThousandFiles) {
+  const Taker taker;
+  std::vector<std::string> paths;
+  for (int number = 0; number < 10'002; ++number) {
+    paths.push_back(taker.home.stage(std::to_string(number), "x"));
+  }
+  const auto drafts = compose::take({ReceiverHome::url(paths)});
+  EXPECT_EQ(compose::waiting_files(drafts.front().folder()).size(), 10'000U);
+  const auto left_out = drafts.front().left_out();
+  ASSERT_EQ(left_out.count(), 2U);
+  EXPECT_EQ(left_out.named.front().reason, "a draft has at most 10000 files");
 }
 
 TEST(ComposeLimits, ASubjectIsLookedForInTheFirst64KiB) {

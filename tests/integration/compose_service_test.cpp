@@ -60,7 +60,7 @@ TEST_F(ComposeServiceTest, WhatAKilledShareLeftIsSweptAtTheStart) {
 
 TEST_F(ComposeServiceTest, SeveralDraftsOfOneRequestAreAllKept) {
   ASSERT_TRUE(open({"quoll://compose?subject=a", "quoll://compose?subject=b"}));
-  EXPECT_EQ(home_.compose({"--list"}).status, 0);
+  home_.wait_for_drafts();
   EXPECT_EQ(home_.drafts().size(), 2U);
 }
 
@@ -144,7 +144,7 @@ TEST_F(ShortLivedServiceTest, NothingIsLostWhileTheServiceEnds) {
     std::this_thread::sleep_for(std::chrono::microseconds(number * 100));
   }
   EXPECT_TRUE(log_->lines().empty()) << log_->lines().front();
-  EXPECT_EQ(home_.compose({"--list"}).status, 0);
+  home_.wait_for_drafts();
   EXPECT_EQ(home_.drafts().size(), static_cast<std::size_t>(kRequests));
 }
 

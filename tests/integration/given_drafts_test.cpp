@@ -1,5 +1,5 @@
 // How long a draft stays that a mail client was given.
-#include "apps/compose/given_drafts.h"
+#include "apps/compose/given_draft.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "apps/compose/folders.h"
 #include "quoll/linux/posix/files.h"
 #include "quoll/platform/desktop.h"
 #include "tests/integration/process.h"
@@ -21,14 +22,25 @@ constexpr std::int64_t kDay = std::int64_t{24} * 60 * 60;
 
 class GivenDraftsTest : public testing::Test {
  protected:
-  GivenDraftsTest() { fs::create_directories(drafts_); }
+  GivenDraftsTest() { make_folders(); }
 
   [[nodiscard]] std::string draft(const std::string& name) const {
     std::ofstream(drafts_ + "/" + name + ".eml") << "draft";
     return drafts_ + "/" + name + ".eml";
   }
-  [[nodiscard]] TakenFile file(const std::string& name) const {
-    return {.name = name, .path = folder_.write("taken", "content")};
+  /// The draft in the folder of what clients are given, as it was taken with these files.
+  [[nodiscard]] GivenDraft give(const std::string& name,
+                                const std::vector<std::string>& files = {}) const {
+    const std::string folder = taken_folder() + "/" + name;
+    fs::create_directories(folder);
+    for (std::size_t k = 0; k < files.size(); ++k) {
+      const std::string place = folder + "/files/" + std::to_string(k);
+      fs::create_directories(place);
+      std::ofstream(place + "/" + files[k]) << "content";
+      chmod((place + "/" + files[k]).c_str(), 0444);
+    }
+    auto taken = TakenDraft::lock(name);
+    return GivenDraft(taken.value());
   }
   [[nodiscard]] std::string given(const std::string& name) const {
     return folder_.path("quoll-compose/given/" + name);
@@ -47,29 +59,22 @@ class GivenDraftsTest : public testing::Test {
   }
 
   test::TemporaryFolder folder_;
-  std::string drafts_ = folder_.path("quoll-compose/drafts");
   test::ScopedEnvironment environment_{{{"XDG_DATA_HOME", folder_.path()}}};
+  std::string drafts_ = folder_.path("quoll-compose/drafts");
   platform::ScopedDesktop desktop_{{.files = posix::make_file_manager()}};
 };
 
-TEST_F(GivenDraftsTest, FilesLieUnderTheirNamesForTheUserAlone) {
-  GivenDraft given_draft(draft("a"));
-  for (const std::string name : {"x", "x", "it's, \"q\"\n#100%20;", "-x", "\xff"}) {
-    const TakenFile taken = file(name);
-    chmod(taken.path.c_str(), 0444);
-    const std::string path = given_draft.add(taken, name);
-    EXPECT_EQ(fs::path(path).filename().string(), name);
+TEST_F(GivenDraftsTest, FilesGetTheNamesOfTheClientAndKeepTheirModes) {
+  const std::vector<std::string> names{"x", "x", "it's, \"q\"\n#100%20;", "-x", "\xff"};
+  const auto given_draft = give("a", {"1", "2", "3", "4", "5"});
+  given_draft.name_files(names);
+  for (std::size_t k = 0; k < names.size(); ++k) {
+    const std::string path = GivenDraft::file_path("a", k, names[k]);
+    EXPECT_TRUE(path.starts_with(given("a/files/"))) << path;
     EXPECT_EQ(test::read_file(path), "content");
-    EXPECT_FALSE(fs::exists(taken.path));
     struct stat status {};
     ASSERT_EQ(stat(path.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777U, 0600U);
-  }
-  EXPECT_EQ(fs::status(given("a")).permissions(), fs::perms::owner_all);
-  for (const auto& entry : fs::recursive_directory_iterator(given("a"))) {
-    EXPECT_EQ(entry.status().permissions() & (fs::perms::group_all | fs::perms::others_all),
-              fs::perms::none)
-        << entry.path();
+    EXPECT_EQ(status.st_mode & 07777U, 0444U);
   }
 }
 
@@ -94,12 +99,10 @@ TEST_F(GivenDraftsTest, AreCleanedAfterSevenDaysAndNeverBefore) {
   };
   for (const Row& row : rows) {
     const std::string path = draft("a");
-    GivenDraft given_draft(path);
-    given_draft.add(file("x"), "x");
-    given_draft.mark();
-    clean_given_drafts(row.now);
+    give("a", {"x"}).mark();
+    sweep_given(row.now);
     EXPECT_EQ(fs::exists(path), !row.is_cleaned) << row.reason;
-    EXPECT_EQ(fs::exists(given("a/0/x")), !row.is_cleaned) << row.reason;
+    EXPECT_EQ(fs::exists(given("a/files/0/x")), !row.is_cleaned) << row.reason;
     EXPECT_EQ(fs::exists(given("a")), !row.is_cleaned) << row.reason;
     fs::remove_all(given("a"));
   }
@@ -107,46 +110,50 @@ TEST_F(GivenDraftsTest, AreCleanedAfterSevenDaysAndNeverBefore) {
 
 TEST_F(GivenDraftsTest, AClockThatIsBehindMakesNothingOld) {
   const std::string path = draft("a");
-  GivenDraft(path).mark();
-  clean_given_drafts(in_days(-20000, true));  // 1970, until somebody tells it the time
-  clean_given_drafts(in_days(1, true));
+  give("a").mark();
+  sweep_given(in_days(-20000, true));  // 1970, until somebody tells it the time
+  sweep_given(in_days(1, true));
   EXPECT_TRUE(fs::exists(path));
-  clean_given_drafts(in_days(8, true));
+  sweep_given(in_days(8, true));
   EXPECT_FALSE(fs::exists(path));
 }
 
 TEST_F(GivenDraftsTest, ADraftThatNoClientHasStaysForGood) {
   const std::string alone = draft("alone");
   const std::string failed = draft("failed");
-  GivenDraft(failed).add(file("x"), "x");
-  clean_given_drafts(in_days(4000, true));
+  give("failed", {"x"}).take_back();
+  sweep_given(in_days(4000, true));
   EXPECT_TRUE(fs::exists(alone));
   EXPECT_TRUE(fs::exists(failed));
   EXPECT_FALSE(fs::exists(given("failed"))) << "a second copy of what the draft holds";
 }
 
 TEST_F(GivenDraftsTest, ACopyElsewhereGoesWithItsDraft) {
-  const GivenDraft given_draft(draft("a"));
-  const std::string copy = given_draft.copy_to(folder_.path("home/snap/mail/common/q"));
-  given_draft.mark();
+  static_cast<void>(draft("a"));
+  std::string copy;
+  {
+    const auto given_draft = give("a");
+    copy = given_draft.copy_message_to(folder_.path("home/snap/mail/common/q"));
+    given_draft.mark();
+  }
   EXPECT_EQ(test::read_file(copy), "draft");
   EXPECT_EQ(fs::status(fs::path(copy).parent_path()).permissions(), fs::perms::owner_all);
-  clean_given_drafts(in_days(6));
+  sweep_given(in_days(6));
   EXPECT_TRUE(fs::exists(copy));
-  clean_given_drafts(in_days(8));
+  sweep_given(in_days(8));
   EXPECT_FALSE(fs::exists(copy));
   EXPECT_TRUE(fs::exists(folder_.path("home/snap/mail/common/q")));
 }
 
 TEST_F(GivenDraftsTest, WhatLiesAmongThemIsNoHarm) {
   const std::string path = draft("a");
-  GivenDraft(path).mark();
+  give("a").mark();
   std::ofstream(given("a/given")) << std::string(100000, 'x');
   std::ofstream(given("file")) << "x";
   fs::create_symlink("/nonexistent", given("link"));
-  clean_given_drafts(in_days(1));
+  sweep_given(in_days(1));
   EXPECT_TRUE(fs::exists(path));
-  clean_given_drafts(in_days(8));
+  sweep_given(in_days(8));
   EXPECT_FALSE(fs::exists(path));
 }
 

@@ -328,7 +328,7 @@ TEST_F(MailClientTest, ALaterRunCleansWhatWasGivenSevenDaysAgo) {
   age(7);
   EXPECT_EQ(compose({"quoll://compose?subject=second"}).status, 0);
   EXPECT_TRUE(fs::exists(draft));
-  EXPECT_TRUE(fs::exists(folder + "/0/a"));
+  EXPECT_TRUE(fs::exists(folder + "/files/0/a"));
   age(8);
   EXPECT_EQ(compose({"quoll://compose?subject=third"}).status, 0);
   EXPECT_FALSE(fs::exists(draft));

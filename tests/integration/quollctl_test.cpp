@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "tests/integration/process.h"
 #include "tests/support/temporary_folder.h"
 
@@ -27,14 +29,21 @@ class QuollctlTest : public ::testing::Test {
 };
 
 TEST_F(QuollctlTest, ShowsWhatACommandUrlSays) {
-  const std::string file = folder_.write("a b.txt", "12345");
-  std::string encoded = "%20b.txt";
-  encoded.insert(0, folder_.path() + "/a");
+  const std::string staging = "K7Q2M9XT4B.quoll/SharedData/Share";
+  std::filesystem::create_directories(folder_.path(staging + "/folder"));
+  const std::string file = folder_.write(staging + "/a b.txt", "12345");
+  folder_.write("secret", "123");
+  std::filesystem::create_symlink(folder_.path("secret"), folder_.path(staging + "/link"));
+  std::filesystem::create_symlink(folder_.path(), folder_.path(staging + "/up"));
+  const std::string shared = folder_.path(staging);
   const Ended shown =
       quollctl({"show",
                 "quoll://compose?subject=A%20title&to=a%40x%3Bb%40x%3B&htmlBody=%3Cp%3Eone"
                 "%0Atwo&attachment_0=" +
-                    encoded + "&attachment_1=/nowhere&other=x"});
+                    shared + "/a%20b.txt&attachment_10=/etc/passwd&attachment_9=" + shared +
+                    "/gone&attachment_2=" + shared + "/folder&attachment_3=" + shared +
+                    "/link&attachment_4=" + shared + "/up/secret&attachment_5=" + shared +
+                    "/../../../secret&attachment_6=/nowhere&other=x"});
   EXPECT_EQ(shown.status, 0) << shown.errors;
   EXPECT_EQ(shown.output,
             "command:   compose\n"
@@ -44,7 +53,23 @@ TEST_F(QuollctlTest, ShowsWhatACommandUrlSays) {
             "attached:  " +
                 file +
                 " (5 bytes)\n"
-                "attached:  /nowhere (missing)\n"
+                "attached:  " +
+                shared +
+                "/folder (a folder)\n"
+                "attached:  " +
+                shared +
+                "/link (not in the staging folder)\n"
+                "attached:  " +
+                shared +
+                "/up/secret (not in the staging folder)\n"
+                "attached:  " +
+                shared +
+                "/../../../secret (not in the staging folder)\n"
+                "attached:  /nowhere (not in the staging folder)\n"
+                "attached:  " +
+                shared +
+                "/gone (missing)\n"
+                "attached:  /etc/passwd (not in the staging folder)\n"
                 "other:     x\n");
 }
 
@@ -64,8 +89,10 @@ TEST_F(QuollctlTest, ShowIsSafeAtATerminal) {
 }
 
 TEST_F(QuollctlTest, RefusesWhatIsNoCommandUrl) {
-  for (const char* text : {"", "http://h/", "quoll:compose", "quoll://", "quoll://?a=b",
-                           "not a url", "quoll://compose?a=%FF", "quoll://compose#a?b=c"}) {
+  for (const char* text :
+       {"", "http://h/", "quoll:compose", "quoll://", "quoll://?a=b", "not a url",
+        "quoll://compose?a=%FF", "quoll://compose#a?b=c", "QUOLL://compose?a=b",
+        "quoll://COMPOSE?a=b", "quoll://compose&subject=x", "quoll://other?a=b"}) {
     const Ended refused = quollctl({"show", text});
     EXPECT_EQ(refused.status, 1) << text;
     EXPECT_TRUE(refused.output.empty()) << text;

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <unistd.h>
+
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -47,9 +50,19 @@ class ReceiverHome {
   }
   /// The paths of all files in the drafts' folder.
   [[nodiscard]] std::vector<std::string> drafts() const { return files_in(drafts_folder()); }
-  /// What lies in the folder for files that wait to be written.
-  [[nodiscard]] std::vector<std::string> incoming() const {
-    return files_in(bus.data_home() + "/quoll-compose/incoming");
+  [[nodiscard]] std::string taken_folder() const {
+    return bus.data_home() + "/quoll-compose/taken";
+  }
+  [[nodiscard]] std::string given_folder() const {
+    return bus.data_home() + "/quoll-compose/given";
+  }
+  /// What was taken and is not written, also what is half taken.
+  [[nodiscard]] std::vector<std::string> taken() const { return files_in(taken_folder()); }
+  /// Waits until every draft that was taken is written and given, or kept.
+  void wait_for_drafts() const {
+    while (!taken().empty()) {
+      usleep(5000);
+    }
   }
   /// What an independent reader finds in the only draft.
   [[nodiscard]] std::string read_only_draft() const {

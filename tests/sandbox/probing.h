@@ -37,6 +37,9 @@ class Probing : public testing::Test {
   [[nodiscard]] int run_probe(const std::string& name, const std::vector<std::string>& command,
                               const std::string& in);
 
+  /// Makes the files as the probes expect them.
+  void prepare() const;
+
   /// Standard input of the probes; /dev/null when it is none.
   posix::UniqueFd input_;
   Environment environment_;
@@ -44,8 +47,6 @@ class Probing : public testing::Test {
   Process victim_{{"sleep", "1000"}};
 
  private:
-  /// The files as the probes expect them.
-  void prepare() const;
   std::vector<std::string> skipped_;
 };
 

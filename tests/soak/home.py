@@ -85,6 +85,12 @@ class Home:
         self._started = [one for one in self._started if one.returncode is None] + [process]
         return process
 
+    async def wait_for_drafts(self):
+        """Until the receiver has written all that it took."""
+        taken = self.root / "data/quoll-compose/taken"
+        while taken.exists() and os.listdir(taken):
+            await asyncio.sleep(0.01)
+
     async def close(self):
         for process in self._started:
             if process.returncode is None:

@@ -60,7 +60,7 @@ class Watching:
                 ".locks": self.home.container / ".locks",
                 "Share": self.home.staging,
                 "the temporary folder": self.home.root / "tmp",
-                "the receiver's folder": self.home.root / "data/quoll-compose/incoming"}
+                "the receiver's folder": self.home.root / "data/quoll-compose/taken"}
 
     def _count_entries(self):
         for name, folder in self._folders().items():

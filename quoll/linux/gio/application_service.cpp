@@ -89,8 +89,10 @@ void ApplicationService::run(std::chrono::milliseconds idle) {
     // The bus has confirmed the release, so every call that was made before is in the queue.
     while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
     }
-  } while ((active_ || busy()) && take_name(error));
-  if (busy()) {  // another process has the name by now
+  } while (!stopped_ && (active_ || busy()) && take_name(error));
+  if (stopped_) {
+    give_name_back();   // once more: when this was answered, so is all that came before
+  } else if (busy()) {  // another process has the name by now
     wait_until_idle(idle);
   }
 }
@@ -117,7 +119,10 @@ void ApplicationService::called(GDBusConnection* /*bus*/, const char* /*sender*/
                                 GVariant* parameters, GDBusMethodInvocation* call, gpointer self) {
   auto& service = *static_cast<ApplicationService*>(self);
   service.active_ = true;
-  if (interface == kApplication) {
+  if (service.stopped_) {
+    g_dbus_method_invocation_return_error_literal(call, G_DBUS_ERROR, G_DBUS_ERROR_FAILED,
+                                                  "the application is ending");
+  } else if (interface == kApplication) {
     service.called_application(method, parameters, call);
   } else {
     service.call(method, parameters, call);
@@ -141,15 +146,16 @@ void ApplicationService::wait_until_idle(std::chrono::milliseconds idle) {
   do {
     active_ = false;
     run_main_context_until(std::chrono::steady_clock::now() + std::max(idle, kShortest),
-                           [this] { return active_; });
-  } while (active_ || busy());
+                           [this] { return active_ || stopped_; });
+  } while (!stopped_ && (active_ || busy()));
 }
 
 VariantHandle ApplicationService::ask_bus(const char* method, GVariant* parameters,
                                           ErrorSlot& error) {
+  const int patience = stopped_ ? 300 : -1;  // in milliseconds, or the bus's own
   return VariantHandle(g_dbus_connection_call_sync(
       bus_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method,
-      parameters, G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, error.out()));
+      parameters, G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, patience, nullptr, error.out()));
 }
 
 bool ApplicationService::take_name(ErrorSlot& error) {

@@ -30,6 +30,10 @@ class ApplicationService {
   /// Answers calls, and returns when none has come for `idle` and `busy` is false. No call is lost
   /// at the end.
   void run(std::chrono::milliseconds idle);
+  /// Lets `run` return at once, also while `busy` is true. From now on calls are refused with an
+  /// error. Call it on the thread that runs.
+  void stop() { stopped_ = true; }
+  [[nodiscard]] bool was_stopped() const { return stopped_; }
 
  protected:
   virtual void open(std::vector<std::string> uris, const ActivationTokens& tokens,
@@ -60,6 +64,7 @@ class ApplicationService {
   ObjectHandle<GDBusConnection> bus_;
   std::vector<guint> objects_;
   bool active_ = false;
+  bool stopped_ = false;
 };
 
 }  // namespace quoll::gio

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <utility>
 
 #include "quoll/linux/posix/unique_fd.h"
 
@@ -41,6 +42,8 @@ class TemporaryItem {
 
   /// The file open for writing, or the folder open for reading.
   [[nodiscard]] int fd() const { return fd_.get(); }
+  /// Gives the descriptor away, and the lock with it; once it was placed.
+  [[nodiscard]] UniqueFd take_fd() { return std::move(fd_); }
   /// Where it lies until it is placed.
   [[nodiscard]] std::string path() const { return folder_.path + "/" + name_; }
 

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+
+#include "apps/sandbox/call_filter.h"
+
+namespace quoll::compose {
+
+/// The confinement of a process that writes one draft. Made once, and enforced in each process:
+/// the list of system calls need not be put together again.
+///
+/// The process reads below the folder of its draft, and writes to one open descriptor. It makes
+/// and removes no file, starts no process and no program, makes no socket, and signals and traces
+/// nobody. Its memory, its time and what it writes are limited. As far as the kernel can: see
+/// `sandbox::PathRules` and `sandbox::CallFilter`.
+class WriterConfinement {
+ public:
+  WriterConfinement();
+
+  /// Confines this process for good. `file_bytes` is the size of all files of the draft, which the
+  /// time depends on; `output` is on the disk that may be filled.
+  void enforce(int taken_folder, int output, std::uint64_t file_bytes);
+
+ private:
+  sandbox::CallFilter calls_;
+};
+
+/// Ends this process when the thread that forked it ends. `parent` is its process.
+void end_with(int parent);
+
+}  // namespace quoll::compose

@@ -1,0 +1,111 @@
+#include "apps/compose/draft_list.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <string_view>
+#include <thread>
+#include <tuple>
+
+#include "apps/compose/compose_error.h"
+#include "apps/compose/draft_summary.h"
+#include "apps/compose/folders.h"
+#include "apps/compose/given_draft.h"
+#include "apps/compose/taken_draft.h"
+#include "quoll/foundation/printable.h"
+#include "quoll/linux/posix/folder_cursor.h"
+
+namespace quoll::compose {
+namespace {
+
+constexpr std::string_view kEnding = ".eml";
+
+const char* state_of(const std::string& draft) {
+  switch (giving_of(draft)) {
+    case Giving::kGiven:
+      return "given";
+    case Giving::kPerhaps:
+      return "perhaps given";
+    case Giving::kNone:
+      break;
+  }
+  return "kept";
+}
+
+void add(std::vector<ListedDraft>& drafts, ListedDraft draft, const std::string& dated) {
+  struct stat status {};
+  if (stat(dated.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+    draft.time = status.st_mtim;
+    drafts.push_back(std::move(draft));
+  }
+}
+
+}  // namespace
+
+std::vector<ListedDraft> list_drafts() {
+  std::vector<ListedDraft> drafts;
+  const std::vector<std::string> taken = taken_drafts();
+  for (const std::string& name : taken) {
+    const std::string path = taken_folder() + "/" + name;
+    const auto reason = why_aside(name);
+    add(drafts,
+        {.path = path, .state = reason ? "set aside: " + *reason : "waiting", .is_message = false},
+        path + "/command");
+  }
+  std::vector<std::string> files;
+  const posix::UniqueFd folder(open(drafts_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (folder) {
+    static_cast<void>(posix::list_folder(folder.get(), files));
+  }
+  for (const std::string& file : files) {
+    const std::string name = file.substr(0, file.size() - std::min(file.size(), kEnding.size()));
+    const bool is_taken = std::ranges::find(taken, name) != taken.end();
+    if (file.ends_with(kEnding) && !file.starts_with('.') && !is_taken) {
+      const std::string path = drafts_folder() + "/" + file;
+      add(drafts, {.path = path, .state = state_of(name), .is_message = true}, path);
+    }
+  }
+  std::ranges::sort(drafts, {}, [](const ListedDraft& draft) {
+    return std::tuple(draft.time.tv_sec, draft.time.tv_nsec, draft.path);
+  });
+  return drafts;
+}
+
+void print_line(std::ostream& out, const ListedDraft& draft) {
+  std::array<char, 32> time{};
+  std::tm local{};
+  localtime_r(&draft.time.tv_sec, &local);
+  std::strftime(time.data(), time.size(), "%Y-%m-%d %H:%M:%S", &local);
+  out << time.data() << "  " << draft.state << "  ";
+  if (draft.is_message) {
+    const std::string subject = subject_of(draft.path);
+    out << (subject.empty() ? "(no subject)" : foundation::printable(subject)) << "  ";
+  }
+  out << foundation::printable(draft.path) << '\n';
+}
+
+std::string newest_message_file() {
+  using std::chrono::steady_clock;
+  constexpr std::chrono::seconds kPatience{5};
+  constexpr std::chrono::milliseconds kPause{10};
+  const auto deadline = steady_clock::now() + kPatience;
+  for (;;) {
+    const std::vector<std::string> waiting = waiting_drafts();
+    if (!waiting.empty() && steady_clock::now() < deadline) {
+      std::this_thread::sleep_for(kPause);
+      continue;
+    }
+    const std::vector<ListedDraft> drafts = list_drafts();
+    const auto newest = std::find_if(drafts.rbegin(), drafts.rend(),
+                                     [](const ListedDraft& draft) { return draft.is_message; });
+    if (newest == drafts.rend()) {
+      throw ComposeError("no draft is kept");
+    }
+    return newest->path;
+  }
+}
+
+}  // namespace quoll::compose

@@ -1,0 +1,71 @@
+#include "apps/compose/draft_writing.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "apps/compose/compose_error.h"
+#include "apps/compose/folders.h"
+#include "apps/compose/writer_result.h"
+#include "quoll/linux/posix/system_call.h"
+
+namespace quoll::compose {
+namespace {
+
+/// The disk is to blame, and not the draft.
+WritingEnd cannot_be_kept() {
+  const std::string reason = std::string("it cannot be written: ") + std::strerror(errno);
+  return {.answer = {.end = WriterEnd::kNoRoom, .reason = reason}, .fields = {}};
+}
+
+bool sync(int file) {
+  return posix::uninterrupted([&] { return fsync(file); }) == 0;
+}
+
+/// Gives the file its name. It is on the disk before it has the name, and the name before the
+/// folder of what was taken may go.
+bool name_file(int file, const std::string& unfinished, const std::string& path) {
+  const posix::UniqueFd folder(open(drafts_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  return sync(file) && folder && rename(unfinished.c_str(), path.c_str()) == 0 &&
+         sync(folder.get());
+}
+
+WritingEnd write_to(const std::string& path, const TakenDraft& draft, WriterServer& writer) {
+  const posix::UniqueFd file(
+      open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  // Opened anew: a copy of our own descriptor would hold the lock for as long as the writer lives.
+  const posix::UniqueFd taken(openat(draft.folder(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!file || !taken) {
+    return cannot_be_kept();
+  }
+  WritingEnd end{.answer = writer.write(taken.get(), file.get()), .fields = {}};
+  if (end.answer.end != WriterEnd::kWritten) {
+    return end;
+  }
+  try {
+    end.fields = take_fields(file.get());
+  } catch (const ComposeError& wrong) {
+    end.answer = {.end = WriterEnd::kFailed, .reason = wrong.what()};
+    return end;
+  }
+  return name_file(file.get(), path, message_file(draft.name())) ? end : cannot_be_kept();
+}
+
+}  // namespace
+
+WritingEnd write_draft(const TakenDraft& draft, WriterServer& writer) {
+  const std::string path = unfinished_message_file(draft.name());
+  unlink(path.c_str());  // of an attempt that was ended
+  WritingEnd end = write_to(path, draft, writer);
+  if (end.answer.end != WriterEnd::kWritten) {
+    unlink(path.c_str());
+  }
+  return end;
+}
+
+}  // namespace quoll::compose

@@ -1,0 +1,73 @@
+#include "apps/compose/folders.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "apps/compose/compose_error.h"
+
+namespace quoll::compose {
+namespace {
+
+std::string absolute_path_in(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value != nullptr && *value == '/' ? value : "";
+}
+
+std::string receiver_folder() {
+  if (const auto folder = absolute_path_in("XDG_DATA_HOME"); !folder.empty()) {
+    return folder + "/quoll-compose";
+  }
+  if (const auto home = absolute_path_in("HOME"); !home.empty()) {
+    return home + "/.local/share/quoll-compose";
+  }
+  throw ComposeError("there is no home folder to keep drafts in; set HOME");
+}
+
+void make_folder(const std::string& path) {
+  for (auto slash = path.find('/', 1);; slash = path.find('/', slash + 1)) {
+    const std::string folder = path.substr(0, slash);
+    if (mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
+      throw ComposeError("the folder " + folder + " cannot be made: " + std::strerror(errno));
+    }
+    if (slash == std::string::npos) {
+      return;
+    }
+  }
+}
+
+}  // namespace
+
+std::string taken_folder() {
+  return receiver_folder() + "/taken";
+}
+
+std::string drafts_folder() {
+  return receiver_folder() + "/drafts";
+}
+
+std::string given_folder() {
+  return receiver_folder() + "/given";
+}
+
+std::string incoming_folder() {
+  return receiver_folder() + "/incoming";
+}
+
+std::string message_file(const std::string& draft) {
+  return drafts_folder() + "/" + draft + ".eml";
+}
+
+std::string unfinished_message_file(const std::string& draft) {
+  return drafts_folder() + "/." + draft + ".eml";
+}
+
+void make_folders() {
+  make_folder(taken_folder());
+  make_folder(drafts_folder());
+  make_folder(given_folder());
+}
+
+}  // namespace quoll::compose

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+/// The receiver's own folder, `${XDG_DATA_HOME:-~/.local/share}/quoll-compose`, and what lies in
+/// it; docs/mail-clients.md tells what each is for. These functions answer paths and make nothing.
+/// They throw `ComposeError` when there is no home.
+namespace quoll::compose {
+
+/// Drafts that wait to be written, a folder each.
+[[nodiscard]] std::string taken_folder();
+/// Drafts that were written, a message file each.
+[[nodiscard]] std::string drafts_folder();
+/// What mail clients were given, a folder for each draft.
+[[nodiscard]] std::string given_folder();
+/// Where earlier versions kept the files of drafts that were not written yet.
+[[nodiscard]] std::string incoming_folder();
+
+/// The message file of the draft with this name.
+[[nodiscard]] std::string message_file(const std::string& draft);
+/// The same while it is being written.
+[[nodiscard]] std::string unfinished_message_file(const std::string& draft);
+
+/// Makes the folders that are missing, for this user alone. Throws `ComposeError`.
+void make_folders();
+
+}  // namespace quoll::compose

@@ -1,0 +1,142 @@
+#include "apps/compose/given_draft.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+
+#include "apps/compose/compose_error.h"
+#include "apps/compose/folders.h"
+#include "apps/compose/small_file.h"
+#include "apps/compose/waiting_files.h"
+#include "quoll/foundation/path.h"
+#include "quoll/linux/posix/folder_cursor.h"
+#include "quoll/linux/posix/remove_item.h"
+#include "quoll/platform/log.h"
+
+namespace quoll::compose {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kMark = "given";
+constexpr const char* kCopy = "copy";  // a link to a copy outside this folder
+constexpr const char* kOffered = "offered";
+constexpr const char* kText = "text.txt";
+
+std::string folder_of(const std::string& draft) {
+  return given_folder() + "/" + draft;
+}
+
+bool has(const std::string& draft, const char* file) {
+  return access((folder_of(draft) + "/" + file).c_str(), F_OK) == 0;
+}
+
+std::string place_of(std::size_t k, const std::string& name) {
+  return "files/" + std::to_string(k) + "/" + name;
+}
+
+/// Removes a draft's folder when it is old enough, and the draft when it was given.
+void sweep_one(const std::string& draft, const Moment& now) {
+  constexpr std::int64_t kKeptFor = std::int64_t{7} * 24 * 60 * 60;
+  const posix::UniqueFd folder = locked_folder(folder_of(draft));
+  struct stat status {};
+  const bool is_given = folder && fstatat(folder.get(), kMark, &status, AT_SYMLINK_NOFOLLOW) == 0;
+  if (!folder || (!is_given && fstat(folder.get(), &status) != 0) ||
+      age_of(read_small_file(folder.get(), kMark), status, now) < kKeptFor) {
+    return;
+  }
+  std::error_code ignored;  // the next program tries again
+  const fs::path copy = fs::read_symlink(folder_of(draft) + "/" + kCopy, ignored);
+  if (!copy.empty()) {
+    fs::remove(copy, ignored);
+  }
+  if (is_given) {
+    fs::remove(message_file(draft), ignored);
+  }
+  fs::remove_all(folder_of(draft), ignored);
+}
+
+}  // namespace
+
+GivenDraft::GivenDraft(TakenDraft& taken) : name_(taken.name()), folder_(taken.move_to_given()) {}
+
+std::string GivenDraft::file_path(const std::string& draft, std::size_t k,
+                                  const std::string& name) {
+  return folder_of(draft) + "/" + place_of(k, name);
+}
+
+std::string GivenDraft::text_path(const std::string& draft) {
+  return folder_of(draft) + "/" + kText;
+}
+
+void GivenDraft::name_files(const std::vector<std::string>& names) const {
+  const auto files = waiting_files(folder_.get());
+  for (std::size_t k = 0; k < names.size(); ++k) {
+    const std::string path = place_of(k, names[k]);
+    if (renameat(folder_.get(), path_of(files.at(k)).c_str(), folder_.get(), path.c_str()) != 0) {
+      throw ComposeError(names[k] + " cannot be put into " + folder_of(name_) + ": " +
+                         std::strerror(errno));
+    }
+  }
+}
+
+void GivenDraft::remove_files() const {
+  static_cast<void>(posix::remove_item(folder_.get(), "files"));  // it goes with the folder else
+}
+
+void GivenDraft::add_text(const std::string& text) const {
+  const std::string content = text.empty() || text.ends_with('\n') ? text : text + '\n';
+  if (const int error = write_small_file(folder_.get(), kText, content)) {
+    throw ComposeError(text_path(name_) + " cannot be written: " + std::strerror(error));
+  }
+}
+
+std::string GivenDraft::copy_message_to(const std::string& folder) const {
+  std::error_code error;
+  fs::create_directories(folder, error);
+  fs::permissions(folder, fs::perms::owner_all, error);
+  std::string copy = foundation::appending_path_component(folder, name_ + ".eml");
+  fs::create_symlink(copy, folder_of(name_) + "/" + kCopy, error);
+  if (error || !fs::copy_file(message_file(name_), copy, error)) {
+    throw ComposeError("the draft cannot be copied into " + folder + ": " + error.message());
+  }
+  return copy;
+}
+
+void GivenDraft::mark() const noexcept {
+  try {
+    if (const int error = write_small_file(folder_.get(), kMark, mark_of(present_moment()))) {
+      platform::log("%@ cannot be marked as given: %@", name_, std::strerror(error));
+    }
+  } catch (const std::exception& failure) {
+    platform::log("%@", failure.what());
+  }
+}
+
+void GivenDraft::take_back() const noexcept {
+  unlinkat(folder_.get(), kOffered, 0);
+}
+
+Giving giving_of(const std::string& draft) {
+  return has(draft, kMark) ? Giving::kGiven
+                           : (has(draft, kOffered) ? Giving::kPerhaps : Giving::kNone);
+}
+
+void sweep_given(const Moment& now) {
+  const posix::UniqueFd given(open(given_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  std::vector<std::string> drafts;
+  if (given) {
+    static_cast<void>(posix::list_folder(given.get(), drafts));
+  }
+  for (const std::string& draft : drafts) {
+    sweep_one(draft, now);
+  }
+}
+
+}  // namespace quoll::compose

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "apps/compose/moment.h"
+#include "apps/compose/taken_draft.h"
+
+namespace quoll::compose {
+
+/// What a mail client is given of one draft: the folder `given/NAME`, which only the user can read.
+/// It stays, because a client may read the files as late as when the message is sent. It is locked
+/// while this object lives. The operations throw `ComposeError`.
+class GivenDraft {
+ public:
+  /// Moves the taken draft to the folder. From then on it is never offered by itself again: until
+  /// `mark` or `take_back`, it was perhaps given.
+  explicit GivenDraft(TakenDraft& taken);
+
+  /// Where a file of this name will be that the draft had as its K-th, and the draft's text.
+  [[nodiscard]] static std::string file_path(const std::string& draft, std::size_t k,
+                                             const std::string& name);
+  [[nodiscard]] static std::string text_path(const std::string& draft);
+
+  /// Gives each file its name; nothing else of it is changed.
+  void name_files(const std::vector<std::string>& names) const;
+  /// Removes the files, which are in the message file too.
+  void remove_files() const;
+  /// Writes the draft's text, with a line end at its end.
+  void add_text(const std::string& text) const;
+  /// Copies the message file to another folder, which is made if it is missing, and answers the
+  /// copy's path. The copy is removed when the draft is. Call it at most once for a draft.
+  [[nodiscard]] std::string copy_message_to(const std::string& folder) const;
+
+  /// Notes that a client has the draft since now. Without this note the draft counts as the only
+  /// copy and is never removed, so a failure does no harm.
+  void mark() const noexcept;
+  /// Notes that no client has taken it.
+  void take_back() const noexcept;
+
+ private:
+  std::string name_;
+  posix::UniqueFd folder_;
+};
+
+/// What is known of a written draft.
+enum class Giving {
+  kNone,     ///< no client has it
+  kPerhaps,  ///< it was offered to a client, and the end was not seen
+  kGiven,
+};
+[[nodiscard]] Giving giving_of(const std::string& draft);
+
+/// Removes the drafts that were given to a client 7 days ago or earlier, with everything that was
+/// made for the client. It also removes folders of that age whose draft no client is known to have;
+/// those drafts stay, and so does what a program works on.
+void sweep_given(const Moment& now);
+
+}  // namespace quoll::compose

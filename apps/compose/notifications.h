@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "apps/compose/outcome.h"
+
+namespace quoll::compose {
+
+/// A message for a user who sees no terminal: a summary line, and lines of plain text below it.
+struct Notification {
+  std::string summary;
+  std::string body;
+};
+
+/// What the user should know about a draft: what was left out, that no mail client has it, that it
+/// could not be written, and the notes. None when there is nothing to say.
+[[nodiscard]] std::optional<Notification> notification_of(const Outcome& outcome);
+
+/// Tells that a command was refused.
+[[nodiscard]] Notification notification_of_refusal(const std::string& reason);
+
+/// Tells, for all of them, that so many drafts were kept.
+[[nodiscard]] Notification notification_of_flood(std::size_t drafts);
+
+/// Notifications that wait for the thread that shows them. Any thread may add one.
+class NotificationQueue {
+ public:
+  /// `added` is called after each addition, on the thread that adds.
+  explicit NotificationQueue(std::function<void()> added) : added_(std::move(added)) {}
+
+  void add(Notification notification);
+  /// Adds what the user should know about a draft. That drafts wait is said once, for all.
+  void add(const Outcome& outcome);
+  [[nodiscard]] bool empty() const;
+  /// Empties the queue and shows the notifications on the desktop. Of many, it shows the first few
+  /// and tells how many more there are. Runs the default main context of this thread.
+  void show();
+
+ private:
+  std::function<void()> added_;
+  mutable std::mutex mutex_;
+  std::vector<Notification> waiting_;
+  bool told_of_waiting_ = false;
+};
+
+}  // namespace quoll::compose

@@ -1,0 +1,30 @@
+#include "apps/compose/outcome.h"
+
+#include "quoll/foundation/printable.h"
+#include "quoll/platform/log.h"
+
+namespace quoll::compose {
+
+std::string Outcome::sentence() const {
+  switch (state) {
+    case State::kGiven:
+      return "was given to " + foundation::printable(client);
+    case State::kKept:
+      return reason.empty() ? "" : "is kept: " + reason;
+    case State::kWaits:
+    case State::kStopped:
+      return "waits: " + reason;
+    case State::kSetAside:
+      break;
+  }
+  return "was set aside: " + reason;
+}
+
+void log_outcome(const Outcome& outcome) {
+  for (const auto& note : outcome.notes) {
+    platform::log("%@", note);
+  }
+  platform::log("draft %@ %@", outcome.path, outcome.sentence());
+}
+
+}  // namespace quoll::compose

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "apps/compose/left_out.h"
+
+namespace quoll::compose {
+
+/// What became of a draft.
+struct Outcome {
+  enum class State {
+    kGiven,     ///< to a mail client
+    kKept,      ///< as a message file; no client has it
+    kWaits,     ///< it could not be written now
+    kStopped,   ///< it waits, since its writer was ended from outside
+    kSetAside,  ///< it cannot be written
+  };
+
+  State state = State::kKept;
+  /// Its message file, or the folder of what was taken when there is none.
+  std::string path;
+  std::string client;     ///< its name, when it was given
+  std::string reason;     ///< why it was not given, and what to do; empty without a desktop
+  bool in_flood = false;  ///< one of so many that none was given to a client
+  LeftOutFiles left_out;
+  std::vector<std::string> notes;  ///< sentences about what else the user should know
+
+  [[nodiscard]] bool is_written() const { return state == State::kGiven || state == State::kKept; }
+  /// To follow "the draft": "was given to NAME". Empty when there was no desktop to give it to.
+  [[nodiscard]] std::string sentence() const;
+};
+
+/// Logs what became of the draft.
+void log_outcome(const Outcome& outcome);
+
+}  // namespace quoll::compose

@@ -1,0 +1,98 @@
+#include "apps/compose/sweep.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "apps/compose/folders.h"
+#include "apps/compose/given_draft.h"
+#include "apps/compose/small_file.h"
+#include "apps/compose/taken_draft.h"
+#include "quoll/linux/posix/folder_cursor.h"
+#include "quoll/linux/posix/remove_item.h"
+#include "quoll/platform/log.h"
+
+namespace quoll::compose {
+namespace {
+
+struct Folder {
+  posix::UniqueFd fd;
+  std::vector<std::string> names;
+};
+
+Folder listed(const std::string& path) {
+  Folder folder{posix::UniqueFd(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)), {}};
+  if (folder.fd) {
+    static_cast<void>(posix::list_folder(folder.fd.get(), folder.names));
+  }
+  return folder;
+}
+
+/// Drafts that were never promised, or are being removed.
+void sweep_taken() {
+  const Folder taken = listed(taken_folder());
+  for (const std::string& name : taken.names) {
+    if (name.starts_with('.') && locked_folder(taken_folder() + "/" + name)) {
+      static_cast<void>(posix::remove_item(taken.fd.get(), name));
+    }
+  }
+}
+
+void sweep_aside(const Moment& now) {
+  for (const std::string& name : taken_drafts()) {
+    auto draft = why_aside(name) ? TakenDraft::lock(name) : std::nullopt;
+    if (draft && draft->is_aside_too_long(now)) {
+      platform::log("the draft %@, which could not be written, is removed after 30 days", name);
+      draft->remove();
+    }
+  }
+}
+
+/// A message file that is being written belongs to a taken draft.
+void sweep_drafts() {
+  constexpr std::string_view kEnding = ".eml";
+  const Folder drafts = listed(drafts_folder());
+  for (const std::string& name : drafts.names) {
+    if (name.starts_with('.') && name.ends_with(kEnding)) {
+      const std::string draft = name.substr(1, name.size() - 1 - kEnding.size());
+      if (access((taken_folder() + "/" + draft).c_str(), F_OK) != 0) {
+        unlinkat(drafts.fd.get(), name.c_str(), 0);
+      }
+    }
+  }
+}
+
+/// Earlier versions hold a lock on their folder while they work on a draft.
+void sweep_earlier_versions() {
+  const Folder incoming = listed(incoming_folder());
+  if (!incoming.fd || flock(incoming.fd.get(), LOCK_EX | LOCK_NB) != 0) {
+    return;
+  }
+  for (const std::string& name : incoming.names) {
+    static_cast<void>(posix::remove_item(incoming.fd.get(), name));
+  }
+  rmdir(incoming_folder().c_str());
+  const Folder drafts = listed(drafts_folder());
+  for (const std::string& name : drafts.names) {
+    if (name.starts_with(".draft-")) {
+      unlinkat(drafts.fd.get(), name.c_str(), 0);
+    }
+  }
+}
+
+}  // namespace
+
+void sweep(const Moment& now) {
+  sweep_taken();
+  sweep_aside(now);
+  sweep_drafts();
+  sweep_given(now);
+  sweep_earlier_versions();
+}
+
+}  // namespace quoll::compose

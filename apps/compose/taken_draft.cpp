@@ -1,0 +1,132 @@
+#include "apps/compose/taken_draft.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+#include "apps/compose/compose_error.h"
+#include "apps/compose/folders.h"
+#include "apps/compose/small_file.h"
+#include "quoll/foundation/printable.h"
+#include "quoll/linux/posix/folder_cursor.h"
+#include "quoll/linux/posix/remove_item.h"
+#include "quoll/linux/posix/system_call.h"
+
+namespace quoll::compose {
+namespace {
+
+constexpr const char* kAside = "aside";
+constexpr const char* kOffered = "offered";
+
+posix::UniqueFd opened(const std::string& folder) {
+  return posix::UniqueFd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+}
+
+/// Names end with the time, then with a number for those of the same second: "-9" is before "-10".
+bool is_older(const std::string& one, const std::string& other) {
+  const auto time = one.compare(0, 15, other, 0, 15);
+  return time != 0 ? time < 0 : std::pair(one.size(), one) < std::pair(other.size(), other);
+}
+
+bool is_aside(const std::string& draft) {
+  return access((taken_folder() + "/" + draft + "/" + kAside).c_str(), F_OK) == 0;
+}
+
+}  // namespace
+
+posix::UniqueFd locked_folder(const std::string& path) {
+  posix::UniqueFd folder = opened(path);
+  struct stat locked {};
+  struct stat named {};
+  const bool is_locked =
+      folder && posix::uninterrupted([&] { return flock(folder.get(), LOCK_EX | LOCK_NB); }) == 0;
+  // It may have been moved or removed before the lock was there.
+  return is_locked && fstat(folder.get(), &locked) == 0 && lstat(path.c_str(), &named) == 0 &&
+                 locked.st_ino == named.st_ino && locked.st_dev == named.st_dev
+             ? std::move(folder)
+             : posix::UniqueFd();
+}
+
+TakenDraft::TakenDraft(std::string name, posix::UniqueFd folder)
+    : name_(std::move(name)), folder_(std::move(folder)) {}
+
+std::optional<TakenDraft> TakenDraft::lock(const std::string& name) {
+  posix::UniqueFd folder = locked_folder(taken_folder() + "/" + name);
+  return folder ? std::optional(TakenDraft(name, std::move(folder))) : std::nullopt;
+}
+
+std::string TakenDraft::path() const {
+  return taken_folder() + "/" + name_;
+}
+
+LeftOutFiles TakenDraft::left_out() const {
+  return LeftOutFiles::from_records(read_small_file(folder(), "left-out"));
+}
+
+void TakenDraft::set_aside(const std::string& reason) const {
+  // When this cannot be written, the next start sets it aside once more.
+  static_cast<void>(write_small_file(
+      folder(), kAside, foundation::printable(reason) + "\n" + mark_of(present_moment())));
+}
+
+bool TakenDraft::is_aside_too_long(const Moment& now) const {
+  constexpr std::int64_t kKeptFor = std::int64_t{30} * 24 * 60 * 60;
+  struct stat status {};
+  return fstatat(folder(), kAside, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+         age_of(after_first_line(read_small_file(folder(), kAside)), status, now) >= kKeptFor;
+}
+
+// Under a hidden name first: a folder of which only a part is left must not be taken for a draft.
+void TakenDraft::remove() {
+  const posix::UniqueFd taken = opened(taken_folder());
+  const std::string hidden = "." + name_;
+  if (renameat(taken.get(), name_.c_str(), taken.get(), hidden.c_str()) == 0) {
+    static_cast<void>(posix::remove_item(taken.get(), hidden));  // or a later start does
+  }
+  folder_.reset();
+}
+
+posix::UniqueFd TakenDraft::move_to_given() {
+  int error = write_small_file(folder(), kOffered, "");
+  if (error == 0 && renameat2(AT_FDCWD, path().c_str(), AT_FDCWD,
+                              (given_folder() + "/" + name_).c_str(), RENAME_NOREPLACE) != 0) {
+    error = errno;
+  }
+  if (error != 0) {
+    throw ComposeError("its files cannot be prepared: " + std::string(std::strerror(error)));
+  }
+  return std::move(folder_);
+}
+
+std::optional<std::string> why_aside(const std::string& draft) {
+  if (!is_aside(draft)) {
+    return std::nullopt;
+  }
+  const posix::UniqueFd folder = opened(taken_folder() + "/" + draft);
+  return first_line(read_small_file(folder.get(), kAside));
+}
+
+std::vector<std::string> taken_drafts() {
+  std::vector<std::string> names;
+  if (const posix::UniqueFd folder = opened(taken_folder())) {
+    static_cast<void>(posix::list_folder(folder.get(), names));
+  }
+  std::erase_if(names, [](const std::string& name) { return name.starts_with('.'); });
+  std::ranges::sort(names, is_older);
+  return names;
+}
+
+std::vector<std::string> waiting_drafts() {
+  std::vector<std::string> names = taken_drafts();
+  std::erase_if(names, is_aside);
+  return names;
+}
+
+}  // namespace quoll::compose

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "apps/compose/left_out.h"
+#include "apps/compose/moment.h"
+#include "quoll/linux/posix/unique_fd.h"
+
+namespace quoll::compose {
+
+/// A draft that was taken and is worked on: the folder `taken/NAME`, which holds the command and
+/// its files. It is locked while this object lives, so of several programs only one works on it.
+/// Unless `remove` was called, the folder stays, and the next start goes on with it.
+class TakenDraft {
+ public:
+  /// `folder` is the open folder, with the lock.
+  TakenDraft(std::string name, posix::UniqueFd folder);
+
+  /// Locks the draft with this name; none when another program works on it, or it is gone.
+  [[nodiscard]] static std::optional<TakenDraft> lock(const std::string& name);
+
+  [[nodiscard]] const std::string& name() const { return name_; }
+  [[nodiscard]] std::string path() const;
+  [[nodiscard]] int folder() const { return folder_.get(); }
+
+  [[nodiscard]] LeftOutFiles left_out() const;
+
+  /// Nobody tries to write it any more. Its files stay for 30 days.
+  void set_aside(const std::string& reason) const;
+  [[nodiscard]] bool is_aside_too_long(const Moment& now) const;
+
+  /// Removes the folder: the draft was written, or was not promised to anybody.
+  void remove();
+
+  /// Moves the folder to `given`, as it is, and answers it with its lock. From then on the draft is
+  /// never offered to a client by itself. Throws `ComposeError` when it cannot be moved.
+  [[nodiscard]] posix::UniqueFd move_to_given();
+
+ private:
+  std::string name_;
+  posix::UniqueFd folder_;
+};
+
+/// The names of the drafts that wait to be written, the oldest first. Nothing is locked or changed.
+[[nodiscard]] std::vector<std::string> waiting_drafts();
+/// The names of all drafts in the folder for taken ones, also of those that were set aside.
+[[nodiscard]] std::vector<std::string> taken_drafts();
+
+/// Why the draft was set aside; none when it was not. Nothing is locked.
+[[nodiscard]] std::optional<std::string> why_aside(const std::string& draft);
+
+/// Opens a folder and locks it; none when another program has the lock, or the folder is gone.
+[[nodiscard]] posix::UniqueFd locked_folder(const std::string& path);
+
+}  // namespace quoll::compose

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "apps/compose/taken_draft.h"
+
+namespace quoll::compose {
+
+/// Takes the drafts of these command URLs, all or none: each with its files becomes a folder of the
+/// receiver's own. When this returns they are promised: whatever program ends, each will be
+/// written. The staged files are not needed any more, and nothing of them was changed. What was
+/// left out is logged. Throws `ComposeError`, for example when the disk has no room for these
+/// drafts beside all that wait.
+[[nodiscard]] std::vector<TakenDraft> take(const std::vector<std::string>& urls);
+
+/// What a sender is told that asked for it: for each draft of which something was left out, the
+/// path that its message file will have, then a line `NAME: REASON` for each file, with control
+/// characters as escapes. An empty line stands between two drafts. Empty when all is there.
+[[nodiscard]] std::string report_of(const std::vector<TakenDraft>& drafts);
+
+}  // namespace quoll::compose

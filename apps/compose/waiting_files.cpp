@@ -1,0 +1,63 @@
+#include "apps/compose/waiting_files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <system_error>
+#include <utility>
+
+#include "quoll/linux/posix/folder_cursor.h"
+#include "quoll/linux/posix/unique_fd.h"
+
+namespace quoll::compose {
+namespace {
+
+posix::UniqueFd open_folder(int above, const char* name) {
+  return posix::UniqueFd(openat(above, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+}
+
+std::vector<std::string> names_in(int folder) {
+  std::vector<std::string> names;
+  if (const int error = posix::list_folder(folder, names); error != 0) {
+    throw std::system_error(error, std::generic_category());
+  }
+  return names;
+}
+
+}  // namespace
+
+std::vector<WaitingFile> waiting_files(int taken_folder) {
+  const posix::UniqueFd above = open_folder(taken_folder, "files");
+  if (!above && errno == ENOENT) {
+    return {};
+  }
+  std::vector<WaitingFile> files;
+  for (const std::string& number : names_in(above.get())) {
+    WaitingFile file;
+    const char* const end = number.data() + number.size();
+    if (const auto read = std::from_chars(number.data(), end, file.number);
+        read.ec != std::errc() || read.ptr != end) {
+      continue;
+    }
+    const posix::UniqueFd folder = open_folder(above.get(), number.c_str());
+    for (std::string& name : names_in(folder.get())) {
+      struct stat status {};
+      if (fstatat(folder.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
+        file.size = static_cast<std::uint64_t>(status.st_size);
+      }
+      file.name = std::move(name);
+      files.push_back(file);
+    }
+  }
+  std::ranges::sort(files, {}, &WaitingFile::number);
+  return files;
+}
+
+std::string path_of(const WaitingFile& file) {
+  return "files/" + std::to_string(file.number) + "/" + file.name;
+}
+
+}  // namespace quoll::compose

@@ -1,0 +1,117 @@
+#include "apps/compose/writer_child.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdlib>
+#include <new>
+#include <string>
+#include <system_error>
+
+#include "apps/compose/waiting_files.h"
+#include "quoll/foundation/exception.h"
+#include "quoll/linux/posix/descriptor_io.h"
+
+namespace quoll::compose {
+namespace {
+
+// The exit status is all that the process says: 0, an `errno` value, or one of these.
+constexpr int kNoMemory = 200;
+constexpr int kNoCommand = 201;
+constexpr int kOther = 202;
+
+constexpr int kTaken = STDERR_FILENO + 1;
+constexpr int kOutput = STDERR_FILENO + 2;
+
+/// Puts both descriptors into their places, and closes all others but the standard streams.
+void hold_only(int taken_folder, int output) {
+  const int first = fcntl(taken_folder, F_DUPFD, kOutput + 1);
+  const int second = fcntl(output, F_DUPFD, kOutput + 1);
+  if (dup2(first, kTaken) < 0 || dup2(second, kOutput) < 0) {
+    throw std::system_error(errno, std::generic_category());
+  }
+  close_range(kOutput + 1, UINT_MAX, 0);
+}
+
+std::uint64_t bytes_of_files() {
+  std::uint64_t bytes = 0;
+  for (const WaitingFile& file : waiting_files(kTaken)) {
+    bytes += file.size;
+  }
+  return bytes;
+}
+
+int status_of(WriterServer::Job job, WriterConfinement& confinement, int taken_folder, int output) {
+  try {
+    hold_only(taken_folder, output);
+    confinement.enforce(kTaken, kOutput, bytes_of_files());
+    job(kTaken, kOutput);
+    return 0;
+  } catch (const std::system_error& error) {
+    const int number = error.code().value();
+    return number > 0 && number < kNoMemory ? number : kOther;
+  } catch (const std::bad_alloc&) {
+    return kNoMemory;
+  } catch (const foundation::NSException&) {
+    return kNoCommand;
+  } catch (...) {
+    return kOther;
+  }
+}
+
+WriterAnswer failed(std::string reason) {
+  return {.end = WriterEnd::kFailed, .reason = std::move(reason)};
+}
+
+WriterAnswer answer_of_exit(int status) {
+  switch (status) {
+    case 0:
+      return {.end = WriterEnd::kWritten, .reason = ""};
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+      return {.end = WriterEnd::kNoRoom, .reason = "there is no room for the draft"};
+    case ENOMEM:
+    case kNoMemory:
+      return failed("the draft cannot be written: it needs more memory than it may have");
+    case kNoCommand:
+      return failed("the draft cannot be written: its command cannot be read");
+    case kOther:
+      return failed("the draft cannot be written");
+    default:
+      return failed("the draft cannot be written: " + posix::error_words(status));
+  }
+}
+
+WriterAnswer answer_of_signal(int number) {
+  switch (number) {
+    case SIGHUP:
+    case SIGINT:
+    case SIGQUIT:
+    case SIGTERM:
+      return {.end = WriterEnd::kStopped, .reason = "the writing of the draft was stopped"};
+    case SIGXCPU:
+      return failed("the draft cannot be written: it takes too long");
+    default:
+      return failed("the draft cannot be written: its writer was ended by signal " +
+                    std::to_string(number));
+  }
+}
+
+}  // namespace
+
+void run_writer(WriterServer::Job job, WriterConfinement& confinement, int taken_folder,
+                int output) {
+  std::_Exit(status_of(job, confinement, taken_folder, output));
+}
+
+WriterAnswer answer_of(int status) {
+  return WIFSIGNALED(status) ? answer_of_signal(WTERMSIG(status))
+                             : answer_of_exit(WEXITSTATUS(status));
+}
+
+}  // namespace quoll::compose

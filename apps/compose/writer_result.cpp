@@ -1,0 +1,148 @@
+#include "apps/compose/writer_result.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "apps/compose/cannot_compose.h"
+#include "apps/compose/clean_text.h"
+#include "quoll/foundation/text.h"
+#include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/system_call.h"
+
+namespace quoll::compose {
+namespace {
+
+/// The end of the file.
+struct Record {
+  std::array<char, 8> sign;
+  std::uint64_t message;  ///< its length in bytes
+  std::uint64_t fields;   ///< their length in bytes
+};
+
+constexpr std::array<char, 8> kSign{'q', 'u', 'o', 'l', 'l', 'e', 'm', 'l'};
+/// More than a draft has that came by a bus message.
+constexpr std::uint64_t kMostFields = std::uint64_t{256} << 20;
+
+[[noreturn]] void refuse() {
+  throw CannotCompose("what was written of the draft is not as it should be");
+}
+
+void append(std::string& out, std::string_view text) {
+  out.append(text) += '\0';
+}
+
+std::string read_at(int file, std::uint64_t from, std::uint64_t size) {
+  std::string bytes(size, '\0');
+  for (std::size_t at = 0; at < size;) {
+    const ssize_t got = posix::uninterrupted(
+        [&] { return pread(file, bytes.data() + at, size - at, static_cast<off_t>(from + at)); });
+    if (got <= 0) {
+      refuse();
+    }
+    at += static_cast<std::size_t>(got);
+  }
+  return bytes;
+}
+
+Record record_of(int file) {
+  struct stat status {};
+  Record record{};
+  if (fstat(file, &status) != 0 || status.st_size < static_cast<off_t>(sizeof record)) {
+    refuse();
+  }
+  const std::uint64_t before = static_cast<std::uint64_t>(status.st_size) - sizeof record;
+  std::memcpy(&record, read_at(file, before, sizeof record).data(), sizeof record);
+  if (record.sign != kSign || record.message > before || record.fields > kMostFields ||
+      record.fields != before - record.message) {
+    refuse();
+  }
+  return record;
+}
+
+/// Takes texts from the front, each with a zero byte behind it.
+class Texts {
+ public:
+  explicit Texts(std::string_view bytes) : left_(bytes) {}
+
+  std::string take(std::string_view allowed) {
+    const std::size_t end = left_.find('\0');
+    if (end == std::string_view::npos) {
+      refuse();
+    }
+    const std::string_view text = left_.substr(0, end);
+    if (!foundation::is_utf8(text) || !is_clean(text, allowed)) {
+      refuse();
+    }
+    left_.remove_prefix(end + 1);
+    return std::string(text);
+  }
+
+  /// The texts up to an empty one.
+  std::vector<std::string> take_list() {
+    std::vector<std::string> texts;
+    for (std::string text = take(""); !text.empty(); text = take("")) {
+      texts.push_back(std::move(text));
+    }
+    return texts;
+  }
+
+  [[nodiscard]] bool is_empty() const { return left_.empty(); }
+
+ private:
+  std::string_view left_;
+};
+
+}  // namespace
+
+void append_fields(int file, const DraftFields& fields) {
+  const off_t message = lseek(file, 0, SEEK_CUR);
+  std::string bytes;
+  append(bytes, fields.subject);
+  append(bytes, fields.text);
+  for (const auto* list : {&fields.to, &fields.cc, &fields.bcc}) {
+    for (const std::string& address : *list) {
+      append(bytes, address);
+    }
+    append(bytes, "");
+  }
+  const Record record{kSign, static_cast<std::uint64_t>(message), bytes.size()};
+  bytes.append(reinterpret_cast<const char*>(&record), sizeof record);
+  if (message < 0 || !posix::write_all(file, bytes)) {
+    throw std::system_error(errno, std::generic_category());
+  }
+}
+
+DraftFields take_fields(int file) {
+  const Record record = record_of(file);
+  const std::string_view beginning = kMessageBeginning;
+  if (record.message < beginning.size() || read_at(file, 0, beginning.size()) != beginning) {
+    refuse();
+  }
+  const std::string bytes = read_at(file, record.message, record.fields);
+  Texts texts(bytes);
+  DraftFields fields;
+  fields.subject = texts.take("");
+  fields.text = texts.take("\n\t");
+  for (auto* list : {&fields.to, &fields.cc, &fields.bcc}) {
+    *list = texts.take_list();
+  }
+  if (!texts.is_empty()) {
+    refuse();
+  }
+  if (ftruncate(file, static_cast<off_t>(record.message)) != 0) {
+    throw CannotCompose("the draft cannot be written: " + posix::error_words(errno));
+  }
+  return fields;
+}
+
+}  // namespace quoll::compose

@@ -1,0 +1,84 @@
+# The process that writes drafts, and the reading of what strangers wrote.
+set(file apps/compose/confine_writer.cpp)
+quoll_defence(writer_reads_one_folder FILE ${file}
+  TAKES "rules.allow(taken_folder, PathRules::Access::kRead);"
+  GIVES "rules.allow(\"/\", PathRules::Access::kRead); (void)taken_folder;"
+  SHOWN_BY sandbox WriterSandbox.NoOtherFileIsReadAndNoFolderListed)
+quoll_defence(writer_opens_for_reading FILE ${file}
+  TAKES "calls_.allow(\"openat\", {has_none_of(2, O_WRONLY | O_RDWR | O_CREAT | O_TRUNC)});\n"
+  GIVES "calls_.allow({\"openat\"}); (void)&has_none_of;\n"
+  SHOWN_BY compose_writer WriterServer.ADraftIsNotOpenedForWriting)
+foreach(pair IN ITEMS writer_changes_no_file:NoFileIsChanged writer_starts_nothing:NothingIsStarted
+                      writer_leaves_processes:NoProcessIsTouched writer_makes_no_socket:NoSocketIsMade
+                      writer_uses_no_rare_calls:RarePartsOfTheKernelAreShut)
+  string(REPLACE ":" ";" pair ${pair})
+  list(GET pair 0 name)
+  list(GET pair 1 test)
+  quoll_defence(${name} FILE ${file}
+    TAKES "(void)!calls_.enforce();" GIVES "(void)calls_;"
+    SHOWN_BY sandbox WriterSandbox.${test})
+endforeach()
+quoll_defence(writer_runs_no_memory FILE ${file}
+  TAKES "calls_.allow(\"mprotect\", {has_none_of(2, PROT_EXEC)});"
+  GIVES "calls_.allow({\"mprotect\"});"
+  SHOWN_BY sandbox WriterSandbox.MemoryIsLimitedAndNeverMadeExecutable)
+quoll_defence(writer_memory FILE ${file}
+  TAKES "limit(RLIMIT_AS, mapped() + kMemory);"
+  GIVES "limit(RLIMIT_AS, RLIM_INFINITY); (void)kMemory; (void)&mapped;"
+  SHOWN_BY sandbox WriterSandbox.MemoryIsLimitedAndNeverMadeExecutable)
+quoll_defence(writer_seconds FILE ${file}
+  TAKES "kSeconds = 60;" GIVES "kSeconds = 61;"
+  SHOWN_BY compose_writer WriterServer.HasItsLimits)
+quoll_defence(writer_seconds_for_files FILE ${file}
+  TAKES "kBytesOfASecond = 10'000'000;" GIVES "kBytesOfASecond = 1'000'000;"
+  SHOWN_BY compose_writer WriterServer.HasItsLimits)
+quoll_defence(writer_leaves_no_core FILE ${file}
+  TAKES "limit(RLIMIT_CORE, 0);" GIVES ""
+  SHOWN_BY compose_writer WriterServer.HasItsLimits)
+quoll_defence(writer_fills_no_disk FILE ${file}
+  TAKES "limit(RLIMIT_FSIZE, room.f_bavail * room.f_frsize);" GIVES ""
+  SHOWN_BY compose_writer WriterServer.HasItsLimits)
+quoll_defence(writer_ends_with_the_receiver FILE ${file}
+  TAKES "prctl(PR_SET_PDEATHSIG, SIGKILL);" GIVES "prctl(PR_SET_PDEATHSIG, SIGCONT);"
+  SHOWN_BY compose_writer WriterServer.AServerThatIsEndedTakesItsChildAlong)
+quoll_defence(writer_holds_two_descriptors FILE apps/compose/writer_child.cpp
+  TAKES "close_range(kOutput + 1, UINT_MAX, 0);" GIVES ""
+  SHOWN_BY compose_writer WriterServer.AChildHasTwoDescriptorsAndTheEmptyStreams)
+
+set(file apps/compose/writer_result.cpp)
+quoll_defence(writer_is_asked_for_plain_text FILE ${file}
+  TAKES "!foundation::is_utf8(text) || !is_clean(text, allowed)" GIVES "!foundation::is_utf8(text)"
+  SHOWN_BY compose_writer WriterResult.OnlyPlainTextIsTaken)
+quoll_defence(writer_is_asked_for_a_draft FILE ${file}
+  TAKES "read_at(file, 0, beginning.size()) != beginning" GIVES "beginning.empty()"
+  SHOWN_BY compose_writer WriterResult.TheMessageBeginsAsItMust)
+quoll_defence(writer_fields_length FILE ${file}
+  TAKES "record.fields > kMostFields" GIVES "record.fields > 2 * kMostFields"
+  SHOWN_BY compose_writer WriterResult.MoreFieldsThanADraftHasAreNotRead)
+quoll_defence(writer_lengths_fit FILE ${file}
+  TAKES "record.fields != before - record.message" GIVES "record.fields > before"
+  SHOWN_BY compose_writer WriterResult.LengthsAreNotBelieved)
+
+set(file apps/compose/addresses.cpp)
+quoll_defence(addresses_are_not_decoded FILE ${file}
+  TAKES "without_encoded_words(mailbox.name)" GIVES "mailbox.name"
+  SHOWN_BY compose_writer Addresses.NothingIsDecodedAndNothingCanBe)
+quoll_defence(addresses_are_one_line FILE ${file}
+  TAKES "= one_line(joined);" GIVES "= std::string(joined);"
+  SHOWN_BY compose_writer Addresses.NothingIsDecodedAndNothingCanBe)
+quoll_defence(address_length FILE ${file}
+  TAKES "kLongest = 320;" GIVES "kLongest = 1000;"
+  SHOWN_BY compose_writer Addresses.WhatIsNoneStaysWhereAPersonSeesIt)
+quoll_defence(subject_is_one_line FILE apps/compose/write_message.cpp
+  TAKES "one_line(text_of(message.subject()))" GIVES "text_of(message.subject())"
+  SHOWN_BY compose_writer WriteMessage.NoFieldAddsAHeader)
+quoll_defence(quotes_are_closed_once FILE ${file}
+  TAKES "    has = false;\n" GIVES ""
+  SHOWN_BY compose_writer Addresses.TakeTimeInProportion)
+
+quoll_defence(commands_are_words FILE quoll/message/received_command.cpp
+  TAKES "std::ranges::find(commands, word) == commands.end()" GIVES "word.empty() && commands.empty()"
+  SHOWN_BY message ReceivedCommand.AnythingElseIsRefused)
+quoll_defence(show_tells_of_staged_files_only FILE apps/console/show.cpp
+  TAKES "if (!is_staged(path)) {" GIVES "if (path.empty() && !is_staged(path)) {"
+  SHOWN_BY quollctl QuollctlTest.ShowsWhatACommandUrlSays)

@@ -1,0 +1,450 @@
+// What becomes of drafts when programs end in the middle: none is lost, none is opened twice.
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <map>
+#include <thread>
+
+#include "tests/integration/client_home.h"
+
+namespace quoll::test {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* kName = "it.vorlent.quoll2";
+
+class DraftStates : public MailClientTest {
+ protected:
+  [[nodiscard]] Ended call(const std::string& destination, const std::string& object,
+                           const std::string& method, const Words& arguments) const {
+    Words words{"gdbus",         "call", "--session", "--dest", destination,
+                "--object-path", object, "--method",  method};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return run(words, home_.bus.environment());
+  }
+  [[nodiscard]] Ended open(const std::string& urls, const std::string& data = "{}") const {
+    return call(kName, "/it/vorlent/quoll2", "org.freedesktop.Application.Open", {urls, data});
+  }
+  [[nodiscard]] std::unique_ptr<Process> start_service() const {
+    auto service = std::make_unique<Process>(Words{QUOLL_COMPOSE, "--service", "--idle", "3600"},
+                                             home_.bus.environment());
+    while (call("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                "org.freedesktop.DBus.GetNameOwner", {kName})
+               .status != 0) {
+      std::this_thread::sleep_for(5ms);
+    }
+    return service;
+  }
+  /// A client that notes each of its starts in a line.
+  void choose_counted(const std::string& program, const std::string& more = "") const {
+    add_program("bin/" + program, "echo started >> '" + home_.bus.path("starts") + "'\n" + more);
+    add_client(program, "X", program + " %u");
+    make_default(program);
+  }
+  [[nodiscard]] std::ptrdiff_t starts() const {
+    return fs::exists(home_.bus.path("starts"))
+               ? std::ranges::count(read_file(home_.bus.path("starts")), '\n')
+               : 0;
+  }
+  /// A draft as it waits, with one file of this content.
+  void add_waiting(const std::string& name, const std::string& command,
+                   const std::string& content = "") const {
+    const std::string folder = home_.taken_folder() + "/" + name;
+    fs::create_directories(folder + "/files/0");
+    std::ofstream(folder + "/command") << command;
+    if (content.empty()) {
+      fs::remove_all(folder + "/files");
+    } else {
+      std::ofstream(folder + "/files/0/file") << content;
+    }
+  }
+  [[nodiscard]] std::string taken_file(const std::string& name) const {
+    return home_.taken_folder() + "/" + name;
+  }
+  [[nodiscard]] std::string listed() const { return home_.compose({"--list"}).output; }
+
+  void expect_kept_after_signal(int number);
+};
+
+std::vector<std::chrono::microseconds> moments() {
+  return {0us, 300us, 1ms, 2ms, 4ms, 8ms, 15ms, 30ms, 60ms, 120ms};
+}
+
+// Writing the file takes far longer than the shortest of these moments.
+void DraftStates::expect_kept_after_signal(int number) {
+  const std::string content(20U << 20U, 'x');
+  for (const auto moment : moments()) {
+    const std::string path = home_.stage("big", content);
+    const auto service = start_service();
+    ASSERT_EQ(open("['" + ReceiverHome::url({path}) + "']").status, 0);
+    fs::remove(path);
+    std::this_thread::sleep_for(moment);
+    kill(service->id(), number);
+    service->wait();
+    const auto resumed = home_.compose({"--resume"});
+    EXPECT_EQ(resumed.status, 0) << resumed.errors;
+    ASSERT_EQ(home_.drafts().size(), 1U) << moment.count();
+    EXPECT_GT(fs::file_size(home_.drafts().front()), content.size()) << moment.count();
+    EXPECT_TRUE(home_.taken().empty()) << moment.count();
+    fs::remove(home_.drafts().front());
+  }
+}
+
+TEST_F(DraftStates, AKilledReceiverLosesNothingThatItAnswered) {
+  expect_kept_after_signal(SIGKILL);
+}
+
+TEST_F(DraftStates, AReceiverThatIsToldToEndLosesNothingThatItAnswered) {
+  expect_kept_after_signal(SIGTERM);
+}
+
+TEST_F(DraftStates, TheNextStartGoesOnWithWhatWaits) {
+  add_waiting("20200101-000000", "quoll://compose?subject=first", "x");
+  add_waiting("20200101-000000-1", "quoll://compose?subject=second");
+  EXPECT_EQ(home_.compose({"quoll://compose?subject=third"}).status, 0);
+  EXPECT_EQ(home_.drafts().size(), 3U);
+  add_waiting("20200101-000001", "quoll://compose?subject=fourth");
+  const auto service = start_service();
+  home_.wait_for_drafts();
+  EXPECT_EQ(home_.drafts().size(), 4U);
+}
+
+TEST_F(DraftStates, ItEndsWithinASecondAndRefusesNewCalls) {
+  choose("thunderbird", "X", "exec sleep 30");
+  const auto service = start_service();
+  ASSERT_EQ(open("['quoll://compose?subject=x']").status, 0);
+  static_cast<void>(given());
+  const auto began = Clock::now();
+  kill(service->id(), SIGTERM);
+  EXPECT_EQ(service->wait(), 0);
+  EXPECT_LT(Clock::now() - began, 1s);
+  EXPECT_NE(open("['quoll://compose?subject=y']").status, 0);
+  EXPECT_EQ(home_.drafts().size(), 1U);
+}
+
+TEST_F(DraftStates, NoDraftIsOpenedTwice) {
+  choose_counted("claws-mail", "exec sleep 1");
+  for (const auto moment : moments()) {
+    const std::string path = home_.stage("a", "x");
+    const auto service = start_service();
+    ASSERT_EQ(open("['" + ReceiverHome::url({path}) + "']").status, 0);
+    std::this_thread::sleep_for(moment);
+    kill(service->id(), SIGKILL);
+    service->wait();
+    const bool is_waiting = !home_.taken().empty();
+    EXPECT_EQ(home_.compose({"--resume"}).status, 0);
+    EXPECT_EQ(home_.drafts().size(), 1U) << moment.count();
+    EXPECT_LE(starts(), 1) << moment.count();
+    EXPECT_TRUE(starts() == 1 || !is_waiting) << moment.count();
+    EXPECT_TRUE(home_.taken().empty());
+    fs::remove_all(home_.bus.data_home() + "/quoll-compose");
+    fs::remove(home_.bus.path("starts"));
+  }
+}
+
+TEST_F(DraftStates, ADraftThatWasPerhapsGivenIsSaidAndLeftAlone) {
+  choose_counted("thunderbird", "exec sleep 20");
+  const auto service = start_service();
+  ASSERT_EQ(open("['quoll://compose?subject=x']").status, 0);
+  while (starts() == 0) {
+    std::this_thread::sleep_for(1ms);
+  }
+  kill(service->id(), SIGKILL);
+  service->wait();
+  EXPECT_TRUE(holds(listed(), "  perhaps given  x  ")) << listed();
+  EXPECT_EQ(home_.compose({"--resume"}).status, 0);
+  EXPECT_EQ(starts(), 1);
+  EXPECT_TRUE(holds(listed(), "  perhaps given  x  ")) << listed();
+}
+
+TEST_F(DraftStates, TwoReceiversAtOnceDoEachDraftOnce) {
+  choose_counted("claws-mail");
+  constexpr int kDrafts = 8;
+  for (int number = 0; number < kDrafts; ++number) {
+    add_waiting("20200101-00000" + std::to_string(number), "quoll://compose?subject=x", "x");
+  }
+  {
+    Process one({QUOLL_COMPOSE, "--resume"}, home_.bus.environment());
+    Process other({QUOLL_COMPOSE, "--resume"}, home_.bus.environment());
+    EXPECT_EQ(one.wait(), 0);
+    EXPECT_EQ(other.wait(), 0);
+  }
+  EXPECT_EQ(starts(), kDrafts);
+  EXPECT_EQ(home_.drafts().size(), static_cast<std::size_t>(kDrafts));
+}
+
+TEST_F(DraftStates, OnlyFailuresOfTheWriterCount) {
+  add_waiting("20200101-000000", "quoll://compose?subject=often");
+  std::ofstream(taken_file("20200101-000000/attempts")) << "begun\nbegun\nbegun\nbegun\n";
+  EXPECT_EQ(home_.compose({"--resume"}).status, 0);
+  EXPECT_EQ(home_.drafts().size(), 1U);
+}
+
+TEST_F(DraftStates, WhatCannotBeWrittenIsSetAsideWithItsBytes) {
+  add_waiting("20200101-000000", "this is no command", "bytes");
+  add_waiting("20200101-000001", "quoll://compose?subject=another");
+  const auto ended = home_.compose({"--resume"});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_TRUE(holds(ended.output, "The draft was set aside: ")) << ended.output;
+  EXPECT_EQ(home_.drafts().size(), 1U) << "it holds up no other";
+  EXPECT_EQ(read_file(taken_file("20200101-000000/files/0/file")), "bytes");
+  const std::string attempts = read_file(taken_file("20200101-000000/attempts"));
+  EXPECT_EQ(std::ranges::count(attempts, '\n'), 3) << attempts;
+  EXPECT_TRUE(attempts.starts_with("failed the draft cannot be written")) << attempts;
+  EXPECT_TRUE(holds(listed(), "  set aside: the draft cannot be written")) << listed();
+  EXPECT_EQ(home_.compose({"--resume"}).output, "") << "nobody tries again";
+}
+
+TEST_F(DraftStates, WhatWasSetAsideStaysForThirtyDays) {
+  const auto set_aside = [&](const std::string& name, int days) {
+    add_waiting(name, "this is no command", "bytes");
+    std::ofstream(taken_file(name + "/aside")) << "the reason\nan-earlier-start 5\n";
+    fs::last_write_time(taken_file(name + "/aside"),
+                        fs::file_time_type::clock::now() - std::chrono::hours(24 * days - 1));
+  };
+  set_aside("20200101-000000", 31);
+  set_aside("20200101-000001", 30);
+  EXPECT_EQ(home_.compose({"quoll://compose?subject=x"}).status, 0);
+  EXPECT_FALSE(fs::exists(taken_file("20200101-000000")));
+  EXPECT_TRUE(fs::exists(taken_file("20200101-000001/files/0/file")));
+}
+
+TEST_F(DraftStates, AFloodOpensNoWindow) {
+  choose_counted("claws-mail");
+  Process desktop({NOTIFICATION_DOUBLE}, home_.bus.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  const auto service = start_service();
+  std::string urls;
+  for (int number = 0; number < 30; ++number) {
+    urls += std::string(urls.empty() ? "" : ", ") + "'quoll://compose?subject=x'";
+  }
+  ASSERT_EQ(open("[" + urls + "]").status, 0);
+  home_.wait_for_drafts();
+  ASSERT_EQ(starts(), 0);
+  EXPECT_EQ(desktop.read_line(),
+            "30 drafts wait|So many came at once that no mail client was started; quoll-compose "
+            "--list shows them.");
+  EXPECT_EQ(home_.drafts().size(), 30U);
+  ASSERT_EQ(open("['quoll://compose?subject=y']").status, 0);
+  home_.wait_for_drafts();
+  while (starts() == 0) {
+    std::this_thread::sleep_for(5ms);
+  }
+}
+
+TEST_F(DraftStates, TenDraftsAreNoFlood) {
+  choose_counted("claws-mail");
+  EXPECT_EQ(compose(Words(10, "quoll://compose?subject=x")).status, 0);
+  EXPECT_EQ(starts(), 10);
+}
+
+TEST_F(DraftStates, ASenderThatAsksIsToldWhatWasLeftOut) {
+  const std::string good = home_.stage("good", "x");
+  const auto service = start_service();
+  const std::string urls = "['" + ReceiverHome::url({"/etc/passwd", good, "/a\nb"}) + "']";
+  const auto told = open(urls, "{'quoll-report': <true>}");
+  EXPECT_NE(told.status, 0);
+  const std::string drafts = home_.drafts_folder();
+  const std::string start = "it.vorlent.quoll2.Error.LeftOut: " + drafts + "/";
+  const auto at = told.errors.find(start);
+  ASSERT_NE(at, std::string::npos) << told.errors;
+  home_.wait_for_drafts();
+  const std::string draft = home_.drafts().front();
+  EXPECT_TRUE(holds(told.errors, draft + "\n/etc/passwd: it is outside the shared folder\n"
+                                         "/a\\nb: it is outside the shared folder"))
+      << told.errors;
+  EXPECT_TRUE(holds(ReceiverHome::read_message(draft), "\"good\" 78\n"));
+  EXPECT_EQ(open(urls).status, 0) << "others get the plain reply";
+  EXPECT_EQ(open(urls, "{'quoll-report': <false>}").status, 0);
+  EXPECT_EQ(open("['" + ReceiverHome::url({good}) + "']", "{'quoll-report': <true>}").status, 0);
+}
+
+// The pipe is closed when the files were taken, long before the client has ended, and nobody else
+// has it.
+TEST_F(DraftStates, ASenderWithoutABusIsToldByThePipe) {
+  choose("claws-mail", "X",
+         "ls -l /proc/$$/fd > '" + home_.bus.path("descriptors") +
+             "'\necho \"variable=$QUOLL_TAKEN_PIPE\" >> '" + home_.bus.path("descriptors") +
+             "'\nexec sleep 2");
+  const std::string fifo = home_.bus.path("fifo");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  const auto told = [&](const Words& urls) {
+    const auto began = Clock::now();
+    Words command{"sh", "-c", "exec 9> '" + fifo + "'; QUOLL_TAKEN_PIPE=9 exec \"$0\" \"$@\"",
+                  QUOLL_COMPOSE};
+    command.insert(command.end(), urls.begin(), urls.end());
+    Process receiver(command, home_.bus.environment());
+    const std::string text = run({"cat", fifo}).output;
+    EXPECT_LT(Clock::now() - began, 1500ms) << "it does not wait for the client";
+    receiver.wait();
+    return text;
+  };
+  const std::string good = home_.stage("good", "x");
+  EXPECT_EQ(told({ReceiverHome::url({good})}), "");
+  const std::string descriptors = read_file(home_.bus.path("descriptors"));
+  EXPECT_FALSE(holds(descriptors, "fifo")) << descriptors;
+  EXPECT_TRUE(holds(descriptors, "variable=\n")) << descriptors;
+  const std::string draft = home_.drafts().front();
+  fs::remove(draft);
+  EXPECT_TRUE(told({ReceiverHome::url({good, "/etc/passwd"})})
+                  .ends_with(".eml\n/etc/passwd: it is outside the shared folder"));
+  EXPECT_EQ(told({"quoll://send"}), "\n");
+}
+
+TEST_F(DraftStates, TheListShowsEachStateAndChangesNothing) {
+  EXPECT_EQ(listed(), "");
+  EXPECT_FALSE(fs::exists(home_.bus.data_home() + "/quoll-compose"));
+  choose("claws-mail", "X");
+  ASSERT_EQ(compose({"quoll://compose?subject=given"}).status, 0);
+  make_default("nobody");
+  ASSERT_EQ(compose({"quoll://compose?subject=kept"}).status, 0);
+  add_waiting("20200101-000000", "quoll://compose?subject=waits", "x");
+  add_waiting("20200101-000001", "no command", "x");
+  std::ofstream(taken_file("20200101-000001/aside")) << "the reason\n";
+  fs::create_directories(taken_file(".half-taken"));
+  std::ofstream(home_.drafts_folder() + "/.20200101-000000.eml") << "half";
+  std::ofstream(home_.drafts_folder() + "/20190101-000000.eml") << "Subject: of long ago\n\n";
+  const auto all = [&] {
+    std::map<std::string, fs::file_time_type> times;
+    for (const auto& entry :
+         fs::recursive_directory_iterator(home_.bus.data_home() + "/quoll-compose")) {
+      times[entry.path()] = entry.last_write_time();
+    }
+    return times;
+  };
+  const auto before = all();
+  const std::string list = listed();
+  EXPECT_EQ(all(), before);
+  EXPECT_TRUE(holds(list, "  given  given  ")) << list;
+  EXPECT_TRUE(holds(list, "  kept  kept  ")) << list;
+  EXPECT_TRUE(holds(list, "  kept  of long ago  ")) << list;
+  EXPECT_TRUE(holds(list, "  waiting  " + taken_file("20200101-000000\n"))) << list;
+  EXPECT_TRUE(holds(list, "  set aside: the reason  " + taken_file("20200101-000001\n"))) << list;
+  EXPECT_EQ(std::ranges::count(list, '\n'), 5) << list;
+}
+
+TEST_F(DraftStates, WhatAKilledReceiverLeftIsSwept) {
+  fs::create_directories(taken_file(".half-taken/files/0"));
+  fs::create_directories(taken_file(".in-the-making"));
+  fs::create_directories(home_.drafts_folder());
+  std::ofstream(home_.drafts_folder() + "/.20200101-000000.eml") << "half";
+  const posix::UniqueFd making(::open(taken_file(".in-the-making").c_str(), O_RDONLY | O_CLOEXEC));
+  ASSERT_EQ(flock(making.get(), LOCK_EX), 0);
+  EXPECT_EQ(home_.compose({"quoll://compose?"}).status, 0);
+  EXPECT_EQ(home_.taken(), Words{taken_file(".in-the-making")}) << "somebody works on it";
+  EXPECT_EQ(home_.drafts().size(), 1U);
+}
+
+TEST_F(DraftStates, WhatEarlierVersionsLeftIsSweptOnceTheyHaveEnded) {
+  const std::string own = home_.bus.data_home() + "/quoll-compose";
+  fs::create_directories(own + "/incoming/AbCdEf");
+  fs::create_directories(own + "/drafts");
+  std::ofstream(own + "/incoming/AbCdEf/0") << "x";
+  std::ofstream(own + "/drafts/.draft-AbCdEf") << "x";
+  {
+    const posix::UniqueFd earlier(::open((own + "/incoming").c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(flock(earlier.get(), LOCK_SH), 0);
+    EXPECT_EQ(home_.compose({"quoll://compose?"}).status, 0);
+    EXPECT_TRUE(fs::exists(own + "/incoming/AbCdEf/0"));
+    EXPECT_TRUE(fs::exists(own + "/drafts/.draft-AbCdEf"));
+  }
+  EXPECT_EQ(home_.compose({"quoll://compose?"}).status, 0);
+  EXPECT_FALSE(fs::exists(own + "/incoming"));
+  EXPECT_FALSE(fs::exists(own + "/drafts/.draft-AbCdEf"));
+  EXPECT_EQ(home_.drafts().size(), 2U);
+}
+
+TEST_F(DraftStates, ResumingWithNothingToDoMakesNothing) {
+  EXPECT_EQ(home_.compose({"--resume"}).status, 0);
+  EXPECT_FALSE(fs::exists(home_.bus.data_home() + "/quoll-compose"));
+}
+
+/// The receiver's folder on a small disk of its own.
+class DraftsOnASmallDisk : public DraftStates {
+ protected:
+  void SetUp() override {
+    fs::create_directories(home_.bus.data_home());
+    is_mounted_ = size_is("2m", 0);
+    if (!is_mounted_) {
+      const char* ci = std::getenv("CI");
+      ASSERT_STRNE(ci, "true") << "a small file system must be mounted where everything is tested";
+      GTEST_SKIP() << "only root can mount a small file system";
+    }
+  }
+  ~DraftsOnASmallDisk() override {
+    if (is_mounted_) {
+      umount2(home_.bus.data_home().c_str(), MNT_DETACH);
+    }
+  }
+  [[nodiscard]] bool size_is(const std::string& size, unsigned long flags) const {
+    return mount("quoll-test", home_.bus.data_home().c_str(), "tmpfs", flags,
+                 ("size=" + size).c_str()) == 0;
+  }
+  /// Its file has this size and takes no room, but its message file will.
+  void add_large_waiting(const std::string& name, std::uintmax_t size) const {
+    add_waiting(name, "quoll://compose?subject=large", "x");
+    fs::resize_file(taken_file(name + "/files/0/file"), size);
+  }
+
+  bool is_mounted_ = false;
+};
+
+TEST_F(DraftsOnASmallDisk, RoomIsCountedOverAllThatWaits) {
+  const std::string path = home_.stage("a", std::string(300'000, 'x'));
+  add_large_waiting("20200101-000000", 1'400'000);
+  const posix::UniqueFd worked_on(
+      ::open(taken_file("20200101-000000").c_str(), O_RDONLY | O_CLOEXEC));
+  ASSERT_EQ(flock(worked_on.get(), LOCK_EX), 0);
+  const auto refused = home_.compose({ReceiverHome::url({path})});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_TRUE(holds(refused.errors, "there is no room for the draft")) << refused.errors;
+  EXPECT_EQ(home_.taken().size(), 1U);
+  fs::remove_all(taken_file("20200101-000000"));
+  EXPECT_EQ(home_.compose({ReceiverHome::url({path})}).status, 0) << "alone it has room";
+}
+
+TEST_F(DraftsOnASmallDisk, WhatHasNoRoomWaitsWithItsFiles) {
+  add_large_waiting("20200101-000000", 4'000'000);
+  add_large_waiting("20200101-000001", 5'000'000);
+  add_waiting("20200101-000002", "quoll://compose?subject=small");
+  for (int times = 0; times < 4; ++times) {
+    const auto ended = home_.compose({"--resume"});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_TRUE(holds(ended.output, "The draft waits: ")) << ended.output;
+  }
+  EXPECT_EQ(home_.drafts().size(), 1U) << "the small one is written, and nothing half";
+  EXPECT_EQ(fs::file_size(taken_file("20200101-000000/files/0/file")), 4'000'000U);
+  EXPECT_FALSE(holds(listed(), "set aside")) << listed();
+  ASSERT_TRUE(size_is("64m", MS_REMOUNT));
+  EXPECT_EQ(home_.compose({"--resume"}).status, 0);
+  EXPECT_EQ(home_.drafts().size(), 3U);
+  EXPECT_TRUE(home_.taken().empty());
+}
+
+TEST_F(DraftsOnASmallDisk, ThatDraftsWaitIsSaidOnce) {
+  Process desktop({NOTIFICATION_DOUBLE}, home_.bus.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  for (const char* name : {"20200101-000000", "20200101-000001", "20200101-000002"}) {
+    add_large_waiting(name, 4'000'000);
+  }
+  choose("claws-mail", "X");
+  EXPECT_EQ(compose({"--resume"}).status, 1);
+  EXPECT_EQ(compose({"quoll://send"}).status, 1);
+  EXPECT_EQ(desktop.read_line(), "A draft waits|there is no room for the draft.");
+  for (int line = 0; line < 2; ++line) {
+    static_cast<void>(desktop.read_line());
+  }
+  EXPECT_TRUE(desktop.read_line().starts_with("There is no draft|"));
+}
+
+}  // namespace
+}  // namespace quoll::test
