@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "apps/compose/cannot_compose.h"
+#include "apps/compose/compose_error.h"
 #include "apps/compose/draft_summary.h"
 #include "apps/compose/mime_handles.h"
 #include "fuzz/require.h"
@@ -31,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto draft = quoll::compose::read_draft(path);
     attachments = draft.attachments.size();
     print_summary(out, draft);
-  } catch (const quoll::compose::CannotCompose&) {
+  } catch (const quoll::compose::ComposeError&) {
     return 0;
   }
   const std::string printed = out.str();

@@ -25,7 +25,7 @@ struct DraftSummary {
   std::vector<Attachment> attachments;
 };
 
-/// Reads a message file. Throws `CannotCompose` when it cannot be read or is not a message.
+/// Reads a message file. Throws `ComposeError` when it cannot be read or is not a message.
 [[nodiscard]] DraftSummary read_draft(const std::string& path);
 
 /// Prints a summary of a few lines, with only the beginning of a long text. Control characters are

@@ -103,8 +103,7 @@ class Service final : public gio::ApplicationService {
 }  // namespace
 
 int serve(const std::string& identifier, std::chrono::milliseconds idle, WriterServer& writer) {
-  const auto container = ExtensionUtilities::GroupPath();
-  if (const auto path = container ? container->file_system_path() : std::nullopt) {
+  if (const auto path = foundation::file_system_path(ExtensionUtilities::GroupPath())) {
     posix::sweep_temporary_items(*path);  // what killed shares left
   }
   Service service(identifier);

@@ -12,7 +12,6 @@
 
 #include "quoll/container/group_container.h"
 #include "quoll/container/layout.h"
-#include "quoll/linux/posix/paths.h"
 #include "quoll/linux/posix/system_call.h"
 
 namespace quoll::compose {
@@ -61,17 +60,17 @@ std::string refusal(const struct stat& status) {
 
 StagingFolder::StagingFolder() : error_(ENOENT) {
   const auto container = ExtensionUtilities::GroupPath();
-  const auto path = container ? container->file_system_path() : std::nullopt;
+  const auto path = foundation::file_system_path(container);
   if (!path) {
     return;
   }
-  const posix::ParentAndName group = posix::parent_and_name(*path);
   const std::string inside =
       ExtensionUtilities::GroupFolderName() + "/" + std::string(container::layout::staging);
   path_ = *path + "/" + inside + "/";
-  const posix::UniqueFd above(::open(group.parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (above) {
-    folder_ = open_inside(above.get(), group.name + "/" + inside, O_PATH | O_DIRECTORY);
+  // Its owner may have put the container elsewhere; what is in it, a share may have put there.
+  const posix::UniqueFd group(::open(path->c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (group) {
+    folder_ = open_inside(group.get(), inside, O_PATH | O_DIRECTORY);
     error_ = errno;
   }
 }

@@ -13,7 +13,7 @@
 #include <system_error>
 #include <utility>
 
-#include "apps/compose/cannot_compose.h"
+#include "apps/compose/compose_error.h"
 #include "apps/compose/clean_text.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/posix/descriptor_io.h"
@@ -34,7 +34,7 @@ constexpr std::array<char, 8> kSign{'q', 'u', 'o', 'l', 'l', 'e', 'm', 'l'};
 constexpr std::uint64_t kMostFields = std::uint64_t{256} << 20;
 
 [[noreturn]] void refuse() {
-  throw CannotCompose("what was written of the draft is not as it should be");
+  throw ComposeError("what was written of the draft is not as it should be");
 }
 
 void append(std::string& out, std::string_view text) {
@@ -140,7 +140,7 @@ DraftFields take_fields(int file) {
     refuse();
   }
   if (ftruncate(file, static_cast<off_t>(record.message)) != 0) {
-    throw CannotCompose("the draft cannot be written: " + posix::error_words(errno));
+    throw ComposeError("the draft cannot be written: " + posix::error_words(errno));
   }
   return fields;
 }

@@ -14,7 +14,7 @@ inline constexpr char kMessageBeginning[] = "X-Unsent: 1\r\nSubject:";
 void append_fields(int file, const DraftFields& fields);
 
 /// The other side: reads and checks the fields, and cuts the file to the message. What is read is
-/// believed in nothing. Throws `CannotCompose` when anything is not as it should be; the file is
+/// believed in nothing. Throws `ComposeError` when anything is not as it should be; the file is
 /// of no use then.
 [[nodiscard]] DraftFields take_fields(int file);
 

@@ -13,7 +13,7 @@
 #include <cstring>
 #include <utility>
 
-#include "apps/compose/cannot_compose.h"
+#include "apps/compose/compose_error.h"
 #include "apps/compose/confine_writer.h"
 #include "apps/compose/write_message.h"
 #include "apps/compose/writer_child.h"
@@ -134,14 +134,14 @@ Answer write_in_child(WriterServer::Job job, WriterConfinement& confinement, int
 WriterServer WriterServer::start(Job job) {
   std::array<int, 2> ends{-1, -1};
   if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
-    throw CannotCompose("no draft can be written: " + posix::error_words(errno));
+    throw ComposeError("no draft can be written: " + posix::error_words(errno));
   }
   UniqueFd ours = posix::above_standard_streams(UniqueFd(ends[0]));
   UniqueFd servers = posix::above_standard_streams(UniqueFd(ends[1]));
   const pid_t receiver = getpid();
   const pid_t process = fork();
   if (process < 0) {
-    throw CannotCompose("no draft can be written: " + posix::error_words(errno));
+    throw ComposeError("no draft can be written: " + posix::error_words(errno));
   }
   if (process == 0) {
     end_with(receiver);

@@ -31,7 +31,7 @@ class WriterServer {
   /// What the child does with a folder and an output once it is confined.
   using Job = void (*)(int taken_folder, int output);
 
-  /// Forks. Call it from the main thread, before any other is started. Throws `CannotCompose`.
+  /// Forks. Call it from the main thread, before any other is started. Throws `ComposeError`.
   [[nodiscard]] static WriterServer start(Job job = write_message);
 
   WriterServer(WriterServer&& other) noexcept;

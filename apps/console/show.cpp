@@ -37,8 +37,7 @@ std::string excerpt(std::string_view body) {
 /// True for a path in the staging folder that leads through no link. A receiver takes no other, and
 /// nothing is told of any other.
 bool is_staged(const std::string& path) {
-  const auto data = ExtensionUtilities::GroupDataPath();
-  const auto data_path = data ? data->file_system_path() : std::nullopt;
+  const auto data_path = foundation::file_system_path(ExtensionUtilities::GroupDataPath());
   if (!data_path) {
     return false;
   }

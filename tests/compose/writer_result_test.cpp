@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "apps/compose/cannot_compose.h"
+#include "apps/compose/compose_error.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/unique_fd.h"
 #include "tests/support/temporary_folder.h"
@@ -34,7 +34,7 @@ class WriterResult : public ::testing::Test {
     return content();
   }
   void expect_refused(const std::string& bytes, const std::string& reason) {
-    EXPECT_THROW(static_cast<void>(take_fields(file(bytes).get())), CannotCompose) << reason;
+    EXPECT_THROW(static_cast<void>(take_fields(file(bytes).get())), ComposeError) << reason;
   }
   /// The end of a file, as whoever wrote it likes it.
   static std::string with_record(const std::string& before, std::uint64_t message,
@@ -114,7 +114,7 @@ TEST_F(WriterResult, MoreFieldsThanADraftHasAreNotRead) {
     EXPECT_TRUE(posix::write_all(sparse.get(), with_record("", kMessage.size(), fields)));
     try {
       static_cast<void>(take_fields(sparse.get()));
-    } catch (const CannotCompose&) {
+    } catch (const ComposeError&) {
       return false;
     }
     return true;

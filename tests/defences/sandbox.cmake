@@ -151,10 +151,10 @@ quoll_defence(receiver_is_safe_on_a_terminal FILE apps/compose/draft_summary.cpp
 
 # What the receiver takes, and that it loses nothing; see docs/mail-clients.md.
 set(file apps/compose/staging_folder.cpp)
-quoll_defence(receiver_container_has_no_links FILE ${file}
-  TAKES "folder_ = open_inside(above.get(), group.name + \"/\" + inside, O_PATH | O_DIRECTORY);"
+quoll_defence(receiver_staging_has_no_links FILE ${file}
+  TAKES "folder_ = open_inside(group.get(), inside, O_PATH | O_DIRECTORY);"
   GIVES "folder_ = posix::UniqueFd(::open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));"
-  SHOWN_BY draft_states Taking.NoFolderFromTheContainerDownIsALink)
+  SHOWN_BY draft_states Taking.NoFolderInTheContainerIsALink)
 quoll_defence(receiver_takes_own_files FILE ${file}
   TAKES "status.st_uid == geteuid() ?" GIVES "status.st_ino != 0 ?"
   SHOWN_BY draft_states Taking.AFileOfAnotherUserIsLeftOut)
@@ -180,7 +180,7 @@ set(file apps/compose/attempts.cpp)
 quoll_defence(only_failures_count FILE ${file}
   TAKES "if (line.starts_with(kFailed)) {" GIVES "if (line.resize(32, ' '), true) {"
   SHOWN_BY draft_states DraftStates.OnlyFailuresOfTheWriterCount)
-quoll_defence(attempts_end FILE apps/compose/attempts.h
+quoll_defence(attempts_end FILE ${file}
   TAKES "kMost = 3" GIVES "kMost = 4"
   SHOWN_BY draft_states DraftStates.WhatCannotBeWrittenIsSetAsideWithItsBytes)
 set(file apps/compose/draft_thread.cpp)
