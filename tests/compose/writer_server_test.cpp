@@ -293,8 +293,13 @@ TEST(WriterServer, HasItsLimits) {
   const auto cpu = [](const std::string& limits) {
     return std::stoi(limits.substr(limits.find("Max cpu time") + 12));
   };
+  rlimit core{};
+  getrlimit(RLIMIT_CORE, &core);
+  const rlimit largest_core{core.rlim_max, core.rlim_max};
+  setrlimit(RLIMIT_CORE, &largest_core);
   TakenFolder folder;
   const std::string small = limits_of(folder);
+  setrlimit(RLIMIT_CORE, &core);
   EXPECT_EQ(cpu(small), 60) << small;
   EXPECT_NE(small.find("Max core file size        0 "), std::string::npos) << small;
   EXPECT_EQ(small.find("Max file size             unlimited"), std::string::npos)
