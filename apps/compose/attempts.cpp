@@ -36,6 +36,11 @@ void Attempts::failed(const std::string& reason) {
   static_cast<void>(write(""));  // what is not noted is tried once more
 }
 
+bool Attempts::are_enough() const {
+  constexpr std::size_t kMost = 3;
+  return failures_.size() >= kMost;
+}
+
 std::string Attempts::reason() const {
   return failures_.empty() ? "" : failures_.back();
 }

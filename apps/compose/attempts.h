@@ -10,9 +10,6 @@ namespace quoll::compose {
 /// else ends a program is not the draft's fault.
 class Attempts {
  public:
-  /// So many failures set the draft aside.
-  static constexpr std::size_t kMost = 3;
-
   /// `folder` must stay open.
   explicit Attempts(int folder);
 
@@ -22,7 +19,8 @@ class Attempts {
   void ended();
   void failed(const std::string& reason);
 
-  [[nodiscard]] bool are_enough() const { return failures_.size() >= kMost; }
+  /// After three failures the draft is set aside.
+  [[nodiscard]] bool are_enough() const;
   /// Of the last failure; empty without one.
   [[nodiscard]] std::string reason() const;
 

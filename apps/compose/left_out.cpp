@@ -9,6 +9,7 @@
 namespace quoll::compose {
 namespace {
 
+constexpr std::size_t kMostNamed = 100;
 constexpr char kEnd = '\0';
 
 /// Cuts off what stands before the next zero byte; the rest when there is none.

@@ -13,10 +13,9 @@ struct LeftOut {
   std::string reason;
 };
 
-/// All of them: the first by name, the others counted, since a stranger may name any number.
+/// All of them: the first hundred by name, the others counted, since a stranger may name any
+/// number.
 struct LeftOutFiles {
-  static constexpr std::size_t kMostNamed = 100;
-
   std::vector<LeftOut> named;
   std::size_t more = 0;
 

@@ -77,6 +77,7 @@ bool ends(pid_t process) {
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
+  kill(process, SIGKILL);
   return false;
 }
 

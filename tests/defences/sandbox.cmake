@@ -180,7 +180,7 @@ set(file apps/compose/attempts.cpp)
 quoll_defence(only_failures_count FILE ${file}
   TAKES "if (line.starts_with(kFailed)) {" GIVES "if (line.resize(32, ' '), true) {"
   SHOWN_BY draft_states DraftStates.OnlyFailuresOfTheWriterCount)
-quoll_defence(attempts_end FILE apps/compose/attempts.h
+quoll_defence(attempts_end FILE ${file}
   TAKES "kMost = 3" GIVES "kMost = 4"
   SHOWN_BY draft_states DraftStates.WhatCannotBeWrittenIsSetAsideWithItsBytes)
 set(file apps/compose/draft_thread.cpp)

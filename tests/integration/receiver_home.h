@@ -12,6 +12,14 @@
 
 namespace quoll::test {
 
+/// Waits until every draft that was taken in this home is written and given, or kept.
+inline void wait_for_drafts(const PrivateBus& bus) {
+  const std::filesystem::path taken = bus.data_home() + "/quoll-compose/taken";
+  while (std::filesystem::exists(taken) && !std::filesystem::is_empty(taken)) {
+    usleep(5000);
+  }
+}
+
 /// A home with a bus and a shared container, in which the receiver works.
 class ReceiverHome {
  public:
@@ -58,12 +66,7 @@ class ReceiverHome {
   }
   /// What was taken and is not written, also what is half taken.
   [[nodiscard]] std::vector<std::string> taken() const { return files_in(taken_folder()); }
-  /// Waits until every draft that was taken is written and given, or kept.
-  void wait_for_drafts() const {
-    while (!taken().empty()) {
-      usleep(5000);
-    }
-  }
+  void wait_for_drafts() const { test::wait_for_drafts(bus); }
   /// What an independent reader finds in the only draft.
   [[nodiscard]] std::string read_only_draft() const {
     const auto all = drafts();

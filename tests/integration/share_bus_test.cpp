@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "tests/integration/private_bus.h"
+#include "tests/integration/receiver_home.h"
 
 namespace quoll::test {
 namespace {
@@ -29,8 +30,7 @@ TEST(ShareByBus, TheReceiverWritesTheDraft) {
       run({QUOLL_SHARE, "--title", "A title", file, "https://example.org/"}, bus.environment());
   EXPECT_EQ(ended.status, 0) << ended.errors;
   EXPECT_EQ(ended.errors, "");
-  // The share ends when its files are taken; the list waits for drafts that are still written.
-  EXPECT_EQ(run({QUOLL_COMPOSE, "--list"}, bus.environment()).status, 0);
+  wait_for_drafts(bus);  // the share ends when its files are taken
   const auto drafts = drafts_of(bus);
   ASSERT_EQ(drafts.size(), 1U);
   const std::string draft = read_file(drafts[0]);

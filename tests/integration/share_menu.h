@@ -13,6 +13,7 @@
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/unique_fd.h"
 #include "tests/integration/private_bus.h"
+#include "tests/integration/receiver_home.h"
 
 namespace quoll::test {
 
@@ -63,7 +64,7 @@ class ShareMenu : public testing::Test {
   }
   /// The message files of all drafts, once none is under way any more.
   [[nodiscard]] std::vector<std::string> draft_files() const {
-    EXPECT_EQ(run({QUOLL_COMPOSE, "--list"}, bus_.environment()).status, 0);
+    wait_for_drafts(bus_);
     std::vector<std::string> paths;
     std::error_code missing;
     for (const auto& entry :

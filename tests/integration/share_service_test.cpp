@@ -191,7 +191,7 @@ class ShareService : public testing::Test {
     while (home_.drafts().size() < count) {
       std::this_thread::sleep_for(10ms);
     }
-    EXPECT_EQ(home_.compose({"--list"}).status, 0);  // waits until they are written
+    home_.wait_for_drafts();
     std::string all;
     for (const auto& draft : home_.drafts()) {
       all += ReceiverHome::read_message(draft);

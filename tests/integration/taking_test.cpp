@@ -76,6 +76,7 @@ TEST_F(Taking, AFileThatIsNamedOftenIsAttachedOnce) {
   paths.push_back(home_.staging() + "/again");
   const auto ended = home_.compose({ReceiverHome::url(paths)});
   EXPECT_TRUE(holds(ended.output, "Attachments: 1\n")) << ended.output;
+  ASSERT_EQ(home_.drafts().size(), 1U);
   EXPECT_LT(fs::file_size(home_.drafts().front()), 150'000U);
 }
 
