@@ -112,10 +112,10 @@ TEST(Addresses, TakeTimeInProportion) {
   for (const char* const piece : {"a:", "a@b;", "a@b,", "\"", "\\\"", "(", "<", "((", "=?", "a:;",
                                   "\"a\"", "@", ">", "<a@b>", "\u00FC@\u00FC;"}) {
     std::string field;
-    while (field.size() < 400'000) {
+    while (field.size() < 100'000) {
       field += piece;
     }
-    EXPECT_LT(seconds(field), 5.0) << piece;
+    EXPECT_LT(seconds(field), 1.0) << piece;
   }
 }
 

@@ -77,6 +77,7 @@ bool ends(pid_t process) {
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
+  kill(process, SIGKILL);
   return false;
 }
 
@@ -293,8 +294,13 @@ TEST(WriterServer, HasItsLimits) {
   const auto cpu = [](const std::string& limits) {
     return std::stoi(limits.substr(limits.find("Max cpu time") + 12));
   };
+  rlimit core{};
+  getrlimit(RLIMIT_CORE, &core);
+  const rlimit largest_core{core.rlim_max, core.rlim_max};
+  setrlimit(RLIMIT_CORE, &largest_core);
   TakenFolder folder;
   const std::string small = limits_of(folder);
+  setrlimit(RLIMIT_CORE, &core);
   EXPECT_EQ(cpu(small), 60) << small;
   EXPECT_NE(small.find("Max core file size        0 "), std::string::npos) << small;
   EXPECT_EQ(small.find("Max file size             unlimited"), std::string::npos)
