@@ -24,6 +24,12 @@ quoll_defence(write_only_the_group FILE ${file}
 quoll_defence(move_only_in_the_group FILE ${file}
   TAKES "rules.allow(path, Access::kChange);" GIVES "rules.allow(\"/\", Access::kChange);"
   SHOWN_BY sandbox Sandbox.NothingOutsideTheGroupIsRemovedOrMoved)
+quoll_defence(link_only_what_is_in_the_group FILE ${file}
+  TAKES "rules.allow(path, Access::kChange);" GIVES "rules.allow(\"/\", Access::kChange);"
+  SHOWN_BY sandbox Sandbox.NoFileFromElsewhereIsLinkedIntoTheGroup)
+quoll_defence(nothing_of_proc_is_read FILE ${file}
+  TAKES "if (kSanitizerBuild) {" GIVES "if (!kSanitizerBuild) {"
+  SHOWN_BY sandbox Sandbox.NoProcessIsLookedInto)
 quoll_defence(start_only_the_helper FILE ${file}
   TAKES "rules.allow(path, Access::kExecute);"
   GIVES "rules.allow(path, Access::kExecute); rules.allow(\"/bin/true\", Access::kExecute);"
@@ -40,7 +46,22 @@ quoll_defence(no_signals FILE ${file}
   TAKES "kAbstractSockets | kSignals}" GIVES "kAbstractSockets}"
   SHOWN_BY sandbox Sandbox.NoProcessIsSignalled)
 
+quoll_defence(rules_make_no_links FILE ${file}
+  TAKES "LANDLOCK_ACCESS_FS_MAKE_REG | LANDLOCK_ACCESS_FS_REFER;"
+  GIVES "LANDLOCK_ACCESS_FS_MAKE_REG | LANDLOCK_ACCESS_FS_MAKE_SYM | LANDLOCK_ACCESS_FS_REFER;"
+  SHOWN_BY sandbox LesserKernel.WithoutAFilterTheRulesForPathsHold)
+
 set(file apps/sandbox/share_calls.cpp)
+quoll_defence(filter_makes_no_links FILE ${file}
+  TAKES "\"rmdir\"}" GIVES "\"rmdir\", \"symlink\"}"
+  SHOWN_BY sandbox LesserKernel.WithoutRulesForPathsTheFilterHolds)
+quoll_defence(links_are_not_read FILE ${file}
+  TAKES "\"rmdir\"}" GIVES "\"rmdir\", \"readlink\"}"
+  SHOWN_BY sandbox Sandbox.LinksAreNotRead)
+quoll_defence(linked_as_staging_links FILE ${file}
+  TAKES "filter.allow(\"linkat\", {is(0, static_cast<std::uint32_t>(AT_FDCWD)), is(4, AT_SYMLINK_FOLLOW)});"
+  GIVES "filter.allow({\"linkat\"});"
+  SHOWN_BY sandbox Sandbox.NoFileFromElsewhereIsLinkedIntoTheGroup)
 quoll_defence(modes_and_owners_stay FILE ${file}
   TAKES "filter.allow(\"utimensat\", {is_null(1)});" GIVES "filter.allow({\"utimensat\"});"
   SHOWN_BY sandbox Sandbox.ModesOwnersTimesAndAttributesStay)
