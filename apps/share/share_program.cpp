@@ -117,14 +117,14 @@ int end(Selection& selection, const std::vector<recording::Event>& events,
 }  // namespace
 
 int run_share(ShareRequest request, const ShareSettings& settings) {
-  auto workspace = settings.print ? make_print_workspace(STDOUT_FILENO)
-                                  : gio::start_launcher({.urls = "quoll://compose?", .times = 1});
+  const auto launcher =
+      settings.print ? nullptr : gio::start_launcher({.urls = "quoll://compose?", .most_urls = 1});
   // A write to a reader that went away then fails like any other write. The launcher has started
   // before, or the applications that it starts would inherit this.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   const std::string image_helper = image_helper::helper_path();
-  const auto background = install_desktop(std::move(workspace), image_helper,
-                                          request.html.has_value(), settings.verbose);
+  const auto background = install_desktop(launcher ? launcher : make_print_workspace(STDOUT_FILENO),
+                                          image_helper, request.html.has_value(), settings.verbose);
   const std::optional<std::string> container = prepare_container();
   Selection selection = make_selection(std::move(request), container);
   if (selection.empty()) {
@@ -133,6 +133,9 @@ int run_share(ShareRequest request, const ShareSettings& settings) {
   sandbox::confine(needs_of(selection, container, image_helper));
   const StagingLock lock = lock_staging();
   const auto events = run<ShareViewController>(selection, *background, settings.progress);
+  for (auto& [name, reason] : launcher ? launcher->left_out() : std::vector<gio::LeftOut>()) {
+    selection.left_out.push_back({std::move(name), std::move(reason)});
+  }
   return end(selection, events, settings);
 }
 

@@ -171,6 +171,18 @@ quoll_defence(drawn_image_pixels FILE quoll/linux/cairo/image_surface.cpp
 quoll_defence(bus_length FILE quoll/linux/gio/open_request.cpp
   TAKES "size >= kLargestBusList" GIVES "size > kLargestBusList"
   SHOWN_BY launcher LauncherTest.AsMuchAsABusMessageCarriesIsOpenedAndNoMore)
+quoll_defence(left_out_text_length FILE quoll/linux/gio/left_out.cpp
+  TAKES "std::size_t{64} << 10" GIVES "std::size_t{64} << 20"
+  SHOWN_BY launcher LauncherTest.WhatTheApplicationLeavesOutIsToldAndTheRestIsOpened)
+quoll_defence(left_out_names FILE quoll/linux/gio/left_out.cpp
+  TAKES "kMostNames = 100" GIVES "kMostNames = 101"
+  SHOWN_BY launcher LauncherTest.WhatTheApplicationLeavesOutIsToldAndTheRestIsOpened)
+quoll_defence(reason_length FILE quoll/linux/gio/opener.cpp
+  TAKES "kLongest = 8192" GIVES "kLongest = 81920"
+  SHOWN_BY launcher LauncherTest.AReasonOfMegabytesIsCutShort)
+quoll_defence(wait_for_a_started_program FILE quoll/linux/gio/opener.cpp
+  TAKES "std::chrono::steady_clock::now() + time_out_);" GIVES "std::chrono::steady_clock::now());"
+  SHOWN_BY launcher LauncherTest.AStartedProgramThatNeverTellsIsWaitedForUntilTheTimeOut)
 quoll_defence(log_line_length FILE quoll/linux/posix/system_log.cpp
   TAKES "kLongestLine = 4096" GIVES "kLongestLine = 4097"
   SHOWN_BY posix_text SystemLog.ALineHas4096Bytes)

@@ -133,20 +133,24 @@ quoll_defence(helper_result_is_whole FILE quoll/linux/image_helper/images.cpp
 # The launcher, which is not confined.
 set(file quoll/linux/gio/launcher.cpp)
 quoll_defence(launcher_opens_the_mail_application FILE ${file}
-  TAKES "!request.application.starts_with(openable.applications)"
-  GIVES "request.application.empty()"
+  TAKES "std::ranges::find(openable.applications, request.application) =="
+  GIVES "request.application.empty() && std::ranges::find(openable.applications, request.application) =="
   SHOWN_BY launcher LauncherLimits.NoOtherApplicationIsOpened)
+quoll_defence(launcher_opens_only_the_editions FILE ${file}
+  TAKES "std::ranges::find(openable.applications, request.application) =="
+  GIVES "request.application.starts_with(\"it.vorlent.quoll\") ? false : std::ranges::find(openable.applications, request.application) =="
+  SHOWN_BY launcher LauncherLimits.OnlyTheEditionsOfTheMailApplicationAreOpened)
 quoll_defence(launcher_opens_its_urls FILE ${file}
   TAKES "url.starts_with(openable.urls)" GIVES "!url.empty() || url.starts_with(openable.urls)"
   SHOWN_BY launcher LauncherLimits.NoOtherUrlIsOpened)
 quoll_defence(launcher_counts FILE ${file}
-  TAKES "openable.times == 0" GIVES "openable.urls.empty()"
+  TAKES "request.urls.size() > openable.most_urls" GIVES "openable.most_urls == 0"
   SHOWN_BY launcher LauncherLimits.NotMoreOftenThanItMay)
 quoll_defence(launcher_reads_no_long_lists FILE quoll/linux/gio/fields.cpp
   TAKES " || fields.size() == kMostFields" GIVES ""
   SHOWN_BY launcher LauncherMessages.WhatIsNoRequestEndsTheLauncherInOrder)
 quoll_defence(share_makes_one_draft FILE ${main}
-  TAKES "{.urls = \"quoll://compose?\", .times = 1}" GIVES "{}"
+  TAKES "{.urls = \"quoll://compose?\", .most_urls = 1}" GIVES "{}"
   SHOWN_BY sandbox Sandbox.TheLauncherMakesOneDraftAndNothingElse)
 
 # The receiver.

@@ -161,14 +161,17 @@ TEST_F(Sandbox, AnOpenSocketReachesNobodyElse) {
 
 TEST_F(Sandbox, TheLauncherMakesOneDraftAndNothingElse) {
   const PrivateBus bus(environment_);
-  bus.add_service("it.vorlent.quoll2",
-                  RECEIVER_DOUBLE " bus it.vorlent.quoll2 answer " + home_.path("record"));
+  for (const std::string name : {"it.vorlent.quoll2", "it.vorlent.quoll2.Other"}) {
+    bus.add_service(name, RECEIVER_DOUBLE " bus " + name + " answer " + home_.path("record"));
+  }
   environment_ = bus.environment();
   const auto asked = [this](const std::string& name) {
     return run_probe(name, {QUOLL_SHARE, home_.path("selected")}, "quoll-share");
   };
   EXPECT_EQ(asked("have a draft made"), 0);
   EXPECT_EQ(asked("have two drafts made"), EPERM);
+  EXPECT_EQ(asked("have two drafts made at once"), EPERM);
+  EXPECT_EQ(asked("have another application opened"), EPERM);
   EXPECT_EQ(asked("have a message deleted"), EPERM);
 }
 
