@@ -74,7 +74,7 @@ Outcome copy_unsized(int from, int to) {
   }
   std::uint64_t more = 0;  // some are read by whole numbers only
   const ssize_t got = uninterrupted([&] { return ::pread(from, &more, sizeof more, kMost); });
-  return got > 0 ? Outcome(Failure{EFBIG, false}) : std::nullopt;
+  return got > 0 ? Outcome(FileFailure{EFBIG, false}) : std::nullopt;
 }
 
 Outcome copy_around_holes(int from, int to) {
