@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "apps/sandbox/path_rules.h"
+#include "apps/sandbox/sanitizer_build.h"
 #include "apps/sandbox/share_calls.h"
 #include "quoll/platform/log.h"
 
@@ -20,7 +21,7 @@ using Access = PathRules::Access;
 
 /// What the C library and the dynamic loader of every program read.
 constexpr const char* kAlwaysReadable[] = {
-    "/usr", "/lib", "/lib64", "/etc/ld.so.cache", "/etc/localtime", "/proc/self", "/dev/urandom"};
+    "/usr", "/lib", "/lib64", "/etc/ld.so.cache", "/etc/localtime", "/dev/urandom"};
 
 /// The path of the dynamic loader, as this program names it; empty when it names none. The kernel
 /// starts the loader together with a program.
@@ -76,6 +77,9 @@ int enforce_paths(const Confinement& wanted, int version) {
   }
   for (const std::string& folder : library_folders()) {
     rules.allow(folder, Access::kRead);
+  }
+  if (kSanitizerBuild) {
+    rules.allow("/proc/self", Access::kRead);
   }
   rules.allow("/dev/null", Access::kWriteFile);
   for (const std::string& path : wanted.readable) {

@@ -11,7 +11,7 @@ struct Confinement {
   /// Regular files that may be read. This means the file that is there now, not what the path leads
   /// to later.
   std::vector<std::string> readable;
-  /// Folders in which everything may be read, written, made, renamed, linked and removed.
+  /// Folders in which files and folders may be read, written, made, moved and removed.
   std::vector<std::string> writable;
   /// Programs that may be read and started.
   std::vector<std::string> executable;
@@ -23,8 +23,8 @@ struct Confinement {
 /// times and attributes of files only through an open descriptor, and no owners. Libraries and the
 /// time zone, which every program reads, stay readable.
 ///
-/// Not affected: what is open already, and the status of files. A file in `readable` cannot be
-/// hard-linked to another place.
+/// Not affected: what is open already, and the status of files. No symbolic link can be made or
+/// read, and no file that lies outside `writable` can be hard-linked into it.
 ///
 /// Call it before the first thread is started: it binds the calling thread and those that start
 /// later. When the kernel does not support all of it, one line in the log says what is missing, the

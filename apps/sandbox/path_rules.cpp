@@ -40,13 +40,13 @@ constexpr std::uint64_t kWriteOne = kReadOne | LANDLOCK_ACCESS_FS_WRITE_FILE | k
 constexpr std::uint64_t kExecuteOne = kReadOne | LANDLOCK_ACCESS_FS_EXECUTE;
 constexpr std::uint64_t kChangeAll = kReadAll | kWriteOne | LANDLOCK_ACCESS_FS_REMOVE_DIR |
                                      LANDLOCK_ACCESS_FS_REMOVE_FILE | LANDLOCK_ACCESS_FS_MAKE_DIR |
-                                     LANDLOCK_ACCESS_FS_MAKE_REG | LANDLOCK_ACCESS_FS_MAKE_SYM |
-                                     LANDLOCK_ACCESS_FS_REFER;
+                                     LANDLOCK_ACCESS_FS_MAKE_REG | LANDLOCK_ACCESS_FS_REFER;
 /// The rights that a rule for something other than a folder may have.
 constexpr std::uint64_t kOfFiles = kWriteOne | kExecuteOne;
-constexpr std::uint64_t kRuled = kChangeAll | kExecuteOne | LANDLOCK_ACCESS_FS_MAKE_CHAR |
-                                 LANDLOCK_ACCESS_FS_MAKE_SOCK | LANDLOCK_ACCESS_FS_MAKE_FIFO |
-                                 LANDLOCK_ACCESS_FS_MAKE_BLOCK | kDeviceControl;
+constexpr std::uint64_t kRuled = kChangeAll | kExecuteOne | LANDLOCK_ACCESS_FS_MAKE_SYM |
+                                 LANDLOCK_ACCESS_FS_MAKE_CHAR | LANDLOCK_ACCESS_FS_MAKE_SOCK |
+                                 LANDLOCK_ACCESS_FS_MAKE_FIFO | LANDLOCK_ACCESS_FS_MAKE_BLOCK |
+                                 kDeviceControl;
 
 std::uint64_t rights_of(PathRules::Access access) {
   switch (access) {

@@ -19,7 +19,7 @@ class PathRules {
     kReadFile,   ///< read one regular file; nothing is allowed if the path is anything else
     kRead,       ///< read a file, or list a folder and read everything in it
     kWriteFile,  ///< read and write a file
-    kChange,     ///< read, write, make, move, link and remove everything in a folder
+    kChange,     ///< read, write, make, move and remove files and folders in a folder
     kExecute     ///< read a file and start it as a program
   };
 

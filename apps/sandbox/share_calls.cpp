@@ -26,9 +26,11 @@ void allow_files(CallFilter& filter) {
   filter.allow({"read", "readv", "pread64", "write", "writev", "pwrite64", "lseek", "ftruncate",
                 "copy_file_range", "fadvise64", "flock", "poll", "ppoll"});
   filter.allow({"stat", "lstat", "fstat", "newfstatat", "statx", "access", "faccessat",
-                "faccessat2", "readlink", "readlinkat", "getdents64", "getcwd", "umask"});
-  filter.allow({"rename", "renameat", "renameat2", "link", "linkat", "symlink", "symlinkat",
-                "unlink", "unlinkat", "mkdir", "mkdirat", "rmdir"});
+                "faccessat2", "getdents64", "getcwd", "umask"});
+  filter.allow(
+      {"rename", "renameat", "renameat2", "unlink", "unlinkat", "mkdir", "mkdirat", "rmdir"});
+  // As a file without a name gets one. Symbolic links are neither made nor read.
+  filter.allow("linkat", {is(0, static_cast<std::uint32_t>(AT_FDCWD)), is(4, AT_SYMLINK_FOLLOW)});
   for (const int command :
        {F_DUPFD, F_DUPFD_CLOEXEC, F_GETFD, F_SETFD, F_GETFL, F_SETFL, F_ADD_SEALS, F_GET_SEALS}) {
     filter.allow("fcntl", {is(1, static_cast<std::uint32_t>(command))});
@@ -98,7 +100,8 @@ int enforce_share_calls() {
   allow_time_and_machine(filter);
   allow_open_sockets(filter);
   if (kSanitizerBuild) {  // it stops the threads to look at memory, and restarts the program
-    filter.allow({"ptrace", "personality", "prctl", "mincore", "getdents", "socketpair"});
+    filter.allow({"ptrace", "personality", "prctl", "mincore", "getdents", "socketpair", "readlink",
+                  "readlinkat"});
   }
   return filter.enforce();
 }

@@ -29,9 +29,15 @@ void CountingQueue::async(platform::QueuePriority priority, std::function<void()
     const std::lock_guard lock(count_->mutex);
     ++count_->left;
   }
-  queue_->async(priority, [count = count_, block = std::move(block)]() mutable {
-    run(*count, std::move(block));
-  });
+  try {
+    queue_->async(priority, [count = count_, block = std::move(block)]() mutable {
+      run(*count, std::move(block));
+    });
+  } catch (...) {
+    const std::lock_guard lock(count_->mutex);
+    --count_->left;
+    throw;
+  }
 }
 
 bool CountingQueue::wait_for_background(std::chrono::milliseconds at_most) {

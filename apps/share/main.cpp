@@ -1,3 +1,4 @@
+#include <csignal>
 #include <exception>
 #include <iostream>
 
@@ -35,6 +36,7 @@ int share(Arguments& arguments) {
 
 int main(int argc, char** argv) {
   quoll::share::hold_standard_descriptors();
+  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));  // a file that may not grow is an error
   try {
     auto arguments = quoll::share::parse(argc, argv);
     const int* const ended = std::get_if<int>(&arguments);

@@ -64,6 +64,7 @@ int main(int argc, char** argv) {
   quoll::share::hold_standard_descriptors();
   quoll::share::close_inherited_descriptors({});
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));  // a menu that went away is no reason to end
+  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));  // a file that may not grow is an error
   MenuSocket socket{std::string(value_of("--server", argc, argv))};
   if (!socket.is_connected()) {
     std::cerr

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 #include "apps/sandbox/confine.h"
@@ -17,10 +18,13 @@
 #include "apps/share/run.h"
 #include "apps/share/staging_lock.h"
 #include "quoll/container/group_container.h"
+#include "quoll/foundation/printable.h"
+#include "quoll/foundation/text.h"
 #include "quoll/linux/gio/launcher.h"
 #include "quoll/linux/image_helper/images.h"
 #include "quoll/linux/posix/coordinator.h"
 #include "quoll/linux/posix/files.h"
+#include "quoll/linux/posix/group_containers.h"
 #include "quoll/linux/posix/installed_file.h"
 #include "quoll/linux/posix/program_bundle.h"
 #include "quoll/linux/posix/steady_clock.h"
@@ -44,6 +48,15 @@ std::optional<std::string> prepare_container() {
     posix::sweep_temporary_items(*path);
   }
   return path;
+}
+
+/// Throws when the container cannot be named in a command: a URL is UTF-8.
+void refuse_unusable_container() {
+  const auto folder = posix::group_containers_folder();
+  if (folder && !foundation::is_utf8(*folder)) {
+    throw std::runtime_error("the shared folder cannot be used: its path is not UTF-8: " +
+                             foundation::printable(*folder));
+  }
 }
 
 /// What the process may use from now on: what the selection needs, and no more.
@@ -117,14 +130,15 @@ int end(Selection& selection, const std::vector<recording::Event>& events,
 }  // namespace
 
 int run_share(ShareRequest request, const ShareSettings& settings) {
-  auto workspace = settings.print ? make_print_workspace(STDOUT_FILENO)
-                                  : gio::start_launcher({.urls = "quoll://compose?", .times = 1});
+  refuse_unusable_container();
+  const auto launcher =
+      settings.print ? nullptr : gio::start_launcher({.urls = "quoll://compose?", .most_urls = 1});
   // A write to a reader that went away then fails like any other write. The launcher has started
   // before, or the applications that it starts would inherit this.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   const std::string image_helper = image_helper::helper_path();
-  const auto background = install_desktop(std::move(workspace), image_helper,
-                                          request.html.has_value(), settings.verbose);
+  const auto background = install_desktop(launcher ? launcher : make_print_workspace(STDOUT_FILENO),
+                                          image_helper, request.html.has_value(), settings.verbose);
   const std::optional<std::string> container = prepare_container();
   Selection selection = make_selection(std::move(request), container);
   if (selection.empty()) {
@@ -133,6 +147,9 @@ int run_share(ShareRequest request, const ShareSettings& settings) {
   sandbox::confine(needs_of(selection, container, image_helper));
   const StagingLock lock = lock_staging();
   const auto events = run<ShareViewController>(selection, *background, settings.progress);
+  for (auto& [name, reason] : launcher ? launcher->left_out() : std::vector<gio::LeftOut>()) {
+    selection.left_out.push_back({std::move(name), std::move(reason)});
+  }
   return end(selection, events, settings);
 }
 

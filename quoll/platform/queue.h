@@ -18,6 +18,7 @@ class Queue : public foundation::Polymorphic {
  public:
   /// `dispatch_async` onto the global queue of that priority. Returns at once; never runs the block
   /// before it returns. A platform exception that leaves a block is logged and ends the block only.
+  /// Throws a `std::exception` when the block could never run.
   virtual void async(QueuePriority priority, std::function<void()> block) = 0;
 };
 

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -7,6 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -121,6 +124,26 @@ TEST_F(Copy, HolesStayHoles) {
 TEST_F(Copy, FilesThatClaimToBeEmptyAreReadToTheirEnd) {
   ASSERT_EQ(copy("/proc/self/status", folder_.path("y")), 0) << error_->description();
   EXPECT_NE(test::read_file(folder_.path("y")).find("\nPid:"), std::string::npos);
+}
+
+TEST_F(Copy, AFileWithoutAnEndIsRefused) {
+  EXPECT_EQ(
+      test::in_child_process([&]() -> std::string {
+        const rlimit room{off_t{256} << 20, off_t{256} << 20};
+        if (::setrlimit(RLIMIT_FSIZE, &room) != 0 || std::signal(SIGXFSZ, SIG_IGN) == SIG_ERR) {
+          return "no limit can be set";
+        }
+        const int code = copy("/proc/self/pagemap", folder_.path("y"));
+        if (code == foundation::NSFileReadNoPermissionError) {
+          return "";
+        }
+        if (code != foundation::NSFileReadUnknownError || error_->underlying() == nullptr ||
+            error_->underlying()->code != EFBIG) {
+          return error_ ? error_->description() : "it was copied";
+        }
+        return fs::exists(folder_.path("y")) ? "a part of it is there" : "";
+      }),
+      "");
 }
 
 TEST_F(Copy, AFileThatChangesMeanwhileIsCopiedAsFarAsItGoes) {

@@ -109,8 +109,16 @@ TEST(RunProgram, AProgramThatGoesOnSilentlyIsEnded) {
   const ProgramAnswer answer =
       run_program({"sh", "-c", "echo said; exec >&-; sleep 1000"}, 100, 60s, start + 200ms);
   EXPECT_LT(Clock::now() - start, 60s);
-  EXPECT_EQ(answer.end, ProgramAnswer::End::kBadly);
+  EXPECT_EQ(answer.end, ProgramAnswer::End::kSilent);
   EXPECT_EQ(answer.output, "said\n");
+}
+
+TEST(RunProgram, AProgramWithoutAnOutputIsEndedWhenItIsSilentForTooLong) {
+  const auto start = Clock::now();
+  const ProgramAnswer answer =
+      run_program({"sh", "-c", "echo said; exec >&-; sleep 1000"}, 100, 200ms, start + 60s);
+  EXPECT_LT(Clock::now() - start, 30s);
+  EXPECT_EQ(answer.end, ProgramAnswer::End::kSilent);
 }
 
 }  // namespace

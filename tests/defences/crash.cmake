@@ -48,3 +48,9 @@ quoll_defence(sources_are_only_read
   ::futimens(from, nullptr);  // to mark what was shared
   // No fsync]]
   SHOWN_BY crash All/Killed.NothingElseIsTouched/0)
+
+quoll_defence(files_stay_until_they_are_taken
+  FILE quoll/linux/gio/opener.cpp
+  TAKES [[posix::Pipe taken = tells ? posix::make_pipe() : posix::Pipe{};]]
+  GIVES [[posix::Pipe taken = tells && false ? posix::make_pipe() : posix::Pipe{};]]
+  SHOWN_BY share_bus ShareByEntry.TheNextShareWaitsUntilTheFilesAreTaken)

@@ -37,6 +37,25 @@ quoll_defence(lock_name_length FILE quoll/linux/posix/coordinator.cpp
 quoll_defence(slow_tool FILE apps/share/request/clipboard.cpp
   TAKES "+ time.in_all" GIVES "+ 100 * time.in_all"
   SHOWN_BY clipboard Clipboard.AnOwnerThatDeliversAByteNowAndThenIsGivenUp)
+quoll_defence(tool_without_an_output FILE quoll/linux/posix/subprocess.cpp
+  TAKES "std::min(Clock::now() + read_timeout, deadline)" GIVES "deadline"
+  SHOWN_BY clipboard Clipboard.AToolThatClosesItsOutputAndStaysIsGivenUp)
+quoll_defence(file_without_an_end FILE quoll/linux/posix/file_contents.cpp
+  TAKES "off_t{64} << 20" GIVES "off_t{64} << 30"
+  SHOWN_BY posix_files Copy.AFileWithoutAnEndIsRefused)
+quoll_defence(working_folder_without_a_path FILE apps/share/request/resolve_item.cpp
+  TAKES "const auto whole = absolute(path);"
+  GIVES "const auto whole = std::optional(absolute(path).value_or(std::string(path)));"
+  SHOWN_BY host ResolveItem.InAFolderThatIsTooDeepForAPath)
+quoll_defence(container_that_no_url_holds FILE apps/share/share_program.cpp
+  TAKES "folder && !foundation::is_utf8(*folder)" GIVES "folder && folder->empty()"
+  SHOWN_BY share_program Share.AContainerWhosePathIsNotUtf8IsRefused)
+quoll_defence(file_that_may_not_grow FILE apps/share/main.cpp
+  TAKES "SIGXFSZ, SIG_IGN" GIVES "SIGXFSZ, SIG_DFL"
+  SHOWN_BY share_program Share.AFileThatMayNotGrowIsLeftOutWithTheReason)
+quoll_defence(share_without_a_thread FILE quoll/linux/posix/thread_pool.cpp
+  TAKES "if (!is_served) {" GIVES "if (!is_served && !block) {"
+  SHOWN_BY share_program Share.WithoutAThreadItEndsWithAReason)
 quoll_defence(children_of_a_tool FILE quoll/linux/posix/subprocess.cpp
   TAKES "kill(-process_, SIGKILL)" GIVES "kill(process_, SIGKILL)"
   SHOWN_BY clipboard Clipboard.NothingOfTheToolStays)
@@ -171,6 +190,18 @@ quoll_defence(drawn_image_pixels FILE quoll/linux/cairo/image_surface.cpp
 quoll_defence(bus_length FILE quoll/linux/gio/open_request.cpp
   TAKES "size >= kLargestBusList" GIVES "size > kLargestBusList"
   SHOWN_BY launcher LauncherTest.AsMuchAsABusMessageCarriesIsOpenedAndNoMore)
+quoll_defence(left_out_text_length FILE quoll/linux/gio/left_out.cpp
+  TAKES "std::size_t{64} << 10" GIVES "std::size_t{64} << 20"
+  SHOWN_BY launcher LauncherTest.WhatTheApplicationLeavesOutIsToldAndTheRestIsOpened)
+quoll_defence(left_out_names FILE quoll/linux/gio/left_out.cpp
+  TAKES "kMostNames = 100" GIVES "kMostNames = 101"
+  SHOWN_BY launcher LauncherTest.WhatTheApplicationLeavesOutIsToldAndTheRestIsOpened)
+quoll_defence(reason_length FILE quoll/linux/gio/opener.cpp
+  TAKES "kLongest = 8192" GIVES "kLongest = 81920"
+  SHOWN_BY launcher LauncherTest.AReasonOfMegabytesIsCutShort)
+quoll_defence(wait_for_a_started_program FILE quoll/linux/gio/opener.cpp
+  TAKES "std::chrono::steady_clock::now() + time_out_);" GIVES "std::chrono::steady_clock::now());"
+  SHOWN_BY launcher LauncherTest.AStartedProgramThatNeverTellsIsWaitedForUntilTheTimeOut)
 quoll_defence(log_line_length FILE quoll/linux/posix/system_log.cpp
   TAKES "kLongestLine = 4096" GIVES "kLongestLine = 4097"
   SHOWN_BY posix_text SystemLog.ALineHas4096Bytes)

@@ -24,6 +24,12 @@ quoll_defence(write_only_the_group FILE ${file}
 quoll_defence(move_only_in_the_group FILE ${file}
   TAKES "rules.allow(path, Access::kChange);" GIVES "rules.allow(\"/\", Access::kChange);"
   SHOWN_BY sandbox Sandbox.NothingOutsideTheGroupIsRemovedOrMoved)
+quoll_defence(link_only_what_is_in_the_group FILE ${file}
+  TAKES "rules.allow(path, Access::kChange);" GIVES "rules.allow(\"/\", Access::kChange);"
+  SHOWN_BY sandbox Sandbox.NoFileFromElsewhereIsLinkedIntoTheGroup)
+quoll_defence(nothing_of_proc_is_read FILE ${file}
+  TAKES "if (kSanitizerBuild) {" GIVES "if (!kSanitizerBuild) {"
+  SHOWN_BY sandbox Sandbox.NoProcessIsLookedInto)
 quoll_defence(start_only_the_helper FILE ${file}
   TAKES "rules.allow(path, Access::kExecute);"
   GIVES "rules.allow(path, Access::kExecute); rules.allow(\"/bin/true\", Access::kExecute);"
@@ -40,7 +46,22 @@ quoll_defence(no_signals FILE ${file}
   TAKES "kAbstractSockets | kSignals}" GIVES "kAbstractSockets}"
   SHOWN_BY sandbox Sandbox.NoProcessIsSignalled)
 
+quoll_defence(rules_make_no_links FILE ${file}
+  TAKES "LANDLOCK_ACCESS_FS_MAKE_REG | LANDLOCK_ACCESS_FS_REFER;"
+  GIVES "LANDLOCK_ACCESS_FS_MAKE_REG | LANDLOCK_ACCESS_FS_MAKE_SYM | LANDLOCK_ACCESS_FS_REFER;"
+  SHOWN_BY sandbox LesserKernel.WithoutAFilterTheRulesForPathsHold)
+
 set(file apps/sandbox/share_calls.cpp)
+quoll_defence(filter_makes_no_links FILE ${file}
+  TAKES "\"rmdir\"}" GIVES "\"rmdir\", \"symlink\"}"
+  SHOWN_BY sandbox LesserKernel.WithoutRulesForPathsTheFilterHolds)
+quoll_defence(links_are_not_read FILE ${file}
+  TAKES "\"rmdir\"}" GIVES "\"rmdir\", \"readlink\"}"
+  SHOWN_BY sandbox Sandbox.LinksAreNotRead)
+quoll_defence(linked_as_staging_links FILE ${file}
+  TAKES "filter.allow(\"linkat\", {is(0, static_cast<std::uint32_t>(AT_FDCWD)), is(4, AT_SYMLINK_FOLLOW)});"
+  GIVES "filter.allow({\"linkat\"});"
+  SHOWN_BY sandbox Sandbox.NoFileFromElsewhereIsLinkedIntoTheGroup)
 quoll_defence(modes_and_owners_stay FILE ${file}
   TAKES "filter.allow(\"utimensat\", {is_null(1)});" GIVES "filter.allow({\"utimensat\"});"
   SHOWN_BY sandbox Sandbox.ModesOwnersTimesAndAttributesStay)
@@ -112,20 +133,24 @@ quoll_defence(helper_result_is_whole FILE quoll/linux/image_helper/images.cpp
 # The launcher, which is not confined.
 set(file quoll/linux/gio/launcher.cpp)
 quoll_defence(launcher_opens_the_mail_application FILE ${file}
-  TAKES "!request.application.starts_with(openable.applications)"
-  GIVES "request.application.empty()"
+  TAKES "std::ranges::find(openable.applications, request.application) =="
+  GIVES "request.application.empty() && std::ranges::find(openable.applications, request.application) =="
   SHOWN_BY launcher LauncherLimits.NoOtherApplicationIsOpened)
+quoll_defence(launcher_opens_only_the_editions FILE ${file}
+  TAKES "std::ranges::find(openable.applications, request.application) =="
+  GIVES "request.application.starts_with(\"it.vorlent.quoll\") ? false : std::ranges::find(openable.applications, request.application) =="
+  SHOWN_BY launcher LauncherLimits.OnlyTheEditionsOfTheMailApplicationAreOpened)
 quoll_defence(launcher_opens_its_urls FILE ${file}
   TAKES "url.starts_with(openable.urls)" GIVES "!url.empty() || url.starts_with(openable.urls)"
   SHOWN_BY launcher LauncherLimits.NoOtherUrlIsOpened)
 quoll_defence(launcher_counts FILE ${file}
-  TAKES "openable.times == 0" GIVES "openable.urls.empty()"
+  TAKES "request.urls.size() > openable.most_urls" GIVES "openable.most_urls == 0"
   SHOWN_BY launcher LauncherLimits.NotMoreOftenThanItMay)
 quoll_defence(launcher_reads_no_long_lists FILE quoll/linux/gio/fields.cpp
   TAKES " || fields.size() == kMostFields" GIVES ""
   SHOWN_BY launcher LauncherMessages.WhatIsNoRequestEndsTheLauncherInOrder)
 quoll_defence(share_makes_one_draft FILE ${main}
-  TAKES "{.urls = \"quoll://compose?\", .times = 1}" GIVES "{}"
+  TAKES "{.urls = \"quoll://compose?\", .most_urls = 1}" GIVES "{}"
   SHOWN_BY sandbox Sandbox.TheLauncherMakesOneDraftAndNothingElse)
 
 # The receiver.

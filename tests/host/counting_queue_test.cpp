@@ -20,6 +20,18 @@ TEST(CountingQueue, WaitsForBackgroundBlocksOnly) {
   EXPECT_TRUE(queue.wait_for_background(0ms));
 }
 
+TEST(CountingQueue, ABlockThatIsRefusedIsNotWaitedFor) {
+  class Refusing final : public platform::Queue {
+   public:
+    void async(platform::QueuePriority /*priority*/, std::function<void()> /*block*/) override {
+      throw std::runtime_error("no thread");
+    }
+  };
+  CountingQueue queue(std::make_shared<Refusing>());
+  EXPECT_THROW(queue.async(platform::QueuePriority::kBackground, [] {}), std::runtime_error);
+  EXPECT_TRUE(queue.wait_for_background(0ms));
+}
+
 TEST(CountingQueue, WhatABlockHoldsGoesBeforeItHasEnded) {
   auto threads = std::make_shared<test::ThreadQueue>();
   CountingQueue queue(threads);

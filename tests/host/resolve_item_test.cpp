@@ -1,5 +1,6 @@
 #include "apps/share/request/resolve_item.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -149,6 +150,22 @@ TEST_F(ResolveItem, Refused) {
     EXPECT_FALSE(resolved.url) << row.reason;
     EXPECT_EQ(resolved.refusal, row.refusal) << row.reason;
   }
+}
+
+TEST_F(ResolveItem, InAFolderThatIsTooDeepForAPath) {
+  const std::string name(200, 'd');
+  for (int i = 0; i < 25; ++i) {
+    ASSERT_EQ(mkdir(name.c_str(), 0700), 0);
+    ASSERT_EQ(chdir(name.c_str()), 0);
+  }
+  ASSERT_EQ(mkdir("folder", 0700), 0);
+  const posix::UniqueFd file(open("folder/plain.txt", O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+  for (const char* const given : {"folder/plain.txt", "file:folder/plain.txt"}) {
+    const ResolvedItem resolved = resolve_item(given);
+    EXPECT_FALSE(resolved.url) << resolved.url->absoluteString();
+    EXPECT_EQ(resolved.refusal, "the working folder has no path that can be used");
+  }
+  EXPECT_TRUE(resolve_item(folder_.path("plain.txt")).url);
 }
 
 TEST_F(ResolveItem, UnreadableFile) {

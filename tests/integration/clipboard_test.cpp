@@ -160,6 +160,15 @@ TEST(Clipboard, AnOwnerThatDeliversAByteNowAndThenIsGivenUp) {
   EXPECT_EQ(read_by(tools, {60s, 500ms}), kGivenUp);
 }
 
+TEST(Clipboard, AToolThatClosesItsOutputAndStaysIsGivenUp) {
+  const Tools tools("xclip");
+  tools.offer("text/html", "x");
+  tools.behave("echo text/html; exec >&-; exec sleep 1000");
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(read_by(tools, {300ms, 20s}), kGivenUp);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 15s);
+}
+
 // `wl-paste` leaves it to a child to wait for the owner.
 TEST(Clipboard, NothingOfTheToolStays) {
   const Tools tools("wl-paste");

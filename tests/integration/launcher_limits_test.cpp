@@ -4,12 +4,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
 
 #include "quoll/linux/gio/fields.h"
 #include "quoll/linux/gio/launcher.h"
+#include "quoll/message/command_launcher.h"
 #include "tests/integration/private_bus.h"
 #include "tests/support/recorders.h"
 
@@ -60,8 +62,33 @@ class LauncherLimits : public testing::Test {
 TEST_F(LauncherLimits, NoOtherApplicationIsOpened) {
   EXPECT_EQ(open({}, {{"quoll://compose?"}}, kOther), std::vector<bool>{false});
   EXPECT_EQ(last_line(), "openURLs \"org.example.Other\" is not the mail application");
-  EXPECT_EQ(open({.applications = "org."}, {{"quoll://compose?"}}, kOther),
+  EXPECT_EQ(open({.applications = {kOther}}, {{"quoll://compose?"}}, kOther),
             std::vector<bool>{true});
+}
+
+TEST_F(LauncherLimits, OnlyTheEditionsOfTheMailApplicationAreOpened) {
+  const std::vector<std::vector<std::string>> url{{"quoll://compose?"}};
+  for (const std::string_view edition : gio::kEditions) {
+    const std::string name(edition);
+    bus_.add_service(name, RECEIVER_DOUBLE " bus " + name + " answer " + bus_.path("record"));
+    EXPECT_EQ(open({}, url, name), std::vector<bool>{true}) << name;
+  }
+  for (const std::string name :
+       {"it.vorlent.quoll2.Evil", "it.vorlent.quoll2evil", "it.vorlent.quoll.pro",
+        "it.vorlent.quoll.beta9", "it.vorlent.quoll2.Quoll-Share"}) {
+    bus_.add_service(name, RECEIVER_DOUBLE " bus " + name + " answer " + bus_.path("record"));
+    EXPECT_EQ(open({}, url, name), std::vector<bool>{false}) << name;
+    EXPECT_EQ(last_line(), "openURLs \"" + name + "\" is not the mail application");
+  }
+}
+
+// Every edition that an extension asks for is one that the launcher opens.
+TEST(LauncherEditions, AreThoseOfTheCommandLauncher) {
+  for (const std::string_view edition :
+       {it_vorlent_quoll, it_vorlent_quoll_beta8, it_vorlent_quoll_beta10, it_vorlent_quoll_beta11,
+        it_vorlent_quoll_2}) {
+    EXPECT_NE(std::ranges::find(gio::kEditions, edition), gio::kEditions.end()) << edition;
+  }
 }
 
 TEST_F(LauncherLimits, NoOtherUrlIsOpened) {
@@ -78,8 +105,11 @@ TEST_F(LauncherLimits, NoOtherUrlIsOpened) {
 
 TEST_F(LauncherLimits, NotMoreOftenThanItMay) {
   const std::vector<std::string> url{"quoll://compose?"};
-  EXPECT_EQ(open({.times = 2}, {url, {"file:///"}, url, url, url}),
+  EXPECT_EQ(open({.most_urls = 2}, {url, {"file:///"}, url, url, url}),
             (std::vector<bool>{true, false, true, false, false}));
+  EXPECT_EQ(open({.most_urls = 1}, {{"quoll://compose?", "quoll://compose?"}, url}),
+            (std::vector<bool>{false, true}));
+  EXPECT_EQ(open({.most_urls = 0}, {url}), std::vector<bool>{false});
   EXPECT_EQ(last_line(), "openURLs it has been asked too often");
 }
 

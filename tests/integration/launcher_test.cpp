@@ -32,13 +32,30 @@ class LauncherTest : public testing::Test {
   bool open(const std::vector<std::string>& urls,
             platform::NSWorkspaceLaunchOptions options = kForeground,
             std::chrono::milliseconds time_out = kLong, const std::string& name = kName) {
+    left_out_.clear();
     std::vector<std::shared_ptr<foundation::NSURL>> list;
     for (const auto& url : urls) {
       list.push_back(foundation::NSURL::URLWithString(url));
     }
     const ScopedEnvironment environment(environment_);
     const platform::ScopedDesktop desktop({.log = log_});
-    return gio::start_launcher({}, time_out)->openURLs(list, name, options);
+    const auto launcher = gio::start_launcher({.applications = {name}}, time_out);
+    const bool is_opened = launcher->openURLs(list, name, options);
+    for (const auto& [what, why] : launcher->left_out()) {
+      left_out_.push_back(what + ": " + why);
+    }
+    return is_opened;
+  }
+  /// Opens a URL with a program that closes its pipe in this way.
+  bool open_by_pipe(const std::string& how, std::chrono::milliseconds time_out = kLong) {
+    bus_.add_entry(kName, "[Desktop Entry]\nType=Application\nName=Double\nExec=" RECEIVER_DOUBLE
+                          " take " +
+                              how + " " + record_path() + " %U\nX-Quoll-TakenPipe=true\n");
+    return open({"quoll://compose?"}, kForeground, time_out);
+  }
+  /// What the application says that it left out.
+  void leave_out(const std::string& text) const {
+    std::ofstream(record_path() + ".left-out", std::ios::binary) << text;
   }
   [[nodiscard]] std::string record_path() const { return bus_.path("record"); }
   /// A program that was only started is waited for; the runner's limit ends a wait in vain.
@@ -73,6 +90,7 @@ class LauncherTest : public testing::Test {
   PrivateBus bus_;
   Environment environment_ = bus_.environment();
   std::shared_ptr<RecordingLog> log_ = std::make_shared<RecordingLog>();
+  std::vector<std::string> left_out_;
 };
 
 TEST_F(LauncherTest, ARunningApplicationGetsTheUrlsInOrder) {
@@ -185,6 +203,86 @@ TEST_F(LauncherTest, TheApplicationsOwnReasonIsPassedOn) {
   add_service("refuse");
   EXPECT_FALSE(open({"quoll://compose?"}));
   EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 did not take the URLs: the disk is full");
+}
+
+TEST_F(LauncherTest, WhatTheApplicationLeavesOutIsToldAndTheRestIsOpened) {
+  struct Row {
+    const char* reason;
+    std::string said;
+    std::vector<std::string> told;
+  };
+  const std::string line = "name: " + std::string(94, 'r') + "\n";
+  std::string many = "/drafts/1.eml\n";
+  while (many.size() < (2U << 20U)) {
+    many += line;
+  }
+  const Row rows[] = {
+      {"two names",
+       "/drafts/1.eml\na.txt: it is a link\nb: c.txt: it is a folder",
+       {"a.txt: it is a link", "b: c.txt: it is a folder"}},
+      {"control characters and empty lines",
+       "\n/drafts/1.eml\na\x1B[2J: \x07\n\n",
+       {"a\\x1B[2J: \\x07"}},
+      {"two drafts", "/drafts/1.eml\na: x\n\n/drafts/2.eml\nb: y", {"a: x", "b: y"}},
+      {"no reason", "/drafts/1.eml\na.txt", {"a.txt: it was not taken"}},
+      {"nothing is named", "/drafts/1.eml", {"something: it.vorlent.quoll2 does not say what"}},
+      {"no text at all", "", {"something: it.vorlent.quoll2 does not say what"}},
+      {"no line at all in a megabyte", std::string(1U << 20U, 'x'), {"...: it was not taken"}},
+      {"one line of a megabyte",
+       "/drafts/1.eml\n" + std::string(1U << 20U, 'x'),
+       {"...: it was not taken"}},
+  };
+  add_service("left-out");
+  for (const Row& row : rows) {
+    leave_out(row.said);
+    EXPECT_TRUE(open({"quoll://compose?"})) << row.reason;
+    EXPECT_EQ(left_out_, row.told) << row.reason;
+  }
+  leave_out(many);
+  EXPECT_TRUE(open({"quoll://compose?"}));
+  ASSERT_EQ(left_out_.size(), 101U);
+  EXPECT_EQ(left_out_.back(), "...: there are more");
+  EXPECT_TRUE(log_->lines().empty());
+}
+
+TEST_F(LauncherTest, AReasonOfMegabytesIsCutShort) {
+  add_service("refuse-at-length");
+  EXPECT_FALSE(open({"quoll://compose?"}));
+  EXPECT_LT(only_line().size(), 10'000U);
+  EXPECT_TRUE(only_line().starts_with("openURLs it.vorlent.quoll2 did not take the URLs: xxx"));
+}
+
+TEST_F(LauncherTest, AStartedProgramThatTellsIsWaitedFor) {
+  leave_out("/drafts/1.eml\na.txt: not \xFF UTF-8\n");
+  std::atomic<bool> is_opened = false;
+  std::thread opening([&] { is_opened = open_by_pipe("wait"); });
+  EXPECT_TRUE(record().starts_with("uri quoll://compose?\n"));
+  std::this_thread::sleep_for(50ms);
+  EXPECT_FALSE(is_opened) << "it is still waited for";
+  std::ofstream(record_path() + ".go") << "";
+  opening.join();
+  EXPECT_TRUE(is_opened);
+  EXPECT_EQ(left_out_, std::vector<std::string>{"a.txt: not %FF UTF-8"});
+  leave_out("");
+  EXPECT_TRUE(open_by_pipe("tell"));
+  EXPECT_EQ(left_out_, std::vector<std::string>());
+  leave_out("\n");
+  EXPECT_FALSE(open_by_pipe("tell")) << "a command was refused";
+  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 did not take the URLs");
+  leave_out("/drafts/1.eml\n" + std::string(1U << 20U, 'x'));
+  EXPECT_TRUE(open_by_pipe("tell")) << "it is read to the end";
+  EXPECT_EQ(left_out_, std::vector<std::string>{"...: it was not taken"});
+}
+
+TEST_F(LauncherTest, AStartedProgramThatNeverTellsIsWaitedForUntilTheTimeOut) {
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_TRUE(open_by_pipe("stay", 300ms));
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, 300ms);
+}
+
+TEST_F(LauncherTest, AStartedProgramThatFailsHasTakenNothing) {
+  EXPECT_FALSE(open_by_pipe("fail"));
+  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 ended before it had taken the URLs");
 }
 
 TEST_F(LauncherTest, AServiceThatCannotBeStartedIsNotOpened) {

@@ -1,13 +1,20 @@
 // An application for the tests: it writes down what it was given, and behaves as it is told.
-//   receiver_double bus NAME answer|refuse|hang|exit RECORD
+//   receiver_double bus NAME answer|refuse|refuse-at-length|hang|exit|left-out RECORD
 //   receiver_double exec RECORD [URI...]
+//   receiver_double take tell|wait|stay|fail RECORD [URI...]
+// Who is told what was left out is told what RECORD.left-out holds. "take" closes its pipe when it
+// has told it: at once, when RECORD.go is there, or never; or it fails.
+#include <fcntl.h>
 #include <gio/gio.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 
 #include "quoll/linux/gio/handles.h"
@@ -46,21 +53,10 @@ void record_open(GVariant* parameters) {
   write_record(text);
 }
 
-void called(GDBusConnection*, const char*, const char*, const char*, const char*,
-            GVariant* parameters, GDBusMethodInvocation* call, gpointer) {
-  if (mode == "exit") {
-    _exit(0);
-  }
-  if (mode == "hang") {
-    return;  // the call is never answered
-  }
-  if (mode == "refuse") {
-    g_dbus_method_invocation_return_error_literal(call, G_DBUS_ERROR, G_DBUS_ERROR_FAILED,
-                                                  "the disk is full");
-    return;
-  }
-  record_open(parameters);
-  g_dbus_method_invocation_return_value(call, nullptr);
+std::string left_out() {
+  std::ostringstream text;
+  text << std::ifstream(record + ".left-out", std::ios::binary).rdbuf();
+  return text.str();
 }
 
 int record_command_line(int count, char** uris) {
@@ -83,6 +79,60 @@ int record_command_line(int count, char** uris) {
   return 0;
 }
 
+void called(GDBusConnection*, const char*, const char*, const char*, const char*,
+            GVariant* parameters, GDBusMethodInvocation* call, gpointer) {
+  if (mode == "exit") {
+    _exit(0);
+  }
+  if (mode == "hang") {
+    return;  // the call is never answered
+  }
+  if (mode == "refuse") {
+    g_dbus_method_invocation_return_error_literal(call, G_DBUS_ERROR, G_DBUS_ERROR_FAILED,
+                                                  "the disk is full");
+    return;
+  }
+  if (mode == "refuse-at-length") {
+    g_dbus_method_invocation_return_error_literal(call, G_DBUS_ERROR, G_DBUS_ERROR_FAILED,
+                                                  std::string(4U << 20U, 'x').c_str());
+    return;
+  }
+  record_open(parameters);
+  const quoll::gio::VariantHandle data(g_variant_get_child_value(parameters, 1));
+  gboolean wants_report = FALSE;
+  if (mode == "left-out" &&
+      g_variant_lookup(data.get(), "quoll-report", "b", &wants_report) != FALSE &&
+      wants_report != FALSE) {
+    g_dbus_method_invocation_return_dbus_error(call, "it.vorlent.quoll2.Error.LeftOut",
+                                               left_out().c_str());
+    return;
+  }
+  g_dbus_method_invocation_return_value(call, nullptr);
+}
+
+int take(const std::string& how, int count, char** uris) {
+  const char* const number = std::getenv("QUOLL_TAKEN_PIPE");
+  const int pipe = number != nullptr ? std::atoi(number) : -1;
+  if (how == "fail") {
+    return 1;
+  }
+  if (how == "stay") {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+  }
+  const std::string text = left_out();
+  for (std::size_t at = 0; pipe >= 0 && at < text.size();) {
+    const ssize_t wrote = write(pipe, text.data() + at, text.size() - at);
+    at = wrote < 0 ? text.size() : at + static_cast<std::size_t>(wrote);
+  }
+  const int status = record_command_line(count, uris);
+  while (how == "stay" || (how == "wait" && !std::filesystem::exists(record + ".go"))) {
+    usleep(1000);
+  }
+  close(pipe);
+  usleep(100'000);  // it has more to do
+  return status;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -92,6 +142,10 @@ int main(int argc, char** argv) {
     record = argv[4];
     quoll::test::answer_on_the_bus(argv[2], quoll::gio::object_path(argv[2]).c_str(), kInterface,
                                    called);
+  }
+  if (how == "take" && argc >= 4) {
+    record = argv[3];
+    return take(argv[2], argc - 4, argv + 4);
   }
   if (how == "exec" && argc >= 3) {
     record = argv[2];

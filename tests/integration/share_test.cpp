@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <set>
 
+#include "apps/sandbox/sanitizer_build.h"
 #include "quoll/linux/posix/unique_fd.h"
 #include "tests/integration/share_home.h"
 
@@ -293,6 +294,42 @@ TEST_F(Share, ADescriptorIsOpenAndGivenOnce) {
             "quoll-share: descriptor 3 is not open" + help);
   EXPECT_EQ(errors_of("--descriptor 3::a --descriptor 3::b 3</dev/null"),
             "quoll-share: descriptor 3 is given twice" + help);
+}
+
+TEST_F(Share, AFileThatMayNotGrowIsLeftOutWithTheReason) {
+  const std::string large = home_.write("large", std::string(4'000'000, 'x'));
+  const Ended ended =
+      run({"sh", "-c", "ulimit -f 1000; exec \"$0\" --print - \"$1\" https://h/ <\"$1\"",
+           QUOLL_SHARE, large},
+          home_.environment());
+  EXPECT_EQ(ended.status, 3);
+  EXPECT_EQ(ended.errors,
+            "left out: standard input: it cannot be kept in a temporary file: file too large\n"
+            "left out: " +
+                large + ": file too large\n");
+}
+
+TEST_F(Share, AContainerWhosePathIsNotUtf8IsRefused) {
+  const std::string folder = home_.path("bad\xFF");
+  home_.environment()["QUOLL_GROUP_CONTAINERS"] = folder;
+  const Ended ended = home_.print({home_.write("a.txt", "x"), "https://h/"});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.errors, "not opened: the shared folder cannot be used: its path is not UTF-8: " +
+                              home_.path("bad%FF") + "\n");
+  EXPECT_FALSE(std::filesystem::exists(folder));
+}
+
+TEST_F(Share, WithoutAThreadItEndsWithAReason) {
+  if (sandbox::kSanitizerBuild) {
+    GTEST_SKIP() << "a sanitizer starts threads of its own";
+  }
+  const std::string file = home_.write("a.txt", "x");
+  const Ended ended = run({"timeout", "-s", "KILL", "30", "env", "LD_PRELOAD=" QUOLL_NO_THREADS,
+                           QUOLL_SHARE, "--print", file},
+                          home_.environment());
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.errors, "not opened: no thread can be started\n");
+  EXPECT_EQ(home_.print({file}).status, 0) << "the lock is free";
 }
 
 TEST_F(Share, ASecondShareWaitsForItsTurn) {

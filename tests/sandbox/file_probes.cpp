@@ -34,6 +34,25 @@ std::string of_victim(const char* name) {
   return "/proc/" + setting("QUOLL_PROBE_VICTIM") + "/" + name;
 }
 
+/// As staging gives a name to a file that has none.
+bool links(const std::string& from, const std::string& to) {
+  return linkat(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
+bool links_what_is_open(int file) {
+  return links("/proc/self/fd/" + std::to_string(file), group("new"));
+}
+
+bool links_by_an_open_folder() {
+  const int folder = open(group("").c_str(), O_PATH | O_CLOEXEC);
+  return linkat(folder, "staged", folder, "new", 0) == 0;
+}
+
+bool reads_a_link() {
+  char target = 0;
+  return readlink(home("pointer").c_str(), &target, 1) == 1;
+}
+
 bool reads_inherited() {
   char byte = 0;
   return read(std::atoi(setting("QUOLL_PROBE_DESCRIPTOR").c_str()), &byte, 1) == 1;
@@ -45,6 +64,9 @@ constexpr Probe kProbes[] = {
     {"read a file by another way",
      [] { return opens("/proc/self/root" + home("unselected"), O_RDONLY); }},
     {"read another program's environment", [] { return opens(of_victim("environ"), O_RDONLY); }},
+    {"read another program's command line", [] { return opens(of_victim("cmdline"), O_RDONLY); }},
+    {"list the sockets of all programs", [] { return opens("/proc/net/unix", O_RDONLY); }},
+    {"read where a link leads", reads_a_link},
     {"read another program's memory", [] { return opens(of_victim("mem"), O_RDONLY); }},
     {"read an inherited descriptor", reads_inherited},
     {"list the home folder", [] { return opendir(home("").c_str()) != nullptr; }},
@@ -55,6 +77,7 @@ constexpr Probe kProbes[] = {
     {"make a file in the temporary folder", [] { return opens("/tmp", O_WRONLY | O_TMPFILE); }},
     {"make a folder", [] { return mkdir(home("new").c_str(), 0700) == 0; }},
     {"make a link", [] { return symlink("x", home("new").c_str()) == 0; }},
+    {"make a link in the group", [] { return symlink("x", group("new").c_str()) == 0; }},
     {"make a pipe", [] { return mkfifo(group("new").c_str(), 0600) == 0; }},
     {"remove a file", [] { return unlink(home("unselected").c_str()) == 0; }},
     {"remove a folder", [] { return rmdir(home("other").c_str()) == 0; }},
@@ -64,9 +87,17 @@ constexpr Probe kProbes[] = {
      [] { return rename(home("unselected").c_str(), group("new").c_str()) == 0; }},
     {"move a file out of the group",
      [] { return rename(group("staged").c_str(), home("new").c_str()) == 0; }},
-    {"link a file into the group",
-     [] { return link(home("selected").c_str(), group("new").c_str()) == 0; }},
-    {"link a file", [] { return link(home("unselected").c_str(), home("new").c_str()) == 0; }},
+    {"link a selected file into the group", [] { return links(home("selected"), group("new")); }},
+    {"link another file into the group", [] { return links(home("unselected"), group("new")); }},
+    {"link an open file into the group",
+     [] { return links_what_is_open(open(home("selected").c_str(), O_RDONLY | O_CLOEXEC)); }},
+    {"link standard input into the group", [] { return links_what_is_open(STDIN_FILENO); }},
+    {"link by an open folder", links_by_an_open_folder},
+    {"link a file", [] { return links(home("unselected"), home("new")); }},
+    {"name a file without a name",
+     [] {
+       return links_what_is_open(open(group("").c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0600));
+     }},
     {"change a mode", [] { return chmod(home("unselected").c_str(), 0644) == 0; }},
     {"change a mode in a folder",
      [] { return fchmodat(AT_FDCWD, home("unselected").c_str(), 0644, 0) == 0; }},

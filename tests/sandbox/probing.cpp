@@ -60,6 +60,8 @@ void Probing::prepare() const {
     home_.write(name, "content");
   }
   home_.write("containers/K7Q2M9XT4B.quoll/staged", "content");
+  std::error_code there_already;
+  fs::create_symlink("somewhere", home_.path("pointer"), there_already);
   (void)!setxattr(home_.path("marked").c_str(), "user.quoll", "x", 1, 0);
 }
 

@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <string>
+#include <vector>
 
 #include "tests/sandbox/probe_table.h"
 
@@ -75,10 +77,18 @@ int socket_to_the_launcher() {
   return -1;
 }
 
-/// Asks the launcher in its own words; true when the mail application has taken the URL.
-bool launcher_opens(const std::string& url) {
+constexpr const char* kDraft = "quoll://compose?";
+constexpr const char* kMailApplication = "it.vorlent.quoll2";
+
+/// Asks the launcher in its own words; true when the application has taken the URLs.
+bool launcher_opens(const std::vector<std::string>& urls,
+                    const std::string& application = kMailApplication) {
   const int launcher = socket_to_the_launcher();
-  const std::string request = field(field("it.vorlent.quoll2") + field("foreground") + field(url));
+  std::string fields = field(application) + field("foreground");
+  for (const std::string& url : urls) {
+    fields += field(url);
+  }
+  const std::string request = field(fields);
   // A length, then as many bytes: a field of a word, and one of the reason.
   std::uint32_t length = 0;
   std::string answer(512, '\0');
@@ -94,10 +104,15 @@ bool launcher_opens(const std::string& url) {
 }
 
 constexpr Probe kProbes[] = {
-    {"have a draft made", [] { return launcher_opens("quoll://compose?"); }},
-    {"have two drafts made",
-     [] { return launcher_opens("quoll://compose?") && launcher_opens("quoll://compose?"); }},
-    {"have a message deleted", [] { return launcher_opens("quoll://delete?mail=a"); }},
+    {"have a draft made", [] { return launcher_opens({kDraft}); }},
+    {"have two drafts made", [] { return launcher_opens({kDraft}) && launcher_opens({kDraft}); }},
+    {"have two drafts made at once",
+     [] {
+       return launcher_opens({kDraft, kDraft});
+     }},
+    {"have a message deleted", [] { return launcher_opens({"quoll://delete?mail=a"}); }},
+    {"have another application opened",
+     [] { return launcher_opens({kDraft}, "it.vorlent.quoll2.Other"); }},
     {"make a local socket", [] { return makes(AF_UNIX, SOCK_STREAM); }},
     {"make a local socket for datagrams", [] { return makes(AF_UNIX, SOCK_DGRAM); }},
     {"make a pair of sockets",

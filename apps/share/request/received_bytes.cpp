@@ -48,7 +48,7 @@ std::optional<std::size_t> write_received(const ReceivedBytes& received, const B
     }
     size += block.size();
   }
-  errno = EFBIG;
+  errno = EOVERFLOW;
   return size <= source.limit ? std::optional(size) : std::nullopt;
 }
 

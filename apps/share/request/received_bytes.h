@@ -29,8 +29,8 @@ struct ReceivedBytes {
 [[nodiscard]] std::optional<ReceivedBytes> read_beginning(const ByteSource& source);
 
 /// Writes the beginning, and then what still comes from `source`, to the descriptor `target`. Holds
-/// one block in memory. Answers the number of bytes; none, with `errno` set, when it failed (EFBIG:
-/// more bytes than the limit).
+/// one block in memory. Answers the number of bytes; none, with `errno` set, when it failed
+/// (EOVERFLOW: more bytes than the limit).
 [[nodiscard]] std::optional<std::size_t> write_received(const ReceivedBytes& received,
                                                         const ByteSource& source, int target);
 

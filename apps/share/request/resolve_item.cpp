@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 
 #include "quoll/foundation/path.h"
 #include "quoll/foundation/percent.h"
@@ -43,20 +44,28 @@ std::optional<std::string> other_kind(mode_t mode) {
   return S_ISSOCK(mode) ? "it is a socket" : "it is a device";
 }
 
-std::string absolute(std::string_view path) {
-  if (path.starts_with('/')) {
+/// None when the working folder has no path by which a file in it can be opened.
+std::optional<std::string> absolute(std::string_view path) {
+  if (path.empty() || path.starts_with('/')) {
     return std::string(path);
   }
-  std::array<char, 4096> folder{};
+  std::array<char, PATH_MAX> folder{};
   const char* const found = getcwd(folder.data(), folder.size());
-  return foundation::appending_path_component(found != nullptr ? found : "", path);
+  if (found == nullptr || *found != '/') {  // "(unreachable)..." lies outside the root
+    return std::nullopt;
+  }
+  return foundation::appending_path_component(found, path);
 }
 
 ResolvedItem resolve_file(std::string_view path) {
-  if (auto refusal = why_not_shareable(std::string(path))) {
+  const auto whole = absolute(path);
+  if (!whole) {
+    return {nullptr, "the working folder has no path that can be used"};
+  }
+  if (auto refusal = why_not_shareable(*whole)) {
     return {nullptr, std::move(*refusal)};
   }
-  return {NSURL::file_url(absolute(path), false), {}};
+  return {NSURL::file_url(*whole, false), {}};
 }
 
 bool is_this_machine(std::string_view host) {

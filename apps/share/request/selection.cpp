@@ -226,7 +226,7 @@ class Selector {
         selection_.received_files->make(with_extension(std::string(name), media_type));
     const auto size = file ? write_received(bytes, source, file.get()) : std::nullopt;
     if (!size) {
-      leave_out(given, errno == EFBIG ? kNoRoom : cannot + why_not_received());
+      leave_out(given, errno == EOVERFLOW ? kNoRoom : cannot + why_not_received());
       unlink(path.c_str());  // what is there of it takes room until the share ends
       return 0;
     }

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include "quoll/linux/gio/exec_line.h"
+#include "quoll/linux/gio/left_out.h"
 #include "quoll/linux/posix/unique_fd.h"
 
 namespace quoll::gio {
@@ -28,11 +29,20 @@ EntryHandle startable(GDesktopAppInfo* entry, const std::vector<std::string>& ar
   return EntryHandle(g_desktop_app_info_new_from_keyfile(file.get()));
 }
 
-void pass_token(GAppLaunchContext* context, const char* variable, const std::string& token) {
-  if (token.empty()) {
+/// An empty one is taken out of the environment.
+void pass(GAppLaunchContext* context, const char* variable, const std::string& value) {
+  if (value.empty()) {
     g_app_launch_context_unsetenv(context, variable);
   } else {
-    g_app_launch_context_setenv(context, variable, token.c_str());
+    g_app_launch_context_setenv(context, variable, value.c_str());
+  }
+}
+
+/// Called in the new process before it becomes the program: lets it keep a descriptor.
+void keep_descriptor(gpointer number) {
+  const int descriptor = GPOINTER_TO_INT(number);
+  if (descriptor >= 0) {
+    fcntl(descriptor, F_SETFD, 0);
   }
 }
 
@@ -44,8 +54,10 @@ FailureReason start_program(GDesktopAppInfo* entry, const ProgramStart& start, p
     return std::string("the entry ") + g_app_info_get_id(G_APP_INFO(entry)) + " cannot be used";
   }
   const ObjectHandle<GAppLaunchContext> context(g_app_launch_context_new());
-  pass_token(context.get(), "XDG_ACTIVATION_TOKEN", start.tokens.activation);
-  pass_token(context.get(), "DESKTOP_STARTUP_ID", start.tokens.startup);
+  pass(context.get(), "XDG_ACTIVATION_TOKEN", start.tokens.activation);
+  pass(context.get(), "DESKTOP_STARTUP_ID", start.tokens.startup);
+  pass(context.get(), kTakenPipeVariable,
+       start.taken_pipe < 0 ? "" : std::to_string(start.taken_pipe));
   GList* list = nullptr;
   for (const std::string& uri : start.uris) {
     list = g_list_prepend(list, const_cast<char*>(uri.c_str()));
@@ -62,8 +74,9 @@ FailureReason start_program(GDesktopAppInfo* entry, const ProgramStart& start, p
   ErrorSlot error;
   const bool started =
       g_desktop_app_info_launch_uris_as_manager_with_fds(
-          program.get(), list, context.get(), static_cast<GSpawnFlags>(flags), nullptr, nullptr,
-          keep_process, process, nothing.get(), nothing.get(), nothing.get(), error.out()) != FALSE;
+          program.get(), list, context.get(), static_cast<GSpawnFlags>(flags), keep_descriptor,
+          GINT_TO_POINTER(start.taken_pipe), keep_process, process, nothing.get(), nothing.get(),
+          nothing.get(), error.out()) != FALSE;
   g_list_free(list);
   if (started) {
     return std::nullopt;

@@ -23,14 +23,17 @@ struct ProgramStart {
   std::vector<std::string>
       arguments;  ///< used instead of the URLs if there are any; passed unchanged
   ActivationTokens tokens;
+  /// The writing end of a pipe that the program inherits under its number, which QUOLL_TAKEN_PIPE
+  /// tells it; -1 for none.
+  int taken_pipe = -1;
 };
 
 /// Starts the program of a desktop entry by its `Exec` line, also when the entry asks for D-Bus
 /// activation, and in a terminal when the entry asks for one. Returns as soon as it was started.
 ///
-/// The program gets these tokens and no others, none of this process's descriptors, and /dev/null
-/// as standard input and output. So nobody who waits for the end of our output waits for a mail
-/// application.
+/// The program gets these tokens and no others, none of this process's other descriptors, and
+/// /dev/null as standard input and output. So nobody who waits for the end of our output waits for
+/// a mail application.
 ///
 /// With `process`, it receives the process identifier, and the caller waits for the program; 0 when
 /// there is none to wait for.

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "quoll/linux/gio/fields.h"
+#include "quoll/linux/gio/left_out.h"
 #include "quoll/linux/gio/opener.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/subprocess.h"
@@ -27,7 +28,7 @@ constexpr const char* kTaken = "taken";
 constexpr const char* kNotTaken = "not taken";
 
 /// The program's side. It sends one request at a time and waits for the answer.
-class Launcher final : public platform::NSWorkspace {
+class Launcher final : public LauncherWorkspace {
  public:
   Launcher(pid_t process, posix::UniqueFd socket) : process_(process), socket_(std::move(socket)) {}
   ~Launcher() override {
@@ -53,35 +54,46 @@ class Launcher final : public platform::NSWorkspace {
     return !failure;
   }
 
+  [[nodiscard]] std::vector<LeftOut> left_out() const override {
+    const std::lock_guard lock(mutex_);
+    return left_out_of(left_out_);
+  }
+
  private:
   FailureReason ask(const OpenRequest& request) {
+    const std::lock_guard lock(mutex_);
+    left_out_.clear();
     if (auto failure = refusal(request)) {
       return failure;
     }
-    const std::lock_guard lock(mutex_);
     if (process_ < 0) {
       return "the launcher could not be started";
     }
     if (!send_fields(socket_.get(), request.fields())) {
       return "the launcher has ended";
     }
-    const auto answer = receive_fields(socket_.get());
+    auto answer = receive_fields(socket_.get());
     if (!answer || answer->size() != 2) {
       return "the launcher has ended";
     }
-    return answer->front() == kTaken ? FailureReason() : answer->back();
+    if (answer->front() != kTaken) {
+      return std::move(answer->back());
+    }
+    left_out_ = std::move(answer->back());
+    return std::nullopt;
   }
 
-  std::mutex mutex_;
+  mutable std::mutex mutex_;
   pid_t process_;
   posix::UniqueFd socket_;
+  std::string left_out_;  ///< as the application said it
 };
 
 // Gives up the terminal, pipes and files of the program, so that nobody who waits for the end of
 // one of them waits for the launcher. Standard error is kept for messages of libraries.
 void detach_from_program(int socket) {
   setsid();  // Ctrl-C in the terminal must end neither the launcher nor the application
-  for (const int number : {SIGCHLD, SIGPIPE, SIGINT, SIGTERM, SIGHUP}) {
+  for (const int number : {SIGCHLD, SIGPIPE, SIGXFSZ, SIGINT, SIGTERM, SIGHUP}) {
     std::signal(number, SIG_DFL);
   }
   const int nothing = open("/dev/null", O_RDWR);
@@ -124,7 +136,8 @@ void wait_for_input(int socket) {
 
 // Checked in this process too: an attacker may have taken over the program that asks.
 FailureReason not_openable(const OpenRequest& request, const Openable& openable) {
-  if (!request.application.starts_with(openable.applications)) {
+  if (std::ranges::find(openable.applications, request.application) ==
+      openable.applications.end()) {
     return "\"" + request.application + "\" is not the mail application";
   }
   const bool all_known = std::ranges::all_of(
@@ -132,7 +145,8 @@ FailureReason not_openable(const OpenRequest& request, const Openable& openable)
   if (!all_known) {
     return "a URL does not begin with " + openable.urls;
   }
-  return openable.times == 0 ? FailureReason("it has been asked too often") : std::nullopt;
+  return request.urls.size() > openable.most_urls ? FailureReason("it has been asked too often")
+                                                  : std::nullopt;
 }
 
 [[noreturn]] void serve(int socket, ActivationTokens tokens, Openable openable,
@@ -147,12 +161,13 @@ FailureReason not_openable(const OpenRequest& request, const Openable& openable)
     if (!request) {
       break;
     }
-    FailureReason failure = not_openable(*request, openable);
-    if (!failure) {
-      --openable.times;
-      failure = opener.open(*request);
+    OpenResult result{.failure = not_openable(*request, openable)};
+    if (!result.failure) {
+      openable.most_urls -= request->urls.size();
+      result = opener.open(*request);
     }
-    if (!send_fields(socket, {failure ? kNotTaken : kTaken, failure.value_or("")})) {
+    if (!send_fields(socket, {result.failure ? kNotTaken : kTaken,
+                              result.failure.value_or(std::move(result.left_out))})) {
       break;
     }
   }
@@ -161,8 +176,8 @@ FailureReason not_openable(const OpenRequest& request, const Openable& openable)
 
 }  // namespace
 
-std::shared_ptr<platform::NSWorkspace> start_launcher(Openable openable,
-                                                      std::chrono::milliseconds time_out) {
+std::shared_ptr<LauncherWorkspace> start_launcher(Openable openable,
+                                                  std::chrono::milliseconds time_out) {
   ActivationTokens tokens = take_activation_tokens();
   int ends[2] = {-1, -1};
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {

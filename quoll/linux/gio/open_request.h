@@ -20,6 +20,13 @@ struct OpenRequest {
 /// Why a request failed, in words for people; none when the application has taken the URLs.
 using FailureReason = std::optional<std::string>;
 
+/// What came of a request.
+struct OpenResult {
+  FailureReason failure = std::nullopt;
+  /// What the application said that it did not take, as it said it, cut short; empty when nothing.
+  std::string left_out = {};
+};
+
 /// Why a request cannot be opened in any way: it has no URL; a URL is empty, not UTF-8 or holds a
 /// zero byte, which the bus or a command line would silently change; or it is too long for a bus
 /// message. None when it can be tried.

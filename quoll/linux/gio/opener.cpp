@@ -2,7 +2,11 @@
 
 #include <algorithm>
 
+#include "quoll/foundation/text.h"
 #include "quoll/linux/gio/desktop_entry.h"
+#include "quoll/linux/gio/left_out.h"
+#include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/subprocess.h"
 
 namespace quoll::gio {
 namespace {
@@ -29,6 +33,8 @@ GVariant* open_parameters(const OpenRequest& request, const ActivationTokens& to
   };
   add("activation-token", tokens.activation);
   add("desktop-startup-id", tokens.startup);
+  // Only who asks is told what was left out: to others an error would say that nothing was taken.
+  g_variant_builder_add(&platform_data, "{sv}", "quoll-report", g_variant_new_boolean(TRUE));
   return g_variant_new("(asa{sv})", &uris, &platform_data);
 }
 
@@ -53,9 +59,35 @@ bool says_time_out(const ErrorSlot& error) {
          error.is(G_DBUS_ERROR, G_DBUS_ERROR_TIMEOUT);
 }
 
+bool says_left_out(const ErrorSlot& error) {
+  const TextHandle name(error ? g_dbus_error_get_remote_error(error.get()) : nullptr);
+  return name && std::string_view(name.get()) == kLeftOutError;
+}
+
 bool is_application_name(const std::string& name) {
   return g_dbus_is_name(name.c_str()) != FALSE && g_dbus_is_unique_name(name.c_str()) == FALSE &&
          name.find('\0') == std::string::npos;
+}
+
+/// True for a program that fails now: it was its end that closed its pipe.
+bool ends_badly(pid_t process) {
+  constexpr milliseconds kSoon{20};
+  if (process <= 0) {
+    return false;
+  }
+  if (posix::wait_for_end(process, std::chrono::steady_clock::now() + kSoon) == 0) {
+    return posix::reap(process).value_or(0) != 0;
+  }
+  g_child_watch_add(
+      process, [](GPid, int, gpointer) {}, nullptr);  // reaps it at its end
+  return false;
+}
+
+/// What an application says of itself is as long as it likes.
+std::string words_of(const ErrorSlot& error) {
+  constexpr std::size_t kLongest = 8192;  // more than a line of the log holds
+  const std::string message = error.message();
+  return std::string(foundation::whole_characters(message, std::min(message.size(), kLongest)));
 }
 
 }  // namespace
@@ -70,28 +102,40 @@ std::string object_path(const std::string& application) {
 Opener::Opener(ActivationTokens tokens, milliseconds time_out)
     : tokens_(std::move(tokens)), time_out_(time_out) {}
 
-FailureReason Opener::open(const OpenRequest& request) {
+OpenResult Opener::open(const OpenRequest& request) {
   if (auto failure = refusal(request)) {
-    return failure;
+    return {std::move(failure)};
   }
   if (!is_application_name(request.application)) {
-    return "no application can have the identifier \"" + request.application + "\"";
+    return {"no application can have the identifier \"" + request.application + "\""};
   }
   const auto deadline = std::chrono::steady_clock::now() + time_out_;
   GDBusConnection* connection = bus_.connection(deadline);
   if (connection == nullptr) {
     return open_by_entry(request, "there is no session bus: " + bus_.reason());
   }
+  OpenResult result;
+  const bool is_there = open_by_bus(connection, request, deadline, result);
+  return is_there ? result : open_by_entry(request, {});
+}
+
+bool Opener::open_by_bus(GDBusConnection* connection, const OpenRequest& request,
+                         std::chrono::steady_clock::time_point deadline, OpenResult& result) const {
   ErrorSlot error;
   const VariantHandle reply(g_dbus_connection_call_sync(
       connection, request.application.c_str(), object_path(request.application).c_str(),
       "org.freedesktop.Application", "Open", open_parameters(request, tokens_), nullptr,
       G_DBUS_CALL_FLAGS_NONE, call_time_out(deadline), nullptr, error.out()));
-  if (reply) {
-    return std::nullopt;
+  if (says_left_out(error)) {
+    g_dbus_error_strip_remote_error(error.get());
+    result.left_out = bounded_left_out(error.message());
+    if (left_out_of(result.left_out).empty()) {
+      result.left_out = "?\nsomething: " + request.application + " does not say what";
+    }
+  } else if (!reply && !says_nobody_there(error)) {
+    result.failure = in_words(error, request.application);
   }
-  return says_nobody_there(error) ? open_by_entry(request, {})
-                                  : in_words(error, request.application);
+  return !says_nobody_there(error);
 }
 
 std::string Opener::in_words(const ErrorSlot& error, const std::string& application) const {
@@ -107,29 +151,53 @@ std::string Opener::in_words(const ErrorSlot& error, const std::string& applicat
   const bool remote = g_dbus_error_is_remote_error(error.get()) != FALSE;
   g_dbus_error_strip_remote_error(error.get());
   if (says_not_started(error)) {
-    return application + " could not be started: " + error.message();
+    return application + " could not be started: " + words_of(error);
   }
-  return remote ? application + " did not take the URLs: " + error.message()
-                : application + " could not be asked: " + error.message();
+  return remote ? application + " did not take the URLs: " + words_of(error)
+                : application + " could not be asked: " + words_of(error);
 }
 
-FailureReason Opener::open_by_entry(const OpenRequest& request, const std::string& bus_reason) {
+OpenResult Opener::open_by_entry(const OpenRequest& request, const std::string& bus_reason) const {
   const EntryHandle entry = find_entry(request.application);
   if (!entry) {
     const std::string why = bus_reason.empty() ? "" : " (" + bus_reason + ")";
     if (entry_exists(request.application)) {
-      return request.application + ".desktop is damaged, or its program is missing" + why +
-             "; install the application again";
+      return {request.application + ".desktop is damaged, or its program is missing" + why +
+              "; install the application again"};
     }
-    return "no application answers to " + request.application + why +
-           "; install the mail application or quoll-compose";
+    return {"no application answers to " + request.application + why +
+            "; install the mail application or quoll-compose"};
   }
   if (g_app_info_supports_uris(G_APP_INFO(entry.get())) == FALSE) {
-    return request.application + ".desktop takes no URLs";
+    return {request.application + ".desktop takes no URLs"};
   }
-  return start_program(entry.get(), {.uris = request.urls,
-                                     .arguments = {},
-                                     .tokens = request.background ? ActivationTokens{} : tokens_});
+  return start(entry.get(), request);
+}
+
+OpenResult Opener::start(GDesktopAppInfo* entry, const OpenRequest& request) const {
+  const bool tells = g_desktop_app_info_get_boolean(entry, kTakenPipeKey) != FALSE;
+  posix::Pipe taken = tells ? posix::make_pipe() : posix::Pipe{};
+  pid_t process = 0;
+  FailureReason failure =
+      start_program(entry,
+                    {.uris = request.urls,
+                     .arguments = {},
+                     .tokens = request.background ? ActivationTokens{} : tokens_,
+                     .taken_pipe = taken ? taken.writing.get() : -1},
+                    taken ? &process : nullptr);
+  taken.writing.reset();
+  if (failure || !taken.reading) {
+    return {std::move(failure)};
+  }
+  OpenResult result;
+  result.left_out =
+      read_left_out(taken.reading.get(), std::chrono::steady_clock::now() + time_out_);
+  if (result.left_out.starts_with('\n')) {
+    result.failure = request.application + " did not take the URLs";
+  } else if (ends_badly(process) && result.left_out.empty()) {
+    result.failure = request.application + " ended before it had taken the URLs";
+  }
+  return result;
 }
 
 }  // namespace quoll::gio

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gio/gdesktopappinfo.h>
+
 #include <chrono>
 
 #include "quoll/linux/gio/activation_tokens.h"
@@ -20,12 +22,18 @@ class Opener {
   Opener(ActivationTokens tokens, std::chrono::milliseconds time_out);
 
   /// Gives the URLs to the application over the bus, which starts it if need be, and waits for its
-  /// answer. When the bus does not know it, runs the `Exec` line of `<application>.desktop`.
-  [[nodiscard]] FailureReason open(const OpenRequest& request);
+  /// answer. When the bus does not know it, runs the `Exec` line of `<application>.desktop`, and
+  /// waits until the program has taken the URLs if its entry says that it tells.
+  [[nodiscard]] OpenResult open(const OpenRequest& request);
 
  private:
-  [[nodiscard]] FailureReason open_by_entry(const OpenRequest& request,
-                                            const std::string& bus_reason);
+  /// False when nobody is there.
+  [[nodiscard]] bool open_by_bus(GDBusConnection* connection, const OpenRequest& request,
+                                 std::chrono::steady_clock::time_point deadline,
+                                 OpenResult& result) const;
+  [[nodiscard]] OpenResult open_by_entry(const OpenRequest& request,
+                                         const std::string& bus_reason) const;
+  [[nodiscard]] OpenResult start(GDesktopAppInfo* entry, const OpenRequest& request) const;
   [[nodiscard]] std::string in_words(const ErrorSlot& error, const std::string& application) const;
 
   ActivationTokens tokens_;

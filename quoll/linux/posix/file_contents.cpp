@@ -8,7 +8,7 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -64,6 +64,17 @@ Outcome copy_range(int from, int to, off_t position, off_t end) {
     position += got;
   }
   return std::nullopt;
+}
+
+/// Copies what claims no size. Of the files of /proc and /sys some never end.
+Outcome copy_unsized(int from, int to) {
+  constexpr off_t kMost = off_t{64} << 20;
+  if (auto failure = copy_range(from, to, 0, kMost)) {
+    return failure;
+  }
+  std::uint64_t more = 0;  // some are read by whole numbers only
+  const ssize_t got = uninterrupted([&] { return ::pread(from, &more, sizeof more, kMost); });
+  return got > 0 ? Outcome(FileFailure{EFBIG, false}) : std::nullopt;
 }
 
 Outcome copy_around_holes(int from, int to) {
@@ -123,7 +134,7 @@ Outcome copy_contents(int from, int to) {
     return FileFailure{errno, false};
   }
   if (status.st_size == 0) {
-    return copy_range(from, to, 0, std::numeric_limits<off_t>::max());
+    return copy_unsized(from, to);
   }
   if (status.st_blocks < status.st_size / 512) {
     return copy_around_holes(from, to);

@@ -10,7 +10,7 @@ namespace quoll::posix {
 /// Copies the contents of a regular file into a new, empty one, sharing blocks where the file
 /// system can and leaving holes where the source has holes. A source that grows meanwhile is copied
 /// up to the size it had; one that shrinks, up to where it ends. One that claims no size (as files
-/// of /proc do) is read to its end.
+/// of /proc do) is read to its end; with more than 64 MiB it counts as having none, and is refused.
 [[nodiscard]] Outcome copy_contents(int from, int to);
 
 /// Gives `to` the permissions, times (to the nanosecond) and user extended attributes of `from`,

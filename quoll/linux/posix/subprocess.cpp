@@ -155,9 +155,11 @@ ProgramAnswer run_program(const std::vector<std::string>& command, std::size_t m
   bool ended = false;
   const bool is_read =
       read_until(output.reading.get(), answer.output, most + 1, ended, read_timeout, deadline);
-  process.end_by(ended ? deadline : Clock::now());
+  // It may close its output and stay.
+  const int trouble =
+      process.end_by(ended ? std::min(Clock::now() + read_timeout, deadline) : Clock::now());
   answer.complaint = foundation::printable(process.complaint(), kLongestComplaint);
-  if (!is_read) {
+  if (!is_read || (ended && trouble == ETIMEDOUT)) {
     answer.end = ProgramAnswer::End::kSilent;
   } else if (!ended) {
     answer.end = ProgramAnswer::End::kTooLong;

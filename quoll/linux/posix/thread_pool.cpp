@@ -7,6 +7,7 @@
 #include <exception>
 #include <functional>
 #include <mutex>
+#include <stdexcept>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -35,12 +36,13 @@ class Work : public std::enable_shared_from_this<Work> {
     changed_.notify_one();
   }
 
-  void start_pool() {
-    std::call_once(started_, [this] {
-      for (int i = 0; i < kThreads; ++i) {
-        start([this] { serve(); });
-      }
-    });
+  /// False when the pool has not a single thread; the next call tries again.
+  bool start_pool() {
+    const std::lock_guard lock(starting_);
+    for (int i = is_served_ ? kThreads : 0; i < kThreads; ++i) {
+      is_served_ |= start([this] { serve(); });
+    }
+    return is_served_;
   }
 
   /// False when the system has no thread left.
@@ -98,7 +100,8 @@ class Work : public std::enable_shared_from_this<Work> {
 
   static inline thread_local const Work* serving_ = nullptr;
 
-  std::once_flag started_;
+  std::mutex starting_;
+  bool is_served_ = false;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::condition_variable gone_;
@@ -114,9 +117,9 @@ class ThreadPool final : public platform::Queue {
   void async(QueuePriority priority, Block block) override {
     // A thread has the priority of the one that started it and cannot raise it: were the pool
     // started by the first block that a background block hands over, it would be slow for ever.
-    work_->start_pool();
+    const bool is_served = work_->start_pool();
     if (priority == QueuePriority::kDefault) {
-      work_->add(std::move(block));
+      add_to_pool(std::move(block), is_served);
       return;
     }
     const auto body = [block] {
@@ -126,11 +129,18 @@ class ThreadPool final : public platform::Queue {
       platform::run_block(block);
     };
     if (!work_->start(body)) {
-      work_->add(std::move(block));  // late is better than never
+      add_to_pool(std::move(block), is_served);  // late is better than never
     }
   }
 
  private:
+  void add_to_pool(Block block, bool is_served) {
+    if (!is_served) {
+      throw std::runtime_error("no thread can be started");
+    }
+    work_->add(std::move(block));
+  }
+
   std::shared_ptr<Work> work_ = std::make_shared<Work>();
 };
 
