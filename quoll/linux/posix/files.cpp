@@ -175,7 +175,7 @@ class PosixFiles final : public platform::NSFileManager {
     }
     const UniqueFd folder = open_file(std::string(path), O_RDONLY | O_DIRECTORY);
     std::vector<std::string> names;
-    if (!folder || list_folder(folder.get(), names) != 0) {
+    if (!folder || list_folder(folder.get(), names, Listed::kExisting) != 0) {
       return std::nullopt;
     }
     return names;
