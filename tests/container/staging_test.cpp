@@ -103,6 +103,22 @@ TEST_F(Staging, WithoutAContainerEachOperationLogsItsOwnLineOnce) {
   }
 }
 
+TEST_F(Staging, ARefusedNameIsInItsLine) {
+  ShareInit("../Escape");
+  EXPECT_TRUE(ShareFiles("a/b", list({"/a"})).empty());
+  EXPECT_TRUE(ShareDatas("..", list({Bytes{1}})).empty());
+  const auto lines = log->lines();
+  ASSERT_EQ(lines.size(), 3U);
+  EXPECT_TRUE(
+      lines[0].starts_with("shareInit Error Domain=NSCocoaErrorDomain Code=512 "
+                           "\"“../Escape” is not the name of one folder.\""))
+      << lines[0];
+  EXPECT_TRUE(lines[1].starts_with("Error shareFiles Error Domain=")) << lines[1];
+  EXPECT_NE(lines[1].find("“a/b”"), std::string::npos) << lines[1];
+  EXPECT_TRUE(lines[2].starts_with("Error shareDatas Error Domain=")) << lines[2];
+  EXPECT_NE(lines[2].find("“..”"), std::string::npos) << lines[2];
+}
+
 TEST_F(Staging, FilesOfOneNameGetTheNextFreeOnes) {
   ShareInit("Share");
   std::filesystem::create_directories(folder.path("a"));
