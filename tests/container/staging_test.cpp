@@ -5,6 +5,7 @@
 
 #include "quoll/container/group_container.h"
 #include "tests/container/container_test.h"
+#include "tests/container/redirecting_coordinator.h"
 
 namespace quoll {
 namespace {
@@ -253,6 +254,41 @@ TEST_F(Staging, ExcludesEveryoneFromTheFolderAndWritesImagesInOneStep) {
   const Access access{staging(), platform::NSFileCoordinatorWritingForDeleting};
   EXPECT_EQ(seen, (std::vector<Access>{access, access, access}));
   EXPECT_EQ(files->write_options, platform::NSDataWritingAtomic);
+}
+
+TEST_F(Staging, WorksAtTheLocationThatIsGiven) {
+  const auto script = std::make_shared<test::Redirecting::Script>();
+  script->path = folder.path("elsewhere");
+  const platform::ScopedDesktop other(test::redirected(*platform::current_desktop(), script));
+  std::filesystem::create_directories(staging());
+  folder.write("K7Q2M9XT4B.quoll/SharedData/Share/1", "of an earlier share");
+  folder.write("K7Q2M9XT4B.quoll/SharedData/Share/image.png", "of an earlier share");
+  std::filesystem::create_directories(script->path);
+  folder.write("elsewhere/old", "");
+  ShareInit("Share");
+  EXPECT_TRUE(std::filesystem::is_empty(script->path));
+  EXPECT_EQ(texts(ShareFiles("Share", list({folder.write("1", "new")}))),
+            std::vector{script->path + "/1"});
+  EXPECT_EQ(texts(ShareDatas("Share", list({Bytes{'p'}}))),
+            std::vector{script->path + "/image.png"});
+  EXPECT_EQ(test::read_file(script->path + "/1"), "new");
+  EXPECT_EQ(test::read_file(script->path + "/image.png"), "p");
+  EXPECT_EQ(script->asked, staging());
+  EXPECT_EQ(test::read_file(staging() + "/1"), "of an earlier share");
+  EXPECT_EQ(test::read_file(staging() + "/image.png"), "of an earlier share");
+}
+
+TEST_F(Staging, EachServiceHasAFolderOfItsOwn) {
+  ShareInit("Share");
+  ShareInit("Other");
+  const std::string path = folder.write("1", "");
+  const std::string other = folder.path("K7Q2M9XT4B.quoll/SharedData/Other");
+  EXPECT_EQ(texts(ShareFiles("Other", list({path}))), std::vector{other + "/1"});
+  EXPECT_EQ(texts(ShareDatas("Other", list({Bytes{1}}))), std::vector{other + "/image.png"});
+  ShareInit("Share");
+  EXPECT_TRUE(std::filesystem::exists(other + "/1"));
+  ShareInit("Other");
+  EXPECT_TRUE(std::filesystem::is_empty(other));
 }
 
 TEST_F(Staging, EmptyAndNullListsWriteNothing) {
