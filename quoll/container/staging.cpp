@@ -1,5 +1,7 @@
 #include "quoll/container/staging.h"
 
+#include <cerrno>
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -23,12 +25,29 @@ using foundation::List;
 using foundation::NSURL;
 using foundation::Value;
 
-/// None for a name that is not one folder inside the shared data: staging deletes what it names.
-std::shared_ptr<NSURL> staging_folder(std::string_view folder) {
-  if (folder.empty() || folder == "." || folder == ".." || folder.find('/') != std::string::npos) {
-    return nullptr;
+/// Logs what was done to the staging folder in vain.
+void log_failure(foundation::Pattern<1> pattern, foundation::QuollErrorCode code,
+                 const Error& error) {
+  platform::log_event({foundation::format(pattern, error), foundation::quoll_error(code, error)});
+}
+
+/// Staging deletes what is named.
+bool is_one_folder(std::string_view name) {
+  return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
+}
+
+/// Runs the accessor with the staging folder of that name while nobody else works on it. What goes
+/// wrong, a name that is not one folder in the shared data among it, is logged by `failure_line`.
+void with_staging_folder(std::string_view name, foundation::Pattern<1> failure_line,
+                         const std::function<void(const std::shared_ptr<NSURL>&)>& accessor) {
+  if (!is_one_folder(name)) {
+    Error refused = foundation::file_error(EINVAL, name, true);
+    refused.text = foundation::format("“%@” is not the name of one folder.", name);
+    log_failure(failure_line, foundation::kNotCoordinatedError, refused);
+    return;
   }
-  return foundation::URLByAppendingPathComponent(GroupDataPath(), folder);
+  container::with_coordinated_access(foundation::URLByAppendingPathComponent(GroupDataPath(), name),
+                                     failure_line, accessor);
 }
 
 /// What tells the two ways of staging apart.
@@ -44,9 +63,8 @@ struct StagingKind {
 
 List stage(std::string_view folder, const List& items, const StagingKind& kind) {
   List written;
-  container::with_coordinated_access(
-      staging_folder(folder), kind.coordination_failure,
-      [&](const std::shared_ptr<NSURL>& location) {
+  with_staging_folder(
+      folder, kind.coordination_failure, [&](const std::shared_ptr<NSURL>& location) {
         try {
           container::UniqueNames names(foundation::file_system_path(location).value_or(""));
           // The caller may go on adding to the list while files are copied.
@@ -93,30 +111,24 @@ std::optional<Error> write_buffer(const Value& item, const std::string& path) {
                                                                 platform::NSDataWritingAtomic);
 }
 
-void log_unprepared(foundation::Pattern<1> pattern, const Error& error) {
-  platform::log_event({foundation::format(pattern, error),
-                       foundation::quoll_error(foundation::kNotPreparedError, error)});
-}
-
 }  // namespace
 
 void ShareInit(std::string_view folder) {
-  container::with_coordinated_access(staging_folder(folder), "shareInit %@",
-                                     [](const std::shared_ptr<NSURL>& location) {
-                                       const auto files = platform::NSFileManager::defaultManager();
-                                       auto error = files->removeItemAtURL(location);
-                                       if (error) {
-                                         log_unprepared("shareInit delete %@", *error);
-                                       }
-                                       if (auto failure = files->createDirectoryAtURL(location)) {
-                                         error = std::move(failure);
-                                       }
-                                       // The removal's error is still there when the creation
-                                       // succeeds: the first share on a machine writes two lines.
-                                       if (error) {
-                                         log_unprepared("shareInit create %@", *error);
-                                       }
-                                     });
+  with_staging_folder(folder, "shareInit %@", [](const std::shared_ptr<NSURL>& location) {
+    const auto files = platform::NSFileManager::defaultManager();
+    auto error = files->removeItemAtURL(location);
+    if (error) {
+      log_failure("shareInit delete %@", foundation::kNotPreparedError, *error);
+    }
+    if (auto failure = files->createDirectoryAtURL(location)) {
+      error = std::move(failure);
+    }
+    // The removal's error is still there when the creation
+    // succeeds: the first share on a machine writes two lines.
+    if (error) {
+      log_failure("shareInit create %@", foundation::kNotPreparedError, *error);
+    }
+  });
 }
 
 List ShareFiles(std::string_view folder, const List& paths) {

@@ -20,8 +20,7 @@ namespace quoll::container {
 /// Answers what `GetGoodPath` answers, again and again for one folder, without its cost: a thousand
 /// files of one name would look at half a million paths. It remembers what it found, so it is good
 /// only while the caller keeps every other writer out, and the caller writes what it is given
-/// before it asks again. Behind the first name, a link that leads nowhere counts as
-/// taken: nothing can be written under its name.
+/// before it asks again.
 class UniqueNames {
  public:
   explicit UniqueNames(std::string folder) : folder_(std::move(folder)) {}

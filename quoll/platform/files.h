@@ -59,8 +59,9 @@ class NSFileManager : public foundation::Polymorphic {
   /// followed.
   [[nodiscard]] virtual bool isDirectoryAtPath(std::string_view path) = 0;
 
-  /// `contentsOfDirectoryAtPath:error:`: the names in a folder, in no order, without "." and "..";
-  /// none when it cannot be read.
+  /// `contentsOfDirectoryAtPath:error:`: the names in a folder, in no order, without "." and ".."
+  /// and without links that lead nowhere, which do not exist here either; none when the folder
+  /// cannot be read.
   [[nodiscard]] virtual std::optional<std::vector<std::string>> contentsOfDirectoryAtPath(
       std::string_view path) = 0;
 

@@ -45,7 +45,7 @@ std::string ExtensionAddress::fullName() const {
 std::string ExtensionAddress::prettyprint() const {
   std::string text = fullName();
   if (const Value of = company(); text.empty() && of.length() != 0) {
-    text = foundation::text_of(of);
+    text = *of.stringValue();  // bytes have a length too, but cannot be printed here
   }
   if (const Value at = mail(); at.length() != 0) {
     text += foundation::format(" <%@>", at);

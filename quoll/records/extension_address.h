@@ -41,7 +41,8 @@ class ExtensionAddress final : public foundation::Object, public Addressable {
   [[nodiscard]] std::string fullName() const;
 
   /// `prettyprint`: the full name, or the company when that is empty, followed by " <mail>";
-  /// trimmed at both ends. Raises when the company or the mail is neither null nor a text.
+  /// trimmed at both ends. Raises when one of them is neither null nor a text; bytes pass for a
+  /// mail, and empty bytes for no company.
   [[nodiscard]] std::string prettyprint() const;
 
   [[nodiscard]] foundation::Value address() const override { return mail(); }

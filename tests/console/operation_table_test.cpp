@@ -7,6 +7,8 @@
 #include <string>
 #include <tuple>
 
+#include "quoll/message/extension_message.h"
+
 namespace quoll::console {
 
 namespace {
@@ -46,6 +48,28 @@ TEST(OperationTable, OnlyOperationsThatChangeTheReceiverTellIt) {
                          row.name == "renderHtml";
     EXPECT_EQ(row.changes_receiver, changes) << row.name;
   }
+}
+
+TEST(OperationTable, HashesARecordByItsIdentity) {
+  const OperationTable table;
+  const auto hashes = table.named(Operation::Level::kInstance, "hash");
+  const auto row = std::find_if(hashes.begin(), hashes.end(), [](const Operation* one) {
+    return one->owner == "ExtensionMessage";
+  });
+  ASSERT_NE(row, hashes.end());
+  const auto hash = [&](const std::shared_ptr<ExtensionMessage>& message) {
+    Call call{.self = message, .arguments = {}, .seconds = {}};
+    return (*row)->run(call);
+  };
+  const auto one = ExtensionMessage::make();
+  const auto other = ExtensionMessage::make();
+  for (const auto& message : {one, other}) {
+    message->messageId = "id";
+    message->account = "account";
+  }
+  ASSERT_TRUE(one->isEqual(other.get()));
+  EXPECT_EQ(hash(one), hash(one));
+  EXPECT_NE(hash(one), hash(other));
 }
 
 }  // namespace

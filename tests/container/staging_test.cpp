@@ -5,6 +5,7 @@
 
 #include "quoll/container/group_container.h"
 #include "tests/container/container_test.h"
+#include "tests/container/redirecting_coordinator.h"
 
 namespace quoll {
 namespace {
@@ -101,6 +102,22 @@ TEST_F(Staging, WithoutAContainerEachOperationLogsItsOwnLineOnce) {
     ASSERT_NE(event.error->underlying(), nullptr);
     EXPECT_TRUE(event.text.ends_with(event.error->underlying()->description())) << event.text;
   }
+}
+
+TEST_F(Staging, ARefusedNameIsInItsLine) {
+  ShareInit("../Escape");
+  EXPECT_TRUE(ShareFiles("a/b", list({"/a"})).empty());
+  EXPECT_TRUE(ShareDatas("..", list({Bytes{1}})).empty());
+  const auto lines = log->lines();
+  ASSERT_EQ(lines.size(), 3U);
+  EXPECT_TRUE(
+      lines[0].starts_with("shareInit Error Domain=NSCocoaErrorDomain Code=512 "
+                           "\"“../Escape” is not the name of one folder.\""))
+      << lines[0];
+  EXPECT_TRUE(lines[1].starts_with("Error shareFiles Error Domain=")) << lines[1];
+  EXPECT_NE(lines[1].find("“a/b”"), std::string::npos) << lines[1];
+  EXPECT_TRUE(lines[2].starts_with("Error shareDatas Error Domain=")) << lines[2];
+  EXPECT_NE(lines[2].find("“..”"), std::string::npos) << lines[2];
 }
 
 TEST_F(Staging, FilesOfOneNameGetTheNextFreeOnes) {
@@ -237,6 +254,41 @@ TEST_F(Staging, ExcludesEveryoneFromTheFolderAndWritesImagesInOneStep) {
   const Access access{staging(), platform::NSFileCoordinatorWritingForDeleting};
   EXPECT_EQ(seen, (std::vector<Access>{access, access, access}));
   EXPECT_EQ(files->write_options, platform::NSDataWritingAtomic);
+}
+
+TEST_F(Staging, WorksAtTheLocationThatIsGiven) {
+  const auto script = std::make_shared<test::Redirecting::Script>();
+  script->path = folder.path("elsewhere");
+  const platform::ScopedDesktop other(test::redirected(*platform::current_desktop(), script));
+  std::filesystem::create_directories(staging());
+  folder.write("K7Q2M9XT4B.quoll/SharedData/Share/1", "of an earlier share");
+  folder.write("K7Q2M9XT4B.quoll/SharedData/Share/image.png", "of an earlier share");
+  std::filesystem::create_directories(script->path);
+  folder.write("elsewhere/old", "");
+  ShareInit("Share");
+  EXPECT_TRUE(std::filesystem::is_empty(script->path));
+  EXPECT_EQ(texts(ShareFiles("Share", list({folder.write("1", "new")}))),
+            std::vector{script->path + "/1"});
+  EXPECT_EQ(texts(ShareDatas("Share", list({Bytes{'p'}}))),
+            std::vector{script->path + "/image.png"});
+  EXPECT_EQ(test::read_file(script->path + "/1"), "new");
+  EXPECT_EQ(test::read_file(script->path + "/image.png"), "p");
+  EXPECT_EQ(script->asked, staging());
+  EXPECT_EQ(test::read_file(staging() + "/1"), "of an earlier share");
+  EXPECT_EQ(test::read_file(staging() + "/image.png"), "of an earlier share");
+}
+
+TEST_F(Staging, EachServiceHasAFolderOfItsOwn) {
+  ShareInit("Share");
+  ShareInit("Other");
+  const std::string path = folder.write("1", "");
+  const std::string other = folder.path("K7Q2M9XT4B.quoll/SharedData/Other");
+  EXPECT_EQ(texts(ShareFiles("Other", list({path}))), std::vector{other + "/1"});
+  EXPECT_EQ(texts(ShareDatas("Other", list({Bytes{1}}))), std::vector{other + "/image.png"});
+  ShareInit("Share");
+  EXPECT_TRUE(std::filesystem::exists(other + "/1"));
+  ShareInit("Other");
+  EXPECT_TRUE(std::filesystem::is_empty(other));
 }
 
 TEST_F(Staging, EmptyAndNullListsWriteNothing) {

@@ -11,6 +11,7 @@
 #include "quoll/records/extension_account.h"
 #include "quoll/records/extension_address.h"
 #include "tests/container/container_test.h"
+#include "tests/container/redirecting_coordinator.h"
 
 namespace quoll {
 namespace {
@@ -22,6 +23,8 @@ using foundation::List;
 using foundation::NSURL;
 using foundation::Value;
 using test::FailingFiles;
+using test::redirected;
+using test::Redirecting;
 
 const Error kFull{"D", 2, "full", {}};
 constexpr const char* kFullText = "Error Domain=D Code=2 \"full\"";
@@ -43,46 +46,6 @@ class Stores : public test::ContainerTest {
     std::ofstream(path) << content;
   }
 };
-
-/// Grants every access to another location, keeps what it was asked for, and may report an error.
-class Redirecting final : public platform::NSFileCoordinator {
- public:
-  struct Script {
-    std::string path;
-    bool runs = true;
-    std::optional<Error> error = {};
-    /// Whatever is there goes as soon as the access ends.
-    bool vanishes = false;
-    std::string asked = {};
-    platform::NSFileCoordinatorWritingOptions options{};
-  };
-
-  explicit Redirecting(std::shared_ptr<Script> script) : script_(std::move(script)) {}
-
-  std::optional<Error> coordinateWritingItemAtURL(
-      const std::shared_ptr<NSURL>& url, platform::NSFileCoordinatorWritingOptions options,
-      const std::function<void(const std::shared_ptr<NSURL>&)>& accessor) override {
-    script_->asked = foundation::file_system_path(url).value_or("");
-    script_->options = options;
-    if (script_->runs) {
-      accessor(platform::fileURLWithPath(script_->path));
-    }
-    if (script_->vanishes) {
-      std::filesystem::remove_all(script_->path);
-    }
-    return script_->error;
-  }
-
- private:
-  std::shared_ptr<Script> script_;
-};
-
-platform::Desktop redirected(const platform::Desktop& desktop,
-                             const std::shared_ptr<Redirecting::Script>& script) {
-  platform::Desktop changed = desktop;
-  changed.coordinator = [script] { return std::make_unique<Redirecting>(script); };
-  return changed;
-}
 
 std::vector<std::string> mails(const List& records) {
   std::vector<std::string> out;

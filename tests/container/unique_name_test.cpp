@@ -72,6 +72,22 @@ TEST_F(UniqueName, AFolderTakesANameToo) {
   EXPECT_EQ(GetGoodPath("a.txt", folder.path()), folder.path("a_1.txt"));
 }
 
+TEST_F(UniqueName, ALinkThatLeadsNowhereTakesNoName) {
+  const auto link = [&](const char* name) {
+    std::filesystem::create_symlink("nowhere", folder.path(name));
+  };
+  link("b.txt");
+  EXPECT_EQ(GetGoodPath("b.txt", folder.path()), folder.path("b.txt"));
+  EXPECT_EQ(UniqueNames(folder.path()).good_path("b.txt"), folder.path("b.txt"));
+  take("a.txt");
+  link("a_1.txt");
+  EXPECT_EQ(GetGoodPath("a.txt", folder.path()), folder.path("a_1.txt"));
+  EXPECT_EQ(UniqueNames(folder.path()).good_path("a.txt"), folder.path("a_1.txt"));
+  std::filesystem::create_symlink("a.txt", folder.path("c.txt"));
+  EXPECT_EQ(UniqueNames(folder.path()).good_path("c.txt"), folder.path("c_1.txt"))
+      << "a link to a file takes its name";
+}
+
 TEST_F(UniqueName, WorksInAFolderThatCannotBeListed) {
   files->fail(test::FailingFiles::Operation::kList, 1, {});
   take("a.txt");

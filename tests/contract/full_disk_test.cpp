@@ -53,7 +53,9 @@ TEST_F(FullDisk, WhatDoesNotFitIsToldAndLeavesNothing) {
   auto error = files_->copyItemAtPath(source, mount_ + "/y");
   ASSERT_TRUE(error);
   EXPECT_EQ(error->code, foundation::NSFileWriteOutOfSpaceError);
-  EXPECT_EQ(*error->detail("NSFilePath"), source);
+  EXPECT_EQ(*error->detail("NSFilePath"), mount_ + "/y");
+  EXPECT_EQ(*error->detail("NSSourceFilePathErrorKey"), source);
+  EXPECT_EQ(error->text, "“y” couldn’t be written because there is not enough space.");
   EXPECT_TRUE(is_empty());
 
   fs::create_directories(folder_.path("f/sub"));

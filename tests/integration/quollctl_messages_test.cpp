@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "tests/integration/process.h"
+#include "tests/integration/private_bus.h"
 #include "tests/support/temporary_folder.h"
 
 /// The commands of quollctl that work on messages in files.
@@ -119,6 +119,22 @@ TEST_F(QuollctlMessagesTest, SaysThatNobodyTookTheCommand) {
   EXPECT_EQ(failed.status, 1);
   EXPECT_NE(failed.errors.find("has not taken the command reply"), std::string::npos)
       << failed.errors;
+}
+
+TEST_F(QuollctlMessagesTest, CallOpensAnyUrl) {
+  const test::PrivateBus bus;
+  const std::string record = bus.path("record");
+  test::Process receiver({RECEIVER_DOUBLE, "bus", "it.vorlent.quoll2", "answer", record},
+                         bus.environment());
+  ASSERT_EQ(receiver.read_line(), "ready");
+  const std::string request =
+      R"({"op": "LaunchCommands:background:", "class": "ExtensionUtilities", "args": )"
+      R"([[{"$url": "http://h/"}, {"$url": "QUOLL://compose?"}], false]})";
+  const Ended called =
+      test::run({"sh", "-c", "\"$0\" call <\"$1\"", QUOLLCTL, folder_.write("request", request)},
+                bus.environment());
+  EXPECT_TRUE(called.output.starts_with(R"({"result":true)")) << called.output;
+  EXPECT_EQ(test::read_file(record), "uri http://h/\nuri QUOLL://compose?\n");
 }
 
 TEST_F(QuollctlMessagesTest, TakesKnownCommandsOnly) {

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <future>
+
 namespace quoll {
 namespace {
 
@@ -23,6 +26,37 @@ TEST(ParsedMessage, HasFourListsOfItsOwn) {
   EXPECT_TRUE(message->cc().empty());
   EXPECT_TRUE(message->bcc().empty());
   EXPECT_TRUE(message->attachments().empty());
+}
+
+/// What another thread makes of a message that this one holds, and changes, for a while.
+template <typename Make>
+auto made_meanwhile(ExtensionMessage& message, const Make& make) {
+  auto lock = message.synchronized();
+  std::promise<void> started;
+  auto made = std::async(std::launch::async, [&] {
+    started.set_value();
+    return make();
+  });
+  started.get_future().wait();
+  EXPECT_EQ(made.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout)
+      << "it waits for the lock";
+  message.attachments().addObject("/late");
+  lock.unlock();
+  return made.get();
+}
+
+TEST(Message, ItsUrlWaitsForItsLock) {
+  const auto message = ExtensionMessage::make();
+  const auto url = made_meanwhile(*message, [&] { return message->queryUrl("compose"); });
+  ASSERT_NE(url, nullptr);
+  EXPECT_EQ(url->absoluteString(), "quoll://compose?attachment_0=%2Flate");
+}
+
+TEST(Message, ItsHtmlWaitsForItsLock) {
+  const auto message = ExtensionMessage::make();
+  message->htmlBody = "body";
+  EXPECT_EQ(made_meanwhile(*message, [&] { return message->renderHtml(); }),
+            "body<img src=\"file:///late\"/><br/>");
 }
 
 }  // namespace

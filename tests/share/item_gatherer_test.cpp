@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <filesystem>
 #include <thread>
 
 #include "quoll/container/staging.h"
@@ -31,12 +32,13 @@ Value file(std::string_view path) {
 }
 
 /// Gathers on the test's queue and answers the message once the completion has run.
-std::shared_ptr<ExtensionMessage> gather(test::ShareTest& share, NSExtensionContext::Items items) {
+std::shared_ptr<ExtensionMessage> gather(test::ShareTest& share, NSExtensionContext::Items items,
+                                         const std::string& service = "Share") {
   std::shared_ptr<ExtensionMessage> gathered;
   int completions = 0;
-  ExtensionUtilities::ShareInit("Share");
+  ExtensionUtilities::ShareInit(service);
   ExtensionUtilities::GetItemForExtension(
-      std::make_shared<test::ScriptedContext>(std::move(items)), "Share",
+      std::make_shared<test::ScriptedContext>(std::move(items)), service,
       [&](const std::shared_ptr<ExtensionMessage>& message, const std::optional<Error>& error) {
         EXPECT_FALSE(error);
         gathered = message;
@@ -126,6 +128,53 @@ TEST(Gathering, TextComesBeforeTheLinksOfItsItem) {
   const auto message =
       gather(share, {item({provider("public.url", link("http://a"))}, "T", "styled")});
   EXPECT_EQ(message->htmlBody(), "<doc>styled</doc><br/><a href=\"http://a\">http://a</a>");
+}
+
+TEST(Gathering, TextsAndAttachmentsComeItemByItem) {
+  test::ShareTest share;
+  const std::string one = share.folder.write("1.txt", "1");
+  const std::string two = share.folder.write("2.txt", "2");
+  const auto message = gather(
+      share,
+      {item({provider("public.url", link("http://1")), provider("public.file-url", file(one)),
+             provider("public.url", link("http://1b"))},
+            "First", "one"),
+       item({}, std::nullopt, "between"),
+       item({provider("public.file-url", file(two)), provider("public.url", link("http://2"))},
+            "Second", "two")});
+  EXPECT_EQ(
+      message->htmlBody(),
+      "<doc>one</doc><br/><a href=\"http://1\">http://1</a><a href=\"http://1b\">http://1b</a>"
+      "<doc>between</doc><br/><doc>two</doc><br/><a href=\"http://2\">http://2</a>");
+  EXPECT_EQ(message->subject(), "Second");
+  EXPECT_EQ(attachments(*message),
+            (std::vector{share.staging() + "/1.txt", share.staging() + "/2.txt"}));
+}
+
+TEST(Gathering, FilesAndImagesAreStagedUnderTheServiceThatIsNamed) {
+  test::ShareTest share;
+  const std::string path = share.folder.write("a.txt", "x");
+  const auto message = gather(share,
+                              {item({provider("public.file-url", file(path)),
+                                     provider("public.png", test::bytes_of("pixels"))})},
+                              "Other");
+  const std::string other = share.folder.path("K7Q2M9XT4B.quoll/SharedData/Other");
+  EXPECT_EQ(attachments(*message), (std::vector{other + "/a.txt", other + "/image.png"}));
+  EXPECT_FALSE(std::filesystem::exists(share.staging()));
+}
+
+TEST(Gathering, AFileUrlThatIsNotUtf8NamesItsFile) {
+  test::ShareTest share;
+  const std::string text = share.folder.write("caf\xE9.txt", "content");
+  const std::string picture = share.folder.write("\xFF", "pixels");
+  const auto message = gather(
+      share,
+      {item({provider("public.file-url", file(text)), provider("public.png", file(picture))})});
+  EXPECT_EQ(attachments(*message),
+            (std::vector{share.staging() + "/caf%E9.txt", share.staging() + "/image.png"}));
+  EXPECT_EQ(test::read_file(share.staging() + "/caf%E9.txt"), "content");
+  EXPECT_EQ(test::read_file(share.staging() + "/image.png"), "PNG of pixels");
+  EXPECT_TRUE(lines(share).empty());
 }
 
 TEST(Gathering, EmptyTextAddsNothing) {

@@ -82,6 +82,9 @@ class ScriptedContext final : public platform::NSExtensionContext {
   }
   void cancelRequestWithError(const foundation::Error& error) override {
     cancelled.push_back(error);
+    if (at_cancel) {
+      at_cancel();
+    }
     if (events_ != nullptr) {
       events_->add("cancel");
     }
@@ -89,6 +92,7 @@ class ScriptedContext final : public platform::NSExtensionContext {
 
   std::vector<Items> completed;
   std::vector<foundation::Error> cancelled;
+  std::function<void()> at_cancel;
   bool handler_given = false;
 
  private:

@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "tests/share/scripted_share.h"
+#include "tests/support/failing_files.h"
 
 namespace quoll {
 namespace {
@@ -64,6 +65,58 @@ TEST(ShareViewController, CancelsTheRequestBeforeAnythingIsLoaded) {
   EXPECT_TRUE(context->cancelled[0].text.empty());
   EXPECT_TRUE(context->cancelled[0].user_info.empty()) << "no user information";
   EXPECT_TRUE(context->completed.empty()) << "never completed";
+}
+
+/// Notes that a block came and keeps it.
+class NotingQueue final : public platform::Queue {
+ public:
+  explicit NotingQueue(test::Events& events) : events_(events) {}
+  void async(platform::QueuePriority priority, std::function<void()> block) override {
+    events_.add("dispatch");
+    held_.async(priority, std::move(block));
+  }
+  void run() { held_.run(); }
+
+ private:
+  test::Events& events_;
+  test::HeldQueue held_;
+};
+
+TEST(ShareViewController, LoadsItsViewInFourSteps) {
+  test::ShareTest desktop;
+  test::Events events;
+  using Operation = test::FailingFiles::Operation;
+  const auto files = std::make_shared<test::FailingFiles>(posix::make_file_manager());
+  files->at_call = [&](Operation operation) {
+    if (operation != Operation::kContainer) {
+      events.add(operation == Operation::kRemove            ? "remove"
+                 : operation == Operation::kCreateDirectory ? "create"
+                                                            : "another call");
+    }
+  };
+  const auto queue = std::make_shared<NotingQueue>(events);
+  platform::Desktop noting = *platform::current_desktop();
+  noting.files = files;
+  noting.queue = queue;
+  const platform::ScopedDesktop scoped(std::move(noting));
+  const auto asked = std::make_shared<test::ScriptedProvider>(
+      "public.url", [](const auto& handler) { handler(NSURL::URLWithString("http://a"), {}); },
+      &events);
+  const auto context = std::make_shared<test::ScriptedContext>(
+      platform::NSExtensionContext::Items{item({asked})}, &events);
+  ShareViewController controller;
+  controller.set_extension_context(context);
+  context->at_cancel = [&] {
+    if (context->cancelled.size() == 1) {
+      // A view that was not made yet would be loaded here, from the first step on.
+      EXPECT_NE(controller.view(), nullptr);
+    }
+  };
+  EXPECT_NE(controller.view(), nullptr);
+  EXPECT_EQ(events.all(), (std::vector<std::string>{"remove", "create", "cancel", "dispatch"}));
+  queue->run();
+  EXPECT_EQ(events.all().back(), "load public.url");
+  EXPECT_EQ(events.all().size(), 5U);
 }
 
 TEST(ShareViewController, EmptiesTheStagingFolderFirst) {

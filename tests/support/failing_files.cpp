@@ -25,6 +25,9 @@ std::vector<std::string> FailingFiles::read() const {
 }
 
 std::optional<Error> FailingFiles::next(Operation operation) {
+  if (at_call) {
+    at_call(operation);
+  }
   const std::lock_guard lock(mutex_);
   const auto found = failures_.find({operation, ++calls_[operation]});
   return found == failures_.end() ? std::nullopt : std::optional(found->second);

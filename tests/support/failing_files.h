@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -46,6 +47,8 @@ class FailingFiles final : public platform::NSFileManager {
                                                platform::NSDataWritingOptions options) override;
   std::string currentDirectoryPath() override { return inner_->currentDirectoryPath(); }
 
+  /// Told of each call before it is made, on the calling thread. Set it before threads start.
+  std::function<void(Operation)> at_call;
   /// The options of the last write.
   std::atomic<platform::NSDataWritingOptions> write_options{};
 

@@ -145,8 +145,12 @@ std::optional<Error> MemoryFiles::copyItemAtPath(std::string_view source,
   if (number == 0) {
     return std::nullopt;
   }
-  Error error = foundation::file_error(number, source, writing);
-  error.user_info.emplace_back("NSDestinationFilePath", std::string(destination));
+  Error error = foundation::file_error(number, writing ? destination : source, writing);
+  if (writing) {
+    error.user_info.emplace_back("NSSourceFilePathErrorKey", std::string(source));
+  } else {
+    error.user_info.emplace_back("NSDestinationFilePath", std::string(destination));
+  }
   return error;
 }
 

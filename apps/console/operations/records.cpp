@@ -1,3 +1,5 @@
+#include <functional>
+
 #include "apps/console/operations/binding.h"
 #include "apps/console/operations/record_classes.h"
 #include "quoll/records/extension_account.h"
@@ -19,13 +21,20 @@ std::string setter_name(std::string_view field) {
   return name;
 }
 
-/// Adds the operations of a record class: its factory, and a getter and a setter for each field.
+/// By identity: equal records have different ones.
+Value hash(Call& call) {
+  return std::hash<foundation::Object*>()(call.self.object().get());
+}
+
+/// Adds the operations of a record class: its factory, its hash, and a getter and a setter for each
+/// field.
 void add_record_class(const RecordClass& known, std::vector<Operation>& rows) {
   const std::string owner(known.name);
   for (const char* factory : {"new", "init"}) {
     rows.push_back(
         {factory, owner, kClass, 0, [make = known.make](Call&) -> Value { return make(); }});
   }
+  rows.push_back({"hash", owner, kInstance, 0, hash});
   for (const RecordField& field : known.fields) {
     rows.push_back({std::string(field.name), owner, kInstance, 0,
                     [get = field.get](Call& call) { return get(*call.self.object()); }});

@@ -159,8 +159,12 @@ class PosixFiles final : public platform::NSFileManager {
     if (!failure) {
       return std::nullopt;
     }
-    Error error = error_of(*failure, source);
-    error.user_info.emplace_back("NSDestinationFilePath", std::string(destination));
+    Error error = error_of(*failure, failure->writing ? destination : source);
+    if (failure->writing) {
+      error.user_info.emplace_back("NSSourceFilePathErrorKey", std::string(source));
+    } else {
+      error.user_info.emplace_back("NSDestinationFilePath", std::string(destination));
+    }
     return error;
   }
 
@@ -175,7 +179,7 @@ class PosixFiles final : public platform::NSFileManager {
     }
     const UniqueFd folder = open_file(std::string(path), O_RDONLY | O_DIRECTORY);
     std::vector<std::string> names;
-    if (!folder || list_folder(folder.get(), names) != 0) {
+    if (!folder || list_folder(folder.get(), names, Listed::kExisting) != 0) {
       return std::nullopt;
     }
     return names;

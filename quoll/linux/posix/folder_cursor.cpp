@@ -22,7 +22,20 @@ FileIdentity identity_of(int fd) {
   return ::fstat(fd, &status) == 0 ? FileIdentity{status.st_dev, status.st_ino} : FileIdentity{};
 }
 
-int list_folder(int folder, std::vector<std::string>& names) {
+namespace {
+
+/// False for a link that leads nowhere. Only what may be a link costs a look at the disk.
+bool exists(int folder, const dirent& entry) {
+  if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) {
+    return true;
+  }
+  struct stat status {};
+  return ::fstatat(folder, entry.d_name, &status, 0) == 0;
+}
+
+}  // namespace
+
+int list_folder(int folder, std::vector<std::string>& names, Listed which) {
   // Opened anew: a descriptor that names the folder only will do, and its offset stays.
   UniqueFd opened = open_folder(folder, ".");
   if (!opened) {
@@ -40,7 +53,7 @@ int list_folder(int folder, std::vector<std::string>& names) {
       return errno;
     }
     const std::string_view name = entry->d_name;
-    if (name != "." && name != "..") {
+    if (name != "." && name != ".." && (which == Listed::kAll || exists(folder, *entry))) {
       names.emplace_back(name);
     }
   }

@@ -22,8 +22,15 @@ struct FileIdentity {
 /// Opens a folder for reading, never through a link; none with `errno` set.
 [[nodiscard]] UniqueFd open_folder(int parent, const std::string& name);
 
+/// Which names of a folder are listed.
+enum class Listed {
+  kAll,
+  kExisting,  ///< without links that lead nowhere
+};
+
 /// The names in an open folder without "." and "..", in no order. Answers 0 or an `errno` value.
-[[nodiscard]] int list_folder(int folder, std::vector<std::string>& names);
+[[nodiscard]] int list_folder(int folder, std::vector<std::string>& names,
+                              Listed which = Listed::kAll);
 
 /// A place in a tree of folders. It goes down by name, never through a link, and up again, and
 /// holds one descriptor however deep it is.
