@@ -97,8 +97,10 @@ bool is_quoted(std::string_view text) {
 }
 
 bool is_domain(std::string_view text) {
-  return is_words(text) || (text.size() > 2 && text.front() == '[' && text.back() == ']' &&
-                            text.find_first_of("[]\\", 1) == text.size() - 1);
+  return (is_words(text) && text.front() != '.' && text.back() != '.' &&
+          text.find("..") == std::string_view::npos) ||
+         (text.size() > 2 && text.front() == '[' && text.back() == ']' &&
+          text.find_first_of("[]\\", 1) == text.size() - 1);
 }
 
 bool is_address(std::string_view text) {

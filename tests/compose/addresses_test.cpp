@@ -67,6 +67,8 @@ TEST(Addresses, WhatIsNoneStaysWhereAPersonSeesIt) {
                "Ann <b@x>"},
            Row{"words of a group", "g: root, a@x", "g: root <root>, a@x;", "a@x"},
            Row{"two signs", "a@b@c", "\"a@b@c\" <>", ""},
+           Row{"a domain with an empty part", "a@x.;a@.x;a@x..y",
+               "\"a@x.\" <>, \"a@.x\" <>, \"a@x..y\" <>", ""},
            Row{"no domain", "a@", "\"a@\" <>", ""},
            Row{"nothing in brackets", "Ann <>", "Ann <>", ""},
            Row{"brackets alone", "<>", "\"<>\" <>", ""},
