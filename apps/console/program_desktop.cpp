@@ -50,7 +50,8 @@ class ErrorLog final : public platform::Log {
 
 std::shared_ptr<platform::NSBundle> make_bundle() {
   return posix::make_program_bundle(
-      share::kIdentifier, posix::installed_file(posix::InstalledFolder::kData, "Info.plist"));
+      share::kIdentifier, posix::installed_file(posix::InstalledFolder::kData, "Info.plist"),
+      posix::installed_file(posix::InstalledFolder::kCatalogues, ""));
 }
 
 }  // namespace

@@ -88,7 +88,8 @@ std::shared_ptr<CountingQueue> install_desktop(std::shared_ptr<platform::NSWorks
   }
   platform::Desktop desktop = recording::recorded({
       .bundle = posix::make_program_bundle(
-          kIdentifier, posix::installed_file(posix::InstalledFolder::kData, "Info.plist")),
+          kIdentifier, posix::installed_file(posix::InstalledFolder::kData, "Info.plist"),
+          posix::installed_file(posix::InstalledFolder::kCatalogues, "")),
       .files = posix::make_file_manager(),
       .coordinator = posix::coordinator_factory(),
       .workspace = std::move(workspace),

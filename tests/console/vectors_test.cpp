@@ -48,6 +48,7 @@ std::map<std::string, std::string> variables(const VectorCase& vector,
                                          {"LC_ALL", "en_US.UTF-8"},
                                          {"LC_TIME", ""},
                                          {"LANG", ""},
+                                         {"LANGUAGE", ""},
                                          {"TZ", "UTC"}};
   for (const auto& [name, value] : vector.environment) {
     all[name] = folders.fill(value);

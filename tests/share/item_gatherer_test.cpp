@@ -170,6 +170,7 @@ TEST(Gathering, AFileUrlThatIsNotUtf8NamesItsFile) {
   const auto message = gather(
       share,
       {item({provider("public.file-url", file(text)), provider("public.png", file(picture))})});
+  ASSERT_NE(message, nullptr);
   EXPECT_EQ(attachments(*message),
             (std::vector{share.staging() + "/caf%E9.txt", share.staging() + "/image.png"}));
   EXPECT_EQ(test::read_file(share.staging() + "/caf%E9.txt"), "content");

@@ -17,6 +17,8 @@ const char* from_programs(InstalledFolder folder) {
       return QUOLL_MODULES_FROM_PROGRAMS;
     case InstalledFolder::kData:
       return QUOLL_DATA_FROM_PROGRAMS;
+    case InstalledFolder::kCatalogues:
+      return QUOLL_CATALOGUES_FROM_PROGRAMS;
   }
   return "";
 }

@@ -11,6 +11,7 @@ enum class InstalledFolder {
   kHelpers,   ///< programs that other programs call
   kModules,   ///< what programs load
   kData,
+  kCatalogues,  ///< message catalogues, a folder each language
 };
 
 /// The path of a file that is installed together with the running program, wherever that is; empty
