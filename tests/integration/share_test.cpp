@@ -197,16 +197,14 @@ TEST_F(Share, StyledTextHasLinksToTheNetOnly) {
 
 TEST_F(Share, WithoutAContainerLinksStillArrive) {
   const std::string file = home_.write("a.txt", "x");
-  for (const std::string& nowhere : {std::string("/proc/nowhere"), home_.path("caf\xE9")}) {
-    home_.environment()["QUOLL_GROUP_CONTAINERS"] = nowhere;
-    const Ended ended = home_.print({"https://h/", file});
-    EXPECT_EQ(ended.status, 3);
-    EXPECT_NE(ended.errors.find("left out: " + file + ": the shared folder cannot be used\n"),
-              std::string::npos)
-        << ended.errors;
-    EXPECT_NE(ended.errors.find("\nthe shared folder cannot be used: "), std::string::npos);
-    EXPECT_EQ(message_of(ended.output)->htmlBody(), Value("<a href=\"https://h/\">https://h/</a>"));
-  }
+  home_.environment()["QUOLL_GROUP_CONTAINERS"] = "/proc/nowhere";
+  const Ended ended = home_.print({"https://h/", file});
+  EXPECT_EQ(ended.status, 3);
+  EXPECT_NE(ended.errors.find("left out: " + file + ": the shared folder cannot be used\n"),
+            std::string::npos)
+      << ended.errors;
+  EXPECT_NE(ended.errors.find("\nthe shared folder cannot be used: "), std::string::npos);
+  EXPECT_EQ(message_of(ended.output)->htmlBody(), Value("<a href=\"https://h/\">https://h/</a>"));
 }
 
 TEST_F(Share, StandardOutputThatCannotBeWritten) {

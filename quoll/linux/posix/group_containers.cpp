@@ -4,7 +4,6 @@
 #include <cstdlib>
 
 #include "quoll/foundation/path.h"
-#include "quoll/foundation/text.h"
 #include "quoll/linux/posix/paths.h"
 
 namespace quoll::posix {
@@ -18,7 +17,9 @@ std::optional<std::string> absolute(const char* path) {
   return normalised_path(path);
 }
 
-std::optional<std::string> folder_of_environment() {
+}  // namespace
+
+std::optional<std::string> group_containers_folder() {
   if (const char* chosen = std::getenv("QUOLL_GROUP_CONTAINERS")) {
     return absolute(chosen);
   }
@@ -31,14 +32,6 @@ std::optional<std::string> folder_of_environment() {
     data = foundation::appending_path_component(*home, ".local/share");
   }
   return foundation::appending_path_component(*data, "group-containers");
-}
-
-}  // namespace
-
-std::optional<std::string> group_containers_folder() {
-  auto folder = folder_of_environment();
-  // A command URL names staged files, and who reads it gets texts: no other path would arrive.
-  return folder && foundation::is_utf8(*folder) ? folder : std::nullopt;
 }
 
 std::optional<ContainerLocation> locate_in_container(std::string_view path) {

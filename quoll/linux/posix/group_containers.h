@@ -9,8 +9,7 @@ namespace quoll::posix {
 
 /// The folder that holds them, an absolute normalised path: `$QUOLL_GROUP_CONTAINERS` when that is
 /// set (then only there), else `${XDG_DATA_HOME:-~/.local/share}/group-containers`. None when what
-/// is set is not an absolute path, none without a home, and none when the path is not UTF-8. It is
-/// not made by this call.
+/// is set is not an absolute path, and none without a home. It is not made by this call.
 [[nodiscard]] std::optional<std::string> group_containers_folder();
 
 /// A location by its container: `/data/group-containers/g/Shared/x` is
