@@ -146,7 +146,7 @@ void NewDraft::keep(int file, const std::string& name) {
   if (linkat(AT_FDCWD, source.c_str(), folder_.fd(), path.c_str(), AT_SYMLINK_FOLLOW) == 0) {
     return;
   }
-  if (errno != EXDEV && errno != EPERM && errno != EMLINK) {
+  if (errno != EXDEV && errno != EPERM && errno != EMLINK && errno != ENOENT) {
     cannot_take(name, errno);
   }
   const posix::UniqueFd copy(openat(folder_.fd(), path.c_str(),

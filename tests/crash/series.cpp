@@ -23,7 +23,7 @@ struct Point {
 
 /// The calls of some unharmed shares. How often a thread waits for another is not always the same.
 struct Plan {
-  Images images;
+  std::unique_ptr<Subject> subject;
   std::vector<Point> points;
   long fewest = 0;
   long most = 0;
@@ -46,13 +46,13 @@ struct Progress {
 
 Plan make_plan(const Series& series, const SeriesOptions& options) {
   const long beyond = options.only_changes ? 0 : 2;  // more than was seen of each thread
-  Scene scene;
   Plan plan;
-  plan.images = scene.learn();
+  plan.subject = series.make();
   Calls longest;
   for (int i = 0; i < options.unharmed; ++i) {
     long all = 0;
-    for (const auto& [lane, calls] : count_calls(scene, series.world, options.only_changes)) {
+    for (const auto& [lane, calls] :
+         count_calls(*plan.subject, series.world, options.only_changes)) {
       longest[lane] = std::max(longest[lane], calls);
       all += calls;
     }
@@ -95,13 +95,13 @@ void count(const Result& result, Progress& progress) {
 }
 
 /// All trials of one point: one, or one for each fault that the call can have.
-void try_point(Scene& scene, const Series& series, std::size_t number, const Point& point,
+void try_point(Subject& subject, const Series& series, std::size_t number, const Point& point,
                const SeriesOptions& options, Progress& progress) {
   std::size_t faults = 1;
   bool was_harmed = false;
   bool ended_before = false;
   for (std::size_t fault = 0; fault < faults; ++fault) {
-    const Result result = run_trial(scene,
+    const Result result = run_trial(subject,
                                     {.harm = series.harm,
                                      .world = series.world,
                                      .lane = point.lane,
@@ -122,12 +122,11 @@ void try_point(Scene& scene, const Series& series, std::size_t number, const Poi
 
 int work(const Series& series, const SeriesOptions& options, const Plan& plan, Progress& progress) {
   try {
-    Scene scene;
-    scene.know(plan.images);
+    const std::unique_ptr<Subject> subject = plan.subject->another();
     const std::size_t all = plan.points.size();
     const std::size_t end = options.to > 0 ? std::min(options.to + 1, all) : all;
     for (std::size_t at = 0; (at = progress.next.fetch_add(options.every)) < end;) {
-      try_point(scene, series, at, plan.points[at], options, progress);
+      try_point(*subject, series, at, plan.points[at], options, progress);
     }
     return 0;
   } catch (const std::exception& error) {
@@ -176,7 +175,7 @@ SeriesResult run_series(const Series& series, const SeriesOptions& options) {
   const auto took =
       std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - began);
   const bool is_fault = series.harm == Harm::kFault;
-  std::cout << "  " << plan.fewest << " to " << plan.most << " calls in an unharmed share, "
+  std::cout << "  " << plan.fewest << " to " << plan.most << " calls in an unharmed run, "
             << progress.points << " points harmed in " << progress.trials << " trials\n  "
             << progress.ended_before << " points beyond the end of the thread's run";
   if (is_fault) {

@@ -4,16 +4,18 @@
 #include <array>
 #include <thread>
 
+#include "tests/crash/receiver_subject.h"
 #include "tests/crash/trial.h"
 
 namespace quoll::crash {
 
-/// A row of trials: at least one at each call that a share makes.
+/// A row of trials: at least one at each call that a program makes.
 struct Series {
   const char* name;
   const char* words;
   Harm harm;
   World world;
+  std::unique_ptr<Subject> (*make)() = make_share;
 };
 
 inline constexpr Series kSeries[] = {
@@ -28,6 +30,17 @@ inline constexpr Series kSeries[] = {
      "the call fails, on the first share of a machine with a plain file system",
      Harm::kFault,
      {.is_modern = false, .is_new = true}},
+    {"receiver-kill-all",
+     "every process of the receiver killed",
+     Harm::kKillAll,
+     {},
+     make_receiver},
+    {"receiver-kill-one",
+     "the process killed that makes the call, of the receiver's",
+     Harm::kKillOne,
+     {},
+     make_receiver},
+    {"receiver-fault", "the call of the receiver fails", Harm::kFault, {}, make_receiver},
 };
 
 struct SeriesOptions {

@@ -21,12 +21,7 @@ class Worldly : public Steps {
  public:
   explicit Worldly(const World& world) : world_(world) {}
 
-  Step at(const Call& call) override {
-    if (!world_.is_modern && needs_modern_files(call)) {
-      return {.kind = Step::Kind::kFail, .error = EOPNOTSUPP};
-    }
-    return {};
-  }
+  Step at(const Call& call) override { return step_of_world(world_, call); }
   [[nodiscard]] bool is_done() const override { return world_.is_modern; }
 
  private:
@@ -53,10 +48,13 @@ class Counting final : public Worldly {
 
 class Harming final : public Worldly {
  public:
-  Harming(const Trial& trial, Result& result)
-      : Worldly(trial.world), trial_(trial), result_(result) {}
+  Harming(const Trial& trial, Subject& subject, Result& result)
+      : Worldly(trial.world), trial_(trial), subject_(subject), result_(result) {}
 
   Step at(const Call& call) override {
+    if (!is_over_) {
+      subject_.entered(call);
+    }
     if (!is_over_ && (trial_.lane == kEveryLane || trial_.lane == call.lane) &&
         (!trial_.only_changes || changes_a_file(call)) && ++result_.calls == trial_.call) {
       is_over_ = true;
@@ -95,30 +93,29 @@ class Harming final : public Worldly {
   }
 
   Trial trial_;
+  Subject& subject_;
   Result& result_;
   bool is_over_ = false;
   bool was_loader_ = false;
   bool was_telling_ = false;
 };
 
-void check_temporary(const Scene& scene, Findings& findings) {
-  for (const std::string& name : names_in(scene.temporary())) {
-    findings.push_back({About::kLeftOver, "the temporary folder holds " + name});
-  }
+}  // namespace
+
+Step step_of_world(const World& world, const Call& call) {
+  return !world.is_modern && needs_modern_files(call)
+             ? Step{.kind = Step::Kind::kFail, .error = EOPNOTSUPP}
+             : Step{};
 }
 
-/// What a share that went on after the harm made of it.
-void check_survivor(const Scene& scene, const SteppedEnd& end, const Harming& harming,
-                    const Trial& trial, Result& result) {
-  const bool is_loaders_end = trial.harm == Harm::kFault && harming.was_loader() &&
+bool check_end(const Trial& trial, const Harmed& harmed, Result& result) {
+  const SteppedEnd& end = harmed.end;
+  const bool is_loaders_end = trial.harm == Harm::kFault && harmed.was_loader &&
                               (end.status == 127 || !end.deaths.empty() || end.status >= 128);
-  if (is_loaders_end) {
-    result.ended_by_loader = true;
-    return;
-  }
   constexpr int kKilled = 128 + 9;
-  if (trial.harm == Harm::kKillOne && end.status == kKilled) {
-    return;  // nobody is left who could tell
+  if (is_loaders_end || (trial.harm == Harm::kKillOne && end.status == kKilled)) {
+    result.ended_by_loader = is_loaders_end;
+    return true;
   }
   for (const Death& death : end.deaths) {
     // GLib aborts a process that gets no thread, and sends itself SIGTERM when it loses a bus to
@@ -131,59 +128,37 @@ void check_survivor(const Scene& scene, const SteppedEnd& end, const Harming& ha
     }
     result.ended_by_library = result.ended_by_library || is_library;
   }
-  check_told(scene, end, harming.was_telling(), result.is_unsure, result.findings);
+  return false;
 }
 
-void share_again(Scene& scene, const Trial& trial, const Snapshot& before, unsigned seconds,
-                 Findings& findings) {
-  scene.prepare(false);
-  Worldly undisturbed(trial.world);
-  const SteppedEnd end =
-      run_stepped(scene.command(Which::kNext), scene.environment(), undisturbed, seconds);
-  check_next(scene, end, findings);
-  check_temporary(scene, findings);
-  check_disk(scene, before, findings);
-}
-
-}  // namespace
-
-Calls count_calls(Scene& scene, const World& world, bool only_changes) {
-  scene.prepare(world.is_new);
+Calls count_calls(Subject& subject, const World& world, bool only_changes) {
+  subject.prepare(world.is_new);
   Counting counting(world, only_changes);
-  const SteppedEnd end =
-      run_stepped(scene.command(Which::kFirst), scene.environment(), counting, 0);
+  const SteppedEnd end = run_stepped(subject.command(), subject.environment(), counting, 0);
   if (end.status != 0) {
-    throw std::runtime_error("an unharmed share ends with " + std::to_string(end.status) + ": " +
+    throw std::runtime_error("an unharmed run ends with " + std::to_string(end.status) + ": " +
                              end.errors);
   }
   return counting.calls();
 }
 
-Result run_trial(Scene& scene, const Trial& trial, unsigned seconds) {
+Result run_trial(Subject& subject, const Trial& trial, unsigned seconds) {
   Result result;
-  scene.prepare(trial.world.is_new);
-  const Snapshot before = scene.untouchable();
-  Harming harming(trial, result);
-  const SteppedEnd end =
-      run_stepped(scene.command(Which::kFirst), scene.environment(), harming, seconds);
+  subject.prepare(trial.world.is_new);
+  Harming harming(trial, subject, result);
+  const Harmed harmed{
+      .end = run_stepped(subject.command(), subject.environment(), harming, seconds),
+      .was_loader = harming.was_loader(),
+      .was_telling = harming.was_telling()};
   if (!result.was_harmed) {
     return result;
   }
-  if (end.is_hung) {
+  if (harmed.end.is_hung) {
     result.findings.push_back({About::kHang, "until " + std::to_string(seconds) + " s were over"});
   }
-  if (trial.harm != Harm::kKillAll && !end.is_hung) {
-    check_survivor(scene, end, harming, trial, result);
-    check_temporary(scene, result.findings);
-  }
-  check_disk(scene, before, result.findings);
-  const bool is_locked = std::any_of(result.findings.begin(), result.findings.end(),
-                                     [](const Finding& one) { return one.about == About::kLock; });
-  if (!is_locked) {  // or the next share might wait for ever
-    share_again(scene, trial, before, seconds, result.findings);
-  }
+  subject.check(trial, harmed, seconds, result);
   if (!result.findings.empty()) {
-    scene.prepare(true);  // so that the next trial finds nothing of it
+    subject.prepare(true);  // so that the next trial finds nothing of it
   }
   return result;
 }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <string>
 
 #include "tests/crash/checks.h"
@@ -22,8 +23,11 @@ struct World {
   bool is_new = false;
 };
 
-/// One share that is harmed at the entry of one system call: the `call`-th, from 1, that its thread
-/// makes.
+/// What happens to a call by what the world does not have.
+[[nodiscard]] Step step_of_world(const World& world, const Call& call);
+
+/// One program that is harmed at the entry of one system call: the `call`-th, from 1, that its
+/// thread makes.
 struct Trial {
   Harm harm = Harm::kKillAll;
   World world;
@@ -53,15 +57,48 @@ struct Result {
   Findings findings;
 };
 
+/// How a program ended that was harmed.
+struct Harmed {
+  SteppedEnd end;
+  /// It was the dynamic loader that was harmed.
+  bool was_loader = false;
+  /// It was the writing to standard error.
+  bool was_telling = false;
+};
+
+/// A program that is harmed, in a home of its own.
+class Subject {
+ public:
+  virtual ~Subject() = default;
+  /// Another one in another home, which knows what this one has learnt.
+  [[nodiscard]] virtual std::unique_ptr<Subject> another() const = 0;
+  /// Forgets the run before. `anew` also takes back all that it left.
+  virtual void prepare(bool anew) = 0;
+  [[nodiscard]] virtual std::vector<std::string> command() const = 0;
+  [[nodiscard]] virtual const test::Environment& environment() const = 0;
+  /// A call is entered that is not harmed yet.
+  virtual void entered(const Call& call) = 0;
+  /// Looks at what is left, runs it again without harm and looks again.
+  virtual void check(const Trial& trial, const Harmed& harmed, unsigned seconds,
+                     Result& result) = 0;
+};
+
+/// A share, see `Scene`.
+[[nodiscard]] std::unique_ptr<Subject> make_share();
+
+/// Adds what is wrong about the end of a program that went on after the harm. True when it was
+/// ended by the dynamic loader or was killed itself, so that nobody is left who could tell.
+[[nodiscard]] bool check_end(const Trial& trial, const Harmed& harmed, Result& result);
+
 /// How many calls each thread makes, or all of them when only those are counted that change a file:
 /// they are few, and it is not always the same thread that takes an item.
 using Calls = std::map<Lane, long>;
 
 /// The calls of a share that is not harmed; throws when it fails.
-[[nodiscard]] Calls count_calls(Scene& scene, const World& world, bool only_changes = false);
+[[nodiscard]] Calls count_calls(Subject& subject, const World& world, bool only_changes = false);
 
-/// Shares, harms, looks, shares again and looks again. `seconds` is the time for each of the two; 0
-/// is all the time that they want.
-[[nodiscard]] Result run_trial(Scene& scene, const Trial& trial, unsigned seconds);
+/// Runs, harms, and lets the subject look. `seconds` is the time for each program; 0 is all the
+/// time that it wants.
+[[nodiscard]] Result run_trial(Subject& subject, const Trial& trial, unsigned seconds);
 
 }  // namespace quoll::crash

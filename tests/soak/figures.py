@@ -39,10 +39,13 @@ class Figures:
               f"{count['not opened']} not opened after a kill, {count['killed']} killed; "
               f"{count['late items']} items left out as late")
         print(f"launches  {count['calls']} received, {count['answered']} answered, "
-              f"{count['late']} of shares that were killed")
+              f"{count['late']} of shares that were killed, {count['refused']} not answered by a "
+              f"receiver that was killed")
         print(f"files     {count['verified']} verified while the share waited, "
               f"{count['bytes']} bytes; {count['gone']} gone with a killed share; "
               f"{count['drafts']} drafts with {count['draft files']} files verified")
+        print(f"clients   {count['given']} drafts given, {count['logins']} logins; "
+              f"{count['unknown']} drafts of shares that were told that they were not opened")
         print(f"stores    {count['writes']} writings of {count['written bytes']} bytes, "
               f"{count['reads']} readings of {count['records']} records by programs, "
               f"{count['unlocked reads']} without a lock, {count['reads killed']} killed")

@@ -5,6 +5,9 @@ import os
 import pathlib
 import shutil
 import tempfile
+import time
+
+from receivers import install_client
 
 GROUP = "K7Q2M9XT4B.quoll"
 FRONT = "it.vorlent.quoll2"
@@ -45,9 +48,13 @@ class Home:
         self.container = self.root / "containers" / GROUP
         self.container.mkdir()
         self.staging = self.container / "SharedData/Share"
+        self.taken = self.root / "data/quoll-compose/taken"
         self.drafts = self.root / "data/quoll-compose/drafts"
+        self.given = self.root / "given"  # what the mail client writes down
         self.socket = self.root / "socket"
         self.environment = self._environment()
+        self.desktop = {}  # what a program needs to find the mail client
+        self.bus = None
         self._started = []
 
     def _environment(self):
@@ -65,16 +72,23 @@ class Home:
         }
 
     async def start_bus(self):
-        """The bus starts the receiver for whoever asks for it."""
+        """The bus starts both receivers for whoever asks for them."""
+        self.desktop = install_client(self.root)
         (self.root / "bus.conf").write_text(BUS.format(root=self.root))
         (self.root / f"services/{FRONT}.service").write_text(
             f"[D-BUS Service]\nName={FRONT}\n"
             f"Exec={self.programs['receiver']} {FRONT} {BEHIND} {self.socket}\n"
         )
-        daemon = await self.start(
+        desktop = " ".join(f"{name}={value}" for name, value in self.desktop.items())
+        (self.root / f"services/{BEHIND}.service").write_text(
+            f"[D-BUS Service]\nName={BEHIND}\n"
+            f"Exec=/usr/bin/env QUOLL_BUNDLE_IDENTIFIER={BEHIND} {desktop} "
+            f"{self.programs['compose']} --service --idle 86400\n"
+        )
+        self.bus = await self.start(
             "dbus-daemon", f"--config-file={self.root}/bus.conf", "--nofork", "--nopidfile",
             "--print-address", stdout=asyncio.subprocess.PIPE, stderr=asyncio.subprocess.DEVNULL)
-        address = await daemon.stdout.readline()
+        address = await self.bus.stdout.readline()
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = address.decode().strip()
 
     async def start(self, program, *arguments, more=None, **streams):
@@ -86,9 +100,10 @@ class Home:
         return process
 
     async def wait_for_drafts(self):
-        """Until the receiver has written all that it took."""
-        taken = self.root / "data/quoll-compose/taken"
-        while taken.exists() and os.listdir(taken):
+        """Until the receiver has written all that it took. What it does not write in a minute is
+        left to whoever looks at the folder."""
+        began = time.monotonic()
+        while self.taken.exists() and os.listdir(self.taken) and time.monotonic() < began + 60:
             await asyncio.sleep(0.01)
 
     async def close(self):

@@ -6,7 +6,7 @@ import pathlib
 import signal
 import time
 
-KINDS = {"share": 5, "share at work": 4, "launcher": 2, "receiver": 2, "writer": 2, "reader": 2}
+KINDS = {"share": 5, "share at work": 4, "launcher": 2, "front": 2, "writer": 2, "reader": 2}
 
 
 def turn_holder(container):
@@ -31,6 +31,15 @@ def children(process):
     except OSError:
         return []
     return list(map(int, text.split()))
+
+
+def end(process, by=signal.SIGKILL):
+    """False when it has ended already."""
+    try:
+        os.kill(process, by)
+    except ProcessLookupError:
+        return False
+    return True
 
 
 class Killing:
@@ -60,14 +69,6 @@ class Killing:
         holder = turn_holder(self.home.container)
         return next((share for share in self._running() if share.process.pid == holder), None)
 
-    @staticmethod
-    def _end(process):
-        try:
-            os.kill(process, signal.SIGKILL)
-        except ProcessLookupError:
-            return False
-        return True
-
     async def _kill_share(self):
         running = self._running()
         return bool(running) and self._kill_one(self.random.choice(running))
@@ -79,7 +80,7 @@ class Killing:
 
     def _kill_one(self, share):
         share.disturbed = "share"
-        return self._end(share.process.pid)
+        return end(share.process.pid)
 
     async def _kill_launcher(self):
         """The launcher is the first process that a share starts."""
@@ -90,16 +91,16 @@ class Killing:
         if not started:
             return False
         share.disturbed = "launcher"
-        return self._end(started[0])
+        return end(started[0])
 
-    async def _kill_receiver(self):
+    async def _kill_front(self):
         """Whoever is launching now is told that it has ended; none of the others may notice."""
-        receiver, self.launches.receiver = self.launches.receiver, ""
-        if not receiver:
+        front, self.launches.front = self.launches.front, ""
+        if not front:
             return False
-        self.launches.killed.add(receiver)
+        self.launches.killed.add(front)
         self.sharers.receiver_killed_at = time.monotonic()
-        return self._end(int(receiver))
+        return end(int(front))
 
     async def _kill_writer(self):
         return self._kill_of_stores(self.stores.replacing)
@@ -112,4 +113,4 @@ class Killing:
         if process in self.stores.killed or process.returncode is not None:
             return False
         self.stores.killed.add(process)
-        return self._end(process.pid)
+        return end(process.pid)

@@ -5,6 +5,7 @@ import asyncio
 import contextlib
 import os
 import pathlib
+import time
 import urllib.parse
 
 import record
@@ -13,7 +14,8 @@ import record
 class Launches:
     def __init__(self, home, figures, random, sharers):
         self.home, self.figures, self.random, self.sharers = home, figures, random, sharers
-        self.receiver = ""  # the process that stands on the bus
+        self.front = ""  # the process that stands on the bus
+        self.handed_on = asyncio.Event()  # set whenever the receiver behind is called
         self.killed = set()  # those that did; whom they had not answered was told so, and is gone
         self._under_way = {}  # call -> Share
         self._taken = {}  # call -> what the receiver behind said
@@ -33,7 +35,7 @@ class Launches:
             while line := (await reader.readline()).decode().strip():
                 what, number, *rest = line.split(" ", 2)
                 if what == "hello":
-                    self.receiver = process = number
+                    self.front = process = number
                 elif what == "call":
                     call = (process, number)
                     calls[call] = asyncio.create_task(self._handle(call, rest[0], writer))
@@ -61,12 +63,16 @@ class Launches:
         whole = self._check(share, paths, True)
         taken = self._taken[call] = asyncio.get_running_loop().create_future()
         writer.write(f"go {call[1]}\n".encode())
+        went_on = time.monotonic()
+        self.handed_on.set()
         answer = await taken
         await asyncio.sleep(self.random.choice((0, 0, 0.01)))
         if call[0] in self.killed:
             return
         if not answer.startswith("taken"):
-            self.figures.loss(f"share {share.number}: the receiver behind said: {answer}")
+            self._refuse(call, share, went_on, answer)
+            writer.write(f"fail {call[1]}\n".encode())
+            return
         whole = self._check(share, paths, False) and whole
         if share.is_excused():
             self.figures.counts["late"] += 1
@@ -75,6 +81,15 @@ class Launches:
         self.figures.counts["answered"] += 1
         self._under_way.pop(call, None)
         writer.write(f"answer {call[1]}\n".encode())
+
+    def _refuse(self, call, share, went_on, answer):
+        """Only a receiver that was killed does not answer. One that was asked to end takes its
+        time, and refuses what comes then."""
+        self._under_way.pop(call, None)
+        share.was_refused = True
+        self.figures.counts["refused"] += 1
+        if not share.is_excused() and self.sharers.receiver_killed_at < went_on - 3:
+            self.figures.loss(f"share {share.number}: the receiver behind said: {answer}")
 
     def _enter(self, call, share):
         """Two at once hold the turn at once, unless one is dead and its launcher still asks."""

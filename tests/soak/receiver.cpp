@@ -2,7 +2,8 @@
 //   soak_receiver NAME NEXT SOCKET
 // A call of NAME is told to the socket as "call N URL". When "go N" comes back the call is handed
 // on to NEXT, which is the real receiver, and "taken N" or "refused N REASON" is told. "answer N"
-// answers the caller.
+// answers the caller, "fail N"
+// tells it that the receiver did not.
 #include <gio/gio.h>
 #include <glib-unix.h>
 #include <sys/socket.h>
@@ -86,10 +87,15 @@ class Receiver {
                              "org.freedesktop.Application", "Open", parameters, nullptr,
                              G_DBUS_CALL_FLAGS_NONE, -1, nullptr, handed_on,
                              new HandedOn{this, number});
+      return;
+    }
+    if (what == "fail") {
+      g_dbus_method_invocation_return_error_literal(found->second, G_DBUS_ERROR,
+                                                    G_DBUS_ERROR_FAILED, "it was not taken");
     } else {
       g_dbus_method_invocation_return_value(found->second, nullptr);
-      waiting_.erase(found);
     }
+    waiting_.erase(found);
   }
 
   static void handed_on(GObject* bus, GAsyncResult* result, gpointer data) {

@@ -14,6 +14,8 @@ class Share:
     began: float
     process: object = None
     disturbed: str = ""  # what was killed of it
+    was_refused: bool = False  # the receiver was killed, so its launcher was told so
+    status: int = -1  # how it ended
     answered: int = 0  # launches of it that were answered with every reported file whole
     missing: set = dataclasses.field(default_factory=set)  # parts that were not reported
 
@@ -74,7 +76,7 @@ class Sharers:
         return record.make(share.number, part, self.random.randbytes(self.random.randrange(most)))
 
     def _judge(self, share, status, errors):
-        counts = self.figures.counts
+        counts, share.status = self.figures.counts, status
         if share.disturbed == "share":
             counts["killed"] += 1
             return
@@ -87,7 +89,7 @@ class Sharers:
                 self.figures.loss(f"share {share.number} was opened, but {share.answered} launches "
                                   f"of it were answered with its files whole")
             self._judge_left_out(share, errors.splitlines())
-        elif share.disturbed or share.began < self.receiver_killed_at:
+        elif share.disturbed or share.was_refused or share.began < self.receiver_killed_at:
             counts["not opened"] += 1
             if not errors.startswith("not opened: "):
                 self.figures.loss(f"share {share.number} failed without a reason: {errors!r}")

@@ -51,6 +51,8 @@ class Watching:
                     self.figures.loss(f"{name} ended by itself with {process.returncode}")
                     return
             self._count_entries()
+            for aside in self.home.taken.glob("*/aside"):
+                self.figures.loss(f"set aside: {aside}")
             if self._is_stuck():
                 return
             await asyncio.sleep(1)
@@ -60,7 +62,7 @@ class Watching:
                 ".locks": self.home.container / ".locks",
                 "Share": self.home.staging,
                 "the temporary folder": self.home.root / "tmp",
-                "the receiver's folder": self.home.root / "data/quoll-compose/taken"}
+                "the receiver's folder": self.home.taken}
 
     def _count_entries(self):
         for name, folder in self._folders().items():
@@ -85,3 +87,5 @@ class Watching:
                 left -= LOCKS
             if left and name != "Share":
                 self.figures.loss(f"left in {name}: {left}")
+        if left := [path.name for path in self.home.drafts.iterdir()]:
+            self.figures.loss(f"left among the drafts: {left}")

@@ -1,0 +1,192 @@
+#include "tests/crash/receiver_subject.h"
+
+#include <sys/stat.h>
+#include <sys/syscall.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <random>
+
+#include "quoll/foundation/base64.h"
+#include "tests/integration/receiver_home.h"
+
+namespace quoll::crash {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr Lane kTaker{0, 0};
+constexpr const char* kFiles[] = {"one.bin", "two.bin"};
+
+std::string content_of(const std::string& name) {
+  std::minstd_rand random(static_cast<unsigned>(name.front()));
+  std::string bytes(20'000, '\0');
+  for (char& byte : bytes) {
+    byte = static_cast<char>(random() >> 8U);
+  }
+  return bytes;
+}
+
+/// Whether the message file is whole: it has its end, and this file in Base64.
+bool has_file(const std::string& message, const std::string& name) {
+  std::string text = message;
+  std::erase_if(text, [](char c) { return c == '\r' || c == '\n'; });
+  return text.find(foundation::base64_encode(content_of(name))) != std::string::npos;
+}
+
+class ReceiverSubject final : public Subject {
+ public:
+  ReceiverSubject() : environment_(home_.bus.environment()) {
+    environment_["PATH"] = home_.bus.path("bin") + ":" + std::getenv("PATH");
+    environment_["GIO_MODULE_DIR"] = home_.bus.path("no-modules");
+    environment_["LC_ALL"] = "C.UTF-8";
+    environment_["ASAN_OPTIONS"] = "detect_leaks=0";  // the check cannot work in a traced process
+    fs::create_directories(home_.bus.path("bin"));
+    const std::string client = home_.bus.path("bin/claws-mail");
+    std::ofstream(client) << "#!/bin/sh\necho given >> '" << home_.bus.path("given") << "'\n";
+    fs::permissions(client, fs::perms::owner_all);
+    home_.bus.add_entry("claws-mail",
+                        "[Desktop Entry]\nType=Application\nName=Claws\nExec=claws-mail %u\n"
+                        "MimeType=x-scheme-handler/mailto;\n");
+    std::ofstream(home_.bus.path("config/mimeapps.list"))
+        << "[Default Applications]\nx-scheme-handler/mailto=claws-mail.desktop\n";
+  }
+
+  [[nodiscard]] std::unique_ptr<Subject> another() const override {
+    return std::make_unique<ReceiverSubject>();
+  }
+
+  void prepare(bool /*anew*/) override {
+    fs::remove_all(home_.bus.data_home() + "/quoll-compose");
+    fs::remove_all(home_.staging());
+    fs::remove(home_.bus.path("given"));
+    fs::create_directories(home_.staging());
+    for (const char* name : kFiles) {
+      chmod(home_.stage(name, content_of(name)).c_str(), 0640);
+    }
+    is_promising_ = false;
+    is_promised_ = false;
+  }
+
+  [[nodiscard]] std::vector<std::string> command() const override {
+    return {QUOLL_COMPOSE,
+            test::ReceiverHome::url({home_.staging() + "/one.bin", home_.staging() + "/two.bin"},
+                                    "subject=first&to=a%40x.org&plainBody=words")};
+  }
+  [[nodiscard]] const test::Environment& environment() const override { return environment_; }
+
+  // What comes after the call that gives the name was made after the promise.
+  void entered(const Call& call) override {
+    if (call.lane == kTaker) {
+      is_promised_ = is_promised_ || is_promising_;
+      is_promising_ = call.number == SYS_renameat2;
+    }
+  }
+
+  void check(const Trial& trial, const Harmed& harmed, unsigned /*seconds*/,
+             Result& result) override {
+    const bool is_promised = is_promised_ || is_there();
+    const bool is_told =
+        trial.harm != Harm::kKillAll && !harmed.end.is_hung && !check_end(trial, harmed, result);
+    if (is_told) {
+      check_told(harmed, is_promised, result.findings);
+    }
+    start_next({"--resume"}, result.findings);
+    const bool may_miss = trial.harm == Harm::kFault && harmed.end.status != 0;
+    check_drafts(is_promised ? 1 : 0, may_miss, result.findings);
+    start_next({"quoll://compose?subject=next"}, result.findings);
+    check_drafts(is_promised ? 2 : 1, may_miss, result.findings);
+    check_left(is_promised ? 2 : 1, result.findings);
+  }
+
+ private:
+  /// Whether a draft has its name somewhere.
+  [[nodiscard]] bool is_there() const {
+    const auto has_draft = [](const std::vector<std::string>& paths) {
+      return std::any_of(paths.begin(), paths.end(), [](const std::string& path) {
+        return !fs::path(path).filename().string().starts_with('.');
+      });
+    };
+    return has_draft(home_.taken()) || has_draft(home_.drafts());
+  }
+
+  void check_told(const Harmed& harmed, bool is_promised, Findings& findings) const {
+    const SteppedEnd& end = harmed.end;
+    const std::string told = "status " + std::to_string(end.status) + ": " + end.errors;
+    if (end.status == 0 && home_.drafts().size() != 1) {
+      findings.push_back({About::kUntruth, "no draft is there, " + told});
+    }
+    if (end.status != 0 && end.status != 1) {
+      findings.push_back({About::kUntruth, "which means nothing, " + told});
+    }
+    if (end.status == 1 && !is_promised && end.errors.empty() && !harmed.was_telling) {
+      findings.push_back({About::kUntruth, "nothing says why, " + told});
+    }
+  }
+
+  void start_next(std::vector<std::string> arguments, Findings& findings) const {
+    arguments.insert(arguments.begin(), QUOLL_COMPOSE);
+    const test::Ended ended = test::run(arguments, environment_);
+    if (ended.status != 0 || !ended.errors.empty()) {
+      findings.push_back(
+          {About::kNextShare,
+           arguments.back() + " ended with " + std::to_string(ended.status) + ": " + ended.errors});
+    }
+  }
+
+  /// That so many drafts are there, each once and whole.
+  void check_drafts(std::size_t count, bool may_miss, Findings& findings) const {
+    const std::vector<std::string> drafts = home_.drafts();
+    if (drafts.size() != count) {
+      findings.push_back(
+          {drafts.size() < count ? About::kNextShare : About::kLeftOver,
+           std::to_string(drafts.size()) + " drafts instead of " + std::to_string(count)});
+    }
+    for (const std::string& path : drafts) {
+      const std::string message = test::read_file(path);
+      const bool is_first = message.find("Subject: first") != std::string::npos;
+      const bool is_whole =
+          is_first ? may_miss || (has_file(message, kFiles[0]) && has_file(message, kFiles[1]))
+                   : message.find("Subject: next") != std::string::npos;
+      if (!is_whole || message.find("MIME-Version: 1.0") == std::string::npos) {
+        findings.push_back({About::kHalfFile, path + " has " + std::to_string(message.size()) +
+                                                  " bytes and is no whole draft"});
+      }
+    }
+  }
+
+  /// That nothing is left of what was not promised, and nothing was given twice or changed.
+  void check_left(std::size_t drafts, Findings& findings) const {
+    for (const std::string& path : home_.taken()) {
+      findings.push_back({About::kLeftOver, path});
+    }
+    const std::string given = home_.bus.path("given");
+    const std::string record = fs::exists(given) ? test::read_file(given) : "";
+    if (static_cast<std::size_t>(std::count(record.begin(), record.end(), '\n')) > drafts) {
+      findings.push_back({About::kUntruth, "a client got a draft twice"});
+    }
+    for (const char* name : kFiles) {
+      const std::string path = home_.staging() + "/" + name;
+      struct stat status {};
+      if (stat(path.c_str(), &status) != 0 || (status.st_mode & 07777U) != 0640 ||
+          test::read_file(path) != content_of(name)) {
+        findings.push_back({About::kTouched, path});
+      }
+    }
+  }
+
+  test::ReceiverHome home_{{{"DISPLAY", ":99"}}};
+  test::Environment environment_;
+  bool is_promising_ = false;
+  bool is_promised_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Subject> make_receiver() {
+  return std::make_unique<ReceiverSubject>();
+}
+
+}  // namespace quoll::crash
