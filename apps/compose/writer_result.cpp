@@ -13,8 +13,8 @@
 #include <system_error>
 #include <utility>
 
-#include "apps/compose/compose_error.h"
 #include "apps/compose/clean_text.h"
+#include "apps/compose/compose_error.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/system_call.h"
