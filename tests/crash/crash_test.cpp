@@ -1,7 +1,9 @@
 // A sample of what scripts/crash does at every call: shares that are harmed where they change
 // something on the disk.
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/syscall.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -152,6 +154,103 @@ TEST(Failed, WhatWentWrongIsTold) {
     EXPECT_EQ(end.status, row.status) << row.reason;
     EXPECT_EQ(end.errors, row.told) << row.reason;
   }
+}
+
+/// Lets no process make a thread; processes are made as always.
+class NoThreads final : public Steps {
+ public:
+  Step at(const Call& call) override {
+    const bool is_refused = (call.number == SYS_clone && (call.arguments[0] & CLONE_THREAD) != 0) ||
+                            (call.number == SYS_clone3 && (flags_of(call) & CLONE_THREAD) != 0);
+    refused_ += is_refused ? 1 : 0;
+    return is_refused ? Step{.kind = Step::Kind::kFail, .error = EAGAIN} : Step{};
+  }
+  [[nodiscard]] bool is_done() const override { return false; }
+  [[nodiscard]] int refused() const { return refused_; }
+
+ private:
+  /// The first words of the structure that the call is given.
+  static std::uint64_t flags_of(const Call& call) {
+    std::uint64_t flags = 0;
+    const iovec here{&flags, sizeof flags};
+    const iovec there{reinterpret_cast<void*>(call.arguments[0]), sizeof flags};
+    return process_vm_readv(call.process, &here, 1, &there, 1, 0) == sizeof flags ? flags : 0;
+  }
+
+  int refused_ = 0;
+};
+
+TEST(Failed, WithoutAnyThreadAShareEndsWithAReason) {
+  if (const std::string why = why_not_stepped(); !why.empty()) {
+    GTEST_SKIP() << why;
+  }
+  const auto share = make_share();
+  share->prepare(false);
+  NoThreads faults;
+  Result result;
+  const SteppedEnd end = run_stepped(share->command(), share->environment(), faults, 60);
+  EXPECT_GT(faults.refused(), 0);
+  EXPECT_FALSE(end.is_hung);
+  EXPECT_EQ(end.status, 1) << end.errors;
+  EXPECT_NE(end.errors.find("not opened: "), std::string::npos) << end.errors;
+  share->check({}, {.end = end}, 60, result);
+  for (const Finding& finding : result.findings) {
+    ADD_FAILURE() << words_of(finding.about) << ": " << finding.text;
+  }
+}
+
+TEST(Failed, WithoutAnyThreadTheReceiverKeepsTheDraft) {
+  if (const std::string why = why_not_stepped(); !why.empty()) {
+    GTEST_SKIP() << why;
+  }
+  const auto receiver = make_receiver();
+  receiver->prepare(false);
+  NoThreads faults;
+  Result result;
+  const SteppedEnd end = run_stepped(receiver->command(), receiver->environment(), faults, 60);
+  EXPECT_GT(faults.refused(), 0);
+  EXPECT_FALSE(end.is_hung);
+  EXPECT_EQ(end.status, 1) << end.errors;
+  EXPECT_NE(end.errors, "");
+  Trial trial;
+  trial.harm = Harm::kFault;
+  receiver->check(trial, {.end = end}, 60, result);
+  for (const Finding& finding : result.findings) {
+    ADD_FAILURE() << words_of(finding.about) << ": " << finding.text;
+  }
+}
+
+TEST(Failed, AFileThatCannotBeLinkedIsCopiedFromItsDescriptor) {
+  if (const std::string why = why_not_stepped(); !why.empty()) {
+    GTEST_SKIP() << why;
+  }
+  const auto receiver = make_receiver();
+  // No link between two file systems, of this user, any more, or since the name has gone.
+  for (const int error : {EXDEV, EPERM, EMLINK, ENOENT}) {
+    receiver->prepare(false);
+    AtOne fault(SYS_linkat, 1, {.kind = Step::Kind::kFail, .error = error});
+    Result result;
+    const SteppedEnd end = run_stepped(receiver->command(), receiver->environment(), fault, 60);
+    EXPECT_TRUE(fault.is_done());
+    EXPECT_EQ(end.status, 0) << error << ": " << end.errors;
+    receiver->check({}, {.end = end}, 60, result);
+    EXPECT_EQ(result.findings.size(), 0U) << error;
+  }
+}
+
+/// The receiver is killed where it changes something on the disk.
+TEST(ReceiverKilled, WhatWasPromisedIsThereWholeAndOnce) {
+  if (const std::string why = why_not_stepped(); !why.empty()) {
+    GTEST_SKIP() << why;
+  }
+  const auto* const series =
+      std::find_if(std::begin(kSeries), std::end(kSeries),
+                   [](const Series& one) { return std::string(one.name) == "receiver-kill-all"; });
+  const SeriesResult result =
+      run_series(*series, {.every = kEvery, .seconds = 0, .only_changes = true, .unharmed = 2});
+  EXPECT_GT(result.trials, 5);
+  EXPECT_EQ(result.stuck, 0);
+  EXPECT_EQ(result.faulty, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Killed, testing::Values("kill-all", "kill-all-first"));
