@@ -1,4 +1,4 @@
-// Harms a share at every system call that it makes, and looks at what is left.
+// Harms a share or the receiver at every system call that it makes, and looks at what is left.
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
@@ -14,8 +14,9 @@ namespace {
 int run(int argc, char** argv) {
   SeriesOptions options;
   std::vector<std::string> wanted;
-  CLI::App app("Harms a share at every system call that it makes, and looks at what is left.",
-               "crash");
+  CLI::App app(
+      "Harms a share or the receiver at every system call that it makes, and looks at what is left.",
+      "crash");
   app.add_option("--from", options.from, "The first point, as a line about a finding numbers it");
   app.add_option("--to", options.to, "The last point");
   app.add_option("--every", options.every, "Every so many only")->check(CLI::PositiveNumber);
