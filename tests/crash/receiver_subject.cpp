@@ -4,6 +4,7 @@
 #include <sys/syscall.h>
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <map>
 #include <random>
@@ -91,8 +92,9 @@ class ReceiverSubject final : public Subject {
   void check(const Trial& trial, const Harmed& harmed, unsigned /*seconds*/,
              Result& result) override {
     const bool is_promised = is_promised_ || is_there();
-    const bool is_told =
-        trial.harm != Harm::kKillAll && !harmed.end.is_hung && !check_end(trial, harmed, result);
+    result.ended_by_library = was_ended_by_library(harmed.end);
+    const bool is_told = trial.harm != Harm::kKillAll && !harmed.end.is_hung &&
+                         !result.ended_by_library && !check_end(trial, harmed, result);
     if (is_told) {
       check_told(harmed, is_promised, result.findings);
     }
@@ -105,6 +107,15 @@ class ReceiverSubject final : public Subject {
   }
 
  private:
+  /// GLib aborts a process that gets no thread, and sends itself SIGTERM when it loses a bus to
+  /// which it has just connected. Nobody is left who could tell; the draft has to be there.
+  [[nodiscard]] static bool was_ended_by_library(const SteppedEnd& end) {
+    return std::any_of(end.deaths.begin(), end.deaths.end(), [&](const Death& death) {
+      const bool is_abort =
+          death.signal == SIGTRAP && end.errors.find("GLib-ERROR") != std::string::npos;
+      return death.is_program && (is_abort || death.signal == SIGTERM);
+    });
+  }
   /// Whether a draft has its name somewhere.
   [[nodiscard]] bool is_there() const {
     const auto has_draft = [](const std::vector<std::string>& paths) {
