@@ -31,14 +31,46 @@ namespace {
   throw std::system_error(errno, std::generic_category());
 }
 
+/// A stream to a descriptor that keeps the first error and writes nothing after it: GMime's
+/// encoders do not tell what their last bytes met.
+struct ErrorKeepingStream {
+  GMimeStreamPipe pipe;
+  int error;
+};
+
+ssize_t write_or_keep_error(GMimeStream* stream, const char* bytes, size_t size) {
+  int& error = reinterpret_cast<ErrorKeepingStream*>(stream)->error;
+  if (error != 0) {
+    errno = error;
+    return -1;
+  }
+  auto* const pipe = GMIME_STREAM_CLASS(g_type_class_peek(GMIME_TYPE_STREAM_PIPE));
+  const ssize_t written = pipe->write(stream, bytes, size);
+  error = written < 0 ? errno : 0;
+  return written;
+}
+
+GMimeStream* error_keeping_stream(int fd) {
+  static const GType type = g_type_register_static_simple(
+      GMIME_TYPE_STREAM_PIPE, "QuollErrorKeepingStream", sizeof(GMimeStreamPipeClass),
+      [](gpointer its_class, gpointer) {
+        GMIME_STREAM_CLASS(its_class)->write = write_or_keep_error;
+      },
+      sizeof(ErrorKeepingStream), nullptr, G_TYPE_FLAG_NONE);
+  auto* const stream = GMIME_STREAM(g_object_new(type, nullptr));
+  g_mime_stream_construct(stream, 0, -1);
+  GMIME_STREAM_PIPE(stream)->fd = fd;
+  g_mime_stream_pipe_set_owner(GMIME_STREAM_PIPE(stream), FALSE);
+  return stream;
+}
+
 /// Writes a message piece by piece, with the line ends of mail.
 class Output {
  public:
   // A pipe's stream neither seeks nor waits for the disk.
   explicit Output(int fd) : format_(g_mime_format_options_new()) {
-    const MimeHandle<GMimeStream> file(g_mime_stream_pipe_new(fd));
-    g_mime_stream_pipe_set_owner(GMIME_STREAM_PIPE(file.get()), FALSE);
-    stream_.reset(g_mime_stream_buffer_new(file.get(), GMIME_STREAM_BUFFER_BLOCK_WRITE));
+    file_.reset(error_keeping_stream(fd));
+    stream_.reset(g_mime_stream_buffer_new(file_.get(), GMIME_STREAM_BUFFER_BLOCK_WRITE));
     g_mime_format_options_set_param_encoding_method(format_.get(),
                                                     GMIME_PARAM_ENCODING_METHOD_RFC2231);
     g_mime_format_options_set_newline_format(format_.get(), GMIME_NEWLINE_FORMAT_DOS);
@@ -55,7 +87,12 @@ class Output {
     errno = 0;
     check(g_mime_object_write_to_stream(object, format_.get(), stream_.get()));
   }
-  void finish() { check(g_mime_stream_flush(stream_.get())); }
+  void finish() {
+    check(g_mime_stream_flush(stream_.get()));
+    if (const int error = reinterpret_cast<ErrorKeepingStream*>(file_.get())->error) {
+      throw std::system_error(error, std::generic_category());
+    }
+  }
 
  private:
   static void check(ssize_t written) {
@@ -65,6 +102,7 @@ class Output {
   }
 
   FormatHandle format_;
+  MimeHandle<GMimeStream> file_;
   MimeHandle<GMimeStream> stream_;
 };
 

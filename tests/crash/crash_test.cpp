@@ -238,6 +238,40 @@ TEST(Failed, AFileThatCannotBeLinkedIsCopiedFromItsDescriptor) {
   }
 }
 
+// The lane of the process that writes: the server is process 1.
+class WriterWrites final : public Steps {
+ public:
+  explicit WriterWrites(int turn) : turn_(turn) {}
+  Step at(const Call& call) override {
+    const bool is_meant = call.number == SYS_write && call.lane.process == 2 && --turn_ == 0;
+    return is_meant ? Step{.kind = Step::Kind::kFail, .error = ENOSPC} : Step{};
+  }
+  [[nodiscard]] bool is_done() const override { return turn_ <= 0; }
+
+ private:
+  int turn_;
+};
+
+TEST(Failed, ADraftIsNeverWrittenInPart) {
+  if (const std::string why = why_not_stepped(); !why.empty()) {
+    GTEST_SKIP() << why;
+  }
+  const auto receiver = make_receiver();
+  int turn = 1;
+  for (bool was_met = true; was_met; ++turn) {
+    receiver->prepare(false);
+    WriterWrites fault(turn);
+    Result result;
+    const SteppedEnd end = run_stepped(receiver->command(), receiver->environment(), fault, 60);
+    was_met = fault.is_done();
+    receiver->check({}, {.end = end}, 60, result);
+    for (const Finding& finding : result.findings) {
+      ADD_FAILURE() << turn << ": " << words_of(finding.about) << ": " << finding.text;
+    }
+  }
+  EXPECT_GT(turn, 5);
+}
+
 /// The receiver is killed where it changes something on the disk.
 TEST(ReceiverKilled, WhatWasPromisedIsThereWholeAndOnce) {
   if (const std::string why = why_not_stepped(); !why.empty()) {

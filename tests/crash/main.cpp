@@ -15,7 +15,8 @@ int run(int argc, char** argv) {
   SeriesOptions options;
   std::vector<std::string> wanted;
   CLI::App app(
-      "Harms a share or the receiver at every system call that it makes, and looks at what is left.",
+      "Harms a share or the receiver at every system call that it makes, and looks at what is "
+      "left.",
       "crash");
   app.add_option("--from", options.from, "The first point, as a line about a finding numbers it");
   app.add_option("--to", options.to, "The last point");
