@@ -79,7 +79,7 @@ class ShareByEntry : public testing::Test {
 TEST_F(ShareByEntry, TheNextShareWaitsUntilTheFilesAreTaken) {
   add_receiver("wait");
   Process first({QUOLL_SHARE, write("first.txt")}, environment_);
-  while (!std::filesystem::exists(bus_.path("record")) && kill(first.id(), 0) == 0) {
+  while (!std::filesystem::exists(bus_.path("record")) && !has_ended(first.id())) {
     usleep(1000);
   }
   Process second({QUOLL_SHARE, write("second.txt")}, environment_);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <signal.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -84,10 +85,17 @@ inline std::vector<std::string> attachments_of(const std::string& printed) {
   return paths;
 }
 
-/// Waits until a process waits for an flock lock; false when it ended before.
+/// True once a child process has ended, also when it still has to be awaited.
+inline bool has_ended(pid_t process) {
+  siginfo_t ended{};
+  return waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOHANG | WNOWAIT) != 0 ||
+         ended.si_pid == process;
+}
+
+/// Waits until a child process waits for an flock lock; false when it ended before.
 inline bool waits_for_lock(pid_t process) {
   const std::string mark = " " + std::to_string(process) + " ";
-  while (kill(process, 0) == 0) {
+  while (!has_ended(process)) {
     std::istringstream locks(read_file("/proc/locks"));
     for (std::string line; std::getline(locks, line);) {
       if (line.find("-> FLOCK") != std::string::npos && line.find(mark) != std::string::npos) {

@@ -374,7 +374,7 @@ TEST_F(Share, AKilledShareLeavesNothingHalf) {
   std::error_code missing;
   while (std::filesystem::directory_iterator(home_.staging(), missing) ==
              std::filesystem::directory_iterator() &&
-         kill(process.id(), 0) == 0) {
+         !has_ended(process.id())) {
     usleep(100);
   }
   kill(process.id(), SIGKILL);
