@@ -7,11 +7,14 @@
 
 namespace quoll::compose {
 
-// The sender's HTML is a stranger's: what goes into a message is written anew.
+// The sender's HTML is a stranger's: what goes into a message is written anew. Its text is the
+// HTML's too, or one person would read what another does not.
 DraftBodies draft_bodies(const std::string& plain_body, const std::string& html_body) {
-  xml::MailBodies bodies = html_body.empty() ? xml::MailBodies() : xml::mail_bodies(html_body);
-  return {.text = plain_body.empty() ? std::move(bodies.text) : with_line_feeds(plain_body),
-          .html = std::move(bodies.html)};
+  if (html_body.empty()) {
+    return {.text = with_line_feeds(plain_body), .html = {}};
+  }
+  xml::MailBodies bodies = xml::mail_bodies(html_body);
+  return {.text = std::move(bodies.text), .html = std::move(bodies.html)};
 }
 
 }  // namespace quoll::compose

@@ -35,6 +35,15 @@ const char* state_of(const std::string& draft) {
   return "kept";
 }
 
+std::string subject_for_list(const std::string& path) {
+  try {
+    const std::string subject = subject_of(path);
+    return subject.empty() ? "(no subject)" : foundation::printable(subject);
+  } catch (const ComposeError&) {
+    return "(cannot be read)";
+  }
+}
+
 void add(std::vector<ListedDraft>& drafts, ListedDraft draft, const std::string& dated) {
   struct stat status {};
   if (stat(dated.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
@@ -81,8 +90,7 @@ void print_line(std::ostream& out, const ListedDraft& draft) {
   std::strftime(time.data(), time.size(), "%Y-%m-%d %H:%M:%S", &local);
   out << time.data() << "  " << draft.state << "  ";
   if (draft.is_message) {
-    const std::string subject = subject_of(draft.path);
-    out << (subject.empty() ? "(no subject)" : foundation::printable(subject)) << "  ";
+    out << subject_for_list(draft.path) << "  ";
   }
   out << foundation::printable(draft.path) << '\n';
 }

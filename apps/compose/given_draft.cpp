@@ -99,8 +99,12 @@ void GivenDraft::add_text(const std::string& text) const {
 
 std::string GivenDraft::copy_message_to(const std::string& folder) const {
   std::error_code error;
-  fs::create_directories(folder, error);
-  fs::permissions(folder, fs::perms::owner_all, error);
+  fs::create_directories(fs::path(folder).parent_path(), error);
+  // The client made what is there. A link would lead us to write among the user's own files.
+  mkdir(folder.c_str(), S_IRWXU);
+  if (!fs::is_directory(fs::symlink_status(folder, error))) {
+    throw ComposeError(folder + " is no folder, so the draft cannot be copied there");
+  }
   std::string copy = foundation::appending_path_component(folder, name_ + ".eml");
   fs::create_symlink(copy, folder_of(name_) + "/" + kCopy, error);
   if (error || !fs::copy_file(message_file(name_), copy, error)) {

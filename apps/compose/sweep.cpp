@@ -37,7 +37,12 @@ Folder listed(const std::string& path) {
 void sweep_taken() {
   const Folder taken = listed(taken_folder());
   for (const std::string& name : taken.names) {
-    if (name.starts_with('.') && locked_folder(taken_folder() + "/" + name)) {
+    if (!name.starts_with('.')) {
+      continue;
+    }
+    // The lock is held until the folder is gone: its maker has it a moment after the folder is
+    // there.
+    if (const posix::UniqueFd lock = locked_folder(taken_folder() + "/" + name)) {
       static_cast<void>(posix::remove_item(taken.fd.get(), name));
     }
   }
@@ -67,16 +72,16 @@ void sweep_drafts() {
   }
 }
 
-/// Earlier versions hold a lock on their folder while they work on a draft.
+/// Earlier versions hold a lock on their folder while they work on a draft. The folder stays: one
+/// of them may wait for its lock.
 void sweep_earlier_versions() {
-  const Folder incoming = listed(incoming_folder());
-  if (!incoming.fd || flock(incoming.fd.get(), LOCK_EX | LOCK_NB) != 0) {
+  const posix::UniqueFd lock(open(incoming_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!lock || flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
     return;
   }
-  for (const std::string& name : incoming.names) {
-    static_cast<void>(posix::remove_item(incoming.fd.get(), name));
+  for (const std::string& name : listed(incoming_folder()).names) {
+    static_cast<void>(posix::remove_item(lock.get(), name));
   }
-  rmdir(incoming_folder().c_str());
   const Folder drafts = listed(drafts_folder());
   for (const std::string& name : drafts.names) {
     if (name.starts_with(".draft-")) {

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <ctime>
 #include <deque>
+#include <limits>
 #include <set>
 #include <system_error>
 #include <utility>
@@ -54,6 +55,12 @@ std::vector<std::string> attachments_in(const std::string& url) {
   }
 }
 
+/// The sum of sizes, which are a stranger's; the largest number when they have no sum.
+std::uint64_t sum_of(std::uint64_t one, std::uint64_t other) {
+  std::uint64_t sum = 0;
+  return __builtin_add_overflow(one, other, &sum) ? std::numeric_limits<std::uint64_t>::max() : sum;
+}
+
 /// How many bytes the message file of the draft in this folder will have, at the most.
 std::uint64_t message_size(int folder) {
   struct stat command {};
@@ -62,7 +69,7 @@ std::uint64_t message_size(int folder) {
   std::uint64_t size = 4096 + 2 * static_cast<std::uint64_t>(command.st_size);
   for (const WaitingFile& file : waiting_files(folder)) {
     // In Base64 57 bytes become a line of 76, with a line end of two bytes.
-    size += file.size / 57 * 78 + 1024;
+    size = sum_of(size, file.size / 57 * 78 + 1024);
   }
   return size;
 }
@@ -216,10 +223,10 @@ std::uint64_t waiting_size(const std::string& name) {
 void require_room(const std::deque<NewDraft>& drafts) {
   std::uint64_t needed = 0;
   for (const NewDraft& draft : drafts) {
-    needed += draft.size();
+    needed = sum_of(needed, draft.size());
   }
   for (const std::string& name : waiting_drafts()) {
-    needed += waiting_size(name);
+    needed = sum_of(needed, waiting_size(name));
   }
   struct statvfs room {};
   const std::string folder = drafts_folder();

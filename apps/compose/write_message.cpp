@@ -107,7 +107,8 @@ class Output {
 };
 
 posix::UniqueFd open_inside(int folder, const std::string& path) {
-  posix::UniqueFd file(openat(folder, path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+  posix::UniqueFd file(
+      openat(folder, path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
   if (!file) {
     fail();
   }

@@ -97,8 +97,20 @@ int hold_only(int socket) {
   return kSocket;
 }
 
-Answer write_in_child(WriterServer::Job job, WriterConfinement& confinement, int taken_folder,
-                      int output) {
+/// How a child has ended. One that stands still, on a file system that does not answer or because a
+/// draft has taken it over, must not hold up the drafts of others.
+int status_by(pid_t child, std::chrono::milliseconds longest) {
+  const bool ends =
+      posix::wait_for_end(child, std::chrono::steady_clock::now() + longest) != ETIMEDOUT;
+  if (!ends) {
+    kill(child, SIGKILL);
+  }
+  const auto status = posix::reap(child);
+  return ends ? status.value_or(SIGKILL) : SIGXCPU;
+}
+
+Answer write_in_child(WriterServer::Job job, std::chrono::milliseconds longest,
+                      WriterConfinement& confinement, int taken_folder, int output) {
   const pid_t server = getpid();
   const pid_t child = fork();
   if (child < 0) {
@@ -108,10 +120,10 @@ Answer write_in_child(WriterServer::Job job, WriterConfinement& confinement, int
     end_with(server);
     run_writer(job, confinement, taken_folder, output);
   }
-  return {.error = 0, .status = posix::reap(child).value_or(SIGKILL)};
+  return {.error = 0, .status = status_by(child, longest)};
 }
 
-[[noreturn]] void serve(int receiver, WriterServer::Job job) {
+[[noreturn]] void serve(int receiver, WriterServer::Job job, std::chrono::milliseconds longest) {
   const int socket = hold_only(receiver);
   std::signal(SIGCHLD, SIG_DFL);
   WriterConfinement confinement;
@@ -119,7 +131,8 @@ Answer write_in_child(WriterServer::Job job, WriterConfinement& confinement, int
   UniqueFd output;
   while (Request().receive(socket, taken_folder, output)) {
     prepare_to_write();
-    const Answer answer = write_in_child(job, confinement, taken_folder.get(), output.get());
+    const Answer answer =
+        write_in_child(job, longest, confinement, taken_folder.get(), output.get());
     taken_folder.reset();
     output.reset();
     if (send(socket, &answer, sizeof answer, MSG_NOSIGNAL) != sizeof answer) {
@@ -131,7 +144,7 @@ Answer write_in_child(WriterServer::Job job, WriterConfinement& confinement, int
 
 }  // namespace
 
-WriterServer WriterServer::start(Job job) {
+WriterServer WriterServer::start(Job job, std::chrono::milliseconds longest) {
   std::array<int, 2> ends{-1, -1};
   if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
     throw ComposeError("no draft can be written: " + posix::error_words(errno));
@@ -147,7 +160,7 @@ WriterServer WriterServer::start(Job job) {
     end_with(receiver);
     ours.reset();
     prepare_to_write();
-    serve(servers.get(), job);
+    serve(servers.get(), job, longest);
   }
   return {std::move(ours), process};
 }

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <string>
 
 #include "apps/compose/write_message.h"
@@ -31,8 +32,12 @@ class WriterServer {
   /// What the child does with a folder and an output once it is confined.
   using Job = void (*)(int taken_folder, int output);
 
+  /// How long a child may take, waiting included. One that takes longer is ended and has failed.
+  static constexpr std::chrono::milliseconds kLongest = std::chrono::minutes(10);
+
   /// Forks. Call it from the main thread, before any other is started. Throws `ComposeError`.
-  [[nodiscard]] static WriterServer start(Job job = write_message);
+  [[nodiscard]] static WriterServer start(Job job = write_message,
+                                          std::chrono::milliseconds longest = kLongest);
 
   WriterServer(WriterServer&& other) noexcept;
   WriterServer& operator=(WriterServer&&) = delete;

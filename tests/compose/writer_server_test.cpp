@@ -168,6 +168,15 @@ TEST(WriterServer, AChildThatIsEnded) {
   EXPECT_EQ(answer_after(SIGXCPU).reason, "the draft cannot be written: it takes too long");
 }
 
+TEST(WriterServer, OneThatStandsStillIsEnded) {
+  TakenFolder folder("quoll://compose?");
+  folder.open_both();
+  auto server = WriterServer::start(hang, std::chrono::milliseconds(300));
+  const WriterAnswer answer = server.write(folder.taken(), folder.output());
+  EXPECT_EQ(answer.end, WriterEnd::kFailed);
+  EXPECT_EQ(answer.reason, "the draft cannot be written: it takes too long");
+}
+
 TEST(WriterServer, AServerThatIsEndedTakesItsChildAlong) {
   auto server = WriterServer::start(hang);
   const TakenFolder folder;

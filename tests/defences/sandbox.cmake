@@ -189,7 +189,7 @@ quoll_defence(each_file_once FILE ${file}
   GIVES "files_.size() > kMostFiles"
   SHOWN_BY draft_states Taking.AFileThatIsNamedOftenIsAttachedOnce)
 quoll_defence(room_for_all_that_waits FILE ${file}
-  TAKES "needed += waiting_size(name);" GIVES "static_cast<void>(waiting_size(name));"
+  TAKES "needed = sum_of(needed, waiting_size(name));" GIVES "static_cast<void>(waiting_size(name));"
   SHOWN_BY draft_states DraftsOnASmallDisk.RoomIsCountedOverAllThatWaits)
 set(file apps/compose/taken_draft.cpp)
 quoll_defence(one_program_works_on_a_draft FILE ${file}

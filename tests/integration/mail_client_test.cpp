@@ -210,6 +210,23 @@ TEST_F(MailClientTest, ASnapGetsACopyThatItSees) {
   EXPECT_EQ(read_file(copy), read_file(draft));
 }
 
+// A snap may put a link into its own folder; the receiver can write where the snap cannot.
+TEST_F(MailClientTest, TheLinkOfASnapIsNotFollowed) {
+  add_client_program("snap/bin/thunderbird");
+  add_client("thunderbird_thunderbird", "The Bird",
+             "env HINT=x " + programs_.path("snap/bin/thunderbird") + " %u");
+  make_default("thunderbird_thunderbird");
+  const std::string own = home_.bus.path("home/Public");
+  const std::string common = home_.bus.path("home/snap/thunderbird/common");
+  fs::create_directories(own);
+  fs::permissions(own, fs::perms(0755));
+  fs::create_directories(common);
+  fs::create_directory_symlink(own, common + "/quoll-compose");
+  EXPECT_TRUE(holds(compose({"quoll://compose?subject=x"}).output, "is kept: "));
+  EXPECT_EQ(fs::status(own).permissions(), fs::perms(0755));
+  EXPECT_TRUE(fs::is_empty(own));
+}
+
 // --- the choice ---
 
 TEST_F(MailClientTest, TheClientIsASetting) {

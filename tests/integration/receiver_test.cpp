@@ -69,12 +69,19 @@ TEST_F(ReceiverTest, AnEmptyCommandIsAnEmptyDraft) {
 }
 
 TEST_F(ReceiverTest, ThePlainTextGivenIsThePlainTextKept) {
-  EXPECT_EQ(
-      home_.compose({"quoll://compose?plainBody=From%20me%0D%0A.%0D%0Aend%20&htmlBody=%3Ci%3E"})
-          .status,
-      0);
+  EXPECT_EQ(home_.compose({"quoll://compose?plainBody=From%20me%0D%0A.%0D%0Aend%20"}).status, 0);
   const auto read = home_.read_only_draft();
   EXPECT_TRUE(holds(read, "text text/plain \"From me\\n.\\nend \"\n")) << read;
+}
+
+// What one person reads in one form must be what another reads in the other.
+TEST_F(ReceiverTest, BothFormsOfABodyAreMadeOfItsHtml) {
+  EXPECT_EQ(
+      home_.compose({"quoll://compose?plainBody=SECRET&htmlBody=%3Cp%3EVISIBLE%3C%2Fp%3E"}).status,
+      0);
+  const auto read = home_.read_only_draft();
+  EXPECT_TRUE(holds(read, "text text/plain \"VISIBLE\\n\"\n")) << read;
+  EXPECT_FALSE(holds(read, "SECRET")) << read;
 }
 
 /// What an independent reader finds in the draft of a command with this HTML.
