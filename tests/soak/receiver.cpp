@@ -10,6 +10,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -103,8 +104,10 @@ class Receiver {
     quoll::gio::ErrorSlot error;
     const quoll::gio::VariantHandle reply(
         g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, error.out()));
+    std::string reason = reply ? "" : error.message();
+    std::ranges::replace(reason, '\n', '|');  // what is told is one line
     call->receiver->tell(reply ? "taken " + call->number
-                               : "refused " + call->number + " " + error.message());
+                               : "refused " + call->number + " " + reason);
   }
 
   GDBusConnection* bus_;
