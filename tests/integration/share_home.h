@@ -85,14 +85,15 @@ inline std::vector<std::string> attachments_of(const std::string& printed) {
   return paths;
 }
 
-/// True once a child process has ended, also when it still has to be awaited.
+/// True once a process has ended: a child also when it still has to be awaited.
 inline bool has_ended(pid_t process) {
   siginfo_t ended{};
-  return waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOHANG | WNOWAIT) != 0 ||
-         ended.si_pid == process;
+  const bool is_child =
+      waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOHANG | WNOWAIT) == 0;
+  return is_child ? ended.si_pid == process : kill(process, 0) != 0;
 }
 
-/// Waits until a child process waits for an flock lock; false when it ended before.
+/// Waits until a process waits for an flock lock; false when it ended before.
 inline bool waits_for_lock(pid_t process) {
   const std::string mark = " " + std::to_string(process) + " ";
   while (!has_ended(process)) {
