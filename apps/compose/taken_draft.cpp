@@ -30,11 +30,6 @@ posix::UniqueFd opened(const std::string& folder) {
   return posix::UniqueFd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
-/// Opens the folder of all of them, which its owner may have put elsewhere.
-posix::UniqueFd opened_taken_folder() {
-  return posix::UniqueFd(open(taken_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-}
-
 /// Names end with the time, then with a number for those of the same second: "-9" is before "-10".
 bool is_older(const std::string& one, const std::string& other) {
   const auto time = one.compare(0, 15, other, 0, 15);
@@ -46,6 +41,10 @@ bool is_aside(const std::string& draft) {
 }
 
 }  // namespace
+
+posix::UniqueFd open_taken_folder() {
+  return posix::UniqueFd(open(taken_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
 
 posix::UniqueFd locked_folder(const std::string& path) {
   posix::UniqueFd folder = opened(path);
@@ -91,7 +90,7 @@ bool TakenDraft::is_aside_too_long(const Moment& now) const {
 
 // Under a hidden name first: a folder of which only a part is left must not be taken for a draft.
 void TakenDraft::remove() {
-  const posix::UniqueFd taken = opened_taken_folder();
+  const posix::UniqueFd taken = open_taken_folder();
   const std::string hidden = "." + name_;
   if (renameat(taken.get(), name_.c_str(), taken.get(), hidden.c_str()) == 0) {
     static_cast<void>(posix::remove_item(taken.get(), hidden));  // or a later start does
@@ -121,7 +120,7 @@ std::optional<std::string> why_aside(const std::string& draft) {
 
 std::vector<std::string> taken_drafts() {
   std::vector<std::string> names;
-  if (const posix::UniqueFd folder = opened_taken_folder()) {
+  if (const posix::UniqueFd folder = open_taken_folder()) {
     static_cast<void>(posix::list_folder(folder.get(), names));
   }
   std::erase_if(names, [](const std::string& name) { return name.starts_with('.'); });

@@ -43,6 +43,9 @@ class TakenDraft {
   posix::UniqueFd folder_;
 };
 
+/// Opens the folder of all of them, which its owner may have put behind a link.
+[[nodiscard]] posix::UniqueFd open_taken_folder();
+
 /// The names of the drafts that wait to be written, the oldest first. Nothing is locked or changed.
 [[nodiscard]] std::vector<std::string> waiting_drafts();
 /// The names of all drafts in the folder for taken ones, also of those that were set aside.

@@ -95,13 +95,7 @@ class NewDraft {
   LeftOutFiles left_out_;
 };
 
-posix::BuildingFolder opened_taken_folder() {
-  std::string path = taken_folder();
-  posix::UniqueFd folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  return {std::move(folder), std::move(path)};
-}
-
-NewDraft::NewDraft(const std::string& url) : folder_(opened_taken_folder()) {
+NewDraft::NewDraft(const std::string& url) : folder_({open_taken_folder(), taken_folder()}) {
   const std::vector<std::string> attachments = attachments_in(url);
   if (const int error = folder_.make_folder()) {
     cannot_take("the draft", error);
@@ -183,7 +177,7 @@ std::string time_of_day() {
 // The first name of this second that is free in all three folders. Another program may have
 // finished a draft of the same name between the look and the rename, so there is a second look.
 TakenDraft NewDraft::promise() {
-  const posix::BuildingFolder taken = opened_taken_folder();
+  const posix::UniqueFd taken = open_taken_folder();
   const std::string time = time_of_day();
   std::string placed;
   for (unsigned number = 0;; ++number) {
@@ -191,11 +185,11 @@ TakenDraft NewDraft::promise() {
     if (is_taken_elsewhere(name)) {
       continue;
     }
-    const int error = placed.empty() ? folder_.place(taken.fd.get(), name)
-                      : renameat2(taken.fd.get(), placed.c_str(), taken.fd.get(), name.c_str(),
-                                  RENAME_NOREPLACE) == 0
-                          ? 0
-                          : errno;
+    const int error =
+        placed.empty() ? folder_.place(taken.get(), name)
+        : renameat2(taken.get(), placed.c_str(), taken.get(), name.c_str(), RENAME_NOREPLACE) == 0
+            ? 0
+            : errno;
     if (error != 0 && error != EEXIST) {
       cannot_take("the draft", error);
     }

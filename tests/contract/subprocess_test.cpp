@@ -105,19 +105,15 @@ TEST(WaitForEnd, SaysWhyItCannot) {
 }
 
 TEST(RunProgram, AProgramThatGoesOnSilentlyIsEnded) {
-  const auto start = Clock::now();
-  const ProgramAnswer answer =
-      run_program({"sh", "-c", "echo said; exec >&-; sleep 1000"}, 100, 60s, start + 200ms);
-  EXPECT_LT(Clock::now() - start, 60s);
+  const ProgramAnswer answer = run_program({"sh", "-c", "echo said; exec >&-; sleep 1000"}, 100,
+                                           1000s, Clock::now() + 200ms);
   EXPECT_EQ(answer.end, ProgramAnswer::End::kSilent);
   EXPECT_EQ(answer.output, "said\n");
 }
 
 TEST(RunProgram, AProgramWithoutAnOutputIsEndedWhenItIsSilentForTooLong) {
-  const auto start = Clock::now();
-  const ProgramAnswer answer =
-      run_program({"sh", "-c", "echo said; exec >&-; sleep 1000"}, 100, 200ms, start + 60s);
-  EXPECT_LT(Clock::now() - start, 30s);
+  const ProgramAnswer answer = run_program({"sh", "-c", "echo said; exec >&-; sleep 1000"}, 100,
+                                           200ms, Clock::now() + 1000s);
   EXPECT_EQ(answer.end, ProgramAnswer::End::kSilent);
 }
 

@@ -366,6 +366,25 @@ TEST_F(DraftStates, WhatAKilledReceiverLeftIsSwept) {
   EXPECT_EQ(home_.drafts().size(), 1U);
 }
 
+// Whoever made the folder may have its lock a moment later, and must not lose what it puts there.
+TEST_F(DraftStates, WhatIsSweptIsLockedUntilItIsGone) {
+  const std::string path = taken_file(".half-taken");
+  fs::create_directories(path);
+  for (int i = 0; i < 20'000; ++i) {
+    std::ofstream(path + "/" + std::to_string(i));
+  }
+  const posix::UniqueFd folder(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  const auto before = fs::last_write_time(path);
+  Process receiver({QUOLL_COMPOSE, "quoll://compose?"}, home_.bus.environment());
+  std::error_code gone;
+  while (fs::last_write_time(path, gone) == before && !gone) {
+  }
+  const bool is_free = flock(folder.get(), LOCK_EX | LOCK_NB) == 0;
+  EXPECT_TRUE(!is_free || !fs::exists(path)) << "the lock was given back before the end";
+  EXPECT_EQ(receiver.wait(), 0);
+  EXPECT_FALSE(fs::exists(path));
+}
+
 TEST_F(DraftStates, WhatEarlierVersionsLeftIsSweptOnceTheyHaveEnded) {
   const std::string own = home_.bus.data_home() + "/quoll-compose";
   fs::create_directories(own + "/incoming/AbCdEf");

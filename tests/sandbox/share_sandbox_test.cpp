@@ -10,7 +10,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 
+#include "apps/sandbox/path_rules.h"
 #include "apps/sandbox/sanitizer_build.h"
 #include "tests/sandbox/probing.h"
 
@@ -32,6 +34,23 @@ TEST_F(Sandbox, WhatWasSelectedIsReadAndTheGroupWritten) {
 TEST_F(Sandbox, AnotherFileCannotBeRead) {
   only_outside("read another file", 1);
   only_outside("read a file by another way", 1);
+}
+
+// The folders of libraries may be read, but not when that would be all that the user has.
+TEST_F(Sandbox, ALibraryInTheHomeFolderLetsNoOtherFileBeRead) {
+  if (sandbox::PathRules::kernel_version() < 1) {
+    GTEST_SKIP() << "this kernel has no rules for paths";
+  }
+  const std::string library = home_.path("library.so");
+  std::filesystem::copy_file(QUOLL_PROBE_MODULE, library);
+  environment_["HOME"] = home_.path("");
+  const auto probe = [&](const std::string& name) {
+    return run_probe(
+        name, {"env", "LD_PRELOAD=" + library, QUOLL_SHARE, "--print", home_.path("selected")},
+        "quoll-share");
+  };
+  EXPECT_EQ(probe("read what was selected"), 0);
+  EXPECT_EQ(probe("read another file"), EACCES);
 }
 
 TEST_F(Sandbox, FoldersCannotBeListed) {
