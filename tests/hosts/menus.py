@@ -43,7 +43,7 @@ class Menus:
         self._desktop.ask("xdotool", "mousemove", str(place.x + place.width // 2),
                           str(place.y + place.height // 2), "click", "1")
 
-    def choose(self, opening, labels):
+    def choose(self, opening, labels, before_choosing=lambda: None):
         """Opens a menu by calling `opening`, and does what a click on the last label does; each
         label but the last is a menu's in it."""
         before = self.windows()
@@ -53,6 +53,7 @@ class Menus:
             self._go_to(label)
             self.press("Right")
         self._go_to(labels[-1])
+        before_choosing()
         self.press("Return")
 
     def windows(self, title=""):

@@ -25,7 +25,7 @@ using Reason = std::optional<std::string>;
 
 constexpr std::size_t kMebibyte = std::size_t{1} << 20;
 constexpr std::size_t kLongestText = 64 * kMebibyte;
-constexpr std::size_t kLargestImage = 256 * kMebibyte;
+constexpr std::size_t kLargestPicture = 256 * kMebibyte;
 constexpr std::size_t kLongestList = kMebibyte;
 constexpr const char* kEmpty = "it is empty";
 
@@ -161,8 +161,9 @@ Reason add_from(const ClipboardProgram& program, ShareRequest& request,
     }
     auto command = program.content;
     command.emplace_back(type.name);
-    const auto answer = posix::run_program(
-        command, type.kind == Kind::kImage ? kLargestImage : kLongestText, read_timeout, deadline);
+    const auto answer =
+        posix::run_program(command, type.kind == Kind::kImage ? kLargestPicture : kLongestText,
+                           read_timeout, deadline);
     auto reason = why_not(program, answer);
     if (!reason && add(request, type.kind, answer.output)) {
       return std::nullopt;
