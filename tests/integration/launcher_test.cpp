@@ -254,14 +254,14 @@ TEST_F(LauncherTest, AReasonOfMegabytesIsCutShort) {
 
 TEST_F(LauncherTest, AStartedProgramThatTellsIsWaitedFor) {
   leave_out("/drafts/1.eml\na.txt: not \xFF UTF-8\n");
-  std::atomic<bool> is_opened = false;
-  std::thread opening([&] { is_opened = open_by_pipe("wait"); });
+  // Not a thread of this program: it forks the launcher while it opens.
+  const Process later({"sh", "-c",
+                       "until [ -e '" + record_path() +
+                           "' ]; do sleep 0.01; done; sleep 0.05; : > '" + record_path() + ".go'"},
+                      environment_);
+  EXPECT_TRUE(open_by_pipe("wait"));
+  EXPECT_TRUE(std::filesystem::exists(record_path() + ".go")) << "it was not waited for";
   EXPECT_TRUE(record().starts_with("uri quoll://compose?\n"));
-  std::this_thread::sleep_for(50ms);
-  EXPECT_FALSE(is_opened) << "it is still waited for";
-  std::ofstream(record_path() + ".go") << "";
-  opening.join();
-  EXPECT_TRUE(is_opened);
   EXPECT_EQ(left_out_, std::vector<std::string>{"a.txt: not %FF UTF-8"});
   leave_out("");
   EXPECT_TRUE(open_by_pipe("tell"));
