@@ -9,6 +9,7 @@
 #include "apps/console/operations/write_value.h"
 #include "apps/console/output.h"
 #include "apps/console/program_desktop.h"
+#include "quoll/linux/gio/launcher.h"
 #include "quoll/message/command_launcher.h"
 
 namespace quoll::console {
@@ -49,12 +50,19 @@ Messages read_messages(const std::vector<std::string>& files) {
   return messages;
 }
 
+/// What the application says that it has not taken; nothing when nobody was asked.
+std::vector<gio::LeftOut> left_out_by(const platform::NSWorkspace* workspace) {
+  const auto* const launcher = dynamic_cast<const gio::LauncherWorkspace*>(workspace);
+  return launcher != nullptr ? launcher->left_out() : std::vector<gio::LeftOut>();
+}
+
 }  // namespace
 
 int launch(const std::string& command, const std::vector<std::string>& files, bool background,
            bool as_json) {
   platform::Desktop around = program_desktop();
   around.log = reading_desktop().log;  // to standard error, so that a failure is seen
+  const auto workspace = around.workspace;
   const platform::ScopedDesktop desktop(std::move(around));
   try {
     const Messages messages = read_messages(files);
@@ -69,6 +77,10 @@ int launch(const std::string& command, const std::vector<std::string>& files, bo
         complain(files[i] + " is left out: its identifier cannot stand in a URL");
         left_out.push_back(json_text(files[i]));
       }
+    }
+    for (const auto& [name, why] : left_out_by(workspace.get())) {
+      complain(std::string(name).append(" is left out: ").append(why));
+      left_out.push_back(json_text(name));
     }
     if (as_json) {
       print_json({{"opened", opened}, {"left_out", left_out}});

@@ -105,6 +105,24 @@ TEST_F(QuollctlMessagesTest, TellsWhatItLeftOut) {
   EXPECT_EQ(none.output, "{\"opened\":false,\"left_out\":[\"" + bad + "\"]}\n");
 }
 
+TEST_F(QuollctlMessagesTest, TellsWhatTheApplicationLeftOut) {
+  const test::PrivateBus bus;
+  const std::string record = bus.path("record");
+  test::Process receiver({RECEIVER_DOUBLE, "bus", "it.vorlent.quoll2", "left-out", record},
+                         bus.environment());
+  ASSERT_EQ(receiver.read_line(), "ready");
+  std::ofstream(record + ".left-out")
+      << "/drafts/1.eml\na.txt: it is a link\nb.txt: it is a folder";
+  const Ended some =
+      test::run({QUOLLCTL, "launch", "compose", folder_.write("m.json", kMessage), "--json"},
+                bus.environment());
+  EXPECT_EQ(some.status, 1);
+  EXPECT_EQ(some.output, "{\"opened\":true,\"left_out\":[\"a.txt\",\"b.txt\"]}\n");
+  EXPECT_EQ(some.errors,
+            "quollctl: a.txt is left out: it is a link\n"
+            "quollctl: b.txt is left out: it is a folder\n");
+}
+
 TEST_F(QuollctlMessagesTest, LaunchesNothingWhenAFileIsNoMessage) {
   const std::string good = folder_.write("good", kMessage);
   const Ended refused = quollctl({"launch", "delete", good, folder_.path("nothing"), "--json"});
