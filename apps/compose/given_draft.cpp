@@ -41,7 +41,18 @@ std::string place_of(std::size_t k, const std::string& name) {
   return "files/" + std::to_string(k) + "/" + name;
 }
 
-/// Removes a draft's folder when it is old enough, and the draft when it was given.
+void remove_all_but_note(int folder) {
+  std::vector<std::string> names;
+  static_cast<void>(posix::list_folder(folder, names));
+  for (const std::string& name : names) {
+    if (name != kOffered) {
+      static_cast<void>(posix::remove_item(folder, name));
+    }
+  }
+}
+
+/// Removes a draft's folder when it is old enough, and the draft when it was given. Of a draft that
+/// was perhaps given, the note stays as long as the draft does.
 void sweep_one(const std::string& draft, const Moment& now) {
   constexpr std::int64_t kKeptFor = std::int64_t{7} * 24 * 60 * 60;
   const posix::UniqueFd folder = locked_folder(folder_of(draft));
@@ -58,6 +69,9 @@ void sweep_one(const std::string& draft, const Moment& now) {
   }
   if (is_given) {
     fs::remove(message_file(draft), ignored);
+  } else if (has(draft, kOffered) && fs::exists(message_file(draft), ignored)) {
+    remove_all_but_note(folder.get());
+    return;
   }
   fs::remove_all(folder_of(draft), ignored);
 }

@@ -53,8 +53,9 @@ enum class Giving {
 [[nodiscard]] Giving giving_of(const std::string& draft);
 
 /// Removes the drafts that were given to a client 7 days ago or earlier, with everything that was
-/// made for the client. It also removes folders of that age whose draft no client is known to have;
-/// those drafts stay, and so does what a program works on.
+/// made for the client. Of a draft that no client is known to have, it removes what was made that
+/// long ago; the draft stays, also the note that it was perhaps given. What a program works on
+/// stays.
 void sweep_given(const Moment& now);
 
 }  // namespace quoll::compose

@@ -78,7 +78,8 @@ std::optional<Notification> notification_of(const Outcome& outcome) {
 }
 
 Notification notification_of_refusal(const std::string& reason) {
-  return {.summary = "There is no draft", .body = foundation::printable(reason)};
+  constexpr std::size_t kLongestReason = 400;
+  return {.summary = "There is no draft", .body = foundation::printable(reason, kLongestReason)};
 }
 
 Notification notification_of_flood(std::size_t drafts) {

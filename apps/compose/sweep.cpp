@@ -73,14 +73,20 @@ void sweep_drafts() {
 }
 
 /// Earlier versions hold a lock on their folder while they work on a draft. The folder stays: one
-/// of them may wait for its lock.
+/// of them may wait for its lock. What they did not finish cannot be gone on with: they had a
+/// draft's command in memory only, and put its files here under numbers.
 void sweep_earlier_versions() {
   const posix::UniqueFd lock(open(incoming_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!lock || flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
     return;
   }
-  for (const std::string& name : listed(incoming_folder()).names) {
+  const std::vector<std::string> unfinished = listed(incoming_folder()).names;
+  for (const std::string& name : unfinished) {
     static_cast<void>(posix::remove_item(lock.get(), name));
+  }
+  if (!unfinished.empty()) {
+    platform::log("the files of drafts that an earlier version did not write are removed: %@",
+                  unfinished.size());
   }
   const Folder drafts = listed(drafts_folder());
   for (const std::string& name : drafts.names) {

@@ -1,6 +1,7 @@
 // What a person is told of a draft that came by the bus, where nobody sees a terminal.
 #include <thread>
 
+#include "apps/compose/notifications.h"
 #include "quoll/linux/gio/launcher.h"
 #include "tests/integration/client_home.h"
 #include "tests/support/recorders.h"
@@ -54,6 +55,12 @@ TEST_F(ComposeNotice, ManyFilesFromElsewhereAreCounted) {
     EXPECT_TRUE(holds(line(), "Left out: /etc/passwd: "));
   }
   EXPECT_EQ(line(), "Left out: 1995 more");
+}
+
+TEST(ComposeNotices, ALongRefusalIsCutShort) {
+  const std::string body = compose::notification_of_refusal(std::string(100'000, 'x')).body;
+  EXPECT_EQ(body.size(), 400U);
+  EXPECT_TRUE(body.starts_with("xxx") && body.ends_with("…")) << body;
 }
 
 TEST_F(ComposeNotice, ADraftThatIsKeptIsSaidWithItsPlace) {

@@ -8,9 +8,11 @@
 #include <fstream>
 
 #include "apps/compose/folders.h"
+#include "apps/compose/sweep.h"
 #include "quoll/linux/posix/files.h"
 #include "quoll/platform/desktop.h"
 #include "tests/integration/process.h"
+#include "tests/support/recorders.h"
 #include "tests/support/temporary_folder.h"
 
 namespace quoll::compose {
@@ -126,6 +128,35 @@ TEST_F(GivenDraftsTest, ADraftThatNoClientHasStaysForGood) {
   EXPECT_TRUE(fs::exists(alone));
   EXPECT_TRUE(fs::exists(failed));
   EXPECT_FALSE(fs::exists(given("failed"))) << "a second copy of what the draft holds";
+}
+
+TEST_F(GivenDraftsTest, WhatWasPerhapsGivenStaysSo) {
+  const std::string path = draft("a");
+  const std::string copy = give("a", {"x"}).copy_message_to(folder_.path("copies"));
+  sweep_given(in_days(6));
+  EXPECT_TRUE(fs::exists(given("a/files/0/x")));
+  sweep_given(in_days(8));
+  EXPECT_EQ(giving_of("a"), Giving::kPerhaps);
+  EXPECT_FALSE(fs::exists(given("a/files")) || fs::exists(copy)) << "the draft holds the files";
+  EXPECT_TRUE(fs::exists(path));
+  fs::remove(path);
+  sweep_given(in_days(16));
+  EXPECT_FALSE(fs::exists(given("a"))) << "nobody has to know it any more";
+}
+
+TEST_F(GivenDraftsTest, WhatAnEarlierVersionDidNotWriteIsRemovedAndCounted) {
+  for (const char* name : {"AbCdEf", "GhIjKl"}) {
+    fs::create_directories(incoming_folder() + "/" + name);
+    std::ofstream(incoming_folder() + "/" + name + "/0") << "x";
+  }
+  const auto log = std::make_shared<test::RecordingLog>();
+  const platform::ScopedDesktop desktop({.log = log});
+  sweep(present_moment());
+  sweep(present_moment());
+  EXPECT_TRUE(fs::is_empty(incoming_folder()));
+  EXPECT_EQ(log->lines(),
+            std::vector<std::string>{
+                "the files of drafts that an earlier version did not write are removed: 2"});
 }
 
 TEST_F(GivenDraftsTest, ACopyElsewhereGoesWithItsDraft) {
