@@ -2,11 +2,12 @@
 
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
-#include <map>
+#include <optional>
 #include <random>
 
 #include "quoll/foundation/base64.h"
@@ -19,6 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr Lane kTaker{0, 0};
+constexpr const char* kName = "it.vorlent.quoll2";
 constexpr const char* kFiles[] = {"one.bin", "two.bin"};
 
 std::string content_of(const std::string& name) {
@@ -37,9 +39,40 @@ bool has_file(const std::string& message, const std::string& name) {
   return text.find(foundation::base64_encode(content_of(name))) != std::string::npos;
 }
 
+/// A program that calls the receiver once it has its name on the bus. It stays, because the stepper
+/// would take its end for that of a process of its own.
+class Caller {
+ public:
+  Caller(const std::string& files, const std::string& url, const test::Environment& environment)
+      : files_(files),
+        program_({"sh", "-c",
+                  "gdbus wait --session \"$1\" && : > \"$0-asked\" &&"
+                  " { gdbus call --session --dest \"$1\" --object-path /it/vorlent/quoll2"
+                  " --method org.freedesktop.Application.Open \"['$2']\""
+                  " \"{'quoll-report': <true>}\" > /dev/null 2>&1 &&"
+                  " : > \"$0-answered\"; : > \"$0-ended\"; }; exec sleep 1000",
+                  files, kName, url},
+                 environment) {}
+
+  /// Whether it was answered that the whole draft was taken. Call it when the receiver has ended.
+  [[nodiscard]] bool is_answered() const {
+    while (fs::exists(files_ + "-asked") && !fs::exists(files_ + "-ended")) {
+      usleep(1000);
+    }
+    return fs::exists(files_ + "-answered");
+  }
+
+ private:
+  std::string files_;
+  test::Process program_;
+};
+
+/// How the command comes.
+enum class Road { kArguments, kBus };
+
 class ReceiverSubject final : public Subject {
  public:
-  ReceiverSubject() : environment_(home_.bus.environment()) {
+  explicit ReceiverSubject(Road road) : road_(road), environment_(home_.bus.environment()) {
     environment_["PATH"] = home_.bus.path("bin") + ":" + std::getenv("PATH");
     environment_["GIO_MODULE_DIR"] = home_.bus.path("no-modules");
     environment_["LC_ALL"] = "C.UTF-8";
@@ -57,7 +90,7 @@ class ReceiverSubject final : public Subject {
   }
 
   [[nodiscard]] std::unique_ptr<Subject> another() const override {
-    return std::make_unique<ReceiverSubject>();
+    return std::make_unique<ReceiverSubject>(road_);
   }
 
   void prepare(bool /*anew*/) override {
@@ -72,12 +105,16 @@ class ReceiverSubject final : public Subject {
     }
     is_promising_ = false;
     is_promised_ = false;
+    caller_.reset();
+    if (road_ == Road::kBus) {
+      caller_.emplace(home_.bus.path("call-" + std::to_string(runs_)), url(), environment_);
+    }
   }
 
   [[nodiscard]] std::vector<std::string> command() const override {
-    return {QUOLL_COMPOSE,
-            test::ReceiverHome::url({home_.staging() + "/one.bin", home_.staging() + "/two.bin"},
-                                    "subject=first&to=a%40x.org&plainBody=words")};
+    return road_ == Road::kBus
+               ? std::vector<std::string>{QUOLL_COMPOSE, "--service", "--idle", "0.5"}
+               : std::vector<std::string>{QUOLL_COMPOSE, url()};
   }
   [[nodiscard]] const test::Environment& environment() const override { return environment_; }
 
@@ -91,7 +128,8 @@ class ReceiverSubject final : public Subject {
 
   void check(const Trial& trial, const Harmed& harmed, unsigned /*seconds*/,
              Result& result) override {
-    const bool is_promised = is_promised_ || is_there();
+    const bool is_answered = caller_ && caller_->is_answered();
+    const bool is_promised = is_promised_ || is_answered || is_there();
     result.ended_by_library = was_ended_by_library(harmed.end);
     const bool is_told = trial.harm != Harm::kKillAll && !harmed.end.is_hung &&
                          !result.ended_by_library && !check_end(trial, harmed, result);
@@ -99,7 +137,8 @@ class ReceiverSubject final : public Subject {
       check_told(harmed, is_promised, result.findings);
     }
     start_next({"--resume"}, result.findings);
-    const bool may_miss = trial.harm == Harm::kFault && harmed.end.status != 0;
+    const bool is_told_whole = road_ == Road::kBus ? is_answered : harmed.end.status == 0;
+    const bool may_miss = trial.harm == Harm::kFault && !is_told_whole;
     check_drafts(is_promised ? 1 : 0, may_miss, result.findings);
     start_next({"quoll://compose?subject=next"}, result.findings);
     check_drafts(is_promised ? 2 : 1, may_miss, result.findings);
@@ -107,6 +146,10 @@ class ReceiverSubject final : public Subject {
   }
 
  private:
+  [[nodiscard]] std::string url() const {
+    return test::ReceiverHome::url({home_.staging() + "/one.bin", home_.staging() + "/two.bin"},
+                                   "subject=first&to=a%40x.org&plainBody=words");
+  }
   /// GLib aborts a process that gets no thread, and sends itself SIGTERM when it loses a bus to
   /// which it has just connected. Nobody is left who could tell; the draft has to be there.
   [[nodiscard]] static bool was_ended_by_library(const SteppedEnd& end) {
@@ -129,7 +172,8 @@ class ReceiverSubject final : public Subject {
   void check_told(const Harmed& harmed, bool is_promised, Findings& findings) const {
     const SteppedEnd& end = harmed.end;
     const std::string told = "status " + std::to_string(end.status) + ": " + end.errors;
-    if (end.status == 0 && home_.drafts().size() != 1) {
+    // A service has taken what it has answered; the next start may write it.
+    if (road_ == Road::kArguments && end.status == 0 && home_.drafts().size() != 1) {
       findings.push_back({About::kUntruth, "no draft is there, " + told});
     }
     if (end.status != 0 && end.status != 1) {
@@ -191,8 +235,10 @@ class ReceiverSubject final : public Subject {
     }
   }
 
+  Road road_;
   test::ReceiverHome home_{{{"DISPLAY", ":99"}}};
   test::Environment environment_;
+  std::optional<Caller> caller_;
   int runs_ = 0;
   bool is_promising_ = false;
   bool is_promised_ = false;
@@ -201,7 +247,11 @@ class ReceiverSubject final : public Subject {
 }  // namespace
 
 std::unique_ptr<Subject> make_receiver() {
-  return std::make_unique<ReceiverSubject>();
+  return std::make_unique<ReceiverSubject>(Road::kArguments);
+}
+
+std::unique_ptr<Subject> make_receiver_service() {
+  return std::make_unique<ReceiverSubject>(Road::kBus);
 }
 
 }  // namespace quoll::crash

@@ -41,6 +41,16 @@ inline constexpr Series kSeries[] = {
      {},
      make_receiver},
     {"receiver-fault", "the call of the receiver fails", Harm::kFault, {}, make_receiver},
+    {"receiver-service-kill-all",
+     "every process of the receiver's service killed",
+     Harm::kKillAll,
+     {},
+     make_receiver_service},
+    {"receiver-service-fault",
+     "the call of the receiver's service fails",
+     Harm::kFault,
+     {},
+     make_receiver_service},
 };
 
 struct SeriesOptions {
