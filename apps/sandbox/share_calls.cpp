@@ -25,7 +25,7 @@ void allow_files(CallFilter& filter) {
   filter.allow({"open", "openat", "close", "close_range", "dup", "dup2", "dup3", "pipe", "pipe2"});
   filter.allow({"read", "readv", "pread64", "write", "writev", "pwrite64", "lseek", "ftruncate",
                 "copy_file_range", "fadvise64", "flock", "poll", "ppoll"});
-  filter.allow({"stat", "lstat", "fstat", "newfstatat", "statx", "access", "faccessat",
+  filter.allow({"stat", "lstat", "fstat", "newfstatat", "statx", "fstatfs", "access", "faccessat",
                 "faccessat2", "getdents64", "getcwd", "umask"});
   filter.allow(
       {"rename", "renameat", "renameat2", "unlink", "unlinkat", "mkdir", "mkdirat", "rmdir"});

@@ -309,6 +309,16 @@ TEST_F(Share, AFileThatMayNotGrowIsLeftOutWithTheReason) {
                 large + ": file too large\n");
 }
 
+// Its size, a page, is not that of what it holds; the sandbox lets this be asked.
+TEST_F(Share, AFileOfTheSystemIsSharedAsItIsRead) {
+  const std::string file = "/sys/kernel/fscaps";
+  if (access(file.c_str(), R_OK) != 0) {
+    GTEST_SKIP() << "there is no " << file;
+  }
+  EXPECT_EQ(home_.print({file}).status, 0);
+  EXPECT_EQ(read_file(home_.staging() + "/fscaps"), read_file(file));
+}
+
 TEST_F(Share, AContainerWhosePathIsNotUtf8IsRefused) {
   const std::string folder = home_.path("bad\xFF");
   home_.environment()["QUOLL_GROUP_CONTAINERS"] = folder;

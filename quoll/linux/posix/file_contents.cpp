@@ -2,7 +2,9 @@
 
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <linux/magic.h>
 #include <sys/ioctl.h>
+#include <sys/statfs.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -66,7 +68,16 @@ Outcome copy_range(int from, int to, off_t position, off_t end) {
   return std::nullopt;
 }
 
-/// Copies what claims no size. Of the files of /proc and /sys some never end.
+/// Whether the size that the file claims says nothing: none, a page, or all memory that there could
+/// be, as files of /proc and /sys do. Some of them never end.
+bool is_unsized(int file, const struct stat& status) {
+  struct statfs system {};
+  return status.st_size == 0 ||
+         (::fstatfs(file, &system) == 0 &&
+          (system.f_type == PROC_SUPER_MAGIC || system.f_type == SYSFS_MAGIC));
+}
+
+/// Copies what claims no size, or not its own.
 Outcome copy_unsized(int from, int to) {
   constexpr off_t kMost = off_t{64} << 20;
   if (auto failure = copy_range(from, to, 0, kMost)) {
@@ -133,7 +144,7 @@ Outcome copy_contents(int from, int to) {
   if (::fstat(from, &status) != 0) {
     return FileFailure{errno, false};
   }
-  if (status.st_size == 0) {
+  if (is_unsized(from, status)) {
     return copy_unsized(from, to);
   }
   if (status.st_blocks < status.st_size / 512) {
