@@ -273,13 +273,15 @@ TEST(Failed, ADraftIsNeverWrittenInPart) {
 }
 
 /// The receiver is killed where it changes something on the disk.
-TEST(ReceiverKilled, WhatWasPromisedIsThereWholeAndOnce) {
+class ReceiverKilled : public testing::TestWithParam<const char*> {};
+
+TEST_P(ReceiverKilled, WhatWasPromisedIsThereWholeAndOnce) {
   if (const std::string why = why_not_stepped(); !why.empty()) {
     GTEST_SKIP() << why;
   }
   const auto* const series =
       std::find_if(std::begin(kSeries), std::end(kSeries),
-                   [](const Series& one) { return std::string(one.name) == "receiver-kill-all"; });
+                   [](const Series& one) { return std::string(one.name) == GetParam(); });
   const SeriesResult result =
       run_series(*series, {.every = kEvery, .seconds = 0, .only_changes = true, .unharmed = 2});
   EXPECT_GT(result.trials, 5);
@@ -287,6 +289,8 @@ TEST(ReceiverKilled, WhatWasPromisedIsThereWholeAndOnce) {
   EXPECT_EQ(result.faulty, 0);
 }
 
+INSTANTIATE_TEST_SUITE_P(All, ReceiverKilled,
+                         testing::Values("receiver-kill-all", "receiver-service-kill-all"));
 INSTANTIATE_TEST_SUITE_P(All, Killed, testing::Values("kill-all", "kill-all-first"));
 
 }  // namespace

@@ -49,6 +49,22 @@ quoll_defence(sources_are_only_read
   // No fsync]]
   SHOWN_BY crash All/Killed.NothingElseIsTouched/0)
 
+# What keeps a draft that the receiver has promised.
+quoll_defence(failed_writes_are_remembered
+  FILE apps/compose/write_message.cpp
+  TAKES "error = written < 0 ? errno : 0;" GIVES "error = 0;"
+  SHOWN_BY crash Failed.ADraftIsNeverWrittenInPart)
+quoll_defence(file_without_a_name_is_copied
+  FILE apps/compose/taker.cpp
+  TAKES " && errno != ENOENT" GIVES ""
+  SHOWN_BY crash Failed.AFileThatCannotBeLinkedIsCopiedFromItsDescriptor)
+quoll_defence(modes_of_files_stay
+  FILE apps/compose/taker.cpp
+  TAKES [[const std::string source = "/proc/self/fd/" + std::to_string(file);]]
+  GIVES [[const std::string source = "/proc/self/fd/" + std::to_string(file);
+  fchmod(file, S_IRUSR | S_IWUSR);]]
+  SHOWN_BY draft_states TakingForAClient.TheUsersOwnFileKeepsItsModeAndItsName)
+
 quoll_defence(files_stay_until_they_are_taken
   FILE quoll/linux/gio/opener.cpp
   TAKES [[posix::Pipe taken = tells ? posix::make_pipe() : posix::Pipe{};]]

@@ -43,6 +43,9 @@ quoll_defence(tool_without_an_output FILE quoll/linux/posix/subprocess.cpp
 quoll_defence(file_without_an_end FILE quoll/linux/posix/file_contents.cpp
   TAKES "off_t{64} << 20" GIVES "off_t{64} << 30"
   SHOWN_BY posix_files Copy.AFileWithoutAnEndIsRefused)
+quoll_defence(size_of_a_system_file FILE quoll/linux/posix/file_contents.cpp
+  TAKES "system.f_type == SYSFS_MAGIC" GIVES "system.f_type == 0"
+  SHOWN_BY posix_files Copy.OfAFileOfTheSystemThereIsWhatCanBeRead)
 quoll_defence(working_folder_without_a_path FILE apps/share/request/resolve_item.cpp
   TAKES "const auto whole = absolute(path);"
   GIVES "const auto whole = std::optional(absolute(path).value_or(std::string(path)));"
@@ -214,6 +217,9 @@ quoll_defence(files_in_a_notice FILE apps/compose/notifications.cpp
 quoll_defence(notices_at_once FILE apps/compose/notifications.cpp
   TAKES "kMost = 3" GIVES "kMost = 4"
   SHOWN_BY mail_client ComposeNotice.OfManyTheFirstAreShown)
+quoll_defence(refusal_in_a_notice FILE apps/compose/notifications.cpp
+  TAKES "kLongestReason = 400" GIVES "kLongestReason = 500"
+  SHOWN_BY mail_client ComposeNotices.ALongRefusalIsCutShort)
 quoll_defence(client_argument_length FILE apps/compose/client_arguments.cpp
   TAKES "kLongestArgument = 131071" GIVES "kLongestArgument = 131072"
   SHOWN_BY mail_client ClientArguments.NoTextIsEverShortened)
@@ -223,6 +229,9 @@ quoll_defence(given_draft_stays FILE apps/compose/given_draft.cpp
 quoll_defence(only_copy_stays FILE apps/compose/given_draft.cpp
   TAKES "  if (is_given) {" GIVES "  if (status.st_size >= 0) {"
   SHOWN_BY mail_client GivenDraftsTest.ADraftThatNoClientHasStaysForGood)
+quoll_defence(perhaps_given_stays_so FILE apps/compose/given_draft.cpp
+  TAKES "} else if (has(draft, kOffered) &&" GIVES "} else if (draft.empty() && has(draft, kOffered) &&"
+  SHOWN_BY mail_client GivenDraftsTest.WhatWasPerhapsGivenStaysSo)
 quoll_defence(large_draft_is_said FILE apps/compose/hand_over.cpp
   TAKES "25'000'000" GIVES "26'000'000"
   SHOWN_BY mail_client MailClientTest.ADraftThatServersRefuseIsSaid)

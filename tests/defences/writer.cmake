@@ -44,6 +44,14 @@ quoll_defence(writer_ends_with_the_receiver FILE ${file}
 quoll_defence(writer_holds_two_descriptors FILE apps/compose/writer_child.cpp
   TAKES "close_range(kOutput + 1, UINT_MAX, 0);" GIVES ""
   SHOWN_BY compose_writer WriterServer.AChildHasTwoDescriptorsAndTheEmptyStreams)
+set(file apps/compose/writer_server.cpp)
+quoll_defence(writers_server_ends_with_the_receiver FILE ${file}
+  TAKES "end_with(receiver);" GIVES "(void)receiver;"
+  SHOWN_BY compose_writer WriterServer.NobodyIsLeftOfAReceiverThatWasKilled)
+quoll_defence(writer_that_falls_stops_no_other FILE ${file}
+  TAKES "MSG_NOSIGNAL) != sizeof answer) {"
+  GIVES "MSG_NOSIGNAL) != sizeof answer || answer.status != 0) {"
+  SHOWN_BY compose_writer WriterServer.WhatEachEndMeans)
 
 set(file apps/compose/writer_result.cpp)
 quoll_defence(writer_is_asked_for_plain_text FILE ${file}
@@ -72,6 +80,9 @@ quoll_defence(address_length FILE ${file}
 quoll_defence(subject_is_one_line FILE apps/compose/write_message.cpp
   TAKES "one_line(text_of(message.subject()))" GIVES "text_of(message.subject())"
   SHOWN_BY compose_writer WriteMessage.NoFieldAddsAHeader)
+quoll_defence(client_decodes_no_subject FILE apps/compose/write_message.cpp
+  TAKES "fields.subject = without_encoded_words(fields.subject);" GIVES ""
+  SHOWN_BY mail_client HostileFields.BecomeNoArgumentsOfTheirOwn)
 quoll_defence(quotes_are_closed_once FILE ${file}
   TAKES "    has = false;\n" GIVES ""
   SHOWN_BY compose_writer Addresses.TakeTimeInProportion)
