@@ -238,6 +238,25 @@ TEST(Failed, AFileThatCannotBeLinkedIsCopiedFromItsDescriptor) {
   }
 }
 
+TEST(Failed, AServiceThatCannotPromiseADraftHasNone) {
+  if (const std::string why = why_not_stepped(); !why.empty()) {
+    GTEST_SKIP() << why;
+  }
+  const auto service = make_receiver_service();
+  service->prepare(false);
+  AtOne fault(SYS_renameat2, 1, {.kind = Step::Kind::kFail, .error = EIO});
+  Result result;
+  const SteppedEnd end = run_stepped(service->command(), service->environment(), fault, 60);
+  EXPECT_TRUE(fault.is_done()) << "it was not called";
+  EXPECT_EQ(end.status, 0) << end.errors;
+  Trial trial;
+  trial.harm = Harm::kFault;
+  service->check(trial, {.end = end}, 60, result);
+  for (const Finding& finding : result.findings) {
+    ADD_FAILURE() << words_of(finding.about) << ": " << finding.text;
+  }
+}
+
 // The lane of the process that writes: the server is process 1.
 class WriterWrites final : public Steps {
  public:
