@@ -14,6 +14,7 @@
 #include "quoll/container/layout.h"
 #include "quoll/foundation/path.h"
 #include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/exclusive_rename.h"
 #include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/group_containers.h"
 #include "quoll/linux/posix/paths.h"
@@ -115,19 +116,10 @@ int TemporaryItem::make(mode_t mode, bool is_folder) {
   return EBUSY;
 }
 
+// The coordinator keeps other writers away where the file system knows no exclusive rename.
 int TemporaryItem::place(int folder, const std::string& name) {
-  int result = ::renameat2(folder_.fd.get(), name_.c_str(), folder, name.c_str(), RENAME_NOREPLACE);
-  if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
-    // Network file systems know no exclusive rename. The coordinator keeps other writers away
-    // between these two calls.
-    struct stat status {};
-    if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
-      return EEXIST;
-    }
-    result = ::renameat(folder_.fd.get(), name_.c_str(), folder, name.c_str());
-  }
-  if (result != 0) {
-    return errno;
+  if (const int error = rename_exclusively(folder_.fd.get(), name_, folder, name)) {
+    return error;
   }
   name_.clear();
   return 0;
