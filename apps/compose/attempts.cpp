@@ -1,7 +1,12 @@
 #include "apps/compose/attempts.h"
 
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <sstream>
 
+#include "apps/compose/compose_error.h"
 #include "apps/compose/small_file.h"
 #include "quoll/foundation/printable.h"
 
@@ -15,7 +20,11 @@ constexpr std::string_view kFailed = "failed ";
 }  // namespace
 
 Attempts::Attempts(int folder) : folder_(folder) {
-  std::istringstream lines(read_small_file(folder, kFile));
+  std::string notes;
+  if (const int error = read_small_file(folder, kFile, notes); error != 0 && error != ENOENT) {
+    throw ComposeError(std::string("its attempts cannot be read: ") + std::strerror(error));
+  }
+  std::istringstream lines(notes);
   for (std::string line; std::getline(lines, line);) {
     if (line.starts_with(kFailed)) {
       failures_.push_back(line.substr(kFailed.size()));
@@ -28,7 +37,11 @@ int Attempts::begin() {
 }
 
 void Attempts::ended() {
-  static_cast<void>(write(""));  // a line too many counts nothing
+  if (failures_.empty()) {
+    unlinkat(folder_, kFile, 0);  // a line too many counts nothing
+  } else {
+    static_cast<void>(write(""));
+  }
 }
 
 void Attempts::failed(const std::string& reason) {

@@ -10,7 +10,7 @@ namespace quoll::compose {
 /// else ends a program is not the draft's fault.
 class Attempts {
  public:
-  /// `folder` must stay open.
+  /// `folder` must stay open. Throws `ComposeError` when the notes cannot be read.
   explicit Attempts(int folder);
 
   /// Answers 0 or an `errno` value: then no attempt may be made.

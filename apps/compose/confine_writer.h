@@ -17,9 +17,9 @@ class WriterConfinement {
  public:
   WriterConfinement();
 
-  /// Confines this process for good. `file_bytes` is the size of all files of the draft, which the
-  /// time depends on; `output` is on the disk that may be filled.
-  void enforce(int taken_folder, int output, std::uint64_t file_bytes);
+  /// Confines this process for good. `file_bytes` is what all files of the draft had when
+  /// they were taken; the time depends on it, and what may be written.
+  void enforce(int taken_folder, std::uint64_t file_bytes);
 
  private:
   sandbox::CallFilter calls_;

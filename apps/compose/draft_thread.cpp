@@ -1,14 +1,18 @@
 #include "apps/compose/draft_thread.h"
 
+#include <algorithm>
 #include <cstring>
 #include <exception>
 #include <utility>
 
 #include "apps/compose/attempts.h"
+#include "apps/compose/compose_error.h"
 #include "apps/compose/draft_writing.h"
 #include "apps/compose/folders.h"
 #include "apps/compose/hand_over.h"
 #include "apps/compose/moment.h"
+#include "apps/compose/recent_moments.h"
+#include "apps/compose/room.h"
 #include "apps/compose/sweep.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/platform/log.h"
@@ -18,11 +22,19 @@ namespace {
 
 using State = Outcome::State;
 
-Outcome not_written(const TakenDraft& draft, State state, const std::string& reason) {
+constexpr std::size_t kMostAtOnce = 10;
+
+Outcome waits(const std::string& draft, const std::string& reason) {
   Outcome outcome;
-  outcome.state = state;
-  outcome.path = draft.path();
+  outcome.state = State::kWaits;
+  outcome.path = taken_folder() + "/" + draft;
   outcome.reason = foundation::printable(reason);
+  return outcome;
+}
+
+Outcome not_written(const TakenDraft& draft, State state, const std::string& reason) {
+  Outcome outcome = waits(draft.name(), reason);
+  outcome.state = state;
   outcome.left_out = draft.left_out();
   return outcome;
 }
@@ -47,16 +59,24 @@ DraftThread::~DraftThread() {
 }
 
 void DraftThread::add(std::vector<TakenDraft> drafts, const gio::ActivationTokens& tokens) {
-  constexpr std::size_t kMostAtOnce = 10;
   {
     const std::lock_guard lock(mutex_);
     for (TakenDraft& draft : drafts) {
-      waiting_.push_back({.draft = std::move(draft), .tokens = tokens, .fields = {}});
+      const std::string name = draft.name();
+      wait({.name = name, .draft = std::move(draft), .tokens = tokens, .fields = {}});
     }
     under_way_ += drafts.size();
     is_flood_ = is_flood_ || under_way_ > kMostAtOnce;
   }
   changed_.notify_one();
+}
+
+// Each lock needs a descriptor, of which there are few.
+void DraftThread::wait(Job job) {
+  if (waiting_.size() >= kMostAtOnce) {
+    job.draft.reset();
+  }
+  waiting_.push_back(std::move(job));
 }
 
 bool DraftThread::busy() const {
@@ -71,7 +91,9 @@ void DraftThread::run() {
   for (;;) {
     end_flood(lock);
     changed_.wait(lock, [&] { return ending_ || !waiting_.empty() || !written_.empty(); });
-    std::deque<Job>& jobs = waiting_.empty() ? written_ : waiting_;
+    // In a flood none waits for the others: a written draft has a lock until it is kept.
+    const bool has_written = is_flood_ && !written_.empty();
+    std::deque<Job>& jobs = has_written || waiting_.empty() ? written_ : waiting_;
     if (jobs.empty()) {
       return;
     }
@@ -86,16 +108,43 @@ void DraftThread::begin() {
   try {
     make_folders();
     sweep(present_moment());
-    std::vector<TakenDraft> drafts;
-    for (const std::string& name : waiting_drafts()) {
-      if (auto draft = TakenDraft::lock(name)) {
-        drafts.push_back(std::move(*draft));
-      }
+    const std::vector<std::string> names = waiting_drafts();
+    for (const std::string& name : names) {
+      go_on_with(name);
     }
-    add(std::move(drafts), {});
+    const std::lock_guard lock(mutex_);
+    is_flood_ = is_flood_ || names.size() > kMostAtOnce;
   } catch (const std::exception& exception) {
     platform::log("what waits cannot be gone on with: %@", exception.what());
   }
+}
+
+/// Unless it is worked on. A draft of this program that has no lock is among those that wait.
+void DraftThread::go_on_with(const std::string& name) {
+  Job job{.name = name, .draft = {}, .tokens = {}, .fields = {}};
+  try {
+    if (!lock_draft(job)) {
+      return;
+    }
+  } catch (const ComposeError&) {
+    // Told when its turn comes.
+  }
+  const std::lock_guard lock(mutex_);
+  if (std::ranges::find(waiting_, name, &Job::name) == waiting_.end()) {
+    wait(std::move(job));
+    ++under_way_;
+  }
+}
+
+/// False when somebody else works on it, or has done so.
+bool DraftThread::lock_draft(Job& job) {
+  if (!job.draft) {
+    job.draft = TakenDraft::lock(job.name);
+    if (job.draft && why_aside(job.name)) {
+      job.draft.reset();
+    }
+  }
+  return job.draft.has_value();
 }
 
 // A draft that failed goes to the end, so that it does not hold up the others.
@@ -105,34 +154,41 @@ void DraftThread::work_on(Job job, Lock& lock) {
   try {
     if (job.is_written) {
       give(job);
-    } else {
+    } else if (lock_draft(job)) {
       is_over = is_over_after_writing(job);
     }
   } catch (const std::exception& exception) {
-    platform::log("the draft waits: %@", exception.what());
+    finish(waits(job.name, exception.what()));
   }
   lock.lock();
   if (is_over) {
     --under_way_;
+  } else if (job.is_written) {
+    written_.push_back(std::move(job));
   } else {
-    (job.is_written ? written_ : waiting_).push_back(std::move(job));
+    wait(std::move(job));
   }
 }
 
 bool DraftThread::is_over_after_writing(Job& job) {
-  Attempts attempts(job.draft.folder());
+  const TakenDraft& draft = *job.draft;
+  if (const auto reason = why_never(draft.folder())) {
+    finish(set_aside(draft, *reason));
+    return true;
+  }
+  Attempts attempts(draft.folder());
   if (attempts.are_enough()) {
-    finish(set_aside(job.draft, attempts.reason()));
+    finish(set_aside(draft, attempts.reason()));
     return true;
   }
   if (const int error = attempts.begin()) {
-    finish(not_written(job.draft, State::kWaits,
+    finish(not_written(draft, State::kWaits,
                        std::string("it cannot be written: ") + std::strerror(error)));
     return true;
   }
-  WritingEnd end = write_draft(job.draft, writer_);
+  WritingEnd end = write_draft(draft, writer_);
   if (end.answer.end == WriterEnd::kFailed) {
-    platform::log("the draft %@ was not written: %@", job.draft.name(), end.answer.reason);
+    platform::log("the draft %@ was not written: %@", draft.name(), end.answer.reason);
     attempts.failed(end.answer.reason);
     return false;
   }
@@ -143,23 +199,32 @@ bool DraftThread::is_over_after_writing(Job& job) {
     return false;
   }
   const State state = end.answer.end == WriterEnd::kNoRoom ? State::kWaits : State::kStopped;
-  finish(not_written(job.draft, state, end.answer.reason));
+  finish(not_written(draft, state, end.answer.reason));
   return true;
 }
 
 void DraftThread::give(Job& job) {
-  const bool in_flood = [&] {
-    const std::lock_guard lock(mutex_);
-    return is_flood_;
-  }();
-  if (!in_flood) {
-    finish(hand_over(std::move(job.draft), job.fields, job.tokens));
+  if (may_offer()) {
+    finish(hand_over(std::move(*job.draft), job.fields, job.tokens));
     return;
   }
   ++kept_in_flood_;
-  Outcome outcome = keep(std::move(job.draft), "too many drafts came at once");
+  Outcome outcome = keep(std::move(*job.draft), "too many drafts came at once");
   outcome.in_flood = true;
   finish(outcome);
+}
+
+/// Without a desktop nothing is offered.
+bool DraftThread::may_offer() {
+  Lock lock(mutex_);
+  if (is_flood_ || !has_desktop()) {
+    return !is_flood_;
+  }
+  lock.unlock();
+  const bool may = note_unless_frequent(Moments::kOffers, kMostAtOnce);
+  lock.lock();
+  is_flood_ = is_flood_ || !may;
+  return may;
 }
 
 void DraftThread::finish(const Outcome& outcome) const {
@@ -171,9 +236,19 @@ void DraftThread::end_flood(Lock& lock) {
   if (is_flood_ && under_way_ == 0) {
     const std::size_t kept = std::exchange(kept_in_flood_, 0);
     lock.unlock();
-    listener_.flood_is_over(kept);
+    tell_of_flood(kept);
     lock.lock();
     is_flood_ = under_way_ > 0;  // one that came meanwhile still belongs to it
+  }
+}
+
+void DraftThread::tell_of_flood(std::size_t kept) const {
+  try {
+    if (kept != 0 && note_unless_frequent(Moments::kFloodsToldOf, 1)) {
+      listener_.flood_is_over(kept);
+    }
+  } catch (const std::exception& exception) {
+    platform::log("%@ drafts are kept, since so many came at once: %@", kept, exception.what());
   }
 }
 

@@ -5,6 +5,8 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <optional>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -20,15 +22,20 @@ namespace quoll::compose {
 /// by sweeping the receiver's folders, and goes on with the drafts that an earlier program left.
 ///
 /// All waiting drafts are written, one after the other, before the written ones are given to the
-/// mail client, which takes longer. When more than ten are under way at once, none of them is given
-/// to the client: they are kept, or a web page could open any number of windows.
+/// mail client, which takes longer.
+///
+/// A flood is more than ten drafts that are under way at once in this program, or wait when it
+/// starts, or are offered to clients within ten seconds by whatever programs. Then drafts are kept
+/// and not given to the client, or a web page could open any number of windows. Only a few of those
+/// that wait are locked; what another program has begun meanwhile is left to it.
 class DraftThread {
  public:
   /// Called on the thread.
   struct Listener {
     /// Once for each draft, when nothing more is done about it.
     std::function<void(const Outcome&)> finished;
-    /// When a flood is over: how many drafts were kept for it.
+    /// When a flood is over: how many drafts this program kept for it. Of several programs one
+    /// calls this, and at most once in ten seconds.
     std::function<void(std::size_t)> flood_is_over;
   };
 
@@ -45,7 +52,8 @@ class DraftThread {
 
  private:
   struct Job {
-    TakenDraft draft;
+    std::string name;
+    std::optional<TakenDraft> draft;  ///< none: it is locked when its turn comes
     gio::ActivationTokens tokens;
     DraftFields fields;
     bool is_written = false;  ///< then the fields are known
@@ -54,11 +62,17 @@ class DraftThread {
 
   void run();
   void begin();
+  void go_on_with(const std::string& name);
+  /// Puts it at the end. The caller has the lock.
+  void wait(Job job);
   void work_on(Job job, Lock& lock);
+  [[nodiscard]] static bool lock_draft(Job& job);
   [[nodiscard]] bool is_over_after_writing(Job& job);
   void give(Job& job);
+  [[nodiscard]] bool may_offer();
   void finish(const Outcome& outcome) const;
   void end_flood(Lock& lock);
+  void tell_of_flood(std::size_t kept) const;
 
   WriterServer& writer_;
   Listener listener_;

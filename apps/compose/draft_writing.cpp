@@ -27,12 +27,17 @@ bool sync(int file) {
   return posix::uninterrupted([&] { return fsync(file); }) == 0;
 }
 
+/// Some file systems, as those of networks, know no syncing of folders, and need none.
+bool sync_folder(int folder) {
+  return sync(folder) || errno == EINVAL || errno == EOPNOTSUPP;
+}
+
 /// Gives the file its name. It is on the disk before it has the name, and the name before the
 /// folder of what was taken may go.
 bool name_file(int file, const std::string& unfinished, const std::string& path) {
   const posix::UniqueFd folder(open(drafts_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   return sync(file) && folder && rename(unfinished.c_str(), path.c_str()) == 0 &&
-         sync(folder.get());
+         sync_folder(folder.get());
 }
 
 WritingEnd write_to(const std::string& path, const TakenDraft& draft, WriterServer& writer) {

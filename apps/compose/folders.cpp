@@ -56,6 +56,14 @@ std::string incoming_folder() {
   return receiver_folder() + "/incoming";
 }
 
+std::string recent_offers_file() {
+  return receiver_folder() + "/recent-offers";
+}
+
+std::string recent_floods_file() {
+  return receiver_folder() + "/recent-floods";
+}
+
 std::string message_file(const std::string& draft) {
   return drafts_folder() + "/" + draft + ".eml";
 }

@@ -16,6 +16,10 @@ namespace quoll::compose {
 /// Where earlier versions kept the files of drafts that were not written yet.
 [[nodiscard]] std::string incoming_folder();
 
+/// When drafts were offered to clients, and floods told of, in the last seconds.
+[[nodiscard]] std::string recent_offers_file();
+[[nodiscard]] std::string recent_floods_file();
+
 /// The message file of the draft with this name.
 [[nodiscard]] std::string message_file(const std::string& draft);
 /// The same while it is being written.

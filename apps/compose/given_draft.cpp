@@ -57,9 +57,11 @@ void sweep_one(const std::string& draft, const Moment& now) {
   constexpr std::int64_t kKeptFor = std::int64_t{7} * 24 * 60 * 60;
   const posix::UniqueFd folder = locked_folder(folder_of(draft));
   struct stat status {};
+  std::string mark;
   const bool is_given = folder && fstatat(folder.get(), kMark, &status, AT_SYMLINK_NOFOLLOW) == 0;
   if (!folder || (!is_given && fstat(folder.get(), &status) != 0) ||
-      age_of(read_small_file(folder.get(), kMark), status, now) < kKeptFor) {
+      (is_given && read_small_file(folder.get(), kMark, mark) != 0) ||
+      age_of(mark, status, now) < kKeptFor) {
     return;
   }
   std::error_code ignored;  // the next program tries again

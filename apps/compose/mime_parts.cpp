@@ -107,21 +107,19 @@ MimeHandle<GMimeObject> body_part(const DraftBodies& bodies) {
   return MimeHandle<GMimeObject>(GMIME_OBJECT(alternative.release()));
 }
 
-MimeHandle<GMimeObject> attachment_part(const std::string& file_name, posix::UniqueFd file) {
-  struct stat status {};
-  if (fstat(file.get(), &status) != 0) {
-    throw std::system_error(errno, std::generic_category());
-  }
-  const std::string type = content_type(file_name, file.get());
+MimeHandle<GMimeObject> attachment_part(const std::string& file_name, int file,
+                                        std::uint64_t size) {
+  const std::string type = content_type(file_name, file);
   const auto slash = type.find('/');
   MimeHandle<GMimePart> part(
       g_mime_part_new_with_type(type.substr(0, slash).c_str(), type.substr(slash + 1).c_str()));
   GMimeObject* object = GMIME_OBJECT(part.get());
   g_mime_object_set_disposition(object, GMIME_DISPOSITION_ATTACHMENT);
   set_name(object, with_control_pictures(file_name));
-  g_mime_object_set_content_disposition_parameter(object, "size",
-                                                  std::to_string(status.st_size).c_str());
-  const MimeHandle<GMimeStream> content(g_mime_stream_fs_new(file.release()));
+  g_mime_object_set_content_disposition_parameter(object, "size", std::to_string(size).c_str());
+  const MimeHandle<GMimeStream> content(
+      g_mime_stream_fs_new_with_bounds(file, 0, static_cast<gint64>(size)));
+  g_mime_stream_fs_set_owner(GMIME_STREAM_FS(content.get()), FALSE);
   set_content(part.get(), content.get(), GMIME_CONTENT_ENCODING_BASE64);
   static_cast<void>(part.release());  // `object` is the same
   return MimeHandle<GMimeObject>(object);

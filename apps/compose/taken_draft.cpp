@@ -15,6 +15,7 @@
 #include "apps/compose/folders.h"
 #include "apps/compose/small_file.h"
 #include "quoll/foundation/printable.h"
+#include "quoll/linux/posix/exclusive_rename.h"
 #include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/remove_item.h"
 #include "quoll/linux/posix/system_call.h"
@@ -36,6 +37,15 @@ bool is_older(const std::string& one, const std::string& other) {
   return time != 0 ? time < 0 : std::pair(one.size(), one) < std::pair(other.size(), other);
 }
 
+/// Opens the folder of all drafts.
+posix::UniqueFd opened_by_owner(const std::string& folder) {
+  return posix::UniqueFd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+[[noreturn]] void cannot_read_taken_folder(int error) {
+  throw ComposeError("the folder " + taken_folder() + " cannot be read: " + std::strerror(error));
+}
+
 bool is_aside(const std::string& draft) {
   return access((taken_folder() + "/" + draft + "/" + kAside).c_str(), F_OK) == 0;
 }
@@ -43,20 +53,30 @@ bool is_aside(const std::string& draft) {
 }  // namespace
 
 posix::UniqueFd open_taken_folder() {
-  return posix::UniqueFd(open(taken_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  posix::UniqueFd folder = opened_by_owner(taken_folder());
+  if (!folder) {
+    cannot_read_taken_folder(errno);
+  }
+  return folder;
 }
 
 posix::UniqueFd locked_folder(const std::string& path) {
   posix::UniqueFd folder = opened(path);
+  if (!folder ||
+      posix::uninterrupted([&] { return flock(folder.get(), LOCK_EX | LOCK_NB); }) != 0) {
+    return {};
+  }
+  // It may have been moved or removed before the lock was there.
   struct stat locked {};
   struct stat named {};
-  const bool is_locked =
-      folder && posix::uninterrupted([&] { return flock(folder.get(), LOCK_EX | LOCK_NB); }) == 0;
-  // It may have been moved or removed before the lock was there.
-  return is_locked && fstat(folder.get(), &locked) == 0 && lstat(path.c_str(), &named) == 0 &&
-                 locked.st_ino == named.st_ino && locked.st_dev == named.st_dev
-             ? std::move(folder)
-             : posix::UniqueFd();
+  if (fstat(folder.get(), &locked) != 0 || lstat(path.c_str(), &named) != 0) {
+    return {};
+  }
+  if (locked.st_ino != named.st_ino || locked.st_dev != named.st_dev) {
+    errno = ENOENT;
+    return {};
+  }
+  return folder;
 }
 
 TakenDraft::TakenDraft(std::string name, posix::UniqueFd folder)
@@ -64,6 +84,9 @@ TakenDraft::TakenDraft(std::string name, posix::UniqueFd folder)
 
 std::optional<TakenDraft> TakenDraft::lock(const std::string& name) {
   posix::UniqueFd folder = locked_folder(taken_folder() + "/" + name);
+  if (!folder && errno != EWOULDBLOCK && errno != ENOENT) {
+    throw ComposeError(std::string("its folder cannot be locked: ") + std::strerror(errno));
+  }
   return folder ? std::optional(TakenDraft(name, std::move(folder))) : std::nullopt;
 }
 
@@ -72,7 +95,13 @@ std::string TakenDraft::path() const {
 }
 
 LeftOutFiles TakenDraft::left_out() const {
-  return LeftOutFiles::from_records(read_small_file(folder(), "left-out"));
+  std::string records;
+  const int error = read_small_file(folder(), "left-out", records);
+  LeftOutFiles files = LeftOutFiles::from_records(records);
+  if (error != 0 && error != ENOENT) {
+    files.add({"other files", std::string("their names cannot be read: ") + std::strerror(error)});
+  }
+  return files;
 }
 
 void TakenDraft::set_aside(const std::string& reason) const {
@@ -84,13 +113,15 @@ void TakenDraft::set_aside(const std::string& reason) const {
 bool TakenDraft::is_aside_too_long(const Moment& now) const {
   constexpr std::int64_t kKeptFor = std::int64_t{30} * 24 * 60 * 60;
   struct stat status {};
+  std::string note;
   return fstatat(folder(), kAside, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-         age_of(after_first_line(read_small_file(folder(), kAside)), status, now) >= kKeptFor;
+         read_small_file(folder(), kAside, note) == 0 &&
+         age_of(after_first_line(note), status, now) >= kKeptFor;
 }
 
 // Under a hidden name first: a folder of which only a part is left must not be taken for a draft.
 void TakenDraft::remove() {
-  const posix::UniqueFd taken = open_taken_folder();
+  const posix::UniqueFd taken = opened_by_owner(taken_folder());
   const std::string hidden = "." + name_;
   if (renameat(taken.get(), name_.c_str(), taken.get(), hidden.c_str()) == 0) {
     static_cast<void>(posix::remove_item(taken.get(), hidden));  // or a later start does
@@ -100,9 +131,8 @@ void TakenDraft::remove() {
 
 posix::UniqueFd TakenDraft::move_to_given() {
   int error = write_small_file(folder(), kOffered, "");
-  if (error == 0 && renameat2(AT_FDCWD, path().c_str(), AT_FDCWD,
-                              (given_folder() + "/" + name_).c_str(), RENAME_NOREPLACE) != 0) {
-    error = errno;
+  if (error == 0) {
+    error = posix::rename_exclusively(AT_FDCWD, path(), AT_FDCWD, given_folder() + "/" + name_);
   }
   if (error != 0) {
     throw ComposeError("its files cannot be prepared: " + std::string(std::strerror(error)));
@@ -115,13 +145,18 @@ std::optional<std::string> why_aside(const std::string& draft) {
     return std::nullopt;
   }
   const posix::UniqueFd folder = opened(taken_folder() + "/" + draft);
-  return first_line(read_small_file(folder.get(), kAside));
+  std::string note;
+  const int error = read_small_file(folder.get(), kAside, note);
+  return error == 0 ? first_line(note)
+                    : std::string("the reason cannot be read: ") + std::strerror(error);
 }
 
 std::vector<std::string> taken_drafts() {
   std::vector<std::string> names;
-  if (const posix::UniqueFd folder = open_taken_folder()) {
-    static_cast<void>(posix::list_folder(folder.get(), names));
+  const posix::UniqueFd folder = opened_by_owner(taken_folder());
+  const int error = folder ? posix::list_folder(folder.get(), names) : errno;
+  if (error != 0 && error != ENOENT) {
+    cannot_read_taken_folder(error);
   }
   std::erase_if(names, [](const std::string& name) { return name.starts_with('.'); });
   std::ranges::sort(names, is_older);

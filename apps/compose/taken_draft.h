@@ -18,13 +18,15 @@ class TakenDraft {
   /// `folder` is the open folder, with the lock.
   TakenDraft(std::string name, posix::UniqueFd folder);
 
-  /// Locks the draft with this name; none when another program works on it, or it is gone.
+  /// Locks the draft with this name; none when another program works on it, or it is gone. Throws
+  /// `ComposeError` when it cannot be locked for another reason.
   [[nodiscard]] static std::optional<TakenDraft> lock(const std::string& name);
 
   [[nodiscard]] const std::string& name() const { return name_; }
   [[nodiscard]] std::string path() const;
   [[nodiscard]] int folder() const { return folder_.get(); }
 
+  /// When that cannot be read, it says so in the place of a file.
   [[nodiscard]] LeftOutFiles left_out() const;
 
   /// Nobody tries to write it any more. Its files stay for 30 days.
@@ -43,10 +45,12 @@ class TakenDraft {
   posix::UniqueFd folder_;
 };
 
-/// Opens the folder of all of them, which its owner may have put behind a link.
+/// Opens the folder of all of them, which its owner may have put behind a link. Throws
+/// `ComposeError`.
 [[nodiscard]] posix::UniqueFd open_taken_folder();
 
-/// The names of the drafts that wait to be written, the oldest first. Nothing is locked or changed.
+/// The names of the drafts that wait to be written, the oldest first; none when there is no folder
+/// for them. Nothing is locked or changed. Throws `ComposeError` when the folder cannot be read.
 [[nodiscard]] std::vector<std::string> waiting_drafts();
 /// The names of all drafts in the folder for taken ones, also of those that were set aside.
 [[nodiscard]] std::vector<std::string> taken_drafts();
@@ -54,7 +58,8 @@ class TakenDraft {
 /// Why the draft was set aside; none when it was not. Nothing is locked.
 [[nodiscard]] std::optional<std::string> why_aside(const std::string& draft);
 
-/// Opens a folder and locks it; none when another program has the lock, or the folder is gone.
+/// Opens a folder and locks it; none with `errno` set: `EWOULDBLOCK` when another program has the
+/// lock, `ENOENT` when the folder is gone.
 [[nodiscard]] posix::UniqueFd locked_folder(const std::string& path);
 
 }  // namespace quoll::compose

@@ -2,29 +2,27 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <deque>
-#include <limits>
 #include <set>
-#include <system_error>
 #include <utility>
 
 #include "apps/compose/compose_error.h"
 #include "apps/compose/folders.h"
+#include "apps/compose/noted_sizes.h"
+#include "apps/compose/room.h"
 #include "apps/compose/small_file.h"
 #include "apps/compose/staging_folder.h"
-#include "apps/compose/waiting_files.h"
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/path.h"
 #include "quoll/foundation/printable.h"
+#include "quoll/linux/posix/exclusive_rename.h"
 #include "quoll/linux/posix/file_contents.h"
 #include "quoll/linux/posix/temporary_item.h"
 #include "quoll/message/command_launcher.h"
@@ -55,32 +53,14 @@ std::vector<std::string> attachments_in(const std::string& url) {
   }
 }
 
-/// The sum of sizes, which are a stranger's; the largest number when they have no sum.
-std::uint64_t sum_of(std::uint64_t one, std::uint64_t other) {
-  std::uint64_t sum = 0;
-  return __builtin_add_overflow(one, other, &sum) ? std::numeric_limits<std::uint64_t>::max() : sum;
-}
-
-/// How many bytes the message file of the draft in this folder will have, at the most.
-std::uint64_t message_size(int folder) {
-  struct stat command {};
-  static_cast<void>(fstatat(folder, "command", &command, AT_SYMLINK_NOFOLLOW));
-  // A text is at most escaped once more than it is in the command, and HTML has its plain text too.
-  std::uint64_t size = 4096 + 2 * static_cast<std::uint64_t>(command.st_size);
-  for (const WaitingFile& file : waiting_files(folder)) {
-    // In Base64 57 bytes become a line of 76, with a line end of two bytes.
-    size = sum_of(size, file.size / 57 * 78 + 1024);
-  }
-  return size;
-}
-
 /// A folder for a draft that is not promised yet. It is locked, and removed with this object unless
 /// it was promised.
 class NewDraft {
  public:
   explicit NewDraft(const std::string& url);
 
-  [[nodiscard]] std::uint64_t size() const { return message_size(folder_.fd()); }
+  /// What its message file has at the most, in bytes.
+  [[nodiscard]] std::uint64_t size() const { return sizes_.message; }
 
   /// Gives it the name of a draft, in one step.
   [[nodiscard]] TakenDraft promise();
@@ -88,11 +68,13 @@ class NewDraft {
  private:
   void add_file(const std::string& path, const StagingFolder& staging);
   void keep(int file, const std::string& name);
-  void note(const char* name, const std::string& content);
+  void note(const char* name, const std::string& content) const;
+  void note_size(const std::string& path);
 
   posix::TemporaryItem folder_;
   std::set<std::pair<dev_t, ino_t>> files_;
   LeftOutFiles left_out_;
+  NotedSizes sizes_;
 };
 
 NewDraft::NewDraft(const std::string& url) : folder_({open_taken_folder(), taken_folder()}) {
@@ -101,6 +83,8 @@ NewDraft::NewDraft(const std::string& url) : folder_({open_taken_folder(), taken
     cannot_take("the draft", error);
   }
   note("command", url);
+  // A text is at most escaped once more than it is in the command, and HTML has its plain text too.
+  sizes_.message = 4096 + 2 * url.size();
   if (!attachments.empty()) {
     const StagingFolder staging;
     for (const std::string& path : attachments) {
@@ -111,9 +95,12 @@ NewDraft::NewDraft(const std::string& url) : folder_({open_taken_folder(), taken
     note("left-out", left_out_.as_records());
     log_left_out(left_out_);
   }
+  if (const int error = note_sizes(folder_.fd(), sizes_)) {
+    cannot_take("the draft", error);
+  }
 }
 
-void NewDraft::note(const char* name, const std::string& content) {
+void NewDraft::note(const char* name, const std::string& content) const {
   if (const int error = write_small_file(folder_.fd(), name, content)) {
     cannot_take("the draft", error);
   }
@@ -129,7 +116,9 @@ void NewDraft::add_file(const std::string& path, const StagingFolder& staging) {
   } else if (files_.size() == kMostFiles) {
     left_out_.add({path, "a draft has at most " + std::to_string(kMostFiles) + " files"});
   } else {
-    keep(staged.fd.get(), std::string(foundation::last_path_component(path)));
+    const std::string name(foundation::last_path_component(path));
+    keep(staged.fd.get(), name);
+    note_size("files/" + std::to_string(files_.size()) + "/" + name);
     files_.insert({staged.identity.device, staged.identity.inode});
   }
 }
@@ -158,6 +147,20 @@ void NewDraft::keep(int file, const std::string& name) {
   if (const auto failure = posix::copy_contents(file, copy.get())) {
     cannot_take(name, failure->number);
   }
+  if (const int error = posix::late_write_error(copy.get())) {
+    cannot_take(name, error);
+  }
+}
+
+void NewDraft::note_size(const std::string& path) {
+  struct stat status {};
+  if (fstatat(folder_.fd(), path.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    cannot_take(path, errno);
+  }
+  const auto size = static_cast<std::uint64_t>(status.st_size);
+  sizes_.files.push_back(size);
+  // In Base64 57 bytes become a line of 76, with a line end of two bytes.
+  sizes_.message = sum_of(sizes_.message, size / 57 * 78 + 1024);
 }
 
 bool is_taken_elsewhere(const std::string& name) {
@@ -185,11 +188,9 @@ TakenDraft NewDraft::promise() {
     if (is_taken_elsewhere(name)) {
       continue;
     }
-    const int error =
-        placed.empty() ? folder_.place(taken.get(), name)
-        : renameat2(taken.get(), placed.c_str(), taken.get(), name.c_str(), RENAME_NOREPLACE) == 0
-            ? 0
-            : errno;
+    const int error = placed.empty()
+                          ? folder_.place(taken.get(), name)
+                          : posix::rename_exclusively(taken.get(), placed, taken.get(), name);
     if (error != 0 && error != EEXIST) {
       cannot_take("the draft", error);
     }
@@ -202,43 +203,23 @@ TakenDraft NewDraft::promise() {
   }
 }
 
-/// What a draft that waits still needs.
-std::uint64_t waiting_size(const std::string& name) {
-  const posix::UniqueFd folder(
-      open((taken_folder() + "/" + name).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  try {
-    return folder && access(message_file(name).c_str(), F_OK) != 0 ? message_size(folder.get()) : 0;
-  } catch (const std::system_error&) {
-    return 0;  // it was finished meanwhile
-  }
-}
-
-// Looked at before the sender is answered, since the drafts are written after that.
-void require_room(const std::deque<NewDraft>& drafts) {
-  std::uint64_t needed = 0;
-  for (const NewDraft& draft : drafts) {
-    needed = sum_of(needed, draft.size());
-  }
-  for (const std::string& name : waiting_drafts()) {
-    needed = sum_of(needed, waiting_size(name));
-  }
-  struct statvfs room {};
-  const std::string folder = drafts_folder();
-  if (statvfs(folder.c_str(), &room) == 0 && room.f_bavail * room.f_frsize < needed) {
-    throw ComposeError("there is no room for the draft: " + std::to_string(needed) +
-                       " bytes are needed in " + folder);
-  }
-}
-
 }  // namespace
 
 std::vector<TakenDraft> take(const std::vector<std::string>& urls) {
+  constexpr std::size_t kMostAtOnce = 256;  // each has two descriptors until all are promised
+  if (urls.size() > kMostAtOnce) {
+    throw ComposeError("a call has at most " + std::to_string(kMostAtOnce) + " drafts");
+  }
   make_folders();
   std::deque<NewDraft> made;
   for (const std::string& url : urls) {
     made.emplace_back(url);
   }
-  require_room(made);
+  std::uint64_t needed = 0;
+  for (const NewDraft& draft : made) {
+    needed = sum_of(needed, draft.size());
+  }
+  require_room(needed);  // the drafts are written when the sender was answered
   std::vector<TakenDraft> promised;
   try {
     for (NewDraft& draft : made) {

@@ -11,7 +11,7 @@ namespace quoll::compose {
 /// receiver's own. When this returns they are promised: whatever program ends, each will be
 /// written. The staged files are not needed any more, and nothing of them was changed. What was
 /// left out is logged. Throws `ComposeError`, for example when the disk has no room for these
-/// drafts beside all that wait.
+/// drafts beside all that wait, or when there are more than 256.
 [[nodiscard]] std::vector<TakenDraft> take(const std::vector<std::string>& urls);
 
 /// What a sender is told that asked for it: for each draft of which something was left out, the

@@ -1,7 +1,6 @@
 #include "apps/compose/waiting_files.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -9,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "apps/compose/noted_sizes.h"
 #include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/unique_fd.h"
 
@@ -34,6 +34,7 @@ std::vector<WaitingFile> waiting_files(int taken_folder) {
   if (!above && errno == ENOENT) {
     return {};
   }
+  const std::vector<std::uint64_t> sizes = noted_sizes(taken_folder).files;
   std::vector<WaitingFile> files;
   for (const std::string& number : names_in(above.get())) {
     WaitingFile file;
@@ -42,12 +43,12 @@ std::vector<WaitingFile> waiting_files(int taken_folder) {
         read.ec != std::errc() || read.ptr != end) {
       continue;
     }
+    if (file.number >= sizes.size()) {
+      throw std::system_error(ENODATA, std::generic_category());
+    }
+    file.size = sizes[file.number];
     const posix::UniqueFd folder = open_folder(above.get(), number.c_str());
     for (std::string& name : names_in(folder.get())) {
-      struct stat status {};
-      if (fstatat(folder.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
-        file.size = static_cast<std::uint64_t>(status.st_size);
-      }
       file.name = std::move(name);
       files.push_back(file);
     }

@@ -115,6 +115,17 @@ posix::UniqueFd open_inside(int folder, const std::string& path) {
   return file;
 }
 
+/// Whoever had the file open before it was taken can let it grow and shrink, also meanwhile.
+void check_size(int file, const WaitingFile& taken) {
+  struct stat status {};
+  if (fstat(file, &status) != 0) {
+    fail();
+  }
+  if (static_cast<std::uint64_t>(status.st_size) != taken.size) {
+    throw FileHasChanged();
+  }
+}
+
 ReceivedCommand command_in(int taken_folder) {
   const posix::UniqueFd file = open_inside(taken_folder, "command");
   struct stat status {};
@@ -185,7 +196,10 @@ void write_parts(Output& out, GMimeObject* body, int taken_folder,
   out.object(body);
   for (const WaitingFile& file : files) {
     out.text("\r\n" + boundary + "\r\n");
-    out.object(attachment_part(file.name, open_inside(taken_folder, path_of(file))).get());
+    const posix::UniqueFd open = open_inside(taken_folder, path_of(file));
+    check_size(open.get(), file);
+    out.object(attachment_part(file.name, open.get(), file.size).get());
+    check_size(open.get(), file);
   }
   out.text("\r\n" + boundary + "--\r\n");
 }

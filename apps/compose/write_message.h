@@ -11,8 +11,9 @@ void prepare_to_write();
 /// order of K. What is written to `output`, an empty file, is for `take_fields`. Reads nothing
 /// outside the folder, and nothing else is changed.
 ///
-/// Throws `std::system_error` when a file cannot be read or written, and whatever a command that
-/// cannot be read raises.
+/// Throws `std::system_error` when a file cannot be read or written, `FileHasChanged` when one has
+/// not the size that it had when it was taken, and whatever a command that cannot be read raises.
+struct FileHasChanged {};
 void write_message(int taken_folder, int output);
 
 }  // namespace quoll::compose

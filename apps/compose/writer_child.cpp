@@ -12,6 +12,7 @@
 #include <string>
 #include <system_error>
 
+#include "apps/compose/noted_sizes.h"
 #include "apps/compose/waiting_files.h"
 #include "quoll/foundation/exception.h"
 #include "quoll/linux/posix/descriptor_io.h"
@@ -22,7 +23,8 @@ namespace {
 // The exit status is all that the process says: 0, an `errno` value, or one of these.
 constexpr int kNoMemory = 200;
 constexpr int kNoCommand = 201;
-constexpr int kOther = 202;
+constexpr int kChanged = 202;
+constexpr int kOther = 203;
 
 constexpr int kTaken = STDERR_FILENO + 1;
 constexpr int kOutput = STDERR_FILENO + 2;
@@ -40,7 +42,7 @@ void hold_only(int taken_folder, int output) {
 std::uint64_t bytes_of_files() {
   std::uint64_t bytes = 0;
   for (const WaitingFile& file : waiting_files(kTaken)) {
-    bytes += file.size;
+    bytes = sum_of(bytes, file.size);
   }
   return bytes;
 }
@@ -48,7 +50,7 @@ std::uint64_t bytes_of_files() {
 int status_of(WriterServer::Job job, WriterConfinement& confinement, int taken_folder, int output) {
   try {
     hold_only(taken_folder, output);
-    confinement.enforce(kTaken, kOutput, bytes_of_files());
+    confinement.enforce(kTaken, bytes_of_files());
     job(kTaken, kOutput);
     return 0;
   } catch (const std::system_error& error) {
@@ -58,6 +60,8 @@ int status_of(WriterServer::Job job, WriterConfinement& confinement, int taken_f
     return kNoMemory;
   } catch (const foundation::NSException&) {
     return kNoCommand;
+  } catch (const FileHasChanged&) {
+    return kChanged;
   } catch (...) {
     return kOther;
   }
@@ -73,13 +77,16 @@ WriterAnswer answer_of_exit(int status) {
       return {.end = WriterEnd::kWritten, .reason = ""};
     case ENOSPC:
     case EDQUOT:
-    case EFBIG:
       return {.end = WriterEnd::kNoRoom, .reason = "there is no room for the draft"};
     case ENOMEM:
     case kNoMemory:
       return failed("the draft cannot be written: it needs more memory than it may have");
     case kNoCommand:
       return failed("the draft cannot be written: its command cannot be read");
+    case kChanged:
+      return failed("the draft cannot be written: a file has changed since it was taken");
+    case EFBIG:
+      return failed("the draft cannot be written: it becomes larger than its files make it");
     case kOther:
       return failed("the draft cannot be written");
     default:

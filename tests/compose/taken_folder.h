@@ -2,8 +2,12 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "quoll/linux/posix/unique_fd.h"
 #include "tests/support/temporary_folder.h"
@@ -20,10 +24,22 @@ class TakenFolder {
     open_both();
   }
 
-  void add(unsigned number, const std::string& name, const std::string& content) const {
+  void add(unsigned number, const std::string& name, const std::string& content) {
     const std::string folder = "taken/files/" + std::to_string(number);
     std::filesystem::create_directories(folder_.path(folder));
     folder_.write(folder + "/" + name, content);
+    note_size(number, content.size());
+  }
+
+  /// What the file with this number had when it was taken.
+  void note_size(unsigned number, std::uint64_t size) {
+    sizes_.resize(std::max<std::size_t>(sizes_.size(), number + 1));
+    sizes_[number] = size;
+    std::string lines = "0\n";
+    for (const std::uint64_t one : sizes_) {
+      lines += std::to_string(one) + "\n";
+    }
+    folder_.write("taken/sizes", lines);
   }
 
   /// Empties the output, and begins anew.
@@ -39,6 +55,7 @@ class TakenFolder {
 
  private:
   TemporaryFolder folder_;
+  std::vector<std::uint64_t> sizes_;
   posix::UniqueFd taken_;
   posix::UniqueFd output_;
 };

@@ -6,9 +6,11 @@
 #include <csignal>
 #include <system_error>
 
+#include "apps/compose/mime_parts.h"
 #include "apps/compose/writer_result.h"
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/percent.h"
+#include "quoll/linux/gio/handles.h"
 #include "tests/compose/taken_folder.h"
 
 namespace quoll::compose {
@@ -88,7 +90,7 @@ TEST(WriteMessage, ADraftOfFilesIsNamedAfterThem) {
 }
 
 TEST(WriteMessage, FilesStandInTheOrderOfTheirNumbers) {
-  const TakenFolder folder;
+  TakenFolder folder;
   for (const unsigned number : {10U, 9U, 2U, 0U}) {
     folder.add(number, "n" + std::to_string(number), "x");
   }
@@ -119,6 +121,29 @@ TEST(WriteMessage, WhatCannotBeReadIsThrown) {
   std::filesystem::create_directories(link.around().path("taken/files/0"));
   std::filesystem::create_symlink("../../command", link.around().path("taken/files/0/link"));
   EXPECT_THROW(write(link), std::system_error);
+}
+
+TEST(WriteMessage, AFileHasTheSizeThatItHadWhenItWasTaken) {
+  for (const std::uint64_t size : {0U, 6U, 8U}) {
+    TakenFolder folder;
+    folder.add(0, "file", "content");
+    folder.note_size(0, size);
+    EXPECT_THROW(write(folder), FileHasChanged) << size;
+  }
+  TakenFolder unknown;
+  unknown.add(0, "file", "content");
+  std::filesystem::remove(unknown.around().path("taken/sizes"));
+  EXPECT_THROW(write(unknown), std::system_error);
+}
+
+// Of a file that grows while it is read, no more is read.
+TEST(WriteMessage, AnAttachmentHasNoMoreThanWasTaken) {
+  TakenFolder folder;
+  folder.add(0, "file", "content");
+  const posix::UniqueFd file(open(folder.around().path("taken/files/0/file").c_str(), O_RDONLY));
+  const auto part = attachment_part("file", file.get(), 3);
+  const gio::TextHandle text(g_mime_object_to_string(part.get(), nullptr));
+  EXPECT_NE(std::string(text.get()).find("\nY29u\n"), std::string::npos) << text.get();
 }
 
 TEST(WriteMessage, WhatDoesNotFitIsThrownWhereverItEnds) {

@@ -111,7 +111,9 @@ TEST(WriterServer, WhatEachEndMeans) {
        WriterEnd::kNoRoom, "there is no room for the draft"},
       {"as long as a file may be",
        [](int, int) { throw std::system_error(EFBIG, std::generic_category()); },
-       WriterEnd::kNoRoom, "there is no room for the draft"},
+       WriterEnd::kFailed, "the draft cannot be written: it becomes larger than its files make it"},
+      {"a file that has changed", [](int, int) { throw FileHasChanged(); }, WriterEnd::kFailed,
+       "the draft cannot be written: a file has changed since it was taken"},
       {"an error", [](int, int) { throw std::system_error(EIO, std::generic_category()); },
        WriterEnd::kFailed, "the draft cannot be written: input/output error"},
       {"no memory", [](int, int) { throw std::bad_alloc(); }, WriterEnd::kFailed,
@@ -256,7 +258,7 @@ TEST(WriterServer, OnlyTheFolderOfTheDraftIsRead) {
   if (sandbox::PathRules::kernel_version() < 2) {
     GTEST_SKIP() << "this kernel has no rules for paths";
   }
-  const TakenFolder folder;
+  TakenFolder folder;
   folder.add(0, "a", "x");
   std::filesystem::create_directories(folder.around().path("sibling"));
   folder.around().write("sibling/command", "secret");
@@ -310,12 +312,13 @@ TEST(WriterServer, HasItsLimits) {
   setrlimit(RLIMIT_CORE, &core);
   EXPECT_EQ(cpu(small), 60) << small;
   EXPECT_NE(small.find("Max core file size        0 "), std::string::npos) << small;
-  EXPECT_EQ(small.find("Max file size             unlimited"), std::string::npos)
-      << "no more than there is room for" << small;
+  EXPECT_NE(small.find("Max file size             1073741824 "), std::string::npos) << small;
   folder.add(0, "large", "");
-  std::filesystem::resize_file(folder.around().path("taken/files/0/large"), 250'000'000);
+  folder.note_size(0, 250'000'000);
   folder.open_both();
-  EXPECT_EQ(cpu(limits_of(folder)), 85);
+  const std::string large = limits_of(folder);
+  EXPECT_EQ(cpu(large), 85);
+  EXPECT_NE(large.find("Max file size             1448741824 "), std::string::npos) << large;
 }
 
 // More than a command has that comes over the bus.

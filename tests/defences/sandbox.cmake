@@ -188,15 +188,15 @@ quoll_defence(each_file_once FILE ${file}
   TAKES "files_.contains({staged.identity.device, staged.identity.inode})"
   GIVES "files_.size() > kMostFiles"
   SHOWN_BY draft_states Taking.AFileThatIsNamedOftenIsAttachedOnce)
-quoll_defence(room_for_all_that_waits FILE ${file}
-  TAKES "needed = sum_of(needed, waiting_size(name));" GIVES "static_cast<void>(waiting_size(name));"
+quoll_defence(room_for_all_that_waits FILE apps/compose/room.cpp
+  TAKES "most = sum_of(most, need);" GIVES "static_cast<void>(need);"
   SHOWN_BY draft_states DraftsOnASmallDisk.RoomIsCountedOverAllThatWaits)
 set(file apps/compose/taken_draft.cpp)
 quoll_defence(one_program_works_on_a_draft FILE ${file}
   TAKES "LOCK_EX | LOCK_NB" GIVES "LOCK_SH | LOCK_NB"
   SHOWN_BY draft_states DraftStates.TwoReceiversAtOnceDoEachDraftOnce)
 quoll_defence(no_draft_is_opened_twice FILE ${file}
-  TAKES "renameat2(AT_FDCWD, path().c_str(), AT_FDCWD," GIVES "(AT_FDCWD == 0 ? renameat2 : [](int, const char*, int, const char*, unsigned) { return 0; })(AT_FDCWD, path().c_str(), AT_FDCWD,"
+  TAKES "error = posix::rename_exclusively(AT_FDCWD, path()," GIVES "error = path().empty() ? 0 : 0 * posix::rename_exclusively(AT_FDCWD, \"\","
   SHOWN_BY draft_states DraftStates.NoDraftIsOpenedTwice)
 quoll_defence(aside_stays FILE ${file}
   TAKES "std::int64_t{30} * 24" GIVES "std::int64_t{29} * 24"
@@ -210,11 +210,11 @@ quoll_defence(attempts_end FILE ${file}
   SHOWN_BY draft_states DraftStates.WhatCannotBeWrittenIsSetAsideWithItsBytes)
 set(file apps/compose/draft_thread.cpp)
 quoll_defence(what_waits_is_gone_on_with FILE ${file}
-  TAKES "drafts.push_back(std::move(*draft));" GIVES "static_cast<void>(draft);"
+  TAKES "      go_on_with(name);" GIVES "      static_cast<void>(name);"
   SHOWN_BY draft_states DraftStates.AKilledReceiverLosesNothingThatItAnswered)
 quoll_defence(a_flood_opens_nothing FILE ${file}
   TAKES "kMostAtOnce = 10" GIVES "kMostAtOnce = 100"
-  SHOWN_BY draft_states DraftStates.AFloodOpensNoWindow)
+  SHOWN_BY draft_states DraftFloods.AFloodOpensNoWindow)
 set(file apps/compose/service.cpp)
 quoll_defence(receiver_ends_at_once FILE ${file}
   TAKES "_exit(0);" GIVES ""

@@ -36,7 +36,8 @@ quoll_defence(writer_leaves_no_core FILE ${file}
   TAKES "limit(RLIMIT_CORE, 0);" GIVES ""
   SHOWN_BY compose_writer WriterServer.HasItsLimits)
 quoll_defence(writer_fills_no_disk FILE ${file}
-  TAKES "limit(RLIMIT_FSIZE, room.f_bavail * room.f_frsize);" GIVES ""
+  TAKES "limit(RLIMIT_FSIZE, kAllElse + std::min(file_bytes, kLargest) / 2 * 3);"
+  GIVES "static_cast<void>(std::min({kAllElse, file_bytes, kLargest}));"
   SHOWN_BY compose_writer WriterServer.HasItsLimits)
 quoll_defence(writer_ends_with_the_receiver FILE ${file}
   TAKES "prctl(PR_SET_PDEATHSIG, SIGKILL);" GIVES "prctl(PR_SET_PDEATHSIG, SIGCONT);"

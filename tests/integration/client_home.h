@@ -68,6 +68,8 @@ class MailClientTest : public testing::Test {
   [[nodiscard]] Ended compose(const Words& arguments) const {
     Words command{QUOLL_COMPOSE};
     command.insert(command.end(), arguments.begin(), arguments.end());
+    // Each call is tested for itself: what was offered before it is no flood.
+    std::filesystem::remove(home_.bus.data_home() + "/quoll-compose/recent-offers");
     Environment environment = home_.bus.environment();
     environment["XDG_ACTIVATION_TOKEN"] = "token-1";
     // The modules of this machine's desktop are not what is tested.

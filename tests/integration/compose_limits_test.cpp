@@ -1,8 +1,15 @@
 // How much the receiver shows, logs and takes.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <cerrno>
+#include <csignal>
 #include <fstream>
 
+#include "apps/compose/compose_error.h"
+#include "apps/compose/noted_sizes.h"
+#include "apps/compose/small_file.h"
 #include "apps/compose/taker.h"
 #include "apps/compose/waiting_files.h"
 #include "quoll/linux/posix/files.h"
@@ -86,6 +93,42 @@ TEST(ComposeLimits, ADraftHasTenThousandFiles) {
   const auto left_out = drafts.front().left_out();
   ASSERT_EQ(left_out.count(), 2U);
   EXPECT_EQ(left_out.named.front().reason, "a draft has at most 10000 files");
+}
+
+TEST(ComposeLimits, ACallHas256Drafts) {
+  const Taker taker;
+  EXPECT_EQ(compose::take(std::vector<std::string>(256, "quoll://compose?")).size(), 256U);
+  EXPECT_THROW(static_cast<void>(compose::take(std::vector<std::string>(257, "quoll://compose?"))),
+               compose::ComposeError);
+}
+
+TEST(ComposeLimits, TheSizesOfAFileAreThoseOfTheMomentWhenItWasTaken) {
+  const Taker taker;
+  const std::string path = taker.home.stage("a", "12345");
+  const auto drafts = compose::take({ReceiverHome::url({path}, "")});
+  std::ofstream(path, std::ios::app) << "more";
+  const auto sizes = compose::noted_sizes(drafts.front().folder());
+  EXPECT_EQ(sizes.files, std::vector<std::uint64_t>{5});
+  EXPECT_GT(sizes.message, 4096U);
+  EXPECT_EQ(compose::waiting_files(drafts.front().folder()).front().size, 5U);
+}
+
+TEST(ComposeLimits, ASmallFileIsThereAsItWasOrAsItShallBe) {
+  const TemporaryFolder folder;
+  folder.write("note", "before");
+  const posix::UniqueFd open(::open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit less{3, before.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &less);
+  EXPECT_EQ(compose::write_small_file(open.get(), "note", "afterwards"), EFBIG);
+  setrlimit(RLIMIT_FSIZE, &before);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_EQ(read_file(folder.path("note")), "before");
+  EXPECT_FALSE(std::filesystem::exists(folder.path(".note")));
+  EXPECT_EQ(compose::write_small_file(open.get(), "note", "afterwards"), 0);
+  EXPECT_EQ(read_file(folder.path("note")), "afterwards");
 }
 
 TEST(ComposeLimits, ASubjectIsLookedForInTheFirst64KiB) {

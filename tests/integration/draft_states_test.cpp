@@ -1,18 +1,15 @@
 // What becomes of drafts when programs end in the middle: none is lost, none is opened twice.
 #include <gtest/gtest.h>
 #include <sys/file.h>
-#include <sys/mount.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <limits>
 #include <map>
 #include <thread>
 
-#include "tests/integration/client_home.h"
+#include "tests/integration/waiting_drafts.h"
 
 namespace quoll::test {
 namespace {
@@ -20,58 +17,8 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-constexpr const char* kName = "it.vorlent.quoll2";
-
-class DraftStates : public MailClientTest {
+class DraftStates : public WaitingDrafts {
  protected:
-  [[nodiscard]] Ended call(const std::string& destination, const std::string& object,
-                           const std::string& method, const Words& arguments) const {
-    Words words{"gdbus",         "call", "--session", "--dest", destination,
-                "--object-path", object, "--method",  method};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    return run(words, home_.bus.environment());
-  }
-  [[nodiscard]] Ended open(const std::string& urls, const std::string& data = "{}") const {
-    return call(kName, "/it/vorlent/quoll2", "org.freedesktop.Application.Open", {urls, data});
-  }
-  [[nodiscard]] std::unique_ptr<Process> start_service() const {
-    auto service = std::make_unique<Process>(Words{QUOLL_COMPOSE, "--service", "--idle", "3600"},
-                                             home_.bus.environment());
-    while (call("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                "org.freedesktop.DBus.GetNameOwner", {kName})
-               .status != 0) {
-      std::this_thread::sleep_for(5ms);
-    }
-    return service;
-  }
-  /// A client that notes each of its starts in a line.
-  void choose_counted(const std::string& program, const std::string& more = "") const {
-    add_program("bin/" + program, "echo started >> '" + home_.bus.path("starts") + "'\n" + more);
-    add_client(program, "X", program + " %u");
-    make_default(program);
-  }
-  [[nodiscard]] std::ptrdiff_t starts() const {
-    return fs::exists(home_.bus.path("starts"))
-               ? std::ranges::count(read_file(home_.bus.path("starts")), '\n')
-               : 0;
-  }
-  /// A draft as it waits, with one file of this content.
-  void add_waiting(const std::string& name, const std::string& command,
-                   const std::string& content = "") const {
-    const std::string folder = home_.taken_folder() + "/" + name;
-    fs::create_directories(folder + "/files/0");
-    std::ofstream(folder + "/command") << command;
-    if (content.empty()) {
-      fs::remove_all(folder + "/files");
-    } else {
-      std::ofstream(folder + "/files/0/file") << content;
-    }
-  }
-  [[nodiscard]] std::string taken_file(const std::string& name) const {
-    return home_.taken_folder() + "/" + name;
-  }
-  [[nodiscard]] std::string listed() const { return home_.compose({"--list"}).output; }
-
   void expect_kept_after_signal(int number);
 };
 
@@ -215,35 +162,6 @@ TEST_F(DraftStates, WhatWasSetAsideStaysForThirtyDays) {
   EXPECT_EQ(home_.compose({"quoll://compose?subject=x"}).status, 0);
   EXPECT_FALSE(fs::exists(taken_file("20200101-000000")));
   EXPECT_TRUE(fs::exists(taken_file("20200101-000001/files/0/file")));
-}
-
-TEST_F(DraftStates, AFloodOpensNoWindow) {
-  choose_counted("claws-mail");
-  Process desktop({NOTIFICATION_DOUBLE}, home_.bus.environment());
-  ASSERT_EQ(desktop.read_line(), "ready");
-  const auto service = start_service();
-  std::string urls;
-  for (int number = 0; number < 30; ++number) {
-    urls += std::string(urls.empty() ? "" : ", ") + "'quoll://compose?subject=x'";
-  }
-  ASSERT_EQ(open("[" + urls + "]").status, 0);
-  home_.wait_for_drafts();
-  ASSERT_EQ(starts(), 0);
-  EXPECT_EQ(desktop.read_line(),
-            "30 drafts wait|So many came at once that no mail client was started; quoll-compose "
-            "--list shows them.");
-  EXPECT_EQ(home_.drafts().size(), 30U);
-  ASSERT_EQ(open("['quoll://compose?subject=y']").status, 0);
-  home_.wait_for_drafts();
-  while (starts() == 0) {
-    std::this_thread::sleep_for(5ms);
-  }
-}
-
-TEST_F(DraftStates, TenDraftsAreNoFlood) {
-  choose_counted("claws-mail");
-  EXPECT_EQ(compose(Words(10, "quoll://compose?subject=x")).status, 0);
-  EXPECT_EQ(starts(), 10);
 }
 
 TEST_F(DraftStates, ASenderThatAsksIsToldWhatWasLeftOut) {
@@ -407,100 +325,6 @@ TEST_F(DraftStates, WhatEarlierVersionsLeftIsSweptOnceTheyHaveEnded) {
 TEST_F(DraftStates, ResumingWithNothingToDoMakesNothing) {
   EXPECT_EQ(home_.compose({"--resume"}).status, 0);
   EXPECT_FALSE(fs::exists(home_.bus.data_home() + "/quoll-compose"));
-}
-
-/// The receiver's folder on a small disk of its own.
-class DraftsOnASmallDisk : public DraftStates {
- protected:
-  void SetUp() override {
-    fs::create_directories(home_.bus.data_home());
-    is_mounted_ = size_is("2m", 0);
-    if (!is_mounted_) {
-      const char* ci = std::getenv("CI");
-      ASSERT_STRNE(ci, "true") << "a small file system must be mounted where everything is tested";
-      GTEST_SKIP() << "only root can mount a small file system";
-    }
-  }
-  ~DraftsOnASmallDisk() override {
-    if (is_mounted_) {
-      umount2(home_.bus.data_home().c_str(), MNT_DETACH);
-    }
-  }
-  [[nodiscard]] bool size_is(const std::string& size, unsigned long flags) const {
-    return mount("quoll-test", home_.bus.data_home().c_str(), "tmpfs", flags,
-                 ("size=" + size).c_str()) == 0;
-  }
-  /// Its file has this size and takes no room, but its message file will.
-  void add_large_waiting(const std::string& name, std::uintmax_t size) const {
-    add_waiting(name, "quoll://compose?subject=large", "x");
-    fs::resize_file(taken_file(name + "/files/0/file"), size);
-  }
-
-  bool is_mounted_ = false;
-};
-
-TEST_F(DraftsOnASmallDisk, RoomIsCountedOverAllThatWaits) {
-  const std::string path = home_.stage("a", std::string(300'000, 'x'));
-  add_large_waiting("20200101-000000", 1'400'000);
-  const posix::UniqueFd worked_on(
-      ::open(taken_file("20200101-000000").c_str(), O_RDONLY | O_CLOEXEC));
-  ASSERT_EQ(flock(worked_on.get(), LOCK_EX), 0);
-  const auto refused = home_.compose({ReceiverHome::url({path})});
-  EXPECT_EQ(refused.status, 1);
-  EXPECT_TRUE(holds(refused.errors, "there is no room for the draft")) << refused.errors;
-  EXPECT_EQ(home_.taken().size(), 1U);
-  fs::remove_all(taken_file("20200101-000000"));
-  EXPECT_EQ(home_.compose({ReceiverHome::url({path})}).status, 0) << "alone it has room";
-}
-
-TEST_F(DraftsOnASmallDisk, SizesWithoutASumNeedMoreThanThereIs) {
-  constexpr std::uint64_t kFirst = (std::uint64_t{1} << 63U) - 4096;
-  constexpr std::uint64_t kLeft =
-      std::numeric_limits<std::uint64_t>::max() - (kFirst / 57 * 78 + 1024);
-  add_large_waiting("20200101-000000", kFirst);
-  add_large_waiting("20200101-000001", kLeft / 78 * 57 + 57);
-  std::vector<posix::UniqueFd> worked_on;
-  for (const std::string name : {"20200101-000000", "20200101-000001"}) {
-    worked_on.emplace_back(::open(taken_file(name).c_str(), O_RDONLY | O_CLOEXEC));
-    ASSERT_EQ(flock(worked_on.back().get(), LOCK_EX), 0);
-  }
-  const auto refused = home_.compose({"quoll://compose?"});
-  EXPECT_EQ(refused.status, 1);
-  EXPECT_TRUE(holds(refused.errors, "there is no room for the draft")) << refused.errors;
-}
-
-TEST_F(DraftsOnASmallDisk, WhatHasNoRoomWaitsWithItsFiles) {
-  add_large_waiting("20200101-000000", 4'000'000);
-  add_large_waiting("20200101-000001", 5'000'000);
-  add_waiting("20200101-000002", "quoll://compose?subject=small");
-  for (int times = 0; times < 4; ++times) {
-    const auto ended = home_.compose({"--resume"});
-    EXPECT_EQ(ended.status, 1);
-    EXPECT_TRUE(holds(ended.output, "The draft waits: ")) << ended.output;
-  }
-  EXPECT_EQ(home_.drafts().size(), 1U) << "the small one is written, and nothing half";
-  EXPECT_EQ(fs::file_size(taken_file("20200101-000000/files/0/file")), 4'000'000U);
-  EXPECT_FALSE(holds(listed(), "set aside")) << listed();
-  ASSERT_TRUE(size_is("64m", MS_REMOUNT));
-  EXPECT_EQ(home_.compose({"--resume"}).status, 0);
-  EXPECT_EQ(home_.drafts().size(), 3U);
-  EXPECT_TRUE(home_.taken().empty());
-}
-
-TEST_F(DraftsOnASmallDisk, ThatDraftsWaitIsSaidOnce) {
-  Process desktop({NOTIFICATION_DOUBLE}, home_.bus.environment());
-  ASSERT_EQ(desktop.read_line(), "ready");
-  for (const char* name : {"20200101-000000", "20200101-000001", "20200101-000002"}) {
-    add_large_waiting(name, 4'000'000);
-  }
-  choose("claws-mail", "X");
-  EXPECT_EQ(compose({"--resume"}).status, 1);
-  EXPECT_EQ(compose({"quoll://send"}).status, 1);
-  EXPECT_EQ(desktop.read_line(), "A draft waits|there is no room for the draft.");
-  for (int line = 0; line < 2; ++line) {
-    static_cast<void>(desktop.read_line());
-  }
-  EXPECT_TRUE(desktop.read_line().starts_with("There is no draft|"));
 }
 
 }  // namespace

@@ -35,12 +35,16 @@ class GivenDraftsTest : public testing::Test {
                                 const std::vector<std::string>& files = {}) const {
     const std::string folder = taken_folder() + "/" + name;
     fs::create_directories(folder);
+    std::ofstream sizes(folder + "/sizes");
+    sizes << "5000\n";
     for (std::size_t k = 0; k < files.size(); ++k) {
       const std::string place = folder + "/files/" + std::to_string(k);
       fs::create_directories(place);
       std::ofstream(place + "/" + files[k]) << "content";
+      sizes << "7\n";
       chmod((place + "/" + files[k]).c_str(), 0444);
     }
+    sizes.close();
     auto taken = TakenDraft::lock(name);
     return GivenDraft(taken.value());
   }

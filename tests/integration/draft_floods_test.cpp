@@ -1,0 +1,90 @@
+// Many drafts at once: few windows, few descriptors, and none is lost.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include "tests/integration/waiting_drafts.h"
+
+namespace quoll::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+class DraftFloods : public WaitingDrafts {};
+
+TEST_F(DraftFloods, AFloodOpensNoWindow) {
+  choose_counted("claws-mail");
+  Process desktop({NOTIFICATION_DOUBLE}, home_.bus.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  const auto service = start_service();
+  std::string urls;
+  for (int number = 0; number < 30; ++number) {
+    urls += std::string(urls.empty() ? "" : ", ") + "'quoll://compose?subject=x'";
+  }
+  ASSERT_EQ(open("[" + urls + "]").status, 0);
+  home_.wait_for_drafts();
+  ASSERT_EQ(starts(), 0);
+  EXPECT_EQ(desktop.read_line(),
+            "30 drafts wait|So many came at once that no mail client was started; quoll-compose "
+            "--list shows them.");
+  EXPECT_EQ(home_.drafts().size(), 30U);
+  ASSERT_EQ(open("['quoll://compose?subject=y']").status, 0);
+  home_.wait_for_drafts();
+  while (starts() == 0) {
+    std::this_thread::sleep_for(5ms);
+  }
+}
+
+TEST_F(DraftFloods, TenDraftsAreNoFlood) {
+  choose_counted("claws-mail");
+  EXPECT_EQ(compose(Words(10, "quoll://compose?subject=x")).status, 0);
+  EXPECT_EQ(starts(), 10);
+}
+
+// A page may have a program started for each of its links.
+TEST_F(DraftFloods, ManyProgramsAtOnceOpenTenWindowsInTenSeconds) {
+  choose_counted("claws-mail");
+  Process desktop({NOTIFICATION_DOUBLE}, home_.bus.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  constexpr std::size_t kPrograms = 40;
+  const auto begin = std::chrono::steady_clock::now();
+  {
+    std::vector<std::unique_ptr<Process>> programs;
+    for (std::size_t number = 0; number < kPrograms; ++number) {
+      programs.push_back(std::make_unique<Process>(
+          Words{QUOLL_COMPOSE, "quoll://compose?subject=x"}, home_.bus.environment()));
+    }
+    for (const auto& program : programs) {
+      EXPECT_EQ(program->wait(), 0);
+    }
+  }
+  const auto times = 1 + (std::chrono::steady_clock::now() - begin) / 10s;
+  EXPECT_GE(starts(), 1);
+  EXPECT_LE(starts(), 10 * times);
+  EXPECT_EQ(home_.drafts().size(), kPrograms);
+  EXPECT_TRUE(home_.taken().empty());
+  kill(desktop.id(), SIGTERM);
+  const std::string shown = desktop.read_output();
+  EXPECT_TRUE(holds(shown, "no mail client was started")) << shown;
+  EXPECT_LE(std::ranges::count(shown, '\n'), times) << shown;
+}
+
+TEST_F(DraftFloods, ManyThatWaitNeedFewDescriptors) {
+  constexpr std::size_t kDrafts = 200;
+  for (std::size_t number = 0; number < kDrafts; ++number) {
+    add_waiting("20200101-000000-" + std::to_string(number), "quoll://compose?subject=x");
+  }
+  add_waiting("20200101-000000", "this is no command");
+  const auto ended =
+      run({"sh", "-c", "ulimit -n 64; exec " QUOLL_COMPOSE " --resume"}, home_.bus.environment());
+  EXPECT_EQ(ended.status, 1) << "of the one that is no command";
+  EXPECT_EQ(ended.errors, "");
+  EXPECT_EQ(home_.drafts().size(), kDrafts);
+  EXPECT_TRUE(holds(listed(), "  set aside: ")) << listed();
+}
+
+}  // namespace
+}  // namespace quoll::test
