@@ -208,7 +208,7 @@ void DraftThread::give(Job& job) {
     finish(hand_over(std::move(*job.draft), job.fields, job.tokens));
     return;
   }
-  ++kept_in_flood_;
+  has_kept_ = true;
   Outcome outcome = keep(std::move(*job.draft), "too many drafts came at once");
   outcome.in_flood = true;
   finish(outcome);
@@ -234,21 +234,22 @@ void DraftThread::finish(const Outcome& outcome) const {
 
 void DraftThread::end_flood(Lock& lock) {
   if (is_flood_ && under_way_ == 0) {
-    const std::size_t kept = std::exchange(kept_in_flood_, 0);
     lock.unlock();
-    tell_of_flood(kept);
+    if (std::exchange(has_kept_, false)) {
+      tell_of_flood();
+    }
     lock.lock();
     is_flood_ = under_way_ > 0;  // one that came meanwhile still belongs to it
   }
 }
 
-void DraftThread::tell_of_flood(std::size_t kept) const {
+void DraftThread::tell_of_flood() const {
   try {
-    if (kept != 0 && note_unless_frequent(Moments::kFloodsToldOf, 1)) {
-      listener_.flood_is_over(kept);
+    if (note_unless_frequent(Moments::kFloodsToldOf, 1)) {
+      listener_.flood_is_over();
     }
   } catch (const std::exception& exception) {
-    platform::log("%@ drafts are kept, since so many came at once: %@", kept, exception.what());
+    platform::log("many drafts are kept: %@", exception.what());
   }
 }
 

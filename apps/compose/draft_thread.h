@@ -34,9 +34,9 @@ class DraftThread {
   struct Listener {
     /// Once for each draft, when nothing more is done about it.
     std::function<void(const Outcome&)> finished;
-    /// When a flood is over: how many drafts this program kept for it. Of several programs one
-    /// calls this, and at most once in ten seconds.
-    std::function<void(std::size_t)> flood_is_over;
+    /// When a flood is over in which drafts were kept. Of several programs one calls this, and at
+    /// most once in ten seconds.
+    std::function<void()> flood_is_over;
   };
 
   /// `writer` must outlive this object.
@@ -72,7 +72,7 @@ class DraftThread {
   [[nodiscard]] bool may_offer();
   void finish(const Outcome& outcome) const;
   void end_flood(Lock& lock);
-  void tell_of_flood(std::size_t kept) const;
+  void tell_of_flood() const;
 
   WriterServer& writer_;
   Listener listener_;
@@ -84,8 +84,8 @@ class DraftThread {
   bool has_begun_ = false;     ///< what was left from earlier is known
   bool ending_ = false;
   bool is_flood_ = false;
-  std::size_t kept_in_flood_ = 0;
-  std::thread thread_;  // last, because it uses the other members
+  bool has_kept_ = false;  ///< a draft of this flood
+  std::thread thread_;     // last, because it uses the other members
 };
 
 }  // namespace quoll::compose

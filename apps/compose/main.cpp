@@ -104,15 +104,13 @@ int finish(std::vector<compose::TakenDraft> drafts, const gio::ActivationTokens&
   auto writer = compose::WriterServer::start();
   {
     compose::DraftThread thread(
-        writer,
-        {.finished =
-             [&](const compose::Outcome& outcome) {
-               notifications.add(outcome);
-               print(outcome);
-               status = outcome.is_written() && outcome.left_out.empty() ? status : 1;
-             },
-         .flood_is_over =
-             [&](std::size_t count) { notifications.add(compose::notification_of_flood(count)); }});
+        writer, {.finished =
+                     [&](const compose::Outcome& outcome) {
+                       notifications.add(outcome);
+                       print(outcome);
+                       status = outcome.is_written() && outcome.left_out.empty() ? status : 1;
+                     },
+                 .flood_is_over = [&] { notifications.add(compose::notification_of_flood()); }});
     thread.add(std::move(drafts), tokens);
   }
   if (!is_read()) {

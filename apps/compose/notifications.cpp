@@ -82,11 +82,11 @@ Notification notification_of_refusal(const std::string& reason) {
   return {.summary = "There is no draft", .body = foundation::printable(reason, kLongestReason)};
 }
 
-Notification notification_of_flood(std::size_t drafts) {
-  return {.summary = std::to_string(drafts) + " drafts wait",
+Notification notification_of_flood() {
+  return {.summary = "Many drafts are kept",
           .body =
-              "So many came at once that no mail client was started; quoll-compose --list "
-              "shows them."};
+              "So many came at once that no mail client was started for them; quoll-compose "
+              "--list shows them."};
 }
 
 void NotificationQueue::add(Notification notification) {

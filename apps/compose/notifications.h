@@ -25,8 +25,8 @@ struct Notification {
 /// Tells that a command was refused.
 [[nodiscard]] Notification notification_of_refusal(const std::string& reason);
 
-/// Tells, for all of them, that so many drafts were kept.
-[[nodiscard]] Notification notification_of_flood(std::size_t drafts);
+/// Tells, for all of them and all programs, that many drafts were kept.
+[[nodiscard]] Notification notification_of_flood();
 
 /// Notifications that wait for the thread that shows them. Any thread may add one.
 class NotificationQueue {

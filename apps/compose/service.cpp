@@ -78,8 +78,7 @@ class Service final : public gio::ApplicationService {
                     call_on_main(stop_soon);  // another program goes on with a writer of its own
                   }
                 },
-            .flood_is_over =
-                [this](std::size_t drafts) { notifications_.add(notification_of_flood(drafts)); }};
+            .flood_is_over = [this] { notifications_.add(notification_of_flood()); }};
   }
 
   void call_on_main(GSourceFunc function) {

@@ -257,6 +257,9 @@ quoll_defence(notification_is_cut FILE apps/share/notice.cpp
 quoll_defence(files_of_a_draft FILE apps/compose/taker.cpp
   TAKES "kMostFiles = 10'000" GIVES "kMostFiles = 20'000"
   SHOWN_BY compose_text ComposeLimits.ADraftHasTenThousandFiles)
+quoll_defence(drafts_of_a_call FILE apps/compose/taker.cpp
+  TAKES "kMostAtOnce = 256" GIVES "kMostAtOnce = 512"
+  SHOWN_BY compose_text ComposeLimits.ACallHas256Drafts)
 quoll_defence(left_out_by_name FILE apps/compose/left_out.cpp
   TAKES "kMostNamed = 100" GIVES "kMostNamed = 200"
   SHOWN_BY compose_text ComposeLimits.OneHundredFilesThatAreLeftOutAreKeptByName)

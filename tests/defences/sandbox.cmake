@@ -215,6 +215,39 @@ quoll_defence(what_waits_is_gone_on_with FILE ${file}
 quoll_defence(a_flood_opens_nothing FILE ${file}
   TAKES "kMostAtOnce = 10" GIVES "kMostAtOnce = 100"
   SHOWN_BY draft_states DraftFloods.AFloodOpensNoWindow)
+quoll_defence(few_locks_of_many FILE ${file}
+  TAKES "waiting_.size() >= kMostAtOnce" GIVES "waiting_.size() >= 1000 * kMostAtOnce"
+  SHOWN_BY draft_states DraftFloods.ManyThatWaitNeedFewDescriptors)
+quoll_defence(windows_of_all_programs FILE apps/compose/recent_moments.cpp
+  TAKES "if (count >= most) {" GIVES "if (count >= 100 * most) {"
+  SHOWN_BY draft_states DraftFloods.WhatAnotherProgramOfferedCounts)
+quoll_defence(changed_files_are_refused FILE apps/compose/write_message.cpp
+  TAKES "static_cast<std::uint64_t>(status.st_size) != taken.size" GIVES "status.st_size < 0 && taken.size > 0"
+  SHOWN_BY draft_states DraftsThatChange.AFileThatShrankIsNotAttached)
+quoll_defence(growing_files_are_cut FILE apps/compose/mime_parts.cpp
+  TAKES "0, static_cast<gint64>(size)" GIVES "0, static_cast<gint64>(size) - static_cast<gint64>(size) - 1"
+  SHOWN_BY compose_writer WriteMessage.AnAttachmentHasNoMoreThanWasTaken)
+quoll_defence(sizes_are_those_of_the_taking FILE apps/compose/waiting_files.cpp
+  TAKES "file.size = sizes[file.number];" GIVES "file.size = 0;"
+  SHOWN_BY compose_text ComposeLimits.TheSizesOfAFileAreThoseOfTheMomentWhenItWasTaken)
+quoll_defence(no_draft_is_larger_than_the_disk FILE apps/compose/room.cpp
+  TAKES "need <= disk_of_drafts().whole" GIVES "need / 2 <= disk_of_drafts().whole * 100"
+  SHOWN_BY draft_states DraftsOnASmallDisk.WhatIsLargerThanTheDiskIsSetAsideAtOnce)
+quoll_defence(what_cannot_be_locked_is_said FILE apps/compose/taken_draft.cpp
+  TAKES "!folder && errno != EWOULDBLOCK && errno != ENOENT" GIVES "!folder && errno == EFAULT"
+  SHOWN_BY draft_states LesserDisk.ADraftThatCannotBeLockedWaitsAndThatIsSaid)
+quoll_defence(what_cannot_be_read_is_said FILE apps/compose/taken_draft.cpp
+  TAKES "files.add({\"other files\"," GIVES "LeftOutFiles().add({\"other files\","
+  SHOWN_BY draft_states DraftsThatChange.WhatCannotBeReadIsSaid)
+quoll_defence(small_files_change_in_one_step FILE apps/compose/small_file.cpp
+  TAKES "beside = std::string(\".\") + name;" GIVES "beside = name;"
+  SHOWN_BY compose_text ComposeLimits.ASmallFileIsThereAsItWasOrAsItShallBe)
+quoll_defence(late_errors_are_seen FILE apps/compose/small_file.cpp
+  TAKES "posix::late_write_error(file.get())" GIVES "0"
+  SHOWN_BY draft_states LesserDisk.WhatIsLostWhenAFileIsClosedIsNotPromised)
+quoll_defence(disks_without_exclusive_renames FILE quoll/linux/posix/exclusive_rename.cpp
+  TAKES "errno == EINVAL || errno == ENOSYS" GIVES "errno == ENOSYS"
+  SHOWN_BY draft_states LesserDisk.WithoutExclusiveRenamesOrSyncingOfFoldersADraftIsGiven)
 set(file apps/compose/service.cpp)
 quoll_defence(receiver_ends_at_once FILE ${file}
   TAKES "_exit(0);" GIVES ""

@@ -28,8 +28,8 @@ TEST_F(DraftFloods, AFloodOpensNoWindow) {
   home_.wait_for_drafts();
   ASSERT_EQ(starts(), 0);
   EXPECT_EQ(desktop.read_line(),
-            "30 drafts wait|So many came at once that no mail client was started; quoll-compose "
-            "--list shows them.");
+            "Many drafts are kept|So many came at once that no mail client was started for them; "
+            "quoll-compose --list shows them.");
   EXPECT_EQ(home_.drafts().size(), 30U);
   ASSERT_EQ(open("['quoll://compose?subject=y']").status, 0);
   home_.wait_for_drafts();
@@ -70,6 +70,19 @@ TEST_F(DraftFloods, ManyProgramsAtOnceOpenTenWindowsInTenSeconds) {
   const std::string shown = desktop.read_output();
   EXPECT_TRUE(holds(shown, "no mail client was started")) << shown;
   EXPECT_LE(std::ranges::count(shown, '\n'), times) << shown;
+}
+
+TEST_F(DraftFloods, WhatAnotherProgramOfferedCounts) {
+  choose_counted("claws-mail");
+  const Words command{QUOLL_COMPOSE,      "quoll://compose?", "quoll://compose?",
+                      "quoll://compose?", "quoll://compose?", "quoll://compose?",
+                      "quoll://compose?"};
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(run(command, home_.bus.environment()).status, 0);
+  EXPECT_EQ(starts(), 6);
+  EXPECT_EQ(run(command, home_.bus.environment()).status, 0);
+  EXPECT_LE(starts(), 10 * (1 + (std::chrono::steady_clock::now() - begin) / 10s));
+  EXPECT_EQ(home_.drafts().size(), 12U);
 }
 
 TEST_F(DraftFloods, ManyThatWaitNeedFewDescriptors) {
