@@ -138,6 +138,7 @@ TEST(WriteMessage, AFileHasTheSizeThatItHadWhenItWasTaken) {
 
 // Of a file that grows while it is read, no more is read.
 TEST(WriteMessage, AnAttachmentHasNoMoreThanWasTaken) {
+  prepare_to_write();
   TakenFolder folder;
   folder.add(0, "file", "content");
   const posix::UniqueFd file(open(folder.around().path("taken/files/0/file").c_str(), O_RDONLY));
