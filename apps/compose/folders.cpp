@@ -7,6 +7,8 @@
 #include <cstring>
 
 #include "apps/compose/compose_error.h"
+#include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/writing_trial.h"
 
 namespace quoll::compose {
 namespace {
@@ -76,6 +78,15 @@ void make_folders() {
   make_folder(taken_folder());
   make_folder(drafts_folder());
   make_folder(given_folder());
+}
+
+void try_folders() {
+  make_folders();
+  for (const std::string& folder : {taken_folder(), drafts_folder(), given_folder()}) {
+    if (const int error = posix::try_writing(folder)) {
+      throw ComposeError("nothing can be kept in " + folder + ": " + posix::error_words(error));
+    }
+  }
 }
 
 }  // namespace quoll::compose

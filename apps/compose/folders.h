@@ -28,4 +28,7 @@ namespace quoll::compose {
 /// Makes the folders that are missing, for this user alone. Throws `ComposeError`.
 void make_folders();
 
+/// Makes them too, and tries to write in each. Throws `ComposeError` when a draft cannot be kept.
+void try_folders();
+
 }  // namespace quoll::compose

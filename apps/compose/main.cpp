@@ -17,6 +17,7 @@
 #include "apps/compose/draft_list.h"
 #include "apps/compose/draft_summary.h"
 #include "apps/compose/draft_thread.h"
+#include "apps/compose/folders.h"
 #include "apps/compose/hand_over.h"
 #include "apps/compose/notifications.h"
 #include "apps/compose/service.h"
@@ -44,6 +45,7 @@ struct Options {
   bool list = false;
   bool show = false;
   bool clients = false;
+  bool check = false;
   bool choose = false;
 };
 
@@ -202,7 +204,10 @@ std::optional<int> parse(int argc, char** argv, Options& options) {
       app.add_option("--client", options.client,
                      "from now on give drafts to this mail client; \"default\" goes back")
           ->type_name("NAME");
-  const std::vector<CLI::Option*> actions{urls, service, resume, list, show, clients, client};
+  auto* check = app.add_flag("--check", options.check,
+                             "see whether drafts can be kept, and say why they cannot");
+  const std::vector<CLI::Option*> actions{urls, service, resume, list,
+                                          show, clients, client, check};
   for (std::size_t at = 0; at < actions.size(); ++at) {
     for (std::size_t other = at + 1; other < actions.size(); ++other) {
       actions[at]->excludes(actions[other]);
@@ -237,6 +242,10 @@ int run(const Options& options, posix::UniqueFd taken_pipe) {
   }
   if (options.choose) {
     return choose(options.client);
+  }
+  if (options.check) {
+    compose::try_folders();
+    return 0;
   }
   return options.show ? show(options.draft) : compose(options.urls, std::move(taken_pipe));
 }

@@ -9,7 +9,9 @@
 #include <utility>
 #include <vector>
 
+#include "apps/compose/compose_error.h"
 #include "apps/compose/draft_thread.h"
+#include "apps/compose/folders.h"
 #include "apps/compose/notifications.h"
 #include "apps/compose/taker.h"
 #include "quoll/container/group_container.h"
@@ -66,6 +68,17 @@ class Service final : public gio::ApplicationService {
       g_dbus_method_invocation_return_dbus_error(call, kLeftOutError, report.c_str());
     }
     thread_->add(std::move(drafts), tokens);
+  }
+
+  // There is no window to show. Whoever wants to know whether drafts can be kept asks by this.
+  void activate(const gio::ActivationTokens& /*tokens*/, GDBusMethodInvocation* call) override {
+    try {
+      try_folders();
+      g_dbus_method_invocation_return_value(call, nullptr);
+    } catch (const ComposeError& reason) {
+      g_dbus_method_invocation_return_error_literal(call, G_DBUS_ERROR, G_DBUS_ERROR_FAILED,
+                                                    reason.what());
+    }
   }
 
   [[nodiscard]] bool busy() const override { return thread_->busy() || !notifications_.empty(); }

@@ -16,6 +16,8 @@ namespace quoll::compose {
 /// may remove its files. If one of the drafts cannot be taken, none is, and `Open` answers an
 /// error. A sender that puts `quoll-report` into the platform data is told what was left out, by
 /// the error `it.vorlent.quoll2.Error.LeftOut`.
+///
+/// `Activate` takes nothing and shows nothing. It answers an error when no draft can be kept.
 [[nodiscard]] int serve(const std::string& identifier, std::chrono::milliseconds idle,
                         WriterServer& writer);
 

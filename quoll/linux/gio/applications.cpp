@@ -5,6 +5,7 @@
 
 #include "quoll/linux/gio/desktop_entry.h"
 #include "quoll/linux/gio/handles.h"
+#include "quoll/linux/gio/opener.h"
 #include "quoll/linux/gio/session_bus.h"
 
 namespace quoll::gio {
@@ -13,14 +14,46 @@ namespace {
 
 using std::chrono::steady_clock;
 
+/// What the bus itself answers to `method`; null when it does not.
+VariantHandle ask_bus(GDBusConnection* bus, const char* method, GVariant* parameters,
+                      const char* reply_type, steady_clock::time_point deadline) {
+  return VariantHandle(g_dbus_connection_call_sync(
+      bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method,
+      parameters, G_VARIANT_TYPE(reply_type), G_DBUS_CALL_FLAGS_NONE, call_time_out(deadline),
+      nullptr, nullptr));
+}
+
 /// True when `name` is in the list of names that the bus answers to `method`.
 bool has_name(GDBusConnection* bus, const char* method, const std::string& name,
               steady_clock::time_point deadline) {
-  const VariantHandle reply(g_dbus_connection_call_sync(
-      bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method, nullptr,
-      G_VARIANT_TYPE("(as)"), G_DBUS_CALL_FLAGS_NONE, call_time_out(deadline), nullptr, nullptr));
+  const auto reply = ask_bus(bus, method, nullptr, "(as)", deadline);
   const auto names = reply ? texts_in(reply.get(), 0) : std::vector<std::string>();
   return std::ranges::find(names, name) != names.end();
+}
+
+int process_of(GDBusConnection* bus, const std::string& name, steady_clock::time_point deadline) {
+  const auto reply = ask_bus(bus, "GetConnectionUnixProcessID", g_variant_new("(s)", name.c_str()),
+                             "(u)", deadline);
+  guint32 process = 0;
+  if (reply) {
+    g_variant_get(reply.get(), "(u)", &process);
+  }
+  return static_cast<int>(process);
+}
+
+/// The first word of the command in the service file that the bus reads first.
+std::string service_program(const std::string& application) {
+  const KeyFileHandle file(g_key_file_new());
+  const std::string path = find_data_file("dbus-1/services/" + application + ".service");
+  g_key_file_load_from_file(file.get(), path.c_str(), G_KEY_FILE_NONE, nullptr);
+  const TextHandle exec(g_key_file_get_string(file.get(), "D-BUS Service", "Exec", nullptr));
+  char** words = nullptr;
+  if (!exec || g_shell_parse_argv(exec.get(), nullptr, &words, nullptr) == FALSE) {
+    return "";
+  }
+  std::string program = words[0];
+  g_strfreev(words);
+  return program;
 }
 
 }  // namespace
@@ -32,14 +65,29 @@ ApplicationLookup look_up_application(const std::string& application,
   SessionBus session;
   if (GDBusConnection* bus = session.connection(deadline); bus != nullptr) {
     found.is_running = has_name(bus, "ListNames", application, deadline);
+    found.process = found.is_running ? process_of(bus, application, deadline) : 0;
     found.is_startable = has_name(bus, "ListActivatableNames", application, deadline);
   } else {
     found.bus_trouble = session.reason();
   }
+  found.service_program = service_program(application);
   const EntryHandle entry = find_entry(application);
   found.has_entry = entry != nullptr;
   found.is_entry_broken = !entry && entry_exists(application);
+  found.entry_program = entry ? g_app_info_get_executable(G_APP_INFO(entry.get())) : "";
   return found;
+}
+
+ActivationAnswer activate_application(const std::string& application,
+                                      std::chrono::milliseconds time_out) {
+  Opener opener({}, time_out);
+  ActivationAnswer answer;
+  answer.is_there = opener.activate(application, answer.failure);
+  return answer;
+}
+
+bool is_program(const std::string& program) {
+  return TextHandle(g_find_program_in_path(program.c_str())) != nullptr;
 }
 
 std::string handler_of_scheme(const std::string& scheme) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 namespace quoll::gio {
@@ -9,15 +10,32 @@ namespace quoll::gio {
 struct ApplicationLookup {
   std::string bus_trouble;       ///< why there is no session bus; empty when there is one
   bool is_running = false;       ///< its name is taken on the bus
+  int process = 0;               ///< by this process; 0 when the bus does not tell
   bool is_startable = false;     ///< the bus can start it
+  std::string service_program;   ///< what its service file starts; empty when none is found
   bool has_entry = false;        ///< it has a desktop entry that can be used
   bool is_entry_broken = false;  ///< it has one that cannot be used
+  std::string entry_program;     ///< what its desktop entry starts
 };
 
 /// Looks an application up without starting it. Waits for the bus, but at most for `time_out`. Runs
 /// the default main context of this thread.
 [[nodiscard]] ApplicationLookup look_up_application(const std::string& application,
                                                     std::chrono::milliseconds time_out);
+
+/// What came of `Activate`.
+struct ActivationAnswer {
+  bool is_there = false;               ///< the bus knows the application
+  std::optional<std::string> failure;  ///< why it did not answer well, in plain words
+};
+
+/// Has an application answer `Activate` over the bus, by the way and with the words that opening a
+/// URL has. It is started if need be and gets nothing to open.
+[[nodiscard]] ActivationAnswer activate_application(const std::string& application,
+                                                    std::chrono::milliseconds time_out);
+
+/// True when a program of this path, or of this name in PATH, can be started.
+[[nodiscard]] bool is_program(const std::string& program);
 
 /// The identifier of the application that opens URLs of a scheme, followed by ".desktop"; empty
 /// when there is none.

@@ -38,6 +38,15 @@ GVariant* open_parameters(const OpenRequest& request, const ActivationTokens& to
   return g_variant_new("(asa{sv})", &uris, &platform_data);
 }
 
+VariantHandle call(GDBusConnection* connection, const std::string& application, const char* method,
+                   GVariant* parameters, std::chrono::steady_clock::time_point deadline,
+                   ErrorSlot& error) {
+  return VariantHandle(g_dbus_connection_call_sync(
+      connection, application.c_str(), object_path(application).c_str(),
+      "org.freedesktop.Application", method, parameters, nullptr, G_DBUS_CALL_FLAGS_NONE,
+      call_time_out(deadline), nullptr, error.out()));
+}
+
 // True when the bus can neither reach nor start the application, or when what has its name does not
 // implement the interface.
 bool says_nobody_there(const ErrorSlot& error) {
@@ -119,13 +128,26 @@ OpenResult Opener::open(const OpenRequest& request) {
   return is_there ? result : open_by_entry(request, {});
 }
 
+bool Opener::activate(const std::string& application, FailureReason& failure) {
+  const auto deadline = std::chrono::steady_clock::now() + time_out_;
+  GDBusConnection* connection = bus_.connection(deadline);
+  if (connection == nullptr) {
+    return false;
+  }
+  ErrorSlot error;
+  const VariantHandle reply(call(connection, application, "Activate",
+                                 g_variant_new("(a{sv})", nullptr), deadline, error));
+  if (!reply && !says_nobody_there(error)) {
+    failure = in_words(error, application);
+  }
+  return !says_nobody_there(error);
+}
+
 bool Opener::open_by_bus(GDBusConnection* connection, const OpenRequest& request,
                          std::chrono::steady_clock::time_point deadline, OpenResult& result) const {
   ErrorSlot error;
-  const VariantHandle reply(g_dbus_connection_call_sync(
-      connection, request.application.c_str(), object_path(request.application).c_str(),
-      "org.freedesktop.Application", "Open", open_parameters(request, tokens_), nullptr,
-      G_DBUS_CALL_FLAGS_NONE, call_time_out(deadline), nullptr, error.out()));
+  const VariantHandle reply(call(connection, request.application, "Open",
+                                 open_parameters(request, tokens_), deadline, error));
   if (says_left_out(error)) {
     g_dbus_error_strip_remote_error(error.get());
     result.left_out = bounded_left_out(error.message());

@@ -26,6 +26,10 @@ class Opener {
   /// waits until the program has taken the URLs if its entry says that it tells.
   [[nodiscard]] OpenResult open(const OpenRequest& request);
 
+  /// Has the application answer `Activate` over the bus, which starts it if need be, and gives it
+  /// nothing. False when the bus does not know it; then `open` would run its `Exec` line.
+  [[nodiscard]] bool activate(const std::string& application, FailureReason& failure);
+
  private:
   /// False when nobody is there.
   [[nodiscard]] bool open_by_bus(GDBusConnection* connection, const OpenRequest& request,

@@ -20,12 +20,17 @@ std::optional<std::string> absolute(const char* path) {
 }  // namespace
 
 std::optional<std::string> group_containers_folder() {
-  if (const char* chosen = std::getenv("QUOLL_GROUP_CONTAINERS")) {
+  return group_containers_folder([](const char* name) { return std::getenv(name); });
+}
+
+std::optional<std::string> group_containers_folder(
+    const std::function<const char*(const char* name)>& variable) {
+  if (const char* chosen = variable("QUOLL_GROUP_CONTAINERS")) {
     return absolute(chosen);
   }
-  auto data = absolute(std::getenv("XDG_DATA_HOME"));
+  auto data = absolute(variable("XDG_DATA_HOME"));
   if (!data) {
-    const auto home = absolute(std::getenv("HOME"));
+    const auto home = absolute(variable("HOME"));
     if (!home) {
       return std::nullopt;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,6 +12,11 @@ namespace quoll::posix {
 /// set (then only there), else `${XDG_DATA_HOME:-~/.local/share}/group-containers`. None when what
 /// is set is not an absolute path, and none without a home. It is not made by this call.
 [[nodiscard]] std::optional<std::string> group_containers_folder();
+
+/// The same for a program with another environment: `variable` answers the value of a variable, or
+/// null.
+[[nodiscard]] std::optional<std::string> group_containers_folder(
+    const std::function<const char*(const char* name)>& variable);
 
 /// A location by its container: `/data/group-containers/g/Shared/x` is
 /// `/data/group-containers/g` and `/Shared/x`. `inside` is empty for the container itself.
