@@ -40,10 +40,14 @@ namespace quoll::console {
 [[nodiscard]] int launch(const std::string& command, const std::vector<std::string>& files,
                          bool background, bool as_json);
 
-/// Checks each thing that a share needs on its way, and prints what it finds, with one thing to do
+/// Tries each thing that a share needs on its way, and prints what it finds, with one thing to do
 /// for each that is wrong. With `repair` it first repairs what can be repaired safely. 1 when a
-/// share would not arrive.
+/// share would not arrive, or not whole.
 [[nodiscard]] int doctor(bool repair, bool as_json);
+
+/// Empties the staging folder, when no share needs it any more, and removes what killed shares left
+/// in the container. 1 when something stays.
+[[nodiscard]] int forget(bool as_json);
 
 /// Writes a group container with made-up accounts and contacts into the folder, as a mail
 /// application has them, and prints the paths; 1 when a file cannot be written.

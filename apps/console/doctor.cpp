@@ -43,7 +43,8 @@ void print(const std::vector<Finding>& findings) {
                 << "  " << foundation::printable(line, kLongestLine) << '\n';
     }
   }
-  std::cout << (share_would_arrive(findings) ? "A share arrives.\n" : "A share does not arrive.\n");
+  std::cout << (share_would_arrive(findings) ? "A share arrives.\n"
+                                             : "A share does not arrive, or not whole.\n");
 }
 
 Json json_of(const std::vector<Finding>& findings) {

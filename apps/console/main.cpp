@@ -75,6 +75,9 @@ int main(int argc, char** argv) {
     return console::doctor(repair, as_json);
   })->add_flag("--fix", repair, "Do what is safe to do");
 
+  add_with_json("forget", "Removes the copies of what was shared last.",
+                [&] { return console::forget(as_json); });
+
   std::string folder;
   auto form = PropertyListForm::kXml;
   CLI::App* const sample =

@@ -22,7 +22,7 @@ class Doctor : public testing::Test {
  protected:
   [[nodiscard]] std::string container() const { return bus_.path("containers/K7Q2M9XT4B.quoll"); }
   void install_receiver() const {
-    bus_.add_service("it.vorlent.quoll2", std::string(QUOLL_COMPOSE) + " --service");
+    bus_.add_service("it.vorlent.quoll2", QUOLL_COMPOSE " --service --idle 1");
   }
   [[nodiscard]] Ended doctor(std::vector<std::string> options = {},
                              const Environment& more = {}) const {
@@ -36,13 +36,36 @@ class Doctor : public testing::Test {
   }
   /// What it says of one step: its state, then what was found.
   [[nodiscard]] static std::string said(const Ended& ended, const std::string& step) {
+    const Json one = about(ended, step);
+    return one.value("state", "nothing") + ": " +
+           one.value("found", "in " + ended.output + ended.errors);
+  }
+  /// What to do about it.
+  [[nodiscard]] static std::string advised(const Ended& ended, const std::string& step) {
+    return about(ended, step).value("advice", "");
+  }
+  [[nodiscard]] static Json about(const Ended& ended, const std::string& step) {
     const Json answer = Json::parse(ended.output, nullptr, false);
     for (const Json& one : answer.value("steps", Json::array())) {
       if (one["step"] == step) {
-        return one["state"].get<std::string>() + ": " + one["found"].get<std::string>();
+        return one;
       }
     }
-    return "nothing in: " + ended.output + ended.errors;
+    return Json::object();
+  }
+  [[nodiscard]] bool is_receiver_running() const {
+    return run({"dbus-send", "--session", "--print-reply=literal", "--dest=org.freedesktop.DBus",
+                "/org/freedesktop/DBus", "org.freedesktop.DBus.NameHasOwner",
+                "string:it.vorlent.quoll2"},
+               bus_.environment())
+               .output.find("true") != std::string::npos;
+  }
+  /// Puts a script of this name into a folder of programs.
+  void make_program(const std::string& name, const std::string& script = "true") const {
+    fs::create_directories(bus_.path("programs"));
+    const std::string path = bus_.path("programs/" + name);
+    std::ofstream(path) << "#!/bin/sh\n" << script << '\n';
+    fs::permissions(path, fs::perms::owner_all);
   }
 
   PrivateBus bus_;
@@ -54,13 +77,16 @@ TEST_F(Doctor, AShareArrives) {
   EXPECT_EQ(ended.status, 0) << ended.output << ended.errors;
   EXPECT_EQ(Json::parse(ended.output)["arrives"], true);
   EXPECT_EQ(said(ended, "identity"), "good: it.vorlent.quoll2.Quoll-Share, for it.vorlent.quoll2");
-  EXPECT_EQ(said(ended, "container"), "good: " + container() + " will be made by the first share");
+  EXPECT_EQ(said(ended, "container"), "good: " + container());
   EXPECT_EQ(said(ended, "locks"), "good: nobody holds one");
   EXPECT_EQ(said(ended, "session bus"), "good: it answers");
   EXPECT_EQ(said(ended, "mail application"),
-            "good: it.vorlent.quoll2 is started when it is needed");
-  EXPECT_EQ(said(ended, "images"), std::string("good: ") + QUOLL_IMAGE_HELPER);
-  EXPECT_FALSE(fs::exists(container())) << "it looks and makes nothing";
+            "good: it.vorlent.quoll2 is quoll-compose, and can keep drafts");
+  EXPECT_EQ(said(ended, "pictures"), "good: " QUOLL_IMAGE_HELPER " writes them");
+  EXPECT_EQ(said(ended, "bus's environment"), "good: that of this program");
+  EXPECT_EQ(said(ended, "shared copies"), "good: none");
+  EXPECT_TRUE(fs::is_empty(bus_.data_home() + "/quoll-compose/drafts")) << "nothing is shared";
+  EXPECT_TRUE(fs::is_empty(bus_.data_home() + "/quoll-compose/taken"));
 }
 
 TEST_F(Doctor, NobodyAnswers) {
@@ -69,7 +95,7 @@ TEST_F(Doctor, NobodyAnswers) {
   EXPECT_NE(ended.output.find("BROKEN mail application"), std::string::npos) << ended.output;
   EXPECT_NE(ended.output.find("-> install the mail application or quoll-compose"),
             std::string::npos);
-  EXPECT_TRUE(ended.output.ends_with("A share does not arrive.\n"));
+  EXPECT_TRUE(ended.output.ends_with("A share does not arrive, or not whole.\n"));
 }
 
 TEST_F(Doctor, AnEntryWhoseProgramIsMissing) {
@@ -103,7 +129,8 @@ TEST_F(Doctor, AContainerThatIsNoFolder) {
   const Ended ended = doctor({"--json"});
   EXPECT_EQ(ended.status, 1);
   EXPECT_EQ(said(ended, "container"),
-            "BROKEN: it cannot be written: " + container() + " is not a folder");
+            "BROKEN: " + container() + " cannot be used: not a directory");
+  EXPECT_EQ(advised(ended, "container"), "move \"" + container() + "\" away");
 }
 
 TEST_F(Doctor, NoPlaceForAContainer) {
@@ -126,12 +153,11 @@ TEST_F(Doctor, AContainerThatIsOpenToOthersIsClosed) {
 }
 
 TEST_F(Doctor, WhatAKilledShareLeftIsRemovedWhenAsked) {
-  install_receiver();
   const std::string left = container() + "/.incoming/.quoll-incoming-1";
   fs::create_directories(left + "/1");
-  EXPECT_EQ(doctor().status, 0);
-  EXPECT_TRUE(fs::exists(left));
-  EXPECT_EQ(doctor({"--fix"}).status, 0);
+  EXPECT_EQ(doctor().status, 1);
+  EXPECT_TRUE(fs::exists(left)) << "no receiver has started, which removes it";
+  EXPECT_EQ(doctor({"--fix"}).status, 1);
   EXPECT_FALSE(fs::exists(left));
 }
 
@@ -161,6 +187,7 @@ TEST_F(Doctor, WhoHoldsALockIsNamed) {
 }
 
 TEST_F(Doctor, TheMailClientThatDraftsGoTo) {
+  install_receiver();
   const auto client = [&](const std::string& id, const std::string& more) {
     bus_.add_entry(id,
                    "[Desktop Entry]\nType=Application\nName=M\nMimeType=x-scheme-handler/mailto;"
@@ -181,32 +208,91 @@ TEST_F(Doctor, TheMailClientThatDraftsGoTo) {
             "note: gone.desktop was chosen and is not there; drafts go to mutt.desktop");
 }
 
-TEST_F(Doctor, MenusAreLookedFor) {
-  install_receiver();
+TEST_F(Doctor, MenusAreLookedForWhereThereAreSuch) {
   const std::string code =
       bus_.data_home() + "/kpackage/Purpose/it.vorlent.quoll2.share/contents/code";
   fs::create_directories(code);
   std::ofstream(code + "/main.bin") << "x";
   ASSERT_EQ(chmod((code + "/main.bin").c_str(), 0644), 0);
-  Ended ended = doctor({"--json"});
-  EXPECT_EQ(ended.status, 0);
+  make_program("dolphin");
+  make_program("nemo");
+  const Environment found{{"PATH", bus_.path("programs")}};
+  Ended ended = doctor({"--json"}, found);
   EXPECT_EQ(said(ended, "menu of KDE"), "note: " + code + "/main.bin cannot be started");
   EXPECT_EQ(said(ended, "menu of Nemo"), "note: not installed");
+  EXPECT_EQ(said(ended, "menu of Nautilus").substr(0, 7), "nothing") << "it is not there";
   ASSERT_EQ(chmod((code + "/main.bin").c_str(), 0755), 0);
-  ended = doctor({"--json"});
+  ended = doctor({"--json"}, found);
   EXPECT_EQ(said(ended, "menu of KDE"), "good: " + code + "/main.bin");
+  ended = doctor({"--json"}, {{"PATH", bus_.path("home")}});
+  EXPECT_EQ(said(ended, "menus"), "good: no program with a menu for shares is here");
+}
+
+TEST_F(Doctor, TheClipboardNeedsAProgram) {
+  make_program("xclip");
+  const auto found = [&](const Environment& display) {
+    Environment environment = display;
+    environment["PATH"] = bus_.path("programs");
+    return doctor({"--json"}, environment);
+  };
+  EXPECT_EQ(said(found({}), "clipboard"), "good: there is no display");
+  EXPECT_EQ(said(found({{"DISPLAY", ":7"}}), "clipboard"), "good: read by xclip");
+  const Ended wayland = found({{"DISPLAY", ":7"}, {"WAYLAND_DISPLAY", "wayland-7"}});
+  EXPECT_EQ(said(wayland, "clipboard"), "note: wl-paste is missing");
+  EXPECT_EQ(advised(wayland, "clipboard"),
+            "install wl-clipboard to share what the clipboard holds");
+}
+
+// The advice is followed here, and mends it.
+TEST_F(Doctor, ABusThatDoesNotKnowTheDisplayIsTold) {
+  install_receiver();
+  const Environment display{{"DISPLAY", ":7"}};
+  const Ended before = doctor({"--json"}, display);
+  EXPECT_EQ(before.status, 0) << "the draft is kept";
+  EXPECT_TRUE(said(before, "bus's environment").starts_with("note: the bus does not know"))
+      << said(before, "bus's environment");
+  std::string command = advised(before, "bus's environment");
+  EXPECT_TRUE(command.starts_with("dbus-update-activation-environment ")) << command;
+  command = command.substr(0, command.find(';'));
+  Environment environment = bus_.environment();
+  environment["DISPLAY"] = ":7";
+  ASSERT_EQ(run({"sh", "-c", command}, environment).status, 0) << command;
+  while (is_receiver_running()) {
+    usleep(10'000);
+  }
+  const std::string after = said(doctor({"--json"}, display), "bus's environment");
+  EXPECT_EQ(after, "good: that of this program");
+}
+
+TEST_F(Doctor, AMailApplicationIsNotStarted) {
+  const std::string mark = bus_.path("mark");
+  make_program("mail", "touch " + mark);
+  bus_.add_service("it.vorlent.quoll2", bus_.path("programs/mail"));
+  const Ended ended = doctor({"--json"});
+  EXPECT_EQ(said(ended, "mail application"),
+            "good: it.vorlent.quoll2 is started when it is needed");
+  EXPECT_FALSE(fs::exists(mark));
+}
+
+TEST_F(Doctor, WhatTheReceiverCannotDoIsSaidInItsWords) {
+  install_receiver();
+  std::ofstream(bus_.data_home() + "/quoll-compose") << "x";
+  const std::string found = said(doctor({"--json"}), "mail application");
+  EXPECT_TRUE(found.starts_with("BROKEN: it.vorlent.quoll2 did not take the URLs: ")) << found;
+  EXPECT_NE(found.find(bus_.data_home() + "/quoll-compose"), std::string::npos) << found;
+}
+
+TEST_F(Doctor, AHelperThatCannotStartSaysWhy) {
+  make_program("helper", "echo 'libgone.so: cannot be loaded' >&2; exit 127");
+  const Ended ended = doctor({"--json"}, {{"QUOLL_IMAGE_HELPER", bus_.path("programs/helper")}});
+  EXPECT_EQ(said(ended, "pictures"),
+            "BROKEN: " + bus_.path("programs/helper") + ": image: libgone.so: cannot be loaded");
 }
 
 TEST_F(Doctor, TheLastLogLinesAreShown) {
-  const std::string programs = bus_.path("programs");
-  fs::create_directories(programs);
-  const std::string journal = programs + "/journalctl";
-  const Environment found{{"PATH", programs + ":/usr/bin:/bin"}};
-  const auto write_journal = [&](const std::string& script) {
-    std::ofstream(journal) << "#!/bin/sh\n" << script << '\n';
-    fs::permissions(journal, fs::perms::owner_all);
-  };
-  write_journal(R"(echo "$@" >"$0.asked"; printf 'one\ntwo \033[31m\n')");
+  const std::string journal = bus_.path("programs/journalctl");
+  const Environment found{{"PATH", bus_.path("programs") + ":/usr/bin:/bin"}};
+  make_program("journalctl", R"(echo "$@" >"$0.asked"; printf 'one\ntwo \033[31m\n')");
   EXPECT_EQ(said(doctor({"--json"}, found), "last log lines"), "good: 2");
   const std::string told = doctor({}, found).output;
   EXPECT_NE(told.find("  one\n"), std::string::npos) << told;
@@ -215,9 +301,11 @@ TEST_F(Doctor, TheLastLogLinesAreShown) {
   std::getline(std::ifstream(journal + ".asked"), asked);
   EXPECT_NE(asked.find("--identifier=quoll-share"), std::string::npos) << asked;
   EXPECT_NE(asked.find("--identifier=quoll-compose"), std::string::npos) << asked;
-  write_journal("true");
-  EXPECT_EQ(said(doctor({"--json"}, found), "last log lines"), "good: none");
-  write_journal("echo half; exit 1");
+  make_program("journalctl");
+  EXPECT_EQ(
+      said(doctor({"--json"}, found), "last log lines"),
+      fs::exists("/run/systemd/journal/socket") ? "good: none" : "note: no journal runs here");
+  make_program("journalctl", "echo half; exit 1");
   EXPECT_EQ(said(doctor({"--json"}, found), "last log lines"),
             "note: there is no system journal here");
 }

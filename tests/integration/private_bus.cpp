@@ -6,6 +6,9 @@
 namespace quoll::test {
 namespace {
 
+/// Where other programs look for service files too.
+constexpr const char* kServices = "system-data/dbus-1/services";
+
 void write(const std::string& path, const std::string& content) {
   std::filesystem::create_directories(std::filesystem::path(path).parent_path());
   std::ofstream(path, std::ios::binary) << content;
@@ -13,7 +16,7 @@ void write(const std::string& path, const std::string& content) {
 
 }  // namespace
 
-PrivateBus::PrivateBus(const Environment& more)
+PrivateBus::PrivateBus(const Environment& more, std::chrono::milliseconds start_limit)
     : environment_{{"HOME", folder_.path("home")},
                    {"XDG_DATA_HOME", folder_.path("data")},
                    {"XDG_CONFIG_HOME", folder_.path("config")},
@@ -28,11 +31,10 @@ PrivateBus::PrivateBus(const Environment& more)
   for (const auto& [name, value] : more) {
     environment_[name] = value;
   }
-  for (const char* folder : {"home", "data", "config", "containers", "services"}) {
+  for (const char* folder : {"home", "data", "config", "containers", kServices}) {
     std::filesystem::create_directories(folder_.path(folder));
   }
   // Of the system's data only the file types: an application installed here is not in this home.
-  std::filesystem::create_directories(folder_.path("system-data"));
   std::filesystem::create_directory_symlink("/usr/share/mime", folder_.path("system-data/mime"));
   // The limits are those of a desktop's session bus.
   folder_.write("bus.conf", R"(<!DOCTYPE busconfig PUBLIC
@@ -42,13 +44,16 @@ PrivateBus::PrivateBus(const Environment& more)
   <type>session</type>
   <listen>unix:dir=)" + folder_.path() +
                                 R"(</listen>
-  <servicedir>)" + folder_.path("services") +
+  <servicedir>)" + folder_.path(kServices) +
                                 R"(</servicedir>
   <policy context="default">
     <allow send_destination="*" eavesdrop="true"/>
     <allow eavesdrop="true"/>
     <allow own="*"/>
   </policy>
+  <limit name="service_start_timeout">)" +
+                                std::to_string(start_limit.count()) +
+                                R"(</limit>
   <limit name="max_incoming_bytes">1000000000</limit>
   <limit name="max_outgoing_bytes">1000000000</limit>
   <limit name="max_message_size">1000000000</limit>
@@ -62,7 +67,7 @@ PrivateBus::PrivateBus(const Environment& more)
 }
 
 void PrivateBus::add_service(const std::string& name, const std::string& command) const {
-  write(folder_.path("services/" + name + ".service"),
+  write(folder_.path(std::string(kServices) + "/" + name + ".service"),
         "[D-BUS Service]\nName=" + name + "\nExec=" + command + "\n");
   // The bus notices new files by itself, but nobody says when.
   static_cast<void>(run({"dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus",

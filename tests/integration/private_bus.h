@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -12,8 +13,10 @@ namespace quoll::test {
 /// programs that the bus starts see the same home.
 class PrivateBus {
  public:
-  /// `more` is added to the environment.
-  explicit PrivateBus(const Environment& more = {});
+  /// `more` is added to the environment. `start_limit` is how long a program that the bus starts
+  /// may take to answer to its name.
+  explicit PrivateBus(const Environment& more = {},
+                      std::chrono::milliseconds start_limit = std::chrono::seconds(25));
 
   /// What a program needs to live on this bus and in this home.
   [[nodiscard]] const Environment& environment() const { return environment_; }

@@ -1,0 +1,217 @@
+#include "apps/console/container_check.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "apps/console/staged_copies.h"
+#include "quoll/container/group_container.h"
+#include "quoll/container/layout.h"
+#include "quoll/foundation/path.h"
+#include "quoll/foundation/text.h"
+#include "quoll/linux/posix/coordinator.h"
+#include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/group_containers.h"
+#include "quoll/linux/posix/lock_holder.h"
+#include "quoll/linux/posix/temporary_item.h"
+#include "quoll/linux/posix/writing_trial.h"
+
+namespace quoll::console {
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace layout = container::layout;
+using State = Finding::State;
+
+/// What cannot be used, and the `errno` value that says why.
+struct Trouble {
+  std::string path;
+  int error = 0;
+};
+
+std::string in_folder(const std::string& folder, std::string_view name) {
+  return foundation::appending_path_component(folder, name);
+}
+
+/// Closes the container to others, and removes what killed shares have left in it. A failure shows
+/// in the checks that follow.
+void repair_container(const std::string& path) {
+  static_cast<void>(ExtensionUtilities::GroupPath());
+  std::error_code ignored;
+  fs::permissions(path, fs::perms::group_all | fs::perms::others_all, fs::perm_options::remove,
+                  ignored);
+  posix::sweep_temporary_items(path);
+}
+
+/// The part of a path that exists already.
+std::string existing_part(fs::path path) {
+  std::error_code ignored;
+  while (!fs::exists(fs::symlink_status(path, ignored)) && path.has_relative_path()) {
+    path = path.parent_path();
+  }
+  return path;
+}
+
+std::optional<Trouble> trouble_with_folder(const std::string& path) {
+  const int error = posix::try_writing(path);
+  return error == 0 ? std::nullopt : std::optional(Trouble{path, error});
+}
+
+/// The files that a share locks are opened as a share opens them, and made when they are missing.
+std::optional<Trouble> trouble_with_locks(const std::string& container) {
+  const std::string folder = in_folder(container, layout::locks);
+  mkdir(folder.c_str(), S_IRWXU);
+  const std::string data = "/" + ExtensionUtilities::GroupFolderName();
+  for (const std::string& item : {std::string("/"), data, in_folder(data, layout::staging)}) {
+    const std::string file = in_folder(folder, posix::lock_file_name(item));
+    if (!posix::open_file(file, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK, S_IRUSR | S_IWUSR)) {
+      return Trouble{errno == ENOTDIR ? folder : file, errno};
+    }
+  }
+  return std::nullopt;
+}
+
+/// What keeps a share from putting files into the container.
+std::optional<Trouble> trouble_in(const std::string& container) {
+  if (!ExtensionUtilities::GroupPath()) {
+    const std::string there = existing_part(container);
+    const auto trouble = trouble_with_folder(there);
+    return trouble ? trouble : Trouble{there, EACCES};
+  }
+  if (const auto trouble = trouble_with_folder(container)) {
+    return trouble;
+  }
+  const posix::BuildingFolder unfinished = posix::open_folder_for_building(container);
+  if (!unfinished.fd) {
+    return Trouble{unfinished.path, errno};
+  }
+  if (const auto trouble = trouble_with_folder(unfinished.path)) {
+    return trouble;
+  }
+  if (const auto trouble = trouble_with_locks(container)) {
+    return trouble;
+  }
+  const std::string data = in_folder(container, ExtensionUtilities::GroupFolderName());
+  std::error_code error;
+  if (!fs::exists(fs::symlink_status(data, error))) {
+    return std::nullopt;
+  }
+  if (const auto trouble = trouble_with_folder(data)) {
+    return trouble;
+  }
+  // A share replaces the staging folder, unless it is another user's and something is in it.
+  const std::string staging = in_folder(data, layout::staging);
+  struct stat status {};
+  const bool is_of_another = lstat(staging.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+                             status.st_uid != geteuid() && !fs::is_empty(staging, error);
+  return is_of_another ? trouble_with_folder(staging) : std::nullopt;
+}
+
+std::string advice_for(const Trouble& trouble) {
+  const std::string path = "\"" + trouble.path + "\"";
+  struct stat status {};
+  switch (trouble.error) {
+    case ENOTDIR:
+    case ELOOP:
+      return "move " + path + " away";
+    case ENOSPC:
+    case EDQUOT:
+      return "make room there";
+    case EACCES:
+    case EPERM:
+      if (lstat(trouble.path.c_str(), &status) == 0) {
+        return status.st_uid == geteuid() ? "chmod u+rwX " + path
+                                          : "sudo chown -R \"$USER\" " + path;
+      }
+      break;
+    default:
+      break;
+  }
+  return "let QUOLL_GROUP_CONTAINERS name a folder elsewhere, for the whole session";
+}
+
+Finding container(const std::optional<std::string>& path) {
+  const std::string name = "container";
+  if (!path) {
+    return {name, State::kBroken, "there is no place for it",
+            "set HOME, or XDG_DATA_HOME to an absolute path"};
+  }
+  if (!foundation::is_utf8(*path)) {
+    return {name, State::kBroken, "its path is not UTF-8: " + *path,
+            "let QUOLL_GROUP_CONTAINERS name a folder whose path is, for the whole session"};
+  }
+  if (const auto trouble = trouble_in(*path)) {
+    return {name, State::kBroken,
+            trouble->path + " cannot be used: " + posix::error_words(trouble->error),
+            advice_for(*trouble)};
+  }
+  struct stat status {};
+  if (stat(path->c_str(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
+    return {name, State::kWorthKnowing, *path + " is open to other users",
+            "chmod 700 \"" + *path + "\", or quollctl doctor --fix"};
+  }
+  return {name, State::kGood, *path, ""};
+}
+
+Finding space(const std::string& path) {
+  constexpr std::uintmax_t kMebibyte = std::uintmax_t{1} << 20U;
+  constexpr std::uintmax_t kLittle = 100 * kMebibyte;
+  std::error_code error;
+  const fs::space_info free = fs::space(existing_part(path), error);
+  const std::string found = std::to_string(free.available / kMebibyte) + " MiB free";
+  if (error || free.available >= kLittle) {
+    return {"space", State::kGood, error ? "not known: " + error.message() : found, ""};
+  }
+  return {"space", State::kWorthKnowing, found, "make room before large files are shared"};
+}
+
+Finding locks(const std::string& container) {
+  std::error_code none;
+  for (const auto& entry : fs::directory_iterator(in_folder(container, layout::locks), none)) {
+    const auto holder = posix::lock_holder(entry.path());
+    if (!holder) {
+      continue;
+    }
+    const std::string program = holder->program.empty() ? "a program" : holder->program;
+    const std::string who = holder->process == 0
+                                ? program
+                                : program + ", process " + std::to_string(holder->process) + ",";
+    return {"locks", State::kWorthKnowing, who + " holds " + entry.path().filename().string(),
+            "wait for it; if it has hung, end it: other shares wait as long"};
+  }
+  return {"locks", State::kGood, "nobody holds one", ""};
+}
+
+Finding copies() {
+  const StagedCopies copies = staged_copies();
+  if (copies.files == 0) {
+    return {"shared copies", State::kGood, "none", ""};
+  }
+  return {"shared copies", State::kGood,
+          in_words(copies) + " of the last share, until the next one, in " + copies.folder,
+          "quollctl forget removes them now"};
+}
+
+}  // namespace
+
+std::vector<Finding> check_container(bool repair) {
+  const auto folder = posix::group_containers_folder();
+  if (!folder) {
+    return {container(folder)};
+  }
+  const std::string path = in_folder(*folder, ExtensionUtilities::application_group);
+  if (repair) {
+    repair_container(path);
+  }
+  const auto holders = locks(path);  // before this program opens any
+  return {container(path), space(path), holders, copies()};
+}
+
+}  // namespace quoll::console

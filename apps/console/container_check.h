@@ -1,0 +1,14 @@
+#pragma once
+
+#include <vector>
+
+#include "apps/console/finding.h"
+
+namespace quoll::console {
+
+/// Whether a share could put files into the group container: tries to, and makes what the first
+/// share makes. With `repair` it first closes the container to other users and removes what killed
+/// shares left in it. The desktop with the share's bundle must be installed.
+[[nodiscard]] std::vector<Finding> check_container(bool repair);
+
+}  // namespace quoll::console

@@ -1,0 +1,195 @@
+#include "apps/console/receiver_check.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <filesystem>
+#include <map>
+#include <optional>
+
+#include "apps/console/operations/json.h"
+#include "apps/console/session_environment.h"
+#include "quoll/linux/gio/applications.h"
+#include "quoll/linux/gio/launcher.h"
+#include "quoll/linux/gio/mail_clients.h"
+#include "quoll/linux/posix/subprocess.h"
+
+namespace quoll::console {
+
+namespace {
+
+namespace fs = std::filesystem;
+using State = Finding::State;
+using gio::ApplicationLookup;
+
+constexpr std::chrono::milliseconds kTimeOut{5000};
+constexpr const char* kName = "mail application";
+
+bool is_compose(const fs::path& program) {
+  return program.filename() == "quoll-compose";
+}
+
+/// True when the program that has the name on the bus, or else the one that the bus would start, is
+/// `quoll-compose`.
+bool is_compose_on_bus(const ApplicationLookup& lookup) {
+  if (!lookup.is_running) {
+    return is_compose(lookup.service_program);
+  }
+  std::error_code unknown;
+  return is_compose(fs::read_symlink("/proc/" + std::to_string(lookup.process) + "/exe", unknown));
+}
+
+Finding session_bus(const ApplicationLookup& lookup) {
+  if (lookup.bus_trouble.empty()) {
+    return {"session bus", State::kGood, "it answers", ""};
+  }
+  return {"session bus", lookup.has_entry ? State::kWorthKnowing : State::kBroken,
+          "there is none: " + lookup.bus_trouble,
+          "log in to a desktop session, or start the program by dbus-run-session"};
+}
+
+/// What the bus would start for a share, by what is known of it.
+Finding startable(const std::string& application, const ApplicationLookup& lookup) {
+  const std::string& program = lookup.service_program;
+  const std::string name = fs::path(program).filename();
+  if (!program.empty() && !gio::is_program(program)) {
+    return {kName, State::kBroken,
+            application + " cannot be started: its program " + program + " is missing",
+            "install the application again"};
+  }
+  if (name == "false" || name == "true") {
+    return {kName, State::kBroken,
+            application + " is switched off: its service file starts " + program,
+            "remove the dbus-1/services/" + application + ".service that says so"};
+  }
+  return {kName, State::kGood, application + " is started when it is needed", ""};
+}
+
+/// What to do when `quoll-compose` did not answer well.
+std::string advice_for(const ApplicationLookup& before, const ApplicationLookup& now) {
+  if (!now.is_running) {
+    return "install quoll-compose again; " +
+           (before.service_program.empty() ? "quoll-compose" : before.service_program) +
+           " --check says more";
+  }
+  return "see that what is named is yours and can be written; if it did not answer, end process " +
+         std::to_string(now.process) + ": the next share starts it anew";
+}
+
+/// Of the application's desktop entry, which a share uses when the bus does not know it.
+Finding by_entry(const std::string& application, const ApplicationLookup& lookup) {
+  if (!lookup.has_entry) {
+    return lookup.is_entry_broken
+               ? Finding{kName, State::kBroken,
+                         application + ".desktop is damaged, or its program is missing",
+                         "install the application again"}
+               : Finding{kName, State::kBroken, "no application answers to " + application,
+                         "install the mail application or quoll-compose"};
+  }
+  const std::string found =
+      application + " is started by its desktop entry, which takes URLs up to 131071 bytes";
+  if (!is_compose(lookup.entry_program)) {
+    return {kName, State::kGood, found, ""};
+  }
+  constexpr std::size_t kMost = 4096;
+  const auto said =
+      posix::run_program({lookup.entry_program, "--check"}, kMost, gio::kOpeningTimeOut,
+                         std::chrono::steady_clock::now() + gio::kOpeningTimeOut);
+  if (said.end == posix::ProgramAnswer::End::kWell) {
+    return {kName, State::kGood, found, ""};
+  }
+  return {kName, State::kBroken,
+          said.complaint.empty() ? lookup.entry_program + " does not work" : said.complaint,
+          "install quoll-compose again, if nothing else is named"};
+}
+
+/// Has `quoll-compose` answer on the bus; none when the bus does not know it.
+std::optional<Finding> by_bus(const std::string& application, const ApplicationLookup& lookup) {
+  const auto answer = gio::activate_application(application, gio::kOpeningTimeOut);
+  if (!answer.is_there) {
+    return std::nullopt;
+  }
+  if (answer.failure) {
+    return Finding{kName, State::kBroken, *answer.failure,
+                   advice_for(lookup, gio::look_up_application(application, kTimeOut))};
+  }
+  return Finding{kName, State::kGood, application + " is quoll-compose, and can keep drafts", ""};
+}
+
+/// The drafts that `quoll-compose` has, a number for each state.
+Finding drafts(const std::string& program) {
+  constexpr std::size_t kMost = std::size_t{16} << 20U;
+  const auto said = posix::run_program({program, "--list", "--json"}, kMost, kTimeOut,
+                                       std::chrono::steady_clock::now() + kTimeOut);
+  const Json list = Json::parse(said.output, nullptr, false);
+  if (said.end != posix::ProgramAnswer::End::kWell || !list.is_array()) {
+    return {"drafts", State::kWorthKnowing, "not known: " + program + " does not list them",
+            "see quoll-compose --list"};
+  }
+  std::map<std::string, std::size_t> numbers;
+  for (const Json& draft : list) {
+    const std::string state = draft.value("state", "");
+    ++numbers[state.substr(0, state.find(':'))];
+  }
+  std::string found;
+  for (const auto& [state, number] : numbers) {
+    found += (found.empty() ? "" : ", ") + std::to_string(number) + " " + state;
+  }
+  return {"drafts", State::kGood, found.empty() ? "none" : found,
+          found.empty() ? "" : "quoll-compose --list shows them"};
+}
+
+Finding mail_client() {
+  const std::string name = "mail client";
+  const gio::ChosenMailClient chosen = gio::chosen_mail_client();
+  if (!chosen.client) {
+    return {name, State::kWorthKnowing, "no program is the default for mail",
+            "choose one in the settings; quoll-compose keeps drafts and shows them until then"};
+  }
+  const gio::MailClient& client = *chosen.client;
+  if (!chosen.gone.empty()) {
+    return {name, State::kWorthKnowing,
+            chosen.gone + " was chosen and is not there; drafts go to " + client.id,
+            "quoll-compose --clients lists those that are there, --client NAME chooses one"};
+  }
+  if (client.way == gio::DraftWay::kNone) {
+    return {name, State::kWorthKnowing, client.id + " cannot be given a draft",
+            "open or import the drafts that quoll-compose keeps, or choose another by "
+            "quoll-compose --client NAME"};
+  }
+  if (!client.reads_files()) {
+    return {name, State::kWorthKnowing,
+            client.id + " is in a sandbox that no attachment of a draft reaches",
+            "open or import the drafts that quoll-compose keeps for it"};
+  }
+  return {name, State::kGood, client.id, ""};
+}
+
+}  // namespace
+
+std::vector<Finding> check_receiver(const std::string& application) {
+  const auto lookup = gio::look_up_application(application, kTimeOut);
+  std::vector<Finding> findings{session_bus(lookup)};
+  const bool is_on_bus = lookup.is_running || lookup.is_startable;
+  if (is_on_bus && !is_compose_on_bus(lookup)) {
+    findings.push_back(lookup.is_running
+                           ? Finding{kName, State::kGood, application + " is running", ""}
+                           : startable(application, lookup));
+    return findings;
+  }
+  const auto on_bus = is_on_bus ? by_bus(application, lookup) : std::nullopt;
+  findings.push_back(on_bus ? *on_bus : by_entry(application, lookup));
+  if (findings.back().state == State::kBroken || (!on_bus && !is_compose(lookup.entry_program))) {
+    return findings;
+  }
+  if (const int process = gio::look_up_application(application, kTimeOut).process) {
+    findings.push_back(compare_environment(process));
+  }
+  findings.push_back(mail_client());
+  findings.push_back(
+      drafts(on_bus && !lookup.service_program.empty() ? lookup.service_program : "quoll-compose"));
+  return findings;
+}
+
+}  // namespace quoll::console

@@ -1,0 +1,86 @@
+// quollctl forget: what shares leave behind is removed, and no share loses its files by that.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "quoll/linux/posix/unique_fd.h"
+#include "tests/integration/share_home.h"
+
+namespace quoll::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Forget : public testing::Test {
+ protected:
+  [[nodiscard]] Ended control(const std::vector<std::string>& words) {
+    std::vector<std::string> command{QUOLLCTL};
+    command.insert(command.end(), words.begin(), words.end());
+    return run(command, home_.environment());
+  }
+
+  ShareHome home_;
+};
+
+TEST_F(Forget, TheCopiesOfTheLastShareAreRemoved) {
+  ASSERT_EQ(home_.print({home_.write("a", "12345"), home_.write("b", "x")}).status, 0);
+  const Ended told = control({"doctor"});
+  EXPECT_NE(told.output.find("shared copies"), std::string::npos);
+  EXPECT_NE(told.output.find("2 files (1 KiB) of the last share, until the next one, in " +
+                             home_.staging()),
+            std::string::npos)
+      << told.output;
+  EXPECT_NE(told.output.find("-> quollctl forget removes them now"), std::string::npos);
+  const Ended ended = control({"forget"});
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_EQ(ended.output, "2 files (1 KiB) removed\n");
+  EXPECT_EQ(ended.errors, "");
+  EXPECT_TRUE(fs::is_empty(home_.staging()));
+  EXPECT_EQ(control({"forget", "--json"}).output, "{\"removed\":0,\"bytes\":0}\n");
+  EXPECT_EQ(control({"forget"}).output, "there was nothing\n");
+}
+
+TEST_F(Forget, WhatAKilledShareLeftGoesToo) {
+  fs::create_directories(home_.container() + "/.incoming/.quoll-incoming-1/1");
+  fs::create_directories(home_.container() + "/.incoming/another's");
+  EXPECT_EQ(control({"forget"}).status, 0);
+  EXPECT_FALSE(fs::exists(home_.container() + "/.incoming/.quoll-incoming-1"));
+  EXPECT_TRUE(fs::exists(home_.container() + "/.incoming/another's"));
+}
+
+/// While somebody holds this lock, the files stay.
+void expect_to_wait_for(const ShareHome& home, const Environment& environment,
+                        const std::string& lock) {
+  SCOPED_TRACE(lock);
+  fs::create_directories(home.container() + "/.locks");
+  const std::string path = home.container() + "/.locks/" + lock;
+  posix::UniqueFd held(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  ASSERT_EQ(flock(held.get(), LOCK_EX), 0);
+  Process forget({QUOLLCTL, "forget"}, environment);
+  EXPECT_TRUE(waits_for_lock(forget.id()));
+  EXPECT_TRUE(fs::exists(home.staging() + "/a"));
+  held.reset();
+  EXPECT_EQ(forget.wait(), 0);
+  EXPECT_FALSE(fs::exists(home.staging() + "/a"));
+}
+
+TEST_F(Forget, AShareThatIsUnderWayKeepsItsFiles) {
+  for (const char* lock : {"turn", "%2FSharedData%2FShare.lock"}) {
+    ASSERT_EQ(home_.print({home_.write("a", "x")}).status, 0);
+    expect_to_wait_for(home_, home_.environment(), lock);
+  }
+}
+
+TEST_F(Forget, WithoutAPlaceItSaysSo) {
+  home_.environment()["QUOLL_GROUP_CONTAINERS"] = "relative";
+  const Ended ended = control({"forget"});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.errors,
+            "quollctl: the shared folder cannot be used; quollctl doctor tells more\n");
+}
+
+}  // namespace
+}  // namespace quoll::test
