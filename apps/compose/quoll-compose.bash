@@ -15,6 +15,7 @@ _quoll_compose() {
     --show
     --clients
     --client
+    --check
     --version
     -h --help
   )

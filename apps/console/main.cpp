@@ -6,12 +6,37 @@
 #include <vector>
 
 #include "apps/console/commands.h"
+#include "apps/console/output.h"
 #include "quoll/message/command_launcher.h"
+
+namespace {
+
+constexpr const char* kExamples = R"(Examples:
+    quollctl doctor                     why did a share not arrive?
+    quollctl forget                     removes the copies of what was shared last
+    quollctl show 'quoll://compose?subject=Hi'
+    quollctl accounts --json)";
+
+/// Says in one line what is wrong with the command line, and answers the exit status.
+int wrong_usage(const CLI::App& app, int argc, char** argv, const CLI::ParseError& error) {
+  constexpr int kUsage = 2;
+  const std::string name = argc > 1 ? argv[1] : "";
+  const auto chosen = app.get_subcommands();
+  const bool is_unknown = chosen.empty() && !name.empty() && !name.starts_with('-');
+  quoll::console::complain((is_unknown ? "there is no subcommand " + name : error.what()) +
+                           "; see quollctl " +
+                           (chosen.empty() ? "" : chosen.front()->get_name() + " ") + "--help");
+  return kUsage;
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
   using quoll::console::PropertyListForm;
   namespace console = quoll::console;
   CLI::App app("Drives and explains what the share extension's library does.", "quollctl");
+  app.set_version_flag("--version", "quollctl " QUOLL_VERSION);
+  app.footer(kExamples);
   app.require_subcommand(1);
   std::function<int()> chosen;
   bool as_json = false;
@@ -93,8 +118,8 @@ int main(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    constexpr int kUsage = 2;
-    return app.exit(error) == 0 ? 0 : kUsage;
+    const bool is_asked_for = error.get_exit_code() == 0;  // help, or the version
+    return is_asked_for ? app.exit(error) : wrong_usage(app, argc, argv, error);
   }
   return chosen();
 }

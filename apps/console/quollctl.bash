@@ -4,6 +4,7 @@ _quollctl() {
   local word=${COMP_WORDS[COMP_CWORD]} offered
   local -A options=(
     [doctor]="--fix --json"
+    [forget]="--json"
     [show]="--json"
     [url]="--json"
     [accounts]="--json"
@@ -16,7 +17,7 @@ _quollctl() {
   )
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    offered="${!options[*]} -h --help"
+    offered="${!options[*]} --version -h --help"
   elif [[ ${COMP_WORDS[COMP_CWORD - 1]} == --form ]]; then
     offered="xml binary old"
   elif [[ $word == -* ]]; then

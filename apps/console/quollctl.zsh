@@ -3,6 +3,7 @@ local -a help=('(- *)'{-h,--help}'[print the options and exit]')
 local json='--json[print JSON]'
 local -a subcommands=(
   'doctor:say why shares do not arrive, and what to do'
+  'forget:remove the copies of what was shared last'
   'show:print what a quoll\:// command URL says'
   'url:take a URL apart'
   'accounts:print the shared mail accounts'
@@ -15,7 +16,7 @@ local -a subcommands=(
 )
 if ((CURRENT == 2)); then
   _describe subcommand subcommands
-  _arguments $help
+  _arguments $help '(- *)--version[print the version and exit]'
   return
 fi
 shift words
@@ -23,7 +24,7 @@ shift words
 case $words[1] in
   doctor) _arguments $help $json '--fix[do what is safe to do]' ;;
   show | url) _arguments $help $json '1:URL:_urls' ;;
-  accounts | contacts) _arguments $help $json ;;
+  accounts | contacts | forget) _arguments $help $json ;;
   date) _arguments $help $json '1:date: ' ;;
   render) _arguments $help $json '1:message:_files' ;;
   launch)

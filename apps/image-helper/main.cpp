@@ -82,6 +82,10 @@ int main(int argc, char** argv) {
       return fail(exception.what());
     }
   }
+  if (wanted == "--version") {
+    std::puts("quoll-image-helper " QUOLL_VERSION);
+    return 0;
+  }
   std::fputs("usage: quoll-image-helper size|png|tiff <IMAGE >RESULT\n", stderr);
   return 2;
 }

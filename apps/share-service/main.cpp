@@ -27,6 +27,7 @@ int main(int argc, char** argv) {
   quoll::share_service::ShareBounds bounds;
   std::int64_t share_seconds = bounds.time.count();
   CLI::App app("Shares for other programs; the session bus starts it.", "quoll-share-service");
+  app.set_version_flag("--version", "quoll-share-service " QUOLL_VERSION);
   app.add_option("--idle", idle_seconds, "end after so many idle seconds")
       ->check(CLI::Range(0.0, 86400.0))
       ->capture_default_str();

@@ -61,6 +61,10 @@ int share(MenuSocket& socket) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc == 2 && std::string_view(argv[1]) == "--version") {
+    std::cout << "quoll-share-purpose " QUOLL_VERSION "\n";
+    return 0;
+  }
   quoll::share::hold_standard_descriptors();
   quoll::share::close_inherited_descriptors({});
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));  // a menu that went away is no reason to end

@@ -208,7 +208,7 @@ TEST_F(Doctor, TheMailClientThatDraftsGoTo) {
             "note: gone.desktop was chosen and is not there; drafts go to mutt.desktop");
 }
 
-TEST_F(Doctor, MenusAreLookedForWhereThereAreSuch) {
+TEST_F(Doctor, MenusAreLookedFor) {
   const std::string code =
       bus_.data_home() + "/kpackage/Purpose/it.vorlent.quoll2.share/contents/code";
   fs::create_directories(code);

@@ -1,0 +1,58 @@
+// What the programs say of themselves, and of a wrong command line.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/integration/process.h"
+
+namespace quoll::test {
+namespace {
+
+TEST(Usage, EveryProgramTellsItsVersion) {
+  const std::vector<std::pair<const char*, std::string>> programs{
+      {QUOLLCTL, "quollctl"},
+      {QUOLL_SHARE, "quoll-share"},
+      {QUOLL_SHARE_PURPOSE, "quoll-share-purpose"},
+      {QUOLL_SHARE_SERVICE, "quoll-share-service"},
+      {QUOLL_COMPOSE, "quoll-compose"},
+      {QUOLL_IMAGE_HELPER, "quoll-image-helper"},
+  };
+  for (const auto& [program, name] : programs) {
+    const Ended ended = run({program, "--version"});
+    EXPECT_EQ(ended.status, 0) << name;
+    EXPECT_EQ(ended.output, name + " " QUOLL_VERSION "\n");
+    EXPECT_EQ(ended.errors, "") << name;
+  }
+}
+
+TEST(Usage, AWrongCommandLineIsOneLine) {
+  const std::vector<std::pair<std::vector<std::string>, std::string>> rows{
+      {{"nosuch"}, "there is no subcommand nosuch; see quollctl --help"},
+      {{"nosuch", "--json"}, "there is no subcommand nosuch; see quollctl --help"},
+      {{"a\nb"}, "there is no subcommand a\\nb; see quollctl --help"},
+      {{}, "A subcommand is required; see quollctl --help"},
+      {{"show"}, "URL is required; see quollctl show --help"},
+      {{"doctor", "--nosuch"},
+       "The following argument was not expected: --nosuch; see quollctl doctor --help"},
+  };
+  for (const auto& [arguments, told] : rows) {
+    std::vector<std::string> command{QUOLLCTL};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    const Ended ended = run(command);
+    EXPECT_EQ(ended.status, 2) << told;
+    EXPECT_EQ(ended.errors, "quollctl: " + told + "\n");
+    EXPECT_EQ(ended.output, "");
+  }
+}
+
+TEST(Usage, HelpHasExamples) {
+  const Ended ended = run({QUOLLCTL, "--help"});
+  EXPECT_EQ(ended.status, 0);
+  EXPECT_NE(ended.output.find("Examples:\n    quollctl doctor "), std::string::npos)
+      << ended.output;
+}
+
+}  // namespace
+}  // namespace quoll::test
