@@ -66,17 +66,6 @@ Finding startable(const std::string& application, const ApplicationLookup& looku
   return {kName, State::kGood, application + " is started when it is needed", ""};
 }
 
-/// What to do when `quoll-compose` did not answer well.
-std::string advice_for(const ApplicationLookup& before, const ApplicationLookup& now) {
-  if (!now.is_running) {
-    return "install quoll-compose again; " +
-           (before.service_program.empty() ? "quoll-compose" : before.service_program) +
-           " --check says more";
-  }
-  return "see that what is named is yours and can be written; if it did not answer, end process " +
-         std::to_string(now.process) + ": the next share starts it anew";
-}
-
 /// Of the application's desktop entry, which a share uses when the bus does not know it.
 Finding by_entry(const std::string& application, const ApplicationLookup& lookup) {
   if (!lookup.has_entry) {
@@ -105,16 +94,24 @@ Finding by_entry(const std::string& application, const ApplicationLookup& lookup
 }
 
 /// Has `quoll-compose` answer on the bus; none when the bus does not know it.
-std::optional<Finding> by_bus(const std::string& application, const ApplicationLookup& lookup) {
+std::optional<Finding> by_bus(const std::string& application, const std::string& program) {
+  const auto deadline = std::chrono::steady_clock::now() + gio::kOpeningTimeOut;
   const auto answer = gio::activate_application(application, gio::kOpeningTimeOut);
   if (!answer.is_there) {
     return std::nullopt;
   }
-  if (answer.failure) {
-    return Finding{kName, State::kBroken, *answer.failure,
-                   advice_for(lookup, gio::look_up_application(application, kTimeOut))};
+  if (!answer.failure) {
+    return Finding{kName, State::kGood, application + " is quoll-compose, and can keep drafts", ""};
   }
-  return Finding{kName, State::kGood, application + " is quoll-compose, and can keep drafts", ""};
+  const int process = gio::look_up_application(application, kTimeOut).process;
+  const bool is_silent = std::chrono::steady_clock::now() >= deadline;
+  return Finding{
+      kName, State::kBroken, *answer.failure,
+      process == 0 ? "install quoll-compose again; " +
+                         (program.empty() ? "quoll-compose" : program) + " --check may say more"
+      : is_silent
+          ? "end process " + std::to_string(process) + ": the next share starts the program anew"
+          : "see that what is named there is yours and can be written"};
 }
 
 /// The drafts that `quoll-compose` has, a number for each state.
@@ -178,13 +175,14 @@ std::vector<Finding> check_receiver(const std::string& application) {
                            : startable(application, lookup));
     return findings;
   }
-  const auto on_bus = is_on_bus ? by_bus(application, lookup) : std::nullopt;
+  const auto on_bus = is_on_bus ? by_bus(application, lookup.service_program) : std::nullopt;
   findings.push_back(on_bus ? *on_bus : by_entry(application, lookup));
-  if (findings.back().state == State::kBroken || (!on_bus && !is_compose(lookup.entry_program))) {
-    return findings;
-  }
+  const bool is_broken = findings.back().state == State::kBroken;
   if (const int process = gio::look_up_application(application, kTimeOut).process) {
     findings.push_back(compare_environment(process));
+  }
+  if (is_broken || (!on_bus && !is_compose(lookup.entry_program))) {
+    return findings;
   }
   findings.push_back(mail_client());
   findings.push_back(

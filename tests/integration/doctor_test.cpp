@@ -5,10 +5,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 
+#include "quoll/linux/gio/applications.h"
 #include "quoll/linux/posix/unique_fd.h"
 #include "tests/integration/private_bus.h"
 
@@ -280,6 +283,46 @@ TEST_F(Doctor, WhatTheReceiverCannotDoIsSaidInItsWords) {
   const std::string found = said(doctor({"--json"}), "mail application");
   EXPECT_TRUE(found.starts_with("BROKEN: it.vorlent.quoll2 did not take the URLs: ")) << found;
   EXPECT_NE(found.find(bus_.data_home() + "/quoll-compose"), std::string::npos) << found;
+}
+
+TEST_F(Doctor, WhatTheBusDoesNotKnowOfTheHomeIsTold) {
+  const PrivateBus bus({{"HOME", std::nullopt}, {"XDG_DATA_HOME", std::nullopt}});
+  bus.add_service("it.vorlent.quoll2", QUOLL_COMPOSE " --service --idle 1");
+  Environment environment = bus.environment();
+  environment["HOME"] = bus.path("home");
+  environment["QUOLL_IMAGE_HELPER"] = QUOLL_IMAGE_HELPER;
+  const Ended ended = run({QUOLLCTL, "doctor", "--json"}, environment);
+  EXPECT_EQ(said(ended, "mail application"),
+            "BROKEN: it.vorlent.quoll2 did not take the URLs: there is no home folder to keep "
+            "drafts in; set HOME");
+  EXPECT_EQ(said(ended, "bus's environment"), "note: other than this program's: HOME");
+}
+
+// It has as long to answer as in a share, which is too long for a test.
+TEST_F(Doctor, AReceiverThatDoesNotAnswerIsNotWaitedForForEver) {
+  const ScopedEnvironment here(bus_.environment());
+  Process receiver({QUOLL_COMPOSE, "--service"}, bus_.environment());
+  while (!is_receiver_running()) {
+    usleep(1000);
+  }
+  const auto ask = [](std::chrono::milliseconds time_out) {
+    const auto answer = gio::activate_application("it.vorlent.quoll2", time_out);
+    return (answer.is_there ? "there: " : "nobody: ") + answer.failure.value_or("well");
+  };
+  EXPECT_EQ(ask(std::chrono::minutes(2)), "there: well");
+  ASSERT_EQ(kill(receiver.id(), SIGSTOP), 0);
+  EXPECT_EQ(ask(std::chrono::milliseconds(50)),
+            "there: it.vorlent.quoll2 did not answer within 50 ms");
+}
+
+TEST_F(Doctor, DraftsAreCounted) {
+  make_program("quoll-compose",
+               "case $* in *--json*) echo '[{\"state\": \"kept\"}, {\"state\": \"set aside: it is "
+               "too large\"}, {\"state\": \"kept\"}]' ;; *) exec " QUOLL_COMPOSE " \"$@\" ;; esac");
+  bus_.add_service("it.vorlent.quoll2", bus_.path("programs/quoll-compose") + " --service");
+  const Ended ended = doctor({"--json"});
+  EXPECT_EQ(said(ended, "drafts"), "good: 2 kept, 1 set aside");
+  EXPECT_EQ(advised(ended, "drafts"), "quoll-compose --list shows them");
 }
 
 TEST_F(Doctor, AHelperThatCannotStartSaysWhy) {
