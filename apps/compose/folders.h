@@ -28,7 +28,8 @@ namespace quoll::compose {
 /// Makes the folders that are missing, for this user alone. Throws `ComposeError`.
 void make_folders();
 
-/// Makes them too, and tries to write in each. Throws `ComposeError` when a draft cannot be kept.
+/// Makes them too, and tries to write where a draft is taken and kept. Throws `ComposeError` when
+/// that cannot be.
 void try_folders();
 
 }  // namespace quoll::compose

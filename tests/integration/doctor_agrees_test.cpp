@@ -66,6 +66,11 @@ class Home {
     std::ofstream(bus.path(name)) << "#!/bin/sh\n" << script << '\n';
     fs::permissions(bus.path(name), fs::perms::owner_all);
   }
+  /// For all programs.
+  void containers_are(const std::string& path) {
+    environment["QUOLL_GROUP_CONTAINERS"] = path;
+    receiver_does("export QUOLL_GROUP_CONTAINERS='" + path + "'; exec " QUOLL_COMPOSE " \"$@\"");
+  }
   void no_bus() { environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=/nowhere"; }
   void entry_starts(const std::string& program) const {
     bus.add_entry(kReceiver, "[Desktop Entry]\nType=Application\nName=M\nExec=" + program +
@@ -151,6 +156,8 @@ const std::vector<Breakage>& receivers() {
        [](Home& home) { Home::make_folder(home.drafts("taken"), kReadOnly); }},
       {"it can write nothing",
        [](Home& home) { Home::make_folder(home.drafts("drafts"), kReadOnly); }},
+      {"it can hand nothing on, and keeps it",
+       [](Home& home) { Home::make_folder(home.drafts("given"), kReadOnly); }, true},
       {"its folder is a file",
        [](Home& home) { Home::make_file(home.bus.data_home() + "/quoll-compose"); }},
       {"its folder is read-only",
@@ -194,11 +201,8 @@ const std::vector<Breakage>& containers() {
   static const std::vector<Breakage> rows{
       {"it is a file", [](Home& home) { Home::make_file(home.container("")); }},
       {"its name is not UTF-8",
-       [](Home& home) {
-         home.environment["QUOLL_GROUP_CONTAINERS"] = home.bus.path("containers/\xff");
-       }},
-      {"it has no absolute path",
-       [](Home& home) { home.environment["QUOLL_GROUP_CONTAINERS"] = "relative"; }},
+       [](Home& home) { home.containers_are(home.bus.path("containers/\xff")); }},
+      {"it has no absolute path", [](Home& home) { home.containers_are("relative"); }},
       {"it cannot be made",
        [](Home& home) { Home::make_folder(home.bus.path("containers"), kReadOnly); }},
       {"it is read-only", [](Home& home) { Home::make_folder(home.container(""), kReadOnly); }},
