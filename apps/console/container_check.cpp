@@ -82,20 +82,20 @@ std::optional<Trouble> trouble_with_locks(const std::string& container) {
 std::optional<Trouble> trouble_in(const std::string& container) {
   if (!ExtensionUtilities::GroupPath()) {
     const std::string there = existing_part(container);
-    const auto trouble = trouble_with_folder(there);
+    auto trouble = trouble_with_folder(there);
     return trouble ? trouble : Trouble{there, EACCES};
   }
-  if (const auto trouble = trouble_with_folder(container)) {
+  if (auto trouble = trouble_with_folder(container)) {
     return trouble;
   }
   const posix::BuildingFolder unfinished = posix::open_folder_for_building(container);
   if (!unfinished.fd) {
     return Trouble{unfinished.path, errno};
   }
-  if (const auto trouble = trouble_with_folder(unfinished.path)) {
+  if (auto trouble = trouble_with_folder(unfinished.path)) {
     return trouble;
   }
-  if (const auto trouble = trouble_with_locks(container)) {
+  if (auto trouble = trouble_with_locks(container)) {
     return trouble;
   }
   const std::string data = in_folder(container, ExtensionUtilities::GroupFolderName());
@@ -103,7 +103,7 @@ std::optional<Trouble> trouble_in(const std::string& container) {
   if (!fs::exists(fs::symlink_status(data, error))) {
     return std::nullopt;
   }
-  if (const auto trouble = trouble_with_folder(data)) {
+  if (auto trouble = trouble_with_folder(data)) {
     return trouble;
   }
   // A share replaces the staging folder, unless it is another user's and something is in it.
@@ -147,7 +147,7 @@ Finding container(const std::optional<std::string>& path) {
     return {name, State::kBroken, "its path is not UTF-8: " + *path,
             "let QUOLL_GROUP_CONTAINERS name a folder whose path is, for the whole session"};
   }
-  if (const auto trouble = trouble_in(*path)) {
+  if (auto trouble = trouble_in(*path)) {
     return {name, State::kBroken,
             trouble->path + " cannot be used: " + posix::error_words(trouble->error),
             advice_for(*trouble)};

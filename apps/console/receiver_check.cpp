@@ -126,8 +126,7 @@ Finding drafts(const std::string& program) {
   }
   std::map<std::string, std::size_t> numbers;
   for (const Json& draft : list) {
-    const std::string state = draft.value("state", "");
-    ++numbers[state.substr(0, state.find(':'))];
+    ++numbers[draft.value("state", "")];
   }
   std::string found;
   for (const auto& [state, number] : numbers) {

@@ -316,9 +316,11 @@ TEST_F(Doctor, AReceiverThatDoesNotAnswerIsNotWaitedForForEver) {
 }
 
 TEST_F(Doctor, DraftsAreCounted) {
-  make_program("quoll-compose",
-               "case $* in *--json*) echo '[{\"state\": \"kept\"}, {\"state\": \"set aside: it is "
-               "too large\"}, {\"state\": \"kept\"}]' ;; *) exec " QUOLL_COMPOSE " \"$@\" ;; esac");
+  make_program(
+      "quoll-compose",
+      "case $* in *--json*)\n"
+      "echo '[{\"state\": \"kept\"}, {\"state\": \"set aside\"}, {\"state\": \"kept\"}]' ;;\n"
+      "*) exec " QUOLL_COMPOSE " \"$@\" ;; esac");
   bus_.add_service("it.vorlent.quoll2", bus_.path("programs/quoll-compose") + " --service");
   const Ended ended = doctor({"--json"});
   EXPECT_EQ(said(ended, "drafts"), "good: 2 kept, 1 set aside");
