@@ -132,8 +132,12 @@ Finding drafts(const std::string& program) {
   for (const auto& [state, number] : numbers) {
     found += (found.empty() ? "" : ", ") + std::to_string(number) + " " + state;
   }
-  return {"drafts", State::kGood, found.empty() ? "none" : found,
-          found.empty() ? "" : "quoll-compose --list shows them"};
+  if (found.empty()) {
+    return {"drafts", State::kGood, "none", ""};
+  }
+  return {"drafts", State::kGood,
+          found + "; given ones go after 7 days, set aside ones after 30, the others stay",
+          "quoll-compose --list shows them"};
 }
 
 Finding mail_client() {

@@ -323,7 +323,9 @@ TEST_F(Doctor, DraftsAreCounted) {
       "*) exec " QUOLL_COMPOSE " \"$@\" ;; esac");
   bus_.add_service("it.vorlent.quoll2", bus_.path("programs/quoll-compose") + " --service");
   const Ended ended = doctor({"--json"});
-  EXPECT_EQ(said(ended, "drafts"), "good: 2 kept, 1 set aside");
+  EXPECT_EQ(said(ended, "drafts"),
+            "good: 2 kept, 1 set aside; given ones go after 7 days, set aside ones after 30, the "
+            "others stay");
   EXPECT_EQ(advised(ended, "drafts"), "quoll-compose --list shows them");
 }
 
