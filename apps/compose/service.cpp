@@ -3,6 +3,7 @@
 #include <glib-unix.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <iostream>
 #include <optional>
@@ -16,21 +17,31 @@
 #include "apps/compose/taker.h"
 #include "quoll/container/group_container.h"
 #include "quoll/linux/gio/application_service.h"
+#include "quoll/linux/gio/left_out.h"
 #include "quoll/linux/posix/temporary_item.h"
 #include "quoll/platform/log.h"
 
 namespace quoll::compose {
 namespace {
 
-constexpr const char* kLeftOutError = "it.vorlent.quoll2.Error.LeftOut";
-
-/// Whether the sender asked to be told what was left out.
-bool wants_report(GDBusMethodInvocation* call) {
+/// Whether the sender has put this wish into the platform data.
+bool wants(GDBusMethodInvocation* call, const char* wish) {
   const gio::VariantHandle platform_data(
       g_variant_get_child_value(g_dbus_method_invocation_get_parameters(call), 1));
   gboolean wanted = FALSE;
-  return g_variant_lookup(platform_data.get(), "quoll-report", "b", &wanted) != FALSE &&
-         wanted != FALSE;
+  return g_variant_lookup(platform_data.get(), wish, "b", &wanted) != FALSE && wanted != FALSE;
+}
+
+/// Says that the drafts were taken. The error is the only answer to `Open` that can say more.
+void answer(GDBusMethodInvocation* call, const std::vector<TakenDraft>& drafts) {
+  const bool is_whole =
+      std::ranges::all_of(drafts, [](const TakenDraft& draft) { return draft.left_out().empty(); });
+  if (wants(call, is_whole ? "quoll-draft" : "quoll-report")) {
+    g_dbus_method_invocation_return_dbus_error(
+        call, is_whole ? gio::kTakenError : gio::kLeftOutError, report_of(drafts).c_str());
+  } else {
+    g_dbus_method_invocation_return_value(call, nullptr);
+  }
 }
 
 class Service final : public gio::ApplicationService {
@@ -61,12 +72,7 @@ class Service final : public gio::ApplicationService {
       notifications_.add(notification_of_refusal(exception.what()));  // a browser ignores the error
       return;
     }
-    const std::string report = wants_report(call) ? report_of(drafts) : "";
-    if (report.empty()) {
-      g_dbus_method_invocation_return_value(call, nullptr);
-    } else {
-      g_dbus_method_invocation_return_dbus_error(call, kLeftOutError, report.c_str());
-    }
+    answer(call, drafts);
     thread_->add(std::move(drafts), tokens);
   }
 

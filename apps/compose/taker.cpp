@@ -239,9 +239,6 @@ std::string report_of(const std::vector<TakenDraft>& drafts) {
   std::string report;
   for (const TakenDraft& draft : drafts) {
     const LeftOutFiles files = draft.left_out();
-    if (files.empty()) {
-      continue;
-    }
     report += (report.empty() ? "" : "\n\n") + foundation::printable(message_file(draft.name()));
     for (const LeftOut& file : files.named) {
       report += "\n" + foundation::printable(file.name, kLongestName) + ": " + file.reason;

@@ -5,7 +5,6 @@
 #include "apps/share/exit_code.h"
 #include "apps/share/notify.h"
 #include "apps/share/request/arguments.h"
-#include "apps/share/request/clipboard.h"
 #include "apps/share/request/descriptors.h"
 #include "apps/share/share_program.h"
 
@@ -16,13 +15,9 @@ namespace {
 int share(Arguments& arguments) {
   close_inherited_descriptors(arguments.request);
   const auto run_here = [&] {
-    const auto reason = arguments.clipboard ? add_clipboard(arguments.request) : std::nullopt;
-    if (reason) {
-      std::cerr << "not opened: the clipboard: " << *reason << '\n';
-      return static_cast<int>(ExitCode::kNotOpened);
-    }
     return run_share(std::move(arguments.request),
                      {.print = arguments.print,
+                      .json = arguments.json,
                       .verbose = arguments.verbose,
                       .progress = nullptr,
                       .tell = [](const std::string& told) { std::cerr << told; }});

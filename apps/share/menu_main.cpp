@@ -43,6 +43,7 @@ int share(MenuSocket& socket) {
   return quoll::share::run_share(
       std::move(*request),
       {.print = false,
+       .json = false,
        .verbose = false,
        .progress =
            [&](std::size_t answered, std::size_t items) {

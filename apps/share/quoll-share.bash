@@ -18,6 +18,7 @@ _quoll_share() {
     --descriptor
     --clipboard
     --print
+    --json
     --verbose
     --notify
     --version

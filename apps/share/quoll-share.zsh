@@ -6,8 +6,9 @@ _arguments -S \
   {-0,--null}'[read more items, each ended by a zero byte]' \
   '*--descriptor[the bytes of an open descriptor, as a file]:number: ' \
   '--clipboard[share what the clipboard holds]' \
-  '--print[print the command URL instead of opening it]' \
-  '--verbose[write the log to standard error too]' \
+  '(--json)--print[print the command URL instead of opening it]' \
+  '(--print)--json[print what came of it for programs, as JSON]' \
+  '--verbose[write each step and its time to standard error]' \
   '--notify[show on the desktop what went wrong]' \
   '(- *)--version[print the version and exit]' \
   '(- *)'{-h,--help}'[print the options and exit]' \

@@ -1,24 +1,26 @@
 #pragma once
 
+#include <chrono>
 #include <ostream>
 #include <string>
-#include <vector>
 
-#include "apps/share/exit_code.h"
-#include "apps/share/request/selection.h"
-#include "quoll/platform/log.h"
-#include "quoll/recording/event.h"
+#include "apps/share/result.h"
 
+/// What came of a share, for each kind of reader.
 namespace quoll::share {
 
-/// Writes what came of a share to `out`, for people: a line for each thing that was left out, one
-/// when the shared folder could not be prepared, and one when nothing was opened; nothing for a
-/// share that arrived whole. `events` are those of the share, without those of its items.
-[[nodiscard]] ExitCode report(const Selection& selection,
-                              const std::vector<recording::Event>& events, std::ostream& out);
+/// For people: a line for each thing that was left out, one when the shared folder could not be
+/// prepared, and one when nothing was opened; nothing for a share that arrived whole.
+void report(const ShareResult& result, std::ostream& out);
 
-/// An event of the log in words for people: of its error only the innermost cause ("permission
-/// denied"), without an error the event's text. One line, ready for a terminal.
-[[nodiscard]] std::string plain_reason(const platform::LogEvent& event);
+/// For people at a terminal: where the draft of a share that was opened is.
+[[nodiscard]] std::string where_it_went(const ShareResult& result);
+
+/// For the system log, which others may read: counts, kinds, sizes and reasons; no
+/// names of what is shared, no title and no text.
+[[nodiscard]] std::string log_line(const ShareResult& result, std::chrono::milliseconds time);
+
+/// For programs: one JSON object on one line, as the man page describes it.
+[[nodiscard]] std::string as_json(const ShareResult& result, std::chrono::milliseconds time);
 
 }  // namespace quoll::share

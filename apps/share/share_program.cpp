@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -11,18 +12,21 @@
 #include <string>
 
 #include "apps/sandbox/confine.h"
-#include "apps/share/echoing_log.h"
 #include "apps/share/identifier.h"
 #include "apps/share/print_workspace.h"
 #include "apps/share/report.h"
+#include "apps/share/request/clipboard.h"
+#include "apps/share/result.h"
 #include "apps/share/run.h"
 #include "apps/share/staging_lock.h"
+#include "apps/share/steps.h"
 #include "quoll/container/group_container.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/gio/launcher.h"
 #include "quoll/linux/image_helper/images.h"
 #include "quoll/linux/posix/coordinator.h"
+#include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/files.h"
 #include "quoll/linux/posix/group_containers.h"
 #include "quoll/linux/posix/installed_file.h"
@@ -55,7 +59,7 @@ void refuse_unusable_container() {
   const auto folder = posix::group_containers_folder();
   if (folder && !foundation::is_utf8(*folder)) {
     throw std::runtime_error("the shared folder cannot be used: its path is not UTF-8: " +
-                             foundation::printable(*folder));
+                             foundation::printable(*folder) + "; name another folder");
   }
 }
 
@@ -80,12 +84,8 @@ sandbox::Confinement needs_of(const Selection& selection,
 /// thread. With `with_html` the reader of HTML is loaded, because a confined process cannot load
 /// it.
 std::shared_ptr<CountingQueue> install_desktop(std::shared_ptr<platform::NSWorkspace> workspace,
-                                               const std::string& image_helper, bool with_html,
-                                               bool is_verbose) {
-  auto log = posix::make_system_log("quoll-share");
-  if (is_verbose) {
-    log = make_echoing_log(std::move(log));
-  }
+                                               std::shared_ptr<platform::Log> log,
+                                               const std::string& image_helper, bool with_html) {
   platform::Desktop desktop = recording::recorded({
       .bundle = posix::make_program_bundle(
           kIdentifier, posix::installed_file(posix::InstalledFolder::kData, "Info.plist"),
@@ -114,44 +114,108 @@ bool is_busy(const Selection& selection) {
   });
 }
 
-/// Reports what came of the share, removes its received files and answers the exit code. While a
-/// thread still works on an item, it ends the program without destroying what the thread uses.
-int end(Selection& selection, const std::vector<recording::Event>& events,
-        const ShareSettings& settings) {
-  std::ostringstream told;
-  const ExitCode code = report(selection, events, told);
-  settings.tell(told.str());
+/// One share from its request to the report.
+class Share {
+ public:
+  explicit Share(const ShareSettings& settings)
+      : settings_(settings), steps_(std::make_shared<Steps>(settings.verbose)) {}
+
+  int run(ShareRequest request);
+  int fail(const std::string& reason) { return tell(failed_share(reason)); }
+
+ private:
+  std::shared_ptr<CountingQueue> begin(bool with_html);
+  int end(Selection& selection, const std::vector<recording::Event>& events);
+  int tell(const ShareResult& result);
+
+  const ShareSettings& settings_;
+  std::shared_ptr<const Steps> steps_;
+  std::shared_ptr<platform::Log> log_ = posix::make_system_log("quoll-share");
+  std::shared_ptr<gio::LauncherWorkspace> launcher_;  ///< null with `print`
+  std::string image_helper_ = image_helper::helper_path();
+};
+
+int Share::run(ShareRequest request) {
+  if (const auto reason = request.has_clipboard ? add_clipboard(request) : std::nullopt) {
+    return fail("the clipboard: " + *reason + "; copy it again, or share the file");
+  }
+  refuse_unusable_container();
+  const auto background = begin(request.html.has_value());
+  const std::optional<std::string> container = prepare_container();
+  steps_->tell(container ? "the shared folder is " + *container : "there is no shared folder");
+  Selection selection = make_selection(std::move(request), container);
+  steps_->tell("what was given is read: " + std::to_string(selection.items.size()) + " items, " +
+               std::to_string(selection.left_out.size()) + " left out");
+  if (selection.empty()) {
+    return end(selection, {});
+  }
+  sandbox::confine(needs_of(selection, container, image_helper_));
+  steps_->tell("the program has confined itself");
+  const StagingLock lock = lock_staging();
+  steps_->tell(lock ? "it is this share's turn" : "there is no lock to wait for");
+  const auto events = share::run<ShareViewController>(selection, *background, settings_.progress);
+  return end(selection, events);
+}
+
+/// Starts the launcher and installs the desktop.
+std::shared_ptr<CountingQueue> Share::begin(bool with_html) {
+  if (!settings_.print) {
+    launcher_ = gio::start_launcher({.urls = "quoll://compose?", .most_urls = 1});
+    steps_->tell("the launcher is started");
+  }
+  // A write to a reader that went away then fails like any other write. The launcher has started
+  // before, or the applications that it starts would inherit this.
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  return install_desktop(
+      make_telling_workspace(launcher_ ? launcher_ : make_print_workspace(STDOUT_FILENO), steps_),
+      make_telling_log(log_, steps_), image_helper_, with_html);
+}
+
+/// Tells what came of the share and removes its received files. While a thread still works on an
+/// item, it ends the program without destroying what the thread uses.
+int Share::end(Selection& selection, const std::vector<recording::Event>& events) {
+  ShareResult result = result_of(selection, events);
+  if (!launcher_) {
+    result.application = "standard output";
+  } else if (result.is_opened) {
+    result.draft = launcher_->draft();
+    for (auto& [name, reason] : launcher_->left_out()) {
+      result.left_out.push_back({std::move(name), std::move(reason), "the application says why"});
+    }
+  }
+  const int code = tell(result);
   selection.received_files.reset();
   if (is_busy(selection)) {
-    _exit(static_cast<int>(code));
+    _exit(code);
   }
-  return static_cast<int>(code);
+  return code;
+}
+
+int Share::tell(const ShareResult& result) {
+  const auto time = steps_->elapsed();
+  const std::string line = log_line(result, time);
+  log_->write({line});
+  steps_->tell(line);
+  if (settings_.json) {
+    static_cast<void>(posix::write_all(STDOUT_FILENO, as_json(result, time) + "\n"));
+  } else if (result.is_opened && !settings_.print && isatty(STDERR_FILENO) == 1) {
+    static_cast<void>(posix::write_all(STDERR_FILENO, where_it_went(result) + "\n"));
+  }
+  std::ostringstream told;
+  report(result, told);
+  settings_.tell(told.str());
+  return static_cast<int>(result.code());
 }
 
 }  // namespace
 
 int run_share(ShareRequest request, const ShareSettings& settings) {
-  refuse_unusable_container();
-  const auto launcher =
-      settings.print ? nullptr : gio::start_launcher({.urls = "quoll://compose?", .most_urls = 1});
-  // A write to a reader that went away then fails like any other write. The launcher has started
-  // before, or the applications that it starts would inherit this.
-  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
-  const std::string image_helper = image_helper::helper_path();
-  const auto background = install_desktop(launcher ? launcher : make_print_workspace(STDOUT_FILENO),
-                                          image_helper, request.html.has_value(), settings.verbose);
-  const std::optional<std::string> container = prepare_container();
-  Selection selection = make_selection(std::move(request), container);
-  if (selection.empty()) {
-    return end(selection, {}, settings);
+  Share share(settings);
+  try {
+    return share.run(std::move(request));
+  } catch (const std::exception& exception) {
+    return share.fail(exception.what());
   }
-  sandbox::confine(needs_of(selection, container, image_helper));
-  const StagingLock lock = lock_staging();
-  const auto events = run<ShareViewController>(selection, *background, settings.progress);
-  for (auto& [name, reason] : launcher ? launcher->left_out() : std::vector<gio::LeftOut>()) {
-    selection.left_out.push_back({std::move(name), std::move(reason)});
-  }
-  return end(selection, events, settings);
 }
 
 }  // namespace quoll::share

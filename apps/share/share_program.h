@@ -12,7 +12,9 @@ namespace quoll::share {
 struct ShareSettings {
   /// The command URL goes to standard output and is not opened.
   bool print = false;
-  /// The log goes to standard error too.
+  /// What came of the share goes to standard output, for a program.
+  bool json = false;
+  /// The steps and the log go to standard error too.
   bool verbose = false;
   /// Null: a person at a terminal is told.
   Progress progress;
@@ -20,8 +22,9 @@ struct ShareSettings {
   std::function<void(const std::string& told)> tell;
 };
 
-/// Shares what was asked for as one draft and answers the exit code. When an item is still being
-/// read at the end, it ends the program itself.
+/// Shares what was asked for as one draft and answers the exit code, also of a share that failed.
+/// One line of the system log tells what came of it, and so does one at a terminal. When an item is
+/// still being read at the end, it ends the program itself.
 ///
 /// To be called once, while there is one thread: it starts the launcher, installs the desktop and
 /// confines the process.

@@ -1,5 +1,7 @@
 #include "apps/share/shared_item.h"
 
+#include <sys/stat.h>
+
 #include <exception>
 
 #include "quoll/platform/log.h"
@@ -26,6 +28,12 @@ void SharedItem::answer(const CompletionHandler& handler) {
     handler(value_, std::nullopt);
   } catch (const std::exception& exception) {
     platform::log("loadItemForTypeIdentifier %@", exception);
+  }
+  for (const auto& file : recording::events_of_kind<recording::WrittenFile>(events())) {
+    struct stat status {};  // taken now: the receiver may move the file
+    if (lstat(file.path.c_str(), &status) == 0) {
+      bytes_ = static_cast<std::uint64_t>(status.st_size);
+    }
   }
   state_ = State::kAnswered;
 }

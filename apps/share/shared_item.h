@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -32,6 +33,8 @@ class SharedItem final : public platform::NSItemProvider,
   [[nodiscard]] const foundation::Value& value() const { return value_; }
 
   [[nodiscard]] State state() const { return state_; }
+  /// The size of the file that was staged for it; 0 when none was.
+  [[nodiscard]] std::uint64_t bytes() const { return bytes_; }
   /// What was logged and written while the extension worked on the item.
   [[nodiscard]] std::vector<recording::Event> events() const { return recorder_->events(); }
 
@@ -42,6 +45,7 @@ class SharedItem final : public platform::NSItemProvider,
   std::string type_;
   foundation::Value value_;
   std::atomic<State> state_ = State::kNotAsked;
+  std::atomic<std::uint64_t> bytes_ = 0;
   std::shared_ptr<recording::EventRecorder> recorder_ =
       std::make_shared<recording::EventRecorder>();
 };

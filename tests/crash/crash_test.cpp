@@ -138,7 +138,7 @@ TEST(Failed, WhatWentWrongIsTold) {
        "watched: "
        "Too many open files\n"},
       {"no socket to the launcher", SYS_socketpair, EMFILE, 1,
-       "not opened: the launcher could not be started\n"},
+       "not opened: the launcher could not be started; quollctl doctor tells more\n"},
       {"no copies inside the file system", SYS_copy_file_range, EIO, 0, ""},
       {"no folder for bytes without a file", SYS_mkdirat, EIO, 3,
        "left out: data:,first: it cannot be kept in a temporary file: input/output error\n"},

@@ -1,6 +1,6 @@
 # The sandbox of quoll-share (docs/security.md).
 set(main apps/share/share_program.cpp)
-set(confined "sandbox::confine(needs_of(selection, container, image_helper));")
+set(confined "sandbox::confine(needs_of(selection, container, image_helper_));")
 set(unconfined "static_cast<void>(&needs_of);")
 foreach(pair IN ITEMS share_is_confined:TheRunningProgramIsMarked no_tracing:NoProcessIsTraced
                       no_looking_into_processes:NoProcessIsLookedInto)
@@ -253,7 +253,7 @@ quoll_defence(receiver_ends_at_once FILE ${file}
   TAKES "_exit(0);" GIVES ""
   SHOWN_BY draft_states DraftStates.ItEndsWithinASecondAndRefusesNewCalls)
 quoll_defence(only_who_asks_is_told FILE ${file}
-  TAKES "wants_report(call) ?" GIVES "wants_report(call) || !drafts.empty() ?"
+  TAKES "return g_variant_lookup(platform_data.get(), wish" GIVES "return true || g_variant_lookup(platform_data.get(), wish"
   SHOWN_BY draft_states DraftStates.ASenderThatAsksIsToldWhatWasLeftOut)
 quoll_defence(pipe_is_not_passed_on FILE apps/compose/taken_pipe.cpp
   TAKES "unsetenv(kVariable);" GIVES ""

@@ -67,8 +67,9 @@ Told told(const Selection& selection, std::vector<Event> events, const char* url
     events.push_back(recording::OpeningAnswer{answer});
   }
   std::ostringstream out;
-  const ExitCode code = report(selection, events, out);
-  return {code, out.str()};
+  const ShareResult result = result_of(selection, events);
+  report(result, out);
+  return {result.code(), out.str()};
 }
 
 TEST(Report, WhatTheDraftHoldsDecides) {
@@ -133,7 +134,7 @@ TEST(Report, NotOpened) {
   selection.text = "x";
   EXPECT_EQ(told(selection, {}, "quoll://compose?", false).code, ExitCode::kNotOpened);
   EXPECT_EQ(told(selection, {LogEvent{"the share ended early: no memory"}}, nullptr).text,
-            "not opened: the share ended early: no memory\n");
+            "not opened: the share ended early: no memory; quollctl doctor tells more\n");
 }
 
 TEST(Report, WhatTheLaunchLoggedIsKeptApart) {
@@ -145,7 +146,8 @@ TEST(Report, WhatTheLaunchLoggedIsKeptApart) {
       LogEvent{"openURLs nobody is there",
                foundation::quoll_error(foundation::kNotOpenedError, "nobody is there")},
       recording::OpeningAnswer{false}};
-  EXPECT_EQ(told(selection, events, nullptr).text, "not opened: nobody is there\n");
+  EXPECT_EQ(told(selection, events, nullptr).text,
+            "not opened: nobody is there; quollctl doctor tells more\n");
   events.back() = recording::OpeningAnswer{true};
   EXPECT_EQ(told(selection, events, nullptr).text,
             "left out: the text: the styled text cannot be written\n");

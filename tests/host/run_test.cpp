@@ -40,9 +40,10 @@ class Run : public testing::Test {
 
   ExitCode report_of(const Selection& selection, const std::vector<recording::Event>& events) {
     std::ostringstream out;
-    const ExitCode code = report(selection, events, out);
+    const ShareResult result = result_of(selection, events);
+    report(result, out);
     told_ = out.str();
-    return code;
+    return result.code();
   }
 
   test::TemporaryFolder folder_;
@@ -87,7 +88,7 @@ TEST_F(Run, NothingToShareAsksForNothing) {
             ExitCode::kNotOpened);
   EXPECT_EQ(told_,
             "left out: /missing: no such file\n"
-            "not opened: nothing that was given can be shared\n");
+            "not opened: nothing that was given can be shared; give something that can be read\n");
   EXPECT_TRUE(workspace_->opened().empty());
   EXPECT_TRUE(log_->lines().empty()) << "the staging folder was not touched";
 }

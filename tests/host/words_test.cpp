@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <vector>
 
-#include "apps/share/report.h"
+#include "apps/share/result.h"
 
 namespace quoll::share {
 namespace {

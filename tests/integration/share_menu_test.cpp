@@ -85,7 +85,7 @@ TEST_F(ShareMenu, NothingIsShared) {
   choose();
   request(Json::object());
   EXPECT_EQ(last_word(), (Json{{"error", 100},
-                               {"errorText", "not opened: nothing that was given can be shared"}}));
+                               {"errorText", "not opened: nothing that was given can be shared; give something that can be read"}}));
 }
 
 TEST_F(ShareMenu, TheShareOutlivesTheMenu) {

@@ -269,7 +269,7 @@ TEST_F(ShareServiceWithJournal, AFailureOfOpenIsKept) {
   const std::string kept((std::istreambuf_iterator<char>(journal)), {});
   EXPECT_EQ(kept,
             "left out: /nowhere: no such file\n"
-            "not opened: nothing that was given can be shared\n");
+            "not opened: nothing that was given can be shared; give something that can be read\n");
 }
 
 TEST_F(ShareService, StartedByItselfItSharesTheClipboard) {
@@ -281,7 +281,9 @@ TEST_F(ShareService, StartedByItselfItSharesTheClipboard) {
     return run(arguments, home_.bus.environment());
   };
   const std::string told =
-      "Nothing was shared|not opened: the clipboard: there is no display, and so no clipboard";
+      "Nothing was shared|not opened: the clipboard: there is no display, and so no clipboard; "
+      "copy "
+      "it again, or share the file";
   EXPECT_EQ(call({"org.freedesktop.Application.Activate", "{}"}).status, 0);
   EXPECT_EQ(desktop.read_line(), told);
   const std::string action = "org.freedesktop.Application.ActivateAction";

@@ -140,7 +140,7 @@ TEST_F(Share, NothingThatCanBeSharedOpensNothing) {
   const Ended ended = home_.print({"/no/such/file"});
   EXPECT_EQ(ended.status, 1);
   EXPECT_EQ(ended.output, "");
-  EXPECT_TRUE(ended.errors.ends_with("not opened: nothing that was given can be shared\n"))
+  EXPECT_TRUE(ended.errors.ends_with("not opened: nothing that was given can be shared; give something that can be read\n"))
       << ended.errors;
 }
 
@@ -211,7 +211,7 @@ TEST_F(Share, StandardOutputThatCannotBeWritten) {
   const Ended ended = run({"sh", "-c", "exec \"$0\" --print https://h/ >/dev/full", QUOLL_SHARE},
                           home_.environment());
   EXPECT_EQ(ended.status, 1);
-  EXPECT_EQ(ended.errors, "not opened: the URL cannot be written: no space left on device\n");
+  EXPECT_EQ(ended.errors, "not opened: the URL cannot be written: no space left on device; quollctl doctor tells more\n");
 }
 
 TEST_F(Share, NoStandardDescriptors) {
@@ -325,7 +325,7 @@ TEST_F(Share, AContainerWhosePathIsNotUtf8IsRefused) {
   const Ended ended = home_.print({home_.write("a.txt", "x"), "https://h/"});
   EXPECT_EQ(ended.status, 1);
   EXPECT_EQ(ended.errors, "not opened: the shared folder cannot be used: its path is not UTF-8: " +
-                              home_.path("bad%FF") + "\n");
+                              home_.path("bad%FF") + "; name another folder\n");
   EXPECT_FALSE(std::filesystem::exists(folder));
 }
 
@@ -338,7 +338,7 @@ TEST_F(Share, WithoutAThreadItEndsWithAReason) {
                            QUOLL_SHARE, "--print", file},
                           home_.environment());
   EXPECT_EQ(ended.status, 1);
-  EXPECT_EQ(ended.errors, "not opened: no thread can be started\n");
+  EXPECT_EQ(ended.errors, "not opened: no thread can be started; quollctl doctor tells more\n");
   EXPECT_EQ(home_.print({file}).status, 0) << "the lock is free";
 }
 

@@ -20,6 +20,9 @@ constexpr const char* kFooter =
     "\nAn ITEM is a web link, a path, a file URL, a data: URL, or - for the bytes on standard\n"
     "input. After -- everything is an ITEM. With --null standard input is a list whose parts end\n"
     "with zero bytes: first the texts given as -, then more ITEMs.\n"
+    "\nExamples:\n"
+    "  quoll-share https://example.org/ report.pdf --title \"The report\"\n"
+    "  find . -name '*.pdf' -print0 | quoll-share --null\n"
     "\nExit status: 0 opened, 1 not opened, 2 wrong usage, 3 opened without something.";
 
 /// What no single option can check by itself; empty when the command line makes sense.
@@ -28,7 +31,7 @@ std::string complaint(const Arguments& arguments) {
   const auto& items = request.items;
   const bool is_empty = !request.text && !request.html && items.empty() &&
                         request.descriptor_items.empty() && !request.has_list;
-  if (arguments.clipboard) {
+  if (request.has_clipboard) {
     return is_empty ? "" : "with --clipboard nothing else is shared";
   }
   if (is_empty) {
@@ -116,13 +119,16 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   auto* const html = app.add_option("--html", request.html, "Styled text, or - for standard input");
   text->excludes(html);
   app.add_flag("-0,--null", request.has_list, "Read more ITEMs, each ended by a zero byte");
-  app.add_flag("--clipboard", arguments.clipboard, "Share what the clipboard holds");
+  app.add_flag("--clipboard", request.has_clipboard, "Share what the clipboard holds");
   std::vector<std::string> descriptors;
   app.add_option("--descriptor", descriptors, "The bytes of an open descriptor, as a file")
       ->type_name("N[:TYPE[:NAME]]")
       ->allow_extra_args(false);
-  app.add_flag("--print", arguments.print, "Print the command URL instead of opening it");
-  app.add_flag("--verbose", arguments.verbose, "Write the log to standard error too");
+  auto* const print =
+      app.add_flag("--print", arguments.print, "Print the command URL instead of opening it");
+  app.add_flag("--json", arguments.json, "Print what came of it for programs, as JSON")
+      ->excludes(print);
+  app.add_flag("--verbose", arguments.verbose, "Write each step and its time to standard error");
   app.add_flag("--notify", arguments.notify, "Show on the desktop what went wrong");
   app.add_option("ITEM", request.items, "What to share");
   try {

@@ -12,8 +12,7 @@ struct Arguments {
   bool print = false;
   bool verbose = false;
   bool notify = false;
-  /// What the clipboard holds is asked for; nothing else then but a title.
-  bool clipboard = false;
+  bool json = false;
 };
 
 /// Reads the command line. When there is nothing more to do (help was shown, or what was wrong) it

@@ -15,6 +15,8 @@ namespace quoll::share {
 struct LeftOut {
   std::string what;
   std::string why;
+  /// The reason for the system log, when `why` may hold a name or another program's words.
+  std::string logged_as{};
 };
 
 /// What can be shared of a request.

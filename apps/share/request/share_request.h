@@ -35,6 +35,8 @@ struct ShareRequest {
   /// Standard input is a list of at most 256 MiB, each part of it ended by a zero byte: first the
   /// texts that are "-", in the order above, then more items.
   bool has_list = false;
+  /// What the clipboard holds is asked for; nothing else then but a title.
+  bool has_clipboard = false;
 };
 
 }  // namespace quoll::share

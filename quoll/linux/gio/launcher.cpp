@@ -56,13 +56,18 @@ class Launcher final : public LauncherWorkspace {
 
   [[nodiscard]] std::vector<LeftOut> left_out() const override {
     const std::lock_guard lock(mutex_);
-    return left_out_of(left_out_);
+    return left_out_of(report_);
+  }
+
+  [[nodiscard]] std::string draft() const override {
+    const std::lock_guard lock(mutex_);
+    return draft_in(report_);
   }
 
  private:
   FailureReason ask(const OpenRequest& request) {
     const std::lock_guard lock(mutex_);
-    left_out_.clear();
+    report_.clear();
     if (auto failure = refusal(request)) {
       return failure;
     }
@@ -79,14 +84,14 @@ class Launcher final : public LauncherWorkspace {
     if (answer->front() != kTaken) {
       return std::move(answer->back());
     }
-    left_out_ = std::move(answer->back());
+    report_ = std::move(answer->back());
     return std::nullopt;
   }
 
   mutable std::mutex mutex_;
   pid_t process_;
   posix::UniqueFd socket_;
-  std::string left_out_;  ///< as the application said it
+  std::string report_;  ///< as the application said it
 };
 
 // Gives up the terminal, pipes and files of the program, so that nobody who waits for the end of
@@ -167,7 +172,7 @@ FailureReason not_openable(const OpenRequest& request, const Openable& openable)
       result = opener.open(*request);
     }
     if (!send_fields(socket, {result.failure ? kNotTaken : kTaken,
-                              result.failure.value_or(std::move(result.left_out))})) {
+                              result.failure.value_or(std::move(result.report))})) {
       break;
     }
   }

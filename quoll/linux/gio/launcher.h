@@ -40,6 +40,9 @@ class LauncherWorkspace : public platform::NSWorkspace {
   /// What the application said that it did not take of the last URLs that it was given; empty when
   /// it said nothing. Not all applications say it. Any thread may call.
   [[nodiscard]] virtual std::vector<LeftOut> left_out() const = 0;
+  /// Where the application keeps what it made of them, in printable form; empty when it did not
+  /// say. Any thread may call.
+  [[nodiscard]] virtual std::string draft() const = 0;
 };
 
 /// Starts the launcher and answers the workspace that sends URLs to it; never null. The launcher is

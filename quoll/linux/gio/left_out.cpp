@@ -48,6 +48,12 @@ std::string read_left_out(int pipe, std::chrono::steady_clock::time_point deadli
   return bounded_left_out(std::move(text));
 }
 
+std::string draft_in(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of('\n'), text.size()));
+  return text.starts_with('/') ? foundation::printable(text.substr(0, text.find('\n')))
+                               : std::string();
+}
+
 std::vector<LeftOut> left_out_of(std::string_view text) {
   std::vector<LeftOut> all;
   bool is_path = true;

@@ -23,8 +23,8 @@ using FailureReason = std::optional<std::string>;
 /// What came of a request.
 struct OpenResult {
   FailureReason failure = std::nullopt;
-  /// What the application said that it did not take, as it said it, cut short; empty when nothing.
-  std::string left_out = {};
+  /// What the application said of what it took, as it said it, cut short; empty when nothing.
+  std::string report = {};
 };
 
 /// Why a request cannot be opened in any way: it has no URL; a URL is empty, not UTF-8 or holds a

@@ -33,8 +33,10 @@ GVariant* open_parameters(const OpenRequest& request, const ActivationTokens& to
   };
   add("activation-token", tokens.activation);
   add("desktop-startup-id", tokens.startup);
-  // Only who asks is told what was left out: to others an error would say that nothing was taken.
-  g_variant_builder_add(&platform_data, "{sv}", "quoll-report", g_variant_new_boolean(TRUE));
+  // Only who asks is told more: to others an error would say that nothing was taken.
+  for (const char* const wish : {"quoll-report", "quoll-draft"}) {
+    g_variant_builder_add(&platform_data, "{sv}", wish, g_variant_new_boolean(TRUE));
+  }
   return g_variant_new("(asa{sv})", &uris, &platform_data);
 }
 
@@ -68,9 +70,10 @@ bool says_time_out(const ErrorSlot& error) {
          error.is(G_DBUS_ERROR, G_DBUS_ERROR_TIMEOUT);
 }
 
-bool says_left_out(const ErrorSlot& error) {
+/// True for an error by which an application says what it took.
+bool is_called(const ErrorSlot& error, std::string_view wanted) {
   const TextHandle name(error ? g_dbus_error_get_remote_error(error.get()) : nullptr);
-  return name && std::string_view(name.get()) == kLeftOutError;
+  return name && name.get() == wanted;
 }
 
 bool is_application_name(const std::string& name) {
@@ -148,11 +151,12 @@ bool Opener::open_by_bus(GDBusConnection* connection, const OpenRequest& request
   ErrorSlot error;
   const VariantHandle reply(call(connection, request.application, "Open",
                                  open_parameters(request, tokens_), deadline, error));
-  if (says_left_out(error)) {
+  const bool is_left_out = is_called(error, kLeftOutError);
+  if (is_left_out || is_called(error, kTakenError)) {
     g_dbus_error_strip_remote_error(error.get());
-    result.left_out = bounded_left_out(error.message());
-    if (left_out_of(result.left_out).empty()) {
-      result.left_out = "?\nsomething: " + request.application + " does not say what";
+    result.report = bounded_left_out(error.message());
+    if (is_left_out && left_out_of(result.report).empty()) {
+      result.report = "?\nsomething: " + request.application + " does not say what";
     }
   } else if (!reply && !says_nobody_there(error)) {
     result.failure = in_words(error, request.application);
@@ -212,11 +216,10 @@ OpenResult Opener::start(GDesktopAppInfo* entry, const OpenRequest& request) con
     return {std::move(failure)};
   }
   OpenResult result;
-  result.left_out =
-      read_left_out(taken.reading.get(), std::chrono::steady_clock::now() + time_out_);
-  if (result.left_out.starts_with('\n')) {
+  result.report = read_left_out(taken.reading.get(), std::chrono::steady_clock::now() + time_out_);
+  if (result.report.starts_with('\n')) {
     result.failure = request.application + " did not take the URLs";
-  } else if (ends_badly(process) && result.left_out.empty()) {
+  } else if (ends_badly(process) && result.report.empty()) {
     result.failure = request.application + " ended before it had taken the URLs";
   }
   return result;
