@@ -44,7 +44,7 @@ bool is_called(const MailClient& client, const std::string& name) {
 
 /// Finds a client among those that open mail links, by name or identifier, or any program's entry
 /// by its identifier.
-std::optional<MailClient> client_called(const std::string& name) {
+std::optional<MailClient> found_client(const std::string& name) {
   if (!foundation::is_utf8(name)) {
     return std::nullopt;
   }
@@ -91,6 +91,18 @@ void print_clients(std::ostream& out) {
   }
 }
 
+MailClient client_called(const std::string& name) {
+  constexpr const char* kAdvice = "; quoll-compose --clients lists those that are there";
+  std::optional<MailClient> client = found_client(name);
+  if (!client) {
+    throw ComposeError("there is no mail client " + foundation::printable(name) + kAdvice);
+  }
+  if (!client->takes_drafts()) {
+    throw ComposeError(called(*client) + " takes no drafts: " + in_words(*client) + kAdvice);
+  }
+  return std::move(*client);
+}
+
 std::string choose_client(const std::string& name) {
   if (name.empty() || name == "default") {
     keep("");
@@ -98,13 +110,9 @@ std::string choose_client(const std::string& name) {
     return "Drafts go to the default for mail links" +
            (now.client ? ", " + called(*now.client) : ", which is not set") + ".";
   }
-  const std::optional<MailClient> client = client_called(name);
-  if (!client) {
-    throw ComposeError("there is no mail client " + foundation::printable(name) +
-                       "; quoll-compose --clients lists those that are there");
-  }
-  keep(client->id);
-  return "Drafts go to " + called(*client) + ": " + in_words(*client) + ".";
+  const MailClient client = client_called(name);
+  keep(client.id);
+  return "Drafts go to " + called(client) + ": " + in_words(client) + ".";
 }
 
 }  // namespace quoll::compose

@@ -2,10 +2,12 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <nlohmann/json.hpp>
 #include <string_view>
 #include <thread>
 #include <tuple>
@@ -44,6 +46,18 @@ std::string subject_for_list(const std::string& path) {
   }
 }
 
+bool exists(const std::string& path) {
+  return access(path.c_str(), F_OK) == 0;
+}
+
+std::string time_text(const ListedDraft& draft, const char* pattern) {
+  std::array<char, 32> time{};
+  std::tm local{};
+  localtime_r(&draft.time.tv_sec, &local);
+  std::strftime(time.data(), time.size(), pattern, &local);
+  return time.data();
+}
+
 void add(std::vector<ListedDraft>& drafts, ListedDraft draft, const std::string& dated) {
   struct stat status {};
   if (stat(dated.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
@@ -61,7 +75,11 @@ std::vector<ListedDraft> list_drafts() {
     const std::string path = taken_folder() + "/" + name;
     const auto reason = why_aside(name);
     add(drafts,
-        {.path = path, .state = reason ? "set aside: " + *reason : "waiting", .is_message = false},
+        {.name = name,
+         .path = path,
+         .state = reason ? "set aside" : "waiting",
+         .reason = reason.value_or(""),
+         .is_message = false},
         path + "/command");
   }
   std::vector<std::string> files;
@@ -74,7 +92,7 @@ std::vector<ListedDraft> list_drafts() {
     const bool is_taken = std::ranges::find(taken, name) != taken.end();
     if (file.ends_with(kEnding) && !file.starts_with('.') && !is_taken) {
       const std::string path = drafts_folder() + "/" + file;
-      add(drafts, {.path = path, .state = state_of(name), .is_message = true}, path);
+      add(drafts, {.name = name, .path = path, .state = state_of(name), .is_message = true}, path);
     }
   }
   std::ranges::sort(drafts, {}, [](const ListedDraft& draft) {
@@ -84,15 +102,54 @@ std::vector<ListedDraft> list_drafts() {
 }
 
 void print_line(std::ostream& out, const ListedDraft& draft) {
-  std::array<char, 32> time{};
-  std::tm local{};
-  localtime_r(&draft.time.tv_sec, &local);
-  std::strftime(time.data(), time.size(), "%Y-%m-%d %H:%M:%S", &local);
-  out << time.data() << "  " << draft.state << "  ";
+  out << foundation::printable(draft.name) << "  " << time_text(draft, "%Y-%m-%d %H:%M:%S") << "  "
+      << draft.state << (draft.reason.empty() ? "" : ": ") << draft.reason << "  ";
   if (draft.is_message) {
     out << subject_for_list(draft.path) << "  ";
   }
   out << foundation::printable(draft.path) << '\n';
+}
+
+void print_json(std::ostream& out, const std::vector<ListedDraft>& drafts) {
+  auto list = nlohmann::ordered_json::array();
+  for (const ListedDraft& draft : drafts) {
+    list.push_back({{"name", foundation::printable(draft.name)},
+                    {"time", time_text(draft, "%Y-%m-%dT%H:%M:%S%z")},
+                    {"state", draft.state},
+                    {"reason", foundation::printable(draft.reason)},
+                    {"subject", draft.is_message ? subject_for_list(draft.path) : ""},
+                    {"path", foundation::printable(draft.path)},
+                    {"written", draft.is_message}});
+  }
+  out << list.dump(2) << '\n';
+}
+
+std::string draft_called(const std::string& name, bool is_written) {
+  const bool is_name = !name.empty() && name.find('/') == std::string::npos && name[0] != '.';
+  const bool has_file = is_name && exists(message_file(name));
+  const bool is_taken = is_name && exists(taken_folder() + "/" + name);
+  if (!has_file && !is_taken) {
+    throw ComposeError("there is no draft " + foundation::printable(name) +
+                       "; quoll-compose --list names those there are");
+  }
+  if (is_written && is_taken) {
+    throw ComposeError("the draft " + name +
+                       " is not written yet; quoll-compose --list tells its state");
+  }
+  return name;
+}
+
+void delete_draft(const std::string& name) {
+  if (!exists(taken_folder() + "/" + name)) {
+    remove_written(name);
+    return;
+  }
+  auto draft = TakenDraft::lock(name);
+  if (!draft) {
+    throw ComposeError("another program works on the draft " + name + "; try again later");
+  }
+  unlink(message_file(name).c_str());  // written, and not offered to a client yet
+  draft->remove();
 }
 
 std::string newest_message_file() {

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "apps/compose/compose_error.h"
 #include "apps/compose/folders.h"
@@ -40,11 +41,15 @@ bool name_file(int file, const std::string& unfinished, const std::string& path)
          sync_folder(folder.get());
 }
 
-WritingEnd write_to(const std::string& path, const TakenDraft& draft, WriterServer& writer) {
-  const posix::UniqueFd file(
+posix::UniqueFd new_file(const std::string& path) {
+  unlink(path.c_str());  // of an attempt that was ended
+  return posix::UniqueFd(
       open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+}
+
+WritingEnd write_into(const posix::UniqueFd& file, int folder, WriterServer& writer) {
   // Opened anew: a copy of our own descriptor would hold the lock for as long as the writer lives.
-  const posix::UniqueFd taken(openat(draft.folder(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const posix::UniqueFd taken(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!file || !taken) {
     return cannot_be_kept();
   }
@@ -56,21 +61,35 @@ WritingEnd write_to(const std::string& path, const TakenDraft& draft, WriterServ
     end.fields = take_fields(file.get());
   } catch (const ComposeError& wrong) {
     end.answer = {.end = WriterEnd::kFailed, .reason = wrong.what()};
-    return end;
   }
-  return name_file(file.get(), path, message_file(draft.name())) ? end : cannot_be_kept();
+  return end;
 }
 
 }  // namespace
 
 WritingEnd write_draft(const TakenDraft& draft, WriterServer& writer) {
   const std::string path = unfinished_message_file(draft.name());
-  unlink(path.c_str());  // of an attempt that was ended
-  WritingEnd end = write_to(path, draft, writer);
+  const posix::UniqueFd file = new_file(path);
+  WritingEnd end = write_into(file, draft.folder(), writer);
+  if (end.answer.end == WriterEnd::kWritten &&
+      !name_file(file.get(), path, message_file(draft.name()))) {
+    end = cannot_be_kept();
+  }
   if (end.answer.end != WriterEnd::kWritten) {
     unlink(path.c_str());
   }
   return end;
+}
+
+DraftFields read_fields(const std::string& name, int folder, WriterServer& writer) {
+  const std::string path = unfinished_message_file(name);
+  const posix::UniqueFd file = new_file(path);
+  unlink(path.c_str());
+  WritingEnd end = write_into(file, folder, writer);
+  if (end.answer.end != WriterEnd::kWritten) {
+    throw ComposeError(end.answer.reason);
+  }
+  return std::move(end.fields);
 }
 
 }  // namespace quoll::compose

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "apps/compose/draft_fields.h"
 #include "apps/compose/taken_draft.h"
 #include "apps/compose/writer_server.h"
@@ -16,5 +18,9 @@ struct WritingEnd {
 /// when it is on the disk to stay. Another file of that name, of an earlier attempt, is replaced.
 /// Unless it was written, nothing is left.
 [[nodiscard]] WritingEnd write_draft(const TakenDraft& draft, WriterServer& writer);
+
+/// What a client is told of a draft whose command and files lie in this folder. Nothing is kept of
+/// the message file that is written for it. `name` is the draft's. Throws `ComposeError`.
+[[nodiscard]] DraftFields read_fields(const std::string& name, int folder, WriterServer& writer);
 
 }  // namespace quoll::compose

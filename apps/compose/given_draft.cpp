@@ -28,6 +28,7 @@ constexpr const char* kMark = "given";
 constexpr const char* kCopy = "copy";  // a link to a copy outside this folder
 constexpr const char* kOffered = "offered";
 constexpr const char* kText = "text.txt";
+constexpr const char* kCommand = "command";
 
 std::string folder_of(const std::string& draft) {
   return given_folder() + "/" + draft;
@@ -51,6 +52,16 @@ void remove_all_but_note(int folder) {
   }
 }
 
+/// Removes the copy that was made of a draft elsewhere. What cannot be removed, the next program
+/// tries again.
+void remove_copy(const std::string& draft) {
+  std::error_code ignored;
+  const fs::path copy = fs::read_symlink(folder_of(draft) + "/" + kCopy, ignored);
+  if (!copy.empty()) {
+    fs::remove(copy, ignored);
+  }
+}
+
 /// Removes a draft's folder when it is old enough, and the draft when it was given. Of a draft that
 /// was perhaps given, the note stays as long as the draft does.
 void sweep_one(const std::string& draft, const Moment& now) {
@@ -64,11 +75,8 @@ void sweep_one(const std::string& draft, const Moment& now) {
       age_of(mark, status, now) < kKeptFor) {
     return;
   }
-  std::error_code ignored;  // the next program tries again
-  const fs::path copy = fs::read_symlink(folder_of(draft) + "/" + kCopy, ignored);
-  if (!copy.empty()) {
-    fs::remove(copy, ignored);
-  }
+  remove_copy(draft);
+  std::error_code ignored;
   if (is_given) {
     fs::remove(message_file(draft), ignored);
   } else if (has(draft, kOffered) && fs::exists(message_file(draft), ignored)) {
@@ -79,6 +87,23 @@ void sweep_one(const std::string& draft, const Moment& now) {
 }
 
 }  // namespace
+
+GivenDraft GivenDraft::again(const std::string& draft) {
+  mkdir(folder_of(draft).c_str(), S_IRWXU);  // it may exist already
+  posix::UniqueFd folder = locked_folder(folder_of(draft));
+  if (!folder) {
+    throw ComposeError("another program works on the draft " + draft + "; try again later");
+  }
+  const bool was_offered = has(draft, kOffered);
+  if (const int error = write_small_file(folder.get(), kOffered, "")) {
+    throw ComposeError(folder_of(draft) + " cannot be written: " + std::strerror(error));
+  }
+  return {draft, std::move(folder), was_offered};
+}
+
+bool GivenDraft::has_files() const {
+  return has(name_, kCommand);
+}
 
 GivenDraft::GivenDraft(TakenDraft& taken) : name_(taken.name()), folder_(taken.move_to_given()) {}
 
@@ -103,7 +128,10 @@ void GivenDraft::name_files(const std::vector<std::string>& names) const {
 }
 
 void GivenDraft::remove_files() const {
-  static_cast<void>(posix::remove_item(folder_.get(), "files"));  // it goes with the folder else
+  // They go with the folder else. The command first: without it nobody looks for the files.
+  for (const char* const item : {kCommand, "files"}) {
+    static_cast<void>(posix::remove_item(folder_.get(), item));
+  }
 }
 
 void GivenDraft::add_text(const std::string& text) const {
@@ -122,6 +150,8 @@ std::string GivenDraft::copy_message_to(const std::string& folder) const {
     throw ComposeError(folder + " is no folder, so the draft cannot be copied there");
   }
   std::string copy = foundation::appending_path_component(folder, name_ + ".eml");
+  unlinkat(folder_.get(), kCopy, 0);
+  fs::remove(copy, error);
   fs::create_symlink(copy, folder_of(name_) + "/" + kCopy, error);
   if (error || !fs::copy_file(message_file(name_), copy, error)) {
     throw ComposeError("the draft cannot be copied into " + folder + ": " + error.message());
@@ -140,12 +170,27 @@ void GivenDraft::mark() const noexcept {
 }
 
 void GivenDraft::take_back() const noexcept {
-  unlinkat(folder_.get(), kOffered, 0);
+  if (!was_offered_) {
+    unlinkat(folder_.get(), kOffered, 0);
+  }
 }
 
 Giving giving_of(const std::string& draft) {
   return has(draft, kMark) ? Giving::kGiven
                            : (has(draft, kOffered) ? Giving::kPerhaps : Giving::kNone);
+}
+
+void remove_written(const std::string& draft) {
+  const posix::UniqueFd folder = locked_folder(folder_of(draft));
+  std::error_code error;
+  if (!folder && fs::exists(folder_of(draft), error)) {
+    throw ComposeError("another program works on the draft " + draft + "; try again later");
+  }
+  remove_copy(draft);
+  if (!fs::remove(message_file(draft), error) && error) {
+    throw ComposeError(message_file(draft) + " cannot be removed: " + error.message());
+  }
+  fs::remove_all(folder_of(draft), error);
 }
 
 void sweep_given(const Moment& now) {

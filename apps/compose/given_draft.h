@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "apps/compose/moment.h"
@@ -18,6 +19,15 @@ class GivenDraft {
   /// `mark` or `take_back`, it was perhaps given.
   explicit GivenDraft(TakenDraft& taken);
 
+  /// Opens the folder of a written draft, or makes one, to offer the draft to a client once more.
+  /// Throws `ComposeError`, also when another program works on the draft.
+  [[nodiscard]] static GivenDraft again(const std::string& draft);
+
+  [[nodiscard]] const std::string& name() const { return name_; }
+  [[nodiscard]] int folder() const { return folder_.get(); }
+  /// False when `remove_files` was called for this draft, or it was kept without a client.
+  [[nodiscard]] bool has_files() const;
+
   /// Where a file of this name will be that the draft had as its K-th, and the draft's text.
   [[nodiscard]] static std::string file_path(const std::string& draft, std::size_t k,
                                              const std::string& name);
@@ -25,23 +35,27 @@ class GivenDraft {
 
   /// Gives each file its name; nothing else of it is changed.
   void name_files(const std::vector<std::string>& names) const;
-  /// Removes the files, which are in the message file too.
+  /// Removes the command and the files, which are in the message file too.
   void remove_files() const;
   /// Writes the draft's text, with a line end at its end.
   void add_text(const std::string& text) const;
   /// Copies the message file to another folder, which is made if it is missing, and answers the
-  /// copy's path. The copy is removed when the draft is. Call it at most once for a draft.
+  /// copy's path. The copy is removed when the draft is. A copy of before is replaced.
   [[nodiscard]] std::string copy_message_to(const std::string& folder) const;
 
   /// Notes that a client has the draft since now. Without this note the draft counts as the only
   /// copy and is never removed, so a failure does no harm.
   void mark() const noexcept;
-  /// Notes that no client has taken it.
+  /// Notes that no client has taken it, unless an earlier one perhaps has.
   void take_back() const noexcept;
 
  private:
+  GivenDraft(std::string name, posix::UniqueFd folder, bool was_offered)
+      : name_(std::move(name)), folder_(std::move(folder)), was_offered_(was_offered) {}
+
   std::string name_;
   posix::UniqueFd folder_;
+  bool was_offered_ = false;
 };
 
 /// What is known of a written draft.
@@ -51,6 +65,10 @@ enum class Giving {
   kGiven,
 };
 [[nodiscard]] Giving giving_of(const std::string& draft);
+
+/// Removes a written draft with everything that was made for its clients. Throws `ComposeError`
+/// when another program works on it.
+void remove_written(const std::string& draft);
 
 /// Removes the drafts that were given to a client 7 days ago or earlier, with everything that was
 /// made for the client. Of a draft that no client is known to have, it removes what was made that

@@ -10,8 +10,10 @@
 #include <utility>
 
 #include "apps/compose/client_arguments.h"
+#include "apps/compose/client_choice.h"
 #include "apps/compose/compose_error.h"
 #include "apps/compose/draft_summary.h"
+#include "apps/compose/draft_writing.h"
 #include "apps/compose/folders.h"
 #include "apps/compose/given_draft.h"
 #include "apps/compose/waiting_files.h"
@@ -55,9 +57,9 @@ const MailClient& client_for_drafts(const gio::ChosenMailClient& chosen) {
 }
 
 /// Names for the files of a draft that the client takes by its command line.
-std::vector<std::string> names_for(const MailClient& client, const TakenDraft& draft) {
+std::vector<std::string> names_for(const MailClient& client, int folder) {
   std::vector<std::string> names;
-  for (const WaitingFile& file : waiting_files(draft.folder())) {
+  for (const WaitingFile& file : waiting_files(folder)) {
     names.push_back(name_for_client(client.way, file.name));
   }
   return names;
@@ -107,9 +109,9 @@ gio::FailureReason failure_at_once(pid_t process, const std::string& name, bool&
          "; open or import the file there";
 }
 
-/// Starts the client and marks the draft as given when that was seen; throws when it has not taken
-/// the draft.
-void start(const MailClient& client, const gio::ProgramStart& with, const GivenDraft& given) {
+/// Starts the client, and answers whether it was seen to run; throws when it has not taken the
+/// draft.
+bool start(const MailClient& client, const gio::ProgramStart& with) {
   pid_t process = 0;
   bool is_seen = false;
   gio::FailureReason failure = gio::start_program(client.entry.get(), with, &process);
@@ -119,47 +121,96 @@ void start(const MailClient& client, const gio::ProgramStart& with, const GivenD
   if (failure) {
     throw ComposeError(*failure);
   }
-  // The last step: a draft that may not have arrived must never be removed.
-  if (is_seen && !client.is_in_terminal) {
-    given.mark();
-  }
+  return is_seen && !client.is_in_terminal;
 }
 
 /// What is done once the draft lies in the folder of what clients are given.
 template <typename Prepare>
-void offer(TakenDraft& draft, const MailClient& client, gio::ProgramStart with, Prepare prepare) {
-  const GivenDraft given(draft);
+void offer(const GivenDraft& given, const MailClient& client, gio::ProgramStart with,
+           Prepare prepare) {
   try {
-    prepare(given, with);
-    start(client, with, given);
+    prepare(with);
+    if (start(client, with)) {
+      given.mark();  // the last step: a draft that may not have arrived must never be removed
+    }
   } catch (...) {
     given.take_back();
     throw;
   }
 }
 
-void give_message_file(TakenDraft& draft, const MailClient& client, gio::ProgramStart with) {
+void require_reading(const MailClient& client) {
   if (!client.reads_files()) {
     throw ComposeError(client.name +
                        " runs in a sandbox and cannot read the draft, so copy it to where " +
                        client.name + " can and open it there");
   }
-  const std::string message = message_file(draft.name());
-  offer(draft, client, std::move(with), [&](const GivenDraft& given, gio::ProgramStart& start) {
-    given.remove_files();
+}
+
+void offer_message_file(const GivenDraft& given, const MailClient& client, gio::ProgramStart with) {
+  offer(given, client, std::move(with), [&](gio::ProgramStart& start) {
     const std::string& snap = client.sandbox.snap;
-    start.uris = {uri_of(snap.empty() ? message : given.copy_message_to(folder_of_snap(snap)))};
+    start.uris = {uri_of(snap.empty() ? message_file(given.name())
+                                      : given.copy_message_to(folder_of_snap(snap)))};
   });
+}
+
+void give_message_file(TakenDraft& draft, const MailClient& client, gio::ProgramStart with) {
+  require_reading(client);
+  const GivenDraft given(draft);
+  given.remove_files();
+  offer_message_file(given, client, std::move(with));
 }
 
 void give_arguments(TakenDraft& draft, const DraftFields& fields, const MailClient& client,
                     gio::ProgramStart with) {
-  const std::vector<std::string> names = names_for(client, draft);
+  const std::vector<std::string> names = names_for(client, draft.folder());
   with.arguments = arguments_for(client, draft.name(), fields, names);
-  offer(draft, client, std::move(with), [&](const GivenDraft& given, gio::ProgramStart&) {
+  const GivenDraft given(draft);
+  offer(given, client, std::move(with), [&](gio::ProgramStart& /*start*/) {
     given.name_files(names);
     given.add_text(fields.text);
   });
+}
+
+void give_arguments_again(const GivenDraft& given, const MailClient& client, WriterServer& writer,
+                          gio::ProgramStart with) {
+  offer(given, client, std::move(with), [&](gio::ProgramStart& start) {
+    if (!given.has_files()) {
+      throw ComposeError("the files of the draft are in its message file only, which " +
+                         client.name + " does not take; quoll-compose --open " + given.name() +
+                         " opens it");
+    }
+    const DraftFields fields = read_fields(given.name(), given.folder(), writer);
+    const std::vector<std::string> names = names_for(client, given.folder());
+    start.arguments = arguments_for(client, given.name(), fields, names);
+    given.name_files(names);
+    given.add_text(fields.text);
+  });
+}
+
+void require_desktop(const std::string& draft) {
+  if (!has_desktop()) {
+    throw ComposeError("there is no desktop to open the draft on; quoll-compose --show " +
+                       message_file(draft) + " prints it");
+  }
+}
+
+/// What opens the message file of a draft: the chosen client, or what the desktop has for such
+/// files.
+MailClient opener() {
+  gio::ChosenMailClient chosen = gio::chosen_mail_client();
+  if (chosen.client && chosen.client->way == DraftWay::kMessageFile &&
+      chosen.client->reads_files() && !chosen.client->sandbox.is_any()) {
+    return std::move(*chosen.client);
+  }
+  gio::EntryHandle entry = gio::opener_of_message_files();
+  if (!entry) {
+    throw ComposeError(
+        "nothing opens message files here; quoll-compose --clients lists the mail "
+        "clients that can be chosen");
+  }
+  return gio::mail_client_of(std::move(entry));
 }
 
 // A warning when the draft is too large. The size is that of the message file, which is what will
@@ -221,6 +272,31 @@ Outcome hand_over(TakenDraft draft, const DraftFields& fields,
     draft.remove();  // nothing is there when it was offered
   }
   return outcome;
+}
+
+std::string open_message_file(const std::string& draft, const gio::ActivationTokens& tokens) {
+  require_desktop(draft);
+  const MailClient client = opener();
+  static_cast<void>(
+      start(client, {.uris = {uri_of(message_file(draft))}, .arguments = {}, .tokens = tokens}));
+  return client.name;
+}
+
+std::string give_again(const std::string& draft, const std::string& client_name,
+                       WriterServer& writer, const gio::ActivationTokens& tokens) {
+  require_desktop(draft);
+  const gio::ChosenMailClient chosen =
+      client_name.empty() ? gio::chosen_mail_client()
+                          : gio::ChosenMailClient{.client = client_called(client_name), .gone = ""};
+  const MailClient& client = client_for_drafts(chosen);
+  const gio::ProgramStart with{.uris = {}, .arguments = {}, .tokens = tokens};
+  if (client.way == DraftWay::kMessageFile) {
+    require_reading(client);
+    offer_message_file(GivenDraft::again(draft), client, with);
+  } else {
+    give_arguments_again(GivenDraft::again(draft), client, writer, with);
+  }
+  return client.name;
 }
 
 }  // namespace quoll::compose

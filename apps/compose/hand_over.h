@@ -1,8 +1,11 @@
 #pragma once
 
+#include <string>
+
 #include "apps/compose/draft_fields.h"
 #include "apps/compose/outcome.h"
 #include "apps/compose/taken_draft.h"
+#include "apps/compose/writer_server.h"
 #include "quoll/linux/gio/activation_tokens.h"
 
 namespace quoll::compose {
@@ -23,5 +26,17 @@ namespace quoll::compose {
 
 /// Keeps a draft that was written, without a client, for this reason.
 [[nodiscard]] Outcome keep(TakenDraft draft, const std::string& reason);
+
+/// Opens the message file of a draft with the chosen mail client or, when that takes none, with
+/// what the desktop opens such files with. The draft's state stays. Answers the program's name;
+/// throws `ComposeError` when none has opened it.
+[[nodiscard]] std::string open_message_file(const std::string& draft,
+                                            const gio::ActivationTokens& tokens);
+
+/// Gives a draft that was written to this mail client once more, in the client's own way; to the
+/// chosen one when `client_name` is empty. Answers the client's name; throws `ComposeError` when
+/// none has taken it.
+[[nodiscard]] std::string give_again(const std::string& draft, const std::string& client_name,
+                                     WriterServer& writer, const gio::ActivationTokens& tokens);
 
 }  // namespace quoll::compose

@@ -37,8 +37,10 @@ using namespace quoll;
 
 struct Options {
   std::vector<std::string> urls;
-  std::string draft;   ///< the draft to show; empty for the newest
-  std::string client;  ///< the client to choose; empty for the default
+  std::string draft;                               ///< the draft to show; empty for the newest
+  std::string client;                              ///< the client to choose; empty for the default
+  std::optional<std::string> open, again, remove;  ///< the draft that this is done with
+  bool json = false;
   double idle_seconds = 10;
   bool service = false;
   bool resume = false;
@@ -152,11 +154,39 @@ int show(const std::string& path) {
   return 0;
 }
 
-int list() {
+int list(bool is_json) {
   g_mime_init();
-  for (const auto& draft : compose::list_drafts()) {
+  const auto drafts = compose::list_drafts();
+  if (is_json) {
+    compose::print_json(std::cout, drafts);
+    return 0;
+  }
+  for (const auto& draft : drafts) {
     compose::print_line(std::cout, draft);
   }
+  return 0;
+}
+
+int open_draft(const std::string& name) {
+  const auto tokens = gio::take_activation_tokens();
+  const std::string draft = compose::draft_called(name, true);
+  std::cout << "The draft was opened with "
+            << foundation::printable(compose::open_message_file(draft, tokens)) << ".\n";
+  return 0;
+}
+
+int give_again(const std::string& name, const std::string& client) {
+  const auto tokens = gio::take_activation_tokens();
+  const std::string draft = compose::draft_called(name, true);
+  auto writer = compose::WriterServer::start();
+  std::cout << "The draft was given to "
+            << foundation::printable(compose::give_again(draft, client, writer, tokens)) << ".\n";
+  return 0;
+}
+
+int remove(const std::string& name) {
+  compose::delete_draft(compose::draft_called(name, false));
+  std::cout << "The draft is deleted.\n";
   return 0;
 }
 
@@ -185,6 +215,11 @@ std::optional<int> parse(int argc, char** argv, Options& options) {
       "Takes the drafts of shares where no mail application is installed: keeps each as a message\n"
       "file and opens it in the mail client that is the default for mail links, or in the chosen\n"
       "one. A draft that a client was given is removed 7 days later; the others stay."};
+  app.footer(
+      "\nExamples:\n"
+      "  quoll-compose --client thunderbird\n"
+      "  quoll-compose --again 20261121-040040 --client kmail\n"
+      "\nExit status: 0 done, 1 not done or something was left out, 2 wrong usage.");
   app.set_version_flag("--version", "quoll-compose " QUOLL_VERSION);
   auto* urls = app.add_option("URL", options.urls, "compose commands, quoll://compose?...");
   auto* service = app.add_flag("--service", options.service, "take drafts from the session bus");
@@ -195,6 +230,13 @@ std::optional<int> parse(int argc, char** argv, Options& options) {
   auto* resume =
       app.add_flag("--resume", options.resume, "go on with the drafts that wait, if there are any");
   auto* list = app.add_flag("--list", options.list, "list the drafts, newest last");
+  app.add_flag("--json", options.json, "list them for programs")->needs(list);
+  auto* open = app.add_option("--open", options.open, "open the message file of this draft")
+                   ->type_name("NAME");
+  auto* again = app.add_option("--again", options.again,
+                               "give this draft to the mail client again, or to that of --client")
+                    ->type_name("NAME");
+  auto* remove = app.add_option("--delete", options.remove, "delete this draft")->type_name("NAME");
   auto* show = app.add_option("--show", options.draft, "show this draft, or the newest")
                    ->type_name("[FILE]")
                    ->expected(0, 1);
@@ -206,11 +248,13 @@ std::optional<int> parse(int argc, char** argv, Options& options) {
           ->type_name("NAME");
   auto* check = app.add_flag("--check", options.check,
                              "see whether drafts can be kept, and say why they cannot");
-  const std::vector<CLI::Option*> actions{urls, service, resume, list,
-                                          show, clients, client, check};
+  const std::vector<CLI::Option*> actions{urls,  service, resume,  list,   show, open,
+                                          again, remove,  clients, client, check};
   for (std::size_t at = 0; at < actions.size(); ++at) {
     for (std::size_t other = at + 1; other < actions.size(); ++other) {
-      actions[at]->excludes(actions[other]);
+      if (actions[at] != again || actions[other] != client) {
+        actions[at]->excludes(actions[other]);
+      }
     }
   }
   try {
@@ -235,7 +279,16 @@ int run(const Options& options, posix::UniqueFd taken_pipe) {
     return resume();
   }
   if (options.list) {
-    return list();
+    return list(options.json);
+  }
+  if (options.open) {
+    return open_draft(*options.open);
+  }
+  if (options.again) {
+    return give_again(*options.again, options.client);
+  }
+  if (options.remove) {
+    return remove(*options.remove);
   }
   if (options.clients) {
     return list_clients();

@@ -1,10 +1,21 @@
 # shellcheck shell=bash
 # Completion of quoll-compose in bash. What is no option completes as a file name.
 _quoll_compose() {
-  local word=${COMP_WORDS[COMP_CWORD]} options
+  local word=${COMP_WORDS[COMP_CWORD]} options words
   COMPREPLY=()
   case ${COMP_WORDS[COMP_CWORD - 1]} in
-    --idle | --client) return 0 ;;
+    --idle) return 0 ;;
+    --open | --again | --delete)
+      words=$(quoll-compose --list 2>/dev/null | cut -d ' ' -f 1)
+      mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+      return 0
+      ;;
+    --client)
+      words=$(quoll-compose --clients 2>/dev/null |
+        sed -n '/cannot be given a draft/d; s/^..[^:]*(\(.*\)\.desktop): .*/\1/p')
+      mapfile -t COMPREPLY < <(compgen -W "$words default" -- "$word")
+      return 0
+      ;;
   esac
   [[ $word == -* ]] || return 0
   options=(
@@ -12,6 +23,10 @@ _quoll_compose() {
     --idle
     --resume
     --list
+    --json
+    --open
+    --again
+    --delete
     --show
     --clients
     --client

@@ -6,8 +6,8 @@ _arguments -S \
   {-0,--null}'[read more items, each ended by a zero byte]' \
   '*--descriptor[the bytes of an open descriptor, as a file]:number: ' \
   '--clipboard[share what the clipboard holds]' \
-  '(--json)--print[print the command URL instead of opening it]' \
-  '(--print)--json[print what came of it for programs, as JSON]' \
+  '--print[print the command URL instead of opening it]' \
+  '--json[print what came of it for programs, as JSON]' \
   '--verbose[write each step and its time to standard error]' \
   '--notify[show on the desktop what went wrong]' \
   '(- *)--version[print the version and exit]' \

@@ -70,10 +70,14 @@ Sandbox sandbox_of(GDesktopAppInfo* entry) {
           .snap = snap_of(entry, exec)};
 }
 
-EntryHandle default_entry() {
-  ObjectHandle<GAppInfo> entry(g_app_info_get_default_for_uri_scheme("mailto"));
+EntryHandle desktop_entry(GAppInfo* found) {
+  ObjectHandle<GAppInfo> entry(found);
   return EntryHandle(G_IS_DESKTOP_APP_INFO(entry.get()) ? G_DESKTOP_APP_INFO(entry.release())
                                                         : nullptr);
+}
+
+EntryHandle default_entry() {
+  return desktop_entry(g_app_info_get_default_for_uri_scheme("mailto"));
 }
 
 bool opens_mail_links(GAppInfo* entry) {
@@ -101,6 +105,11 @@ std::string setting() {
 bool MailClient::reads_files() const {
   return way == DraftWay::kMessageFile ? !sandbox.is_flatpak || sandbox.passes_files_on
                                        : !sandbox.is_any();
+}
+
+EntryHandle opener_of_message_files() {
+  constexpr gboolean kTakesUris = TRUE;
+  return desktop_entry(g_app_info_get_default_for_type("message/rfc822", kTakesUris));
 }
 
 MailClient mail_client_of(EntryHandle entry) {

@@ -38,7 +38,14 @@ struct MailClient {
   /// True when it can read the files of a draft. In a sandbox only a message file can be read: by a
   /// Flatpak whose files are passed on, and by a snap when the file is in the snap's own folder.
   [[nodiscard]] bool reads_files() const;
+  /// True when a draft can be given to it in some way, if only one without attachments.
+  [[nodiscard]] bool takes_drafts() const {
+    return way == DraftWay::kMessageFile ? reads_files() : way != DraftWay::kNone;
+  }
 };
+
+/// The entry with which the desktop opens message files; null when there is none.
+[[nodiscard]] EntryHandle opener_of_message_files();
 
 /// The mail client of a desktop entry, recognised by its identifier or its program.
 [[nodiscard]] MailClient mail_client_of(EntryHandle entry);

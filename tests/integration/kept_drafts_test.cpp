@@ -1,0 +1,239 @@
+// What a person can do with a draft that is kept: list, open, give again, delete.
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <nlohmann/json.hpp>
+
+#include "quoll/linux/posix/unique_fd.h"
+#include "tests/integration/client_home.h"
+
+namespace quoll::test {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+class KeptDrafts : public MailClientTest {
+ protected:
+  /// Shares this when no client is chosen, and answers the draft's name.
+  [[nodiscard]] std::string keep(const std::string& url = "quoll://compose?subject=S") const {
+    EXPECT_EQ(compose({url}).status, 0);
+    return only_name();
+  }
+  [[nodiscard]] std::string only_name() const {
+    const auto all = home_.drafts();
+    return all.size() == 1 ? fs::path(all.front()).stem().string() : "";
+  }
+  [[nodiscard]] std::string listed() const { return compose({"--list"}).output; }
+  /// The entry with which this desktop opens message files.
+  void add_viewer() const {
+    add_client_program("bin/viewer");
+    home_.bus.add_entry("viewer",
+                        "[Desktop Entry]\nType=Application\nName=A Viewer\nExec=viewer --flag "
+                        "%u\nMimeType=message/rfc822;\n");
+    std::ofstream(home_.bus.path("config/mimeapps.list"))
+        << "[Default Applications]\nmessage/rfc822=viewer.desktop\n";
+  }
+  void forget_client() const { fs::remove(home_.bus.path("given")); }
+  [[nodiscard]] posix::UniqueFd locked(const std::string& folder) const {
+    posix::UniqueFd fd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    EXPECT_EQ(flock(fd.get(), LOCK_EX | LOCK_NB), 0);
+    return fd;
+  }
+};
+
+TEST_F(KeptDrafts, AreListedForProgramsByTheirNames) {
+  const std::string name = keep();
+  EXPECT_TRUE(listed().starts_with(name + "  ")) << listed();
+  const json list = json::parse(compose({"--list", "--json"}).output);
+  ASSERT_EQ(list.size(), 1U);
+  EXPECT_EQ(list[0]["name"], name);
+  EXPECT_EQ(list[0]["state"], "kept");
+  EXPECT_EQ(list[0]["reason"], "");
+  EXPECT_EQ(list[0]["subject"], "S");
+  EXPECT_EQ(list[0]["path"], home_.drafts().front());
+  EXPECT_EQ(list[0]["written"], true);
+  EXPECT_TRUE(list[0]["time"].get<std::string>().starts_with("20"));
+  EXPECT_EQ(compose({"--json"}).status, 2);
+  fs::remove(home_.drafts().front());
+  EXPECT_EQ(compose({"--list", "--json"}).output, "[]\n");
+}
+
+TEST_F(KeptDrafts, AreOpenedWithTheClientOrWithWhatOpensMessageFiles) {
+  const std::string name = keep();
+  const Ended none = compose({"--open", name});
+  EXPECT_EQ(none.status, 1);
+  EXPECT_TRUE(none.errors.starts_with("quoll-compose: nothing opens message files here; "))
+      << none.errors;
+  add_viewer();
+  EXPECT_EQ(compose({"--open", name}).output, "The draft was opened with A Viewer.\n");
+  EXPECT_EQ(given(), Words{home_.drafts().front()});
+  forget_client();
+  choose("thunderbird", "The Bird");
+  EXPECT_EQ(compose({"--open", name}).output, "The draft was opened with The Bird.\n");
+  EXPECT_EQ(given(), Words{home_.drafts().front()});
+  EXPECT_TRUE(holds(listed(), "  kept  ")) << "it was looked at";
+}
+
+TEST_F(KeptDrafts, AreGivenAgainAsAMessageFile) {
+  const std::string name = keep();
+  EXPECT_EQ(compose({"--again", name}).status, 1) << "there is no client";
+  EXPECT_TRUE(holds(listed(), "  kept  "));
+  choose("thunderbird", "The Bird");
+  EXPECT_EQ(compose({"--again", name}).output, "The draft was given to The Bird.\n");
+  EXPECT_EQ(given(), Words{home_.drafts().front()});
+  EXPECT_TRUE(is_marked());
+  EXPECT_TRUE(holds(listed(), "  given  "));
+  forget_client();
+  EXPECT_EQ(compose({"--again", name}).status, 0) << "and once more";
+  EXPECT_EQ(given(), Words{home_.drafts().front()});
+}
+
+TEST_F(KeptDrafts, AreGivenAgainByTheCommandLineWhileTheFilesAreThere) {
+  choose("claws-mail", "Claws");
+  const std::string name = keep(ReceiverHome::url({home_.stage("a.txt", "x")}));
+  const Words first = given();
+  const std::string message = read_file(home_.drafts().front());
+  ASSERT_TRUE(std::ranges::find(first, given_folder() + "/files/0/a.txt") != first.end());
+  forget_client();
+  fs::remove(given_folder() + "/given");  // the end of the client was not seen
+  EXPECT_TRUE(holds(listed(), "  perhaps given  ")) << listed();
+  EXPECT_EQ(compose({"--again", name}).output, "The draft was given to Claws.\n");
+  EXPECT_EQ(given(), first);
+  EXPECT_EQ(read_file(home_.drafts().front()), message) << "its name and its bytes stay";
+  EXPECT_TRUE(holds(listed(), "  given  "));
+  forget_client();
+  add_client_program("bin/thunderbird");
+  add_client("thunderbird", "The Bird", "thunderbird --flag %u");
+  EXPECT_EQ(compose({"--again", name, "--client", "the bird"}).output,
+            "The draft was given to The Bird.\n");
+  EXPECT_EQ(given(), Words{home_.drafts().front()});
+  forget_client();
+  EXPECT_EQ(compose({"--again", name}).output, "The draft was given to Claws.\n")
+      << "the choice stays";
+  EXPECT_EQ(given(), first) << "nothing of the first client's files went";
+}
+
+TEST_F(KeptDrafts, WithoutItsFilesADraftIsForClientsThatOpenMessageFiles) {
+  choose("thunderbird", "The Bird");
+  const std::string name = keep(ReceiverHome::url({home_.stage("a.txt", "x")}));
+  forget_client();
+  choose("claws-mail", "Claws");
+  const Ended ended = compose({"--again", name});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.errors,
+            "quoll-compose: the files of the draft are in its message file only, which Claws does "
+            "not take; quoll-compose --open " +
+                name + " opens it\n");
+  EXPECT_FALSE(was_started());
+  EXPECT_TRUE(holds(listed(), "  given  ")) << "the first client has it";
+}
+
+TEST_F(KeptDrafts, AClientThatFailsHasNotTakenIt) {
+  const std::string name = keep();
+  choose("thunderbird", "The Bird", "exit 3");
+  const Ended ended = compose({"--again", name});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_TRUE(holds(ended.errors, "The Bird ended at once, with status 3")) << ended.errors;
+  EXPECT_TRUE(holds(listed(), "  kept  ")) << listed();
+}
+
+TEST_F(KeptDrafts, AreDeletedWithAllThatWasMade) {
+  choose("claws-mail", "Claws");
+  const std::string name = keep(ReceiverHome::url({home_.stage("a.txt", "x")}));
+  const std::string folder = given_folder();
+  {
+    const auto lock = locked(folder);
+    for (const char* const action : {"--delete", "--again"}) {
+      const Ended busy = compose({action, name});
+      EXPECT_EQ(busy.status, 1);
+      EXPECT_EQ(busy.errors, "quoll-compose: another program works on the draft " + name +
+                                 "; try again later\n");
+    }
+  }
+  EXPECT_EQ(compose({"--delete", name}).output, "The draft is deleted.\n");
+  EXPECT_EQ(listed(), "");
+  EXPECT_FALSE(fs::exists(folder));
+  EXPECT_TRUE(home_.drafts().empty());
+}
+
+TEST_F(KeptDrafts, OneThatWaitsIsDeletedButNotOpened) {
+  const std::string folder = home_.taken_folder() + "/20200101-000000";
+  fs::create_directories(folder + "/files/0");
+  std::ofstream(folder + "/command") << "quoll://compose?subject=x";
+  for (const char* const action : {"--open", "--again"}) {
+    EXPECT_EQ(compose({action, "20200101-000000"}).errors,
+              "quoll-compose: the draft 20200101-000000 is not written yet; quoll-compose --list "
+              "tells its state\n");
+  }
+  {
+    const auto lock = locked(folder);
+    EXPECT_EQ(compose({"--delete", "20200101-000000"}).status, 1);
+    EXPECT_TRUE(fs::exists(folder));
+  }
+  EXPECT_EQ(compose({"--delete", "20200101-000000"}).status, 0);
+  EXPECT_TRUE(home_.taken().empty());
+}
+
+TEST_F(KeptDrafts, OnlyANameOfADraftIsTaken) {
+  const std::string name = keep();
+  for (const std::string& wrong : {std::string("x"), std::string("../drafts/") + name,
+                                  std::string("."), std::string(""), name + ".eml"}) {
+    for (const char* const action : {"--open", "--again", "--delete"}) {
+      const Ended ended = compose({action, wrong});
+      EXPECT_EQ(ended.status, 1) << wrong;
+      EXPECT_EQ(ended.errors, "quoll-compose: there is no draft " + wrong +
+                                  "; quoll-compose --list names those there are\n");
+    }
+  }
+  EXPECT_EQ(home_.drafts().size(), 1U);
+}
+
+TEST_F(KeptDrafts, WithoutADesktopAPersonIsToldHowToReadIt) {
+  const std::string name = keep();
+  Environment environment = home_.bus.environment();
+  environment["DISPLAY"] = std::nullopt;
+  environment["WAYLAND_DISPLAY"] = std::nullopt;
+  for (const char* const action : {"--open", "--again"}) {
+    const Ended ended = run({QUOLL_COMPOSE, action, name}, environment);
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.errors,
+              "quoll-compose: there is no desktop to open the draft on; quoll-compose --show " +
+                  home_.drafts().front() + " prints it\n");
+  }
+}
+
+TEST_F(KeptDrafts, AProgramThatTakesNoDraftIsNotChosen) {
+  choose("claws-mail", "Claws");
+  add_client_program("bin/firefox");
+  add_client("firefox", "Firefox", "firefox %u");
+  EXPECT_EQ(compose({"--client", "claws"}).status, 0);
+  const Ended ended = compose({"--client", "firefox"});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.errors,
+            "quoll-compose: Firefox (firefox.desktop) takes no drafts: cannot be given a draft; "
+            "quoll-compose --clients lists those that are there\n");
+  EXPECT_TRUE(holds(compose({"--clients"}).output, "* Claws")) << "the choice stays";
+}
+
+/// What bash completes after these words.
+TEST_F(KeptDrafts, CompletionKnowsTheNamesAndTheClients) {
+  const std::string name = keep();
+  choose("claws-mail", "Claws");
+  add_client("firefox", "Firefox", "firefox %u");
+  fs::create_symlink(QUOLL_COMPOSE, programs_.path("bin/quoll-compose"));
+  const auto completed = [&](const std::string& option) {
+    return run({"bash", "-c",
+                "source '" QUOLL_COMPOSE_COMPLETION "'; COMP_WORDS=(quoll-compose " + option +
+                    " ''); COMP_CWORD=2; _quoll_compose; printf '%s\\n' \"${COMPREPLY[@]}\""},
+               home_.bus.environment())
+        .output;
+  };
+  for (const char* const option : {"--open", "--again", "--delete"}) {
+    EXPECT_EQ(completed(option), name + "\n") << option;
+  }
+  EXPECT_EQ(completed("--client"), "claws-mail\ndefault\n");
+}
+
+}  // namespace
+}  // namespace quoll::test
