@@ -248,7 +248,9 @@ Outcome keep(TakenDraft draft, const std::string& reason) {
 Outcome hand_over(TakenDraft draft, const DraftFields& fields,
                   const gio::ActivationTokens& tokens) {
   if (!has_desktop()) {
-    return keep(std::move(draft), "");
+    return keep(
+        std::move(draft),
+        "no display is known here, so no mail client was started; quollctl doctor tells more");
   }
   Outcome outcome = written(draft);
   const gio::ChosenMailClient chosen = gio::chosen_mail_client();

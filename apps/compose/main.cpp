@@ -78,9 +78,7 @@ void print(const compose::Outcome& outcome) {
   if (outcome.left_out.more != 0) {
     std::cout << "Left out: " << outcome.left_out.more << " more\n";
   }
-  if (const std::string sentence = outcome.sentence(); !sentence.empty()) {
-    std::cout << "The draft " << sentence << ".\n";
-  }
+  std::cout << "The draft " << outcome.sentence() << ".\n";
   for (const auto& note : outcome.notes) {
     std::cout << note << '\n';
   }
@@ -223,9 +221,11 @@ std::optional<int> parse(int argc, char** argv, Options& options) {
   app.set_version_flag("--version", "quoll-compose " QUOLL_VERSION);
   auto* urls = app.add_option("URL", options.urls, "compose commands, quoll://compose?...");
   auto* service = app.add_flag("--service", options.service, "take drafts from the session bus");
-  app.add_option("--idle", options.idle_seconds, "end the service after so many idle seconds")
+  app.add_option("--idle", options.idle_seconds,
+                 "end the service after so many idle seconds, 86400 at most")
       ->needs(service)
-      ->check(CLI::Range(0.0, 86400.0))
+      ->check(CLI::Range(0.0, 86400.0).description(""))
+      ->type_name("SECONDS")
       ->capture_default_str();
   auto* resume =
       app.add_flag("--resume", options.resume, "go on with the drafts that wait, if there are any");
@@ -259,8 +259,11 @@ std::optional<int> parse(int argc, char** argv, Options& options) {
   }
   try {
     app.parse(argc, argv);
+  } catch (const CLI::Success& asked_for_help) {
+    return app.exit(asked_for_help);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : 2;
+    std::cerr << "quoll-compose: " << error.what() << "; see quoll-compose --help\n";
+    return 2;
   }
   options.show = show->count() > 0;
   options.choose = client->count() > 0;

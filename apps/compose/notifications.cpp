@@ -14,6 +14,8 @@ namespace {
 
 using State = Outcome::State;
 
+constexpr const char* kEntry = "it.vorlent.quoll2";  // the receiver's desktop entry
+
 const char* summary_of(const Outcome& outcome) {
   switch (outcome.state) {
     case State::kWaits:
@@ -132,7 +134,7 @@ void NotificationQueue::show() {
   }
   // Stop at the first one that is not shown: waiting for the others would take too long.
   static_cast<void>(std::ranges::all_of(shown, [&](const Notification& notification) {
-    return gio::show_notification(notification.summary, notification.body, kTimeOut);
+    return gio::show_notification(kEntry, notification.summary, notification.body, kTimeOut);
   }));
 }
 

@@ -10,7 +10,7 @@ std::string Outcome::sentence() const {
     case State::kGiven:
       return "was given to " + foundation::printable(client);
     case State::kKept:
-      return reason.empty() ? "" : "is kept: " + reason;
+      return "is kept: " + reason;
     case State::kWaits:
     case State::kStopped:
       return "waits: " + reason;

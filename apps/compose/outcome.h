@@ -22,13 +22,13 @@ struct Outcome {
   /// Its message file, or the folder of what was taken when there is none.
   std::string path;
   std::string client;     ///< its name, when it was given
-  std::string reason;     ///< why it was not given, and what to do; empty without a desktop
+  std::string reason;     ///< why it was not given, and what to do
   bool in_flood = false;  ///< one of so many that none was given to a client
   LeftOutFiles left_out;
   std::vector<std::string> notes;  ///< sentences about what else the user should know
 
   [[nodiscard]] bool is_written() const { return state == State::kGiven || state == State::kKept; }
-  /// To follow "the draft": "was given to NAME". Empty when there was no desktop to give it to.
+  /// To follow "the draft": "was given to NAME". Never empty.
   [[nodiscard]] std::string sentence() const;
 };
 

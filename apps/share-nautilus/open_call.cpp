@@ -84,17 +84,17 @@ GVariant* parameters_of(GList* files) {
 /// What a person is told.
 std::string in_words(const gio::ErrorSlot& error) {
   if (error.is(G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN)) {
-    return std::string("nobody answers to ") + share::kIdentifier + "; install quoll-share";
+    return "The program that shares is not there; install quoll-share";
   }
   if (error.is(G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY)) {
-    return "quoll-share-service ended before it answered";
+    return "The share ended early; quollctl doctor tells more";
   }
   if (error.is(G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) {
-    return "quoll-share-service did not answer within " +
-           std::to_string(kTimeOutMilliseconds / 1000) + " s";
+    return "The share did not begin within " + std::to_string(kTimeOutMilliseconds / 1000) +
+           " s; quollctl doctor tells more";
   }
   g_dbus_error_strip_remote_error(error.get());
-  return error.message();
+  return "It was refused: " + error.message();
 }
 
 void answered(GObject* bus, GAsyncResult* result, gpointer /*data*/) {
@@ -105,8 +105,8 @@ void answered(GObject* bus, GAsyncResult* result, gpointer /*data*/) {
     return;
   }
   try {
-    gio::send_notification(G_DBUS_CONNECTION(bus), "Nothing was shared",
-                           "not opened: " + in_words(error));
+    gio::send_notification(G_DBUS_CONNECTION(bus), share::kIdentifier, "Nothing was shared",
+                           in_words(error) + ".");
   } catch (...) {
     g_warning("nothing was shared, and there is no memory to say why");
   }

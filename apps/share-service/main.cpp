@@ -28,16 +28,22 @@ int main(int argc, char** argv) {
   std::int64_t share_seconds = bounds.time.count();
   CLI::App app("Shares for other programs; the session bus starts it.", "quoll-share-service");
   app.set_version_flag("--version", "quoll-share-service " QUOLL_VERSION);
-  app.add_option("--idle", idle_seconds, "end after so many idle seconds")
-      ->check(CLI::Range(0.0, 86400.0))
+  app.add_option("--idle", idle_seconds, "end after so many idle seconds, 86400 at most")
+      ->check(CLI::Range(0.0, 86400.0).description(""))
+      ->type_name("SECONDS")
       ->capture_default_str();
-  app.add_option("--time", share_seconds, "end a share that takes longer than so many seconds")
-      ->check(CLI::Range(1, 86400))
+  app.add_option("--time", share_seconds,
+                 "end a share that takes longer than so many seconds, 1 to 86400")
+      ->check(CLI::Range(1, 86400).description(""))
+      ->type_name("SECONDS")
       ->capture_default_str();
   try {
     app.parse(argc, argv);
+  } catch (const CLI::Success& asked_for_help) {
+    return app.exit(asked_for_help);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : 2;
+    std::cerr << "quoll-share-service: " << error.what() << "; see quoll-share-service --help\n";
+    return 2;
   }
   bounds.time = std::chrono::seconds(share_seconds);
   allow_many_descriptors(bounds);

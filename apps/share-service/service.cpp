@@ -93,7 +93,7 @@ class ShareService final : public gio::ApplicationService {
       if (end.code != 0) {
         std::cerr << words_of(end) << '\n';  // for the journal: a notification is soon gone
         const share::Notice notice = share::notice_of(end.code, end.told);
-        gio::send_notification(bus.get(), notice.title, notice.body);
+        gio::send_notification(bus.get(), share::kIdentifier, notice.title, notice.body);
       }
     };
     if (start(std::move(share), call, show)) {

@@ -191,12 +191,13 @@ class RunningShare : public std::enable_shared_from_this<RunningShare> {
   [[nodiscard]] ShareEnd end() const {
     constexpr int kNotOpened = static_cast<int>(share::ExitCode::kNotOpened);
     if (is_late_) {
-      return {kNotOpened,
-              "not opened: it took longer than " + std::to_string(time_.count()) + " s"};
+      return {kNotOpened, "not opened: it took longer than " + std::to_string(time_.count()) +
+                              " s; share less at once"};
     }
     if (g_subprocess_get_if_exited(process_.get()) == FALSE) {
       return {kNotOpened, "not opened: quoll-share was ended by signal " +
-                              std::to_string(g_subprocess_get_term_sig(process_.get()))};
+                              std::to_string(g_subprocess_get_term_sig(process_.get())) +
+                              "; quollctl doctor tells more"};
     }
     const int code = g_subprocess_get_exit_status(process_.get());
     const bool is_wrong_use = code == static_cast<int>(share::ExitCode::kUsage);

@@ -38,7 +38,7 @@ int share(MenuSocket& socket) {
   const auto message = socket.receive();
   auto request = message ? quoll::share::read_menu_request(*message) : std::nullopt;
   if (!request) {
-    return fail(socket, "the menu did not say what to share");
+    return fail(socket, "the menu did not say what to share; choose the entry again");
   }
   return quoll::share::run_share(
       std::move(*request),

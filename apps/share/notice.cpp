@@ -1,18 +1,59 @@
 #include "apps/share/notice.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "apps/share/exit_code.h"
 #include "quoll/foundation/text.h"
+#include "quoll/message/command_launcher.h"
 
 namespace quoll::share {
+
+namespace {
+
+/// Why nothing was opened, without the names that programs have among themselves.
+std::string in_words_for_people(std::string_view reason) {
+  const std::string id(it_vorlent_quoll_2);
+  const std::pair<std::string, std::string_view> words[] = {
+      {"no application answers to " + id, "no mail application answers"},
+      {id + ".desktop", "the entry of the mail application"},
+      {id, "the mail application"},
+  };
+  std::string text(reason);
+  for (const auto& [from, to] : words) {
+    if (const std::size_t at = text.find(from); at != std::string::npos) {
+      text.replace(at, from.size(), to);
+    }
+  }
+  return text;
+}
+
+/// A line of a report as a sentence of a notification.
+std::string sentence_of(std::string_view line) {
+  constexpr std::string_view kNotOpened = "not opened: ";
+  std::string sentence = line.starts_with(kNotOpened)
+                             ? in_words_for_people(line.substr(kNotOpened.size()))
+                             : std::string(line);
+  if (!sentence.empty() && sentence[0] >= 'a' && sentence[0] <= 'z') {
+    sentence[0] = static_cast<char>(sentence[0] - 'a' + 'A');
+  }
+  return sentence;
+}
+
+}  // namespace
 
 Notice notice_of(int code, std::string_view told) {
   constexpr std::size_t kMost = 1000;
   const std::string shown = shown_report(told, kMost).value_or("");
+  std::string body;
+  for (std::string_view rest = shown; !rest.empty();) {
+    const std::string_view line = rest.substr(0, rest.find('\n'));
+    rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+    body += (body.empty() ? "" : "\n") + sentence_of(line);
+  }
   const bool is_opened = code == static_cast<int>(ExitCode::kSomethingLeftOut);
   return {is_opened ? "Not everything is in the draft" : "Nothing was shared",
-          shown.empty() ? "The system log tells more." : shown};
+          body.empty() ? "quollctl doctor tells more." : body};
 }
 
 std::optional<std::string> shown_report(std::string_view told, std::size_t most) {

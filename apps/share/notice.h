@@ -14,7 +14,8 @@ struct Notice {
 };
 
 /// The notice for a share that ended with this number and wrote this on standard error. The body
-/// holds as many whole lines of it as a notification has room for.
+/// holds as many whole lines of it as a notification has room for, in words for people who know of
+/// no bus.
 [[nodiscard]] Notice notice_of(int code, std::string_view told);
 
 /// What a share wrote on standard error, to be shown: as many whole lines as `most` bytes hold, and

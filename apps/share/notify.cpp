@@ -10,6 +10,7 @@
 #include <limits>
 #include <string>
 
+#include "apps/share/identifier.h"
 #include "apps/share/notice.h"
 #include "apps/share/request/received_bytes.h"
 #include "quoll/linux/gio/notification.h"
@@ -52,7 +53,7 @@ int share_and_notify(const std::function<int()>& share) {
   if (code != 0) {
     constexpr std::chrono::milliseconds kTimeOut{5000};
     const Notice notice = notice_of(code, told);
-    gio::show_notification(notice.title, notice.body, kTimeOut);
+    gio::show_notification(kIdentifier, notice.title, notice.body, kTimeOut);
   }
   return code;
 }

@@ -93,11 +93,10 @@ TEST_F(Nautilus, WhatGoesWrongIsShown) {
   ASSERT_EQ(desktop.read_line(), "ready");
   choose({"file:///home/u/x"});
   EXPECT_EQ(desktop.read_line(),
-            "Nothing was shared|not opened: nobody answers to it.vorlent.quoll2.Quoll-Share; "
-            "install quoll-share");
+            "Nothing was shared|The program that shares is not there; install quoll-share.");
   install("refuse");
   choose({"file:///home/u/x"});
-  EXPECT_EQ(desktop.read_line(), "Nothing was shared|not opened: the disk is full");
+  EXPECT_EQ(desktop.read_line(), "Nothing was shared|It was refused: the disk is full.");
 }
 
 TEST_F(Nautilus, AServiceThatEndsIsShown) {
@@ -106,7 +105,7 @@ TEST_F(Nautilus, AServiceThatEndsIsShown) {
   install("exit");
   choose({"file:///home/u/x"});
   EXPECT_EQ(desktop.read_line(),
-            "Nothing was shared|not opened: quoll-share-service ended before it answered");
+            "Nothing was shared|The share ended early; quollctl doctor tells more.");
 }
 
 TEST_F(Nautilus, WithoutABusTheFileManagerGoesOn) {

@@ -2,6 +2,7 @@
 #include <gio/gio.h>
 
 #include <cstdio>
+#include <string_view>
 
 #include "tests/integration/bus_double.h"
 
@@ -22,7 +23,11 @@ void notify(GDBusConnection*, const char*, const char*, const char*, const char*
   const char* body = nullptr;
   g_variant_get_child(parameters, 3, "&s", &summary);
   g_variant_get_child(parameters, 4, "&s", &body);
-  std::printf("%s|%s\n", summary, body);
+  const quoll::gio::VariantHandle hints(g_variant_get_child_value(parameters, 6));
+  const char* entry = "";
+  g_variant_lookup(hints.get(), "desktop-entry", "&s", &entry);
+  const bool is_ours = std::string_view(entry).starts_with("it.vorlent.quoll2");
+  std::printf("%s%s|%s\n", is_ours ? "" : "of nobody: ", summary, body);
   std::fflush(stdout);
   g_dbus_method_invocation_return_value(call, g_variant_new("(u)", 1U));
 }

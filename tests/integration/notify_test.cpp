@@ -17,8 +17,10 @@ namespace {
 
 class Notify : public testing::Test {
  protected:
+  /// One that shows nothing itself.
   void install_receiver() const {
-    bus_.add_service("it.vorlent.quoll2", std::string(QUOLL_COMPOSE) + " --service");
+    bus_.add_service("it.vorlent.quoll2",
+                     RECEIVER_DOUBLE " bus it.vorlent.quoll2 record " + bus_.path("record"));
   }
   [[nodiscard]] Ended share(std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), {QUOLL_SHARE, "--notify"});
@@ -36,7 +38,7 @@ TEST_F(Notify, WhatWasLeftOutIsShown) {
   EXPECT_EQ(ended.status, 3);
   EXPECT_EQ(ended.errors, "left out: /nowhere/<a>&b.pdf: no such file\n");
   EXPECT_EQ(desktop.read_line(),
-            "Not everything is in the draft|left out: /nowhere/&lt;a&gt;&amp;b.pdf: no such file");
+            "Not everything is in the draft|Left out: /nowhere/&lt;a&gt;&amp;b.pdf: no such file");
 }
 
 TEST_F(Notify, NothingWasShared) {
@@ -44,8 +46,8 @@ TEST_F(Notify, NothingWasShared) {
   ASSERT_EQ(desktop.read_line(), "ready");
   EXPECT_EQ(share({"https://example.org/"}).status, 1);
   EXPECT_EQ(desktop.read_line(),
-            "Nothing was shared|not opened: no application answers to it.vorlent.quoll2; install "
-            "the mail application or quoll-compose");
+            "Nothing was shared|No mail application answers; install the mail application or "
+            "quoll-compose");
 }
 
 TEST_F(Notify, AShareThatArrivesIsSilent) {
@@ -104,7 +106,7 @@ TEST_F(Notify, ManyLinesAreCutShort) {
   EXPECT_EQ(ended.status, 3);
   EXPECT_TRUE(ended.errors.ends_with("left out: /nowhere/999: no such file\n"));
   EXPECT_EQ(desktop.read_line(),
-            "Not everything is in the draft|left out: /nowhere/0: no such file");
+            "Not everything is in the draft|Left out: /nowhere/0: no such file");
   std::string line;
   std::string last;
   int lines = 1;
@@ -114,7 +116,7 @@ TEST_F(Notify, ManyLinesAreCutShort) {
     ++lines;
   }
   EXPECT_LT(lines, 50);
-  EXPECT_EQ(last, "left out: /nowhere/" + std::to_string(lines - 1) + ": no such file");
+  EXPECT_EQ(last, "Left out: /nowhere/" + std::to_string(lines - 1) + ": no such file");
 }
 
 }  // namespace

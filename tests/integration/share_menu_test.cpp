@@ -74,8 +74,10 @@ TEST_F(ShareMenu, RequestsThatAreNone) {
     choose();
     send(text);
     EXPECT_EQ(shutdown(connection_.get(), SHUT_WR), 0);
-    EXPECT_EQ(last_word(), (Json{{"error", 100},
-                                 {"errorText", "not opened: the menu did not say what to share"}}))
+    EXPECT_EQ(last_word(),
+              (Json{{"error", 100},
+                    {"errorText",
+                     "not opened: the menu did not say what to share; choose the entry again"}}))
         << text;
     EXPECT_EQ(entry_->wait(), 1) << text;
   }
@@ -84,8 +86,12 @@ TEST_F(ShareMenu, RequestsThatAreNone) {
 TEST_F(ShareMenu, NothingIsShared) {
   choose();
   request(Json::object());
-  EXPECT_EQ(last_word(), (Json{{"error", 100},
-                               {"errorText", "not opened: nothing that was given can be shared; give something that can be read"}}));
+  EXPECT_EQ(
+      last_word(),
+      (Json{
+          {"error", 100},
+          {"errorText",
+           "not opened: nothing that was given can be shared; give something that can be read"}}));
 }
 
 TEST_F(ShareMenu, TheShareOutlivesTheMenu) {

@@ -47,6 +47,20 @@ TEST(Usage, AWrongCommandLineIsOneLine) {
   }
 }
 
+TEST(Usage, TheOthersSayItInTheSameManner) {
+  const std::vector<std::pair<const char*, std::string>> programs{
+      {QUOLL_SHARE, "quoll-share"},
+      {QUOLL_SHARE_SERVICE, "quoll-share-service"},
+      {QUOLL_COMPOSE, "quoll-compose"},
+  };
+  for (const auto& [program, name] : programs) {
+    const Ended ended = run({program, "--nosuch"});
+    EXPECT_EQ(ended.status, 2) << name;
+    EXPECT_EQ(ended.errors, name + ": The following argument was not expected: --nosuch; see " +
+                                name + " --help\n");
+  }
+}
+
 TEST(Usage, HelpHasExamples) {
   const Ended ended = run({QUOLLCTL, "--help"});
   EXPECT_EQ(ended.status, 0);

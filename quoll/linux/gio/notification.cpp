@@ -13,13 +13,17 @@ namespace {
 constexpr const char* kName = "org.freedesktop.Notifications";
 constexpr const char* kPath = "/org/freedesktop/Notifications";
 
-GVariant* parameters(const std::string& summary, const std::string& body) {
+GVariant* parameters(const std::string& entry, const std::string& summary,
+                     const std::string& body) {
   constexpr std::uint32_t kNew = 0;        // replaces no other notification
   constexpr std::int32_t kUsualTime = -1;  // the desktop decides how long it is shown
   // Some desktops read the text as markup.
   const TextHandle plain(g_markup_escape_text(body.data(), static_cast<gssize>(body.size())));
+  GVariantBuilder hints;
+  g_variant_builder_init(&hints, G_VARIANT_TYPE_VARDICT);
+  g_variant_builder_add(&hints, "{sv}", "desktop-entry", g_variant_new_string(entry.c_str()));
   return g_variant_new("(susssasa{sv}i)", "Quoll", kNew, "mail-message-new", summary.c_str(),
-                       plain.get(), nullptr, nullptr, kUsualTime);
+                       plain.get(), nullptr, &hints, kUsualTime);
 }
 
 /// The call holds the connection until its reply has come and is released here.
@@ -29,8 +33,8 @@ void sent(GObject* bus, GAsyncResult* result, gpointer /*data*/) {
 
 }  // namespace
 
-bool show_notification(const std::string& summary, const std::string& body,
-                       std::chrono::milliseconds time_out) {
+bool show_notification(const std::string& entry, const std::string& summary,
+                       const std::string& body, std::chrono::milliseconds time_out) {
   const auto deadline = std::chrono::steady_clock::now() + time_out;
   SessionBus session;
   GDBusConnection* const bus = session.connection(deadline);
@@ -38,14 +42,15 @@ bool show_notification(const std::string& summary, const std::string& body,
     return false;
   }
   const VariantHandle reply(g_dbus_connection_call_sync(
-      bus, kName, kPath, kName, "Notify", parameters(summary, body), nullptr,
+      bus, kName, kPath, kName, "Notify", parameters(entry, summary, body), nullptr,
       G_DBUS_CALL_FLAGS_NONE, call_time_out(deadline), nullptr, nullptr));
   return reply != nullptr;
 }
 
-void send_notification(GDBusConnection* bus, const std::string& summary, const std::string& body) {
-  g_dbus_connection_call(bus, kName, kPath, kName, "Notify", parameters(summary, body), nullptr,
-                         G_DBUS_CALL_FLAGS_NONE, -1, nullptr, sent, nullptr);
+void send_notification(GDBusConnection* bus, const std::string& entry, const std::string& summary,
+                       const std::string& body) {
+  g_dbus_connection_call(bus, kName, kPath, kName, "Notify", parameters(entry, summary, body),
+                         nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, sent, nullptr);
 }
 
 }  // namespace quoll::gio

@@ -7,13 +7,15 @@
 
 namespace quoll::gio {
 
-/// Shows a notification on the desktop: a summary line, and plain text below it. Waits for the
-/// answer, but at most for `time_out`. False when there is no session bus or no program that shows
-/// notifications. Runs the default main context of this thread.
-bool show_notification(const std::string& summary, const std::string& body,
-                       std::chrono::milliseconds time_out);
+/// Shows a notification on the desktop: a summary line, and plain text below it. `entry` names the
+/// desktop entry of the program that shows it, without ".desktop". Waits for the answer, but at
+/// most for `time_out`. False when there is no session bus or no program that shows notifications.
+/// Runs the default main context of this thread.
+bool show_notification(const std::string& entry, const std::string& summary,
+                       const std::string& body, std::chrono::milliseconds time_out);
 
 /// Sends a notification without waiting for an answer, for a program that goes on running.
-void send_notification(GDBusConnection* bus, const std::string& summary, const std::string& body);
+void send_notification(GDBusConnection* bus, const std::string& entry, const std::string& summary,
+                       const std::string& body);
 
 }  // namespace quoll::gio
