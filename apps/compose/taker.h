@@ -14,9 +14,9 @@ namespace quoll::compose {
 /// drafts beside all that wait, or when there are more than 256.
 [[nodiscard]] std::vector<TakenDraft> take(const std::vector<std::string>& urls);
 
-/// What a sender is told that asked for it: for each draft the path that its message file will have,
-/// then a line `NAME: REASON` for each file that was left out, with control characters as escapes.
-/// An empty line stands between two drafts.
+/// What a sender is told that asked for it: for each draft the path that its message file will
+/// have, then a line `NAME: REASON` for each file that was left out, with control characters as
+/// escapes. An empty line stands between two drafts.
 [[nodiscard]] std::string report_of(const std::vector<TakenDraft>& drafts);
 
 }  // namespace quoll::compose

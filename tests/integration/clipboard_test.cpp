@@ -236,7 +236,8 @@ class RealClipboard : public testing::Test {
 TEST_F(RealClipboard, IsEmptyAtFirst) {
   const Ended ended = share();
   EXPECT_EQ(ended.status, 1);
-  EXPECT_EQ(ended.errors, "not opened: the clipboard: it is empty; copy it again, or share the file\n");
+  EXPECT_EQ(ended.errors,
+            "not opened: the clipboard: it is empty; copy it again, or share the file\n");
 }
 
 TEST_F(RealClipboard, HoldsWhatABrowserCopies) {
@@ -290,7 +291,8 @@ TEST_F(RealClipboard, ADisplayThatIsGone) {
   const Ended ended = share();
   EXPECT_EQ(ended.status, 1);
   EXPECT_EQ(ended.errors,
-            "not opened: the clipboard: xclip says: Error: Can't open display: :99999; copy it again, or share the file\n");
+            "not opened: the clipboard: xclip says: Error: Can't open display: :99999; copy it "
+            "again, or share the file\n");
 }
 
 TEST_F(RealClipboard, IsSharedAlone) {

@@ -169,12 +169,12 @@ TEST_F(ComposeNotice, ABusWithoutADisplayIsSaid) {
   home.bus.add_service(kName, std::string(QUOLL_COMPOSE) + " --service --idle 0.2");
   Process desktop(Words{NOTIFICATION_DOUBLE}, home.bus.environment());
   ASSERT_EQ(desktop.read_line(), "ready");
-  EXPECT_EQ(run({"gdbus", "call", "--session", "--dest", kName, "--object-path",
-                 "/it/vorlent/quoll2", "--method", "org.freedesktop.Application.Open",
-                 "['quoll://compose?subject=x']", "{}"},
-                home.bus.environment())
-                .status,
-            0);
+  EXPECT_EQ(
+      run({"gdbus", "call", "--session", "--dest", kName, "--object-path", "/it/vorlent/quoll2",
+           "--method", "org.freedesktop.Application.Open", "['quoll://compose?subject=x']", "{}"},
+          home.bus.environment())
+          .status,
+      0);
   const std::string reason =
       "no display is known here, so no mail client was started; quollctl doctor tells more.";
   EXPECT_EQ(desktop.read_line(), "The draft is kept|" + reason);

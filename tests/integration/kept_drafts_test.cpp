@@ -178,7 +178,7 @@ TEST_F(KeptDrafts, OneThatWaitsIsDeletedButNotOpened) {
 TEST_F(KeptDrafts, OnlyANameOfADraftIsTaken) {
   const std::string name = keep();
   for (const std::string& wrong : {std::string("x"), std::string("../drafts/") + name,
-                                  std::string("."), std::string(""), name + ".eml"}) {
+                                   std::string("."), std::string(""), name + ".eml"}) {
     for (const char* const action : {"--open", "--again", "--delete"}) {
       const Ended ended = compose({action, wrong});
       EXPECT_EQ(ended.status, 1) << wrong;

@@ -140,7 +140,8 @@ TEST_F(Share, NothingThatCanBeSharedOpensNothing) {
   const Ended ended = home_.print({"/no/such/file"});
   EXPECT_EQ(ended.status, 1);
   EXPECT_EQ(ended.output, "");
-  EXPECT_TRUE(ended.errors.ends_with("not opened: nothing that was given can be shared; give something that can be read\n"))
+  EXPECT_TRUE(ended.errors.ends_with(
+      "not opened: nothing that was given can be shared; give something that can be read\n"))
       << ended.errors;
 }
 
@@ -211,7 +212,9 @@ TEST_F(Share, StandardOutputThatCannotBeWritten) {
   const Ended ended = run({"sh", "-c", "exec \"$0\" --print https://h/ >/dev/full", QUOLL_SHARE},
                           home_.environment());
   EXPECT_EQ(ended.status, 1);
-  EXPECT_EQ(ended.errors, "not opened: the URL cannot be written: no space left on device; quollctl doctor tells more\n");
+  EXPECT_EQ(ended.errors,
+            "not opened: the URL cannot be written: no space left on device; quollctl doctor tells "
+            "more\n");
 }
 
 TEST_F(Share, NoStandardDescriptors) {

@@ -16,8 +16,10 @@
 #include <cstring>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "quoll/linux/gio/handles.h"
+#include "quoll/linux/gio/left_out.h"
 #include "quoll/linux/gio/opener.h"
 #include "quoll/linux/posix/unique_fd.h"
 
@@ -104,10 +106,13 @@ class Receiver {
     quoll::gio::ErrorSlot error;
     const quoll::gio::VariantHandle reply(
         g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, error.out()));
-    std::string reason = reply ? "" : error.message();
+    const quoll::gio::TextHandle name(error ? g_dbus_error_get_remote_error(error.get()) : nullptr);
+    const bool is_taken =
+        reply || (name && std::string_view(name.get()) == quoll::gio::kTakenError);
+    std::string reason = error.message();
     std::ranges::replace(reason, '\n', '|');  // what is told is one line
-    call->receiver->tell(reply ? "taken " + call->number
-                               : "refused " + call->number + " " + reason);
+    call->receiver->tell(is_taken ? "taken " + call->number
+                                  : "refused " + call->number + " " + reason);
   }
 
   GDBusConnection* bus_;
