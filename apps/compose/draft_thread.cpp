@@ -198,7 +198,7 @@ bool DraftThread::is_over_after_writing(Job& job) {
     job.is_written = true;
     return false;
   }
-  const State state = end.answer.end == WriterEnd::kNoRoom ? State::kWaits : State::kStopped;
+  const State state = end.answer.end == WriterEnd::kNotNow ? State::kWaits : State::kStopped;
   finish(not_written(draft, state, end.answer.reason));
   return true;
 }

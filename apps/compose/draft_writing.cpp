@@ -21,7 +21,7 @@ namespace {
 /// The disk is to blame, and not the draft.
 WritingEnd cannot_be_kept() {
   const std::string reason = std::string("it cannot be written: ") + std::strerror(errno);
-  return {.answer = {.end = WriterEnd::kNoRoom, .reason = reason}, .fields = {}};
+  return {.answer = {.end = WriterEnd::kNotNow, .reason = reason}, .fields = {}};
 }
 
 bool sync(int file) {

@@ -116,7 +116,7 @@ int finish(std::vector<compose::TakenDraft> drafts, const gio::ActivationTokens&
     thread.add(std::move(drafts), tokens);
   }
   if (!is_read()) {
-    notifications.show();
+    compose::show_and_wait(notifications.take());
   }
   return status;
 }
@@ -129,7 +129,7 @@ int compose(const std::vector<std::string>& urls, posix::UniqueFd taken_pipe) {
   compose::report_taken(std::move(taken_pipe), is_refused, compose::report_of(drafts));
   if (drafts.empty() && is_refused) {
     if (!is_read()) {
-      notifications.show();
+      compose::show_and_wait(notifications.take());
     }
     return 1;
   }

@@ -14,8 +14,6 @@ namespace {
 
 using State = Outcome::State;
 
-constexpr const char* kEntry = "it.vorlent.quoll2";  // the receiver's desktop entry
-
 const char* summary_of(const Outcome& outcome) {
   switch (outcome.state) {
     case State::kWaits:
@@ -118,9 +116,8 @@ bool NotificationQueue::empty() const {
   return waiting_.empty();
 }
 
-void NotificationQueue::show() {
+std::vector<Notification> NotificationQueue::take() {
   constexpr std::size_t kMost = 3;
-  constexpr std::chrono::milliseconds kTimeOut{5000};
   std::vector<Notification> shown;
   {
     const std::lock_guard lock(mutex_);
@@ -132,9 +129,14 @@ void NotificationQueue::show() {
     shown.push_back({.summary = more + " more drafts were not as they should be",
                      .body = "The system log tells of each; quoll-compose --list names them."});
   }
-  // Stop at the first one that is not shown: waiting for the others would take too long.
-  static_cast<void>(std::ranges::all_of(shown, [&](const Notification& notification) {
-    return gio::show_notification(kEntry, notification.summary, notification.body, kTimeOut);
+  return shown;
+}
+
+void show_and_wait(const std::vector<Notification>& notifications) {
+  constexpr std::chrono::milliseconds kTimeOut{5000};
+  static_cast<void>(std::ranges::all_of(notifications, [&](const Notification& notification) {
+    return gio::show_notification(kNotifyingEntry, notification.summary, notification.body,
+                                  kTimeOut);
   }));
 }
 

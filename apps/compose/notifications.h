@@ -38,9 +38,9 @@ class NotificationQueue {
   /// Adds what the user should know about a draft. That drafts wait is said once, for all.
   void add(const Outcome& outcome);
   [[nodiscard]] bool empty() const;
-  /// Empties the queue and shows the notifications on the desktop. Of many, it shows the first few
-  /// and tells how many more there are. Runs the default main context of this thread.
-  void show();
+  /// Empties the queue. Of many, these are the first few, and one that tells how many more there
+  /// are.
+  [[nodiscard]] std::vector<Notification> take();
 
  private:
   std::function<void()> added_;
@@ -48,5 +48,12 @@ class NotificationQueue {
   std::vector<Notification> waiting_;
   bool told_of_waiting_ = false;
 };
+
+/// The receiver's desktop entry, in whose name they are shown.
+inline constexpr const char* kNotifyingEntry = "it.vorlent.quoll2";
+
+/// Shows these on the desktop, and waits until they are shown: up to 5 seconds for each, and not
+/// for others once one is not shown. Runs the default main context of this thread.
+void show_and_wait(const std::vector<Notification>& notifications);
 
 }  // namespace quoll::compose

@@ -1,10 +1,13 @@
 #include "apps/compose/service.h"
 
 #include <glib-unix.h>
+#include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <iostream>
 #include <optional>
 #include <utility>
@@ -18,6 +21,7 @@
 #include "quoll/container/group_container.h"
 #include "quoll/linux/gio/application_service.h"
 #include "quoll/linux/gio/left_out.h"
+#include "quoll/linux/gio/notification.h"
 #include "quoll/linux/posix/temporary_item.h"
 #include "quoll/platform/log.h"
 
@@ -44,6 +48,16 @@ void answer(GDBusMethodInvocation* call, const std::vector<TakenDraft>& drafts) 
   }
 }
 
+int told_to_end = -1;  ///< an event; a signal can reach nothing else
+
+/// Whatever holds up the main thread, the program ends a second later.
+void end_within_a_second(int /*signal*/) {
+  const int before = errno;
+  alarm(1);
+  (void)!eventfd_write(told_to_end, 1);
+  errno = before;
+}
+
 class Service final : public gio::ApplicationService {
  public:
   using ApplicationService::ApplicationService;
@@ -51,7 +65,10 @@ class Service final : public gio::ApplicationService {
   /// Runs until nobody calls, or SIGTERM ends the program.
   void run_or_end(std::chrono::milliseconds idle, WriterServer& writer) {
     thread_.emplace(writer, listener());
-    g_unix_signal_add(SIGTERM, stop_soon, this);
+    told_to_end = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    g_unix_fd_add(told_to_end, G_IO_IN, stop_when_told, this);
+    std::signal(SIGALRM, SIG_DFL);
+    std::signal(SIGTERM, end_within_a_second);
     run(idle);
     if (was_stopped()) {
       writer.stop();
@@ -87,34 +104,48 @@ class Service final : public gio::ApplicationService {
     }
   }
 
-  [[nodiscard]] bool busy() const override { return thread_->busy() || !notifications_.empty(); }
+  [[nodiscard]] bool busy() const override {
+    return thread_->busy() || shown_ != 0 || !notifications_.empty();
+  }
 
   DraftThread::Listener listener() {
     return {.finished =
                 [this](const Outcome& outcome) {
                   notifications_.add(outcome);
                   if (outcome.state == Outcome::State::kStopped) {
-                    call_on_main(stop_soon);  // another program goes on with a writer of its own
+                    end_within_a_second(0);  // another program goes on with a writer of its own
                   }
                 },
             .flood_is_over = [this] { notifications_.add(notification_of_flood()); }};
   }
 
-  void call_on_main(GSourceFunc function) {
-    g_idle_add_full(G_PRIORITY_DEFAULT, function, this, nullptr);
-  }
-  static gboolean stop_soon(gpointer self) {
-    alarm(1);  // for what may hold up this thread
+  static gboolean stop_when_told(int /*event*/, GIOCondition /*condition*/, gpointer self) {
     static_cast<Service*>(self)->stop();
     return G_SOURCE_REMOVE;
   }
-  // On the desktop, since nobody sees this program's output.
-  static gboolean show_notifications(gpointer self) {
-    static_cast<Service*>(self)->notifications_.show();
+
+  static gboolean show_soon(gpointer self) {
+    static_cast<Service*>(self)->show_notifications();
     return G_SOURCE_REMOVE;
   }
+  // On the desktop, since nobody sees this program's output. What comes before the last ones are
+  // answered waits for that, so that many become few.
+  void show_notifications() {
+    if (shown_ != 0) {
+      return;
+    }
+    for (const Notification& one : notifications_.take()) {
+      ++shown_;
+      gio::send_notification(bus(), kNotifyingEntry, one.summary, one.body, [this] {
+        --shown_;
+        show_notifications();
+      });
+    }
+  }
 
-  NotificationQueue notifications_{[this] { call_on_main(show_notifications); }};
+  NotificationQueue notifications_{
+      [this] { g_idle_add_full(G_PRIORITY_DEFAULT, show_soon, this, nullptr); }};
+  std::size_t shown_ = 0;  ///< notifications that are not answered
   std::optional<DraftThread> thread_;
 };
 

@@ -77,7 +77,7 @@ WriterAnswer answer_of_exit(int status) {
       return {.end = WriterEnd::kWritten, .reason = ""};
     case ENOSPC:
     case EDQUOT:
-      return {.end = WriterEnd::kNoRoom, .reason = "there is no room for the draft"};
+      return {.end = WriterEnd::kNotNow, .reason = "there is no room for the draft"};
     case ENOMEM:
     case kNoMemory:
       return failed("the draft cannot be written: it needs more memory than it may have");

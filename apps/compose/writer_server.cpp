@@ -13,7 +13,6 @@
 #include <cstring>
 #include <utility>
 
-#include "apps/compose/compose_error.h"
 #include "apps/compose/confine_writer.h"
 #include "apps/compose/write_message.h"
 #include "apps/compose/writer_child.h"
@@ -147,14 +146,14 @@ Answer write_in_child(WriterServer::Job job, std::chrono::milliseconds longest,
 WriterServer WriterServer::start(Job job, std::chrono::milliseconds longest) {
   std::array<int, 2> ends{-1, -1};
   if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
-    throw ComposeError("no draft can be written: " + posix::error_words(errno));
+    return {UniqueFd(), -1, errno};
   }
   UniqueFd ours = posix::above_standard_streams(UniqueFd(ends[0]));
   UniqueFd servers = posix::above_standard_streams(UniqueFd(ends[1]));
   const pid_t receiver = getpid();
   const pid_t process = fork();
   if (process < 0) {
-    throw ComposeError("no draft can be written: " + posix::error_words(errno));
+    return {UniqueFd(), -1, errno};
   }
   if (process == 0) {
     end_with(receiver);
@@ -162,14 +161,16 @@ WriterServer WriterServer::start(Job job, std::chrono::milliseconds longest) {
     prepare_to_write();
     serve(servers.get(), job, longest);
   }
-  return {std::move(ours), process};
+  return {std::move(ours), process, 0};
 }
 
-WriterServer::WriterServer(UniqueFd socket, pid_t process)
-    : socket_(std::move(socket)), process_(process) {}
+WriterServer::WriterServer(UniqueFd socket, pid_t process, int error)
+    : socket_(std::move(socket)), process_(process), error_(error) {}
 
 WriterServer::WriterServer(WriterServer&& other) noexcept
-    : socket_(std::move(other.socket_)), process_(std::exchange(other.process_, -1)) {}
+    : socket_(std::move(other.socket_)),
+      process_(std::exchange(other.process_, -1)),
+      error_(other.error_) {}
 
 WriterServer::~WriterServer() {
   if (process_ > 0) {
@@ -179,14 +180,15 @@ WriterServer::~WriterServer() {
 }
 
 WriterAnswer WriterServer::write(int taken_folder, int output) {
-  Answer answer{};
-  if (!Request().send(socket_.get(), taken_folder, output) ||
-      posix::uninterrupted([&] { return recv(socket_.get(), &answer, sizeof answer, 0); }) !=
-          sizeof answer) {
+  Answer answer{.error = error_, .status = 0};
+  if (error_ == 0 && (!Request().send(socket_.get(), taken_folder, output) ||
+                      posix::uninterrupted([&] {
+                        return recv(socket_.get(), &answer, sizeof answer, 0);
+                      }) != sizeof answer)) {
     return {.end = WriterEnd::kStopped, .reason = "the writing of the draft was stopped"};
   }
   if (answer.error != 0) {
-    return {.end = WriterEnd::kStopped,
+    return {.end = WriterEnd::kNotNow,
             .reason = "no process can be started to write the draft: " +
                       posix::error_words(answer.error)};
   }

@@ -13,7 +13,7 @@ namespace quoll::compose {
 /// How the writing of a draft ended.
 enum class WriterEnd {
   kWritten,
-  kNoRoom,   ///< the disk or the user's share of it is full
+  kNotNow,   ///< the system has no room for it, or no process; nothing is wrong with the draft
   kStopped,  ///< the writer was ended from outside; nothing is wrong with the draft
   kFailed,   ///< the writer could not write this draft, or ended by itself
 };
@@ -35,7 +35,8 @@ class WriterServer {
   /// How long a child may take, waiting included. One that takes longer is ended and has failed.
   static constexpr std::chrono::milliseconds kLongest = std::chrono::minutes(10);
 
-  /// Forks. Call it from the main thread, before any other is started. Throws `ComposeError`.
+  /// Forks. Call it from the main thread, before any other is started. When the system has no
+  /// process for it, each answer will be `kNotNow`.
   [[nodiscard]] static WriterServer start(Job job = write_message,
                                           std::chrono::milliseconds longest = kLongest);
 
@@ -52,10 +53,11 @@ class WriterServer {
   void stop() noexcept;
 
  private:
-  WriterServer(posix::UniqueFd socket, pid_t process);
+  WriterServer(posix::UniqueFd socket, pid_t process, int error);
 
   posix::UniqueFd socket_;
   pid_t process_;
+  int error_;  ///< why there is no process; 0 when there is one
 };
 
 }  // namespace quoll::compose

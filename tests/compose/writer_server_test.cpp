@@ -105,10 +105,10 @@ TEST(WriterServer, WhatEachEndMeans) {
   };
   const Row rows[] = {
       {"no room", [](int, int) { throw std::system_error(ENOSPC, std::generic_category()); },
-       WriterEnd::kNoRoom, "there is no room for the draft"},
+       WriterEnd::kNotNow, "there is no room for the draft"},
       {"no room of the user's",
        [](int, int) { throw std::system_error(EDQUOT, std::generic_category()); },
-       WriterEnd::kNoRoom, "there is no room for the draft"},
+       WriterEnd::kNotNow, "there is no room for the draft"},
       {"as long as a file may be",
        [](int, int) { throw std::system_error(EFBIG, std::generic_category()); },
        WriterEnd::kFailed, "the draft cannot be written: it becomes larger than its files make it"},

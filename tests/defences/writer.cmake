@@ -94,3 +94,18 @@ quoll_defence(commands_are_words FILE quoll/message/received_command.cpp
 quoll_defence(show_tells_of_staged_files_only FILE apps/console/show.cpp
   TAKES "if (!is_staged(path)) {" GIVES "if (path.empty() && !is_staged(path)) {"
   SHOWN_BY quollctl QuollctlTest.ShowsWhatACommandUrlSays)
+
+set(file apps/compose/service.cpp)
+quoll_defence(a_held_up_receiver_ends FILE ${file}
+  TAKES "  alarm(1);\n" GIVES ""
+  SHOWN_BY draft_states Ending.AMainThreadThatIsHeldUpIsEndedByItsAlarm)
+quoll_defence(notifications_hold_up_nothing FILE ${file}
+  TAKES "    for (const Notification& one : notifications_.take()) {\n"
+  GIVES "    show_and_wait(notifications_.take());\n    for (const Notification& one : notifications_.take()) {\n"
+  SHOWN_BY draft_states Ending.ADesktopThatDoesNotAnswerHoldsUpNothing)
+quoll_defence(notifications_wait_for_answers FILE ${file}
+  TAKES "    if (shown_ != 0) {\n" GIVES "    if (shown_ > 100) {\n"
+  SHOWN_BY draft_states Ending.WhatComesBeforeTheDesktopHasAnsweredBecomesFew)
+quoll_defence(no_process_is_no_end FILE apps/compose/writer_server.cpp
+  TAKES "return {.end = WriterEnd::kNotNow,\n" GIVES "return {.end = WriterEnd::kStopped,\n"
+  SHOWN_BY draft_states Ending.WithoutAProcessForItADraftWaitsAndItIsSaid)

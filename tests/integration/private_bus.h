@@ -23,6 +23,9 @@ class PrivateBus {
   [[nodiscard]] std::string path(const std::string& name) const { return folder_.path(name); }
   [[nodiscard]] std::string data_home() const { return folder_.path("data"); }
 
+  /// The process of the bus.
+  [[nodiscard]] pid_t daemon() const { return daemon_->id(); }
+
   /// Lets the bus start `command` for whoever asks for `name`.
   void add_service(const std::string& name, const std::string& command) const;
   /// Puts `<name>.desktop` among the applications.

@@ -47,6 +47,8 @@ class ApplicationService {
   virtual void call(std::string_view method, GVariant* parameters, GDBusMethodInvocation* call);
   /// True while there is work under way; `run` does not return then.
   [[nodiscard]] virtual bool busy() const = 0;
+  /// The connection; null before `begin`.
+  [[nodiscard]] GDBusConnection* bus() const { return bus_.get(); }
 
  private:
   static void called(GDBusConnection* bus, const char* sender, const char* path,

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
+#include <utility>
 
 #include "quoll/linux/gio/handles.h"
 #include "quoll/linux/gio/session_bus.h"
@@ -27,8 +29,12 @@ GVariant* parameters(const std::string& entry, const std::string& summary,
 }
 
 /// The call holds the connection until its reply has come and is released here.
-void sent(GObject* bus, GAsyncResult* result, gpointer /*data*/) {
+void sent(GObject* bus, GAsyncResult* result, gpointer data) {
+  const std::unique_ptr<std::function<void()>> answered(static_cast<std::function<void()>*>(data));
   const VariantHandle reply(g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, nullptr));
+  if (*answered) {
+    (*answered)();
+  }
 }
 
 }  // namespace
@@ -48,9 +54,11 @@ bool show_notification(const std::string& entry, const std::string& summary,
 }
 
 void send_notification(GDBusConnection* bus, const std::string& entry, const std::string& summary,
-                       const std::string& body) {
+                       const std::string& body, std::function<void()> answered) {
+  constexpr int kPatience = 5000;  // in milliseconds
+  auto data = std::make_unique<std::function<void()>>(std::move(answered));
   g_dbus_connection_call(bus, kName, kPath, kName, "Notify", parameters(entry, summary, body),
-                         nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, sent, nullptr);
+                         nullptr, G_DBUS_CALL_FLAGS_NONE, kPatience, nullptr, sent, data.release());
 }
 
 }  // namespace quoll::gio

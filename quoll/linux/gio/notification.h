@@ -3,6 +3,7 @@
 #include <gio/gio.h>
 
 #include <chrono>
+#include <functional>
 #include <string>
 
 namespace quoll::gio {
@@ -15,7 +16,9 @@ bool show_notification(const std::string& entry, const std::string& summary,
                        const std::string& body, std::chrono::milliseconds time_out);
 
 /// Sends a notification without waiting for an answer, for a program that goes on running.
+/// `answered` is called once, in the main context of this thread: when the notification is shown,
+/// when it cannot be, and when neither is known after 5 seconds. It must not raise.
 void send_notification(GDBusConnection* bus, const std::string& entry, const std::string& summary,
-                       const std::string& body);
+                       const std::string& body, std::function<void()> answered = {});
 
 }  // namespace quoll::gio
