@@ -17,6 +17,7 @@
 #include "apps/compose/clean_text.h"
 #include "apps/compose/draft_bodies.h"
 #include "apps/compose/mime_handles.h"
+#include "apps/compose/plain_address.h"
 #include "apps/compose/write_message.h"
 #include "apps/compose/writer_result.h"
 #include "fuzz/require.h"
@@ -146,7 +147,7 @@ void add_part(GMimeObject* /*parent*/, GMimeObject* object, gpointer data) {
   parts.contents.push_back(std::move(content));
 }
 
-/// The addresses in the list, without names. A word that the system knows is none.
+/// The addresses in the list that a mail client may be told, without names.
 std::vector<std::string> addresses(InternetAddressList* list) {
   std::vector<std::string> all;
   for (int i = 0; i < internet_address_list_length(list); ++i) {
@@ -158,7 +159,7 @@ std::vector<std::string> addresses(InternetAddressList* list) {
       continue;
     }
     const std::string address = internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(one));
-    if (address.find('@') != std::string::npos) {
+    if (compose::is_plain_address(address)) {
       all.push_back(address);
     }
   }

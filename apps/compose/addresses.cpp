@@ -6,6 +6,7 @@
 #include "apps/compose/clean_text.h"
 #include "apps/compose/mail_header.h"
 #include "apps/compose/mime_handles.h"
+#include "apps/compose/plain_address.h"
 #include "quoll/foundation/format.h"
 #include "quoll/foundation/text.h"
 
@@ -78,43 +79,15 @@ std::string without_quotes(std::string_view name) {
   return std::string(trim(out));
 }
 
-bool is_in_words(char c) {
-  constexpr std::string_view kSpecials = "()<>[]:;@\\,\" ";
-  return kSpecials.find(c) == std::string_view::npos;
-}
-
 bool is_ascii(std::string_view text) {
   return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-/// One word, or several with dots between them.
-bool is_words(std::string_view text) {
-  return !text.empty() && std::ranges::all_of(text, is_in_words);
-}
-
-bool is_quoted(std::string_view text) {
-  return text.size() > 2 && text.front() == '"' && text.find_first_of("\"\\", 1) == text.size() - 1;
-}
-
-bool is_domain(std::string_view text) {
-  return (is_words(text) && text.front() != '.' && text.back() != '.' &&
-          text.find("..") == std::string_view::npos) ||
-         (text.size() > 2 && text.front() == '[' && text.back() == ']' &&
-          text.find_first_of("[]\\", 1) == text.size() - 1);
-}
-
-bool is_address(std::string_view text) {
-  constexpr std::size_t kLongest = 320;
-  const std::size_t at = text.rfind('@');
-  return text.size() <= kLongest && at != std::string_view::npos &&
-         is_domain(text.substr(at + 1)) &&
-         (is_words(text.substr(0, at)) || is_quoted(text.substr(0, at)));
 }
 
 /// A word that the receiving system knows, such as "root".
 bool is_local_name(std::string_view text) {
   constexpr std::size_t kLongest = 64;
-  return text.size() <= kLongest && is_words(text) && is_ascii(text) &&
+  return text.size() <= kLongest && !text.empty() && is_ascii(text) &&
+         text.find_first_of("()<>[]:;@\\,\" ") == std::string_view::npos &&
          text.find("=?") == std::string_view::npos;
 }
 
@@ -145,6 +118,7 @@ Mailbox read_mailbox(std::string_view text) {
     const bool has_name = mailbox.address.empty() && !mailbox.name.empty();
     mailbox = {has_name ? mailbox.name : std::string(text), ""};
   }
+  mailbox.name = trim(without_invisible(mailbox.name));
   return mailbox;
 }
 
@@ -168,17 +142,19 @@ void add(Addresses& addresses, std::string_view text, std::string_view before = 
          std::string_view after = "") {
   const Mailbox mailbox = read_mailbox(text);
   addresses.written.push_back(std::string(before) + written(mailbox) + std::string(after));
-  if (mailbox.address.find('@') != std::string::npos &&
-      mailbox.address.find("=?") == std::string::npos) {
-    const std::string name = without_encoded_words(mailbox.name);
-    addresses.plain.push_back(name.empty() ? mailbox.address
-                                           : plain_phrase(name) + " <" + mailbox.address + ">");
+  const std::string name = without_encoded_words(mailbox.name);
+  std::string plain =
+      name.empty() ? mailbox.address : plain_phrase(name) + " <" + mailbox.address + ">";
+  if (is_plain_address(plain)) {
+    addresses.plain.push_back(std::move(plain));
+  } else {
+    ++addresses.not_plain;
   }
 }
 
 void add_group(Addresses& addresses, std::string_view name, std::vector<std::string_view> members) {
   std::erase(members, "");
-  const std::string before = header_phrase(without_quotes(name)) + ":";
+  const std::string before = header_phrase(without_invisible(without_quotes(name))) + ":";
   if (members.empty()) {
     addresses.written.push_back(before + ";");
   }

@@ -18,6 +18,21 @@ std::size_t control_at(std::string_view text, std::size_t at) {
   return rest.starts_with("\u2028") || rest.starts_with("\u2029") ? 3 : 0;
 }
 
+/// How many bytes the invisible character has that stands at `at`; 0 when none does.
+std::size_t invisible_at(std::string_view text, std::size_t at) {
+  const std::string_view rest = text.substr(at);
+  if (rest.starts_with("\u00AD") || rest.starts_with("\u061C")) {
+    return 2;
+  }
+  const auto between = [&](std::string_view first, std::string_view last) {
+    return rest.substr(0, 3) >= first && rest.substr(0, 3) <= last;
+  };
+  return between("\u200B", "\u200F") || between("\u202A", "\u202E") ||
+                 between("\u2060", "\u206F") || between("\uFEFF", "\uFEFF")
+             ? 3
+             : 0;
+}
+
 /// The text; `append` writes what stands for a control character.
 template <typename Append>
 std::string with_controls(std::string_view text, Append append) {
@@ -90,6 +105,22 @@ std::string with_control_pictures(std::string_view name) {
       out += control;
     }
   });
+}
+
+std::string without_invisible(std::string_view text) {
+  std::string out;
+  for (std::size_t at = 0; at < text.size();) {
+    if (const std::size_t length = invisible_at(text, at); length != 0) {
+      at += length;
+    } else {
+      out += text[at++];
+    }
+  }
+  return out;
+}
+
+bool has_invisible(std::string_view text) {
+  return without_invisible(text).size() != text.size();
 }
 
 std::string without_encoded_words(std::string_view text) {

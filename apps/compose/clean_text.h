@@ -24,6 +24,11 @@ namespace quoll::compose {
 /// A file's name with its ASCII control characters replaced by their pictures.
 [[nodiscard]] std::string with_control_pictures(std::string_view name);
 
+/// Whether a character in the text is invisible or turns the direction of others (U+00AD, U+061C,
+/// U+200B to U+200F, U+202A to U+202E, U+2060 to U+206F, U+FEFF); the text without them.
+[[nodiscard]] bool has_invisible(std::string_view text);
+[[nodiscard]] std::string without_invisible(std::string_view text);
+
 /// The text without what reads as an encoded word of a mail header (`=?utf-8?Q?...?=`): a program
 /// that is given it must not decode it to something that nobody looked at.
 [[nodiscard]] std::string without_encoded_words(std::string_view text);

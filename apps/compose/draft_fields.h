@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -9,7 +10,8 @@ namespace quoll::compose {
 /// character, `text` with line feeds and tabs only, and holds nothing that a client would decode.
 struct DraftFields {
   std::string subject = {};                             ///< one line
-  std::vector<std::string> to = {}, cc = {}, bcc = {};  ///< each one address, as people write it
+  std::vector<std::string> to = {}, cc = {}, bcc = {};  ///< each as `is_plain_address` says
+  std::size_t not_plain = 0;                            ///< recipients beside these
   std::string text = {};                                ///< the plain text
 };
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <utility>
 
@@ -224,6 +225,16 @@ void note_size(Outcome& outcome) {
   }
 }
 
+void note_recipients(Outcome& outcome, std::size_t left_out, const std::string& client) {
+  if (left_out != 0) {
+    outcome.notes.push_back(
+        (left_out == 1
+             ? "A recipient has no address and was not given to "
+             : std::to_string(left_out) + " recipients have no address and were not given to ") +
+        foundation::printable(client) + "; the message file names all.");
+  }
+}
+
 Outcome written(const TakenDraft& draft) {
   Outcome outcome;
   outcome.path = message_file(draft.name());
@@ -266,6 +277,7 @@ Outcome hand_over(TakenDraft draft, const DraftFields& fields,
       give_message_file(draft, client, with);
     } else {
       give_arguments(draft, fields, client, with);
+      note_recipients(outcome, fields.not_plain, client.name);
     }
     outcome.state = Outcome::State::kGiven;
     outcome.client = client.name;

@@ -26,11 +26,6 @@ bool is_plain(std::string_view text) {
   return text.find("=?") == std::string_view::npos && text.find("  ") == std::string_view::npos;
 }
 
-bool is_bare(std::string_view name) {
-  return std::ranges::all_of(name, [](char c) { return is_atom(c) || c == ' '; }) &&
-         name.find("  ") == std::string_view::npos;
-}
-
 std::string in_quotes(std::string_view name) {
   std::string out = "\"";
   for (const char c : name) {
@@ -70,6 +65,12 @@ std::string encoded_words(std::string_view text) {
 }
 
 }  // namespace
+
+// One with "-" in front would look like an option on a command line.
+bool is_bare(std::string_view name) {
+  return std::ranges::all_of(name, [](char c) { return is_atom(c) || c == ' '; }) &&
+         name.find("  ") == std::string_view::npos && !name.starts_with('-');
+}
 
 std::string header_text(std::string_view text) {
   return is_plain(text) ? std::string(text) : encoded_words(text);

@@ -9,6 +9,8 @@ namespace quoll::compose {
 /// The value of a header that is a text on one line, such as the subject.
 [[nodiscard]] std::string header_text(std::string_view text);
 
+/// True for a name that may stand before an address without quotes.
+[[nodiscard]] bool is_bare(std::string_view name);
 /// A name as it stands before an address: bare, in quotes, or encoded.
 [[nodiscard]] std::string header_phrase(std::string_view name);
 /// The same for people and programs that read UTF-8: bare or in quotes.

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -172,12 +173,16 @@ class Headers {
     if (!value.empty()) {
       append_header(text_, name, value);
     }
+    not_plain_ += addresses.not_plain;
     return std::move(addresses.plain);
   }
+  /// Of the addresses so far.
+  [[nodiscard]] std::size_t not_plain() const { return not_plain_; }
   [[nodiscard]] const std::string& text() const { return text_; }
 
  private:
   std::string text_;
+  std::size_t not_plain_ = 0;
 };
 
 // Writes the parts one by one. GMime would hold every part, with a descriptor for each, until the
@@ -223,9 +228,11 @@ void write_message(int taken_folder, int output) {
     fields.subject = subject_of(message, files);
     headers.add_subject(fields.subject);
     static_cast<void>(headers.add_addresses("From", message.from()));
+    const std::size_t senders = headers.not_plain();
     fields.to = headers.add_addresses("To", message.toString());
     fields.cc = headers.add_addresses("Cc", message.ccString());
     fields.bcc = headers.add_addresses("Bcc", message.bccString());
+    fields.not_plain = headers.not_plain() - senders;
     bodies = draft_bodies(text_of(message.plainBody()), text_of(message.htmlBody()));
   }
   fields.subject = without_encoded_words(fields.subject);

@@ -15,6 +15,7 @@
 
 #include "apps/compose/clean_text.h"
 #include "apps/compose/compose_error.h"
+#include "apps/compose/plain_address.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/system_call.h"
@@ -27,6 +28,7 @@ struct Record {
   std::array<char, 8> sign;
   std::uint64_t message;  ///< its length in bytes
   std::uint64_t fields;   ///< their length in bytes
+  std::uint64_t not_plain;
 };
 
 constexpr std::array<char, 8> kSign{'q', 'u', 'o', 'l', 'l', 'e', 'm', 'l'};
@@ -87,13 +89,16 @@ class Texts {
     return std::string(text);
   }
 
-  /// The texts up to an empty one.
-  std::vector<std::string> take_list() {
-    std::vector<std::string> texts;
+  /// The addresses up to an empty text.
+  std::vector<std::string> take_addresses() {
+    std::vector<std::string> addresses;
     for (std::string text = take(""); !text.empty(); text = take("")) {
-      texts.push_back(std::move(text));
+      if (!is_plain_address(text)) {
+        refuse();
+      }
+      addresses.push_back(std::move(text));
     }
-    return texts;
+    return addresses;
   }
 
   [[nodiscard]] bool is_empty() const { return left_.empty(); }
@@ -115,7 +120,7 @@ void append_fields(int file, const DraftFields& fields) {
     }
     append(bytes, "");
   }
-  const Record record{kSign, static_cast<std::uint64_t>(message), bytes.size()};
+  const Record record{kSign, static_cast<std::uint64_t>(message), bytes.size(), fields.not_plain};
   bytes.append(reinterpret_cast<const char*>(&record), sizeof record);
   if (message < 0 || !posix::write_all(file, bytes)) {
     throw std::system_error(errno, std::generic_category());
@@ -131,10 +136,14 @@ DraftFields take_fields(int file) {
   const std::string bytes = read_at(file, record.message, record.fields);
   Texts texts(bytes);
   DraftFields fields;
+  fields.not_plain = record.not_plain;
   fields.subject = texts.take("");
+  if (fields.subject.find("=?") != std::string::npos) {
+    refuse();  // a client may decode it
+  }
   fields.text = texts.take("\n\t");
   for (auto* list : {&fields.to, &fields.cc, &fields.bcc}) {
-    *list = texts.take_list();
+    *list = texts.take_addresses();
   }
   if (!texts.is_empty()) {
     refuse();

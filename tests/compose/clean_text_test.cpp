@@ -39,6 +39,17 @@ TEST(CleanText, LinesAreKept) {
   EXPECT_TRUE(is_clean(clean_lines("\x01\r\u0080\v\n"), "\n\t"));
 }
 
+TEST(CleanText, InvisibleCharactersGo) {
+  const std::string visible = "a\u00AC\u00AE\u061B\u200A\u2010\u2029\u202F\u205F\u2070\uFEFE";
+  EXPECT_FALSE(has_invisible(visible));
+  EXPECT_EQ(without_invisible(visible), visible);
+  for (const char* const one : {"\u00AD", "\u061C", "\u200B", "\u200F", "\u202A", "\u202E",
+                                "\u2060", "\u2064", "\u2066", "\u2069", "\uFEFF"}) {
+    EXPECT_TRUE(has_invisible("a" + std::string(one)));
+    EXPECT_EQ(without_invisible(std::string(one) + "a" + one + one + "b" + one), "ab");
+  }
+}
+
 TEST(CleanText, NothingIsLeftToDecode) {
   EXPECT_EQ(without_encoded_words("=?utf-8?Q?=0A?= a == b"), "= ?utf-8?Q?=0A?= a == b");
   EXPECT_EQ(without_encoded_words("==??"), "== ??");

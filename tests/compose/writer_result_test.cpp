@@ -39,7 +39,7 @@ class WriterResult : public ::testing::Test {
   /// The end of a file, as whoever wrote it likes it.
   static std::string with_record(const std::string& before, std::uint64_t message,
                                  std::uint64_t fields) {
-    std::string bytes = before + "quolleml" + std::string(16, '\0');
+    std::string bytes = before + "quolleml" + std::string(24, '\0');
     std::memcpy(bytes.data() + before.size() + 8, &message, 8);
     std::memcpy(bytes.data() + before.size() + 16, &fields, 8);
     return bytes;
@@ -55,6 +55,7 @@ TEST_F(WriterResult, FieldsComeBackAndTheMessageStays) {
            .to = {"a@x", "Ann <b@x>"},
            .cc = {},
            .bcc = {"c@x"},
+           .not_plain = 3,
            .text = "one\n\ttwo\n"},
        }) {
     append_fields(file(kMessage).get(), fields);
@@ -64,6 +65,7 @@ TEST_F(WriterResult, FieldsComeBackAndTheMessageStays) {
     EXPECT_EQ(back.to, fields.to);
     EXPECT_EQ(back.cc, fields.cc);
     EXPECT_EQ(back.bcc, fields.bcc);
+    EXPECT_EQ(back.not_plain, fields.not_plain);
     EXPECT_EQ(back.text, fields.text);
     EXPECT_EQ(content(), kMessage);
   }
@@ -138,6 +140,51 @@ TEST_F(WriterResult, OnlyPlainTextIsTaken) {
     }
   }
   expect_refused(written({.subject = std::string("a\0b", 3)}), "a zero byte makes one field more");
+}
+
+TEST_F(WriterResult, OnlyPlainAddressesAreTaken) {
+  for (const std::string good :
+       {"a@x", "a.b-c@x.org", "a@[192.0.2.1]", "j@b\u00FCcher.example", "Ann Lee <a@x>",
+        "\"Lee, Ann <b@y>\" <a@x>", "\"A \\\"B\\\"\" <a@x>", "J\u00FCrg <j@x>"}) {
+    append_fields(file(kMessage).get(), {.to = {good}});
+    const posix::UniqueFd read(open(folder_.path("file").c_str(), O_RDWR | O_CLOEXEC));
+    EXPECT_EQ(take_fields(read.get()).to, std::vector<std::string>{good});
+  }
+  for (const std::string bad : {"a",
+                                "@x",
+                                "a@",
+                                "-a@x",
+                                "--attach=/etc/passwd",
+                                "-a@x <a@x>",
+                                "Ann <-a@x>",
+                                "a b@x",
+                                "a,b@x",
+                                "a@x,b@y",
+                                "a@x, b@y",
+                                "a@x;b@y",
+                                "\"a b\"@x",
+                                "a@[1 2]",
+                                "<a@x>",
+                                " <a@x>",
+                                "Ann  <a@x>",
+                                "Ann <a@x> <b@y>",
+                                "Ann <a@x",
+                                "A,B <a@x>",
+                                "\"A\" B\" <a@x>",
+                                "\"A\\\" <a@x>",
+                                "a@x <b@y>",
+                                "=?utf-8?q?a?= <a@x>",
+                                "=?a@x",
+                                "A\u202Eb <a@x>",
+                                "a\u200B@x",
+                                "a@x\u00AD",
+                                "file:///etc/passwd",
+                                "mailto:a@x"}) {
+    expect_refused(written({.to = {bad}}), bad);
+    expect_refused(written({.cc = {"a@x", bad}}), bad);
+    expect_refused(written({.bcc = {bad}}), bad);
+  }
+  expect_refused(written({.subject = "=?utf-8?q?a=0Ab?="}), "a subject that would be decoded");
 }
 
 }  // namespace

@@ -75,7 +75,32 @@ quoll_defence(addresses_are_not_decoded FILE ${file}
 quoll_defence(addresses_are_one_line FILE ${file}
   TAKES "= one_line(joined);" GIVES "= std::string(joined);"
   SHOWN_BY compose_writer Addresses.NothingIsDecodedAndNothingCanBe)
-quoll_defence(address_length FILE ${file}
+quoll_defence(invisible_characters_leave_names FILE ${file}
+  TAKES "  mailbox.name = trim(without_invisible(mailbox.name));\n" GIVES ""
+  SHOWN_BY compose_writer Addresses.HaveNoInvisibleCharacter)
+quoll_defence(recipients_left_out_are_counted FILE ${file}
+  TAKES "    ++addresses.not_plain;\n" GIVES ""
+  SHOWN_BY compose_writer Addresses.WhatAClientIsNotToldIsCounted)
+quoll_defence(recipients_left_out_are_said FILE apps/compose/hand_over.cpp
+  TAKES "note_recipients(outcome, fields.not_plain, client.name);"
+  GIVES "note_recipients(outcome, 0, client.name);"
+  SHOWN_BY mail_client ComposeNotice.ARecipientWithoutAnAddressIsSaid)
+quoll_defence(names_are_no_options FILE apps/compose/mail_header.cpp
+  TAKES " && !name.starts_with('-')" GIVES ""
+  SHOWN_BY compose_writer Addresses.NoNameLooksLikeAnOption)
+quoll_defence(invisible_addresses FILE apps/compose/plain_address.cpp
+  TAKES "is_clean(text) && !has_invisible(text);" GIVES "is_clean(text);"
+  SHOWN_BY compose_writer Addresses.HaveNoInvisibleCharacter)
+quoll_defence(addresses_are_no_options FILE apps/compose/plain_address.cpp
+  TAKES "address.front() != '-' && " GIVES ""
+  SHOWN_BY compose_writer Addresses.WhatAClientIsNotToldIsCounted)
+quoll_defence(writer_is_asked_for_addresses FILE apps/compose/writer_result.cpp
+  TAKES "!is_plain_address(text)" GIVES "text.empty() && !is_plain_address(text)"
+  SHOWN_BY compose_writer WriterResult.OnlyPlainAddressesAreTaken)
+quoll_defence(writer_is_asked_for_a_plain_subject FILE apps/compose/writer_result.cpp
+  TAKES "fields.subject.find(\"=?\") != std::string::npos" GIVES "fields.subject == \"=?\""
+  SHOWN_BY compose_writer WriterResult.OnlyPlainAddressesAreTaken)
+quoll_defence(address_length FILE apps/compose/plain_address.cpp
   TAKES "kLongest = 320;" GIVES "kLongest = 1000;"
   SHOWN_BY compose_writer Addresses.WhatIsNoneStaysWhereAPersonSeesIt)
 quoll_defence(subject_is_one_line FILE apps/compose/write_message.cpp

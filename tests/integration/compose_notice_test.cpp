@@ -100,6 +100,17 @@ TEST_F(ComposeNotice, ADraftThatServersRefuseIsSaid) {
       "A draft was made|The draft has 26.0 MB, and many mail servers refuse more than 25 MB.");
 }
 
+TEST_F(ComposeNotice, ARecipientWithoutAnAddressIsSaid) {
+  choose("claws-mail", "Claws");
+  open("quoll://compose?subject=x&to=Ann%3Bb%40x.org&cc=two%20words");
+  EXPECT_EQ(line(),
+            "A draft was made|2 recipients have no address and were not given to Claws; the "
+            "message file names all.");
+  const Words words = given();
+  ASSERT_EQ(words.size(), 2U);
+  EXPECT_TRUE(words[1].starts_with("mailto:b%40x.org?")) << words[1];
+}
+
 TEST_F(ComposeNotice, ACommandThatIsRefusedIsSaid) {
   EXPECT_NE(
       run({"gdbus", "call", "--session", "--dest", kName, "--object-path", "/it/vorlent/quoll2",
