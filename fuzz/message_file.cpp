@@ -28,7 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::ostringstream out;
   std::size_t attachments = 0;
   try {
-    const auto draft = quoll::compose::read_draft(path);
+    const auto draft = quoll::compose::read_draft(quoll::compose::open_message(path), path);
     attachments = draft.attachments.size();
     print_summary(out, draft);
   } catch (const quoll::compose::ComposeError&) {

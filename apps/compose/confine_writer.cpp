@@ -49,14 +49,13 @@ void limit_time(std::uint64_t file_bytes) {
 void limit_files(std::uint64_t file_bytes) {
   constexpr rlim_t kAllElse = rlim_t{1} << 30;
   constexpr std::uint64_t kLargest = std::uint64_t{1} << 62;
-  limit(RLIMIT_CORE, 0);
   limit(RLIMIT_FSIZE, kAllElse + std::min(file_bytes, kLargest) / 2 * 3);
   signal(SIGXFSZ, SIG_IGN);  // write() reports what does not fit
 }
 
-void leave_one_folder(int taken_folder) {
+void leave_one_folder(int folder) {
   PathRules rules;
-  rules.allow(taken_folder, PathRules::Access::kRead);
+  rules.allow(folder, PathRules::Access::kRead);
   if (kSanitizerBuild) {
     rules.allow("/proc/self", PathRules::Access::kRead);
   }
@@ -90,11 +89,16 @@ WriterConfinement::WriterConfinement() {
 }
 
 void WriterConfinement::enforce(int taken_folder, std::uint64_t file_bytes) {
+  limit_files(file_bytes);
+  enforce_reading(taken_folder, file_bytes);
+}
+
+void WriterConfinement::enforce_reading(int folder, std::uint64_t file_bytes) {
+  limit(RLIMIT_CORE, 0);
   limit_memory();
   limit_time(file_bytes);
-  limit_files(file_bytes);
   prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-  leave_one_folder(taken_folder);
+  leave_one_folder(folder);
   (void)!calls_.enforce();
 }
 

@@ -21,6 +21,10 @@ class WriterConfinement {
   /// they were taken; the time depends on it, and what may be written.
   void enforce(int taken_folder, std::uint64_t file_bytes);
 
+  /// The same for a process that reads for a person what a writer wrote: it reads below this folder
+  /// and what is open, and writes to what is open. -1 stands for no folder.
+  void enforce_reading(int folder, std::uint64_t file_bytes);
+
  private:
   sandbox::CallFilter calls_;
 };

@@ -9,8 +9,10 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <ctime>
 
 #include "apps/compose/compose_error.h"
+#include "apps/compose/confine_writer.h"
 #include "apps/compose/mime_handles.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
@@ -35,19 +37,6 @@ MimeHandle<GMimeMessage> parsed(GMimeStream* stream, const std::string& path) {
     throw ComposeError(path + " is not a message");
   }
   return message;
-}
-
-MimeHandle<GMimeMessage> message_in(const std::string& path) {
-  posix::UniqueFd fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-  struct stat status {};
-  if (fd.get() < 0 || fstat(fd.get(), &status) != 0) {
-    throw ComposeError(path + " cannot be read: " + std::strerror(errno));
-  }
-  if (!S_ISREG(status.st_mode)) {
-    throw ComposeError(path + " is not a file");
-  }
-  const MimeHandle<GMimeStream> stream(g_mime_stream_fs_new(fd.release()));
-  return parsed(stream.get(), path);
 }
 
 // The size of an attachment. Drafts of this program have it in a header; in other message files the
@@ -124,8 +113,32 @@ std::string size_text(std::int64_t size) {
   return text.data();
 }
 
-DraftSummary read_draft(const std::string& path) {
-  const auto message = message_in(path);
+posix::UniqueFd open_message(const std::string& path) {
+  posix::UniqueFd file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  struct stat status {};
+  if (!file || fstat(file.get(), &status) != 0) {
+    throw ComposeError(path + " cannot be read: " + std::strerror(errno));
+  }
+  if (!S_ISREG(status.st_mode)) {
+    throw ComposeError(path + " is not a file");
+  }
+  return file;
+}
+
+void confine_reader(int folder) {
+  g_mime_init();
+  tzset();
+  // Encodings of text that cannot be loaded later, as mail has them.
+  for (const char* const encoding :
+       {"iso-8859-1", "iso-8859-2", "iso-8859-15", "windows-1251", "windows-1252", "koi8-r"}) {
+    static_cast<void>(g_iconv_open("utf-8", encoding));
+  }
+  WriterConfinement().enforce_reading(folder, 0);
+}
+
+DraftSummary read_draft(posix::UniqueFd file, const std::string& path) {
+  const MimeHandle<GMimeStream> stream(g_mime_stream_fs_new(file.release()));
+  const auto message = parsed(stream.get(), path);
   DraftSummary draft{.path = path,
                      .subject = text_or_empty(g_mime_message_get_subject(message.get())),
                      .from = header(message.get(), "From"),

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "quoll/linux/posix/unique_fd.h"
+
 namespace quoll::compose {
 
 /// A size in words, such as "31.2 MB".
@@ -25,8 +27,15 @@ struct DraftSummary {
   std::vector<Attachment> attachments;
 };
 
-/// Reads a message file. Throws `ComposeError` when it cannot be read or is not a message.
-[[nodiscard]] DraftSummary read_draft(const std::string& path);
+/// Opens a message file. Throws `ComposeError` when it cannot be read.
+[[nodiscard]] posix::UniqueFd open_message(const std::string& path);
+
+/// Confines this process for good to reading what is open, and what lies below the folder unless it
+/// is -1. Call it before `read_draft` and `subject_of`: what a stranger wrote is read there.
+void confine_reader(int folder);
+
+/// Reads an open message file; `path` is only told. Throws `ComposeError` when it is no message.
+[[nodiscard]] DraftSummary read_draft(posix::UniqueFd file, const std::string& path);
 
 /// Prints a summary of a few lines, with only the beginning of a long text. Control characters are
 /// written as escapes, so that no draft can control a terminal.

@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <gmime/gmime.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -145,16 +144,19 @@ int resume() {
   return finish({}, {}, notifications);
 }
 
-int show(const std::string& path) {
-  g_mime_init();
-  print_summary(std::cout,
-                compose::read_draft(path.empty() ? compose::newest_message_file() : path));
+int show(const std::string& named) {
+  const std::string path = named.empty() ? compose::newest_message_file() : named;
+  posix::UniqueFd file = compose::open_message(path);
+  compose::confine_reader(-1);
+  print_summary(std::cout, compose::read_draft(std::move(file), path));
   return 0;
 }
 
 int list(bool is_json) {
-  g_mime_init();
   const auto drafts = compose::list_drafts();
+  const posix::UniqueFd folder(
+      open(compose::drafts_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  compose::confine_reader(folder.get());
   if (is_json) {
     compose::print_json(std::cout, drafts);
     return 0;

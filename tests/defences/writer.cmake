@@ -1,8 +1,8 @@
 # The process that writes drafts, and the reading of what strangers wrote.
 set(file apps/compose/confine_writer.cpp)
 quoll_defence(writer_reads_one_folder FILE ${file}
-  TAKES "rules.allow(taken_folder, PathRules::Access::kRead);"
-  GIVES "rules.allow(\"/\", PathRules::Access::kRead); (void)taken_folder;"
+  TAKES "rules.allow(folder, PathRules::Access::kRead);"
+  GIVES "rules.allow(\"/\", PathRules::Access::kRead); (void)folder;"
   SHOWN_BY sandbox WriterSandbox.NoOtherFileIsReadAndNoFolderListed)
 quoll_defence(writer_opens_for_reading FILE ${file}
   TAKES "calls_.allow(\"openat\", {has_none_of(2, O_WRONLY | O_RDWR | O_CREAT | O_TRUNC)});\n"
@@ -119,6 +119,17 @@ quoll_defence(commands_are_words FILE quoll/message/received_command.cpp
 quoll_defence(show_tells_of_staged_files_only FILE apps/console/show.cpp
   TAKES "if (!is_staged(path)) {" GIVES "if (path.empty() && !is_staged(path)) {"
   SHOWN_BY quollctl QuollctlTest.ShowsWhatACommandUrlSays)
+
+set(file apps/compose/main.cpp)
+quoll_defence(drafts_are_shown_confined FILE ${file}
+  TAKES "compose::confine_reader(-1);" GIVES ""
+  SHOWN_BY receiver Reading.ADraftIsShownByAConfinedProcess)
+quoll_defence(drafts_are_listed_confined FILE ${file}
+  TAKES "compose::confine_reader(folder.get());" GIVES ""
+  SHOWN_BY receiver Reading.DraftsAreListedByAConfinedProcess)
+quoll_defence(a_list_reads_one_folder FILE ${file}
+  TAKES "open(compose::drafts_folder().c_str()," GIVES "open(\"/\","
+  SHOWN_BY receiver Reading.NothingElseIsReadFromTheList)
 
 set(file apps/compose/service.cpp)
 quoll_defence(a_held_up_receiver_ends FILE ${file}
