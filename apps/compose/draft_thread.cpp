@@ -46,8 +46,11 @@ Outcome set_aside(const TakenDraft& draft, const std::string& reason) {
 
 }  // namespace
 
-DraftThread::DraftThread(WriterServer& writer, Listener listener)
-    : writer_(writer), listener_(std::move(listener)), thread_([this] { run(); }) {}
+DraftThread::DraftThread(WriterServer& writer, Earlier earlier, Listener listener)
+    : writer_(writer),
+      earlier_(earlier),
+      listener_(std::move(listener)),
+      thread_([this] { run(); }) {}
 
 DraftThread::~DraftThread() {
   {
@@ -108,6 +111,9 @@ void DraftThread::begin() {
   try {
     make_folders();
     sweep(present_moment());
+    if (earlier_ == Earlier::kAreLeft) {
+      return;
+    }
     const std::vector<std::string> names = waiting_drafts();
     for (const std::string& name : names) {
       go_on_with(name);
@@ -121,7 +127,7 @@ void DraftThread::begin() {
 
 /// Unless it is worked on. A draft of this program that has no lock is among those that wait.
 void DraftThread::go_on_with(const std::string& name) {
-  Job job{.name = name, .draft = {}, .tokens = {}, .fields = {}};
+  Job job{.name = name, .draft = {}, .tokens = {}, .is_earlier = true};
   try {
     if (!lock_draft(job)) {
       return;
@@ -158,7 +164,7 @@ void DraftThread::work_on(Job job, Lock& lock) {
       is_over = is_over_after_writing(job);
     }
   } catch (const std::exception& exception) {
-    finish(waits(job.name, exception.what()));
+    finish(job, waits(job.name, exception.what()));
   }
   lock.lock();
   if (is_over) {
@@ -173,17 +179,17 @@ void DraftThread::work_on(Job job, Lock& lock) {
 bool DraftThread::is_over_after_writing(Job& job) {
   const TakenDraft& draft = *job.draft;
   if (const auto reason = why_never(draft.folder())) {
-    finish(set_aside(draft, *reason));
+    finish(job, set_aside(draft, *reason));
     return true;
   }
   Attempts attempts(draft.folder());
   if (attempts.are_enough()) {
-    finish(set_aside(draft, attempts.reason()));
+    finish(job, set_aside(draft, attempts.reason()));
     return true;
   }
   if (const int error = attempts.begin()) {
-    finish(not_written(draft, State::kWaits,
-                       std::string("it cannot be written: ") + std::strerror(error)));
+    finish(job, not_written(draft, State::kWaits,
+                            std::string("it cannot be written: ") + std::strerror(error)));
     return true;
   }
   WritingEnd end = write_draft(draft, writer_);
@@ -199,19 +205,19 @@ bool DraftThread::is_over_after_writing(Job& job) {
     return false;
   }
   const State state = end.answer.end == WriterEnd::kNotNow ? State::kWaits : State::kStopped;
-  finish(not_written(draft, state, end.answer.reason));
+  finish(job, not_written(draft, state, end.answer.reason));
   return true;
 }
 
 void DraftThread::give(Job& job) {
   if (may_offer()) {
-    finish(hand_over(std::move(*job.draft), job.fields, job.tokens));
+    finish(job, hand_over(std::move(*job.draft), job.fields, job.tokens));
     return;
   }
   has_kept_ = true;
   Outcome outcome = keep(std::move(*job.draft), "too many drafts came at once");
   outcome.in_flood = true;
-  finish(outcome);
+  finish(job, std::move(outcome));
 }
 
 /// Without a desktop nothing is offered.
@@ -227,7 +233,8 @@ bool DraftThread::may_offer() {
   return may;
 }
 
-void DraftThread::finish(const Outcome& outcome) const {
+void DraftThread::finish(const Job& job, Outcome outcome) const {
+  outcome.is_earlier = job.is_earlier;
   log_outcome(outcome);
   listener_.finished(outcome);
 }

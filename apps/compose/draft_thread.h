@@ -19,7 +19,8 @@
 namespace quoll::compose {
 
 /// Finishes taken drafts on a thread of its own, so that a large draft lets nobody wait. It begins
-/// by sweeping the receiver's folders, and goes on with the drafts that an earlier program left.
+/// by sweeping the receiver's folders, and goes on with the drafts that an earlier program left, if
+/// it shall.
 ///
 /// All waiting drafts are written, one after the other, before the written ones are given to the
 /// mail client, which takes longer.
@@ -39,8 +40,11 @@ class DraftThread {
     std::function<void()> flood_is_over;
   };
 
+  /// What becomes of the drafts that earlier programs have left.
+  enum class Earlier : bool { kAreLeft, kAreGoneOnWith };
+
   /// `writer` must outlive this object.
-  DraftThread(WriterServer& writer, Listener listener);
+  DraftThread(WriterServer& writer, Earlier earlier, Listener listener);
   DraftThread(const DraftThread&) = delete;
   DraftThread& operator=(const DraftThread&) = delete;
   /// Waits for the last draft.
@@ -55,7 +59,8 @@ class DraftThread {
     std::string name;
     std::optional<TakenDraft> draft;  ///< none: it is locked when its turn comes
     gio::ActivationTokens tokens;
-    DraftFields fields;
+    DraftFields fields = {};
+    bool is_earlier = false;
     bool is_written = false;  ///< then the fields are known
   };
   using Lock = std::unique_lock<std::mutex>;
@@ -70,11 +75,12 @@ class DraftThread {
   [[nodiscard]] bool is_over_after_writing(Job& job);
   void give(Job& job);
   [[nodiscard]] bool may_offer();
-  void finish(const Outcome& outcome) const;
+  void finish(const Job& job, Outcome outcome) const;
   void end_flood(Lock& lock);
   void tell_of_flood() const;
 
   WriterServer& writer_;
+  Earlier earlier_;
   Listener listener_;
   mutable std::mutex mutex_;
   std::condition_variable changed_;

@@ -98,20 +98,26 @@ std::vector<compose::TakenDraft> take_each(const std::vector<std::string>& urls,
   return drafts;
 }
 
-/// Writes and hands over these drafts, and all that wait. Answers the exit status.
+/// Writes and hands over these drafts, and all that wait for a desktop when there is one. Answers
+/// the exit status, which is about these drafts; when there are none, about those that wait, which
+/// are then gone on with in any case.
 int finish(std::vector<compose::TakenDraft> drafts, const gio::ActivationTokens& tokens,
            compose::NotificationQueue& notifications) {
+  using Earlier = compose::DraftThread::Earlier;
+  const bool is_resuming = drafts.empty();
   int status = 0;
   auto writer = compose::WriterServer::start();
   {
     compose::DraftThread thread(
-        writer, {.finished =
-                     [&](const compose::Outcome& outcome) {
-                       notifications.add(outcome);
-                       print(outcome);
-                       status = outcome.is_written() && outcome.left_out.empty() ? status : 1;
-                     },
-                 .flood_is_over = [&] { notifications.add(compose::notification_of_flood()); }});
+        writer, is_resuming || compose::has_desktop() ? Earlier::kAreGoneOnWith : Earlier::kAreLeft,
+        {.finished =
+             [&](const compose::Outcome& outcome) {
+               notifications.add(outcome);
+               print(outcome);
+               const bool is_whole = outcome.is_written() && outcome.left_out.empty();
+               status = is_whole || (outcome.is_earlier && !is_resuming) ? status : 1;
+             },
+         .flood_is_over = [&] { notifications.add(compose::notification_of_flood()); }});
     thread.add(std::move(drafts), tokens);
   }
   if (!is_read()) {

@@ -21,9 +21,10 @@ struct Outcome {
   State state = State::kKept;
   /// Its message file, or the folder of what was taken when there is none.
   std::string path;
-  std::string client;     ///< its name, when it was given
-  std::string reason;     ///< why it was not given, and what to do
-  bool in_flood = false;  ///< one of so many that none was given to a client
+  std::string client;       ///< its name, when it was given
+  std::string reason;       ///< why it was not given, and what to do
+  bool in_flood = false;    ///< one of so many that none was given to a client
+  bool is_earlier = false;  ///< an earlier program had taken it
   LeftOutFiles left_out;
   std::vector<std::string> notes;  ///< sentences about what else the user should know
 

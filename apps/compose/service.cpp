@@ -16,6 +16,7 @@
 #include "apps/compose/compose_error.h"
 #include "apps/compose/draft_thread.h"
 #include "apps/compose/folders.h"
+#include "apps/compose/hand_over.h"
 #include "apps/compose/notifications.h"
 #include "apps/compose/taker.h"
 #include "quoll/container/group_container.h"
@@ -27,6 +28,8 @@
 
 namespace quoll::compose {
 namespace {
+
+using Earlier = DraftThread::Earlier;
 
 /// Whether the sender has put this wish into the platform data.
 bool wants(GDBusMethodInvocation* call, const char* wish) {
@@ -64,7 +67,8 @@ class Service final : public gio::ApplicationService {
 
   /// Runs until nobody calls, or SIGTERM ends the program.
   void run_or_end(std::chrono::milliseconds idle, WriterServer& writer) {
-    thread_.emplace(writer, listener());
+    thread_.emplace(writer, has_desktop() ? Earlier::kAreGoneOnWith : Earlier::kAreLeft,
+                    listener());
     told_to_end = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     g_unix_fd_add(told_to_end, G_IO_IN, stop_when_told, this);
     std::signal(SIGALRM, SIG_DFL);
