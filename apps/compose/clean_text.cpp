@@ -27,7 +27,7 @@ std::size_t invisible_at(std::string_view text, std::size_t at) {
   const auto between = [&](std::string_view first, std::string_view last) {
     return rest.substr(0, 3) >= first && rest.substr(0, 3) <= last;
   };
-  return between("\u200B", "\u200F") || between("\u202A", "\u202E") ||
+  return between("\u200B", "\u200F") || between("\xE2\x80\xAA", "\xE2\x80\xAE") ||
                  between("\u2060", "\u206F") || between("\uFEFF", "\uFEFF")
              ? 3
              : 0;
