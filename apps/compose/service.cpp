@@ -67,12 +67,12 @@ class Service final : public gio::ApplicationService {
 
   /// Runs until nobody calls, or SIGTERM ends the program.
   void run_or_end(std::chrono::milliseconds idle, WriterServer& writer) {
-    thread_.emplace(writer, has_desktop() ? Earlier::kAreGoneOnWith : Earlier::kAreLeft,
-                    listener());
     told_to_end = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     g_unix_fd_add(told_to_end, G_IO_IN, stop_when_told, this);
     std::signal(SIGALRM, SIG_DFL);
     std::signal(SIGTERM, end_within_a_second);
+    thread_.emplace(writer, has_desktop() ? Earlier::kAreGoneOnWith : Earlier::kAreLeft,
+                    listener());
     run(idle);
     if (was_stopped()) {
       writer.stop();
