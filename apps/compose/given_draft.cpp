@@ -38,6 +38,12 @@ bool has(const std::string& draft, const char* file) {
   return access((folder_of(draft) + "/" + file).c_str(), F_OK) == 0;
 }
 
+[[noreturn]] void cannot_lock(const std::string& draft, int error) {
+  throw ComposeError(error == EWOULDBLOCK
+                         ? "another program works on the draft " + draft + "; try again later"
+                         : folder_of(draft) + " cannot be locked: " + std::strerror(error));
+}
+
 std::string place_of(std::size_t k, const std::string& name) {
   return "files/" + std::to_string(k) + "/" + name;
 }
@@ -89,10 +95,11 @@ void sweep_one(const std::string& draft, const Moment& now) {
 }  // namespace
 
 GivenDraft GivenDraft::again(const std::string& draft) {
+  make_folders();
   mkdir(folder_of(draft).c_str(), S_IRWXU);  // it may exist already
   posix::UniqueFd folder = locked_folder(folder_of(draft));
   if (!folder) {
-    throw ComposeError("another program works on the draft " + draft + "; try again later");
+    cannot_lock(draft, errno);
   }
   const bool was_offered = has(draft, kOffered);
   if (const int error = write_small_file(folder.get(), kOffered, "")) {
@@ -182,10 +189,10 @@ Giving giving_of(const std::string& draft) {
 
 void remove_written(const std::string& draft) {
   const posix::UniqueFd folder = locked_folder(folder_of(draft));
-  std::error_code error;
-  if (!folder && fs::exists(folder_of(draft), error)) {
-    throw ComposeError("another program works on the draft " + draft + "; try again later");
+  if (!folder && errno != ENOENT) {
+    cannot_lock(draft, errno);
   }
+  std::error_code error;
   remove_copy(draft);
   if (!fs::remove(message_file(draft), error) && error) {
     throw ComposeError(message_file(draft) + " cannot be removed: " + error.message());
