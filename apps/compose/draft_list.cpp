@@ -1,6 +1,5 @@
 #include "apps/compose/draft_list.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,7 +17,6 @@
 #include "apps/compose/given_draft.h"
 #include "apps/compose/taken_draft.h"
 #include "quoll/foundation/printable.h"
-#include "quoll/linux/posix/folder_cursor.h"
 
 namespace quoll::compose {
 namespace {
@@ -82,12 +80,7 @@ std::vector<ListedDraft> list_drafts() {
          .is_message = false},
         path + "/command");
   }
-  std::vector<std::string> files;
-  const posix::UniqueFd folder(open(drafts_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (folder) {
-    static_cast<void>(posix::list_folder(folder.get(), files));
-  }
-  for (const std::string& file : files) {
+  for (const std::string& file : names_in(drafts_folder())) {
     const std::string name = file.substr(0, file.size() - std::min(file.size(), kEnding.size()));
     const bool is_taken = std::ranges::find(taken, name) != taken.end();
     if (file.ends_with(kEnding) && !file.starts_with('.') && !is_taken) {

@@ -17,7 +17,8 @@ struct ListedDraft {
   bool is_message = false;
 };
 
-/// All drafts, the newest last. Changes nothing.
+/// All drafts, the newest last. Changes nothing. Throws `ComposeError` when a folder cannot be
+/// read.
 [[nodiscard]] std::vector<ListedDraft> list_drafts();
 
 /// Prints one line: the name, the time, the state, the subject (read from the message file) and the

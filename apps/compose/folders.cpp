@@ -1,6 +1,8 @@
 #include "apps/compose/folders.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -8,6 +10,7 @@
 
 #include "apps/compose/compose_error.h"
 #include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/writing_trial.h"
 
 namespace quoll::compose {
@@ -28,11 +31,18 @@ std::string receiver_folder() {
   throw ComposeError("there is no home folder to keep drafts in; set HOME");
 }
 
+[[noreturn]] void cannot_read(const std::string& folder, int error) {
+  throw ComposeError("the folder " + folder + " cannot be read: " + posix::error_words(error));
+}
+
 void make_folder(const std::string& path) {
   for (auto slash = path.find('/', 1);; slash = path.find('/', slash + 1)) {
     const std::string folder = path.substr(0, slash);
     if (mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
       throw ComposeError("the folder " + folder + " cannot be made: " + std::strerror(errno));
+    }
+    if (struct stat status{}; stat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+      throw ComposeError(folder + " is no folder, or a link to none; move it away");
     }
     if (slash == std::string::npos) {
       return;
@@ -72,6 +82,26 @@ std::string message_file(const std::string& draft) {
 
 std::string unfinished_message_file(const std::string& draft) {
   return drafts_folder() + "/." + draft + ".eml";
+}
+
+posix::UniqueFd open_folder(const std::string& path) {
+  posix::UniqueFd folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!folder) {
+    cannot_read(path, errno);
+  }
+  return folder;
+}
+
+std::vector<std::string> names_in(const std::string& path) {
+  std::vector<std::string> names;
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0 && errno == ENOENT) {
+    return names;
+  }
+  if (const int error = posix::list_folder(open_folder(path).get(), names)) {
+    cannot_read(path, error);
+  }
+  return names;
 }
 
 void make_folders() {

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <string>
+#include <vector>
+
+#include "quoll/linux/posix/unique_fd.h"
 
 /// The receiver's own folder, `${XDG_DATA_HOME:-~/.local/share}/quoll-compose`, and what lies in
 /// it; docs/mail-clients.md tells what each is for. These functions answer paths and make nothing.
@@ -24,6 +27,11 @@ namespace quoll::compose {
 [[nodiscard]] std::string message_file(const std::string& draft);
 /// The same while it is being written.
 [[nodiscard]] std::string unfinished_message_file(const std::string& draft);
+
+/// Opens one of the folders, which its owner may have put behind a link. Throws `ComposeError`.
+[[nodiscard]] posix::UniqueFd open_folder(const std::string& path);
+/// The names in one of the folders, in no order; none when it is not there. Throws `ComposeError`.
+[[nodiscard]] std::vector<std::string> names_in(const std::string& path);
 
 /// Makes the folders that are missing, for this user alone. Throws `ComposeError`.
 void make_folders();

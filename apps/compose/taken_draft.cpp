@@ -37,28 +37,11 @@ bool is_older(const std::string& one, const std::string& other) {
   return time != 0 ? time < 0 : std::pair(one.size(), one) < std::pair(other.size(), other);
 }
 
-/// Opens the folder of all drafts.
-posix::UniqueFd opened_by_owner(const std::string& folder) {
-  return posix::UniqueFd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-}
-
-[[noreturn]] void cannot_read_taken_folder(int error) {
-  throw ComposeError("the folder " + taken_folder() + " cannot be read: " + std::strerror(error));
-}
-
 bool is_aside(const std::string& draft) {
   return access((taken_folder() + "/" + draft + "/" + kAside).c_str(), F_OK) == 0;
 }
 
 }  // namespace
-
-posix::UniqueFd open_taken_folder() {
-  posix::UniqueFd folder = opened_by_owner(taken_folder());
-  if (!folder) {
-    cannot_read_taken_folder(errno);
-  }
-  return folder;
-}
 
 posix::UniqueFd locked_folder(const std::string& path) {
   posix::UniqueFd folder = opened(path);
@@ -121,7 +104,7 @@ bool TakenDraft::is_aside_too_long(const Moment& now) const {
 
 // Under a hidden name first: a folder of which only a part is left must not be taken for a draft.
 void TakenDraft::remove() {
-  const posix::UniqueFd taken = opened_by_owner(taken_folder());
+  const posix::UniqueFd taken(open(taken_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   const std::string hidden = "." + name_;
   if (renameat(taken.get(), name_.c_str(), taken.get(), hidden.c_str()) == 0) {
     static_cast<void>(posix::remove_item(taken.get(), hidden));  // or a later start does
@@ -152,12 +135,7 @@ std::optional<std::string> why_aside(const std::string& draft) {
 }
 
 std::vector<std::string> taken_drafts() {
-  std::vector<std::string> names;
-  const posix::UniqueFd folder = opened_by_owner(taken_folder());
-  const int error = folder ? posix::list_folder(folder.get(), names) : errno;
-  if (error != 0 && error != ENOENT) {
-    cannot_read_taken_folder(error);
-  }
+  std::vector<std::string> names = names_in(taken_folder());
   std::erase_if(names, [](const std::string& name) { return name.starts_with('.'); });
   std::ranges::sort(names, is_older);
   return names;

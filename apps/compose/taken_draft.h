@@ -45,10 +45,6 @@ class TakenDraft {
   posix::UniqueFd folder_;
 };
 
-/// Opens the folder of all of them, which its owner may have put behind a link. Throws
-/// `ComposeError`.
-[[nodiscard]] posix::UniqueFd open_taken_folder();
-
 /// The names of the drafts that wait to be written, the oldest first; none when there is no folder
 /// for them. Nothing is locked or changed. Throws `ComposeError` when the folder cannot be read.
 [[nodiscard]] std::vector<std::string> waiting_drafts();

@@ -77,7 +77,8 @@ class NewDraft {
   NotedSizes sizes_;
 };
 
-NewDraft::NewDraft(const std::string& url) : folder_({open_taken_folder(), taken_folder()}) {
+NewDraft::NewDraft(const std::string& url)
+    : folder_({open_folder(taken_folder()), taken_folder()}) {
   const std::vector<std::string> attachments = attachments_in(url);
   if (const int error = folder_.make_folder()) {
     cannot_take("the draft", error);
@@ -180,7 +181,7 @@ std::string time_of_day() {
 // The first name of this second that is free in all three folders. Another program may have
 // finished a draft of the same name between the look and the rename, so there is a second look.
 TakenDraft NewDraft::promise() {
-  const posix::UniqueFd taken = open_taken_folder();
+  const posix::UniqueFd taken = open_folder(taken_folder());
   const std::string time = time_of_day();
   std::string placed;
   for (unsigned number = 0;; ++number) {

@@ -37,8 +37,11 @@ std::string command_in(std::string_view text) {
 foundation::Dictionary parameters_in(std::string_view text) {
   try {
     return RequestUtils::URLQueryParameters(text);
-  } catch (const foundation::NSException& exception) {
-    foundation::raise_invalid_argument("the command URL cannot be read: " + exception.reason());
+  } catch (const foundation::NSException&) {  // tells of texts and dictionaries, not of this URL
+    foundation::raise_invalid_argument(
+        text.find('#') < text.find('?')
+            ? "the command URL has a \"#\" before its \"?\""
+            : "a part of the command URL is not UTF-8 text once its escapes are decoded");
   }
 }
 

@@ -32,14 +32,30 @@ TEST_F(DraftsThatChange, WhatCannotBeReadIsSaid) {
       holds(ended.output, "Left out: other files: their names cannot be read: Is a directory\n"))
       << ended.output;
   EXPECT_EQ(home_.drafts().size(), 1U);
-  fs::remove_all(home_.taken_folder());
-  std::ofstream(home_.taken_folder()) << "x";
-  for (const char* const argument : {"--resume", "--list", "quoll://compose?"}) {
-    const auto refused = home_.compose({argument});
-    EXPECT_EQ(refused.status, 1) << argument;
-    EXPECT_EQ(refused.errors, "quoll-compose: the folder " + home_.taken_folder() +
-                                  " cannot be read: Not a directory\n");
+}
+
+TEST_F(DraftsThatChange, AFolderThatIsNoneIsSaid) {
+  ASSERT_EQ(home_.compose({"quoll://compose?subject=x"}).status, 0);
+  const fs::path drafts = fs::path(home_.taken_folder()).parent_path() / "drafts";
+  for (const fs::path& folder : {fs::path(home_.taken_folder()), drafts}) {
+    for (const bool is_link : {false, true}) {
+      const fs::path aside = folder.string() + ".aside";
+      fs::rename(folder, aside);
+      is_link ? fs::create_symlink("/nowhere", folder) : void(std::ofstream(folder) << "x");
+      const auto list = home_.compose({"--list"});
+      EXPECT_EQ(list.status, 1);
+      EXPECT_EQ(list.errors, "quoll-compose: the folder " + folder.string() + " cannot be read: " +
+                                 (is_link ? "no such file or directory" : "not a directory") +
+                                 "\n");
+      const auto refused = home_.compose({"quoll://compose?"});
+      EXPECT_EQ(refused.status, 1);
+      EXPECT_EQ(refused.errors, "quoll-compose: " + folder.string() +
+                                    " is no folder, or a link to none; move it away\n");
+      fs::remove(folder);
+      fs::rename(aside, folder);
+    }
   }
+  EXPECT_EQ(home_.drafts().size(), 1U);
 }
 
 /// The receiver's folder on a small disk of its own.

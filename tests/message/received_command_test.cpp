@@ -61,6 +61,23 @@ TEST(ReceivedCommand, AnythingElseIsRefused) {
   }
 }
 
+// Whoever reads it knows nothing of texts and dictionaries.
+TEST(ReceivedCommand, WhatCannotBeReadIsSaidInPlainWords) {
+  const auto refused = [](const char* url) -> std::string {
+    try {
+      static_cast<void>(read_received_command(url));
+      return "";
+    } catch (const foundation::NSException& exception) {
+      return exception.reason();
+    }
+  };
+  EXPECT_EQ(refused("quoll://compose#a?b=c"), "the command URL has a \"#\" before its \"?\"");
+  for (const char* const url : {"quoll://compose?a=%FF", "quoll://compose?%FF=a"}) {
+    EXPECT_EQ(refused(url),
+              "a part of the command URL is not UTF-8 text once its escapes are decoded");
+  }
+}
+
 TEST(ReceivedCommand, AttachmentsHaveTheOrderOfTheirNumbers) {
   const ReceivedCommand read = read_received_command(
       "quoll://compose?attachment_10=d&attachment_x=g&attachment_2=b&attachment_2=c&attachment_0=a"
