@@ -103,10 +103,12 @@ TEST_F(ComposeNotice, ADraftThatServersRefuseIsSaid) {
 TEST_F(ComposeNotice, ARecipientWithoutAnAddressIsSaid) {
   choose("claws-mail", "Claws");
   open("quoll://compose?subject=x&to=Ann%3Bb%40x.org&cc=two%20words");
+  const Words words = given();
+  open("quoll://compose?attachment_0=%2Fnowhere");
   EXPECT_EQ(line(),
             "A draft was made|2 recipients have no address and were not given to Claws; the "
-            "message file names all.");
-  const Words words = given();
+            "message file names all.")
+      << "of the first one";
   ASSERT_EQ(words.size(), 2U);
   EXPECT_TRUE(words[1].starts_with("mailto:b%40x.org?")) << words[1];
 }

@@ -94,9 +94,11 @@ TEST_F(Ending, WithoutAProcessForItADraftWaitsAndItIsSaid) {
                       "draft: "))
         << forks << ended.output << ended.errors;
     EXPECT_EQ(home_.taken().size(), 1U);
-    EXPECT_TRUE(desktop_.read_line().starts_with("A draft waits|no process can be started to "));
+    EXPECT_EQ(compose({"quoll://send"}).status, 1);
+    ASSERT_TRUE(desktop_.read_line().starts_with("A draft waits|no process can be started to "));
     static_cast<void>(desktop_.read_line());
     EXPECT_EQ(desktop_.read_line(), home_.taken().front());
+    EXPECT_TRUE(desktop_.read_line().starts_with("There is no draft|"));
     EXPECT_EQ(home_.compose({"--resume"}).status, 0);
     EXPECT_TRUE(home_.taken().empty());
   }
