@@ -176,8 +176,8 @@ int list(bool is_json) {
 int open_draft(const std::string& name) {
   const auto tokens = gio::take_activation_tokens();
   const std::string draft = compose::draft_called(name, true);
-  std::cout << "The draft was opened with "
-            << foundation::printable(compose::open_message_file(draft, tokens)) << ".\n";
+  const std::string opener = compose::open_message_file(draft, tokens);
+  std::cout << "The draft was opened with " << foundation::printable(opener) << ".\n";
   return 0;
 }
 
@@ -185,8 +185,8 @@ int give_again(const std::string& name, const std::string& client) {
   const auto tokens = gio::take_activation_tokens();
   const std::string draft = compose::draft_called(name, true);
   auto writer = compose::WriterServer::start();
-  std::cout << "The draft was given to "
-            << foundation::printable(compose::give_again(draft, client, writer, tokens)) << ".\n";
+  const std::string given_to = compose::give_again(draft, client, writer, tokens);
+  std::cout << "The draft was given to " << foundation::printable(given_to) << ".\n";
   return 0;
 }
 
