@@ -26,7 +26,6 @@ namespace fs = std::filesystem;
 
 constexpr const char* kMark = "given";
 constexpr const char* kCopy = "copy";  // a link to a copy outside this folder
-constexpr const char* kOffered = "offered";
 constexpr const char* kText = "text.txt";
 constexpr const char* kCommand = "command";
 

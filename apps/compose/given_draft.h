@@ -25,7 +25,7 @@ class GivenDraft {
 
   [[nodiscard]] const std::string& name() const { return name_; }
   [[nodiscard]] int folder() const { return folder_.get(); }
-  /// False when `remove_files` was called for this draft, or it was kept without a client.
+  /// False when `remove_files` was called for this draft, or its files went after 7 days.
   [[nodiscard]] bool has_files() const;
 
   /// Where a file of this name will be that the draft had as its K-th, and the draft's text.

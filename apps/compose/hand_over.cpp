@@ -252,7 +252,7 @@ bool has_desktop() {
 Outcome keep(TakenDraft draft, const std::string& reason) {
   Outcome outcome = written(draft);
   outcome.reason = reason;
-  draft.remove();
+  draft.keep();
   return outcome;
 }
 
@@ -283,7 +283,7 @@ Outcome hand_over(TakenDraft draft, const DraftFields& fields,
     outcome.client = client.name;
   } catch (const std::exception& reason) {
     outcome.reason = foundation::printable(reason.what());
-    draft.remove();  // nothing is there when it was offered
+    draft.keep();  // nothing is there when it was offered
   }
   return outcome;
 }

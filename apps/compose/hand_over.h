@@ -17,7 +17,7 @@ namespace quoll::compose {
 /// drafts, and waits for a moment: a client that ends at once with an error has not taken it. The
 /// message file stays in any case. Nothing of a stranger's text is parsed here.
 ///
-/// When no client is started, the taken folder is removed: the draft is kept. Else the folder is
+/// When no client is started, the draft is kept, and can be given to one later. Else its folder is
 /// moved first, so that no draft is ever opened twice. If the client was seen to run or to end
 /// without an error, the draft is marked as given, and is removed one day; a client in a terminal
 /// cannot be seen.

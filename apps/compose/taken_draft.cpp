@@ -24,7 +24,6 @@ namespace quoll::compose {
 namespace {
 
 constexpr const char* kAside = "aside";
-constexpr const char* kOffered = "offered";
 
 /// Opens a draft's folder.
 posix::UniqueFd opened(const std::string& folder) {
@@ -112,10 +111,26 @@ void TakenDraft::remove() {
   folder_.reset();
 }
 
+void TakenDraft::keep() {
+  if (!folder_) {
+    return;
+  }
+  unlinkat(folder(), kOffered, 0);  // of an offer that was not made
+  if (rename_to_given() == 0) {
+    folder_.reset();
+  } else {
+    remove();  // it is all in the message file
+  }
+}
+
+int TakenDraft::rename_to_given() const {
+  return posix::rename_exclusively(AT_FDCWD, path(), AT_FDCWD, given_folder() + "/" + name_);
+}
+
 posix::UniqueFd TakenDraft::move_to_given() {
   int error = write_small_file(folder(), kOffered, "");
   if (error == 0) {
-    error = posix::rename_exclusively(AT_FDCWD, path(), AT_FDCWD, given_folder() + "/" + name_);
+    error = rename_to_given();
   }
   if (error != 0) {
     throw ComposeError("its files cannot be prepared: " + std::string(std::strerror(error)));

@@ -12,7 +12,7 @@ namespace quoll::compose {
 
 /// A draft that was taken and is worked on: the folder `taken/NAME`, which holds the command and
 /// its files. It is locked while this object lives, so of several programs only one works on it.
-/// Unless `remove` was called, the folder stays, and the next start goes on with it.
+/// Unless it was removed, kept or moved, the folder stays, and the next start goes on with it.
 class TakenDraft {
  public:
   /// `folder` is the open folder, with the lock.
@@ -33,14 +33,21 @@ class TakenDraft {
   void set_aside(const std::string& reason) const;
   [[nodiscard]] bool is_aside_too_long(const Moment& now) const;
 
-  /// Removes the folder: the draft was written, or was not promised to anybody.
+  /// Removes the folder: the draft is deleted, or was not promised to anybody.
   void remove();
+
+  /// The draft was written, and no client has it: moves the folder to `given`, so that the draft
+  /// can be given to any client while the folder is there. Does nothing after `move_to_given`.
+  void keep();
 
   /// Moves the folder to `given`, as it is, and answers it with its lock. From then on the draft is
   /// never offered to a client by itself. Throws `ComposeError` when it cannot be moved.
   [[nodiscard]] posix::UniqueFd move_to_given();
 
  private:
+  /// Answers an `errno` value, or 0.
+  [[nodiscard]] int rename_to_given() const;
+
   std::string name_;
   posix::UniqueFd folder_;
 };
@@ -53,6 +60,9 @@ class TakenDraft {
 
 /// Why the draft was set aside; none when it was not. Nothing is locked.
 [[nodiscard]] std::optional<std::string> why_aside(const std::string& draft);
+
+/// The note in a draft's folder that a client was about to be started.
+inline constexpr const char* kOffered = "offered";
 
 /// Opens a folder and locks it; none with `errno` set: `EWOULDBLOCK` when another program has the
 /// lock, `ENOENT` when the folder is gone.

@@ -196,7 +196,7 @@ quoll_defence(one_program_works_on_a_draft FILE ${file}
   TAKES "LOCK_EX | LOCK_NB" GIVES "LOCK_SH | LOCK_NB"
   SHOWN_BY draft_states DraftStates.TwoReceiversAtOnceDoEachDraftOnce)
 quoll_defence(no_draft_is_opened_twice FILE ${file}
-  TAKES "error = posix::rename_exclusively(AT_FDCWD, path()," GIVES "error = path().empty() ? 0 : 0 * posix::rename_exclusively(AT_FDCWD, \"\","
+  TAKES "    error = rename_to_given();\n" GIVES ""
   SHOWN_BY draft_states DraftStates.NoDraftIsOpenedTwice)
 quoll_defence(aside_stays FILE ${file}
   TAKES "std::int64_t{30} * 24" GIVES "std::int64_t{29} * 24"

@@ -145,3 +145,10 @@ quoll_defence(notifications_wait_for_answers FILE ${file}
 quoll_defence(no_process_is_no_end FILE apps/compose/writer_server.cpp
   TAKES "return {.end = WriterEnd::kNotNow,\n" GIVES "return {.end = WriterEnd::kStopped,\n"
   SHOWN_BY draft_states Ending.WithoutAProcessForItADraftWaitsAndItIsSaid)
+quoll_defence(kept_drafts_have_their_files FILE apps/compose/taken_draft.cpp
+  TAKES "if (rename_to_given() == 0) {" GIVES "if (folder() == -2) {"
+  SHOWN_BY kept_drafts KeptDrafts.OneThatNoClientTookIsGivenAgainWithItsFiles)
+quoll_defence(failures_print_no_success FILE apps/compose/main.cpp
+  TAKES "const std::string given_to ="
+  GIVES "std::cout << \"The draft was given to \";\n  const std::string given_to ="
+  SHOWN_BY kept_drafts KeptDrafts.AreGivenAgainAsAMessageFile)

@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 
+#include <functional>
 #include <nlohmann/json.hpp>
 
 #include "quoll/linux/posix/unique_fd.h"
@@ -65,6 +66,7 @@ TEST_F(KeptDrafts, AreOpenedWithTheClientOrWithWhatOpensMessageFiles) {
   EXPECT_EQ(none.status, 1);
   EXPECT_TRUE(none.errors.starts_with("quoll-compose: nothing opens message files here; "))
       << none.errors;
+  EXPECT_EQ(none.output, "");
   add_viewer();
   EXPECT_EQ(compose({"--open", name}).output, "The draft was opened with A Viewer.\n");
   EXPECT_EQ(given(), Words{home_.drafts().front()});
@@ -77,7 +79,9 @@ TEST_F(KeptDrafts, AreOpenedWithTheClientOrWithWhatOpensMessageFiles) {
 
 TEST_F(KeptDrafts, AreGivenAgainAsAMessageFile) {
   const std::string name = keep();
-  EXPECT_EQ(compose({"--again", name}).status, 1) << "there is no client";
+  const Ended none = compose({"--again", name});
+  EXPECT_EQ(none.status, 1) << "there is no client";
+  EXPECT_EQ(none.output, "");
   EXPECT_TRUE(holds(listed(), "  kept  "));
   choose("thunderbird", "The Bird");
   EXPECT_EQ(compose({"--again", name}).output, "The draft was given to The Bird.\n");
@@ -127,6 +131,49 @@ TEST_F(KeptDrafts, WithoutItsFilesADraftIsForClientsThatOpenMessageFiles) {
                 name + " opens it\n");
   EXPECT_FALSE(was_started());
   EXPECT_TRUE(holds(listed(), "  given  ")) << "the first client has it";
+}
+
+TEST_F(KeptDrafts, OneThatNoClientTookIsGivenAgainWithItsFiles) {
+  const std::string url = ReceiverHome::url({home_.stage("a.txt", "x")});
+  Environment nowhere = home_.bus.environment();
+  nowhere["DISPLAY"] = std::nullopt;
+  nowhere["WAYLAND_DISPLAY"] = std::nullopt;
+  struct Row {
+    const char* reason;
+    std::function<void()> keep;
+  };
+  const Row rows[] = {
+      {"no display",
+       [&] {
+         EXPECT_EQ(run({QUOLL_COMPOSE, url}, nowhere).status, 0);
+       }},
+      {"no client", [&] { EXPECT_EQ(compose({url}).status, 0); }},
+      {"a flood", [&] { EXPECT_EQ(compose(Words(11, url)).status, 0); }},
+      {"a client that takes none",
+       [&] {
+         add_client("firefox", "Firefox", "firefox %u");
+         make_default("firefox");
+         EXPECT_EQ(compose({url}).status, 0);
+       }},
+  };
+  for (const Row& row : rows) {
+    row.keep();
+    ASSERT_FALSE(home_.drafts().empty()) << row.reason;
+    EXPECT_TRUE(holds(listed(), "  kept  ")) << row.reason << listed();
+    choose("claws-mail", "Claws");
+    const std::string name = fs::path(home_.drafts().front()).stem().string();
+    const Ended ended = compose({"--again", name});
+    EXPECT_EQ(ended.output, "The draft was given to Claws.\n") << row.reason << ended.errors;
+    const Words words = given();
+    EXPECT_TRUE(std::ranges::find(words, given_folder() + "/files/0/a.txt") != words.end())
+        << row.reason;
+    forget_client();
+    fs::remove(home_.bus.path("config/mimeapps.list"));
+    for (const std::string& draft : home_.drafts()) {
+      EXPECT_EQ(compose({"--delete", fs::path(draft).stem().string()}).status, 0) << row.reason;
+    }
+    EXPECT_TRUE(fs::is_empty(home_.given_folder())) << row.reason;
+  }
 }
 
 TEST_F(KeptDrafts, AClientThatFailsHasNotTakenIt) {
