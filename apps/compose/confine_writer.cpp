@@ -46,11 +46,18 @@ void limit_time(std::uint64_t file_bytes) {
 }
 
 // Base64 makes 78 bytes of 57. Headers, bodies and what is told of them have less than a gibibyte.
-void limit_files(std::uint64_t file_bytes) {
+/// True when the user's own limit is lower, which then stays.
+bool limit_files(std::uint64_t file_bytes) {
   constexpr rlim_t kAllElse = rlim_t{1} << 30;
   constexpr std::uint64_t kLargest = std::uint64_t{1} << 62;
-  limit(RLIMIT_FSIZE, kAllElse + std::min(file_bytes, kLargest) / 2 * 3);
+  const rlim_t most = kAllElse + std::min(file_bytes, kLargest) / 2 * 3;
+  rlimit users{};
+  const bool is_users = getrlimit(RLIMIT_FSIZE, &users) == 0 && users.rlim_cur < most;
+  if (!is_users) {
+    limit(RLIMIT_FSIZE, most);
+  }
   signal(SIGXFSZ, SIG_IGN);  // write() reports what does not fit
+  return is_users;
 }
 
 void leave_one_folder(int folder) {
@@ -89,7 +96,7 @@ WriterConfinement::WriterConfinement() {
 }
 
 void WriterConfinement::enforce(int taken_folder, std::uint64_t file_bytes) {
-  limit_files(file_bytes);
+  is_file_limit_users_ = limit_files(file_bytes);
   enforce_reading(taken_folder, file_bytes);
 }
 

@@ -25,8 +25,12 @@ class WriterConfinement {
   /// and what is open, and writes to what is open. -1 stands for no folder.
   void enforce_reading(int folder, std::uint64_t file_bytes);
 
+  /// Once enforced: true when files may not even become as large as that, by the user's own limit.
+  [[nodiscard]] bool is_file_limit_users() const { return is_file_limit_users_; }
+
  private:
   sandbox::CallFilter calls_;
+  bool is_file_limit_users_ = false;
 };
 
 /// Ends this process when the thread that forked it ends. `parent` is its process.

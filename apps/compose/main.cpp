@@ -333,6 +333,7 @@ int main(int argc, char** argv) {
                      .images = {},
                      .styled_text = {}});
   std::signal(SIGCHLD, SIG_DFL);  // inherited; the end of a client is waited for
+  std::signal(SIGXFSZ, SIG_IGN);  // write() reports what does not fit
   try {
     return run(options, std::move(taken_pipe));
   } catch (const std::exception& exception) {

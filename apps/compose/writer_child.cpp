@@ -25,6 +25,7 @@ constexpr int kNoMemory = 200;
 constexpr int kNoCommand = 201;
 constexpr int kChanged = 202;
 constexpr int kOther = 203;
+constexpr int kUsersLimit = 204;
 
 constexpr int kTaken = STDERR_FILENO + 1;
 constexpr int kOutput = STDERR_FILENO + 2;
@@ -55,6 +56,9 @@ int status_of(WriterServer::Job job, WriterConfinement& confinement, int taken_f
     return 0;
   } catch (const std::system_error& error) {
     const int number = error.code().value();
+    if (number == EFBIG && confinement.is_file_limit_users()) {
+      return kUsersLimit;
+    }
     return number > 0 && number < kNoMemory ? number : kOther;
   } catch (const std::bad_alloc&) {
     return kNoMemory;
@@ -78,6 +82,9 @@ WriterAnswer answer_of_exit(int status) {
     case ENOSPC:
     case EDQUOT:
       return {.end = WriterEnd::kNotNow, .reason = "there is no room for the draft"};
+    case kUsersLimit:
+      return {.end = WriterEnd::kNotNow,
+              .reason = "it needs a larger file than the user may have (ulimit -f)"};
     case ENOMEM:
     case kNoMemory:
       return failed("the draft cannot be written: it needs more memory than it may have");

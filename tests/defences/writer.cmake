@@ -36,8 +36,7 @@ quoll_defence(writer_leaves_no_core FILE ${file}
   TAKES "limit(RLIMIT_CORE, 0);" GIVES ""
   SHOWN_BY compose_writer WriterServer.HasItsLimits)
 quoll_defence(writer_fills_no_disk FILE ${file}
-  TAKES "limit(RLIMIT_FSIZE, kAllElse + std::min(file_bytes, kLargest) / 2 * 3);"
-  GIVES "static_cast<void>(std::min({kAllElse, file_bytes, kLargest}));"
+  TAKES "limit(RLIMIT_FSIZE, most);" GIVES ""
   SHOWN_BY compose_writer WriterServer.HasItsLimits)
 quoll_defence(writer_ends_with_the_receiver FILE ${file}
   TAKES "prctl(PR_SET_PDEATHSIG, SIGKILL);" GIVES "prctl(PR_SET_PDEATHSIG, SIGCONT);"
@@ -152,3 +151,12 @@ quoll_defence(failures_print_no_success FILE apps/compose/main.cpp
   TAKES "const std::string given_to ="
   GIVES "std::cout << \"The draft was given to \";\n  const std::string given_to ="
   SHOWN_BY kept_drafts KeptDrafts.AreGivenAgainAsAMessageFile)
+quoll_defence(receiver_ignores_sigxfsz FILE apps/compose/main.cpp
+  TAKES "std::signal(SIGXFSZ, SIG_IGN);" GIVES ""
+  SHOWN_BY draft_states UsersFileLimit.IsSaidAndNothingIsSetAside)
+quoll_defence(users_file_limit_is_no_fault_of_a_draft FILE apps/compose/writer_child.cpp
+  TAKES "number == EFBIG && confinement" GIVES "number == 0 && confinement"
+  SHOWN_BY draft_states UsersFileLimit.IsSaidAndNothingIsSetAside)
+quoll_defence(clients_do_not_ignore_sigxfsz FILE quoll/linux/gio/desktop_entry.cpp
+  TAKES "std::signal(SIGXFSZ, SIG_DFL);" GIVES ""
+  SHOWN_BY draft_states UsersFileLimit.OfAClientEndsItAsEver)

@@ -3,6 +3,7 @@
 #include <sys/file.h>
 #include <sys/mount.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <limits>
 
@@ -187,6 +188,36 @@ TEST_F(DraftsOnASmallDisk, ThatDraftsWaitIsSaidOnce) {
     static_cast<void>(desktop.read_line());
   }
   EXPECT_TRUE(desktop.read_line().starts_with("There is no draft|"));
+}
+
+using UsersFileLimit = WaitingDrafts;
+
+TEST_F(UsersFileLimit, IsSaidAndNothingIsSetAside) {
+  const auto limited = [&](const std::string& argument) {
+    return run({"bash", "-c", "ulimit -f 4; exec \"$0\" \"$1\"", QUOLL_COMPOSE, argument},
+               home_.bus.environment());
+  };
+  const auto refused = limited("quoll://compose?subject=" + std::string(5000, 'a'));
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_EQ(refused.errors, "quoll-compose: the draft cannot be taken: File too large\n");
+  EXPECT_TRUE(home_.taken().empty());
+  add_waiting("20200101-000000", "quoll://compose?subject=x", std::string(5000, 'a'));
+  for (int times = 0; times < 4; ++times) {
+    const auto waits = limited("--resume");
+    EXPECT_EQ(waits.status, 1);
+    EXPECT_EQ(waits.output,
+              "The draft waits: it needs a larger file than the user may have (ulimit -f).\n");
+  }
+  EXPECT_EQ(home_.compose({"--resume"}).status, 0);
+  EXPECT_EQ(home_.drafts().size(), 1U);
+}
+
+TEST_F(UsersFileLimit, OfAClientEndsItAsEver) {
+  choose("thunderbird", "X", "grep SigIgn /proc/self/status > '" + home_.bus.path("ignored") + "'");
+  EXPECT_EQ(home_.compose({"quoll://compose?subject=x"}).status, 0);
+  const std::string ignored = read_file(home_.bus.path("ignored"));
+  ASSERT_TRUE(ignored.starts_with("SigIgn:")) << ignored;
+  EXPECT_EQ(std::stoull(ignored.substr(7), nullptr, 16) >> (SIGXFSZ - 1U) & 1U, 0U) << ignored;
 }
 
 }  // namespace

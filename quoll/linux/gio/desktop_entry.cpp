@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 
+#include <csignal>
+
 #include "quoll/linux/gio/exec_line.h"
 #include "quoll/linux/gio/left_out.h"
 #include "quoll/linux/posix/unique_fd.h"
@@ -38,8 +40,10 @@ void pass(GAppLaunchContext* context, const char* variable, const std::string& v
   }
 }
 
-/// Called in the new process before it becomes the program: lets it keep a descriptor.
-void keep_descriptor(gpointer number) {
+/// Called in the new process before it becomes the program: lets it keep a descriptor, and be ended
+/// by a file that becomes too large, as programs expect.
+void prepare_program(gpointer number) {
+  std::signal(SIGXFSZ, SIG_DFL);
   const int descriptor = GPOINTER_TO_INT(number);
   if (descriptor >= 0) {
     fcntl(descriptor, F_SETFD, 0);
@@ -74,7 +78,7 @@ FailureReason start_program(GDesktopAppInfo* entry, const ProgramStart& start, p
   ErrorSlot error;
   const bool started =
       g_desktop_app_info_launch_uris_as_manager_with_fds(
-          program.get(), list, context.get(), static_cast<GSpawnFlags>(flags), keep_descriptor,
+          program.get(), list, context.get(), static_cast<GSpawnFlags>(flags), prepare_program,
           GINT_TO_POINTER(start.taken_pipe), keep_process, process, nothing.get(), nothing.get(),
           nothing.get(), error.out()) != FALSE;
   g_list_free(list);
