@@ -215,7 +215,7 @@ void DraftThread::give(Job& job) {
     return;
   }
   has_kept_ = true;
-  Outcome outcome = keep(std::move(*job.draft), "too many drafts came at once");
+  Outcome outcome = keep(std::move(*job.draft), ComposeError("too many drafts came at once"));
   outcome.in_flood = true;
   finish(job, std::move(outcome));
 }

@@ -47,8 +47,8 @@ std::string folder_of_snap(const std::string& name) {
 /// The chosen client, when it can be given drafts at all.
 const MailClient& client_for_drafts(const gio::ChosenMailClient& chosen) {
   if (!chosen.client) {
-    throw ComposeError(
-        "no mail client is chosen for mail links; quoll-compose --clients lists those there are");
+    throw ComposeError("no mail client is chosen for mail links",
+                       "quoll-compose --clients lists those there are");
   }
   const MailClient& client = *chosen.client;
   if (client.way == DraftWay::kNone) {
@@ -220,19 +220,26 @@ void note_size(Outcome& outcome) {
   constexpr off_t kMostThatTravels = 25'000'000;
   struct stat status {};
   if (stat(outcome.path.c_str(), &status) == 0 && status.st_size > kMostThatTravels) {
-    outcome.notes.push_back("The draft has " + size_text(status.st_size) +
-                            ", and many mail servers refuse more than 25 MB.");
+    outcome.notes.push_back({"The draft has " + size_text(status.st_size) +
+                             ", and many mail servers refuse more than 25 MB"});
   }
 }
 
 void note_recipients(Outcome& outcome, std::size_t left_out, const std::string& client) {
   if (left_out != 0) {
     outcome.notes.push_back(
-        (left_out == 1
-             ? "A recipient has no address and was not given to "
-             : std::to_string(left_out) + " recipients have no address and were not given to ") +
-        foundation::printable(client) + "; the message file names all.");
+        {(left_out == 1
+              ? "A recipient has no address and was not given to "
+              : std::to_string(left_out) + " recipients have no address and were not given to ") +
+         foundation::printable(client) + "; the message file names all"});
   }
+}
+
+/// Notes why no client has the draft.
+void tell(Outcome& outcome, const std::exception& failure) {
+  const auto* const error = dynamic_cast<const ComposeError*>(&failure);
+  outcome.reason = foundation::printable(error != nullptr ? error->reason() : failure.what());
+  outcome.advice = error != nullptr ? error->advice() : "";
 }
 
 Outcome written(const TakenDraft& draft) {
@@ -249,9 +256,9 @@ bool has_desktop() {
   return is_set("DISPLAY") || is_set("WAYLAND_DISPLAY");
 }
 
-Outcome keep(TakenDraft draft, const std::string& reason) {
+Outcome keep(TakenDraft draft, const ComposeError& reason) {
   Outcome outcome = written(draft);
-  outcome.reason = reason;
+  tell(outcome, reason);
   draft.keep();
   return outcome;
 }
@@ -259,16 +266,16 @@ Outcome keep(TakenDraft draft, const std::string& reason) {
 Outcome hand_over(TakenDraft draft, const DraftFields& fields,
                   const gio::ActivationTokens& tokens) {
   if (!has_desktop()) {
-    return keep(
-        std::move(draft),
-        "no display is known here, so no mail client was started; quollctl doctor tells more");
+    return keep(std::move(draft),
+                ComposeError("no display is known here, so no mail client was started",
+                             "quollctl doctor tells more"));
   }
   Outcome outcome = written(draft);
   const gio::ChosenMailClient chosen = gio::chosen_mail_client();
   if (!chosen.gone.empty()) {
     outcome.notes.push_back(
-        "The chosen mail client " + foundation::printable(chosen.gone) +
-        " is not there any more; quoll-compose --clients lists those that are.");
+        {"The chosen mail client " + foundation::printable(chosen.gone) + " is not there any more",
+         "quoll-compose --clients lists those that are"});
   }
   const gio::ProgramStart with{.uris = {}, .arguments = {}, .tokens = tokens};
   try {
@@ -282,7 +289,7 @@ Outcome hand_over(TakenDraft draft, const DraftFields& fields,
     outcome.state = Outcome::State::kGiven;
     outcome.client = client.name;
   } catch (const std::exception& reason) {
-    outcome.reason = foundation::printable(reason.what());
+    tell(outcome, reason);
     draft.keep();  // nothing is there when it was offered
   }
   return outcome;

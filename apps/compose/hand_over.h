@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "apps/compose/compose_error.h"
 #include "apps/compose/draft_fields.h"
 #include "apps/compose/outcome.h"
 #include "apps/compose/taken_draft.h"
@@ -25,7 +26,7 @@ namespace quoll::compose {
                                 const gio::ActivationTokens& tokens);
 
 /// Keeps a draft that was written, without a client, for this reason.
-[[nodiscard]] Outcome keep(TakenDraft draft, const std::string& reason);
+[[nodiscard]] Outcome keep(TakenDraft draft, const ComposeError& reason);
 
 /// Opens the message file of a draft with the chosen mail client or, when that takes none, with
 /// what the desktop opens such files with. The draft's state stays. Answers the program's name;

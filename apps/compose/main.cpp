@@ -79,7 +79,7 @@ void print(const compose::Outcome& outcome) {
   }
   std::cout << "The draft " << outcome.sentence() << ".\n";
   for (const auto& note : outcome.notes) {
-    std::cout << note << '\n';
+    std::cout << note.sentence() << '\n';
   }
 }
 

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "apps/compose/folders.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/linux/gio/notification.h"
 
@@ -64,14 +65,14 @@ std::optional<Notification> notification_of(const Outcome& outcome) {
   if (!outcome.reason.empty()) {
     body.add(outcome.reason + ".");
     if (outcome.state == State::kWaits) {
-      body.add("It is written at the next start; quoll-compose --list shows it.");
+      body.add("It is written at the next start.");
     } else if (outcome.state == State::kSetAside) {
       body.add("What was shared stays for 30 days.");
     }
     body.add(foundation::printable(outcome.path));
   }
   for (const auto& note : outcome.notes) {
-    body.add(note);
+    body.add(note.text + ".");
   }
   return body.text().empty() ? std::nullopt
                              : std::optional(Notification{summary_of(outcome), body.text()});
@@ -84,9 +85,8 @@ Notification notification_of_refusal(const std::string& reason) {
 
 Notification notification_of_flood() {
   return {.summary = "Many drafts are kept",
-          .body =
-              "So many came at once that no mail client was started for them; quoll-compose "
-              "--list shows them."};
+          .body = "So many came at once that no mail client was started for them. They lie in " +
+                  foundation::printable(drafts_folder()) + "."};
 }
 
 void NotificationQueue::add(Notification notification) {
@@ -127,7 +127,7 @@ std::vector<Notification> NotificationQueue::take() {
     const std::string more = std::to_string(shown.size() - kMost);
     shown.resize(kMost);
     shown.push_back({.summary = more + " more drafts were not as they should be",
-                     .body = "The system log tells of each; quoll-compose --list names them."});
+                     .body = "What was taken of them is kept."});
   }
   return shown;
 }

@@ -8,6 +8,13 @@
 
 namespace quoll::compose {
 
+/// What else the user should know, without a full stop.
+struct Note {
+  std::string text;
+  std::string advice{};  ///< what to do by commands; for a terminal and the log
+  [[nodiscard]] std::string sentence() const;
+};
+
 /// What became of a draft.
 struct Outcome {
   enum class State {
@@ -22,11 +29,12 @@ struct Outcome {
   /// Its message file, or the folder of what was taken when there is none.
   std::string path;
   std::string client;       ///< its name, when it was given
-  std::string reason;       ///< why it was not given, and what to do
+  std::string reason;       ///< why it was not given
+  std::string advice;       ///< what to do then by commands; for a terminal and the log
   bool in_flood = false;    ///< one of so many that none was given to a client
   bool is_earlier = false;  ///< an earlier program had taken it
   LeftOutFiles left_out;
-  std::vector<std::string> notes;  ///< sentences about what else the user should know
+  std::vector<Note> notes;
 
   [[nodiscard]] bool is_written() const { return state == State::kGiven || state == State::kKept; }
   /// To follow "the draft": "was given to NAME". Never empty.

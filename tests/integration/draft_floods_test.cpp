@@ -28,8 +28,9 @@ TEST_F(DraftFloods, AFloodOpensNoWindow) {
   home_.wait_for_drafts();
   ASSERT_EQ(starts(), 0);
   EXPECT_EQ(desktop.read_line(),
-            "Many drafts are kept|So many came at once that no mail client was started for them; "
-            "quoll-compose --list shows them.");
+            "Many drafts are kept|So many came at once that no mail client was started for them. "
+            "They lie in " +
+                home_.drafts_folder() + ".");
   EXPECT_EQ(home_.drafts().size(), 30U);
   ASSERT_EQ(open("['quoll://compose?subject=y']").status, 0);
   home_.wait_for_drafts();
