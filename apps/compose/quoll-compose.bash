@@ -12,7 +12,7 @@ _quoll_compose() {
       ;;
     --client)
       words=$(quoll-compose --clients 2>/dev/null |
-        sed -n '/cannot be given a draft/d; s/^..[^:]*(\(.*\)\.desktop): .*/\1/p')
+        sed -n '/cannot be given a draft/d; /in a sandbox that no draft/d; s/^..[^:]*(\(.*\)\.desktop): .*/\1/p')
       mapfile -t COMPREPLY < <(compgen -W "$words default" -- "$word")
       return 0
       ;;

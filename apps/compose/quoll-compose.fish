@@ -3,6 +3,7 @@ function __quoll_compose_drafts
 end
 function __quoll_compose_clients
     quoll-compose --clients 2>/dev/null | string match -v '*cannot be given a draft*' |
+        string match -v '*in a sandbox that no draft*' |
         string replace -fr '^..([^:]*) \((.*)\.desktop\): .*$' '$2\t$1'
     echo default
 end

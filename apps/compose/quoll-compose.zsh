@@ -2,7 +2,7 @@
 local -a drafts clients
 drafts=(${(f)"$(quoll-compose --list 2>/dev/null | cut -d ' ' -f 1)"})
 clients=(default ${(f)"$(quoll-compose --clients 2>/dev/null |
-  sed -n '/cannot be given a draft/d; s/^..[^:]*(\(.*\)\.desktop): .*/\1/p')"})
+  sed -n '/cannot be given a draft/d; /in a sandbox that no draft/d; s/^..[^:]*(\(.*\)\.desktop): .*/\1/p')"})
 _arguments -S \
   '--service[take drafts from the session bus]' \
   '--idle[end the service after so many idle seconds]:seconds: ' \

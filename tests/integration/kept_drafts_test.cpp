@@ -268,6 +268,11 @@ TEST_F(KeptDrafts, CompletionKnowsTheNamesAndTheClients) {
   const std::string name = keep();
   choose("claws-mail", "Claws");
   add_client("firefox", "Firefox", "firefox %u");
+  add_client_program("bin/flatpak");
+  add_client("org.mozilla.Thunderbird", "The Bird", "flatpak run org.mozilla.Thunderbird %u",
+             "X-Flatpak=org.mozilla.Thunderbird\n");
+  EXPECT_EQ(compose({"--client", "the bird"}).status, 1) << "it is listed and takes no draft";
+  EXPECT_TRUE(holds(compose({"--clients"}).output, "The Bird"));
   fs::create_symlink(QUOLL_COMPOSE, programs_.path("bin/quoll-compose"));
   const auto completed = [&](const std::string& option) {
     return run({"bash", "-c",
