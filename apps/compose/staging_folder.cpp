@@ -44,8 +44,15 @@ std::string reason_for(int error) {
 }
 
 std::string folder_reason(int error) {
-  return error == ELOOP ? "the shared folder is a link, or lies behind one"
-                        : "the shared folder is not there";
+  switch (error) {
+    case ELOOP:
+      return "the shared folder is a link, or lies behind one";
+    case ENOENT:
+    case ENOTDIR:
+      return "the shared folder is not there";
+    default:
+      return std::string("the shared folder cannot be opened: ") + std::strerror(error);
+  }
 }
 
 /// Why a file that was opened is left out; empty when it is not.
@@ -71,8 +78,8 @@ StagingFolder::StagingFolder() : error_(ENOENT) {
   const posix::UniqueFd group(::open(path->c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   if (group) {
     folder_ = open_inside(group.get(), inside, O_PATH | O_DIRECTORY);
-    error_ = errno;
   }
+  error_ = errno;
 }
 
 StagedFile StagingFolder::open(const std::string& path) const {

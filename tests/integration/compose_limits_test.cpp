@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -10,6 +11,7 @@
 #include "apps/compose/compose_error.h"
 #include "apps/compose/noted_sizes.h"
 #include "apps/compose/small_file.h"
+#include "apps/compose/staging_folder.h"
 #include "apps/compose/taker.h"
 #include "apps/compose/waiting_files.h"
 #include "quoll/linux/posix/files.h"
@@ -129,6 +131,26 @@ TEST(ComposeLimits, ASmallFileIsThereAsItWasOrAsItShallBe) {
   EXPECT_FALSE(std::filesystem::exists(folder.path(".note")));
   EXPECT_EQ(compose::write_small_file(open.get(), "note", "afterwards"), 0);
   EXPECT_EQ(read_file(folder.path("note")), "afterwards");
+}
+
+TEST(StagingFolder, WhyItCannotBeOpenedIsSaid) {
+  const ReceiverHome home;
+  const std::string path = home.stage("a", "x");
+  const ScopedEnvironment environment(home.bus.environment());
+  const platform::ScopedDesktop desktop({.files = posix::make_file_manager()});
+  rlimit before{};
+  getrlimit(RLIMIT_NOFILE, &before);
+  const int next = dup(STDERR_FILENO);
+  close(next);
+  const rlimit none{static_cast<rlim_t>(next), before.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none);
+  const compose::StagingFolder without;
+  setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_EQ(without.open(path).reason, "the shared folder cannot be opened: Too many open files");
+  EXPECT_EQ(compose::StagingFolder().open(path).reason, "");
+  std::filesystem::remove_all(home.bus.path("containers"));
+  std::ofstream(home.bus.path("containers")) << "no folder";
+  EXPECT_EQ(compose::StagingFolder().open(path).reason, "the shared folder is not there");
 }
 
 TEST(ComposeLimits, ASubjectIsLookedForInTheFirst64KiB) {
