@@ -7,7 +7,6 @@
 #include <array>
 #include <chrono>
 #include <nlohmann/json.hpp>
-#include <string_view>
 #include <thread>
 #include <tuple>
 
@@ -20,8 +19,6 @@
 
 namespace quoll::compose {
 namespace {
-
-constexpr std::string_view kEnding = ".eml";
 
 const char* state_of(const std::string& draft) {
   switch (giving_of(draft)) {
@@ -81,9 +78,10 @@ std::vector<ListedDraft> list_drafts() {
         path + "/command");
   }
   for (const std::string& file : names_in(drafts_folder())) {
-    const std::string name = file.substr(0, file.size() - std::min(file.size(), kEnding.size()));
+    const std::string name =
+        file.substr(0, file.size() - std::min(file.size(), kMessageEnding.size()));
     const bool is_taken = std::ranges::find(taken, name) != taken.end();
-    if (file.ends_with(kEnding) && !file.starts_with('.') && !is_taken) {
+    if (file.ends_with(kMessageEnding) && !file.starts_with('.') && !is_taken) {
       const std::string path = drafts_folder() + "/" + file;
       add(drafts, {.name = name, .path = path, .state = state_of(name), .is_message = true}, path);
     }

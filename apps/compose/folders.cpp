@@ -77,11 +77,11 @@ std::string recent_floods_file() {
 }
 
 std::string message_file(const std::string& draft) {
-  return drafts_folder() + "/" + draft + ".eml";
+  return drafts_folder() + "/" + draft + std::string(kMessageEnding);
 }
 
 std::string unfinished_message_file(const std::string& draft) {
-  return drafts_folder() + "/." + draft + ".eml";
+  return drafts_folder() + "/." + draft + std::string(kMessageEnding);
 }
 
 posix::UniqueFd open_folder(const std::string& path) {

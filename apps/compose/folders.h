@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "quoll/linux/posix/unique_fd.h"
@@ -22,6 +23,9 @@ namespace quoll::compose {
 /// When drafts were offered to clients, and floods told of, in the last seconds.
 [[nodiscard]] std::string recent_offers_file();
 [[nodiscard]] std::string recent_floods_file();
+
+/// What the name of a message file ends with.
+inline constexpr std::string_view kMessageEnding = ".eml";
 
 /// The message file of the draft with this name.
 [[nodiscard]] std::string message_file(const std::string& draft);

@@ -155,7 +155,8 @@ std::string GivenDraft::copy_message_to(const std::string& folder) const {
   if (!fs::is_directory(fs::symlink_status(folder, error))) {
     throw ComposeError(folder + " is no folder, so the draft cannot be copied there");
   }
-  std::string copy = foundation::appending_path_component(folder, name_ + ".eml");
+  std::string copy =
+      foundation::appending_path_component(folder, name_ + std::string(kMessageEnding));
   unlinkat(folder_.get(), kCopy, 0);
   fs::remove(copy, error);
   fs::create_symlink(copy, folder_of(name_) + "/" + kCopy, error);

@@ -6,7 +6,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "apps/compose/folders.h"
@@ -60,11 +59,10 @@ void sweep_aside(const Moment& now) {
 
 /// A message file that is being written belongs to a taken draft.
 void sweep_drafts() {
-  constexpr std::string_view kEnding = ".eml";
   const Folder drafts = listed(drafts_folder());
   for (const std::string& name : drafts.names) {
-    if (name.starts_with('.') && name.ends_with(kEnding)) {
-      const std::string draft = name.substr(1, name.size() - 1 - kEnding.size());
+    if (name.starts_with('.') && name.ends_with(kMessageEnding)) {
+      const std::string draft = name.substr(1, name.size() - 1 - kMessageEnding.size());
       if (access((taken_folder() + "/" + draft).c_str(), F_OK) != 0) {
         unlinkat(drafts.fd.get(), name.c_str(), 0);
       }
