@@ -160,3 +160,47 @@ quoll_defence(users_file_limit_is_no_fault_of_a_draft FILE apps/compose/writer_c
 quoll_defence(clients_do_not_ignore_sigxfsz FILE quoll/linux/gio/desktop_entry.cpp
   TAKES "std::signal(SIGXFSZ, SIG_DFL);" GIVES ""
   SHOWN_BY draft_states UsersFileLimit.OfAClientEndsItAsEver)
+
+# What was answered is there, see docs/mail-clients.md.
+quoll_defence(a_draft_is_promised_when_it_is_taken FILE apps/compose/service.cpp
+  TAKES "      drafts = take(urls);\n"
+  GIVES "      g_object_ref(call);\n      answer(call, drafts);\n      usleep(100'000);\n      drafts = take(urls);\n"
+  SHOWN_BY draft_states DraftStates.AKilledReceiverLosesNothingThatItAnswered)
+set(file apps/compose/draft_writing.cpp)
+quoll_defence(a_draft_is_on_the_disk FILE ${file}
+  TAKES "return sync(file) && folder &&" GIVES "return file >= 0 && folder &&"
+  SHOWN_BY draft_states LesserDisk.WhatWasTakenStaysUntilTheDraftIsOnTheDisk)
+quoll_defence(a_drafts_name_is_on_the_disk FILE ${file}
+  TAKES "         sync_folder(folder.get());" GIVES "         (sync_folder(folder.get()) || true);"
+  SHOWN_BY draft_states LesserDisk.WhatWasTakenStaysUntilTheDraftIsOnTheDisk)
+quoll_defence(a_writer_that_stands_still_is_told_of FILE apps/compose/writer_server.cpp
+  TAKES "return ends ? status.value_or(SIGKILL) : SIGXCPU;" GIVES "return status.value_or(SIGKILL);"
+  SHOWN_BY compose_writer WriterServer.OneThatStandsStillIsEnded)
+quoll_defence(ten_drafts_are_no_flood FILE apps/compose/draft_thread.cpp
+  TAKES "under_way_ > kMostAtOnce;" GIVES "under_way_ >= kMostAtOnce;"
+  SHOWN_BY draft_states DraftFloods.TenDraftsAreNoFlood)
+set(file apps/compose/hand_over.cpp)
+quoll_defence(no_text_is_too_long_for_a_client FILE ${file}
+  TAKES "!are_startable(arguments)" GIVES "arguments.empty() && !are_startable(arguments)"
+  SHOWN_BY mail_client ComposeNotice.ATextTooLongForACommandLineIsNeverShortened)
+quoll_defence(a_client_that_stays_has_the_draft FILE ${file}
+  TAKES "is_seen = trouble == ETIMEDOUT;" GIVES "is_seen = false;"
+  SHOWN_BY mail_client MailClientTest.AClientThatStaysHasTheDraft)
+quoll_defence(notifications_speak_of_no_commands FILE ${file}
+  TAKES "outcome.reason = foundation::printable(error != nullptr ? error->reason() : failure.what());"
+  GIVES "outcome.reason = foundation::printable(failure.what());"
+  SHOWN_BY mail_client ComposeNotice.ADraftThatIsKeptIsSaidWithItsPlace)
+quoll_defence(clients_of_completion_take_drafts FILE apps/compose/client_choice.cpp
+  TAKES "in a sandbox that no draft reaches" GIVES "in a sandbox, which no draft reaches"
+  SHOWN_BY kept_drafts KeptDrafts.CompletionKnowsTheNamesAndTheClients)
+quoll_defence(staging_folders_trouble_is_said FILE apps/compose/staging_folder.cpp
+  TAKES "  error_ = errno;\n" GIVES ""
+  SHOWN_BY compose_text StagingFolder.WhyItCannotBeOpenedIsSaid)
+quoll_defence(files_that_grew_are_refused FILE apps/compose/write_message.cpp
+  TAKES "static_cast<std::uint64_t>(status.st_size) != taken.size"
+  GIVES "static_cast<std::uint64_t>(status.st_size) < taken.size"
+  SHOWN_BY draft_states DraftsOnASmallDisk.AFileThatGrowsAfterwardsHoldsUpNoOther)
+quoll_defence(half_a_copy_is_not_taken FILE apps/compose/taker.cpp
+  TAKES "posix::copy_contents(file, copy.get())) {"
+  GIVES "posix::copy_contents(file, copy.get()); failure && failure->number < 0) {"
+  SHOWN_BY receiver ReceiverWithoutRoom.SaysSoAndKeepsNothing)

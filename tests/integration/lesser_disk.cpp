@@ -1,6 +1,7 @@
 // Loaded before the C library, it lets the disk lack what QUOLL_LACKS names, as the file systems of
 // networks do: exclusive renames ("rename"), syncing of folders ("sync"), locks of folders
-// ("lock"); "close PART" lets the closing of files fail whose path has this part.
+// ("lock"); with "disk of files" or "disk of folders" nothing of these reaches it; "close PART"
+// lets the closing of files fail whose path has this part.
 #include <dlfcn.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -49,6 +50,10 @@ extern "C" int renameat2(int from, const char* name, int to, const char* other,
 extern "C" int fsync(int file) {
   if (lack() == "sync" && is_folder(file)) {
     errno = EINVAL;
+    return -1;
+  }
+  if (lack() == (is_folder(file) ? "disk of folders" : "disk of files")) {
+    errno = EIO;
     return -1;
   }
   return next<decltype(&fsync)>("fsync")(file);

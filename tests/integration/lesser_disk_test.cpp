@@ -42,6 +42,20 @@ TEST_F(LesserDisk, ADraftThatCannotBeLockedWaitsAndThatIsSaid) {
   EXPECT_EQ(home_.drafts().size(), 1U);
 }
 
+TEST_F(LesserDisk, WhatWasTakenStaysUntilTheDraftIsOnTheDisk) {
+  for (const char* const lacks : {"disk of files", "disk of folders"}) {
+    add_waiting("20200101-000000", "quoll://compose?subject=waits");
+    const auto ended = compose_without(lacks, "--resume");
+    EXPECT_EQ(ended.status, 1) << lacks;
+    EXPECT_EQ(ended.output, "The draft waits: it cannot be written: Input/output error.\n")
+        << lacks;
+    EXPECT_EQ(home_.taken().size(), 1U) << lacks;
+    EXPECT_EQ(home_.compose({"--resume"}).status, 0) << lacks;
+    EXPECT_EQ(home_.drafts().size(), 1U) << lacks;
+    EXPECT_EQ(home_.compose({"--delete", "20200101-000000"}).status, 0) << lacks;
+  }
+}
+
 TEST_F(LesserDisk, WhatIsLostWhenAFileIsClosedIsNotPromised) {
   for (const char* const lacks : {"close /.command", "close /.sizes"}) {
     const auto refused = compose_without(lacks, "quoll://compose?");
