@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <array>
 #include <chrono>
 #include <filesystem>
 #include <map>
@@ -176,17 +175,22 @@ std::vector<Finding> check_receiver(const std::string& application) {
     findings.push_back(lookup.is_running
                            ? Finding{kName, State::kGood, application + " is running", ""}
                            : startable(application, lookup));
+    if (lookup.process != 0) {
+      findings.push_back(compare_environment(lookup.process));
+    }
     return findings;
   }
   const auto on_bus = is_on_bus ? by_bus(application, lookup.service_program) : std::nullopt;
   findings.push_back(on_bus ? *on_bus : by_entry(application, lookup));
   const bool is_broken = findings.back().state == State::kBroken;
-  if (const int process = gio::look_up_application(application, kTimeOut).process) {
+  const int process = gio::look_up_application(application, kTimeOut).process;
+  if (process != 0) {
     findings.push_back(compare_environment(process));
   }
   if (is_broken || (!on_bus && !is_compose(lookup.entry_program))) {
     return findings;
   }
+  findings.push_back(check_display(process != 0 ? process : getpid()));
   findings.push_back(mail_client());
   findings.push_back(
       drafts(on_bus && !lookup.service_program.empty() ? lookup.service_program : "quoll-compose"));

@@ -9,8 +9,9 @@ namespace quoll::console {
 
 /// Whether the mail application would take a share: the session bus, and the application by its
 /// identifier. When that is `quoll-compose`, it is had answer, within the time that it has in a
-/// share; the environment that it was started with, its drafts and the mail client are looked at
-/// too. Any other application is looked up and never started, since it would show a window.
+/// share; its display, its drafts and the mail client are looked at too. Any other application is
+/// looked up and never started, since it would show a window. Of one that runs the environment is
+/// compared.
 [[nodiscard]] std::vector<Finding> check_receiver(const std::string& application);
 
 }  // namespace quoll::console

@@ -13,66 +13,13 @@
 
 #include "quoll/linux/gio/applications.h"
 #include "quoll/linux/posix/unique_fd.h"
-#include "tests/integration/private_bus.h"
+#include "tests/integration/doctor_home.h"
 
 namespace quoll::test {
 namespace {
 
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
-
-class Doctor : public testing::Test {
- protected:
-  [[nodiscard]] std::string container() const { return bus_.path("containers/K7Q2M9XT4B.quoll"); }
-  void install_receiver() const {
-    bus_.add_service("it.vorlent.quoll2", QUOLL_COMPOSE " --service --idle 1");
-  }
-  [[nodiscard]] Ended doctor(std::vector<std::string> options = {},
-                             const Environment& more = {}) const {
-    Environment environment = bus_.environment();
-    environment["QUOLL_IMAGE_HELPER"] = QUOLL_IMAGE_HELPER;
-    for (const auto& [name, value] : more) {
-      environment[name] = value;
-    }
-    options.insert(options.begin(), {QUOLLCTL, "doctor"});
-    return run(options, environment);
-  }
-  /// What it says of one step: its state, then what was found.
-  [[nodiscard]] static std::string said(const Ended& ended, const std::string& step) {
-    const Json one = about(ended, step);
-    return one.value("state", "nothing") + ": " +
-           one.value("found", "in " + ended.output + ended.errors);
-  }
-  /// What to do about it.
-  [[nodiscard]] static std::string advised(const Ended& ended, const std::string& step) {
-    return about(ended, step).value("advice", "");
-  }
-  [[nodiscard]] static Json about(const Ended& ended, const std::string& step) {
-    const Json answer = Json::parse(ended.output, nullptr, false);
-    for (const Json& one : answer.value("steps", Json::array())) {
-      if (one["step"] == step) {
-        return one;
-      }
-    }
-    return Json::object();
-  }
-  [[nodiscard]] bool is_receiver_running() const {
-    return run({"dbus-send", "--session", "--print-reply=literal", "--dest=org.freedesktop.DBus",
-                "/org/freedesktop/DBus", "org.freedesktop.DBus.NameHasOwner",
-                "string:it.vorlent.quoll2"},
-               bus_.environment())
-               .output.find("true") != std::string::npos;
-  }
-  /// Puts a script of this name into a folder of programs.
-  void make_program(const std::string& name, const std::string& script = "true") const {
-    fs::create_directories(bus_.path("programs"));
-    const std::string path = bus_.path("programs/" + name);
-    std::ofstream(path) << "#!/bin/sh\n" << script << '\n';
-    fs::permissions(path, fs::perms::owner_all);
-  }
-
-  PrivateBus bus_;
-};
 
 TEST_F(Doctor, AShareArrives) {
   install_receiver();
@@ -86,7 +33,7 @@ TEST_F(Doctor, AShareArrives) {
   EXPECT_EQ(said(ended, "mail application"),
             "good: it.vorlent.quoll2 is quoll-compose, and can keep drafts");
   EXPECT_EQ(said(ended, "pictures"), "good: " QUOLL_IMAGE_HELPER " writes them");
-  EXPECT_EQ(said(ended, "bus's environment"), "good: that of this program");
+  EXPECT_EQ(said(ended, "environment"), "good: that of this program");
   EXPECT_EQ(said(ended, "shared copies"), "good: none");
   EXPECT_TRUE(fs::is_empty(bus_.data_home() + "/quoll-compose/drafts")) << "nothing is shared";
   EXPECT_TRUE(fs::is_empty(bus_.data_home() + "/quoll-compose/taken"));
@@ -246,27 +193,6 @@ TEST_F(Doctor, TheClipboardNeedsAProgram) {
             "install wl-clipboard to share what the clipboard holds");
 }
 
-// The advice is followed here, and mends it.
-TEST_F(Doctor, ABusThatDoesNotKnowTheDisplayIsTold) {
-  install_receiver();
-  const Environment display{{"DISPLAY", ":7"}};
-  const Ended before = doctor({"--json"}, display);
-  EXPECT_EQ(before.status, 0) << "the draft is kept";
-  EXPECT_TRUE(said(before, "bus's environment").starts_with("note: the bus does not know"))
-      << said(before, "bus's environment");
-  std::string command = advised(before, "bus's environment");
-  EXPECT_TRUE(command.starts_with("dbus-update-activation-environment ")) << command;
-  command = command.substr(0, command.find(';'));
-  Environment environment = bus_.environment();
-  environment["DISPLAY"] = ":7";
-  ASSERT_EQ(run({"sh", "-c", command}, environment).status, 0) << command;
-  while (is_receiver_running()) {
-    usleep(10'000);
-  }
-  const std::string after = said(doctor({"--json"}, display), "bus's environment");
-  EXPECT_EQ(after, "good: that of this program");
-}
-
 TEST_F(Doctor, AMailApplicationIsNotStarted) {
   const std::string mark = bus_.path("mark");
   make_program("mail", "touch " + mark);
@@ -283,19 +209,6 @@ TEST_F(Doctor, WhatTheReceiverCannotDoIsSaidInItsWords) {
   const std::string found = said(doctor({"--json"}), "mail application");
   EXPECT_TRUE(found.starts_with("BROKEN: it.vorlent.quoll2 did not take the URLs: ")) << found;
   EXPECT_NE(found.find(bus_.data_home() + "/quoll-compose"), std::string::npos) << found;
-}
-
-TEST_F(Doctor, WhatTheBusDoesNotKnowOfTheHomeIsTold) {
-  const PrivateBus bus({{"HOME", std::nullopt}, {"XDG_DATA_HOME", std::nullopt}});
-  bus.add_service("it.vorlent.quoll2", QUOLL_COMPOSE " --service --idle 1");
-  Environment environment = bus.environment();
-  environment["HOME"] = bus.path("home");
-  environment["QUOLL_IMAGE_HELPER"] = QUOLL_IMAGE_HELPER;
-  const Ended ended = run({QUOLLCTL, "doctor", "--json"}, environment);
-  EXPECT_EQ(said(ended, "mail application"),
-            "BROKEN: it.vorlent.quoll2 did not take the URLs: there is no home folder to keep "
-            "drafts in; set HOME");
-  EXPECT_EQ(said(ended, "bus's environment"), "note: other than this program's: HOME");
 }
 
 // It has as long to answer as in a share, which is too long for a test.
