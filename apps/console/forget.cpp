@@ -23,6 +23,9 @@ int forget(bool as_json) {
   }
   // A share whose files were not taken yet keeps them.
   const share::StagingLock turn = share::lock_staging();
+  if (!turn) {
+    return complain("the lock of the shares cannot be had; quollctl doctor tells more");
+  }
   const StagedCopies before = staged_copies();
   if (std::filesystem::exists(before.folder)) {
     ExtensionUtilities::ShareInit(container::layout::staging);

@@ -74,6 +74,19 @@ TEST_F(Forget, AShareThatIsUnderWayKeepsItsFiles) {
   }
 }
 
+TEST_F(Forget, WithoutTheLockNothingIsRemoved) {
+  ASSERT_EQ(home_.print({home_.write("a", "x")}).status, 0);
+  const std::string turn = home_.container() + "/.locks/turn";
+  fs::remove(turn);
+  fs::create_symlink("/nowhere", turn);
+  const Ended ended = control({"forget"});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.output, "");
+  EXPECT_EQ(ended.errors,
+            "quollctl: the lock of the shares cannot be had; quollctl doctor tells more\n");
+  EXPECT_TRUE(fs::exists(home_.staging() + "/a"));
+}
+
 TEST_F(Forget, WithoutAPlaceItSaysSo) {
   home_.environment()["QUOLL_GROUP_CONTAINERS"] = "relative";
   const Ended ended = control({"forget"});
