@@ -232,7 +232,9 @@ std::optional<int> parse(int argc, char** argv, Options& options) {
   app.add_option("--idle", options.idle_seconds,
                  "end the service after so many idle seconds, 86400 at most")
       ->needs(service)
-      ->check(CLI::Range(0.0, 86400.0).description(""))
+      ->check([](const std::string& seconds) {
+        return CLI::Range(0.0, 86400.0)(seconds).empty() ? "" : "it takes 0 to 86400 seconds";
+      })
       ->type_name("SECONDS")
       ->capture_default_str();
   auto* resume =

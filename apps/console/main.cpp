@@ -104,16 +104,18 @@ int main(int argc, char** argv) {
                 [&] { return console::forget(as_json); });
 
   std::string folder;
-  auto form = PropertyListForm::kXml;
+  std::string form = "xml";
+  const std::map<std::string, PropertyListForm> forms{{"xml", PropertyListForm::kXml},
+                                                      {"binary", PropertyListForm::kBinary},
+                                                      {"old", PropertyListForm::kOld}};
   CLI::App* const sample =
       add("sample-container", "Writes what a mail application shares, made up, into a folder.",
-          [&] { return console::sample_container(folder, form); });
+          [&] { return console::sample_container(folder, forms.at(form)); });
   sample->add_option("FOLDER", folder, "The folder that holds the group containers")->required();
   sample->add_option("--form", form, "How to write the property lists: xml, binary or old")
-      ->transform(CLI::CheckedTransformer(
-          std::map<std::string, PropertyListForm>{{"xml", PropertyListForm::kXml},
-                                                  {"binary", PropertyListForm::kBinary},
-                                                  {"old", PropertyListForm::kOld}}));
+      ->check([&](const std::string& name) {
+        return forms.contains(name) ? "" : "it takes xml, binary or old";
+      });
 
   try {
     app.parse(argc, argv);

@@ -29,12 +29,16 @@ int main(int argc, char** argv) {
   CLI::App app("Shares for other programs; the session bus starts it.", "quoll-share-service");
   app.set_version_flag("--version", "quoll-share-service " QUOLL_VERSION);
   app.add_option("--idle", idle_seconds, "end after so many idle seconds, 86400 at most")
-      ->check(CLI::Range(0.0, 86400.0).description(""))
+      ->check([](const std::string& seconds) {
+        return CLI::Range(0.0, 86400.0)(seconds).empty() ? "" : "it takes 0 to 86400 seconds";
+      })
       ->type_name("SECONDS")
       ->capture_default_str();
   app.add_option("--time", share_seconds,
                  "end a share that takes longer than so many seconds, 1 to 86400")
-      ->check(CLI::Range(1, 86400).description(""))
+      ->check([](const std::string& seconds) {
+        return CLI::Range(1, 86400)(seconds).empty() ? "" : "it takes 1 to 86400 seconds";
+      })
       ->type_name("SECONDS")
       ->capture_default_str();
   try {

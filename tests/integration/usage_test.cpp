@@ -61,6 +61,27 @@ TEST(Usage, TheOthersSayItInTheSameManner) {
   }
 }
 
+TEST(Usage, WhatAnOptionTakesIsSaid) {
+  const std::vector<std::pair<std::vector<std::string>, std::string>> rows{
+      {{QUOLL_COMPOSE, "--service", "--idle", "86401"},
+       "quoll-compose: --idle: it takes 0 to 86400 seconds; see quoll-compose --help"},
+      {{QUOLL_COMPOSE, "--service", "--idle", "long"},
+       "quoll-compose: --idle: it takes 0 to 86400 seconds; see quoll-compose --help"},
+      {{QUOLL_SHARE_SERVICE, "--idle", "86401"},
+       "quoll-share-service: --idle: it takes 0 to 86400 seconds; see quoll-share-service --help"},
+      {{QUOLL_SHARE_SERVICE, "--time", "0"},
+       "quoll-share-service: --time: it takes 1 to 86400 seconds; see quoll-share-service --help"},
+      {{QUOLLCTL, "sample-container", "/nowhere", "--form", "zzz"},
+       "quollctl: --form: it takes xml, binary or old; see quollctl sample-container --help"},
+  };
+  for (const auto& [command, told] : rows) {
+    const Ended ended = run(command);
+    EXPECT_EQ(ended.status, 2) << told;
+    EXPECT_EQ(ended.errors, told + "\n");
+    EXPECT_EQ(ended.output, "") << told;
+  }
+}
+
 TEST(Usage, HelpHasExamples) {
   const Ended ended = run({QUOLLCTL, "--help"});
   EXPECT_EQ(ended.status, 0);
