@@ -1,5 +1,6 @@
 #include <exception>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -50,6 +51,32 @@ Messages read_messages(const std::vector<std::string>& files) {
   return messages;
 }
 
+/// Keeps why the command was not opened, for the one line that tells it; all else is written.
+class LaunchLog final : public platform::Log {
+ public:
+  explicit LaunchLog(std::shared_ptr<platform::Log> log) : log_(std::move(log)) {}
+
+  void write(const platform::LogEvent& event) override {
+    if (event.error && event.error->domain == foundation::kQuollErrorDomain &&
+        event.error->code == foundation::kNotOpenedError) {
+      failure_ = *event.error;
+    } else {
+      log_->write(event);
+    }
+  }
+
+  /// The reason, and what to do; to be asked once the launch has ended.
+  [[nodiscard]] std::string reason() const {
+    const std::string* const advice = failure_ ? failure_->detail(gio::kAdviceKey) : nullptr;
+    return (failure_ ? ": " + failure_->text : "") + "; " +
+           (advice != nullptr ? *advice : "quollctl doctor tells more");
+  }
+
+ private:
+  std::shared_ptr<platform::Log> log_;
+  std::optional<foundation::Error> failure_;
+};
+
 /// What the application says that it has not taken; nothing when nobody was asked.
 std::vector<gio::LeftOut> left_out_by(const platform::NSWorkspace* workspace) {
   const auto* const launcher = dynamic_cast<const gio::LauncherWorkspace*>(workspace);
@@ -61,7 +88,8 @@ std::vector<gio::LeftOut> left_out_by(const platform::NSWorkspace* workspace) {
 int launch(const std::string& command, const std::vector<std::string>& files, bool background,
            bool as_json) {
   platform::Desktop around = program_desktop();
-  around.log = reading_desktop().log;  // to standard error, so that a failure is seen
+  const auto log = std::make_shared<LaunchLog>(reading_desktop().log);
+  around.log = log;
   const auto workspace = around.workspace;
   const platform::ScopedDesktop desktop(std::move(around));
   try {
@@ -69,7 +97,7 @@ int launch(const std::string& command, const std::vector<std::string>& files, bo
     const Announced announced;
     const bool opened = ExtensionUtilities::LaunchCommandForMessages(messages, command, background);
     if (!opened && !announced.empty()) {
-      complain("the mail application has not taken the command " + command);
+      complain("the mail application has not taken the command " + command + log->reason());
     }
     Json left_out = Json::array();
     for (std::size_t i = 0; i < messages.size(); ++i) {

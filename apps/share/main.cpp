@@ -4,6 +4,7 @@
 
 #include "apps/share/exit_code.h"
 #include "apps/share/notify.h"
+#include "apps/share/report.h"
 #include "apps/share/request/arguments.h"
 #include "apps/share/request/descriptors.h"
 #include "apps/share/share_program.h"
@@ -38,7 +39,7 @@ int main(int argc, char** argv) {
     return ended != nullptr ? *ended
                             : quoll::share::share(std::get<quoll::share::Arguments>(arguments));
   } catch (const std::exception& exception) {
-    std::cerr << "not opened: " << exception.what() << '\n';
+    quoll::share::report(quoll::share::failed_share(exception.what()), std::cerr);
     return static_cast<int>(quoll::share::ExitCode::kNotOpened);
   }
 }

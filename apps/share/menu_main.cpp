@@ -1,10 +1,12 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <sstream>
 #include <string>
 #include <string_view>
 
 #include "apps/share/exit_code.h"
+#include "apps/share/report.h"
 #include "apps/share/request/descriptors.h"
 #include "apps/share/request/menu_request.h"
 #include "apps/share/request/menu_socket.h"
@@ -29,8 +31,14 @@ std::string_view value_of(std::string_view option, int argc, char** argv) {
   return {};
 }
 
-int fail(MenuSocket& socket, const char* reason) {
-  socket.tell_error(std::string("not opened: ") + reason);
+void tell(MenuSocket& socket, const std::string& told) {
+  socket.tell_error(told.substr(0, told.size() - 1));
+}
+
+int fail(MenuSocket& socket, const quoll::share::ShareResult& result) {
+  std::ostringstream told;
+  quoll::share::report(result, told);
+  tell(socket, told.str());
   return kNotOpened;
 }
 
@@ -38,7 +46,8 @@ int share(MenuSocket& socket) {
   const auto message = socket.receive();
   auto request = message ? quoll::share::read_menu_request(*message) : std::nullopt;
   if (!request) {
-    return fail(socket, "the menu did not say what to share; choose the entry again");
+    return fail(socket, quoll::share::failed_share("the menu did not say what to share",
+                                                   "choose the entry again"));
   }
   return quoll::share::run_share(
       std::move(*request),
@@ -54,7 +63,7 @@ int share(MenuSocket& socket) {
              if (told.empty()) {
                socket.tell_end();
              } else {
-               socket.tell_error(told.substr(0, told.size() - 1));
+               tell(socket, told);
              }
            }});
 }
@@ -79,6 +88,6 @@ int main(int argc, char** argv) {
   try {
     return share(socket);
   } catch (const std::exception& exception) {
-    return fail(socket, exception.what());
+    return fail(socket, quoll::share::failed_share(exception.what()));
   }
 }

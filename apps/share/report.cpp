@@ -11,7 +11,7 @@ namespace quoll::share {
 
 namespace {
 
-/// "2 file (4096 bytes), 1 link", in the order of the alphabet.
+/// "2 files (4096 bytes), 1 link", in the order of the alphabet.
 std::string counts_of(const std::vector<SharedThing>& things) {
   struct Sum {
     std::size_t count = 0;
@@ -25,6 +25,7 @@ std::string counts_of(const std::vector<SharedThing>& things) {
   std::string out;
   for (const auto& [kind, sum] : kinds) {
     out += (out.empty() ? "" : ", ") + std::to_string(sum.count) + " " + kind;
+    out += sum.count == 1 ? "" : "s";
     out += sum.bytes == 0 ? "" : " (" + std::to_string(sum.bytes) + " bytes)";
   }
   return out.empty() ? "nothing" : out;
@@ -48,6 +49,11 @@ std::string shown(const std::string& given) {
   return given.empty() ? "\"\"" : foundation::printable(given);
 }
 
+/// The reason, and what to do.
+std::string told_failure(const ShareResult& result) {
+  return result.failure + "; " + result.advice;
+}
+
 }  // namespace
 
 void report(const ShareResult& result, std::ostream& out) {
@@ -60,7 +66,7 @@ void report(const ShareResult& result, std::ostream& out) {
            "written\n";
   }
   if (!result.is_opened) {
-    out << "not opened: " << result.failure << '\n';
+    out << "not opened: " << told_failure(result) << '\n';
   }
   out.flush();
 }
@@ -75,9 +81,9 @@ std::string log_line(const ShareResult& result, std::chrono::milliseconds time) 
   line += result.application.empty() ? "anybody" : result.application;
   line += " after " + std::to_string(time.count()) + " ms: " + counts_of(result.shared);
   line += result.left_out.empty() ? "" : "; left out: " + reasons_of(result.left_out);
-  line += result.is_opened || result.is_failure_logged
-              ? ""
-              : "; " + result.failure.substr(0, result.failure.find("; "));
+  if (!result.is_opened && !result.is_failure_logged) {
+    line += "; " + (result.logged_as.empty() ? result.failure : result.logged_as);
+  }
   line += result.folder_trouble ? "; the shared folder cannot be used" : "";
   return line;
 }
@@ -102,7 +108,7 @@ std::string as_json(const ShareResult& result, std::chrono::milliseconds time) {
               {"shared", std::move(shared)},
               {"leftOut", std::move(left_out)},
               {"folderTrouble", text_or_null(result.folder_trouble.value_or(""))},
-              {"reason", text_or_null(result.failure)},
+              {"reason", text_or_null(result.is_opened ? "" : told_failure(result))},
               {"milliseconds", time.count()}}
       .dump();
 }

@@ -9,6 +9,7 @@
 #include "quoll/foundation/format.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
+#include "quoll/linux/gio/launcher.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/message/extension_message.h"
 #include "quoll/platform/type_identifiers.h"
@@ -185,18 +186,23 @@ bool was_used(const Selection& selection) {
   });
 }
 
-/// The reason, and what to do when it does not say so itself: that stands behind a semicolon.
-std::string with_advice(const std::string& reason) {
-  return reason.find("; ") != std::string::npos ? reason : reason + "; quollctl doctor tells more";
-}
-
-std::string why_not_opened(const Selection& selection, const Course& course) {
+void add_failure(ShareResult& result, const Selection& selection, const Course& course) {
   if (selection.empty()) {
-    return "nothing that was given can be shared; give something that can be read";
+    result.failure = "nothing that was given can be shared";
+    result.advice = "give something that can be read";
+    return;
   }
+  result.is_failure_logged = true;
+  result.failure = "the system log has the reason";
+  result.advice = kTryDoctor;
   const std::vector<LogEvent>& logged = course.opening ? course.launch : course.work;
-  return with_advice(logged.empty() ? "the system log has the reason"
-                                    : plain_reason(logged.back()));
+  if (logged.empty()) {
+    return;
+  }
+  result.failure = plain_reason(logged.back());
+  const std::string* const advice =
+      logged.back().error ? logged.back().error->detail(gio::kAdviceKey) : nullptr;
+  result.advice = advice != nullptr ? *advice : result.advice;
 }
 
 }  // namespace
@@ -230,15 +236,15 @@ ShareResult result_of(const Selection& selection, const std::vector<recording::E
   }
   add_things(result, selection, course);
   if (!result.is_opened) {
-    result.failure = why_not_opened(selection, course);
-    result.is_failure_logged = !selection.empty();
+    add_failure(result, selection, course);
   }
   return result;
 }
 
-ShareResult failed_share(const std::string& reason) {
+ShareResult failed_share(std::string reason, std::string advice) {
   ShareResult result;
-  result.failure = with_advice(reason);
+  result.failure = std::move(reason);
+  result.advice = std::move(advice);
   return result;
 }
 

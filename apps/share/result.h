@@ -32,9 +32,12 @@ struct ShareResult {
   std::vector<LeftOut> left_out;
   /// Why the shared folder could not be prepared; none when it could.
   std::optional<std::string> folder_trouble;
-  /// Why the command was not opened, and what to do, in words that follow a colon; empty when it
-  /// was opened.
+  /// Why the command was not opened, in words that follow a colon; empty when it was opened.
   std::string failure;
+  /// What to do about it; empty when it was opened.
+  std::string advice;
+  /// The reason for the system log, when `failure` may hold another program's words.
+  std::string logged_as;
   /// True when a line of the system log has told it before.
   bool is_failure_logged = false;
 
@@ -45,8 +48,10 @@ struct ShareResult {
 [[nodiscard]] ShareResult result_of(const Selection& selection,
                                     const std::vector<recording::Event>& events);
 
+inline constexpr const char* kTryDoctor = "quollctl doctor tells more";
+
 /// A share that ended early, for this reason.
-[[nodiscard]] ShareResult failed_share(const std::string& reason);
+[[nodiscard]] ShareResult failed_share(std::string reason, std::string advice = kTryDoctor);
 
 /// An event of the log in words for people: of its error only the innermost cause ("permission
 /// denied"), without an error the event's text. One line, ready for a terminal.

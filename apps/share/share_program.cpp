@@ -8,7 +8,6 @@
 #include <memory>
 #include <optional>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 
 #include "apps/sandbox/confine.h"
@@ -54,13 +53,14 @@ std::optional<std::string> prepare_container() {
   return path;
 }
 
-/// Throws when the container cannot be named in a command: a URL is UTF-8.
-void refuse_unusable_container() {
+/// Why the container cannot be named in a command: a URL is UTF-8. None when it can.
+std::optional<std::string> container_trouble() {
   const auto folder = posix::group_containers_folder();
-  if (folder && !foundation::is_utf8(*folder)) {
-    throw std::runtime_error("the shared folder cannot be used: its path is not UTF-8: " +
-                             foundation::printable(*folder) + "; name another folder");
+  if (!folder || foundation::is_utf8(*folder)) {
+    return std::nullopt;
   }
+  return "the shared folder cannot be used: its path is not UTF-8: " +
+         foundation::printable(*folder);
 }
 
 /// What the process may use from now on: what the selection needs, and no more.
@@ -121,12 +121,11 @@ class Share {
       : settings_(settings), steps_(std::make_shared<Steps>(settings.verbose)) {}
 
   int run(ShareRequest request);
-  int fail(const std::string& reason) { return tell(failed_share(reason)); }
+  int tell(const ShareResult& result);
 
  private:
   std::shared_ptr<CountingQueue> begin(bool with_html);
   int end(Selection& selection, const std::vector<recording::Event>& events);
-  int tell(const ShareResult& result);
 
   const ShareSettings& settings_;
   std::shared_ptr<const Steps> steps_;
@@ -136,15 +135,21 @@ class Share {
 };
 
 int Share::run(ShareRequest request) {
-  if (const auto reason = request.has_clipboard ? add_clipboard(request) : std::nullopt) {
-    return fail("the clipboard: " + *reason + "; copy it again, or share the file");
+  if (const auto trouble = request.has_clipboard ? add_clipboard(request) : std::nullopt) {
+    ShareResult result =
+        failed_share("the clipboard: " + trouble->why, "copy it again, or share the file");
+    result.logged_as = trouble->logged_as.empty() ? "" : "the clipboard: " + trouble->logged_as;
+    return tell(result);
   }
-  refuse_unusable_container();
+  if (auto trouble = container_trouble()) {
+    return tell(failed_share(std::move(*trouble), "name another folder"));
+  }
   const auto background = begin(request.html.has_value());
   const std::optional<std::string> container = prepare_container();
   steps_->tell(container ? "the shared folder is " + *container : "there is no shared folder");
   Selection selection = make_selection(std::move(request), container);
-  steps_->tell("what was given is read: " + std::to_string(selection.items.size()) + " items, " +
+  steps_->tell("what was given is read: " + std::to_string(selection.items.size()) +
+               (selection.items.size() == 1 ? " item, " : " items, ") +
                std::to_string(selection.left_out.size()) + " left out");
   if (selection.empty()) {
     return end(selection, {});
@@ -214,7 +219,7 @@ int run_share(ShareRequest request, const ShareSettings& settings) {
   try {
     return share.run(std::move(request));
   } catch (const std::exception& exception) {
-    return share.fail(exception.what());
+    return share.tell(failed_share(exception.what()));
   }
 }
 

@@ -153,6 +153,28 @@ TEST(Report, WhatTheLaunchLoggedIsKeptApart) {
             "left out: the text: the styled text cannot be written\n");
 }
 
+TEST(Report, WordsOfOthersAreNoAdvice) {
+  Selection selection;
+  selection.text = "x";
+  auto error = foundation::quoll_error(foundation::kNotOpenedError, "it says: no; not now");
+  const auto text = [&] {
+    return told(selection,
+                {recording::Opening{{NSURL::URLWithString("quoll://compose?")}, "x", {}},
+                 LogEvent{"openURLs", error}, recording::OpeningAnswer{false}},
+                nullptr)
+        .text;
+  };
+  EXPECT_EQ(text(), "not opened: it says: no; not now; quollctl doctor tells more\n");
+  error.user_info.emplace_back("NSLocalizedRecoverySuggestion", "ask again");
+  EXPECT_EQ(text(), "not opened: it says: no; not now; ask again\n");
+}
+
+TEST(Report, AShareThatEndedEarlySaysWhatToDo) {
+  std::ostringstream out;
+  report(failed_share("a; b"), out);
+  EXPECT_EQ(out.str(), "not opened: a; b; quollctl doctor tells more\n");
+}
+
 TEST(Report, NamesFromStrangersAreEscaped) {
   Selection selection;
   selection.text = "x";

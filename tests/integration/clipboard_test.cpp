@@ -82,8 +82,8 @@ std::string described(const share::ShareRequest& request) {
 std::string read_by(const Tools& tools, const share::ClipboardTime& time = {60s, 600s}) {
   const ScopedEnvironment environment(tools.environment());
   share::ShareRequest request;
-  const auto reason = share::add_clipboard(request, time);
-  return reason.value_or(described(request));
+  const auto trouble = share::add_clipboard(request, time);
+  return trouble ? trouble->why : described(request);
 }
 
 TEST(Clipboard, FilesThenPictureThenStyledThenPlainText) {
@@ -189,12 +189,12 @@ TEST(Clipboard, WithoutADisplayOrATool) {
   share::ShareRequest request;
   {
     const ScopedEnvironment none(environment);
-    EXPECT_EQ(share::add_clipboard(request), "there is no display, and so no clipboard");
+    EXPECT_EQ(share::add_clipboard(request)->why, "there is no display, and so no clipboard");
   }
   environment["DISPLAY"] = ":99999";
   environment["PATH"] = "/nowhere";
   const ScopedEnvironment missing(environment);
-  EXPECT_EQ(share::add_clipboard(request), "xclip could not be started; install xclip");
+  EXPECT_EQ(share::add_clipboard(request)->why, "xclip could not be started; install xclip");
 }
 
 // A display on the other side of a program that cannot reach it is asked by the other program.
@@ -207,7 +207,7 @@ TEST(Clipboard, XIsAskedWhereWaylandCannotBe) {
   const ScopedEnvironment both(
       {{"WAYLAND_DISPLAY", "wayland-0"}, {"PATH", *wayland.environment()["PATH"]}});
   share::ShareRequest request;
-  EXPECT_EQ(share::add_clipboard(request), std::nullopt);
+  EXPECT_FALSE(share::add_clipboard(request).has_value());
   EXPECT_EQ(request.text, "by X");
 }
 

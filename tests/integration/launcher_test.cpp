@@ -199,10 +199,12 @@ TEST_F(LauncherTest, AnApplicationThatEndsWithoutAnAnswerIsNotOpened) {
   EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 ended before it had taken the URLs");
 }
 
-TEST_F(LauncherTest, TheApplicationsOwnReasonIsPassedOn) {
+TEST_F(LauncherTest, TheApplicationsOwnReasonIsPassedOnAndNotLogged) {
   add_service("refuse");
   EXPECT_FALSE(open({"quoll://compose?"}));
-  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 did not take the URLs: the disk is full");
+  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 did not take the URLs") << "it may hold names";
+  EXPECT_EQ(log_->events().back().error->text,
+            "it.vorlent.quoll2 did not take the URLs: the disk is full");
 }
 
 TEST_F(LauncherTest, WhatTheApplicationLeavesOutIsToldAndTheRestIsOpened) {
@@ -248,8 +250,10 @@ TEST_F(LauncherTest, WhatTheApplicationLeavesOutIsToldAndTheRestIsOpened) {
 TEST_F(LauncherTest, AReasonOfMegabytesIsCutShort) {
   add_service("refuse-at-length");
   EXPECT_FALSE(open({"quoll://compose?"}));
-  EXPECT_LT(only_line().size(), 10'000U);
-  EXPECT_TRUE(only_line().starts_with("openURLs it.vorlent.quoll2 did not take the URLs: xxx"));
+  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 did not take the URLs");
+  const std::string reason = log_->events().back().error->text;
+  EXPECT_LT(reason.size(), 10'000U);
+  EXPECT_TRUE(reason.starts_with("it.vorlent.quoll2 did not take the URLs: xxx"));
 }
 
 TEST_F(LauncherTest, AStartedProgramThatTellsIsWaitedFor) {
@@ -300,6 +304,11 @@ TEST_F(LauncherTest, WithoutAnyApplicationTheReasonSaysWhatToInstall) {
   EXPECT_EQ(only_line(),
             "openURLs no application answers to it.vorlent.quoll2; install the mail application or "
             "quoll-compose");
+  const foundation::Error error = *log_->events().back().error;
+  EXPECT_EQ(error.text, "no application answers to it.vorlent.quoll2");
+  const std::string* const advice = error.detail(gio::kAdviceKey);
+  ASSERT_NE(advice, nullptr);
+  EXPECT_EQ(*advice, "install the mail application or quoll-compose");
 }
 
 TEST_F(LauncherTest, AnIdentifierThatIsNoneIsRefused) {

@@ -59,7 +59,7 @@ TEST_F(ShareLog, OneLineTellsOfAShareWithoutNames) {
   EXPECT_EQ(ended.status, 3) << ended.errors;
   ASSERT_EQ(log().size(), 1U);
   EXPECT_EQ(without_time(log().front()),
-            "share given to standard output after N ms: 2 file (15 bytes), 1 link; left out: "
+            "share given to standard output after N ms: 2 files (15 bytes), 1 link; left out: "
             "1: it is a folder, 2: no such file");
 }
 
@@ -91,13 +91,42 @@ TEST_F(ShareLog, WordsOfTheApplicationStayOutOfIt) {
             "application says why");
 }
 
+TEST_F(ShareLog, WhyTheApplicationRefusesStaysOutOfIt) {
+  const PrivateBus bus;
+  bus.add_service(kReceiver, RECEIVER_DOUBLE " bus it.vorlent.quoll2 refuse " + bus.path("record"));
+  Environment environment = bus.environment();
+  environment["LD_PRELOAD"] = QUOLL_KEPT_LOG;
+  environment["QUOLL_KEPT_LOG"] = home_.path("log");
+  const Ended ended = run({QUOLL_SHARE, "--text", "words"}, environment);
+  EXPECT_EQ(ended.errors,
+            "not opened: it.vorlent.quoll2 did not take the URLs: the disk is full; quollctl "
+            "doctor tells more\n");
+  const std::string logged = read_file(home_.path("log"));
+  EXPECT_NE(logged.find("openURLs it.vorlent.quoll2 did not take the URLs\n"), std::string::npos)
+      << logged;
+  EXPECT_EQ(logged.find("the disk is full"), std::string::npos) << logged;
+}
+
+TEST_F(ShareLog, WordsOfTheClipboardsProgramStayOutOfIt) {
+  std::ofstream(home_.path("xclip")) << "#!/bin/sh\necho 'no secret.txt' >&2\nexit 1\n";
+  std::filesystem::permissions(home_.path("xclip"), std::filesystem::perms::owner_all);
+  home_.environment()["PATH"] = home_.path("");
+  home_.environment()["DISPLAY"] = ":99999";
+  home_.environment()["WAYLAND_DISPLAY"] = std::nullopt;
+  EXPECT_EQ(home_.print({"--clipboard"}).errors,
+            "not opened: the clipboard: xclip says: no secret.txt; copy it again, or share the "
+            "file\n");
+  EXPECT_EQ(without_time(log().back()),
+            "share not given to anybody after N ms: nothing; the clipboard: xclip failed");
+}
+
 TEST(ShareSteps, EachHasALineWithItsTime) {
   const ShareHome home;
   EXPECT_EQ(home.print({"https://first/"}).status, 0) << "it logs that it makes the folder";
   const Ended ended = home.print({"--verbose", home.write("a.txt", "x")});
   EXPECT_EQ(ended.status, 0);
   const std::vector<std::string> steps{"the shared folder is ",
-                                       "what was given is read: 1 items, 0 left out",
+                                       "what was given is read: 1 item, 0 left out",
                                        "the program has confined itself",
                                        "it is this share's turn",
                                        "the command is made and goes to it.vorlent.quoll2",

@@ -20,8 +20,8 @@ namespace quoll::share {
 namespace {
 
 using End = posix::ProgramAnswer::End;
-/// Why there is nothing; none when there is something.
-using Reason = std::optional<std::string>;
+/// None when there is something.
+using Reason = std::optional<ClipboardTrouble>;
 
 constexpr std::size_t kMebibyte = std::size_t{1} << 20;
 constexpr std::size_t kLongestText = 64 * kMebibyte;
@@ -81,12 +81,13 @@ Reason why_not(const ClipboardProgram& program, const posix::ProgramAnswer& answ
     case End::kWell:
       return std::nullopt;
     case End::kSilent:
-      return "the program that holds it does not answer";
+      return ClipboardTrouble{"the program that holds it does not answer"};
     case End::kTooLong:
-      return "what it holds is too long";
+      return ClipboardTrouble{"what it holds is too long"};
     case End::kMissing:
-      return std::string(program.name) + " could not be started; install " +
-             std::string(program.package);
+      return ClipboardTrouble{std::string(program.name) + " could not be started; install " +
+                                  std::string(program.package),
+                              std::string(program.name) + " could not be started"};
     case End::kBadly:
       break;
   }
@@ -94,10 +95,12 @@ Reason why_not(const ClipboardProgram& program, const posix::ProgramAnswer& answ
       program.words_for_empty.begin(), program.words_for_empty.end(),
       [&](std::string_view words) { return answer.complaint.find(words) != std::string::npos; });
   if (is_empty) {
-    return kEmpty;
+    return ClipboardTrouble{kEmpty};
   }
-  return std::string(program.name) +
-         (answer.complaint.empty() ? " failed" : " says: " + answer.complaint);
+  const std::string failed = std::string(program.name) + " failed";
+  return answer.complaint.empty()
+             ? ClipboardTrouble{failed}
+             : ClipboardTrouble{std::string(program.name) + " says: " + answer.complaint, failed};
 }
 
 /// False when there is nothing in it.
@@ -168,16 +171,16 @@ Reason add_from(const ClipboardProgram& program, ShareRequest& request,
     if (!reason && add(request, type.kind, answer.output)) {
       return std::nullopt;
     }
-    if (reason && reason != kEmpty) {
+    if (reason && reason->why != kEmpty) {
       return reason;
     }
   }
-  return there.empty() ? kEmpty : "it holds nothing that can be shared";
+  return ClipboardTrouble{there.empty() ? kEmpty : "it holds nothing that can be shared"};
 }
 
 }  // namespace
 
-std::optional<std::string> add_clipboard(ShareRequest& request, const ClipboardTime& time) {
+std::optional<ClipboardTrouble> add_clipboard(ShareRequest& request, const ClipboardTime& time) {
   const auto deadline = std::chrono::steady_clock::now() + time.in_all;
   Reason first;
   for (const ClipboardProgram& program : programs()) {
@@ -186,14 +189,14 @@ std::optional<std::string> add_clipboard(ShareRequest& request, const ClipboardT
       continue;
     }
     auto reason = add_from(program, request, time.read_timeout, deadline);
-    if (!reason || reason == kEmpty) {
+    if (!reason || reason->why == kEmpty) {
       return reason;
     }
     if (!first) {
       first = std::move(reason);
     }
   }
-  return first ? first : "there is no display, and so no clipboard";
+  return first ? first : ClipboardTrouble{"there is no display, and so no clipboard"};
 }
 
 }  // namespace quoll::share

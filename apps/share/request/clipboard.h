@@ -14,10 +14,18 @@ struct ClipboardTime {
   std::chrono::milliseconds in_all{30'000};
 };
 
+/// Why there is nothing.
+struct ClipboardTrouble {
+  std::string why;  ///< in words that follow a colon
+  /// The reason for the system log, when `why` holds the words of the program that reads the
+  /// clipboard.
+  std::string logged_as{};
+};
+
 /// Adds what the clipboard holds to the request, the first that is there of: files and links, a
-/// picture, styled text, plain text. Answers why there is nothing, in words that follow a colon;
+/// picture, styled text, plain text. Answers why there is nothing;
 /// none when there is something. To be called while there is one thread.
-[[nodiscard]] std::optional<std::string> add_clipboard(ShareRequest& request,
-                                                       const ClipboardTime& time = {});
+[[nodiscard]] std::optional<ClipboardTrouble> add_clipboard(ShareRequest& request,
+                                                            const ClipboardTime& time = {});
 
 }  // namespace quoll::share

@@ -46,12 +46,11 @@ class Launcher final : public LauncherWorkspace {
     for (const auto& url : urls) {
       request.urls.push_back(url ? url->absoluteString() : std::string());
     }
-    const FailureReason failure = ask(request);
-    if (failure) {
-      platform::log_reason("openURLs",
-                           foundation::quoll_error(foundation::kNotOpenedError, *failure));
+    const OpenResult result = ask(request);
+    if (result.failure) {
+      log_failure(result);
     }
-    return !failure;
+    return !result.failure;
   }
 
   [[nodiscard]] std::vector<LeftOut> left_out() const override {
@@ -65,27 +64,39 @@ class Launcher final : public LauncherWorkspace {
   }
 
  private:
-  FailureReason ask(const OpenRequest& request) {
+  OpenResult ask(const OpenRequest& request) {
     const std::lock_guard lock(mutex_);
     report_.clear();
     if (auto failure = refusal(request)) {
-      return failure;
+      return {std::move(failure)};
     }
     if (process_ < 0) {
-      return "the launcher could not be started";
+      return {"the launcher could not be started"};
     }
     if (!send_fields(socket_.get(), request.fields())) {
-      return "the launcher has ended";
+      return {"the launcher has ended"};
     }
     auto answer = receive_fields(socket_.get());
-    if (!answer || answer->size() != 2) {
-      return "the launcher has ended";
+    if (!answer || answer->size() != 4) {
+      return {"the launcher has ended"};
     }
     if (answer->front() != kTaken) {
-      return std::move(answer->back());
+      return {std::move((*answer)[1]), std::move((*answer)[2]), std::move((*answer)[3])};
     }
-    report_ = std::move(answer->back());
-    return std::nullopt;
+    report_ = std::move((*answer)[2]);
+    return {};
+  }
+
+  /// The application's own words may hold names, so the text of the event goes without them.
+  static void log_failure(const OpenResult& result) {
+    const std::string words = result.report.empty() ? "" : ": " + result.report;
+    auto error = foundation::quoll_error(foundation::kNotOpenedError, *result.failure + words);
+    std::string text = "openURLs " + *result.failure;
+    if (!result.advice.empty()) {
+      text += "; " + result.advice;
+      error.user_info.emplace_back(kAdviceKey, result.advice);
+    }
+    platform::log_event({std::move(text), std::move(error)});
   }
 
   mutable std::mutex mutex_;
@@ -171,8 +182,8 @@ FailureReason not_openable(const OpenRequest& request, const Openable& openable)
       openable.most_urls -= request->urls.size();
       result = opener.open(*request);
     }
-    if (!send_fields(socket, {result.failure ? kNotTaken : kTaken,
-                              result.failure.value_or(std::move(result.report))})) {
+    if (!send_fields(socket, {result.failure ? kNotTaken : kTaken, result.failure.value_or(""),
+                              std::move(result.report), std::move(result.advice)})) {
       break;
     }
   }

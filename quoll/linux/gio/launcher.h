@@ -45,6 +45,9 @@ class LauncherWorkspace : public platform::NSWorkspace {
   [[nodiscard]] virtual std::string draft() const = 0;
 };
 
+/// The detail of the logged error that says what can be done about the failure; not all have one.
+inline constexpr std::string_view kAdviceKey = "NSLocalizedRecoverySuggestion";
+
 /// Starts the launcher and answers the workspace that sends URLs to it; never null. The launcher is
 /// a process of its own that opens URLs. It begins at once to connect to the session bus.
 ///
@@ -57,7 +60,8 @@ class LauncherWorkspace : public platform::NSWorkspace {
 /// activation) is given.
 ///
 /// When `openURLs` answers false, the log has one line "openURLs %@" with the reason in plain
-/// words. The launcher ends when the workspace is destroyed or this process ends.
+/// words. What the application said itself stands in the event's error alone. The launcher ends
+/// when the workspace is destroyed or this process ends.
 [[nodiscard]] std::shared_ptr<LauncherWorkspace> start_launcher(
     Openable openable = {}, std::chrono::milliseconds time_out = kOpeningTimeOut);
 

@@ -23,8 +23,11 @@ using FailureReason = std::optional<std::string>;
 /// What came of a request.
 struct OpenResult {
   FailureReason failure = std::nullopt;
-  /// What the application said of what it took, as it said it, cut short; empty when nothing.
+  /// What the application said of what it took, or why it refused, as it said it, cut short; empty
+  /// when nothing.
   std::string report = {};
+  /// What can be done about the failure; empty when that is not known.
+  std::string advice = {};
 };
 
 /// Why a request cannot be opened in any way: it has no URL; a URL is empty, not UTF-8 or holds a

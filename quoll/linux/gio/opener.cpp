@@ -141,7 +141,8 @@ bool Opener::activate(const std::string& application, FailureReason& failure) {
   const VariantHandle reply(call(connection, application, "Activate",
                                  g_variant_new("(a{sv})", nullptr), deadline, error));
   if (!reply && !says_nobody_there(error)) {
-    failure = in_words(error, application);
+    const OpenResult result = failed(error, application);
+    failure = *result.failure + (result.report.empty() ? "" : ": " + result.report);
   }
   return !says_nobody_there(error);
 }
@@ -159,28 +160,28 @@ bool Opener::open_by_bus(GDBusConnection* connection, const OpenRequest& request
       result.report = "?\nsomething: " + request.application + " does not say what";
     }
   } else if (!reply && !says_nobody_there(error)) {
-    result.failure = in_words(error, request.application);
+    result = failed(error, request.application);
   }
   return !says_nobody_there(error);
 }
 
-std::string Opener::in_words(const ErrorSlot& error, const std::string& application) const {
+OpenResult Opener::failed(const ErrorSlot& error, const std::string& application) const {
   if (says_time_out(error)) {
-    return application + " did not answer within " + duration_text(time_out_);
+    return {application + " did not answer within " + duration_text(time_out_)};
   }
   if (error.is(G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY)) {
-    return application + " ended before it had taken the URLs";
+    return {application + " ended before it had taken the URLs"};
   }
   if (error.is(G_IO_ERROR, G_IO_ERROR_CLOSED)) {
-    return "the session bus has ended";
+    return {"the session bus has ended"};
   }
   const bool remote = g_dbus_error_is_remote_error(error.get()) != FALSE;
   g_dbus_error_strip_remote_error(error.get());
   if (says_not_started(error)) {
-    return application + " could not be started: " + words_of(error);
+    return {application + " could not be started: " + words_of(error)};
   }
-  return remote ? application + " did not take the URLs: " + words_of(error)
-                : application + " could not be asked: " + words_of(error);
+  return remote ? OpenResult{application + " did not take the URLs", words_of(error)}
+                : OpenResult{application + " could not be asked: " + words_of(error)};
 }
 
 OpenResult Opener::open_by_entry(const OpenRequest& request, const std::string& bus_reason) const {
@@ -188,11 +189,12 @@ OpenResult Opener::open_by_entry(const OpenRequest& request, const std::string& 
   if (!entry) {
     const std::string why = bus_reason.empty() ? "" : " (" + bus_reason + ")";
     if (entry_exists(request.application)) {
-      return {request.application + ".desktop is damaged, or its program is missing" + why +
-              "; install the application again"};
+      return {
+          .failure = request.application + ".desktop is damaged, or its program is missing" + why,
+          .advice = "install the application again"};
     }
-    return {"no application answers to " + request.application + why +
-            "; install the mail application or quoll-compose"};
+    return {.failure = "no application answers to " + request.application + why,
+            .advice = "install the mail application or quoll-compose"};
   }
   if (g_app_info_supports_uris(G_APP_INFO(entry.get())) == FALSE) {
     return {request.application + ".desktop takes no URLs"};
@@ -218,8 +220,9 @@ OpenResult Opener::start(GDesktopAppInfo* entry, const OpenRequest& request) con
   OpenResult result;
   result.report = read_left_out(taken.reading.get(), std::chrono::steady_clock::now() + time_out_);
   if (result.report.starts_with('\n')) {
-    result.failure = request.application + " did not take the URLs";
-  } else if (ends_badly(process) && result.report.empty()) {
+    return {request.application + " did not take the URLs"};
+  }
+  if (ends_badly(process) && result.report.empty()) {
     result.failure = request.application + " ended before it had taken the URLs";
   }
   return result;

@@ -38,7 +38,7 @@ class Opener {
   [[nodiscard]] OpenResult open_by_entry(const OpenRequest& request,
                                          const std::string& bus_reason) const;
   [[nodiscard]] OpenResult start(GDesktopAppInfo* entry, const OpenRequest& request) const;
-  [[nodiscard]] std::string in_words(const ErrorSlot& error, const std::string& application) const;
+  [[nodiscard]] OpenResult failed(const ErrorSlot& error, const std::string& application) const;
 
   ActivationTokens tokens_;
   std::chrono::milliseconds time_out_;
