@@ -1,29 +1,39 @@
 #include "apps/share/notice.h"
 
 #include <algorithm>
-#include <utility>
+#include <functional>
+#include <vector>
 
 #include "apps/share/exit_code.h"
+#include "apps/share/result.h"
 #include "quoll/foundation/text.h"
-#include "quoll/message/command_launcher.h"
+#include "quoll/linux/gio/launcher.h"
 
 namespace quoll::share {
 
 namespace {
 
-/// Why nothing was opened, without the names that programs have among themselves.
+void replace_all(std::string& text, std::string_view from, std::string_view to) {
+  for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at)) {
+    text.replace(at, from.size(), to);
+    at += to.size();
+  }
+}
+
+/// Why nothing was opened, without the names that programs have among themselves and without what
+/// is advice at a terminal alone.
 std::string in_words_for_people(std::string_view reason) {
-  const std::string id(it_vorlent_quoll_2);
-  const std::pair<std::string, std::string_view> words[] = {
-      {"no application answers to " + id, "no mail application answers"},
-      {id + ".desktop", "the entry of the mail application"},
-      {id, "the mail application"},
-  };
   std::string text(reason);
-  for (const auto& [from, to] : words) {
-    if (const std::size_t at = text.find(from); at != std::string::npos) {
-      text.replace(at, from.size(), to);
-    }
+  const std::string doctor = std::string("; ") + kTryDoctor;
+  if (text.ends_with(doctor)) {
+    text.resize(text.size() - doctor.size());
+  }
+  std::vector<std::string> editions(gio::kEditions.begin(), gio::kEditions.end());
+  std::ranges::sort(editions, std::greater());  // a name may be the beginning of another
+  for (const std::string& id : editions) {
+    replace_all(text, "no application answers to " + id, "no mail application answers");
+    replace_all(text, id + ".desktop", "the entry of the mail application");
+    replace_all(text, id, "the mail application");
   }
   return text;
 }
@@ -53,7 +63,7 @@ Notice notice_of(int code, std::string_view told) {
   }
   const bool is_opened = code == static_cast<int>(ExitCode::kSomethingLeftOut);
   return {is_opened ? "Not everything is in the draft" : "Nothing was shared",
-          body.empty() ? "quollctl doctor tells more." : body};
+          body.empty() ? "It ended without a reason; try it once more." : body};
 }
 
 std::optional<std::string> shown_report(std::string_view told, std::size_t most) {

@@ -175,6 +175,19 @@ TEST(Report, AShareThatEndedEarlySaysWhatToDo) {
   EXPECT_EQ(out.str(), "not opened: a; b; quollctl doctor tells more\n");
 }
 
+TEST(Notice, HasNoCommandsAndNoNamesOfPrograms) {
+  const auto body = [](const std::string& told) { return notice_of(1, told).body; };
+  for (const std::string id :
+       {"it.vorlent.quoll", "it.vorlent.quoll.beta10", "it.vorlent.quoll2"}) {
+    EXPECT_EQ(body("not opened: " + id + " did not answer; " + id +
+                   " is stuck; quollctl doctor tells more\n"),
+              "The mail application did not answer; the mail application is stuck");
+    EXPECT_EQ(body("not opened: " + id + ".desktop takes no URLs; quollctl doctor tells more\n"),
+              "The entry of the mail application takes no URLs");
+  }
+  EXPECT_EQ(body(""), "It ended without a reason; try it once more.");
+}
+
 TEST(Report, NamesFromStrangersAreEscaped) {
   Selection selection;
   selection.text = "x";
