@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <sstream>
@@ -14,6 +13,7 @@
 #include "apps/console/menu_check.h"
 #include "apps/console/program_desktop.h"
 #include "apps/console/receiver_check.h"
+#include "apps/share/request/clipboard_programs.h"
 #include "quoll/foundation/nsurl.h"
 #include "quoll/linux/gio/applications.h"
 #include "quoll/linux/image_helper/images.h"
@@ -98,26 +98,18 @@ Finding pictures() {
           "install quoll-share again: pictures that come as bytes are left out"};
 }
 
-struct ClipboardTool {
-  const char* display;  ///< the variable that says that there is one
-  const char* program;
-  const char* package;
-};
-constexpr std::array kClipboardTools{ClipboardTool{"WAYLAND_DISPLAY", "wl-paste", "wl-clipboard"},
-                                     ClipboardTool{"DISPLAY", "xclip", "xclip"}};
-
 Finding clipboard() {
   std::string there;
-  for (const ClipboardTool& tool : kClipboardTools) {
+  for (const share::ClipboardProgram& tool : share::kClipboardPrograms) {
     const char* const display = std::getenv(tool.display);
     if (display == nullptr || *display == '\0') {
       continue;
     }
-    if (!gio::is_program(tool.program)) {
-      return {"clipboard", State::kWorthKnowing, std::string(tool.program) + " is missing",
+    if (!gio::is_program(tool.name)) {
+      return {"clipboard", State::kWorthKnowing, std::string(tool.name) + " is missing",
               std::string("install ") + tool.package + " to share what the clipboard holds"};
     }
-    there += (there.empty() ? "read by " : " and ") + std::string(tool.program);
+    there += (there.empty() ? "read by " : " and ") + std::string(tool.name);
   }
   return {"clipboard", State::kGood, there.empty() ? "there is no display" : there, ""};
 }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "apps/share/request/clipboard_content.h"
+#include "apps/share/request/clipboard_programs.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/subprocess.h"
 #include "quoll/linux/posix/unique_fd.h"
@@ -29,30 +30,24 @@ constexpr std::size_t kLargestPicture = 256 * kMebibyte;
 constexpr std::size_t kLongestList = kMebibyte;
 constexpr const char* kEmpty = "it is empty";
 
-/// The program that talks to a kind of display, and how it is asked.
-struct ClipboardProgram {
-  const char* variable;  ///< set where there is such a display
-  std::string_view name;
-  std::string_view package;
+/// How a program is asked.
+struct ClipboardReader {
+  ClipboardProgram program;
   std::vector<std::string> types;    ///< lists the types of what the clipboard holds
   std::vector<std::string> content;  ///< delivers the type that stands behind it
   std::vector<std::string_view> words_for_empty;
 };
 
-const std::array<ClipboardProgram, 2>& programs() {
-  static const std::array<ClipboardProgram, 2> all{
-      ClipboardProgram{"WAYLAND_DISPLAY",
-                       "wl-paste",
-                       "wl-clipboard",
-                       {"wl-paste", "--list-types"},
-                       {"wl-paste", "--no-newline", "--type"},
-                       {"Nothing is copied", "No selection", "No suitable type"}},
-      ClipboardProgram{"DISPLAY",
-                       "xclip",
-                       "xclip",
-                       {"xclip", "-selection", "clipboard", "-o", "-t", "TARGETS"},
-                       {"xclip", "-selection", "clipboard", "-o", "-t"},
-                       {"not available"}},
+const std::array<ClipboardReader, 2>& readers() {
+  static const std::array<ClipboardReader, 2> all{
+      ClipboardReader{kWaylandClipboard,
+                      {"wl-paste", "--list-types"},
+                      {"wl-paste", "--no-newline", "--type"},
+                      {"Nothing is copied", "No selection", "No suitable type"}},
+      ClipboardReader{kXClipboard,
+                      {"xclip", "-selection", "clipboard", "-o", "-t", "TARGETS"},
+                      {"xclip", "-selection", "clipboard", "-o", "-t"},
+                      {"not available"}},
   };
   return all;
 }
@@ -76,7 +71,7 @@ constexpr std::array kTypes{
     Type{"text/plain", Kind::kText},
 };
 
-Reason why_not(const ClipboardProgram& program, const posix::ProgramAnswer& answer) {
+Reason why_not(const ClipboardReader& reader, const posix::ProgramAnswer& answer) {
   switch (answer.end) {
     case End::kWell:
       return std::nullopt;
@@ -85,22 +80,23 @@ Reason why_not(const ClipboardProgram& program, const posix::ProgramAnswer& answ
     case End::kTooLong:
       return ClipboardTrouble{"what it holds is too long"};
     case End::kMissing:
-      return ClipboardTrouble{std::string(program.name) + " could not be started; install " +
-                                  std::string(program.package),
-                              std::string(program.name) + " could not be started"};
+      return ClipboardTrouble{std::string(reader.program.name) + " could not be started; install " +
+                                  std::string(reader.program.package),
+                              std::string(reader.program.name) + " could not be started"};
     case End::kBadly:
       break;
   }
   const bool is_empty = std::any_of(
-      program.words_for_empty.begin(), program.words_for_empty.end(),
+      reader.words_for_empty.begin(), reader.words_for_empty.end(),
       [&](std::string_view words) { return answer.complaint.find(words) != std::string::npos; });
   if (is_empty) {
     return ClipboardTrouble{kEmpty};
   }
-  const std::string failed = std::string(program.name) + " failed";
+  const std::string failed = std::string(reader.program.name) + " failed";
   return answer.complaint.empty()
              ? ClipboardTrouble{failed}
-             : ClipboardTrouble{std::string(program.name) + " says: " + answer.complaint, failed};
+             : ClipboardTrouble{std::string(reader.program.name) + " says: " + answer.complaint,
+                                failed};
 }
 
 /// False when there is nothing in it.
@@ -149,12 +145,12 @@ std::vector<std::string> lines_of(const std::string& text) {
   return lines;
 }
 
-Reason add_from(const ClipboardProgram& program, ShareRequest& request,
+Reason add_from(const ClipboardReader& reader, ShareRequest& request,
                 std::chrono::milliseconds read_timeout,
                 std::chrono::steady_clock::time_point deadline) {
   const posix::ProgramAnswer listed =
-      posix::run_program(program.types, kLongestList, read_timeout, deadline);
-  if (auto reason = why_not(program, listed)) {
+      posix::run_program(reader.types, kLongestList, read_timeout, deadline);
+  if (auto reason = why_not(reader, listed)) {
     return reason;
   }
   const auto there = lines_of(listed.output);
@@ -162,12 +158,12 @@ Reason add_from(const ClipboardProgram& program, ShareRequest& request,
     if (std::find(there.begin(), there.end(), type.name) == there.end()) {
       continue;
     }
-    auto command = program.content;
+    auto command = reader.content;
     command.emplace_back(type.name);
     const auto answer =
         posix::run_program(command, type.kind == Kind::kImage ? kLargestPicture : kLongestText,
                            read_timeout, deadline);
-    auto reason = why_not(program, answer);
+    auto reason = why_not(reader, answer);
     if (!reason && add(request, type.kind, answer.output)) {
       return std::nullopt;
     }
@@ -183,12 +179,12 @@ Reason add_from(const ClipboardProgram& program, ShareRequest& request,
 std::optional<ClipboardTrouble> add_clipboard(ShareRequest& request, const ClipboardTime& time) {
   const auto deadline = std::chrono::steady_clock::now() + time.in_all;
   Reason first;
-  for (const ClipboardProgram& program : programs()) {
-    const char* const display = std::getenv(program.variable);
+  for (const ClipboardReader& reader : readers()) {
+    const char* const display = std::getenv(reader.program.display);
     if (display == nullptr || *display == '\0') {
       continue;
     }
-    auto reason = add_from(program, request, time.read_timeout, deadline);
+    auto reason = add_from(reader, request, time.read_timeout, deadline);
     if (!reason || reason->why == kEmpty) {
       return reason;
     }
