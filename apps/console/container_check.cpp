@@ -191,6 +191,10 @@ Finding locks(const std::string& container) {
 
 Finding copies() {
   const StagedCopies copies = staged_copies();
+  if (!copies.trouble.empty()) {
+    return {"shared copies", State::kWorthKnowing, "not known: " + copies.trouble,
+            "see what it is, and move it away"};
+  }
   if (copies.files == 0) {
     return {"shared copies", State::kGood, "none", ""};
   }

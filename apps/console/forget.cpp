@@ -27,11 +27,17 @@ int forget(bool as_json) {
     return complain("the lock of the shares cannot be had; quollctl doctor tells more");
   }
   const StagedCopies before = staged_copies();
+  if (!before.trouble.empty()) {  // behind a link are files that no share has put there
+    return complain(before.trouble + "; nothing was removed");
+  }
   if (std::filesystem::exists(before.folder)) {
     ExtensionUtilities::ShareInit(container::layout::staging);
   }
   posix::sweep_temporary_items(*container);
   const StagedCopies left = staged_copies();
+  if (!left.trouble.empty()) {
+    return complain(left.trouble);
+  }
   if (left.files != 0) {
     return complain(in_words(left) + " cannot be removed from " + left.folder);
   }

@@ -11,9 +11,11 @@ struct StagedCopies {
   std::string folder;  ///< empty when there is no place for one
   std::size_t files = 0;
   std::uintmax_t bytes = 0;
+  std::string trouble{};  ///< why not all are counted; else empty
 };
 
-/// Counts them and changes nothing. The desktop with the share's bundle must be installed.
+/// Counts them and changes nothing. From the container down no link is followed. The desktop with
+/// the share's bundle must be installed.
 [[nodiscard]] StagedCopies staged_copies();
 
 /// "2 files (12 KiB)".

@@ -174,6 +174,11 @@ quoll_defence(receiver_is_safe_on_a_terminal FILE apps/compose/draft_summary.cpp
   GIVES "shown"
   SHOWN_BY receiver ReceiverTest.TheSummaryIsSafeOnATerminal)
 
+# The console.
+quoll_defence(forget_follows_no_links FILE apps/console/forget.cpp
+  TAKES "if (!before.trouble.empty()) {" GIVES "if (before.folder.empty()) {"
+  SHOWN_BY forget Forget.NothingIsRemovedThroughALink)
+
 # What the receiver takes, and that it loses nothing; see docs/mail-clients.md.
 set(file apps/compose/staging_folder.cpp)
 quoll_defence(receiver_staging_has_no_links FILE ${file}

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "quoll/linux/posix/unique_fd.h"
 #include "tests/integration/share_home.h"
@@ -85,6 +86,44 @@ TEST_F(Forget, WithoutTheLockNothingIsRemoved) {
   EXPECT_EQ(ended.errors,
             "quollctl: the lock of the shares cannot be had; quollctl doctor tells more\n");
   EXPECT_TRUE(fs::exists(home_.staging() + "/a"));
+}
+
+TEST_F(Forget, NothingIsRemovedThroughALink) {
+  const std::string kept = home_.path("own/Share/kept");
+  for (const std::string& link : {home_.staging(), home_.container() + "/SharedData"}) {
+    SCOPED_TRACE(link);
+    fs::create_directories(fs::path(kept).parent_path());
+    std::ofstream(kept) << "the user's own";
+    fs::remove_all(home_.container());
+    fs::create_directories(fs::path(link).parent_path());
+    fs::create_directory_symlink(home_.path("own"), link);
+    const Ended ended = control({"forget"});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.output, "");
+    EXPECT_EQ(ended.errors,
+              "quollctl: " + link + " cannot be read: not a directory; nothing was removed\n");
+    EXPECT_TRUE(fs::exists(kept));
+    EXPECT_TRUE(fs::is_symlink(link));
+    const Ended told = control({"doctor"});
+    EXPECT_NE(told.output.find("not known: " + link + " cannot be read: not a directory"),
+              std::string::npos)
+        << told.output;
+  }
+}
+
+TEST_F(Forget, DeepFoldersAreCountedAndRemovedWithFewDescriptors) {
+  fs::create_directories(home_.staging());
+  posix::UniqueFd here(open(home_.staging().c_str(), O_PATH | O_CLOEXEC));
+  constexpr int kDeep = 300;
+  for (int depth = 0; depth < kDeep; ++depth) {
+    ASSERT_EQ(mkdirat(here.get(), "d", S_IRWXU), 0);
+    here = posix::UniqueFd(openat(here.get(), "d", O_PATH | O_CLOEXEC));
+  }
+  ASSERT_TRUE(posix::UniqueFd(openat(here.get(), "f", O_WRONLY | O_CREAT | O_CLOEXEC, 0600)));
+  const Ended ended =
+      run({"sh", "-c", "ulimit -n 64; exec " QUOLLCTL " forget"}, home_.environment());
+  EXPECT_EQ(ended.output, "1 file (0 KiB) removed\n") << ended.errors;
+  EXPECT_TRUE(fs::is_empty(home_.staging()));
 }
 
 TEST_F(Forget, WithoutAPlaceItSaysSo) {
