@@ -113,22 +113,34 @@ std::optional<Finding> by_bus(const std::string& application, const std::string&
           : "see that what is named there is yours and can be written"};
 }
 
+/// How many drafts have each state; none for what is no list of drafts.
+std::optional<std::map<std::string, std::size_t>> numbers_in(const Json& list) {
+  if (!list.is_array()) {
+    return std::nullopt;
+  }
+  std::map<std::string, std::size_t> numbers;
+  for (const Json& draft : list) {
+    const auto state = draft.find("state");
+    if (state == draft.end() || !state->is_string()) {
+      return std::nullopt;
+    }
+    ++numbers[state->get<std::string>()];
+  }
+  return numbers;
+}
+
 /// The drafts that `quoll-compose` has, a number for each state.
 Finding drafts(const std::string& program) {
   constexpr std::size_t kMost = std::size_t{16} << 20U;
   const auto said = posix::run_program({program, "--list", "--json"}, kMost, kTimeOut,
                                        std::chrono::steady_clock::now() + kTimeOut);
-  const Json list = Json::parse(said.output, nullptr, false);
-  if (said.end != posix::ProgramAnswer::End::kWell || !list.is_array()) {
+  const auto numbers = numbers_in(Json::parse(said.output, nullptr, false));
+  if (said.end != posix::ProgramAnswer::End::kWell || !numbers) {
     return {"drafts", State::kWorthKnowing, "not known: " + program + " does not list them",
             "see quoll-compose --list"};
   }
-  std::map<std::string, std::size_t> numbers;
-  for (const Json& draft : list) {
-    ++numbers[draft.value("state", "")];
-  }
   std::string found;
-  for (const auto& [state, number] : numbers) {
+  for (const auto& [state, number] : *numbers) {
     found += (found.empty() ? "" : ", ") + std::to_string(number) + " " + state;
   }
   if (found.empty()) {

@@ -242,6 +242,18 @@ TEST_F(Doctor, DraftsAreCounted) {
   EXPECT_EQ(advised(ended, "drafts"), "quoll-compose --list shows them");
 }
 
+TEST_F(Doctor, WhatIsNoListOfDraftsIsNotCounted) {
+  bus_.add_service("it.vorlent.quoll2", bus_.path("programs/quoll-compose") + " --service");
+  const std::string program = bus_.path("programs/quoll-compose");
+  for (const char* list : {"[1]", "[{\"state\": 3}]", "[{}]", "[[]]", "{}", "3", "words"}) {
+    make_program("quoll-compose", "case $* in *--json*) echo '" + std::string(list) +
+                                      "' ;;\n*) exec " QUOLL_COMPOSE " \"$@\" ;; esac");
+    EXPECT_EQ(said(doctor({"--json"}), "drafts"),
+              "note: not known: " + program + " does not list them")
+        << list;
+  }
+}
+
 TEST_F(Doctor, AHelperThatCannotStartSaysWhy) {
   make_program("helper", "echo 'libgone.so: cannot be loaded' >&2; exit 127");
   const Ended ended = doctor({"--json"}, {{"QUOLL_IMAGE_HELPER", bus_.path("programs/helper")}});
