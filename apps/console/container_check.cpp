@@ -66,13 +66,18 @@ std::optional<Trouble> trouble_with_folder(const std::string& path) {
 
 /// The files that a share locks are opened as a share opens them, and made when they are missing.
 std::optional<Trouble> trouble_with_locks(const std::string& container) {
-  const std::string folder = in_folder(container, layout::locks);
-  mkdir(folder.c_str(), S_IRWXU);
+  const std::string path = in_folder(container, layout::locks);
+  mkdir(path.c_str(), S_IRWXU);
+  const auto folder = posix::open_file(path, O_PATH | O_DIRECTORY | O_NOFOLLOW);
+  if (!folder) {
+    return Trouble{path, errno};
+  }
   const std::string data = "/" + ExtensionUtilities::GroupFolderName();
   for (const std::string& item : {std::string("/"), data, in_folder(data, layout::staging)}) {
-    const std::string file = in_folder(folder, posix::lock_file_name(item));
-    if (!posix::open_file(file, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK, S_IRUSR | S_IWUSR)) {
-      return Trouble{errno == ENOTDIR ? folder : file, errno};
+    const std::string name = posix::lock_file_name(item);
+    if (!posix::open_file_at(folder.get(), name, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK,
+                             S_IRUSR | S_IWUSR)) {
+      return Trouble{in_folder(path, name), errno};
     }
   }
   return std::nullopt;
@@ -100,8 +105,12 @@ std::optional<Trouble> trouble_in(const std::string& container) {
   }
   const std::string data = in_folder(container, ExtensionUtilities::GroupFolderName());
   std::error_code error;
-  if (!fs::exists(fs::symlink_status(data, error))) {
+  const fs::file_status kind = fs::symlink_status(data, error);
+  if (!fs::exists(kind)) {
     return std::nullopt;
+  }
+  if (fs::is_symlink(kind)) {
+    return Trouble{data, ELOOP};  // neither a share nor the receiver follows it
   }
   if (auto trouble = trouble_with_folder(data)) {
     return trouble;

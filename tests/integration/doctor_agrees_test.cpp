@@ -76,6 +76,12 @@ class Home {
     bus.add_entry(kReceiver, "[Desktop Entry]\nType=Application\nName=M\nExec=" + program +
                                  " %u\nX-Quoll-TakenPipe=true\n");
   }
+  /// There, but a link to a folder elsewhere.
+  void make_link(const std::string& path) const {
+    fs::create_directories(bus.path("elsewhere"));
+    fs::create_directories(fs::path(path).parent_path());
+    fs::create_directory_symlink(bus.path("elsewhere"), path);
+  }
   static void make_folder(const std::string& path, fs::perms mode) {
     fs::create_directories(path);
     fs::permissions(path, mode);
@@ -210,6 +216,10 @@ const std::vector<Breakage>& containers() {
        [](Home& home) { Home::make_folder(home.container("/SharedData"), kReadOnly); }},
       {"the shared data is a file",
        [](Home& home) { Home::make_file(home.container("/SharedData")); }},
+      {"the shared data is a link",
+       [](Home& home) { home.make_link(home.container("/SharedData")); }},
+      {"a link in the place of the staging folder is replaced",
+       [](Home& home) { home.make_link(home.container("/SharedData/Share")); }, true},
       {.what = "the shared data is another user's",
        .prepare =
            [](Home& home) {
@@ -235,6 +245,7 @@ const std::vector<Breakage>& containers() {
       {"a file in the place of the staging folder is replaced",
        [](Home& home) { Home::make_file(home.container("/SharedData/Share")); }, true},
       {"the locks are a file", [](Home& home) { Home::make_file(home.container("/.locks")); }},
+      {"the locks are a link", [](Home& home) { home.make_link(home.container("/.locks")); }},
       {"no lock can be made",
        [](Home& home) { Home::make_folder(home.container("/.locks"), kReadOnly); }},
       {"a lock cannot be opened",
