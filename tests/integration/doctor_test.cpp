@@ -158,6 +158,15 @@ TEST_F(Doctor, TheMailClientThatDraftsGoTo) {
             "note: gone.desktop was chosen and is not there; drafts go to mutt.desktop");
 }
 
+TEST_F(Doctor, APipeInThePlaceOfTheMailClientIsNotWaitedFor) {
+  install_receiver();
+  const std::string setting = bus_.path("config/quoll-compose/mail-client");
+  fs::create_directories(fs::path(setting).parent_path());
+  ASSERT_EQ(mkfifo(setting.c_str(), S_IRUSR | S_IWUSR), 0);
+  const Ended ended = run({"timeout", "20", QUOLLCTL, "doctor", "--json"}, bus_.environment());
+  EXPECT_EQ(said(ended, "mail client"), "note: no program is the default for mail");
+}
+
 TEST_F(Doctor, MenusAreLookedFor) {
   const std::string code =
       bus_.data_home() + "/kpackage/Purpose/it.vorlent.quoll2.share/contents/code";

@@ -1,5 +1,8 @@
 #include "quoll/linux/gio/mail_clients.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -10,6 +13,7 @@
 
 #include "quoll/foundation/path.h"
 #include "quoll/foundation/text.h"
+#include "quoll/linux/posix/descriptor_io.h"
 
 namespace quoll::gio {
 namespace {
@@ -91,13 +95,19 @@ std::string setting_file() {
   return path.get();
 }
 
-/// The first line of the setting's file; empty when there is none.
+/// The first line of the setting's file; empty when there is none. What else has that name, such as
+/// a pipe, is not waited for, and no more is read than a name needs.
 std::string setting() {
-  char* content = nullptr;
-  g_file_get_contents(setting_file().c_str(), &content, nullptr, nullptr);
-  const TextHandle owner(content);
-  const std::string_view text = content != nullptr ? content : "";
-  return std::string(foundation::trim(text.substr(0, text.find('\n'))));
+  constexpr std::size_t kMost = 4096;
+  const auto file = posix::open_file(setting_file(), O_RDONLY | O_NONBLOCK | O_NOCTTY);
+  struct stat status {};
+  std::string text;
+  bool ended = false;
+  if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+      !posix::read_until(file.get(), text, kMost, ended)) {
+    return "";
+  }
+  return std::string(foundation::trim(std::string_view(text).substr(0, text.find('\n'))));
 }
 
 }  // namespace
