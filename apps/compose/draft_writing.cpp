@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -61,6 +62,9 @@ WritingEnd write_into(const posix::UniqueFd& file, int folder, WriterServer& wri
     end.fields = take_fields(file.get());
   } catch (const ComposeError& wrong) {
     end.answer = {.end = WriterEnd::kFailed, .reason = wrong.what()};
+  } catch (const std::bad_alloc&) {
+    end.answer = {.end = WriterEnd::kFailed,
+                  .reason = "what was written of the draft needs more memory than there is"};
   }
   return end;
 }

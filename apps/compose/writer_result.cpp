@@ -32,7 +32,9 @@ struct Record {
 
 constexpr std::array<char, 8> kSign{'q', 'u', 'o', 'l', 'l', 'e', 'm', 'l'};
 /// More than a draft has that came by a bus message.
-constexpr std::uint64_t kMostFields = std::uint64_t{256} << 20;
+constexpr std::uint64_t kMostFields = std::uint64_t{128} << 20;
+/// A short one takes far more memory than its text.
+constexpr std::size_t kMostAddresses = 1'000'000;
 
 [[noreturn]] void refuse() {
   throw ComposeError("what was written of the draft is not as it should be");
@@ -92,7 +94,7 @@ class Texts {
   std::vector<std::string> take_addresses() {
     std::vector<std::string> addresses;
     for (std::string text = take(""); !text.empty(); text = take("")) {
-      if (!is_plain_address(text)) {
+      if (++addresses_ > kMostAddresses || !is_plain_address(text)) {
         refuse();
       }
       addresses.push_back(std::move(text));
@@ -104,6 +106,7 @@ class Texts {
 
  private:
   std::string_view left_;
+  std::size_t addresses_ = 0;  ///< of all lists
 };
 
 }  // namespace

@@ -68,7 +68,7 @@ TEST(WriteMessage, NoFieldAddsAHeader) {
   }
 }
 
-TEST(WriteMessage, RecipientsHaveNoLimit) {
+TEST(WriteMessage, ManyRecipientsAreWritten) {
   std::string to;
   for (int i = 0; i < 100'000; ++i) {
     to += "recipient" + std::to_string(i) + "@example.org;";

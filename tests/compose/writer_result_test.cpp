@@ -109,7 +109,7 @@ TEST_F(WriterResult, LengthsAreNotBelieved) {
 }
 
 TEST_F(WriterResult, MoreFieldsThanADraftHasAreNotRead) {
-  constexpr std::uint64_t kMost = std::uint64_t{256} << 20;
+  constexpr std::uint64_t kMost = std::uint64_t{128} << 20;
   const posix::UniqueFd large = file(kMessage + std::string(1, '\0'));
   const std::string piece(std::size_t{1} << 20, 'x');
   for (std::uint64_t written = 0; written < kMost; written += piece.size()) {
@@ -118,6 +118,18 @@ TEST_F(WriterResult, MoreFieldsThanADraftHasAreNotRead) {
   const std::string end = with_record(std::string(4, '\0'), kMessage.size(), kMost + 5);
   ASSERT_TRUE(posix::write_all(large.get(), end));
   EXPECT_THROW(static_cast<void>(take_fields(large.get())), ComposeError);
+}
+
+// A writer that was taken over could have the receiver use up all memory, at each start.
+TEST_F(WriterResult, AMillionAddressesAreRead) {
+  constexpr std::size_t kMost = 1'000'000;
+  DraftFields fields{.to = std::vector<std::string>(kMost - 2, "a@b"), .cc = {"c@d"}};
+  fields.bcc = {"e@f"};
+  append_fields(file(kMessage).get(), fields);
+  const posix::UniqueFd read(open(folder_.path("file").c_str(), O_RDWR | O_CLOEXEC));
+  EXPECT_EQ(take_fields(read.get()).to.size(), kMost - 2);
+  fields.bcc.emplace_back("g@h");
+  expect_refused(written(fields), "one more");
 }
 
 TEST_F(WriterResult, TheMessageBeginsAsItMust) {

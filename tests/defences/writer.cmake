@@ -63,6 +63,12 @@ quoll_defence(writer_is_asked_for_a_draft FILE ${file}
 quoll_defence(writer_fields_length FILE ${file}
   TAKES "record.fields > kMostFields" GIVES "record.fields > 2 * kMostFields"
   SHOWN_BY compose_writer WriterResult.MoreFieldsThanADraftHasAreNotRead)
+quoll_defence(writer_addresses FILE ${file}
+  TAKES "kMostAddresses = 1'000'000" GIVES "kMostAddresses = 2'000'000"
+  SHOWN_BY compose_writer WriterResult.AMillionAddressesAreRead)
+quoll_defence(writer_fields_need_memory FILE apps/compose/draft_writing.cpp
+  TAKES "} catch (const std::bad_alloc&) {" GIVES "} catch (const std::bad_cast&) {"
+  SHOWN_BY compose_writer DraftWriting.FieldsThatNeedTooMuchMemoryAreAFailure)
 quoll_defence(writer_lengths_fit FILE ${file}
   TAKES "record.fields != before - record.message" GIVES "record.fields > before"
   SHOWN_BY compose_writer WriterResult.LengthsAreNotBelieved)
