@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <sstream>
+#include <string_view>
 
 #include "apps/compose/compose_error.h"
 #include "apps/compose/small_file.h"
@@ -14,8 +15,9 @@ namespace quoll::compose {
 namespace {
 
 constexpr const char* kFile = "attempts";
-constexpr const char* kBegun = "begun\n";
+constexpr std::string_view kBegun = "begun";
 constexpr std::string_view kFailed = "failed ";
+constexpr std::size_t kMostWithoutEnd = 5;
 
 }  // namespace
 
@@ -28,42 +30,58 @@ Attempts::Attempts(int folder) : folder_(folder) {
   for (std::string line; std::getline(lines, line);) {
     if (line.starts_with(kFailed)) {
       failures_.push_back(line.substr(kFailed.size()));
+    } else if (line == kBegun) {
+      ++without_end_;
     }
   }
 }
 
 int Attempts::begin() {
-  return write(kBegun);
+  ++without_end_;
+  return write();
 }
 
 void Attempts::ended() {
+  without_end_ = 0;
   if (failures_.empty()) {
     unlinkat(folder_, kFile, 0);  // a line too many counts nothing
   } else {
-    static_cast<void>(write(""));
+    static_cast<void>(write());
   }
 }
 
 void Attempts::failed(const std::string& reason) {
+  without_end_ = 0;
   failures_.push_back(foundation::printable(reason));
-  static_cast<void>(write(""));  // what is not noted is tried once more
+  static_cast<void>(write());  // what is not noted is tried once more
 }
 
 bool Attempts::are_enough() const {
-  constexpr std::size_t kMost = 3;
-  return failures_.size() >= kMost;
+  constexpr std::size_t kMostFailures = 3;
+  return failures_.size() >= kMostFailures || without_end_ >= kMostWithoutEnd;
+}
+
+bool Attempts::are_suspicious() const {
+  constexpr std::size_t kMany = 3;
+  return without_end_ >= kMany;
 }
 
 std::string Attempts::reason() const {
+  if (without_end_ >= kMostWithoutEnd) {
+    return "the program ended while it was written, five times";
+  }
   return failures_.empty() ? "" : failures_.back();
 }
 
-int Attempts::write(const char* last_line) const {
+int Attempts::write() const {
   std::string content;
   for (const std::string& reason : failures_) {
     content += std::string(kFailed) + reason + "\n";
   }
-  return write_small_file(folder_, kFile, content + last_line);
+  for (std::size_t i = 0; i < without_end_; ++i) {
+    content += std::string(kBegun) + "\n";
+  }
+  return write_small_file(folder_, kFile, content);
 }
 
 }  // namespace quoll::compose

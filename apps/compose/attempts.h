@@ -1,13 +1,14 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
 namespace quoll::compose {
 
 /// Notes of the attempts to write a draft, in the file `attempts` of its folder, a line each. An
-/// attempt is written down before it begins, but counts only when the writer failed by itself: what
-/// else ends a program is not the draft's fault.
+/// attempt is written down before it begins. Those count in which the writer failed by itself. What
+/// else ends a program is seldom the draft's fault; it is when it happens again and again.
 class Attempts {
  public:
   /// `folder` must stay open. Throws `ComposeError` when the notes cannot be read.
@@ -15,20 +16,24 @@ class Attempts {
 
   /// Answers 0 or an `errno` value: then no attempt may be made.
   [[nodiscard]] int begin();
-  /// It ended well, or was ended from outside.
+  /// The writer ended well, or was ended from outside, and this program goes on.
   void ended();
   void failed(const std::string& reason);
 
-  /// After three failures the draft is set aside.
+  /// After three failures, or when the program has ended in five attempts one after the other, the
+  /// draft is set aside.
   [[nodiscard]] bool are_enough() const;
-  /// Of the last failure; empty without one.
+  /// True when the program has ended in three: then other drafts come first.
+  [[nodiscard]] bool are_suspicious() const;
+  /// Why they are enough; else of the last failure, empty without one.
   [[nodiscard]] std::string reason() const;
 
  private:
-  [[nodiscard]] int write(const char* last_line) const;
+  [[nodiscard]] int write() const;
 
   int folder_;
   std::vector<std::string> failures_;  ///< their reasons, printable
+  std::size_t without_end_ = 0;        ///< attempts in which the program ended
 };
 
 }  // namespace quoll::compose

@@ -39,6 +39,16 @@ Outcome not_written(const TakenDraft& draft, State state, const std::string& rea
   return outcome;
 }
 
+/// A draft at which programs have ended might end this one too.
+bool is_suspicious(const std::string& draft) {
+  try {
+    const posix::UniqueFd folder = open_folder(taken_folder() + "/" + draft);
+    return Attempts(folder.get()).are_suspicious();
+  } catch (const ComposeError&) {
+    return true;  // told when its turn comes
+  }
+}
+
 Outcome set_aside(const TakenDraft& draft, const std::string& reason) {
   draft.set_aside(reason);
   return not_written(draft, State::kSetAside, reason);
@@ -114,7 +124,8 @@ void DraftThread::begin() {
     if (earlier_ == Earlier::kAreLeft) {
       return;
     }
-    const std::vector<std::string> names = waiting_drafts();
+    std::vector<std::string> names = waiting_drafts();
+    std::ranges::stable_partition(names, std::not_fn(is_suspicious));
     for (const std::string& name : names) {
       go_on_with(name);
     }

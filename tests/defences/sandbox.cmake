@@ -209,10 +209,13 @@ quoll_defence(aside_stays FILE ${file}
 set(file apps/compose/attempts.cpp)
 quoll_defence(only_failures_count FILE ${file}
   TAKES "if (line.starts_with(kFailed)) {" GIVES "if (line.resize(32, ' '), true) {"
-  SHOWN_BY draft_states DraftStates.OnlyFailuresOfTheWriterCount)
+  SHOWN_BY draft_states DraftStates.FourEndsOfTheProgramDoNotCount)
 quoll_defence(attempts_end FILE ${file}
-  TAKES "kMost = 3" GIVES "kMost = 4"
+  TAKES "kMostFailures = 3" GIVES "kMostFailures = 4"
   SHOWN_BY draft_states DraftStates.WhatCannotBeWrittenIsSetAsideWithItsBytes)
+quoll_defence(ends_of_the_program FILE ${file}
+  TAKES "kMostWithoutEnd = 5" GIVES "kMostWithoutEnd = 6"
+  SHOWN_BY draft_states DraftStates.ADraftThatEndsTheProgramHoldsUpNoOther)
 set(file apps/compose/draft_thread.cpp)
 quoll_defence(what_waits_is_gone_on_with FILE ${file}
   TAKES "      go_on_with(name);" GIVES "      static_cast<void>(name);"

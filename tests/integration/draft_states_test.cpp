@@ -127,11 +127,38 @@ TEST_F(DraftStates, TwoReceiversAtOnceDoEachDraftOnce) {
   EXPECT_EQ(home_.drafts().size(), static_cast<std::size_t>(kDrafts));
 }
 
-TEST_F(DraftStates, OnlyFailuresOfTheWriterCount) {
+TEST_F(DraftStates, FourEndsOfTheProgramDoNotCount) {
   add_waiting("20200101-000000", "quoll://compose?subject=often");
   std::ofstream(taken_file("20200101-000000/attempts")) << "begun\nbegun\nbegun\nbegun\n";
   EXPECT_EQ(home_.compose({"--resume"}).status, 0);
   EXPECT_EQ(home_.drafts().size(), 1U);
+}
+
+TEST_F(DraftStates, ADraftThatEndsTheProgramHoldsUpNoOther) {
+  const auto add = [&](const std::string& name, const std::string& attempts) {
+    add_waiting(name, "quoll://compose?subject=x");
+    std::ofstream(taken_file(name + "/attempts")) << attempts;
+  };
+  add("20200101-000000", "begun\nbegun\nbegun\n");
+  add("20200101-000001", "begun\nbegun\n");
+  add("20200101-000002", "begun\nbegun\nbegun\nbegun\nbegun\n");
+  const std::string shown = home_.compose({"--resume"}).output;
+  EXPECT_LT(shown.find("20200101-000001.eml"), shown.find("20200101-000000.eml")) << shown;
+  EXPECT_EQ(home_.drafts().size(), 2U);
+  EXPECT_TRUE(holds(listed(), "  set aside: the program ended while it was written, five times  "))
+      << listed();
+}
+
+TEST_F(DraftStates, AnAttemptInWhichTheProgramEndsIsNoted) {
+  add_waiting("20200101-000000", "quoll://compose?subject=x", std::string(20U << 20U, 'x'));
+  const std::string attempts = taken_file("20200101-000000/attempts");
+  std::ofstream(attempts) << "begun\n";
+  Process receiver({QUOLL_COMPOSE, "--resume"}, home_.bus.environment());
+  while (fs::exists(attempts) && read_file(attempts) != "begun\nbegun\n") {
+  }
+  kill(receiver.id(), SIGKILL);
+  receiver.wait();
+  EXPECT_EQ(read_file(attempts), "begun\nbegun\n");
 }
 
 TEST_F(DraftStates, WhatCannotBeWrittenIsSetAsideWithItsBytes) {
