@@ -30,13 +30,19 @@ constexpr int kUsersLimit = 204;
 constexpr int kTaken = STDERR_FILENO + 1;
 constexpr int kOutput = STDERR_FILENO + 2;
 
-/// Puts both descriptors into their places, and closes all others but the standard streams.
-void hold_only(int taken_folder, int output) {
-  const int first = fcntl(taken_folder, F_DUPFD, kOutput + 1);
-  const int second = fcntl(output, F_DUPFD, kOutput + 1);
-  if (dup2(first, kTaken) < 0 || dup2(second, kOutput) < 0) {
+int checked(int descriptor) {
+  if (descriptor < 0) {
     throw std::system_error(errno, std::generic_category());
   }
+  return descriptor;
+}
+
+/// Puts both descriptors into their places, and closes all others but the standard streams.
+void hold_only(int taken_folder, int output) {
+  const int first = checked(fcntl(taken_folder, F_DUPFD, kOutput + 1));
+  const int second = checked(fcntl(output, F_DUPFD, kOutput + 1));
+  checked(dup2(first, kTaken));
+  checked(dup2(second, kOutput));
   close_range(kOutput + 1, UINT_MAX, 0);
 }
 
@@ -82,6 +88,9 @@ WriterAnswer answer_of_exit(int status) {
     case ENOSPC:
     case EDQUOT:
       return {.end = WriterEnd::kNotNow, .reason = "there is no room for the draft"};
+    case EMFILE:
+    case ENFILE:
+      return {.end = WriterEnd::kNotNow, .reason = "too many files are open to write it"};
     case kUsersLimit:
       return {.end = WriterEnd::kNotNow,
               .reason = "it needs a larger file than the user may have (ulimit -f)"};
