@@ -221,13 +221,22 @@ bool DraftThread::is_over_after_writing(Job& job) {
 }
 
 void DraftThread::give(Job& job) {
-  if (may_offer()) {
+  bool may = false;
+  ComposeError reason("too many drafts came at once");
+  bool in_flood = true;
+  try {
+    may = may_offer();
+  } catch (const ComposeError& unknown) {
+    reason = unknown;  // how many came is not known, so there may be too many
+    in_flood = false;
+  }
+  if (may) {
     finish(job, hand_over(std::move(*job.draft), job.fields, job.tokens));
     return;
   }
-  has_kept_ = true;
-  Outcome outcome = keep(std::move(*job.draft), ComposeError("too many drafts came at once"));
-  outcome.in_flood = true;
+  has_kept_ = has_kept_ || in_flood;
+  Outcome outcome = keep(std::move(*job.draft), reason);
+  outcome.in_flood = in_flood;
   finish(job, std::move(outcome));
 }
 

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "apps/compose/compose_error.h"
+#include "apps/compose/recent_moments.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/writing_trial.h"
@@ -112,11 +113,12 @@ void make_folders() {
 
 void try_folders() {
   make_folders();
-  for (const std::string& folder : {taken_folder(), drafts_folder()}) {
+  for (const std::string& folder : {taken_folder(), drafts_folder(), given_folder()}) {
     if (const int error = posix::try_writing(folder)) {
       throw ComposeError("nothing can be kept in " + folder + ": " + posix::error_words(error));
     }
   }
+  try_moments();
 }
 
 }  // namespace quoll::compose

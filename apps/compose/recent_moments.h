@@ -11,7 +11,10 @@ enum class Moments {
 };
 
 /// Notes that this happens now, unless it has happened `most` times in the last ten seconds: then
-/// it answers false. Throws `ComposeError` when it cannot be noted.
+/// it answers false. Throws `ComposeError` when it cannot be noted, after a second at most.
 [[nodiscard]] bool note_unless_frequent(Moments moments, std::size_t most);
+
+/// Throws `ComposeError` when one of the lists cannot be used.
+void try_moments();
 
 }  // namespace quoll::compose

@@ -229,6 +229,12 @@ quoll_defence(few_locks_of_many FILE ${file}
 quoll_defence(windows_of_all_programs FILE apps/compose/recent_moments.cpp
   TAKES "if (count >= most) {" GIVES "if (count >= 100 * most) {"
   SHOWN_BY draft_states DraftFloods.WhatAnotherProgramOfferedCounts)
+quoll_defence(list_of_moments_is_a_file FILE apps/compose/recent_moments.cpp
+  TAKES "if (!S_ISREG(status.st_mode)) {" GIVES "if (S_ISDIR(status.st_mode)) {"
+  SHOWN_BY draft_states DraftFloods.WithoutAListOfMomentsDraftsAreKept)
+quoll_defence(list_of_moments_is_locked FILE apps/compose/recent_moments.cpp
+  TAKES "if (!lock_soon(file.get())) {" GIVES "if (!lock_soon(file.get()) && file.get() < 0) {"
+  SHOWN_BY draft_states DraftFloods.WithoutAListOfMomentsDraftsAreKept)
 quoll_defence(changed_files_are_refused FILE apps/compose/write_message.cpp
   TAKES "static_cast<std::uint64_t>(status.st_size) != taken.size" GIVES "status.st_size < 0 && taken.size > 0"
   SHOWN_BY draft_states DraftsThatChange.AFileThatShrankIsNotAttached)

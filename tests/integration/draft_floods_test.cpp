@@ -1,5 +1,8 @@
 // Many drafts at once: few windows, few descriptors, and none is lost.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <chrono>
@@ -11,6 +14,7 @@
 namespace quoll::test {
 namespace {
 
+namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
 class DraftFloods : public WaitingDrafts {};
@@ -98,6 +102,51 @@ TEST_F(DraftFloods, ManyThatWaitNeedFewDescriptors) {
   EXPECT_EQ(ended.errors, "");
   EXPECT_EQ(home_.drafts().size(), kDrafts);
   EXPECT_TRUE(holds(listed(), "  set aside: ")) << listed();
+}
+
+// Nobody knows then how many were offered.
+TEST_F(DraftFloods, WithoutAListOfMomentsDraftsAreKept) {
+  choose_counted("claws-mail");
+  const fs::path list = fs::path(home_.taken_folder()).parent_path() / "recent-offers";
+  const std::string said = list.string() + " cannot be used: ";
+  const auto expect_kept = [&](const std::string& reason) {
+    const auto kept = home_.compose({"quoll://compose?subject=x"});
+    EXPECT_EQ(kept.status, 0) << kept.errors;
+    EXPECT_TRUE(holds(kept.output, said + reason)) << kept.output << kept.errors;
+    EXPECT_EQ(starts(), 0);
+    EXPECT_TRUE(home_.taken().empty());
+    const auto checked = home_.compose({"--check"});
+    EXPECT_EQ(checked.status, 1);
+    EXPECT_EQ(checked.errors, "quoll-compose: " + said + reason + "\n");
+    fs::remove(list);
+  };
+  fs::create_directories(list);
+  expect_kept("Is a directory");
+  fs::create_symlink("/nowhere", list);
+  expect_kept("Too many levels of symbolic links");
+  ASSERT_EQ(mkfifo(list.c_str(), 0600), 0);
+  expect_kept("it is no file");
+  std::ofstream(list) << "";
+  const posix::UniqueFd held(::open(list.c_str(), O_RDONLY | O_CLOEXEC));
+  ASSERT_EQ(flock(held.get(), LOCK_EX), 0);
+  expect_kept("another program has locked it");
+  EXPECT_EQ(home_.compose({"--check"}).status, 0);
+  EXPECT_EQ(home_.drafts().size(), 4U);
+}
+
+TEST_F(DraftFloods, WithTooFewDescriptorsADraftWaits) {
+  for (int most = 5; most < 12; ++most) {
+    add_waiting("20200101-000000", "quoll://compose?subject=x", "content");
+    const std::string limit = "ulimit -n " + std::to_string(most);
+    const auto ended =
+        run({"sh", "-c", limit + "; exec " QUOLL_COMPOSE " --resume"}, home_.bus.environment());
+    EXPECT_FALSE(holds(listed(), "  set aside: ")) << limit << listed();
+    EXPECT_EQ(home_.drafts().size() + home_.taken().size(), 1U)
+        << limit << ended.output << ended.errors;
+    fs::remove_all(home_.drafts_folder());
+    fs::remove_all(home_.taken_folder());
+    fs::remove_all(home_.given_folder());
+  }
 }
 
 }  // namespace
