@@ -4,11 +4,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <limits>
+#include <optional>
 
 #include "apps/compose/compose_error.h"
 #include "apps/compose/folders.h"
@@ -67,22 +70,39 @@ void remove_copy(const std::string& draft) {
   }
 }
 
+/// How long ago this note was written; nothing when it is missing. What cannot be read is not old.
+std::optional<std::int64_t> age_of_note(int folder, const char* note, const Moment& now) {
+  struct stat status {};
+  std::string mark;
+  if (fstatat(folder, note, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    return std::nullopt;
+  }
+  return read_small_file(folder, note, mark) == 0 ? age_of(mark, status, now) : 0;
+}
+
+/// How long ago a client last was offered the draft or got it, or else its folder was changed.
+std::int64_t age_of_giving(int folder, const Moment& now) {
+  const auto given = age_of_note(folder, kMark, now);
+  const auto offered = age_of_note(folder, kOffered, now);
+  if (given || offered) {
+    constexpr auto kNever = std::numeric_limits<std::int64_t>::max();
+    return std::min(given.value_or(kNever), offered.value_or(kNever));
+  }
+  struct stat status {};
+  return fstat(folder, &status) == 0 ? age_of("", status, now) : 0;
+}
+
 /// Removes a draft's folder when it is old enough, and the draft when it was given. Of a draft that
 /// was perhaps given, the note stays as long as the draft does.
 void sweep_one(const std::string& draft, const Moment& now) {
   constexpr std::int64_t kKeptFor = std::int64_t{7} * 24 * 60 * 60;
   const posix::UniqueFd folder = locked_folder(folder_of(draft));
-  struct stat status {};
-  std::string mark;
-  const bool is_given = folder && fstatat(folder.get(), kMark, &status, AT_SYMLINK_NOFOLLOW) == 0;
-  if (!folder || (!is_given && fstat(folder.get(), &status) != 0) ||
-      (is_given && read_small_file(folder.get(), kMark, mark) != 0) ||
-      age_of(mark, status, now) < kKeptFor) {
+  if (!folder || age_of_giving(folder.get(), now) < kKeptFor) {
     return;
   }
   remove_copy(draft);
   std::error_code ignored;
-  if (is_given) {
+  if (has(draft, kMark)) {
     fs::remove(message_file(draft), ignored);
   } else if (has(draft, kOffered) && fs::exists(message_file(draft), ignored)) {
     remove_all_but_note(folder.get());
@@ -101,7 +121,7 @@ GivenDraft GivenDraft::again(const std::string& draft) {
     cannot_lock(draft, errno);
   }
   const bool was_offered = has(draft, kOffered);
-  if (const int error = write_small_file(folder.get(), kOffered, "")) {
+  if (const int error = write_small_file(folder.get(), kOffered, mark_of(present_moment()))) {
     throw ComposeError(folder_of(draft) + " cannot be written: " + std::strerror(error));
   }
   return {draft, std::move(folder), was_offered};

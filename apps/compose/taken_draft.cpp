@@ -128,7 +128,7 @@ int TakenDraft::rename_to_given() const {
 }
 
 posix::UniqueFd TakenDraft::move_to_given() {
-  int error = write_small_file(folder(), kOffered, "");
+  int error = write_small_file(folder(), kOffered, mark_of(present_moment()));
   if (error == 0) {
     error = rename_to_given();
   }

@@ -227,11 +227,18 @@ quoll_defence(given_draft_stays FILE apps/compose/given_draft.cpp
   TAKES "std::int64_t{7} * 24" GIVES "std::int64_t{6} * 24"
   SHOWN_BY mail_client GivenDraftsTest.AreCleanedAfterSevenDaysAndNeverBefore)
 quoll_defence(only_copy_stays FILE apps/compose/given_draft.cpp
-  TAKES "  if (is_given) {" GIVES "  if (status.st_size >= 0) {"
+  TAKES "  if (has(draft, kMark)) {" GIVES "  if (!draft.empty()) {"
   SHOWN_BY mail_client GivenDraftsTest.ADraftThatNoClientHasStaysForGood)
 quoll_defence(perhaps_given_stays_so FILE apps/compose/given_draft.cpp
   TAKES "} else if (has(draft, kOffered) &&" GIVES "} else if (draft.empty() && has(draft, kOffered) &&"
   SHOWN_BY mail_client GivenDraftsTest.WhatWasPerhapsGivenStaysSo)
+quoll_defence(offer_is_not_aged_by_a_clock FILE apps/compose/taken_draft.cpp
+  TAKES "kOffered, mark_of(present_moment()))" GIVES "kOffered, \"\")"
+  SHOWN_BY mail_client GivenDraftsTest.AClockThatIsSetTakesNoFilesOfWhatWasPerhapsGiven)
+quoll_defence(offered_again_stays FILE apps/compose/given_draft.cpp
+  TAKES "return std::min(given.value_or(kNever), offered.value_or(kNever));"
+  GIVES "return given ? *given : offered.value_or(kNever);"
+  SHOWN_BY mail_client GivenDraftsTest.WhatIsOfferedAgainStaysForSevenDaysMore)
 quoll_defence(large_draft_is_said FILE apps/compose/hand_over.cpp
   TAKES "25'000'000" GIVES "26'000'000"
   SHOWN_BY mail_client MailClientTest.ADraftThatServersRefuseIsSaid)

@@ -148,6 +148,27 @@ TEST_F(GivenDraftsTest, WhatWasPerhapsGivenStaysSo) {
   EXPECT_FALSE(fs::exists(given("a"))) << "nobody has to know it any more";
 }
 
+TEST_F(GivenDraftsTest, AClockThatIsSetTakesNoFilesOfWhatWasPerhapsGiven) {
+  static_cast<void>(draft("a"));
+  static_cast<void>(give("a", {"x"}));
+  Moment set_forward = in_days(0.1);
+  set_forward.time += 400 * kDay;
+  sweep_given(set_forward);
+  EXPECT_TRUE(fs::exists(given("a/files/0/x"))) << "a mail is being written with it";
+}
+
+TEST_F(GivenDraftsTest, WhatIsOfferedAgainStaysForSevenDaysMore) {
+  const std::string path = draft("a");
+  give("a", {"x"}).mark();
+  std::ofstream(given("a/given")) << "an-earlier-start 5\n";
+  fs::last_write_time(given("a/given"), fs::file_time_type::clock::now() - std::chrono::hours(200));
+  static_cast<void>(GivenDraft::again("a"));
+  sweep_given(in_days(6.99));
+  EXPECT_TRUE(fs::exists(path));
+  sweep_given(in_days(7.01));
+  EXPECT_FALSE(fs::exists(path));
+}
+
 TEST_F(GivenDraftsTest, WhatAnEarlierVersionDidNotWriteIsRemovedAndCounted) {
   for (const char* name : {"AbCdEf", "GhIjKl"}) {
     fs::create_directories(incoming_folder() + "/" + name);
