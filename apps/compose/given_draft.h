@@ -70,11 +70,10 @@ enum class Giving {
 /// when another program works on it.
 void remove_written(const std::string& draft);
 
-/// Removes the drafts that were given or offered to a client 7 days ago or earlier, by the last
-/// time, with everything that was
-/// made for the client. Of a draft that no client is known to have, it removes what was made that
-/// long ago; the draft stays, also the note that it was perhaps given. What a program works on
-/// stays.
+/// Removes the drafts that were last given or offered to a client 7 days ago or earlier, with
+/// everything that was made for the client. Of a draft that no client is known to have, it removes
+/// what was made that long ago; the draft stays, also the note that it was perhaps given. What a
+/// program works on stays.
 void sweep_given(const Moment& now);
 
 }  // namespace quoll::compose
