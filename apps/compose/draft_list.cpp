@@ -11,6 +11,7 @@
 #include <tuple>
 
 #include "apps/compose/compose_error.h"
+#include "apps/compose/draft_name.h"
 #include "apps/compose/draft_summary.h"
 #include "apps/compose/folders.h"
 #include "apps/compose/given_draft.h"
@@ -81,7 +82,7 @@ std::vector<ListedDraft> list_drafts() {
     const std::string name =
         file.substr(0, file.size() - std::min(file.size(), kMessageEnding.size()));
     const bool is_taken = std::ranges::find(taken, name) != taken.end();
-    if (file.ends_with(kMessageEnding) && !file.starts_with('.') && !is_taken) {
+    if (file.ends_with(kMessageEnding) && is_draft_name(name) && !is_taken) {
       const std::string path = drafts_folder() + "/" + file;
       add(drafts, {.name = name, .path = path, .state = state_of(name), .is_message = true}, path);
     }
@@ -116,9 +117,8 @@ void print_json(std::ostream& out, const std::vector<ListedDraft>& drafts) {
 }
 
 std::string draft_called(const std::string& name, bool is_written) {
-  const bool is_name = !name.empty() && name.find('/') == std::string::npos && name[0] != '.';
-  const bool has_file = is_name && exists(message_file(name));
-  const bool is_taken = is_name && exists(taken_folder() + "/" + name);
+  const bool has_file = is_draft_name(name) && exists(message_file(name));
+  const bool is_taken = is_draft_name(name) && exists(taken_folder() + "/" + name);
   if (!has_file && !is_taken) {
     throw ComposeError("there is no draft " + foundation::printable(name) +
                        "; quoll-compose --list names those there are");

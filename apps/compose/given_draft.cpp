@@ -14,6 +14,7 @@
 #include <optional>
 
 #include "apps/compose/compose_error.h"
+#include "apps/compose/draft_name.h"
 #include "apps/compose/folders.h"
 #include "apps/compose/small_file.h"
 #include "apps/compose/waiting_files.h"
@@ -226,6 +227,7 @@ void sweep_given(const Moment& now) {
   if (given) {
     static_cast<void>(posix::list_folder(given.get(), drafts));
   }
+  std::erase_if(drafts, [](const std::string& name) { return !is_draft_name(name); });
   for (const std::string& draft : drafts) {
     sweep_one(draft, now);
   }

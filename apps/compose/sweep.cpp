@@ -4,14 +4,17 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "apps/compose/draft_name.h"
 #include "apps/compose/folders.h"
 #include "apps/compose/given_draft.h"
 #include "apps/compose/small_file.h"
 #include "apps/compose/taken_draft.h"
+#include "quoll/container/layout.h"
 #include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/remove_item.h"
 #include "quoll/platform/log.h"
@@ -32,11 +35,20 @@ Folder listed(const std::string& path) {
   return folder;
 }
 
+/// The end of a name that earlier versions had made by chance.
+bool is_by_chance(std::string_view ending) {
+  const auto is_plain = [](char letter) {
+    return (letter >= '0' && letter <= '9') || (letter >= 'A' && letter <= 'Z') ||
+           (letter >= 'a' && letter <= 'z');
+  };
+  return ending.size() == 6 && std::ranges::all_of(ending, is_plain);
+}
+
 /// Drafts that were never promised, or are being removed.
 void sweep_taken() {
   const Folder taken = listed(taken_folder());
   for (const std::string& name : taken.names) {
-    if (!name.starts_with('.')) {
+    if (!name.starts_with(container::layout::unfinished_prefix) && !is_hidden_draft_name(name)) {
       continue;
     }
     // The lock is held until the folder is gone: its maker has it a moment after the folder is
@@ -63,7 +75,7 @@ void sweep_drafts() {
   for (const std::string& name : drafts.names) {
     if (name.starts_with('.') && name.ends_with(kMessageEnding)) {
       const std::string draft = name.substr(1, name.size() - 1 - kMessageEnding.size());
-      if (access((taken_folder() + "/" + draft).c_str(), F_OK) != 0) {
+      if (is_draft_name(draft) && access((taken_folder() + "/" + draft).c_str(), F_OK) != 0) {
         unlinkat(drafts.fd.get(), name.c_str(), 0);
       }
     }
@@ -72,13 +84,17 @@ void sweep_drafts() {
 
 /// Earlier versions hold a lock on their folder while they work on a draft. The folder stays: one
 /// of them may wait for its lock. What they did not finish cannot be gone on with: they had a
-/// draft's command in memory only, and put its files here under numbers.
+/// draft's command in memory only, and put its files here under numbers. They made the folder
+/// themselves, so a link in its place is somebody else's.
 void sweep_earlier_versions() {
-  const posix::UniqueFd lock(open(incoming_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const posix::UniqueFd lock(
+      open(incoming_folder().c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   if (!lock || flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
     return;
   }
-  const std::vector<std::string> unfinished = listed(incoming_folder()).names;
+  std::vector<std::string> unfinished;
+  static_cast<void>(posix::list_folder(lock.get(), unfinished));
+  std::erase_if(unfinished, [](const std::string& name) { return !is_by_chance(name); });
   for (const std::string& name : unfinished) {
     static_cast<void>(posix::remove_item(lock.get(), name));
   }
@@ -86,9 +102,10 @@ void sweep_earlier_versions() {
     platform::log("the files of drafts that an earlier version did not write are removed: %@",
                   unfinished.size());
   }
+  constexpr std::string_view kUnfinished = ".draft-";
   const Folder drafts = listed(drafts_folder());
   for (const std::string& name : drafts.names) {
-    if (name.starts_with(".draft-")) {
+    if (name.starts_with(kUnfinished) && is_by_chance(name.substr(kUnfinished.size()))) {
       unlinkat(drafts.fd.get(), name.c_str(), 0);
     }
   }

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "apps/compose/compose_error.h"
+#include "apps/compose/draft_name.h"
 #include "apps/compose/folders.h"
 #include "apps/compose/small_file.h"
 #include "quoll/foundation/printable.h"
@@ -151,7 +152,7 @@ std::optional<std::string> why_aside(const std::string& draft) {
 
 std::vector<std::string> taken_drafts() {
   std::vector<std::string> names = names_in(taken_folder());
-  std::erase_if(names, [](const std::string& name) { return name.starts_with('.'); });
+  std::erase_if(names, [](const std::string& name) { return !is_draft_name(name); });
   std::ranges::sort(names, is_older);
   return names;
 }

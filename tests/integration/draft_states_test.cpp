@@ -261,7 +261,7 @@ TEST_F(DraftStates, TheListShowsEachStateAndChangesNothing) {
   add_waiting("20200101-000000", "quoll://compose?subject=waits", "x");
   add_waiting("20200101-000001", "no command", "x");
   std::ofstream(taken_file("20200101-000001/aside")) << "the reason\n";
-  fs::create_directories(taken_file(".half-taken"));
+  fs::create_directories(taken_file(".20190101-000000"));
   std::ofstream(home_.drafts_folder() + "/.20200101-000000.eml") << "half";
   std::ofstream(home_.drafts_folder() + "/20190101-000000.eml") << "Subject: of long ago\n\n";
   const auto all = [&] {
@@ -307,20 +307,22 @@ TEST_F(DraftStates, WhatIsTakenMayLieElsewhere) {
 }
 
 TEST_F(DraftStates, WhatAKilledReceiverLeftIsSwept) {
-  fs::create_directories(taken_file(".half-taken/files/0"));
-  fs::create_directories(taken_file(".in-the-making"));
+  fs::create_directories(taken_file(".20190101-000000/files/0"));
+  fs::create_directories(taken_file(".quoll-incoming-0123456789abcdef"));
   fs::create_directories(home_.drafts_folder());
   std::ofstream(home_.drafts_folder() + "/.20200101-000000.eml") << "half";
-  const posix::UniqueFd making(::open(taken_file(".in-the-making").c_str(), O_RDONLY | O_CLOEXEC));
+  const posix::UniqueFd making(
+      ::open(taken_file(".quoll-incoming-0123456789abcdef").c_str(), O_RDONLY | O_CLOEXEC));
   ASSERT_EQ(flock(making.get(), LOCK_EX), 0);
   EXPECT_EQ(home_.compose({"quoll://compose?"}).status, 0);
-  EXPECT_EQ(home_.taken(), Words{taken_file(".in-the-making")}) << "somebody works on it";
+  EXPECT_EQ(home_.taken(), Words{taken_file(".quoll-incoming-0123456789abcdef")})
+      << "somebody works on it";
   EXPECT_EQ(home_.drafts().size(), 1U);
 }
 
 // Whoever made the folder may have its lock a moment later, and must not lose what it puts there.
 TEST_F(DraftStates, WhatIsSweptIsLockedUntilItIsGone) {
-  const std::string path = taken_file(".half-taken");
+  const std::string path = taken_file(".20190101-000000");
   fs::create_directories(path);
   for (int i = 0; i < 20'000; ++i) {
     std::ofstream(path + "/" + std::to_string(i));

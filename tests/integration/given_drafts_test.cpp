@@ -72,11 +72,11 @@ class GivenDraftsTest : public testing::Test {
 
 TEST_F(GivenDraftsTest, FilesGetTheNamesOfTheClientAndKeepTheirModes) {
   const std::vector<std::string> names{"x", "x", "it's, \"q\"\n#100%20;", "-x", "\xff"};
-  const auto given_draft = give("a", {"1", "2", "3", "4", "5"});
+  const auto given_draft = give("20200101-000000", {"1", "2", "3", "4", "5"});
   given_draft.name_files(names);
   for (std::size_t k = 0; k < names.size(); ++k) {
-    const std::string path = GivenDraft::file_path("a", k, names[k]);
-    EXPECT_TRUE(path.starts_with(given("a/files/"))) << path;
+    const std::string path = GivenDraft::file_path("20200101-000000", k, names[k]);
+    EXPECT_TRUE(path.starts_with(given("20200101-000000/files/"))) << path;
     EXPECT_EQ(test::read_file(path), "content");
     struct stat status {};
     ASSERT_EQ(stat(path.c_str(), &status), 0);
@@ -104,19 +104,19 @@ TEST_F(GivenDraftsTest, AreCleanedAfterSevenDaysAndNeverBefore) {
       {"the clock was set back by a year", set_back, true},
   };
   for (const Row& row : rows) {
-    const std::string path = draft("a");
-    give("a", {"x"}).mark();
+    const std::string path = draft("20200101-000000");
+    give("20200101-000000", {"x"}).mark();
     sweep_given(row.now);
     EXPECT_EQ(fs::exists(path), !row.is_cleaned) << row.reason;
-    EXPECT_EQ(fs::exists(given("a/files/0/x")), !row.is_cleaned) << row.reason;
-    EXPECT_EQ(fs::exists(given("a")), !row.is_cleaned) << row.reason;
-    fs::remove_all(given("a"));
+    EXPECT_EQ(fs::exists(given("20200101-000000/files/0/x")), !row.is_cleaned) << row.reason;
+    EXPECT_EQ(fs::exists(given("20200101-000000")), !row.is_cleaned) << row.reason;
+    fs::remove_all(given("20200101-000000"));
   }
 }
 
 TEST_F(GivenDraftsTest, AClockThatIsBehindMakesNothingOld) {
-  const std::string path = draft("a");
-  give("a").mark();
+  const std::string path = draft("20200101-000000");
+  give("20200101-000000").mark();
   sweep_given(in_days(-20000, true));  // 1970, until somebody tells it the time
   sweep_given(in_days(1, true));
   EXPECT_TRUE(fs::exists(path));
@@ -125,27 +125,28 @@ TEST_F(GivenDraftsTest, AClockThatIsBehindMakesNothingOld) {
 }
 
 TEST_F(GivenDraftsTest, ADraftThatNoClientHasStaysForGood) {
-  const std::string alone = draft("alone");
-  const std::string failed = draft("failed");
-  give("failed", {"x"}).take_back();
+  const std::string alone = draft("20200101-000001");
+  const std::string failed = draft("20200101-000002");
+  give("20200101-000002", {"x"}).take_back();
   sweep_given(in_days(4000, true));
   EXPECT_TRUE(fs::exists(alone));
   EXPECT_TRUE(fs::exists(failed));
-  EXPECT_FALSE(fs::exists(given("failed"))) << "a second copy of what the draft holds";
+  EXPECT_FALSE(fs::exists(given("20200101-000002"))) << "a second copy of what the draft holds";
 }
 
 TEST_F(GivenDraftsTest, WhatWasPerhapsGivenStaysSo) {
-  const std::string path = draft("a");
-  const std::string copy = give("a", {"x"}).copy_message_to(folder_.path("copies"));
+  const std::string path = draft("20200101-000000");
+  const std::string copy = give("20200101-000000", {"x"}).copy_message_to(folder_.path("copies"));
   sweep_given(in_days(6));
-  EXPECT_TRUE(fs::exists(given("a/files/0/x")));
+  EXPECT_TRUE(fs::exists(given("20200101-000000/files/0/x")));
   sweep_given(in_days(8));
-  EXPECT_EQ(giving_of("a"), Giving::kPerhaps);
-  EXPECT_FALSE(fs::exists(given("a/files")) || fs::exists(copy)) << "the draft holds the files";
+  EXPECT_EQ(giving_of("20200101-000000"), Giving::kPerhaps);
+  EXPECT_FALSE(fs::exists(given("20200101-000000/files")) || fs::exists(copy))
+      << "the draft holds the files";
   EXPECT_TRUE(fs::exists(path));
   fs::remove(path);
   sweep_given(in_days(16));
-  EXPECT_FALSE(fs::exists(given("a"))) << "nobody has to know it any more";
+  EXPECT_FALSE(fs::exists(given("20200101-000000"))) << "nobody has to know it any more";
 }
 
 TEST_F(GivenDraftsTest, AClockThatIsSetTakesNoFilesOfWhatWasPerhapsGiven) {
@@ -184,11 +185,36 @@ TEST_F(GivenDraftsTest, WhatAnEarlierVersionDidNotWriteIsRemovedAndCounted) {
                 "the files of drafts that an earlier version did not write are removed: 2"});
 }
 
+// A person may put the folders elsewhere, also into one with files of their own.
+TEST_F(GivenDraftsTest, NothingOfTheUsersOwnIsSweptBehindALink) {
+  const std::string own = folder_.path("own");
+  const std::string receiver = folder_.path("quoll-compose");
+  const char* const names[] = {".git",     ".Trash-1000",      "Photos",          "AbCdEf",
+                               "20200101", "2020-0101-000000", "20200101-000000x"};
+  for (const char* const name : names) {
+    fs::create_directories(own + "/" + name);
+    std::ofstream(own + "/" + name + "/file") << "x";
+  }
+  std::ofstream(own + "/.letter.eml") << "x";
+  std::ofstream(own + "/.draft-notes") << "x";
+  for (const char* const folder : {"taken", "drafts", "given", "incoming"}) {
+    fs::remove_all(receiver + "/" + folder);
+    fs::create_directory_symlink(own, receiver + "/" + folder);
+  }
+  sweep(in_days(4000, true));
+  for (const char* const name : names) {
+    EXPECT_TRUE(fs::exists(own + "/" + name + "/file")) << name;
+  }
+  EXPECT_TRUE(fs::exists(own + "/.letter.eml"));
+  EXPECT_TRUE(fs::exists(own + "/.draft-notes"));
+  EXPECT_EQ(taken_drafts(), std::vector<std::string>{}) << "nor is it a draft that waits";
+}
+
 TEST_F(GivenDraftsTest, ACopyElsewhereGoesWithItsDraft) {
-  static_cast<void>(draft("a"));
+  static_cast<void>(draft("20200101-000000"));
   std::string copy;
   {
-    const auto given_draft = give("a");
+    const auto given_draft = give("20200101-000000");
     copy = given_draft.copy_message_to(folder_.path("home/snap/mail/common/q"));
     given_draft.mark();
   }
@@ -202,9 +228,9 @@ TEST_F(GivenDraftsTest, ACopyElsewhereGoesWithItsDraft) {
 }
 
 TEST_F(GivenDraftsTest, WhatLiesAmongThemIsNoHarm) {
-  const std::string path = draft("a");
-  give("a").mark();
-  std::ofstream(given("a/given")) << std::string(100000, 'x');
+  const std::string path = draft("20200101-000000");
+  give("20200101-000000").mark();
+  std::ofstream(given("20200101-000000/given")) << std::string(100000, 'x');
   std::ofstream(given("file")) << "x";
   fs::create_symlink("/nonexistent", given("link"));
   sweep_given(in_days(1));
