@@ -26,10 +26,7 @@ std::string receiver_folder() {
   if (const auto folder = absolute_path_in("XDG_DATA_HOME"); !folder.empty()) {
     return folder + "/quoll-compose";
   }
-  if (const auto home = absolute_path_in("HOME"); !home.empty()) {
-    return home + "/.local/share/quoll-compose";
-  }
-  throw ComposeError("there is no home folder to keep drafts in; set HOME");
+  return home_folder() + "/.local/share/quoll-compose";
 }
 
 [[noreturn]] void cannot_read(const std::string& folder, int error) {
@@ -52,6 +49,14 @@ void make_folder(const std::string& path) {
 }
 
 }  // namespace
+
+std::string home_folder() {
+  std::string home = absolute_path_in("HOME");
+  if (home.empty()) {
+    throw ComposeError("there is no home folder to keep drafts in; set HOME");
+  }
+  return home;
+}
 
 std::string taken_folder() {
   return receiver_folder() + "/taken";

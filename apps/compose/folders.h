@@ -27,6 +27,9 @@ namespace quoll::compose {
 /// What the name of a message file ends with.
 inline constexpr std::string_view kMessageEnding = ".eml";
 
+/// The user's home folder.
+[[nodiscard]] std::string home_folder();
+
 /// The message file of the draft with this name.
 [[nodiscard]] std::string message_file(const std::string& draft);
 /// The same while it is being written.

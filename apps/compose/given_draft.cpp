@@ -61,14 +61,41 @@ void remove_all_but_note(int folder) {
   }
 }
 
-/// Removes the copy that was made of a draft elsewhere. What cannot be removed, the next program
-/// tries again.
+/// A snap can read its own folder in the home, and no hidden folder outside it.
+std::vector<std::string> folders_of_copy(const std::string& snap) {
+  return {"snap", snap, "common", "quoll-compose"};
+}
+
+std::string copy_path(const std::string& snap, const std::string& draft) {
+  std::string path = home_folder();
+  for (const std::string& name : folders_of_copy(snap)) {
+    path = foundation::appending_path_component(path, name);
+  }
+  return foundation::appending_path_component(path, draft + ".eml");
+}
+
+/// Opens the folder below the home, through no link: the snap could have put one there. None with
+/// `errno` set.
+posix::UniqueFd open_folder_of_copy(const std::string& snap) {
+  posix::UniqueFd folder(open(home_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  for (const std::string& name : folders_of_copy(snap)) {
+    if (folder) {
+      folder = posix::open_folder(folder.get(), name);
+    }
+  }
+  return folder;
+}
+
+/// Removes the copy that was made of a draft for a snap, and no other file, whatever the note says.
 void remove_copy(const std::string& draft) {
   std::error_code ignored;
   const fs::path copy = fs::read_symlink(folder_of(draft) + "/" + kCopy, ignored);
-  if (!copy.empty()) {
-    fs::remove(copy, ignored);
+  const std::string snap = copy.parent_path().parent_path().parent_path().filename();
+  if (copy.empty() || snap.starts_with('.') || copy_path(snap, draft) != copy) {
+    return;
   }
+  const posix::UniqueFd folder = open_folder_of_copy(snap);
+  unlinkat(folder.get(), copy.filename().c_str(), 0);
 }
 
 /// How long ago this note was written; nothing when it is missing. What cannot be read is not old.
@@ -168,16 +195,16 @@ void GivenDraft::add_text(const std::string& text) const {
   }
 }
 
-std::string GivenDraft::copy_message_to(const std::string& folder) const {
+std::string GivenDraft::copy_message_for(const std::string& snap) const {
+  std::string copy = copy_path(snap, name_);
+  const std::string folder = fs::path(copy).parent_path();
   std::error_code error;
   fs::create_directories(fs::path(folder).parent_path(), error);
-  // The client made what is there. A link would lead us to write among the user's own files.
   mkdir(folder.c_str(), S_IRWXU);
-  if (!fs::is_directory(fs::symlink_status(folder, error))) {
-    throw ComposeError(folder + " is no folder, so the draft cannot be copied there");
+  // A link would lead us to write among the user's own files.
+  if (!open_folder_of_copy(snap)) {
+    throw ComposeError(folder + " is no folder, or a link, so the draft cannot be copied there");
   }
-  std::string copy =
-      foundation::appending_path_component(folder, name_ + std::string(kMessageEnding));
   unlinkat(folder_.get(), kCopy, 0);
   fs::remove(copy, error);
   fs::create_symlink(copy, folder_of(name_) + "/" + kCopy, error);

@@ -39,9 +39,9 @@ class GivenDraft {
   void remove_files() const;
   /// Writes the draft's text, with a line end at its end.
   void add_text(const std::string& text) const;
-  /// Copies the message file to another folder, which is made if it is missing, and answers the
-  /// copy's path. The copy is removed when the draft is. A copy of before is replaced.
-  [[nodiscard]] std::string copy_message_to(const std::string& folder) const;
+  /// Copies the message file to where the snap with this name can read it, and answers the copy's
+  /// path. The copy is removed when the draft is. A copy of before is replaced.
+  [[nodiscard]] std::string copy_message_for(const std::string& snap) const;
 
   /// Notes that a client has the draft since now. Without this note the draft counts as the only
   /// copy and is never removed, so a failure does no harm.

@@ -39,11 +39,6 @@ std::string uri_of(const std::string& path) {
   return uri.get();  // never null: the path is absolute
 }
 
-// A snap can read its own folder in the home, and no hidden folder outside it.
-std::string folder_of_snap(const std::string& name) {
-  return std::string(g_get_home_dir()) + "/snap/" + name + "/common/quoll-compose";
-}
-
 /// The chosen client, when it can be given drafts at all.
 const MailClient& client_for_drafts(const gio::ChosenMailClient& chosen) {
   if (!chosen.client) {
@@ -151,8 +146,7 @@ void require_reading(const MailClient& client) {
 void offer_message_file(const GivenDraft& given, const MailClient& client, gio::ProgramStart with) {
   offer(given, client, std::move(with), [&](gio::ProgramStart& start) {
     const std::string& snap = client.sandbox.snap;
-    start.uris = {uri_of(snap.empty() ? message_file(given.name())
-                                      : given.copy_message_to(folder_of_snap(snap)))};
+    start.uris = {uri_of(snap.empty() ? message_file(given.name()) : given.copy_message_for(snap))};
   });
 }
 

@@ -2,6 +2,15 @@
 quoll_defence(sweep_follows_no_link FILE apps/compose/sweep.cpp
   TAKES "O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC" GIVES "O_RDONLY | O_DIRECTORY | O_CLOEXEC"
   SHOWN_BY mail_client GivenDraftsTest.NothingOfTheUsersOwnIsSweptBehindALink)
-quoll_defence(sweep_takes_names_of_drafts FILE apps/compose/draft_name.cpp
-  TAKES "return name.size() >= kTime &&" GIVES "return name.size() < kTime || name.size() >= kTime ||"
+quoll_defence(sweep_of_taken_by_name FILE apps/compose/sweep.cpp
+  TAKES "!is_hidden_draft_name(name)" GIVES "!(name.starts_with('.') && !is_hidden_draft_name(\"\"))"
   SHOWN_BY mail_client GivenDraftsTest.NothingOfTheUsersOwnIsSweptBehindALink)
+quoll_defence(sweep_of_given_by_name FILE apps/compose/given_draft.cpp
+  TAKES "return !is_draft_name(name);" GIVES "return name.empty() && !is_draft_name(name);"
+  SHOWN_BY mail_client GivenDraftsTest.NothingOfTheUsersOwnIsSweptBehindALink)
+quoll_defence(copy_is_in_a_snap FILE apps/compose/given_draft.cpp
+  TAKES "copy_path(snap, draft) != copy)" GIVES "copy == copy_path(\"\", draft))"
+  SHOWN_BY mail_client GivenDraftsTest.OnlyACopyThatWasMadeIsRemoved)
+quoll_defence(copy_is_behind_no_link FILE apps/compose/given_draft.cpp
+  TAKES "posix::open_folder(folder.get(), name)" GIVES "posix::UniqueFd(openat(folder.get(), name.c_str(), O_RDONLY))"
+  SHOWN_BY mail_client GivenDraftsTest.OnlyACopyThatWasMadeIsRemoved)

@@ -65,7 +65,8 @@ class GivenDraftsTest : public testing::Test {
   }
 
   test::TemporaryFolder folder_;
-  test::ScopedEnvironment environment_{{{"XDG_DATA_HOME", folder_.path()}}};
+  test::ScopedEnvironment environment_{
+      {{"XDG_DATA_HOME", folder_.path()}, {"HOME", folder_.path("home")}}};
   std::string drafts_ = folder_.path("quoll-compose/drafts");
   platform::ScopedDesktop desktop_{{.files = posix::make_file_manager()}};
 };
@@ -136,7 +137,7 @@ TEST_F(GivenDraftsTest, ADraftThatNoClientHasStaysForGood) {
 
 TEST_F(GivenDraftsTest, WhatWasPerhapsGivenStaysSo) {
   const std::string path = draft("20200101-000000");
-  const std::string copy = give("20200101-000000", {"x"}).copy_message_to(folder_.path("copies"));
+  const std::string copy = give("20200101-000000", {"x"}).copy_message_for("mail");
   sweep_given(in_days(6));
   EXPECT_TRUE(fs::exists(given("20200101-000000/files/0/x")));
   sweep_given(in_days(8));
@@ -215,7 +216,7 @@ TEST_F(GivenDraftsTest, ACopyElsewhereGoesWithItsDraft) {
   std::string copy;
   {
     const auto given_draft = give("20200101-000000");
-    copy = given_draft.copy_message_to(folder_.path("home/snap/mail/common/q"));
+    copy = given_draft.copy_message_for("mail");
     given_draft.mark();
   }
   EXPECT_EQ(test::read_file(copy), "draft");
@@ -224,7 +225,39 @@ TEST_F(GivenDraftsTest, ACopyElsewhereGoesWithItsDraft) {
   EXPECT_TRUE(fs::exists(copy));
   sweep_given(in_days(8));
   EXPECT_FALSE(fs::exists(copy));
-  EXPECT_TRUE(fs::exists(folder_.path("home/snap/mail/common/q")));
+  EXPECT_TRUE(fs::exists(folder_.path("home/snap/mail/common/quoll-compose")));
+}
+
+TEST_F(GivenDraftsTest, OnlyACopyThatWasMadeIsRemoved) {
+  const std::string name = "20200101-000000";
+  const std::string snap = folder_.path("home/snap/mail/common/");
+  fs::create_directories(snap + "quoll-compose");
+  fs::create_directories(folder_.path("home/own"));
+  fs::create_directories(folder_.path("home/common/quoll-compose"));
+  fs::create_directories(folder_.path("home/snap/linked/common"));
+  fs::create_directory_symlink(folder_.path("home/own"),
+                               folder_.path("home/snap/linked/common/quoll-compose"));
+  const std::string files[] = {folder_.path("home/letter"), folder_.path("home/common/quoll-compose/") + name + ".eml",
+                               folder_.path("home/own/") + name + ".eml",
+                               snap + "quoll-compose/20200101-000001.eml", snap + name + ".eml",
+                               snap + "quoll-compose/letter"};
+  for (const std::string& file : files) {
+    std::ofstream(file) << "x";
+  }
+  std::vector<std::string> links(std::begin(files), std::end(files));
+  links.push_back(folder_.path("home/snap/linked/common/quoll-compose/") + name + ".eml");
+  links.push_back(snap + "quoll-compose/../" + name + ".eml");
+  links.push_back(folder_.path("home/snap/../common/quoll-compose/") + name + ".eml");
+  for (const std::string& link : links) {
+    static_cast<void>(draft(name));
+    give(name).mark();
+    fs::create_symlink(link, given(name + "/copy"));
+    remove_written(name);
+    for (const std::string& file : files) {
+      EXPECT_TRUE(fs::exists(file)) << file << " by " << link;
+    }
+    EXPECT_FALSE(fs::exists(given(name))) << link;
+  }
 }
 
 TEST_F(GivenDraftsTest, WhatLiesAmongThemIsNoHarm) {
