@@ -127,7 +127,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     auto drafts = compose::take({url});
     require(drafts.size() == 1);
     check_taken(url, drafts.front());
-    drafts.front().remove();
+    static_cast<void>(drafts.front().remove());
   } catch (const compose::ComposeError& refused) {
     require(*refused.what() != '\0');
   }

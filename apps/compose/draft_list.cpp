@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <nlohmann/json.hpp>
 #include <thread>
@@ -17,6 +18,7 @@
 #include "apps/compose/given_draft.h"
 #include "apps/compose/taken_draft.h"
 #include "quoll/foundation/printable.h"
+#include "quoll/linux/posix/descriptor_io.h"
 
 namespace quoll::compose {
 namespace {
@@ -139,8 +141,14 @@ void delete_draft(const std::string& name) {
   if (!draft) {
     throw ComposeError("another program works on the draft " + name + "; try again later");
   }
-  unlink(message_file(name).c_str());  // written, and not offered to a client yet
-  draft->remove();
+  const std::string path = message_file(name);  // written, and not offered to a client yet
+  if (unlink(path.c_str()) != 0 && errno != ENOENT) {
+    throw ComposeError(path + " cannot be removed: " + posix::error_words(errno));
+  }
+  if (const int error = draft->remove()) {
+    throw ComposeError(taken_folder() + "/" + name +
+                       " cannot be removed: " + posix::error_words(error));
+  }
 }
 
 std::string newest_message_file() {

@@ -19,6 +19,7 @@
 #include "apps/compose/small_file.h"
 #include "apps/compose/waiting_files.h"
 #include "quoll/foundation/path.h"
+#include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/remove_item.h"
 #include "quoll/platform/log.h"
@@ -47,18 +48,25 @@ bool has(const std::string& draft, const char* file) {
                          : folder_of(draft) + " cannot be locked: " + std::strerror(error));
 }
 
+void require_removed(int error, const std::string& path) {
+  if (error != 0) {
+    throw ComposeError(path + " cannot be removed: " + posix::error_words(error));
+  }
+}
+
 std::string place_of(std::size_t k, const std::string& name) {
   return "files/" + std::to_string(k) + "/" + name;
 }
 
-void remove_all_but_note(int folder) {
+/// Answers 0 or the first `errno` value.
+int remove_all_but_note(int folder) {
   std::vector<std::string> names;
-  static_cast<void>(posix::list_folder(folder, names));
+  int first = posix::list_folder(folder, names);
   for (const std::string& name : names) {
-    if (name != kOffered) {
-      static_cast<void>(posix::remove_item(folder, name));
-    }
+    const int error = name != kOffered ? posix::remove_item(folder, name) : 0;
+    first = first != 0 ? first : error;
   }
+  return first;
 }
 
 /// A snap can read its own folder in the home, and no hidden folder outside it.
@@ -87,15 +95,19 @@ posix::UniqueFd open_folder_of_copy(const std::string& snap) {
 }
 
 /// Removes the copy that was made of a draft for a snap, and no other file, whatever the note says.
-void remove_copy(const std::string& draft) {
+/// Answers 0, also when it is not there any more, or an `errno` value.
+int remove_copy(const std::string& draft) {
   std::error_code ignored;
   const fs::path copy = fs::read_symlink(folder_of(draft) + "/" + kCopy, ignored);
   const std::string snap = copy.parent_path().parent_path().parent_path().filename();
   if (copy.empty() || snap.starts_with('.') || copy_path(snap, draft) != copy) {
-    return;
+    return 0;
   }
   const posix::UniqueFd folder = open_folder_of_copy(snap);
-  unlinkat(folder.get(), copy.filename().c_str(), 0);
+  if (folder && unlinkat(folder.get(), copy.filename().c_str(), 0) == 0) {
+    return 0;
+  }
+  return errno == ENOENT || errno == ENOTDIR || errno == ELOOP ? 0 : errno;
 }
 
 /// How long ago this note was written; nothing when it is missing. What cannot be read is not old.
@@ -128,12 +140,14 @@ void sweep_one(const std::string& draft, const Moment& now) {
   if (!folder || age_of_giving(folder.get(), now) < kKeptFor) {
     return;
   }
-  remove_copy(draft);
+  if (remove_copy(draft) != 0) {
+    return;  // a later start tries again
+  }
   std::error_code ignored;
   if (has(draft, kMark)) {
     fs::remove(message_file(draft), ignored);
   } else if (has(draft, kOffered) && fs::exists(message_file(draft), ignored)) {
-    remove_all_but_note(folder.get());
+    static_cast<void>(remove_all_but_note(folder.get()));
     return;
   }
   fs::remove_all(folder_of(draft), ignored);
@@ -240,12 +254,17 @@ void remove_written(const std::string& draft) {
   if (!folder && errno != ENOENT) {
     cannot_lock(draft, errno);
   }
-  std::error_code error;
-  remove_copy(draft);
-  if (!fs::remove(message_file(draft), error) && error) {
-    throw ComposeError(message_file(draft) + " cannot be removed: " + error.message());
+  // The message file is the last that goes: while it is there, the draft is listed.
+  if (folder) {
+    require_removed(remove_copy(draft), folder_of(draft) + "/" + kCopy);
+    require_removed(remove_all_but_note(folder.get()), folder_of(draft));
   }
-  fs::remove_all(folder_of(draft), error);
+  const std::string path = message_file(draft);
+  require_removed(unlink(path.c_str()) == 0 || errno == ENOENT ? 0 : errno, path);
+  if (folder) {
+    const posix::UniqueFd given = open_folder(given_folder());
+    require_removed(posix::remove_item(given.get(), draft), folder_of(draft));
+  }
 }
 
 void sweep_given(const Moment& now) {

@@ -21,6 +21,7 @@
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/gio/mail_clients.h"
+#include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/subprocess.h"
 
 namespace quoll::compose {
@@ -244,6 +245,17 @@ Outcome written(const TakenDraft& draft) {
   return outcome;
 }
 
+/// Unless it can be moved, it still waits: the next start would write it once more.
+void keep_in(Outcome& outcome, TakenDraft& draft, const std::exception& reason) {
+  tell(outcome, reason);
+  if (const int error = draft.keep()) {
+    outcome.state = Outcome::State::kWaits;
+    outcome.path = draft.path();
+    tell(outcome, ComposeError("it cannot be moved out of " + taken_folder() + ": " +
+                               posix::error_words(error)));
+  }
+}
+
 }  // namespace
 
 bool has_desktop() {
@@ -252,8 +264,7 @@ bool has_desktop() {
 
 Outcome keep(TakenDraft draft, const ComposeError& reason) {
   Outcome outcome = written(draft);
-  tell(outcome, reason);
-  draft.keep();
+  keep_in(outcome, draft, reason);
   return outcome;
 }
 
@@ -283,8 +294,7 @@ Outcome hand_over(TakenDraft draft, const DraftFields& fields,
     outcome.state = Outcome::State::kGiven;
     outcome.client = client.name;
   } catch (const std::exception& reason) {
-    tell(outcome, reason);
-    draft.keep();  // nothing is there when it was offered
+    keep_in(outcome, draft, reason);  // nothing is there when it was offered
   }
   return outcome;
 }

@@ -15,6 +15,7 @@
 #include "apps/compose/small_file.h"
 #include "apps/compose/taken_draft.h"
 #include "quoll/container/layout.h"
+#include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/remove_item.h"
 #include "quoll/platform/log.h"
@@ -63,8 +64,11 @@ void sweep_aside(const Moment& now) {
   for (const std::string& name : taken_drafts()) {
     auto draft = why_aside(name) ? TakenDraft::lock(name) : std::nullopt;
     if (draft && draft->is_aside_too_long(now)) {
-      platform::log("the draft %@, which could not be written, is removed after 30 days", name);
-      draft->remove();
+      if (const int error = draft->remove()) {
+        platform::log("the draft %@ cannot be removed: %@", name, posix::error_words(error));
+      } else {
+        platform::log("the draft %@, which could not be written, is removed after 30 days", name);
+      }
     }
   }
 }

@@ -103,25 +103,28 @@ bool TakenDraft::is_aside_too_long(const Moment& now) const {
 }
 
 // Under a hidden name first: a folder of which only a part is left must not be taken for a draft.
-void TakenDraft::remove() {
+int TakenDraft::remove() {
   const posix::UniqueFd taken(open(taken_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   const std::string hidden = "." + name_;
-  if (renameat(taken.get(), name_.c_str(), taken.get(), hidden.c_str()) == 0) {
-    static_cast<void>(posix::remove_item(taken.get(), hidden));  // or a later start does
+  static_cast<void>(posix::remove_item(taken.get(), hidden));  // what an earlier removal left
+  if (renameat(taken.get(), name_.c_str(), taken.get(), hidden.c_str()) != 0) {
+    return errno;
   }
+  const int error = posix::remove_item(taken.get(), hidden);
   folder_.reset();
+  return error;
 }
 
-void TakenDraft::keep() {
+int TakenDraft::keep() {
   if (!folder_) {
-    return;
+    return 0;
   }
   unlinkat(folder(), kOffered, 0);  // of an offer that was not made
   if (rename_to_given() == 0) {
     folder_.reset();
-  } else {
-    remove();  // it is all in the message file
+    return 0;
   }
+  return remove();  // it is all in the message file
 }
 
 int TakenDraft::rename_to_given() const {

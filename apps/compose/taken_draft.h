@@ -33,12 +33,14 @@ class TakenDraft {
   void set_aside(const std::string& reason) const;
   [[nodiscard]] bool is_aside_too_long(const Moment& now) const;
 
-  /// Removes the folder: the draft is deleted, or was not promised to anybody.
-  void remove();
+  /// Removes the folder: the draft is deleted, or was not promised to anybody. Answers 0 or an
+  /// `errno` value; what is left then is a draft still, or goes at a later start.
+  [[nodiscard]] int remove();
 
   /// The draft was written, and no client has it: moves the folder to `given`, so that the draft
   /// can be given to any client while the folder is there. Does nothing after `move_to_given`.
-  void keep();
+  /// Answers 0, or an `errno` value when it can be neither moved nor removed.
+  [[nodiscard]] int keep();
 
   /// Moves the folder to `given`, as it is, and answers it with its lock. From then on the draft is
   /// never offered to a client by itself. Throws `ComposeError` when it cannot be moved.

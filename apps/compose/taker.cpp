@@ -228,7 +228,7 @@ std::vector<TakenDraft> take(const std::vector<std::string>& urls) {
     }
   } catch (...) {
     for (TakenDraft& draft : promised) {
-      draft.remove();
+      static_cast<void>(draft.remove());
     }
     throw;
   }

@@ -237,9 +237,11 @@ TEST_F(GivenDraftsTest, OnlyACopyThatWasMadeIsRemoved) {
   fs::create_directories(folder_.path("home/snap/linked/common"));
   fs::create_directory_symlink(folder_.path("home/own"),
                                folder_.path("home/snap/linked/common/quoll-compose"));
-  const std::string files[] = {folder_.path("home/letter"), folder_.path("home/common/quoll-compose/") + name + ".eml",
+  const std::string files[] = {folder_.path("home/letter"),
+                               folder_.path("home/common/quoll-compose/") + name + ".eml",
                                folder_.path("home/own/") + name + ".eml",
-                               snap + "quoll-compose/20200101-000001.eml", snap + name + ".eml",
+                               snap + "quoll-compose/20200101-000001.eml",
+                               snap + name + ".eml",
                                snap + "quoll-compose/letter"};
   for (const std::string& file : files) {
     std::ofstream(file) << "x";

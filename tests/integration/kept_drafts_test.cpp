@@ -26,6 +26,16 @@ class KeptDrafts : public MailClientTest {
     return all.size() == 1 ? fs::path(all.front()).stem().string() : "";
   }
   [[nodiscard]] std::string listed() const { return compose({"--list"}).output; }
+  /// Modes of files bind root too, in this program.
+  [[nodiscard]] Ended compose_bound_by_modes(const Words& arguments) const {
+    Words command{QUOLL_COMPOSE};
+    if (geteuid() == 0) {
+      command = {"setpriv", "--bounding-set", "-dac_override,-dac_read_search,-fowner",
+                 QUOLL_COMPOSE};
+    }
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return run(command, home_.bus.environment());
+  }
   /// The entry with which this desktop opens message files.
   void add_viewer() const {
     add_client_program("bin/viewer");
@@ -220,6 +230,53 @@ TEST_F(KeptDrafts, OneThatWaitsIsDeletedButNotOpened) {
   }
   EXPECT_EQ(compose({"--delete", "20200101-000000"}).status, 0);
   EXPECT_TRUE(home_.taken().empty());
+}
+
+TEST_F(KeptDrafts, WhatAnEarlierRemovalLeftIsNoHindrance) {
+  const std::string taken = home_.taken_folder() + "/";
+  fs::create_directories(taken + "20200101-000000");
+  std::ofstream(taken + "20200101-000000/command") << "quoll://compose?subject=x";
+  fs::create_directories(taken + ".20200101-000000/files");
+  EXPECT_EQ(compose({"--delete", "20200101-000000"}).output, "The draft is deleted.\n");
+  EXPECT_EQ(listed(), "");
+  EXPECT_TRUE(fs::is_empty(taken));
+}
+
+TEST_F(KeptDrafts, OneThatCannotBeDeletedIsSaidAndStaysListed) {
+  const std::string waiting = home_.taken_folder() + "/20200101-000000";
+  const auto expect_failure = [&](const std::string& name, const std::string& read_only,
+                                  const std::string& path) {
+    fs::permissions(read_only, fs::perms(0500));
+    const Ended ended = compose_bound_by_modes({"--delete", name});
+    fs::permissions(read_only, fs::perms(0700));
+    EXPECT_EQ(ended.status, 1) << read_only << ended.output;
+    EXPECT_EQ(ended.errors, "quoll-compose: " + path + " cannot be removed: permission denied\n");
+    EXPECT_TRUE(holds(listed(), name)) << read_only;
+  };
+  const std::string name = keep(ReceiverHome::url({home_.stage("a.txt", "x")}));
+  expect_failure(name, home_.drafts_folder(), home_.drafts().front());
+  fs::create_directories(waiting);
+  std::ofstream(waiting + "/command") << "quoll://compose?subject=x";
+  expect_failure("20200101-000000", home_.taken_folder(), waiting);
+  std::ofstream(home_.drafts_folder() + "/20200101-000000.eml") << "Subject: x\n\n";
+  expect_failure("20200101-000000", home_.drafts_folder(),
+                 home_.drafts_folder() + "/20200101-000000.eml");
+  EXPECT_EQ(compose({"--delete", name}).status, 0);
+}
+
+// Else each start would write it anew, and say once more that it is kept.
+TEST_F(KeptDrafts, OneThatCannotBeMovedIsNotSaidToBeKept) {
+  const std::string waiting = home_.taken_folder() + "/20200101-000000";
+  fs::create_directories(waiting);
+  std::ofstream(waiting + "/command") << "quoll://compose?subject=x";
+  fs::permissions(home_.taken_folder(), fs::perms(0500));
+  const Ended ended = compose_bound_by_modes({"--resume"});
+  fs::permissions(home_.taken_folder(), fs::perms(0700));
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.output, "The draft waits: it cannot be moved out of " + home_.taken_folder() +
+                              ": permission denied.\n");
+  EXPECT_EQ(compose({"--resume"}).status, 0);
+  EXPECT_TRUE(holds(listed(), "  kept  "));
 }
 
 TEST_F(KeptDrafts, OnlyANameOfADraftIsTaken) {
