@@ -97,7 +97,8 @@ std::vector<ListedDraft> list_drafts() {
 
 void print_line(std::ostream& out, const ListedDraft& draft) {
   out << foundation::printable(draft.name) << "  " << time_text(draft, "%Y-%m-%d %H:%M:%S") << "  "
-      << draft.state << (draft.reason.empty() ? "" : ": ") << draft.reason << "  ";
+      << draft.state << (draft.reason.empty() ? "" : ": ") << foundation::printable(draft.reason)
+      << "  ";
   if (draft.is_message) {
     out << subject_for_list(draft.path) << "  ";
   }

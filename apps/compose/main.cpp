@@ -272,7 +272,8 @@ std::optional<int> parse(int argc, char** argv, Options& options) {
   } catch (const CLI::Success& asked_for_help) {
     return app.exit(asked_for_help);
   } catch (const CLI::ParseError& error) {
-    std::cerr << "quoll-compose: " << error.what() << "; see quoll-compose --help\n";
+    std::cerr << "quoll-compose: " << foundation::printable(error.what())
+              << "; see quoll-compose --help\n";
     return 2;
   }
   options.show = show->count() > 0;
@@ -339,7 +340,7 @@ int main(int argc, char** argv) {
   try {
     return run(options, std::move(taken_pipe));
   } catch (const std::exception& exception) {
-    std::cerr << "quoll-compose: " << exception.what() << '\n';
+    std::cerr << "quoll-compose: " << foundation::printable(exception.what()) << '\n';
     return 1;
   }
 }

@@ -14,3 +14,9 @@ quoll_defence(copy_is_in_a_snap FILE apps/compose/given_draft.cpp
 quoll_defence(copy_is_behind_no_link FILE apps/compose/given_draft.cpp
   TAKES "posix::open_folder(folder.get(), name)" GIVES "posix::UniqueFd(openat(folder.get(), name.c_str(), O_RDONLY))"
   SHOWN_BY mail_client GivenDraftsTest.OnlyACopyThatWasMadeIsRemoved)
+quoll_defence(deleting_tells_of_failure FILE apps/compose/draft_list.cpp
+  TAKES "if (const int error = draft->remove()) {" GIVES "if (const int error = draft->remove(); error == -1) {"
+  SHOWN_BY kept_drafts KeptDrafts.OneThatCannotBeDeletedIsSaidAndStaysListed)
+quoll_defence(errors_are_printable FILE apps/compose/main.cpp
+  TAKES "foundation::printable(exception.what())" GIVES "exception.what()"
+  SHOWN_BY kept_drafts KeptDrafts.NothingControlsTheTerminal)

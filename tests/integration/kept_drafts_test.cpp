@@ -279,6 +279,20 @@ TEST_F(KeptDrafts, OneThatCannotBeMovedIsNotSaidToBeKept) {
   EXPECT_TRUE(holds(listed(), "  kept  "));
 }
 
+TEST_F(KeptDrafts, NothingControlsTheTerminal) {
+  const std::string folder = home_.taken_folder() + "/20200101-000000";
+  fs::create_directories(folder);
+  std::ofstream(folder + "/command") << "x";
+  std::ofstream(folder + "/aside") << "a\x1b[31m\n";
+  const Words calls[] = {{"--show", "/tmp/\x1b]0;x\a.eml"}, {"--x\x1b[31m"}, {"--list"}};
+  for (const Words& call : calls) {
+    const Ended ended = compose(call);
+    const std::string said = ended.output + ended.errors;
+    EXPECT_TRUE(holds(said, "\\x1B")) << said;
+    EXPECT_FALSE(holds(said, "\x1b")) << said;
+  }
+}
+
 TEST_F(KeptDrafts, OnlyANameOfADraftIsTaken) {
   const std::string name = keep();
   for (const std::string& wrong : {std::string("x"), std::string("../drafts/") + name,
