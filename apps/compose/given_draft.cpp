@@ -79,7 +79,7 @@ std::string copy_path(const std::string& snap, const std::string& draft) {
   for (const std::string& name : folders_of_copy(snap)) {
     path = foundation::appending_path_component(path, name);
   }
-  return foundation::appending_path_component(path, draft + ".eml");
+  return foundation::appending_path_component(path, draft + std::string(kMessageEnding));
 }
 
 /// Opens the folder below the home, through no link: the snap could have put one there. None with
