@@ -66,9 +66,12 @@ TEST_F(ComposeServiceTest, SeveralDraftsOfOneRequestAreAllKept) {
 
 TEST_F(ComposeServiceTest, WhatCannotBeTakenIsAnErrorWithItsReason) {
   EXPECT_FALSE(open({"quoll://compose?subject=a", "quoll://delete?mail=a"}));
-  ASSERT_EQ(log_->lines().size(), 1U);
-  EXPECT_NE(log_->lines().front().find("did not take the URLs"), std::string::npos)
-      << log_->lines().front();
+  ASSERT_EQ(log_->events().size(), 1U);
+  const auto& error = log_->events().front().error;
+  ASSERT_TRUE(error);
+  EXPECT_NE(error->text.find("the command \"delete\" needs the mail application"),
+            std::string::npos)
+      << error->text;
   EXPECT_EQ(home_.compose({"--list"}).output, "");  // all or nothing
 }
 

@@ -338,7 +338,7 @@ TEST_F(MailClientTest, ALaterRunCleansWhatWasGivenSevenDaysAgo) {
   fs::rename(given_folder(), folder);
   fs::rename(home_.drafts().front(), draft);
   const auto age = [&](int days) {
-    for (const std::string note : {folder + "/offered", folder + "/given"}) {
+    for (const std::string& note : {folder + "/offered", folder + "/given"}) {
       std::ofstream(note) << "an-earlier-start-of-the-system 5\n";
       fs::last_write_time(note,
                           fs::file_time_type::clock::now() - std::chrono::hours(24 * days - 1));
