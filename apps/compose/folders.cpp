@@ -118,7 +118,7 @@ void make_folders() {
 
 void try_folders() {
   make_folders();
-  for (const std::string& folder : {taken_folder(), drafts_folder(), given_folder()}) {
+  for (const std::string& folder : {taken_folder(), drafts_folder()}) {
     if (const int error = posix::try_writing(folder)) {
       throw ComposeError("nothing can be kept in " + folder + ": " + posix::error_words(error));
     }

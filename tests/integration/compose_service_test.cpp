@@ -67,7 +67,7 @@ TEST_F(ComposeServiceTest, SeveralDraftsOfOneRequestAreAllKept) {
 TEST_F(ComposeServiceTest, WhatCannotBeTakenIsAnErrorWithItsReason) {
   EXPECT_FALSE(open({"quoll://compose?subject=a", "quoll://delete?mail=a"}));
   ASSERT_EQ(log_->events().size(), 1U);
-  const auto& error = log_->events().front().error;
+  const auto error = log_->events().front().error;
   ASSERT_TRUE(error);
   EXPECT_NE(error->text.find("the command \"delete\" needs the mail application"),
             std::string::npos)

@@ -151,20 +151,21 @@ TEST_F(GivenDraftsTest, WhatWasPerhapsGivenStaysSo) {
 }
 
 TEST_F(GivenDraftsTest, AClockThatIsSetTakesNoFilesOfWhatWasPerhapsGiven) {
-  static_cast<void>(draft("a"));
-  static_cast<void>(give("a", {"x"}));
+  static_cast<void>(draft("20200101-000000"));
+  static_cast<void>(give("20200101-000000", {"x"}));
   Moment set_forward = in_days(0.1);
   set_forward.time += 400 * kDay;
   sweep_given(set_forward);
-  EXPECT_TRUE(fs::exists(given("a/files/0/x"))) << "a mail is being written with it";
+  EXPECT_TRUE(fs::exists(given("20200101-000000/files/0/x"))) << "a mail is being written with it";
 }
 
 TEST_F(GivenDraftsTest, WhatIsOfferedAgainStaysForSevenDaysMore) {
-  const std::string path = draft("a");
-  give("a", {"x"}).mark();
-  std::ofstream(given("a/given")) << "an-earlier-start 5\n";
-  fs::last_write_time(given("a/given"), fs::file_time_type::clock::now() - std::chrono::hours(200));
-  static_cast<void>(GivenDraft::again("a"));
+  const std::string path = draft("20200101-000000");
+  give("20200101-000000", {"x"}).mark();
+  std::ofstream(given("20200101-000000/given")) << "an-earlier-start 5\n";
+  fs::last_write_time(given("20200101-000000/given"),
+                      fs::file_time_type::clock::now() - std::chrono::hours(200));
+  static_cast<void>(GivenDraft::again("20200101-000000"));
   sweep_given(in_days(6.99));
   EXPECT_TRUE(fs::exists(path));
   sweep_given(in_days(7.01));
