@@ -27,8 +27,10 @@ std::size_t invisible_at(std::string_view text, std::size_t at) {
   const auto between = [&](std::string_view first, std::string_view last) {
     return rest.substr(0, 3) >= first && rest.substr(0, 3) <= last;
   };
-  return between("\u200B", "\u200F") || between("\xE2\x80\xAA", "\xE2\x80\xAE") ||
-                 between("\u2060", "\u206F") || between("\uFEFF", "\uFEFF")
+  // NOLINTNEXTLINE(misc-misleading-bidirectional): they are what is looked for, U+202A to U+202E
+  const bool is_direction = between("\xE2\x80\xAA", "\xE2\x80\xAE");
+  return is_direction || between("\u200B", "\u200F") || between("\u2060", "\u206F") ||
+                 between("\uFEFF", "\uFEFF")
              ? 3
              : 0;
 }

@@ -167,7 +167,9 @@ std::string newest_message_file() {
     const auto newest = std::find_if(drafts.rbegin(), drafts.rend(),
                                      [](const ListedDraft& draft) { return draft.is_message; });
     if (newest == drafts.rend()) {
-      throw ComposeError("no draft is kept");
+      throw ComposeError(drafts.empty()
+                             ? "no draft is kept"
+                             : "no draft is written yet; quoll-compose --list tells what waits");
     }
     return newest->path;
   }

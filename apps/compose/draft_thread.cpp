@@ -125,7 +125,7 @@ void DraftThread::begin() {
       return;
     }
     std::vector<std::string> names = waiting_drafts();
-    std::ranges::stable_partition(names, std::not_fn(is_suspicious));
+    std::stable_partition(names.begin(), names.end(), std::not_fn(is_suspicious));
     for (const std::string& name : names) {
       go_on_with(name);
     }

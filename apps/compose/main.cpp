@@ -14,6 +14,7 @@
 
 #include "apps/compose/client_choice.h"
 #include "apps/compose/draft_list.h"
+#include "apps/compose/draft_name.h"
 #include "apps/compose/draft_summary.h"
 #include "apps/compose/draft_thread.h"
 #include "apps/compose/folders.h"
@@ -150,8 +151,12 @@ int resume() {
   return finish({}, {}, notifications);
 }
 
+/// `named` is a draft's name or a path; empty for the newest.
 int show(const std::string& named) {
-  const std::string path = named.empty() ? compose::newest_message_file() : named;
+  const std::string path = named.empty() ? compose::newest_message_file()
+                           : compose::is_draft_name(named)
+                               ? compose::message_file(compose::draft_called(named, true))
+                               : named;
   posix::UniqueFd file = compose::open_message(path);
   compose::confine_reader(-1);
   print_summary(std::cout, compose::read_draft(std::move(file), path));
@@ -247,9 +252,10 @@ std::optional<int> parse(int argc, char** argv, Options& options) {
                                "give this draft to the mail client again, or to that of --client")
                     ->type_name("NAME");
   auto* remove = app.add_option("--delete", options.remove, "delete this draft")->type_name("NAME");
-  auto* show = app.add_option("--show", options.draft, "show this draft, or the newest")
-                   ->type_name("[FILE]")
-                   ->expected(0, 1);
+  auto* show =
+      app.add_option("--show", options.draft, "show the draft of this name or path, or the newest")
+          ->type_name("[FILE]")
+          ->expected(0, 1);
   auto* clients =
       app.add_flag("--clients", options.clients, "list the mail clients that are there");
   auto* client =

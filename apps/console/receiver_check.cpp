@@ -62,7 +62,10 @@ Finding startable(const std::string& application, const ApplicationLookup& looku
             application + " is switched off: its service file starts " + program,
             "remove the dbus-1/services/" + application + ".service that says so"};
   }
-  return {kName, State::kGood, application + " is started when it is needed", ""};
+  return {kName, State::kWorthKnowing,
+          application + " is started by " + (program.empty() ? "the session bus" : program) +
+              ", which was not tried",
+          "if shares do not arrive, start it and look at what it says"};
 }
 
 /// Of the application's desktop entry, which a share uses when the bus does not know it.

@@ -70,6 +70,17 @@ TEST_F(KeptDrafts, AreListedForProgramsByTheirNames) {
   EXPECT_EQ(compose({"--list", "--json"}).output, "[]\n");
 }
 
+TEST_F(KeptDrafts, AreShownByNameOrPath) {
+  const std::string name = keep();
+  const Ended shown = compose({"--show", name});
+  EXPECT_EQ(shown.status, 0);
+  EXPECT_EQ(shown.output, compose({"--show", home_.drafts().front()}).output);
+  EXPECT_TRUE(shown.output.starts_with("Subject: S\n")) << shown.output;
+  EXPECT_EQ(compose({"--show", "20200101-000000"}).errors,
+            "quoll-compose: there is no draft 20200101-000000; quoll-compose --list names those "
+            "there are\n");
+}
+
 TEST_F(KeptDrafts, AreOpenedWithTheClientOrWithWhatOpensMessageFiles) {
   const std::string name = keep();
   const Ended none = compose({"--open", name});
