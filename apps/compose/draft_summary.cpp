@@ -129,11 +129,10 @@ void confine_reader(int folder) {
   g_mime_init();
   tzset();
   // Encodings of text that cannot be loaded later, as mail has them. An open one stays loaded.
-  static const std::array kOpen{
+  [[gnu::used]] static const std::array kOpen{
       g_iconv_open("utf-8", "iso-8859-1"),   g_iconv_open("utf-8", "iso-8859-2"),
       g_iconv_open("utf-8", "iso-8859-15"),  g_iconv_open("utf-8", "windows-1251"),
       g_iconv_open("utf-8", "windows-1252"), g_iconv_open("utf-8", "koi8-r")};
-  static_cast<void>(kOpen);
   WriterConfinement().enforce_reading(folder, 0);
 }
 
