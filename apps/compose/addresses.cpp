@@ -86,8 +86,7 @@ bool is_ascii(std::string_view text) {
 /// A word that the receiving system knows, such as "root".
 bool is_local_name(std::string_view text) {
   constexpr std::size_t kLongest = 64;
-  return text.size() <= kLongest && !text.empty() && is_ascii(text) &&
-         text.find_first_of("()<>[]:;@\\,\" ") == std::string_view::npos &&
+  return text.size() <= kLongest && is_words(text) && is_ascii(text) &&
          text.find("=?") == std::string_view::npos;
 }
 

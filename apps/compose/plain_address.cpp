@@ -1,6 +1,5 @@
 #include "apps/compose/plain_address.h"
 
-#include <algorithm>
 #include <cstddef>
 
 #include "apps/compose/clean_text.h"
@@ -8,16 +7,6 @@
 
 namespace quoll::compose {
 namespace {
-
-bool is_in_words(char c) {
-  constexpr std::string_view kSpecials = "()<>[]:;@\\,\" ";
-  return kSpecials.find(c) == std::string_view::npos;
-}
-
-/// One word, or several with dots between them.
-bool is_words(std::string_view text) {
-  return !text.empty() && std::ranges::all_of(text, is_in_words);
-}
 
 /// In quotes that end where the text ends.
 bool is_quoted(std::string_view text) {
@@ -46,6 +35,10 @@ bool is_domain(std::string_view text) {
 }
 
 }  // namespace
+
+bool is_words(std::string_view text) {
+  return !text.empty() && text.find_first_of("()<>[]:;@\\,\" ") == std::string_view::npos;
+}
 
 bool is_address(std::string_view text) {
   constexpr std::size_t kLongest = 320;

@@ -4,6 +4,9 @@
 
 namespace quoll::compose {
 
+/// True for one word of an address, or several with dots between them: nothing in it needs quotes.
+[[nodiscard]] bool is_words(std::string_view text);
+
 /// True for an address that a header may have: a local part, "@" and a domain, of at most 320
 /// bytes. The local part may stand in quotes. No character in it is invisible or turns the
 /// direction of the others.

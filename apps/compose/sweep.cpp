@@ -7,12 +7,12 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "apps/compose/draft_name.h"
 #include "apps/compose/folders.h"
 #include "apps/compose/given_draft.h"
-#include "apps/compose/small_file.h"
 #include "apps/compose/taken_draft.h"
 #include "quoll/container/layout.h"
 #include "quoll/linux/posix/descriptor_io.h"

@@ -145,7 +145,7 @@ TEST_F(DraftFloods, WithTooFewDescriptorsADraftWaits) {
     const auto ended =
         run({"sh", "-c", limit + "; exec " QUOLL_COMPOSE " --resume"}, home_.bus.environment());
     EXPECT_FALSE(holds(listed(), "  set aside: ")) << limit << listed();
-    EXPECT_TRUE(home_.drafts().size() == 1 || home_.taken().size() == 1)
+    EXPECT_EQ(home_.drafts().size() + home_.taken().size(), 1U)
         << limit << ended.output << ended.errors;
     fs::remove_all(home_.drafts_folder());
     fs::remove_all(home_.taken_folder());
