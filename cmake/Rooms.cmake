@@ -89,13 +89,20 @@ endfunction()
 
 # A test program: one executable, one entry of the test runner.
 #   quoll_test(foundation SOURCES ... LIBRARIES quoll_foundation)
+# APART are sources with names that others of the same test have too. They are compiled by
+# themselves, also where sources of a folder are compiled together.
+set(long_tests compose_writer console crash draft_states package)  # they begin first
 function(quoll_test name)
-  cmake_parse_arguments(TEST "" "" "SOURCES;LIBRARIES" ${ARGN})
-  add_executable(test_${name} ${TEST_SOURCES})
+  cmake_parse_arguments(TEST "" "" "SOURCES;APART;LIBRARIES" ${ARGN})
+  add_executable(test_${name} ${TEST_SOURCES} ${TEST_APART})
+  set_source_files_properties(${TEST_APART} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
   target_link_libraries(test_${name} PRIVATE ${TEST_LIBRARIES} GTest::gtest GTest::gtest_main
                                              Threads::Threads quoll_warnings)
   # What is tested is built as released; the tests themselves are built quickly.
   target_compile_options(test_${name} PRIVATE "SHELL:$<$<CONFIG:Release>:-O0 -U_FORTIFY_SOURCE>")
   add_test(NAME ${name} COMMAND test_${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+  if(name IN_LIST long_tests)
+    set_tests_properties(${name} PROPERTIES COST 1)
+  endif()
 endfunction()

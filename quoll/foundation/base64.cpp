@@ -11,14 +11,14 @@ namespace quoll::foundation {
 
 namespace {
 
-constexpr std::string_view kDigits =
+constexpr std::string_view kAlphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 /// Two digits for each twelve bits.
 constexpr std::array<std::array<char, 2>, 4096> make_pairs() {
   std::array<std::array<char, 2>, 4096> pairs{};
   for (std::size_t bits = 0; bits < pairs.size(); ++bits) {
-    pairs[bits] = {kDigits[bits >> 6U], kDigits[bits & 63U]};
+    pairs[bits] = {kAlphabet[bits >> 6U], kAlphabet[bits & 63U]};
   }
   return pairs;
 }
@@ -32,8 +32,8 @@ constexpr std::array<std::array<std::uint32_t, 256>, 4> make_places() {
   std::array<std::array<std::uint32_t, 256>, 4> places{};
   for (std::size_t place = 0; place < places.size(); ++place) {
     places[place].fill(kNoDigit);
-    for (std::size_t value = 0; value < kDigits.size(); ++value) {
-      places[place][static_cast<unsigned char>(kDigits[value])] =
+    for (std::size_t value = 0; value < kAlphabet.size(); ++value) {
+      places[place][static_cast<unsigned char>(kAlphabet[value])] =
           static_cast<std::uint32_t>(value << (18U - 6U * place));
     }
   }
@@ -144,7 +144,7 @@ std::string base64_encode(std::string_view bytes) {
   }
   if (bytes.size() - i == 2) {
     to = put_pair(to, at(bytes, i) << 4U | at(bytes, i + 1) >> 4U);
-    *to = kDigits[(at(bytes, i + 1) & 15U) << 2U];
+    *to = kAlphabet[(at(bytes, i + 1) & 15U) << 2U];
   } else if (bytes.size() - i == 1) {
     put_pair(to, at(bytes, i) << 4U);
   }

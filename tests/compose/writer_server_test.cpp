@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <new>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "apps/compose/writer_result.h"
@@ -332,9 +333,10 @@ TEST(WriterServer, LargeDraftsFitIntoItsMemory) {
     GTEST_SKIP() << "a sanitizer takes more memory and time";
   }
   auto server = WriterServer::start();
-  for (const char* const piece : {"<td>x", "<"}) {
+  constexpr std::size_t kMiB = 1U << 20U;
+  for (const auto& [piece, size] : {std::pair("<td>x", 64 * kMiB), std::pair("<", 16 * kMiB)}) {
     std::string html;
-    while (html.size() < (std::size_t{64} << 20U)) {
+    while (html.size() < size) {
       html += piece;
     }
     const TakenFolder folder("quoll://compose?htmlBody=" + foundation::percent_encode(html));

@@ -89,17 +89,6 @@ TEST_F(Package, BothKindsOfTheLibraryAreFoundByCMake) {
   }
 }
 
-TEST_F(Package, EveryHeaderStandsAlone) {
-  const std::string headers = prefix() + "/include/quoll-extensions";
-  const std::string compile = std::string(QUOLL_CXX) +
-                              " -std=c++20 -Wall -Wextra -Wpedantic -Wshadow -Werror -fsyntax-only "
-                              "-include {} -x c++ /dev/null -I" +
-                              headers;
-  expect_success({"sh", "-c",
-                  "cd " + headers + " && find . -name '*.h' | sort | " +
-                      "xargs -P 2 -I {} sh -c 'echo {}; " + compile + "'"});
-}
-
 // A program that is static needs static libraries throughout; the sanitizers have none.
 bool can_be_static() {
   return std::string_view(QUOLL_CXX_FLAGS).find("-fsanitize") == std::string_view::npos;
