@@ -16,6 +16,7 @@
 #include "apps/compose/draft_summary.h"
 #include "apps/compose/folders.h"
 #include "apps/compose/given_draft.h"
+#include "apps/compose/noted_reason.h"
 #include "apps/compose/taken_draft.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/linux/posix/descriptor_io.h"
@@ -23,16 +24,20 @@
 namespace quoll::compose {
 namespace {
 
-const char* state_of(const std::string& draft) {
-  switch (giving_of(draft)) {
+ListedDraft written_draft(const std::string& name) {
+  ListedDraft draft{.name = name, .path = message_file(name), .state = "kept", .is_message = true};
+  switch (giving_of(name)) {
     case Giving::kGiven:
-      return "given";
+      draft.state = "given";
+      break;
     case Giving::kPerhaps:
-      return "perhaps given";
+      draft.state = "perhaps given";
+      break;
     case Giving::kNone:
+      draft.reason = noted_reason(given_folder() + "/" + name);
       break;
   }
-  return "kept";
+  return draft;
 }
 
 std::string subject_for_list(const std::string& path) {
@@ -76,7 +81,7 @@ std::vector<ListedDraft> list_drafts() {
         {.name = name,
          .path = path,
          .state = reason ? "set aside" : "waiting",
-         .reason = reason.value_or(""),
+         .reason = reason ? *reason : noted_reason(path),
          .is_message = false},
         path + "/command");
   }
@@ -85,8 +90,7 @@ std::vector<ListedDraft> list_drafts() {
         file.substr(0, file.size() - std::min(file.size(), kMessageEnding.size()));
     const bool is_taken = std::ranges::find(taken, name) != taken.end();
     if (file.ends_with(kMessageEnding) && is_draft_name(name) && !is_taken) {
-      const std::string path = drafts_folder() + "/" + file;
-      add(drafts, {.name = name, .path = path, .state = state_of(name), .is_message = true}, path);
+      add(drafts, written_draft(name), message_file(name));
     }
   }
   std::ranges::sort(drafts, {}, [](const ListedDraft& draft) {

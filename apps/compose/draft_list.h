@@ -13,7 +13,7 @@ struct ListedDraft {
   std::string path;      ///< its message file, or the folder of what was taken when there is none
   std::timespec time{};  ///< when it was written, or taken
   std::string state;     ///< "waiting", "set aside", "kept", "perhaps given" or "given"
-  std::string reason{};  ///< why it was set aside
+  std::string reason{};  ///< why it was set aside, waits or is kept; empty when that is not known
   bool is_message = false;
 };
 

@@ -11,6 +11,7 @@
 #include "apps/compose/folders.h"
 #include "apps/compose/hand_over.h"
 #include "apps/compose/moment.h"
+#include "apps/compose/noted_reason.h"
 #include "apps/compose/recent_moments.h"
 #include "apps/compose/room.h"
 #include "apps/compose/sweep.h"
@@ -255,6 +256,11 @@ bool DraftThread::may_offer() {
 
 void DraftThread::finish(const Job& job, Outcome outcome) const {
   outcome.is_earlier = job.is_earlier;
+  if (outcome.state == State::kWaits || outcome.state == State::kStopped) {
+    note_reason(outcome.path, outcome.reason);
+  } else if (outcome.state == State::kKept) {
+    note_reason(given_folder() + "/" + job.name, outcome.reason);
+  }
   log_outcome(outcome);
   listener_.finished(outcome);
 }

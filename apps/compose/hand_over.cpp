@@ -17,6 +17,7 @@
 #include "apps/compose/draft_writing.h"
 #include "apps/compose/folders.h"
 #include "apps/compose/given_draft.h"
+#include "apps/compose/noted_reason.h"
 #include "apps/compose/waiting_files.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
@@ -121,6 +122,12 @@ bool start(const MailClient& client, const gio::ProgramStart& with) {
   return is_seen && !client.is_in_terminal;
 }
 
+/// Why no client has the draft, without what to do about it.
+std::string reason_in(const std::exception& failure) {
+  const auto* const error = dynamic_cast<const ComposeError*>(&failure);
+  return foundation::printable(error != nullptr ? error->reason() : failure.what());
+}
+
 /// What is done once the draft lies in the folder of what clients are given.
 template <typename Prepare>
 void offer(const GivenDraft& given, const MailClient& client, gio::ProgramStart with,
@@ -130,8 +137,9 @@ void offer(const GivenDraft& given, const MailClient& client, gio::ProgramStart 
     if (start(client, with)) {
       given.mark();  // the last step: a draft that may not have arrived must never be removed
     }
-  } catch (...) {
+  } catch (const std::exception& failure) {
     given.take_back();
+    note_reason(given_folder() + "/" + given.name(), reason_in(failure));
     throw;
   }
 }
@@ -233,7 +241,7 @@ void note_recipients(Outcome& outcome, std::size_t left_out, const std::string& 
 /// Notes why no client has the draft.
 void tell(Outcome& outcome, const std::exception& failure) {
   const auto* const error = dynamic_cast<const ComposeError*>(&failure);
-  outcome.reason = foundation::printable(error != nullptr ? error->reason() : failure.what());
+  outcome.reason = reason_in(failure);
   outcome.advice = error != nullptr ? error->advice() : "";
 }
 

@@ -193,7 +193,7 @@ quoll_defence(a_client_that_stays_has_the_draft FILE ${file}
   TAKES "is_seen = trouble == ETIMEDOUT;" GIVES "is_seen = false;"
   SHOWN_BY mail_client MailClientTest.AClientThatStaysHasTheDraft)
 quoll_defence(notifications_speak_of_no_commands FILE ${file}
-  TAKES "outcome.reason = foundation::printable(error != nullptr ? error->reason() : failure.what());"
+  TAKES "outcome.reason = reason_in(failure);"
   GIVES "outcome.reason = foundation::printable(failure.what());"
   SHOWN_BY mail_client ComposeNotice.ADraftThatIsKeptIsSaidWithItsPlace)
 quoll_defence(clients_of_completion_take_drafts FILE apps/compose/client_choice.cpp

@@ -208,6 +208,11 @@ TEST_F(UsersFileLimit, IsSaidAndNothingIsSetAside) {
     EXPECT_EQ(waits.output,
               "The draft waits: it needs a larger file than the user may have (ulimit -f).\n");
   }
+  EXPECT_TRUE(holds(listed(),
+                    "  waiting: it needs a larger file than the user may have (ulimit -f)"
+                    "  " +
+                        taken_file("20200101-000000\n")))
+      << listed();
   EXPECT_EQ(home_.compose({"--resume"}).status, 0);
   EXPECT_EQ(home_.drafts().size(), 1U);
 }

@@ -276,7 +276,7 @@ TEST_F(DraftStates, TheListShowsEachStateAndChangesNothing) {
   const std::string list = listed();
   EXPECT_EQ(all(), before);
   EXPECT_TRUE(holds(list, "  given  given  ")) << list;
-  EXPECT_TRUE(holds(list, "  kept  kept  ")) << list;
+  EXPECT_TRUE(holds(list, "  kept: no mail client is chosen for mail links  kept  ")) << list;
   EXPECT_TRUE(holds(list, "  kept  of long ago  ")) << list;
   EXPECT_TRUE(holds(list, "  waiting  " + taken_file("20200101-000000\n"))) << list;
   EXPECT_TRUE(holds(list, "  set aside: the reason  " + taken_file("20200101-000001\n"))) << list;

@@ -60,7 +60,7 @@ TEST_F(KeptDrafts, AreListedForProgramsByTheirNames) {
   ASSERT_EQ(list.size(), 1U);
   EXPECT_EQ(list[0]["name"], name);
   EXPECT_EQ(list[0]["state"], "kept");
-  EXPECT_EQ(list[0]["reason"], "");
+  EXPECT_EQ(list[0]["reason"], "no mail client is chosen for mail links");
   EXPECT_EQ(list[0]["subject"], "S");
   EXPECT_EQ(list[0]["path"], home_.drafts().front());
   EXPECT_EQ(list[0]["written"], true);
@@ -68,6 +68,34 @@ TEST_F(KeptDrafts, AreListedForProgramsByTheirNames) {
   EXPECT_EQ(compose({"--json"}).status, 2);
   fs::remove(home_.drafts().front());
   EXPECT_EQ(compose({"--list", "--json"}).output, "[]\n");
+}
+
+TEST_F(KeptDrafts, WhyTheyAreKeptIsListed) {
+  const std::string name = keep();
+  const std::string listed_first = "  kept: no mail client is chosen for mail links  S  ";
+  EXPECT_TRUE(holds(listed(), listed_first)) << listed();
+  choose("thunderbird", "The Bird", "exit 3");
+  EXPECT_EQ(compose({"--again", name}).status, 1);
+  EXPECT_TRUE(holds(listed(), "  kept: The Bird ended at once, with status 3; open or import"))
+      << listed();
+  choose("thunderbird", "The Bird");
+  EXPECT_EQ(compose({"--again", name}).status, 0);
+  EXPECT_TRUE(holds(listed(), "  given  S  ")) << listed();
+  const std::string failed = home_.given_folder() + "/" + name;
+  fs::remove_all(failed);  // as after 7 days
+  EXPECT_TRUE(holds(listed(), "  kept  S  ")) << listed();
+}
+
+TEST_F(KeptDrafts, AReasonThatCannotBeNotedChangesNothing) {
+  const std::string name = keep();
+  const std::string reason = home_.given_folder() + "/" + name + "/reason";
+  fs::remove(reason);
+  fs::create_directories(reason + "/x");
+  choose("thunderbird", "The Bird", "exit 3");
+  EXPECT_TRUE(holds(compose({"--again", name}).errors, "The Bird ended at once"));
+  EXPECT_TRUE(holds(listed(), "  kept  S  ")) << listed();
+  EXPECT_EQ(compose({"--delete", name}).status, 0);
+  EXPECT_TRUE(fs::is_empty(home_.given_folder()));
 }
 
 TEST_F(KeptDrafts, AreShownByNameOrPath) {
@@ -95,7 +123,7 @@ TEST_F(KeptDrafts, AreOpenedWithTheClientOrWithWhatOpensMessageFiles) {
   choose("thunderbird", "The Bird");
   EXPECT_EQ(compose({"--open", name}).output, "The draft was opened with The Bird.\n");
   EXPECT_EQ(given(), Words{home_.drafts().front()});
-  EXPECT_TRUE(holds(listed(), "  kept  ")) << "it was looked at";
+  EXPECT_TRUE(holds(listed(), "  kept: ")) << "it was looked at";
 }
 
 TEST_F(KeptDrafts, AreGivenAgainAsAMessageFile) {
@@ -103,7 +131,7 @@ TEST_F(KeptDrafts, AreGivenAgainAsAMessageFile) {
   const Ended none = compose({"--again", name});
   EXPECT_EQ(none.status, 1) << "there is no client";
   EXPECT_EQ(none.output, "");
-  EXPECT_TRUE(holds(listed(), "  kept  "));
+  EXPECT_TRUE(holds(listed(), "  kept: "));
   choose("thunderbird", "The Bird");
   EXPECT_EQ(compose({"--again", name}).output, "The draft was given to The Bird.\n");
   EXPECT_EQ(given(), Words{home_.drafts().front()});
@@ -180,7 +208,7 @@ TEST_F(KeptDrafts, OneThatNoClientTookIsGivenAgainWithItsFiles) {
   for (const Row& row : rows) {
     row.keep();
     ASSERT_FALSE(home_.drafts().empty()) << row.reason;
-    EXPECT_TRUE(holds(listed(), "  kept  ")) << row.reason << listed();
+    EXPECT_TRUE(holds(listed(), "  kept: ")) << row.reason << listed();
     choose("claws-mail", "Claws");
     const std::string name = fs::path(home_.drafts().front()).stem().string();
     const Ended ended = compose({"--again", name});
@@ -203,7 +231,7 @@ TEST_F(KeptDrafts, AClientThatFailsHasNotTakenIt) {
   const Ended ended = compose({"--again", name});
   EXPECT_EQ(ended.status, 1);
   EXPECT_TRUE(holds(ended.errors, "The Bird ended at once, with status 3")) << ended.errors;
-  EXPECT_TRUE(holds(listed(), "  kept  ")) << listed();
+  EXPECT_TRUE(holds(listed(), "  kept: ")) << listed();
 }
 
 TEST_F(KeptDrafts, AreDeletedWithAllThatWasMade) {
@@ -287,7 +315,8 @@ TEST_F(KeptDrafts, OneThatCannotBeMovedIsNotSaidToBeKept) {
   EXPECT_EQ(ended.output, "The draft waits: it cannot be moved out of " + home_.taken_folder() +
                               ": permission denied.\n");
   EXPECT_EQ(compose({"--resume"}).status, 0);
-  EXPECT_TRUE(holds(listed(), "  kept  "));
+  EXPECT_TRUE(holds(listed(), "  kept: no mail client is chosen for mail links  "))
+      << "the new reason" << listed();
 }
 
 TEST_F(KeptDrafts, NothingControlsTheTerminal) {

@@ -320,7 +320,7 @@ TEST_F(ReceiverTest, DraftsAreListedAndShown) {
   }
   const auto listed = home_.compose({"--list"});
   const std::string line =
-      R"(\d{8}-\d{6}(-\d+)?  \d{4}-\d\d-\d\d \d\d:\d\d:\d\d  kept  (one|two|three)  /\S+/\d{8}-\d{6}(-\d+)?\.eml\n)";
+      R"(\d{8}-\d{6}(-\d+)?  \d{4}-\d\d-\d\d \d\d:\d\d:\d\d  kept: [a-z, ]+  (one|two|three)  /\S+/\d{8}-\d{6}(-\d+)?\.eml\n)";
   EXPECT_TRUE(std::regex_match(listed.output, std::regex("(" + line + "){3}"))) << listed.output;
   EXPECT_LT(listed.output.find("  one  "), listed.output.find("  two  "));
   EXPECT_LT(listed.output.find("  two  "), listed.output.find("  three  "));

@@ -1,0 +1,34 @@
+#include "apps/compose/noted_reason.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "apps/compose/moment.h"
+#include "apps/compose/small_file.h"
+#include "quoll/linux/posix/unique_fd.h"
+
+namespace quoll::compose {
+namespace {
+
+constexpr const char* kFile = "reason";
+
+posix::UniqueFd opened(const std::string& folder) {
+  return posix::UniqueFd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+}
+
+}  // namespace
+
+void note_reason(const std::string& folder, const std::string& reason) {
+  const posix::UniqueFd fd = opened(folder);
+  if (fd && write_small_file(fd.get(), kFile, reason + "\n") != 0) {
+    unlinkat(fd.get(), kFile, 0);  // a reason of before is none of now
+  }
+}
+
+std::string noted_reason(const std::string& folder) {
+  const posix::UniqueFd fd = opened(folder);
+  std::string note;
+  return fd && read_small_file(fd.get(), kFile, note) == 0 ? first_line(note) : "";
+}
+
+}  // namespace quoll::compose
