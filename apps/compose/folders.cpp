@@ -33,6 +33,15 @@ std::string receiver_folder() {
   throw ComposeError("the folder " + folder + " cannot be read: " + posix::error_words(error));
 }
 
+[[noreturn]] void cannot_keep(const std::string& folder, int error) {
+  const bool is_closed = error == EACCES || error == EPERM || error == EROFS;
+  const bool is_full = error == ENOSPC || error == EDQUOT;
+  throw ComposeError("nothing can be kept in " + folder + ": " + posix::error_words(error),
+                     is_closed ? "make that folder writable for you"
+                     : is_full ? "make room on its disk"
+                               : "");
+}
+
 void make_folder(const std::string& path) {
   for (auto slash = path.find('/', 1);; slash = path.find('/', slash + 1)) {
     const std::string folder = path.substr(0, slash);
@@ -116,11 +125,20 @@ void make_folders() {
   make_folder(given_folder());
 }
 
-void try_folders() {
+void require_writable_folders() {
   make_folders();
   for (const std::string& folder : {taken_folder(), drafts_folder()}) {
+    if (access(folder.c_str(), W_OK | X_OK) != 0) {
+      cannot_keep(folder, errno);
+    }
+  }
+}
+
+void try_folders() {
+  require_writable_folders();
+  for (const std::string& folder : {taken_folder(), drafts_folder()}) {
     if (const int error = posix::try_writing(folder)) {
-      throw ComposeError("nothing can be kept in " + folder + ": " + posix::error_words(error));
+      cannot_keep(folder, error);
     }
   }
   try_moments();

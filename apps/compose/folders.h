@@ -43,8 +43,12 @@ inline constexpr std::string_view kMessageEnding = ".eml";
 /// Makes the folders that are missing, for this user alone. Throws `ComposeError`.
 void make_folders();
 
-/// Makes them too, and tries to write where a draft is taken and kept, and to use the lists of
-/// recent moments. Throws `ComposeError` when that cannot be.
+/// Makes them too. Throws `ComposeError` also when this user may not write where a draft is taken
+/// and kept, now or later; what else may fail is not tried.
+void require_writable_folders();
+
+/// The same, and tries to write there, and to use the lists of recent moments. Throws
+/// `ComposeError` when that cannot be.
 void try_folders();
 
 }  // namespace quoll::compose

@@ -211,7 +211,7 @@ std::vector<TakenDraft> take(const std::vector<std::string>& urls) {
   if (urls.size() > kMostAtOnce) {
     throw ComposeError("a call has at most " + std::to_string(kMostAtOnce) + " drafts");
   }
-  make_folders();
+  require_writable_folders();  // else a draft would be promised that waits for ever
   std::deque<NewDraft> made;
   for (const std::string& url : urls) {
     made.emplace_back(url);

@@ -303,6 +303,28 @@ TEST_F(KeptDrafts, OneThatCannotBeDeletedIsSaidAndStaysListed) {
   EXPECT_EQ(compose({"--delete", name}).status, 0);
 }
 
+// Else a draft would be promised that waits until somebody looks.
+TEST_F(KeptDrafts, WhereNothingCanBeKeptNothingIsPromised) {
+  ASSERT_EQ(compose({"--delete", keep()}).status, 0);
+  for (const std::string& folder : {home_.drafts_folder(), home_.taken_folder()}) {
+    fs::permissions(folder, fs::perms(0500));
+    const Ended refused = compose_bound_by_modes({"quoll://compose?subject=x"});
+    const Ended checked = compose_bound_by_modes({"--check"});
+    fs::permissions(folder, fs::perms(0700));
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.output, "");
+    EXPECT_EQ(refused.errors, "quoll-compose: nothing can be kept in " + folder +
+                                  ": permission denied; make that folder writable for you\n");
+    EXPECT_EQ(checked.errors, refused.errors);
+    EXPECT_EQ(listed(), "");
+    EXPECT_TRUE(home_.taken().empty());
+  }
+  fs::permissions(home_.given_folder(), fs::perms(0500));
+  EXPECT_EQ(compose_bound_by_modes({"quoll://compose?subject=x"}).status, 0);
+  fs::permissions(home_.given_folder(), fs::perms(0700));
+  EXPECT_TRUE(holds(listed(), "  kept  x  ")) << "without a folder for the reason: " << listed();
+}
+
 // Else each start would write it anew, and say once more that it is kept.
 TEST_F(KeptDrafts, OneThatCannotBeMovedIsNotSaidToBeKept) {
   const std::string waiting = home_.taken_folder() + "/20200101-000000";
