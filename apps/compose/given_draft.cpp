@@ -189,7 +189,7 @@ void GivenDraft::name_files(const std::vector<std::string>& names) const {
   for (std::size_t k = 0; k < names.size(); ++k) {
     const std::string path = place_of(k, names[k]);
     if (renameat(folder_.get(), path_of(files.at(k)).c_str(), folder_.get(), path.c_str()) != 0) {
-      throw ComposeError(names[k] + " cannot be put into " + folder_of(name_) + ": " +
+      throw ComposeError("a file cannot be put into " + folder_of(name_) + ": " +
                          std::strerror(errno));
     }
   }

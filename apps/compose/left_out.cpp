@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <map>
 #include <utility>
 
 #include "quoll/platform/log.h"
@@ -58,13 +59,15 @@ LeftOutFiles LeftOutFiles::from_records(std::string_view records) {
 }
 
 void log_left_out(const LeftOutFiles& files) {
-  constexpr std::size_t kMost = 20;
-  const std::size_t logged = std::min(files.named.size(), kMost);
-  for (std::size_t at = 0; at < logged; ++at) {
-    platform::log("left out %@: %@", files.named[at].name, files.named[at].reason);
+  std::map<std::string, std::size_t> numbers;
+  for (const LeftOut& file : files.named) {
+    ++numbers[file.reason];
   }
-  if (files.count() > logged) {
-    platform::log("left out %@ more", files.count() - logged);
+  for (const auto& [reason, number] : numbers) {
+    platform::log("left out %@: %@", number, reason);
+  }
+  if (files.more != 0) {
+    platform::log("left out %@ more", files.more);
   }
 }
 

@@ -29,7 +29,7 @@ struct LeftOutFiles {
   [[nodiscard]] static LeftOutFiles from_records(std::string_view records);
 };
 
-/// Logs the first ones, and how many more there are.
+/// Logs how many there are for each reason, and no names: others may read the log.
 void log_left_out(const LeftOutFiles& files);
 
 }  // namespace quoll::compose

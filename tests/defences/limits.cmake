@@ -208,9 +208,9 @@ quoll_defence(wait_for_a_started_program FILE quoll/linux/gio/opener.cpp
 quoll_defence(log_line_length FILE quoll/linux/posix/system_log.cpp
   TAKES "kLongestLine = 4096" GIVES "kLongestLine = 4097"
   SHOWN_BY posix_text SystemLog.ALineHas4096Bytes)
-quoll_defence(left_out_log_lines FILE apps/compose/left_out.cpp
-  TAKES "kMost = 20" GIVES "kMost = 30"
-  SHOWN_BY compose_text ComposeLimits.TwentyFilesThatAreLeftOutAreLoggedByName)
+quoll_defence(left_out_log_has_no_names FILE apps/compose/left_out.cpp
+  TAKES "++numbers[file.reason];" GIVES "++numbers[file.name + \": \" + file.reason];"
+  SHOWN_BY compose_text ComposeLimits.FilesThatAreLeftOutAreLoggedByTheirReasonsWithoutNames)
 quoll_defence(files_in_a_notice FILE apps/compose/notifications.cpp
   TAKES "kMostFiles = 5" GIVES "kMostFiles = 6"
   SHOWN_BY mail_client ComposeNotice.ManyFilesFromElsewhereAreCounted)
