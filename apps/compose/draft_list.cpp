@@ -30,6 +30,9 @@ ListedDraft written_draft(const std::string& name) {
     case Giving::kGiven:
       draft.state = "given";
       break;
+    case Giving::kNow:
+      draft.state = "being given";
+      break;
     case Giving::kPerhaps:
       draft.state = "perhaps given";
       break;

@@ -12,7 +12,7 @@ struct ListedDraft {
   std::string name;      ///< it never changes
   std::string path;      ///< its message file, or the folder of what was taken when there is none
   std::timespec time{};  ///< when it was written, or taken
-  std::string state;     ///< "waiting", "set aside", "kept", "perhaps given" or "given"
+  std::string state;  ///< "waiting", "set aside", "kept", "being given", "perhaps given" or "given"
   std::string reason{};  ///< why it was set aside, waits or is kept; empty when that is not known
   bool is_message = false;
 };

@@ -245,6 +245,14 @@ void GivenDraft::take_back() const noexcept {
 }
 
 Giving giving_of(const std::string& draft) {
+  posix::UniqueFd folder;
+  if (!has(draft, kMark) && has(draft, kOffered)) {
+    folder = locked_folder(folder_of(draft));
+    if (!folder && errno == EWOULDBLOCK) {
+      return Giving::kNow;
+    }
+  }
+  // With the lock, since what was being given a moment ago may be given by now.
   return has(draft, kMark) ? Giving::kGiven
                            : (has(draft, kOffered) ? Giving::kPerhaps : Giving::kNone);
 }

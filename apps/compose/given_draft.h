@@ -61,9 +61,11 @@ class GivenDraft {
 /// What is known of a written draft.
 enum class Giving {
   kNone,     ///< no client has it
+  kNow,      ///< a program offers it to a client at this moment
   kPerhaps,  ///< it was offered to a client, and the end was not seen
   kGiven,
 };
+/// Has the draft's lock for a moment when it may be `kNow`.
 [[nodiscard]] Giving giving_of(const std::string& draft);
 
 /// Removes a written draft with everything that was made for its clients. Throws `ComposeError`

@@ -111,6 +111,17 @@ TEST_F(DraftStates, ADraftThatWasPerhapsGivenIsSaidAndLeftAlone) {
   EXPECT_TRUE(holds(listed(), "  perhaps given  x  ")) << listed();
 }
 
+TEST_F(DraftStates, OneThatIsBeingGivenIsNotPerhapsGiven) {
+  choose_counted("thunderbird", "exec sleep 20");
+  Process receiver({QUOLL_COMPOSE, "quoll://compose?subject=x"}, home_.bus.environment());
+  while (starts() == 0) {
+    std::this_thread::sleep_for(1ms);
+  }
+  EXPECT_TRUE(holds(listed(), "  being given  x  ")) << listed();
+  EXPECT_EQ(receiver.wait(), 0);
+  EXPECT_TRUE(holds(listed(), "  given  x  ")) << "the list has changed nothing: " << listed();
+}
+
 TEST_F(DraftStates, TwoReceiversAtOnceDoEachDraftOnce) {
   choose_counted("claws-mail");
   constexpr int kDrafts = 8;
