@@ -85,7 +85,8 @@ std::vector<ListedDraft> list_drafts() {
          .path = path,
          .state = reason ? "set aside" : "waiting",
          .reason = reason ? *reason : noted_reason(path),
-         .is_message = false},
+         .is_message = false,
+         .files = exists(path + "/files") ? path + "/files" : ""},
         path + "/command");
   }
   for (const std::string& file : names_in(drafts_folder())) {
@@ -112,6 +113,24 @@ void print_line(std::ostream& out, const ListedDraft& draft) {
   out << foundation::printable(draft.path) << '\n';
 }
 
+void print_advice(std::ostream& out, const std::vector<ListedDraft>& drafts) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"waiting", "quoll-compose --resume goes on with it"},
+      {"set aside",
+       "what was shared lies in its folder for 30 days, the files in PATH/files; quoll-compose "
+       "--delete NAME removes it"},
+      {"kept",
+       "quoll-compose --again NAME gives it to a mail client, quoll-compose --open NAME opens it"},
+      {"perhaps given",
+       "see whether the mail client has it; quoll-compose --again NAME gives it once more"},
+  };
+  for (const auto& [state, advice] : rows) {
+    if (std::ranges::find(drafts, state, &ListedDraft::state) != drafts.end()) {
+      out << state << ": " << advice << '\n';
+    }
+  }
+}
+
 void print_json(std::ostream& out, const std::vector<ListedDraft>& drafts) {
   auto list = nlohmann::ordered_json::array();
   for (const ListedDraft& draft : drafts) {
@@ -121,7 +140,8 @@ void print_json(std::ostream& out, const std::vector<ListedDraft>& drafts) {
                     {"reason", foundation::printable(draft.reason)},
                     {"subject", draft.is_message ? subject_for_list(draft.path) : ""},
                     {"path", foundation::printable(draft.path)},
-                    {"written", draft.is_message}});
+                    {"written", draft.is_message},
+                    {"files", foundation::printable(draft.files)}});
   }
   out << list.dump(2) << '\n';
 }

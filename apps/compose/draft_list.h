@@ -15,6 +15,7 @@ struct ListedDraft {
   std::string state;  ///< "waiting", "set aside", "kept", "being given", "perhaps given" or "given"
   std::string reason{};  ///< why it was set aside, waits or is kept; empty when that is not known
   bool is_message = false;
+  std::string files{};  ///< the folder of its files when it has no message file; empty without any
 };
 
 /// All drafts, the newest last. Changes nothing. Throws `ComposeError` when a folder cannot be
@@ -24,6 +25,9 @@ struct ListedDraft {
 /// Prints one line: the name, the time, the state, the subject (read from the message file) and the
 /// path.
 void print_line(std::ostream& out, const ListedDraft& draft);
+
+/// Prints what can be done, a line for each state that occurs and in which something can.
+void print_advice(std::ostream& out, const std::vector<ListedDraft>& drafts);
 
 /// Prints them for programs: a JSON list of objects, as the man page describes them.
 void print_json(std::ostream& out, const std::vector<ListedDraft>& drafts);

@@ -175,6 +175,8 @@ int list(bool is_json) {
   for (const auto& draft : drafts) {
     compose::print_line(std::cout, draft);
   }
+  std::cout.flush();
+  compose::print_advice(std::cerr, drafts);
   return 0;
 }
 

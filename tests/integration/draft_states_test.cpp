@@ -106,6 +106,9 @@ TEST_F(DraftStates, ADraftThatWasPerhapsGivenIsSaidAndLeftAlone) {
   kill(service->id(), SIGKILL);
   service->wait();
   EXPECT_TRUE(holds(listed(), "  perhaps given  x  ")) << listed();
+  EXPECT_EQ(home_.compose({"--list"}).errors,
+            "perhaps given: see whether the mail client has it; quoll-compose --again NAME gives "
+            "it once more\n");
   EXPECT_EQ(home_.compose({"--resume"}).status, 0);
   EXPECT_EQ(starts(), 1);
   EXPECT_TRUE(holds(listed(), "  perhaps given  x  ")) << listed();
@@ -284,8 +287,15 @@ TEST_F(DraftStates, TheListShowsEachStateAndChangesNothing) {
     return times;
   };
   const auto before = all();
-  const std::string list = listed();
+  const Ended ended = home_.compose({"--list"});
+  const std::string& list = ended.output;
   EXPECT_EQ(all(), before);
+  EXPECT_EQ(ended.errors,
+            "waiting: quoll-compose --resume goes on with it\n"
+            "set aside: what was shared lies in its folder for 30 days, the files in PATH/files; "
+            "quoll-compose --delete NAME removes it\n"
+            "kept: quoll-compose --again NAME gives it to a mail client, quoll-compose --open NAME "
+            "opens it\n");
   EXPECT_TRUE(holds(list, "  given  given  ")) << list;
   EXPECT_TRUE(holds(list, "  kept: no mail client is chosen for mail links  kept  ")) << list;
   EXPECT_TRUE(holds(list, "  kept  of long ago  ")) << list;

@@ -64,6 +64,7 @@ TEST_F(KeptDrafts, AreListedForProgramsByTheirNames) {
   EXPECT_EQ(list[0]["subject"], "S");
   EXPECT_EQ(list[0]["path"], home_.drafts().front());
   EXPECT_EQ(list[0]["written"], true);
+  EXPECT_EQ(list[0]["files"], "");
   EXPECT_TRUE(list[0]["time"].get<std::string>().starts_with("20"));
   EXPECT_EQ(compose({"--json"}).status, 2);
   fs::remove(home_.drafts().front());
@@ -257,6 +258,11 @@ TEST_F(KeptDrafts, OneThatWaitsIsDeletedButNotOpened) {
   const std::string folder = home_.taken_folder() + "/20200101-000000";
   fs::create_directories(folder + "/files/0");
   std::ofstream(folder + "/command") << "quoll://compose?subject=x";
+  const json list = json::parse(compose({"--list", "--json"}).output);
+  ASSERT_EQ(list.size(), 1U);
+  EXPECT_EQ(list[0]["state"], "waiting");
+  EXPECT_EQ(list[0]["path"], folder);
+  EXPECT_EQ(list[0]["files"], folder + "/files");
   for (const char* const action : {"--open", "--again"}) {
     EXPECT_EQ(compose({action, "20200101-000000"}).errors,
               "quoll-compose: the draft 20200101-000000 is not written yet; quoll-compose --list "
