@@ -23,6 +23,7 @@
 #include "apps/compose/service.h"
 #include "apps/compose/taken_pipe.h"
 #include "apps/compose/taker.h"
+#include "quoll/foundation/path.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/linux/posix/files.h"
 #include "quoll/linux/posix/program_bundle.h"
@@ -69,8 +70,12 @@ void print_summary(const std::string& path) {
 }
 
 void print(const compose::Outcome& outcome) {
+  std::string draft = "The draft";
   if (outcome.is_written()) {
     print_summary(outcome.path);
+  } else {
+    std::cout << "Draft: " << foundation::printable(outcome.path) << '\n';
+    (draft += ' ') += foundation::last_path_component(outcome.path);
   }
   for (const auto& file : outcome.left_out.named) {
     std::cout << "Left out: " << foundation::printable(file.name) << ": " << file.reason << '\n';
@@ -78,7 +83,7 @@ void print(const compose::Outcome& outcome) {
   if (outcome.left_out.more != 0) {
     std::cout << "Left out: " << outcome.left_out.more << " more\n";
   }
-  std::cout << "The draft " << outcome.sentence() << ".\n";
+  std::cout << draft << ' ' << outcome.sentence() << ".\n";
   for (const auto& note : outcome.notes) {
     std::cout << note.sentence() << '\n';
   }

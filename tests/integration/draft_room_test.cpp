@@ -162,7 +162,11 @@ TEST_F(DraftsOnASmallDisk, WhatHasNoRoomWaitsWithItsFiles) {
   for (int times = 0; times < 4; ++times) {
     const auto ended = home_.compose({"--resume"});
     EXPECT_EQ(ended.status, 1);
-    EXPECT_TRUE(holds(ended.output, "The draft waits: ")) << ended.output;
+    for (const char* const name : {"20200101-000000", "20200101-000001"}) {
+      EXPECT_TRUE(holds(ended.output, "Draft: " + taken_file(name) + "\nThe draft " + name +
+                                          " waits: there is no room for the draft.\n"))
+          << ended.output;
+    }
   }
   EXPECT_EQ(home_.drafts().size(), 1U) << "the small one is written, and nothing half";
   EXPECT_EQ(fs::file_size(taken_file("20200101-000000/files/0/file")), 1'200'000U);
@@ -205,8 +209,9 @@ TEST_F(UsersFileLimit, IsSaidAndNothingIsSetAside) {
   for (int times = 0; times < 4; ++times) {
     const auto waits = limited("--resume");
     EXPECT_EQ(waits.status, 1);
-    EXPECT_EQ(waits.output,
-              "The draft waits: it needs a larger file than the user may have (ulimit -f).\n");
+    EXPECT_EQ(waits.output, "Draft: " + taken_file("20200101-000000") +
+                                "\nThe draft 20200101-000000 waits: it needs a larger file than "
+                                "the user may have (ulimit -f).\n");
   }
   EXPECT_TRUE(holds(listed(),
                     "  waiting: it needs a larger file than the user may have (ulimit -f)"

@@ -180,7 +180,7 @@ TEST_F(DraftStates, WhatCannotBeWrittenIsSetAsideWithItsBytes) {
   add_waiting("20200101-000001", "quoll://compose?subject=another");
   const auto ended = home_.compose({"--resume"});
   EXPECT_EQ(ended.status, 1);
-  EXPECT_TRUE(holds(ended.output, "The draft was set aside: ")) << ended.output;
+  EXPECT_TRUE(holds(ended.output, "The draft 20200101-000000 was set aside: ")) << ended.output;
   EXPECT_EQ(home_.drafts().size(), 1U) << "it holds up no other";
   EXPECT_EQ(read_file(taken_file("20200101-000000/files/0/file")), "bytes");
   const std::string attempts = read_file(taken_file("20200101-000000/attempts"));

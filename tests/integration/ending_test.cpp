@@ -90,7 +90,7 @@ TEST_F(Ending, WithoutAProcessForItADraftWaitsAndItIsSaid) {
     const auto ended = compose_with(forks, "quoll://compose?subject=x");
     EXPECT_EQ(ended.status, 1);
     EXPECT_TRUE(holds(ended.output,
-                      "The draft waits: no process can be started to write the "
+                      " waits: no process can be started to write the "
                       "draft: "))
         << forks << ended.output << ended.errors;
     EXPECT_EQ(home_.taken().size(), 1U);

@@ -340,8 +340,9 @@ TEST_F(KeptDrafts, OneThatCannotBeMovedIsNotSaidToBeKept) {
   const Ended ended = compose_bound_by_modes({"--resume"});
   fs::permissions(home_.taken_folder(), fs::perms(0700));
   EXPECT_EQ(ended.status, 1);
-  EXPECT_EQ(ended.output, "The draft waits: it cannot be moved out of " + home_.taken_folder() +
-                              ": permission denied.\n");
+  EXPECT_EQ(ended.output, "Draft: " + waiting +
+                              "\nThe draft 20200101-000000 waits: it cannot be moved out of " +
+                              home_.taken_folder() + ": permission denied.\n");
   EXPECT_EQ(compose({"--resume"}).status, 0);
   EXPECT_TRUE(holds(listed(), "  kept: no mail client is chosen for mail links  "))
       << "the new reason" << listed();

@@ -37,7 +37,10 @@ TEST_F(LesserDisk, ADraftThatCannotBeLockedWaitsAndThatIsSaid) {
   add_waiting("20200101-000000", "quoll://compose?subject=waits");
   const auto ended = compose_without("lock", "--resume");
   EXPECT_EQ(ended.status, 1);
-  EXPECT_EQ(ended.output, "The draft waits: its folder cannot be locked: No locks available.\n");
+  EXPECT_EQ(
+      ended.output,
+      "Draft: " + taken_file("20200101-000000") +
+          "\nThe draft 20200101-000000 waits: its folder cannot be locked: No locks available.\n");
   EXPECT_EQ(home_.compose({"--resume"}).status, 0);
   EXPECT_EQ(home_.drafts().size(), 1U);
 }
@@ -47,7 +50,9 @@ TEST_F(LesserDisk, WhatWasTakenStaysUntilTheDraftIsOnTheDisk) {
     add_waiting("20200101-000000", "quoll://compose?subject=waits");
     const auto ended = compose_without(lacks, "--resume");
     EXPECT_EQ(ended.status, 1) << lacks;
-    EXPECT_EQ(ended.output, "The draft waits: it cannot be written: Input/output error.\n")
+    EXPECT_TRUE(
+        holds(ended.output,
+              "The draft 20200101-000000 waits: it cannot be written: Input/output error.\n"))
         << lacks;
     EXPECT_EQ(home_.taken().size(), 1U) << lacks;
     EXPECT_EQ(home_.compose({"--resume"}).status, 0) << lacks;
