@@ -62,6 +62,17 @@ std::optional<MailClient> found_client(const std::string& name) {
   return std::nullopt;
 }
 
+/// The clients that can be chosen, as advice.
+std::string choices() {
+  std::string names;
+  for (const MailClient& client : gio::find_mail_clients()) {
+    if (client.takes_drafts()) {
+      names += (names.empty() ? "choose " : ", or ") + called(client);
+    }
+  }
+  return names.empty() ? "none is there that can be chosen" : names;
+}
+
 void keep(const std::string& id) {
   if (const gio::FailureReason failure = gio::set_mail_client(id)) {
     throw ComposeError(*failure);
@@ -92,13 +103,12 @@ void print_clients(std::ostream& out) {
 }
 
 MailClient client_called(const std::string& name) {
-  constexpr const char* kAdvice = "; quoll-compose --clients lists those that are there";
   std::optional<MailClient> client = found_client(name);
   if (!client) {
-    throw ComposeError("there is no mail client " + foundation::printable(name) + kAdvice);
+    throw ComposeError("there is no mail client " + foundation::printable(name), choices());
   }
   if (!client->takes_drafts()) {
-    throw ComposeError(called(*client) + " takes no drafts: " + in_words(*client) + kAdvice);
+    throw ComposeError(called(*client) + " takes no drafts: " + in_words(*client), choices());
   }
   return std::move(*client);
 }

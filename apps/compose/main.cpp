@@ -1,8 +1,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
-#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <exception>
@@ -20,6 +18,7 @@
 #include "apps/compose/folders.h"
 #include "apps/compose/hand_over.h"
 #include "apps/compose/notifications.h"
+#include "apps/compose/options.h"
 #include "apps/compose/service.h"
 #include "apps/compose/taken_pipe.h"
 #include "apps/compose/taker.h"
@@ -35,22 +34,7 @@
 namespace {
 
 using namespace quoll;
-
-struct Options {
-  std::vector<std::string> urls;
-  std::string draft;                               ///< the draft to show; empty for the newest
-  std::string client;                              ///< the client to choose; empty for the default
-  std::optional<std::string> open, again, remove;  ///< the draft that this is done with
-  bool json = false;
-  double idle_seconds = 10;
-  bool service = false;
-  bool resume = false;
-  bool list = false;
-  bool show = false;
-  bool clients = false;
-  bool check = false;
-  bool choose = false;
-};
+using compose::Options;
 
 /// Whether somebody reads the output. Nobody does when a desktop opens a link by this program's
 /// entry.
@@ -227,77 +211,6 @@ int serve(double idle_seconds) {
                         writer);
 }
 
-/// Reads the command line into `options`. Answers an exit status after help or wrong use.
-std::optional<int> parse(int argc, char** argv, Options& options) {
-  CLI::App app{
-      "Takes the drafts of shares where no mail application is installed: keeps each as a message\n"
-      "file and opens it in the mail client that is the default for mail links, or in the chosen\n"
-      "one. A draft that a client was given is removed 7 days later; the others stay."};
-  app.footer(
-      "\nExamples:\n"
-      "  quoll-compose --client thunderbird\n"
-      "  quoll-compose --again 20261121-040040 --client kmail\n"
-      "\nExit status: 0 done, 1 not done or something was left out, 2 wrong usage.");
-  app.set_version_flag("--version", "quoll-compose " QUOLL_VERSION);
-  auto* urls = app.add_option("URL", options.urls, "compose commands, quoll://compose?...");
-  auto* service = app.add_flag("--service", options.service, "take drafts from the session bus");
-  app.add_option("--idle", options.idle_seconds,
-                 "end the service after so many idle seconds, 86400 at most")
-      ->needs(service)
-      ->check([](const std::string& seconds) {
-        return CLI::Range(0.0, 86400.0)(seconds).empty() ? "" : "it takes 0 to 86400 seconds";
-      })
-      ->type_name("SECONDS")
-      ->capture_default_str();
-  auto* resume =
-      app.add_flag("--resume", options.resume, "go on with the drafts that wait, if there are any");
-  auto* list = app.add_flag("--list", options.list, "list the drafts, newest last");
-  app.add_flag("--json", options.json, "list them for programs")->needs(list);
-  auto* open = app.add_option("--open", options.open, "open the message file of this draft")
-                   ->type_name("NAME");
-  auto* again = app.add_option("--again", options.again,
-                               "give this draft to the mail client again, or to that of --client")
-                    ->type_name("NAME");
-  auto* remove = app.add_option("--delete", options.remove, "delete this draft")->type_name("NAME");
-  auto* show =
-      app.add_option("--show", options.draft, "show the draft of this name or path, or the newest")
-          ->type_name("[FILE]")
-          ->expected(0, 1);
-  auto* clients =
-      app.add_flag("--clients", options.clients, "list the mail clients that are there");
-  auto* client =
-      app.add_option("--client", options.client,
-                     "from now on give drafts to this mail client; \"default\" goes back")
-          ->type_name("NAME");
-  auto* check = app.add_flag("--check", options.check,
-                             "see whether drafts can be kept, and say why they cannot");
-  const std::vector<CLI::Option*> actions{urls,  service, resume,  list,   show, open,
-                                          again, remove,  clients, client, check};
-  for (std::size_t at = 0; at < actions.size(); ++at) {
-    for (std::size_t other = at + 1; other < actions.size(); ++other) {
-      if (actions[at] != again || actions[other] != client) {
-        actions[at]->excludes(actions[other]);
-      }
-    }
-  }
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::Success& asked_for_help) {
-    return app.exit(asked_for_help);
-  } catch (const CLI::ParseError& error) {
-    std::cerr << "quoll-compose: " << foundation::printable(error.what())
-              << "; see quoll-compose --help\n";
-    return 2;
-  }
-  options.show = show->count() > 0;
-  options.choose = client->count() > 0;
-  if (std::ranges::all_of(actions, [](const auto* action) { return action->count() == 0; })) {
-    std::cerr << "quoll-compose: nothing to do; see quoll-compose --help\n";
-    return 2;
-  }
-  return std::nullopt;
-}
-
 int run(const Options& options, posix::UniqueFd taken_pipe) {
   if (options.service) {
     return serve(options.idle_seconds);
@@ -335,7 +248,7 @@ int run(const Options& options, posix::UniqueFd taken_pipe) {
 int main(int argc, char** argv) {
   posix::UniqueFd taken_pipe = compose::inherited_pipe();
   Options options;
-  if (const auto status = parse(argc, argv, options)) {
+  if (const auto status = compose::parse(argc, argv, options)) {
     return *status;
   }
   platform::install({.bundle = posix::make_program_bundle(std::string(it_vorlent_quoll_2)),

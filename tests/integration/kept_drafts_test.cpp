@@ -390,19 +390,6 @@ TEST_F(KeptDrafts, WithoutADesktopAPersonIsToldHowToReadIt) {
   }
 }
 
-TEST_F(KeptDrafts, AProgramThatTakesNoDraftIsNotChosen) {
-  choose("claws-mail", "Claws");
-  add_client_program("bin/firefox");
-  add_client("firefox", "Firefox", "firefox %u");
-  EXPECT_EQ(compose({"--client", "claws"}).status, 0);
-  const Ended ended = compose({"--client", "firefox"});
-  EXPECT_EQ(ended.status, 1);
-  EXPECT_EQ(ended.errors,
-            "quoll-compose: Firefox (firefox.desktop) takes no drafts: cannot be given a draft; "
-            "quoll-compose --clients lists those that are there\n");
-  EXPECT_TRUE(holds(compose({"--clients"}).output, "* Claws")) << "the choice stays";
-}
-
 /// What bash completes after these words.
 TEST_F(KeptDrafts, CompletionKnowsTheNamesAndTheClients) {
   const std::string name = keep();

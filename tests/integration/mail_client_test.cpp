@@ -258,13 +258,26 @@ TEST_F(MailClientTest, AChoiceThatCannotBeIsSaid) {
   const auto ended = compose({"--client", "Nobody\x1b[2J"});
   EXPECT_EQ(ended.status, 1);
   EXPECT_EQ(ended.errors,
-            "quoll-compose: there is no mail client Nobody\\x1B[2J; quoll-compose --clients lists "
-            "those that are there\n");
+            "quoll-compose: there is no mail client Nobody\\x1B[2J; choose The Bird "
+            "(thunderbird.desktop)\n");
   EXPECT_FALSE(fs::exists(home_.bus.path("config/quoll-compose")));
   std::ofstream(home_.bus.path("config/quoll-compose")) << "a file where the folder belongs";
   const auto kept = compose({"--client", "thunderbird"});
   EXPECT_EQ(kept.status, 1);
   EXPECT_TRUE(holds(kept.errors, "mail-client cannot be written: ")) << kept.errors;
+}
+
+TEST_F(MailClientTest, AProgramThatTakesNoDraftIsNotChosen) {
+  choose("claws-mail", "Claws");
+  add_client_program("bin/firefox");
+  add_client("firefox", "Firefox", "firefox %u");
+  EXPECT_EQ(compose({"--client", "claws"}).status, 0);
+  const Ended ended = compose({"--client", "firefox"});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.errors,
+            "quoll-compose: Firefox (firefox.desktop) takes no drafts: cannot be given a draft; "
+            "choose Claws (claws-mail.desktop)\n");
+  EXPECT_TRUE(holds(compose({"--clients"}).output, "* Claws")) << "the choice stays";
 }
 
 TEST_F(MailClientTest, AChosenClientThatIsGoneIsSaidAndTheDefaultTaken) {
@@ -283,6 +296,8 @@ TEST_F(MailClientTest, AChosenClientThatIsGoneIsSaidAndTheDefaultTaken) {
 
 TEST_F(MailClientTest, WithoutClientsTheListSaysSo) {
   EXPECT_EQ(compose({"--clients"}).output, "No program opens mail links.\n");
+  EXPECT_EQ(compose({"--client", "claws"}).errors,
+            "quoll-compose: there is no mail client claws; none is there that can be chosen\n");
   EXPECT_EQ(compose({"--client", "default"}).output,
             "Drafts go to the default for mail links, which is not set.\n");
   EXPECT_EQ(compose({"--clients", "--client", "x"}).status, 2);

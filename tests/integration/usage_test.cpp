@@ -82,6 +82,34 @@ TEST(Usage, WhatAnOptionTakesIsSaid) {
   }
 }
 
+TEST(Usage, TheReceiverDoesOneThing) {
+  const std::vector<std::pair<std::vector<std::string>, std::string>> rows{
+      {{}, "nothing to do"},
+      {{"--list", "--show"}, "give one of --list, --show"},
+      {{"--resume", "quoll://compose?"}, "give one of URL, --resume"},
+      {{"--open", "x", "--client", "x"}, "give one of --open, --client"},
+      {{"--again", "x", "--client", "x", "--list"}, "give one of --list, --again, --client"},
+      {{"--open"}, "--open needs a NAME"},
+      {{"--client"}, "--client needs a NAME"},
+      {{"--service", "--idle"}, "--idle needs SECONDS"},
+      {{"--resume", "--idle", "1"}, "--idle is for --service"},
+      {{"--clients", "--json"}, "--json is for --list"},
+  };
+  for (const auto& [arguments, told] : rows) {
+    std::vector<std::string> command{QUOLL_COMPOSE};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    const Ended ended = run(command);
+    EXPECT_EQ(ended.status, 2) << told;
+    EXPECT_EQ(ended.errors, "quoll-compose: " + told + "; see quoll-compose --help\n");
+    EXPECT_EQ(ended.output, "") << told;
+  }
+  const std::string help = run({QUOLL_COMPOSE, "--help"}).output;
+  for (const char* const word : {"Excludes", "Needs"}) {
+    EXPECT_EQ(help.find(word), std::string::npos) << help;
+  }
+  EXPECT_NE(help.find("\n  quoll-compose --again "), std::string::npos) << help;
+}
+
 TEST(Usage, HelpHasExamples) {
   const Ended ended = run({QUOLLCTL, "--help"});
   EXPECT_EQ(ended.status, 0);
