@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -27,5 +28,11 @@ class ComposeError final : public std::runtime_error {
  private:
   std::string reason_, advice_;
 };
+
+/// What the exception says, without advice.
+[[nodiscard]] inline std::string reason_in(const std::exception& exception) {
+  const auto* const error = dynamic_cast<const ComposeError*>(&exception);
+  return error != nullptr ? error->reason() : exception.what();
+}
 
 }  // namespace quoll::compose

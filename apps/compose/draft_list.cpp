@@ -150,8 +150,8 @@ std::string draft_called(const std::string& name, bool is_written) {
   const bool has_file = is_draft_name(name) && exists(message_file(name));
   const bool is_taken = is_draft_name(name) && exists(taken_folder() + "/" + name);
   if (!has_file && !is_taken) {
-    throw ComposeError("there is no draft " + foundation::printable(name) +
-                       "; quoll-compose --list names those there are");
+    throw ComposeError("there is no draft " + foundation::printable(name),
+                       "quoll-compose --list names those there are");
   }
   if (is_written && is_taken) {
     throw ComposeError("the draft " + name +

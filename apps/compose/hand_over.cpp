@@ -122,12 +122,6 @@ bool start(const MailClient& client, const gio::ProgramStart& with) {
   return is_seen && !client.is_in_terminal;
 }
 
-/// Why no client has the draft, without what to do about it.
-std::string reason_in(const std::exception& failure) {
-  const auto* const error = dynamic_cast<const ComposeError*>(&failure);
-  return foundation::printable(error != nullptr ? error->reason() : failure.what());
-}
-
 /// What is done once the draft lies in the folder of what clients are given.
 template <typename Prepare>
 void offer(const GivenDraft& given, const MailClient& client, gio::ProgramStart with,
@@ -139,7 +133,7 @@ void offer(const GivenDraft& given, const MailClient& client, gio::ProgramStart 
     }
   } catch (const std::exception& failure) {
     given.take_back();
-    note_reason(given_folder() + "/" + given.name(), reason_in(failure));
+    note_reason(given_folder() + "/" + given.name(), foundation::printable(reason_in(failure)));
     throw;
   }
 }
@@ -210,9 +204,8 @@ MailClient opener() {
   }
   gio::EntryHandle entry = gio::opener_of_message_files();
   if (!entry) {
-    throw ComposeError(
-        "nothing opens message files here; quoll-compose --clients lists the mail "
-        "clients that can be chosen");
+    throw ComposeError("nothing opens message files here",
+                       "quoll-compose --clients lists the mail clients that can be chosen");
   }
   return gio::mail_client_of(std::move(entry));
 }
@@ -241,7 +234,7 @@ void note_recipients(Outcome& outcome, std::size_t left_out, const std::string& 
 /// Notes why no client has the draft.
 void tell(Outcome& outcome, const std::exception& failure) {
   const auto* const error = dynamic_cast<const ComposeError*>(&failure);
-  outcome.reason = reason_in(failure);
+  outcome.reason = foundation::printable(reason_in(failure));
   outcome.advice = error != nullptr ? error->advice() : "";
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "apps/compose/client_choice.h"
+#include "apps/compose/compose_error.h"
 #include "apps/compose/draft_list.h"
 #include "apps/compose/draft_name.h"
 #include "apps/compose/draft_summary.h"
@@ -171,9 +172,16 @@ int list(bool is_json) {
 
 int open_draft(const std::string& name) {
   const auto tokens = gio::take_activation_tokens();
-  const std::string draft = compose::draft_called(name, true);
-  const std::string opener = compose::open_message_file(draft, tokens);
-  std::cout << "The draft was opened with " << foundation::printable(opener) << ".\n";
+  try {
+    const std::string draft = compose::draft_called(name, true);
+    const std::string opener = compose::open_message_file(draft, tokens);
+    std::cout << "The draft was opened with " << foundation::printable(opener) << ".\n";
+  } catch (const std::exception& reason) {
+    if (!is_read()) {
+      compose::show_and_wait({compose::notification_of_unopened(compose::reason_in(reason))});
+    }
+    throw;
+  }
   return 0;
 }
 

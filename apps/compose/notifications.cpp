@@ -1,19 +1,27 @@
 #include "apps/compose/notifications.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstddef>
+#include <filesystem>
 #include <utility>
 
 #include "apps/compose/folders.h"
+#include "apps/compose/hand_over.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/linux/gio/notification.h"
+#include "quoll/linux/gio/session_bus.h"
+#include "quoll/platform/log.h"
 
 namespace quoll::compose {
 
 namespace {
 
 using State = Outcome::State;
+
+/// For so long the button of a notification can be pressed.
+constexpr std::chrono::minutes kLongest{5};
 
 const char* summary_of(const Outcome& outcome) {
   switch (outcome.state) {
@@ -40,6 +48,26 @@ class Lines {
  private:
   std::string text_;
 };
+
+/// Runs `quoll-compose --open` for the draft, with the tokens. It tells by itself what it cannot
+/// do.
+void start_opening(const std::string& draft, const gio::ActivationTokens& tokens) {
+  const std::string words[] = {"/proc/self/exe", "--open", draft};
+  std::array<char*, std::size(words) + 1> arguments{};
+  std::ranges::transform(words, arguments.begin(),
+                         [](const std::string& word) { return const_cast<char*>(word.c_str()); });
+  char** environment = g_get_environ();
+  environment =
+      g_environ_setenv(environment, "XDG_ACTIVATION_TOKEN", tokens.activation.c_str(), TRUE);
+  gio::ErrorSlot error;
+  if (g_spawn_async(
+          nullptr, arguments.data(), environment,
+          static_cast<GSpawnFlags>(G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL),
+          nullptr, nullptr, nullptr, error.out()) == FALSE) {
+    platform::log("the draft %@ cannot be opened: %@", draft, error.message());
+  }
+  g_strfreev(environment);
+}
 
 void add_left_out(Lines& body, const LeftOutFiles& files) {
   constexpr std::size_t kMostFiles = 5;
@@ -74,8 +102,17 @@ std::optional<Notification> notification_of(const Outcome& outcome) {
   for (const auto& note : outcome.notes) {
     body.add(note.text + ".");
   }
-  return body.text().empty() ? std::nullopt
-                             : std::optional(Notification{summary_of(outcome), body.text()});
+  if (body.text().empty()) {
+    return std::nullopt;
+  }
+  const bool can_open = outcome.state == State::kKept && has_desktop();
+  return Notification{.summary = summary_of(outcome),
+                      .body = body.text(),
+                      .draft = can_open ? std::filesystem::path(outcome.path).stem().string() : ""};
+}
+
+Notification notification_of_unopened(const std::string& reason) {
+  return {.summary = "The draft was not opened", .body = foundation::printable(reason) + "."};
 }
 
 Notification notification_of_refusal(const std::string& reason) {
@@ -132,12 +169,36 @@ std::vector<Notification> NotificationQueue::take() {
   return shown;
 }
 
+void send(GDBusConnection* bus, const Notification& notification, std::function<void()> answered,
+          std::function<void()> ended) {
+  gio::send_notification(
+      bus, kNotifyingEntry, notification.summary, notification.body, std::move(answered),
+      {.label = notification.draft.empty() ? "" : "Open",
+       .longest = kLongest,
+       .chosen = [draft = notification.draft](const auto& tokens) { start_opening(draft, tokens); },
+       .ended = std::move(ended)});
+}
+
 void show_and_wait(const std::vector<Notification>& notifications) {
-  constexpr std::chrono::milliseconds kTimeOut{5000};
-  static_cast<void>(std::ranges::all_of(notifications, [&](const Notification& notification) {
-    return gio::show_notification(kNotifyingEntry, notification.summary, notification.body,
-                                  kTimeOut);
-  }));
+  using std::chrono::steady_clock;
+  constexpr std::chrono::seconds kTimeOut{5};
+  gio::SessionBus session;
+  GDBusConnection* const bus =
+      notifications.empty() ? nullptr : session.connection(steady_clock::now() + kTimeOut);
+  std::size_t sent = 0;
+  std::size_t answered = 0;
+  std::size_t ended = 0;
+  for (const Notification& notification : notifications) {
+    if (bus == nullptr || answered != sent) {
+      break;
+    }
+    ++sent;
+    send(
+        bus, notification, [&] { ++answered; }, [&] { ++ended; });
+    gio::run_main_context_until(steady_clock::now() + kTimeOut, [&] { return answered == sent; });
+  }
+  gio::run_main_context_until(steady_clock::now() + kLongest + 2 * kTimeOut,
+                              [&] { return ended == sent; });
 }
 
 }  // namespace quoll::compose

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gio/gio.h>
+
 #include <cstddef>
 #include <functional>
 #include <mutex>
@@ -16,11 +18,15 @@ namespace quoll::compose {
 struct Notification {
   std::string summary;
   std::string body;
+  std::string draft{};  ///< what a button "Open" opens, by its name; empty for no button
 };
 
 /// What the user should know about a draft: what was left out, that no mail client has it, that it
 /// could not be written, and the notes. None when there is nothing to say.
 [[nodiscard]] std::optional<Notification> notification_of(const Outcome& outcome);
+
+/// Tells that the button of a notification has opened nothing.
+[[nodiscard]] Notification notification_of_unopened(const std::string& reason);
 
 /// Tells that a command was refused.
 [[nodiscard]] Notification notification_of_refusal(const std::string& reason);
@@ -52,8 +58,15 @@ class NotificationQueue {
 /// The receiver's desktop entry, in whose name they are shown.
 inline constexpr const char* kNotifyingEntry = "it.vorlent.quoll2";
 
+/// Sends one without waiting. `answered` is called once, as `gio::send_notification` does, then
+/// `ended` once, when its button cannot be pressed any more, after 5 minutes at the latest. A
+/// button starts this program anew, which opens the draft, so nothing is held up by a client.
+void send(GDBusConnection* bus, const Notification& notification, std::function<void()> answered,
+          std::function<void()> ended);
+
 /// Shows these on the desktop, and waits until they are shown: up to 5 seconds for each, and not
-/// for others once one is not shown. Runs the default main context of this thread.
+/// for others once one is not shown; then until no button can be pressed any more. Runs the default
+/// main context of this thread.
 void show_and_wait(const std::vector<Notification>& notifications);
 
 }  // namespace quoll::compose

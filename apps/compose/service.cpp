@@ -22,7 +22,6 @@
 #include "quoll/container/group_container.h"
 #include "quoll/linux/gio/application_service.h"
 #include "quoll/linux/gio/left_out.h"
-#include "quoll/linux/gio/notification.h"
 #include "quoll/linux/posix/temporary_item.h"
 #include "quoll/platform/log.h"
 
@@ -109,7 +108,7 @@ class Service final : public gio::ApplicationService {
   }
 
   [[nodiscard]] bool busy() const override {
-    return thread_->busy() || shown_ != 0 || !notifications_.empty();
+    return thread_->busy() || open_ != 0 || !notifications_.empty();
   }
 
   DraftThread::Listener listener() {
@@ -140,16 +139,21 @@ class Service final : public gio::ApplicationService {
     }
     for (const Notification& one : notifications_.take()) {
       ++shown_;
-      gio::send_notification(bus(), kNotifyingEntry, one.summary, one.body, [this] {
-        --shown_;
-        show_notifications();
-      });
+      ++open_;
+      send(
+          bus(), one,
+          [this] {
+            --shown_;
+            show_notifications();
+          },
+          [this] { --open_; });
     }
   }
 
   NotificationQueue notifications_{
       [this] { g_idle_add_full(G_PRIORITY_DEFAULT, show_soon, this, nullptr); }};
   std::size_t shown_ = 0;  ///< notifications that are not answered
+  std::size_t open_ = 0;   ///< notifications that may have a button still
   std::optional<DraftThread> thread_;
 };
 

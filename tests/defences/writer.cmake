@@ -147,6 +147,15 @@ quoll_defence(notifications_hold_up_nothing FILE ${file}
 quoll_defence(notifications_wait_for_answers FILE ${file}
   TAKES "    if (shown_ != 0) {\n" GIVES "    if (shown_ > 100) {\n"
   SHOWN_BY draft_states Ending.WhatComesBeforeTheDesktopHasAnsweredBecomesFew)
+quoll_defence(a_button_keeps_the_service FILE ${file}
+  TAKES "thread_->busy() || open_ != 0" GIVES "thread_->busy() || shown_ != 0"
+  SHOWN_BY mail_client NotificationButton.KeepsTheServiceButNotFromEnding)
+quoll_defence(buttons_of_others_are_not_ours FILE quoll/linux/gio/notification.cpp
+  TAKES " || number != self->number_) {" GIVES ") {"
+  SHOWN_BY mail_client NotificationButton.KeepsTheServiceButNotFromEnding)
+quoll_defence(a_button_has_its_time FILE quoll/linux/gio/notification.cpp
+  TAKES "static_cast<guint>(self->action_.longest.count())" GIVES "3'600'000U"
+  SHOWN_BY mail_client NotificationButton.EndsWithItsTime)
 quoll_defence(no_process_is_no_end FILE apps/compose/writer_server.cpp
   TAKES "return {.end = WriterEnd::kNotNow,\n" GIVES "return {.end = WriterEnd::kStopped,\n"
   SHOWN_BY draft_states Ending.WithoutAProcessForItADraftWaitsAndItIsSaid)
@@ -193,7 +202,7 @@ quoll_defence(a_client_that_stays_has_the_draft FILE ${file}
   TAKES "is_seen = trouble == ETIMEDOUT;" GIVES "is_seen = false;"
   SHOWN_BY mail_client MailClientTest.AClientThatStaysHasTheDraft)
 quoll_defence(notifications_speak_of_no_commands FILE ${file}
-  TAKES "outcome.reason = reason_in(failure);"
+  TAKES "outcome.reason = foundation::printable(reason_in(failure));"
   GIVES "outcome.reason = foundation::printable(failure.what());"
   SHOWN_BY mail_client ComposeNotice.ADraftThatIsKeptIsSaidWithItsPlace)
 quoll_defence(clients_of_completion_take_drafts FILE apps/compose/client_choice.cpp

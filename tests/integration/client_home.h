@@ -48,6 +48,15 @@ class MailClientTest : public testing::Test {
     add_client(program, name, program + " --flag %u");
     make_default(program);
   }
+  /// The entry with which this desktop opens message files.
+  void add_viewer() const {
+    add_client_program("bin/viewer");
+    home_.bus.add_entry("viewer",
+                        "[Desktop Entry]\nType=Application\nName=A Viewer\nExec=viewer --flag "
+                        "%u\nMimeType=message/rfc822;\n");
+    std::ofstream(home_.bus.path("config/mimeapps.list"))
+        << "[Default Applications]\nmessage/rfc822=viewer.desktop\n";
+  }
   /// What the program was given, without the flag in front.
   [[nodiscard]] Words given() {
     while (!std::filesystem::exists(home_.bus.path("given"))) {

@@ -36,15 +36,6 @@ class KeptDrafts : public MailClientTest {
     command.insert(command.end(), arguments.begin(), arguments.end());
     return run(command, home_.bus.environment());
   }
-  /// The entry with which this desktop opens message files.
-  void add_viewer() const {
-    add_client_program("bin/viewer");
-    home_.bus.add_entry("viewer",
-                        "[Desktop Entry]\nType=Application\nName=A Viewer\nExec=viewer --flag "
-                        "%u\nMimeType=message/rfc822;\n");
-    std::ofstream(home_.bus.path("config/mimeapps.list"))
-        << "[Default Applications]\nmessage/rfc822=viewer.desktop\n";
-  }
   void forget_client() const { fs::remove(home_.bus.path("given")); }
   [[nodiscard]] posix::UniqueFd locked(const std::string& folder) const {
     posix::UniqueFd fd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));

@@ -1,7 +1,11 @@
-// A desktop that shows notifications, for the tests: it prints them.
+// A desktop that shows notifications, for the tests: it prints them. With an argument it has
+// buttons, which it prints too: with "press" a person presses each, with "close" the notification
+// is closed, with "leave" only those of another program are pressed and closed.
 #include <gio/gio.h>
 
+#include <cstdint>
 #include <cstdio>
+#include <string>
 #include <string_view>
 
 #include "tests/integration/bus_double.h"
@@ -9,6 +13,7 @@
 namespace {
 
 constexpr const char* kInterface = R"(<node><interface name="org.freedesktop.Notifications">
+  <method name="GetCapabilities"><arg type="as" direction="out"/></method>
   <method name="Notify">
     <arg type="s" direction="in"/><arg type="u" direction="in"/><arg type="s" direction="in"/>
     <arg type="s" direction="in"/><arg type="s" direction="in"/><arg type="as" direction="in"/>
@@ -17,8 +22,34 @@ constexpr const char* kInterface = R"(<node><interface name="org.freedesktop.Not
   </method>
 </interface></node>)";
 
-void notify(GDBusConnection*, const char*, const char*, const char*, const char*,
+std::string person;
+
+void emit(GDBusConnection* bus, const char* signal, GVariant* parameters) {
+  g_dbus_connection_emit_signal(bus, nullptr, "/org/freedesktop/Notifications",
+                                "org.freedesktop.Notifications", signal, parameters, nullptr);
+}
+
+void press(GDBusConnection* bus, std::uint32_t number, const char* action) {
+  emit(bus, "ActivationToken", g_variant_new("(us)", number, "token-9"));
+  emit(bus, "ActionInvoked", g_variant_new("(us)", number, action));
+}
+
+void be_that_person(GDBusConnection* bus, std::uint32_t number, const char* action) {
+  constexpr std::uint32_t kClosedByAPerson = 2;
+  const std::uint32_t pressed = person == "leave" ? number + 100 : number;
+  if (person != "close") {
+    press(bus, pressed, action);
+  }
+  emit(bus, "NotificationClosed", g_variant_new("(uu)", pressed, kClosedByAPerson));
+}
+
+void called(GDBusConnection* bus, const char*, const char*, const char*, const char* method,
             GVariant* parameters, GDBusMethodInvocation* call, gpointer) {
+  if (std::string_view(method) == "GetCapabilities") {
+    const char* const capabilities[] = {"body", person.empty() ? nullptr : "actions", nullptr};
+    g_dbus_method_invocation_return_value(call, g_variant_new("(^as)", capabilities));
+    return;
+  }
   const char* summary = nullptr;
   const char* body = nullptr;
   g_variant_get_child(parameters, 3, "&s", &summary);
@@ -28,13 +59,28 @@ void notify(GDBusConnection*, const char*, const char*, const char*, const char*
   g_variant_lookup(hints.get(), "desktop-entry", "&s", &entry);
   const bool is_ours = std::string_view(entry).starts_with("it.vorlent.quoll2");
   std::printf("%s%s|%s\n", is_ours ? "" : "of nobody: ", summary, body);
+  const quoll::gio::VariantHandle actions(g_variant_get_child_value(parameters, 5));
+  const bool has_button = g_variant_n_children(actions.get()) == 2;
+  const char* action = "";
+  if (has_button) {
+    const char* label = "";
+    g_variant_get_child(actions.get(), 0, "&s", &action);
+    g_variant_get_child(actions.get(), 1, "&s", &label);
+    std::printf("[%s]\n", label);
+  }
   std::fflush(stdout);
-  g_dbus_method_invocation_return_value(call, g_variant_new("(u)", 1U));
+  static std::uint32_t number = 0;
+  ++number;
+  g_dbus_method_invocation_return_value(call, g_variant_new("(u)", number));
+  if (has_button) {
+    be_that_person(bus, number, action);
+  }
 }
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
+  person = argc > 1 ? argv[1] : "";
   quoll::test::answer_on_the_bus("org.freedesktop.Notifications", "/org/freedesktop/Notifications",
-                                 kInterface, notify);
+                                 kInterface, called);
 }
