@@ -162,6 +162,15 @@ quoll_defence(no_process_is_no_end FILE apps/compose/writer_server.cpp
 quoll_defence(kept_drafts_have_their_files FILE apps/compose/taken_draft.cpp
   TAKES "if (rename_to_given() == 0) {" GIVES "if (folder() == -2) {"
   SHOWN_BY kept_drafts KeptDrafts.OneThatNoClientTookIsGivenAgainWithItsFiles)
+quoll_defence(nothing_is_promised_that_cannot_be_kept FILE apps/compose/folders.cpp
+  TAKES "access(folder.c_str(), W_OK | X_OK) != 0" GIVES "access(folder.c_str(), F_OK) != 0"
+  SHOWN_BY kept_drafts KeptDrafts.WhereNothingCanBeKeptNothingIsPromised)
+quoll_defence(reasons_of_before_go FILE apps/compose/noted_reason.cpp
+  TAKES "    unlinkat(fd.get(), kFile, 0);" GIVES "    unlinkat(fd.get(), \"\", 0);"
+  SHOWN_BY kept_drafts KeptDrafts.AReasonThatCannotBeNotedChangesNothing)
+quoll_defence(what_is_being_given_is_told_apart FILE apps/compose/given_draft.cpp
+  TAKES "return Giving::kNow;" GIVES "return Giving::kPerhaps;"
+  SHOWN_BY draft_states DraftStates.OneThatIsBeingGivenIsNotPerhapsGiven)
 quoll_defence(failures_print_no_success FILE apps/compose/main.cpp
   TAKES "const std::string given_to ="
   GIVES "std::cout << \"The draft was given to \";\n  const std::string given_to ="

@@ -80,12 +80,10 @@ TEST_F(KeptDrafts, WhyTheyAreKeptIsListed) {
 
 TEST_F(KeptDrafts, AReasonThatCannotBeNotedChangesNothing) {
   const std::string name = keep();
-  const std::string reason = home_.given_folder() + "/" + name + "/reason";
-  fs::remove(reason);
-  fs::create_directories(reason + "/x");
+  fs::create_directories(home_.given_folder() + "/" + name + "/.reason/x");  // where it is written
   choose("thunderbird", "The Bird", "exit 3");
   EXPECT_TRUE(holds(compose({"--again", name}).errors, "The Bird ended at once"));
-  EXPECT_TRUE(holds(listed(), "  kept  S  ")) << listed();
+  EXPECT_TRUE(holds(listed(), "  kept  S  ")) << "not with that of before: " << listed();
   EXPECT_EQ(compose({"--delete", name}).status, 0);
   EXPECT_TRUE(fs::is_empty(home_.given_folder()));
 }
