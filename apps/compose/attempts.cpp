@@ -14,7 +14,7 @@
 namespace quoll::compose {
 namespace {
 
-constexpr const char* kFile = "attempts";
+constexpr const char* kAttemptsFile = "attempts";
 constexpr std::string_view kBegun = "begun";
 constexpr std::string_view kFailed = "failed ";
 constexpr std::size_t kMostWithoutEnd = 5;
@@ -23,7 +23,8 @@ constexpr std::size_t kMostWithoutEnd = 5;
 
 Attempts::Attempts(int folder) : folder_(folder) {
   std::string notes;
-  if (const int error = read_small_file(folder, kFile, notes); error != 0 && error != ENOENT) {
+  if (const int error = read_small_file(folder, kAttemptsFile, notes);
+      error != 0 && error != ENOENT) {
     throw ComposeError(std::string("its attempts cannot be read: ") + std::strerror(error));
   }
   std::istringstream lines(notes);
@@ -44,7 +45,7 @@ int Attempts::begin() {
 void Attempts::ended() {
   without_end_ = 0;
   if (failures_.empty()) {
-    unlinkat(folder_, kFile, 0);  // a line too many counts nothing
+    unlinkat(folder_, kAttemptsFile, 0);  // a line too many counts nothing
   } else {
     static_cast<void>(write());
   }
@@ -81,7 +82,7 @@ int Attempts::write() const {
   for (std::size_t i = 0; i < without_end_; ++i) {
     content += std::string(kBegun) + "\n";
   }
-  return write_small_file(folder_, kFile, content);
+  return write_small_file(folder_, kAttemptsFile, content);
 }
 
 }  // namespace quoll::compose

@@ -10,7 +10,7 @@
 namespace quoll::compose {
 namespace {
 
-constexpr const char* kFile = "reason";
+constexpr const char* kReasonFile = "reason";
 
 posix::UniqueFd opened(const std::string& folder) {
   return posix::UniqueFd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -20,15 +20,15 @@ posix::UniqueFd opened(const std::string& folder) {
 
 void note_reason(const std::string& folder, const std::string& reason) {
   const posix::UniqueFd fd = opened(folder);
-  if (fd && write_small_file(fd.get(), kFile, reason + "\n") != 0) {
-    unlinkat(fd.get(), kFile, 0);  // a reason of before is none of now
+  if (fd && write_small_file(fd.get(), kReasonFile, reason + "\n") != 0) {
+    unlinkat(fd.get(), kReasonFile, 0);  // a reason of before is none of now
   }
 }
 
 std::string noted_reason(const std::string& folder) {
   const posix::UniqueFd fd = opened(folder);
   std::string note;
-  return fd && read_small_file(fd.get(), kFile, note) == 0 ? first_line(note) : "";
+  return fd && read_small_file(fd.get(), kReasonFile, note) == 0 ? first_line(note) : "";
 }
 
 }  // namespace quoll::compose

@@ -9,7 +9,7 @@
 namespace quoll::compose {
 namespace {
 
-constexpr const char* kFile = "sizes";
+constexpr const char* kSizesFile = "sizes";
 
 }  // namespace
 
@@ -18,13 +18,13 @@ int note_sizes(int folder, const NotedSizes& sizes) {
   for (const std::uint64_t size : sizes.files) {
     lines += std::to_string(size) + "\n";
   }
-  return write_small_file(folder, kFile, lines);
+  return write_small_file(folder, kSizesFile, lines);
 }
 
 NotedSizes noted_sizes(int folder) {
   NotedSizes sizes;
   std::string text;
-  static_cast<void>(read_small_file(folder, kFile, text));
+  static_cast<void>(read_small_file(folder, kSizesFile, text));
   std::istringstream lines(text);
   lines >> sizes.message;
   for (std::uint64_t size = 0; lines >> size;) {

@@ -166,7 +166,7 @@ quoll_defence(nothing_is_promised_that_cannot_be_kept FILE apps/compose/folders.
   TAKES "access(folder.c_str(), W_OK | X_OK) != 0" GIVES "access(folder.c_str(), F_OK) != 0"
   SHOWN_BY kept_drafts KeptDrafts.WhereNothingCanBeKeptNothingIsPromised)
 quoll_defence(reasons_of_before_go FILE apps/compose/noted_reason.cpp
-  TAKES "    unlinkat(fd.get(), kFile, 0);" GIVES "    unlinkat(fd.get(), \"\", 0);"
+  TAKES "    unlinkat(fd.get(), kReasonFile, 0);" GIVES "    unlinkat(fd.get(), \"\", 0);"
   SHOWN_BY kept_drafts KeptDrafts.AReasonThatCannotBeNotedChangesNothing)
 quoll_defence(what_is_being_given_is_told_apart FILE apps/compose/given_draft.cpp
   TAKES "return Giving::kNow;" GIVES "return Giving::kPerhaps;"
