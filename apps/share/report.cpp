@@ -72,8 +72,8 @@ void report(const ShareResult& result, std::ostream& out) {
 }
 
 std::string where_it_went(const ShareResult& result) {
-  return result.draft.empty() ? result.application + " has the draft"
-                              : "the draft is " + result.draft;
+  return result.application + " has taken it" +
+         (result.draft.empty() ? "" : "; the draft will be " + result.draft);
 }
 
 std::string log_line(const ShareResult& result, std::chrono::milliseconds time) {
@@ -103,6 +103,7 @@ std::string as_json(const ShareResult& result, std::chrono::milliseconds time) {
     left_out.push_back({{"given", foundation::printable(left.what)}, {"reason", left.why}});
   }
   return Json{{"opened", result.is_opened},
+              {"state", result.is_opened ? "taken" : "not taken"},
               {"application", text_or_null(result.application)},
               {"draft", text_or_null(result.draft)},
               {"shared", std::move(shared)},

@@ -13,7 +13,7 @@ namespace quoll::share {
 /// prepared, and one when nothing was opened; nothing for a share that arrived whole.
 void report(const ShareResult& result, std::ostream& out);
 
-/// For people at a terminal: where the draft of a share that was opened is.
+/// For people at a terminal: who has taken a share that was opened, and where the draft will be.
 [[nodiscard]] std::string where_it_went(const ShareResult& result);
 
 /// For the system log, which others may read: counts, kinds, sizes and reasons; no

@@ -25,7 +25,8 @@ struct ShareResult {
   /// The identifier of the application that was to open the command, or where it was printed; empty
   /// when none was asked.
   std::string application;
-  /// Where the application keeps the draft; empty when it does not say.
+  /// Where the application will keep the draft, which it may still have to write; empty when it does
+  /// not say.
   std::string draft;
   /// What is in the draft; of a share that was not opened, what would have been.
   std::vector<SharedThing> shared;

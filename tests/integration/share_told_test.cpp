@@ -175,6 +175,7 @@ TEST_F(ShareTold, AProgramGetsOneObject) {
   told.erase("draft");
   told.erase("milliseconds");
   const json expected = {{"opened", true},
+                         {"state", "taken"},
                          {"application", kReceiver},
                          {"shared",
                           {{{"kind", "link"}, {"given", "https://h/"}, {"bytes", 0}},
@@ -191,24 +192,25 @@ TEST_F(ShareTold, AProgramIsToldOfAFailureToo) {
   EXPECT_EQ(ended.status, 1);
   const json told = json::parse(ended.output);
   EXPECT_EQ(told["opened"], false);
+  EXPECT_EQ(told["state"], "not taken");
   EXPECT_EQ(told["draft"], nullptr);
   EXPECT_EQ(ended.errors, "not opened: " + told["reason"].get<std::string>() + "\n");
   EXPECT_EQ(run({QUOLL_SHARE, "--json", "--print", "https://h/"}).status, 2);
 }
 
-TEST_F(ShareTold, SomebodyAtATerminalLearnsWhereTheDraftIs) {
+TEST_F(ShareTold, SomebodyAtATerminalLearnsWhereTheDraftWillBe) {
   const std::string told = at_terminal("https://h/");
   wait_for_drafts(bus_);
   const std::string folder = bus_.data_home() + "/quoll-compose/drafts";
   const std::string draft = std::filesystem::directory_iterator(folder)->path();
-  EXPECT_EQ(told, "the draft is " + draft + "\r\n");
+  EXPECT_EQ(told, "it.vorlent.quoll2 has taken it; the draft will be " + draft + "\r\n");
   EXPECT_EQ(run({QUOLL_SHARE, "https://h/"}, bus_.environment()).errors, "")
       << "nobody reads it there";
 }
 
 TEST_F(ShareTold, AnApplicationThatDoesNotSayWhereIsNamed) {
   bus_.add_service(kReceiver, RECEIVER_DOUBLE " bus it.vorlent.quoll2 take " + bus_.path("record"));
-  EXPECT_EQ(at_terminal("https://h/"), "it.vorlent.quoll2 has the draft\r\n");
+  EXPECT_EQ(at_terminal("https://h/"), "it.vorlent.quoll2 has taken it\r\n");
 }
 
 }  // namespace
