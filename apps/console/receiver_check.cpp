@@ -116,42 +116,61 @@ std::optional<Finding> by_bus(const std::string& application, const std::string&
           : "see that what is named there is yours and can be written"};
 }
 
-/// How many drafts have each state; none for what is no list of drafts.
-std::optional<std::map<std::string, std::size_t>> numbers_in(const Json& list) {
+/// What a list of drafts says.
+struct Drafts {
+  std::map<std::string, std::size_t> numbers;  ///< how many have each state
+  std::string kept, why;  ///< the newest that no mail client was given, and why; else empty
+};
+
+std::string text_in(const Json& draft, const char* name) {
+  const auto text = draft.find(name);
+  return text != draft.end() && text->is_string() ? text->get<std::string>() : "";
+}
+
+/// None for what is no list of drafts.
+std::optional<Drafts> drafts_in(const Json& list) {
   if (!list.is_array()) {
     return std::nullopt;
   }
-  std::map<std::string, std::size_t> numbers;
-  for (const Json& draft : list) {
-    const auto state = draft.find("state");
-    if (state == draft.end() || !state->is_string()) {
+  Drafts drafts;
+  for (const Json& draft : list) {  // the newest comes last
+    const std::string state = text_in(draft, "state");
+    if (state.empty()) {
       return std::nullopt;
     }
-    ++numbers[state->get<std::string>()];
+    ++drafts.numbers[state];
+    if (state == "kept") {
+      drafts.kept = text_in(draft, "name");
+      drafts.why = text_in(draft, "reason");
+    }
   }
-  return numbers;
+  return drafts;
 }
 
-/// The drafts that `quoll-compose` has, a number for each state.
+/// The drafts that `quoll-compose` has: a number for each state, and why the newest was kept.
 Finding drafts(const std::string& program) {
   constexpr std::size_t kMost = std::size_t{16} << 20U;
   const auto said = posix::run_program({program, "--list", "--json"}, kMost, kTimeOut,
                                        std::chrono::steady_clock::now() + kTimeOut);
-  const auto numbers = numbers_in(Json::parse(said.output, nullptr, false));
-  if (said.end != posix::ProgramAnswer::End::kWell || !numbers) {
+  const auto drafts = drafts_in(Json::parse(said.output, nullptr, false));
+  if (said.end != posix::ProgramAnswer::End::kWell || !drafts) {
     return {"drafts", State::kWorthKnowing, "not known: " + program + " does not list them",
             "see quoll-compose --list"};
   }
   std::string found;
-  for (const auto& [state, number] : *numbers) {
+  for (const auto& [state, number] : drafts->numbers) {
     found += (found.empty() ? "" : ", ") + std::to_string(number) + " " + state;
   }
   if (found.empty()) {
     return {"drafts", State::kGood, "none", ""};
   }
-  return {"drafts", State::kGood,
-          found + "; given ones go after 7 days, set aside ones after 30, the others stay",
-          "quoll-compose --list shows them"};
+  found += "; given ones go after 7 days, set aside ones after 30, the others stay";
+  if (!drafts->why.empty()) {
+    return {"drafts", State::kWorthKnowing,
+            found + "; the newest kept one is " + drafts->kept + ": " + drafts->why,
+            "quoll-compose --again " + drafts->kept + " gives it to a mail client"};
+  }
+  return {"drafts", State::kGood, found, "quoll-compose --list shows them"};
 }
 
 Finding mail_client() {

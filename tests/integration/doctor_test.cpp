@@ -252,6 +252,19 @@ TEST_F(Doctor, DraftsAreCounted) {
   EXPECT_EQ(advised(ended, "drafts"), "quoll-compose --list shows them");
 }
 
+TEST_F(Doctor, WhyTheNewestDraftWasKept) {
+  const std::string kept = R"({"state": "kept", "name": "N", "reason": "no mail client is there"})";
+  make_program("quoll-compose", "case $* in *--json*) echo '[" + kept +
+                                    R"(, {"state": "given", "name": "M", "reason": ""}]' ;;)"
+                                    "\n*) exec " QUOLL_COMPOSE " \"$@\" ;; esac");
+  bus_.add_service("it.vorlent.quoll2", bus_.path("programs/quoll-compose") + " --service");
+  const Ended ended = doctor({"--json"});
+  EXPECT_EQ(said(ended, "drafts"),
+            "note: 1 given, 1 kept; given ones go after 7 days, set aside ones after 30, the "
+            "others stay; the newest kept one is N: no mail client is there");
+  EXPECT_EQ(advised(ended, "drafts"), "quoll-compose --again N gives it to a mail client");
+}
+
 TEST_F(Doctor, WhatIsNoListOfDraftsIsNotCounted) {
   bus_.add_service("it.vorlent.quoll2", bus_.path("programs/quoll-compose") + " --service");
   const std::string program = bus_.path("programs/quoll-compose");
