@@ -6,8 +6,11 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <ctime>
 #include <filesystem>
+#include <iomanip>
 #include <optional>
+#include <sstream>
 #include <string>
 
 #include "apps/console/staged_copies.h"
@@ -181,21 +184,44 @@ Finding space(const std::string& path) {
   return {"space", State::kWorthKnowing, found, "make room before large files are shared"};
 }
 
+/// Whether a share waits for the holder of the lock in this file. It locks its turn and the staging
+/// folder for itself, and what is above that folder together with others.
+bool is_waited_for(const std::string& file, const posix::LockHolder& holder) {
+  const std::string data = "/" + ExtensionUtilities::GroupFolderName();
+  return file == layout::turn || file == posix::lock_file_name(in_folder(data, layout::staging)) ||
+         (!holder.is_shared &&
+          (file == posix::lock_file_name("/") || file == posix::lock_file_name(data)));
+}
+
+Finding held_lock(const posix::LockHolder& holder, bool is_waited_for) {
+  if (holder.process == 0) {
+    return {"locks", State::kWorthKnowing, "a program uses the shared folder",
+            "wait for it: the next share does too"};
+  }
+  std::ostringstream who;
+  const std::string number = std::to_string(holder.process);
+  who << holder.program << " (process " << number << ", started "
+      << std::put_time(std::localtime(&holder.began), "%F %T") << ")";
+  if (is_waited_for && holder.is_stopped) {
+    return {"locks", State::kBroken,
+            who.str() + " was stopped in its work on the shared folder: shares wait until it ends",
+            "kill -CONT " + number + " lets it go on, kill -KILL " + number + " ends it"};
+  }
+  return {"locks", State::kWorthKnowing, who.str() + " uses the shared folder: a new share waits",
+          "wait for it; if it hangs, kill " + number + " ends it"};
+}
+
+/// Who uses the shared folder; of several the one that shares wait for in vain.
 Finding locks(const std::string& container) {
+  Finding finding{"locks", State::kGood, "nobody holds one", ""};
   std::error_code none;
   for (const auto& entry : fs::directory_iterator(in_folder(container, layout::locks), none)) {
     const auto holder = posix::lock_holder(entry.path());
-    if (!holder) {
-      continue;
+    if (holder && finding.state != State::kBroken) {
+      finding = held_lock(*holder, is_waited_for(entry.path().filename(), *holder));
     }
-    const std::string program = holder->program.empty() ? "a program" : holder->program;
-    const std::string who = holder->process == 0
-                                ? program
-                                : program + ", process " + std::to_string(holder->process) + ",";
-    return {"locks", State::kWorthKnowing, who + " holds " + entry.path().filename().string(),
-            "wait for it; if it has hung, end it: other shares wait as long"};
   }
-  return {"locks", State::kGood, "nobody holds one", ""};
+  return finding;
 }
 
 Finding copies() {

@@ -22,7 +22,7 @@ int forget(bool as_json) {
     return complain("the shared folder cannot be used; quollctl doctor tells more");
   }
   // A share whose files were not taken yet keeps them.
-  const share::StagingLock turn = share::lock_staging();
+  const share::StagingLock turn = share::lock_staging(share::staging_lock_holder());
   if (!turn) {
     return complain("the lock of the shares cannot be had; quollctl doctor tells more");
   }

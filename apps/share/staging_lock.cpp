@@ -5,31 +5,41 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <optional>
 #include <string>
 
 #include "quoll/container/group_container.h"
 #include "quoll/container/layout.h"
-#include "quoll/foundation/path.h"
+#include "quoll/foundation/nsurl.h"
+#include "quoll/foundation/printable.h"
 #include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/lock_holder.h"
 #include "quoll/linux/posix/system_call.h"
 
 namespace quoll::share {
 
 namespace {
 
+/// Where the lock file is; none without a container.
+std::optional<std::string> lock_path() {
+  const auto path = foundation::file_system_path(ExtensionUtilities::GroupPath());
+  return path ? std::optional(*path + "/" + std::string(container::layout::locks) + "/" +
+                              std::string(container::layout::turn))
+              : std::nullopt;
+}
+
 /// Opens the lock file, and makes it when it is missing. It is never deleted: otherwise two shares
 /// could each hold a lock on a file of that name.
 posix::UniqueFd lock_file() {
-  const auto path = foundation::file_system_path(ExtensionUtilities::GroupPath());
-  if (!path) {
+  const auto name = lock_path();
+  if (!name) {
     return posix::UniqueFd();
   }
-  const std::string folder = foundation::appending_path_component(*path, container::layout::locks);
-  mkdir(folder.c_str(), 0700);  // it may exist already; any other failure shows at `open_file`
-  const std::string name = foundation::appending_path_component(folder, container::layout::turn);
-  posix::UniqueFd file = posix::open_file(name, O_RDWR | O_CREAT | O_NOFOLLOW, 0600);
+  // It may exist already; any other failure shows at `open_file`.
+  mkdir(name->substr(0, name->rfind('/')).c_str(), 0700);
+  posix::UniqueFd file = posix::open_file(*name, O_RDWR | O_CREAT | O_NOFOLLOW, 0600);
   if (!file) {
-    file = posix::open_file(name, O_RDONLY | O_NOFOLLOW);
+    file = posix::open_file(*name, O_RDONLY | O_NOFOLLOW);
   }
   return file;
 }
@@ -46,21 +56,31 @@ bool try_for_a_second(int file) {
   return false;
 }
 
-bool lock(int file) {
+bool lock(int file, const std::string& holder) {
   if (isatty(STDERR_FILENO) == 1) {
     if (try_for_a_second(file)) {
       return true;
     }
-    static_cast<void>(posix::write_all(STDERR_FILENO, "waiting for another share to finish\n"));
+    const std::string who = holder.empty() ? "" : " (" + holder + ")";
+    static_cast<void>(
+        posix::write_all(STDERR_FILENO, "waiting for another share" + who + " to finish\n"));
   }
   return posix::uninterrupted([&] { return flock(file, LOCK_EX); }) == 0;
 }
 
 }  // namespace
 
-StagingLock lock_staging() {
+std::string staging_lock_holder() {
+  const auto path = isatty(STDERR_FILENO) == 1 ? lock_path() : std::nullopt;
+  const auto holder = path ? posix::lock_holder(*path) : std::nullopt;
+  return holder && holder->process != 0 ? foundation::printable(holder->program) + ", process " +
+                                              std::to_string(holder->process)
+                                        : "";
+}
+
+StagingLock lock_staging(const std::string& holder) {
   posix::UniqueFd file = lock_file();
-  if (file && !lock(file.get())) {
+  if (file && !lock(file.get(), holder)) {
     file.reset();
   }
   return file;

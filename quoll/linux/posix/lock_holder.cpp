@@ -4,11 +4,15 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <sstream>
+#include <vector>
 
 #include "quoll/linux/posix/descriptor_io.h"
 
@@ -24,11 +28,28 @@ std::string name_in_list(const struct stat& status) {
   return name;
 }
 
-std::string program_name(int process) {
-  std::ifstream file("/proc/" + std::to_string(process) + "/comm");
-  std::string name;
-  std::getline(file, name);
-  return name;
+/// What the system tells of the process: "345 (name) S 1 ...", where a name may hold anything.
+LockHolder holder_of(int process) {
+  constexpr std::size_t kTicksFrom = 19;  // the ticks at its start, counted from the state
+  LockHolder holder{.process = process};
+  std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+  std::string line;
+  std::getline(file, line);
+  const std::size_t begin = line.find('(');
+  const std::size_t end = line.rfind(')');
+  if (begin == std::string::npos || end == std::string::npos) {
+    return holder;
+  }
+  holder.program = line.substr(begin + 1, end - begin - 1);
+  std::istringstream rest(line.substr(end + 1));
+  const std::vector<std::string> words{std::istream_iterator<std::string>(rest), {}};
+  timespec since_boot{};
+  if (words.size() > kTicksFrom && clock_gettime(CLOCK_BOOTTIME, &since_boot) == 0) {
+    holder.is_stopped = words[0] == "T" || words[0] == "t";
+    holder.began = std::time(nullptr) - since_boot.tv_sec +
+                   std::strtoll(words[kTicksFrom].c_str(), nullptr, 10) / sysconf(_SC_CLK_TCK);
+  }
+  return holder;
 }
 
 }  // namespace
@@ -54,7 +75,8 @@ std::optional<LockHolder> lock_holder(const std::string& path) {
     int process = 0;
     words >> number >> kind >> force >> access >> process >> where;
     if (kind == "FLOCK" && where == wanted) {
-      holder = {process > 0 ? process : 0, process > 0 ? program_name(process) : ""};
+      holder = process > 0 ? holder_of(process) : LockHolder{};
+      holder.is_shared = access == "READ";
     }
   }
   return holder;
