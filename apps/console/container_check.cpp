@@ -6,12 +6,14 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <iomanip>
 #include <optional>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 #include "apps/console/staged_copies.h"
 #include "quoll/container/group_container.h"
@@ -60,6 +62,14 @@ std::string existing_part(fs::path path) {
     path = path.parent_path();
   }
   return path;
+}
+
+/// Beside the folder of the drafts, and so on the same disk.
+std::string drafts_place() {
+  return posix::group_containers_folder([](const char* name) {
+           return std::string_view(name) == "QUOLL_GROUP_CONTAINERS" ? nullptr : std::getenv(name);
+         })
+      .value_or("/");
 }
 
 std::optional<Trouble> trouble_with_folder(const std::string& path) {
@@ -172,16 +182,34 @@ Finding container(const std::optional<std::string>& path) {
   return {name, State::kGood, *path, ""};
 }
 
+/// The room of the disk with less of it: that of the shared folder, or that of the drafts.
 Finding space(const std::string& path) {
-  constexpr std::uintmax_t kMebibyte = std::uintmax_t{1} << 20U;
+  constexpr std::uintmax_t kKibibyte = 1024;
+  constexpr std::uintmax_t kMebibyte = 1024 * kKibibyte;
   constexpr std::uintmax_t kLittle = 100 * kMebibyte;
-  std::error_code error;
-  const fs::space_info free = fs::space(existing_part(path), error);
-  const std::string found = std::to_string(free.available / kMebibyte) + " MiB free";
-  if (error || free.available >= kLittle) {
-    return {"space", State::kGood, error ? "not known: " + error.message() : found, ""};
+  std::string least;
+  std::uintmax_t free = UINTMAX_MAX;
+  for (const std::string& folder : {path, drafts_place()}) {
+    std::error_code error;
+    const std::string there = existing_part(folder);
+    const fs::space_info room = fs::space(there, error);
+    if (!error && room.available < free) {
+      least = there;
+      free = room.available;
+    }
   }
-  return {"space", State::kWorthKnowing, found, "make room before large files are shared"};
+  if (least.empty()) {
+    return {"space", State::kGood, "not known", ""};
+  }
+  const std::string found = (free < kMebibyte ? std::to_string(free / kKibibyte) + " KiB"
+                                              : std::to_string(free / kMebibyte) + " MiB") +
+                            " free in " + least;
+  if (free < posix::kSmallDraft) {
+    return {"space", State::kBroken, found, "make room there: nothing can be kept"};
+  }
+  return free < kLittle ? Finding{"space", State::kWorthKnowing, found,
+                                  "make room there before large files are shared"}
+                        : Finding{"space", State::kGood, found, ""};
 }
 
 /// Whether a share waits for the holder of the lock in this file. It locks its turn and the staging
@@ -200,8 +228,8 @@ Finding held_lock(const posix::LockHolder& holder, bool is_waited_for) {
   }
   std::ostringstream who;
   const std::string number = std::to_string(holder.process);
-  who << holder.program << " (process " << number << ", started "
-      << std::put_time(std::localtime(&holder.began), "%F %T") << ")";
+  who << (holder.program.empty() ? "a program" : holder.program) << " (process " << number
+      << ", started " << std::put_time(std::localtime(&holder.began), "%F %T") << ")";
   if (is_waited_for && holder.is_stopped) {
     return {"locks", State::kBroken,
             who.str() + " was stopped in its work on the shared folder: shares wait until it ends",

@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -172,6 +173,21 @@ TEST_F(Doctor, AShareThatIsStoppedHoldsUpAllOthers) {
     }
     EXPECT_EQ(kill(holder.id(), SIGKILL), 0);
   }
+}
+
+TEST_F(Doctor, TheRoomOfTheFullerDiskIsTold) {
+  const std::string drafts = bus_.data_home();
+  if (mount("tmpfs", drafts.c_str(), "tmpfs", 0, "size=4m") != 0) {
+    GTEST_SKIP() << "only root can mount a file system to fill";
+  }
+  EXPECT_EQ(said(doctor({"--json"}), "space"), "note: 4 MiB free in " + drafts);
+  std::ofstream(drafts + "/full") << std::string(std::size_t{4000} << 10, 'x');
+  EXPECT_EQ(said(doctor({"--json"}), "space"), "note: 96 KiB free in " + drafts);
+  std::ofstream(drafts + "/full") << std::string(std::size_t{4048} << 10, 'x');
+  const Ended ended = doctor({"--json"});
+  EXPECT_EQ(said(ended, "space"), "BROKEN: 48 KiB free in " + drafts);
+  EXPECT_EQ(advised(ended, "space"), "make room there: nothing can be kept");
+  umount2(drafts.c_str(), MNT_DETACH);
 }
 
 TEST_F(Doctor, TheMailClientThatDraftsGoTo) {

@@ -4,23 +4,15 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstddef>
 
 #include "quoll/linux/posix/descriptor_io.h"
 
 namespace quoll::posix {
 
-namespace {
-
-/// What a small draft needs.
-constexpr std::size_t kSize = std::size_t{64} * 1024;
-
-}  // namespace
-
 int try_writing(const std::string& folder) {
   const UniqueFd file = open_file(folder, O_TMPFILE | O_WRONLY, 0600);
   if (file) {
-    return write_all(file.get(), std::string(kSize, '\0')) ? 0 : errno;
+    return write_all(file.get(), std::string(kSmallDraft, '\0')) ? 0 : errno;
   }
   if (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL) {
     return errno;
