@@ -208,6 +208,13 @@ TEST_F(ShareTold, SomebodyAtATerminalLearnsWhereTheDraftWillBe) {
       << "nobody reads it there";
 }
 
+TEST_F(ShareTold, SomebodyAtATerminalLearnsThatTheApplicationTakesItsTime) {
+  bus_.add_service(kReceiver, RECEIVER_DOUBLE " bus it.vorlent.quoll2 hang " + bus_.path("record"));
+  Process share({"script", "-qefc", QUOLL_SHARE " https://h/", "/dev/null"}, bus_.environment());
+  const std::string told = share.read_line();
+  EXPECT_TRUE(told.ends_with("\r\033[Kwaiting for the mail application (it has 20 s)\r")) << told;
+}
+
 TEST_F(ShareTold, AnApplicationThatDoesNotSayWhereIsNamed) {
   bus_.add_service(kReceiver, RECEIVER_DOUBLE " bus it.vorlent.quoll2 take " + bus_.path("record"));
   EXPECT_EQ(at_terminal("https://h/"), "it.vorlent.quoll2 has taken it\r\n");

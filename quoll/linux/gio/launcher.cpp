@@ -22,6 +22,8 @@
 namespace quoll::gio {
 namespace {
 
+using std::chrono::milliseconds;
+
 constexpr unsigned kFirstOther =
     STDERR_FILENO + 1;  // the first descriptor after standard input, output and error
 constexpr const char* kTaken = "taken";
@@ -30,7 +32,8 @@ constexpr const char* kNotTaken = "not taken";
 /// The program's side. It sends one request at a time and waits for the answer.
 class Launcher final : public LauncherWorkspace {
  public:
-  Launcher(pid_t process, posix::UniqueFd socket) : process_(process), socket_(std::move(socket)) {}
+  Launcher(pid_t process, posix::UniqueFd socket, milliseconds time_out)
+      : process_(process), socket_(std::move(socket)), time_out_(time_out) {}
   ~Launcher() override {
     socket_.reset();
     if (process_ > 0) {
@@ -76,6 +79,7 @@ class Launcher final : public LauncherWorkspace {
     if (!send_fields(socket_.get(), request.fields())) {
       return {"the launcher has ended"};
     }
+    tell_of_waiting();
     auto answer = receive_fields(socket_.get());
     if (!answer || answer->size() != 4) {
       return {"the launcher has ended"};
@@ -85,6 +89,17 @@ class Launcher final : public LauncherWorkspace {
     }
     report_ = std::move((*answer)[2]);
     return {};
+  }
+
+  /// Returns when the launcher has answered, or somebody at a terminal knows what is waited for.
+  void tell_of_waiting() const {
+    constexpr milliseconds kPatience{2000};
+    const auto enough = std::chrono::steady_clock::now() + kPatience;
+    if (isatty(STDERR_FILENO) == 1 && !posix::wait_until_readable(socket_.get(), enough)) {
+      static_cast<void>(posix::write_all(
+          STDERR_FILENO,
+          "\r\033[Kwaiting for the mail application (it has " + duration_text(time_out_) + ")\n"));
+    }
   }
 
   /// The application's own words may hold names, so the text of the event goes without them.
@@ -102,6 +117,7 @@ class Launcher final : public LauncherWorkspace {
   mutable std::mutex mutex_;
   pid_t process_;
   posix::UniqueFd socket_;
+  milliseconds time_out_;
   std::string report_;  ///< as the application said it
 };
 
@@ -166,7 +182,7 @@ FailureReason not_openable(const OpenRequest& request, const Openable& openable)
 }
 
 [[noreturn]] void serve(int socket, ActivationTokens tokens, Openable openable,
-                        std::chrono::milliseconds time_out) {
+                        milliseconds time_out) {
   detach_from_program(socket);
   load_no_modules();
   Opener opener(std::move(tokens), time_out);
@@ -192,24 +208,26 @@ FailureReason not_openable(const OpenRequest& request, const Openable& openable)
 
 }  // namespace
 
-std::shared_ptr<LauncherWorkspace> start_launcher(Openable openable,
-                                                  std::chrono::milliseconds time_out) {
+std::shared_ptr<LauncherWorkspace> start_launcher(Openable openable, milliseconds time_out) {
   ActivationTokens tokens = take_activation_tokens();
+  const auto launcher = [&](pid_t process, posix::UniqueFd socket) {
+    return std::make_shared<Launcher>(process, std::move(socket), time_out);
+  };
   int ends[2] = {-1, -1};
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-    return std::make_shared<Launcher>(-1, posix::UniqueFd());
+    return launcher(-1, posix::UniqueFd());
   }
   posix::UniqueFd program_end = posix::above_standard_streams(posix::UniqueFd(ends[0]));
   const posix::UniqueFd launcher_end = posix::above_standard_streams(posix::UniqueFd(ends[1]));
   if (!program_end || !launcher_end) {
-    return std::make_shared<Launcher>(-1, posix::UniqueFd());
+    return launcher(-1, posix::UniqueFd());
   }
   const pid_t process = fork();
   if (process == 0) {
     program_end.reset();
     serve(launcher_end.get(), std::move(tokens), std::move(openable), time_out);
   }
-  return std::make_shared<Launcher>(process, std::move(program_end));
+  return launcher(process, std::move(program_end));
 }
 
 }  // namespace quoll::gio

@@ -59,6 +59,9 @@ inline constexpr std::string_view kAdviceKey = "NSLocalizedRecoverySuggestion";
 /// application that is opened gets them, unless `NSWorkspaceLaunchWithoutActivation` (without
 /// activation) is given.
 ///
+/// While an application takes longer than two seconds, somebody at a terminal is told, on standard
+/// error.
+///
 /// When `openURLs` answers false, the log has one line "openURLs %@" with the reason in plain
 /// words. What the application said itself stands in the event's error alone. The launcher ends
 /// when the workspace is destroyed or this process ends.

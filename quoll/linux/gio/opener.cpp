@@ -13,11 +13,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-std::string duration_text(milliseconds duration) {
-  const auto count = duration.count();
-  return count % 1000 == 0 ? std::to_string(count / 1000) + " s" : std::to_string(count) + " ms";
-}
-
 GVariant* open_parameters(const OpenRequest& request, const ActivationTokens& tokens) {
   GVariantBuilder uris;
   g_variant_builder_init(&uris, G_VARIANT_TYPE("as"));
@@ -103,6 +98,11 @@ std::string words_of(const ErrorSlot& error) {
 }
 
 }  // namespace
+
+std::string duration_text(milliseconds duration) {
+  const auto count = duration.count();
+  return count % 1000 == 0 ? std::to_string(count / 1000) + " s" : std::to_string(count) + " ms";
+}
 
 std::string object_path(const std::string& application) {
   std::string path = "/" + application;

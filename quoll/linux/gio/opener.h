@@ -14,6 +14,9 @@ namespace quoll::gio {
 /// "/it/vorlent/quoll2_beta".
 [[nodiscard]] std::string object_path(const std::string& application);
 
+/// "20 s", or "300 ms".
+[[nodiscard]] std::string duration_text(std::chrono::milliseconds duration);
+
 /// Opens URLs with applications, in a process that does nothing else. The constructor begins to
 /// connect to the session bus. The object and its calls belong to one thread.
 class Opener {
