@@ -1,27 +1,22 @@
 #include "apps/console/container_check.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <iomanip>
-#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
 
 #include "apps/console/staged_copies.h"
+#include "apps/share/container_trouble.h"
 #include "quoll/container/group_container.h"
 #include "quoll/container/layout.h"
 #include "quoll/foundation/path.h"
-#include "quoll/foundation/text.h"
 #include "quoll/linux/posix/coordinator.h"
-#include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/group_containers.h"
 #include "quoll/linux/posix/lock_holder.h"
 #include "quoll/linux/posix/temporary_item.h"
@@ -34,12 +29,6 @@ namespace {
 namespace fs = std::filesystem;
 namespace layout = container::layout;
 using State = Finding::State;
-
-/// What cannot be used, and the `errno` value that says why.
-struct Trouble {
-  std::string path;
-  int error = 0;
-};
 
 std::string in_folder(const std::string& folder, std::string_view name) {
   return foundation::appending_path_component(folder, name);
@@ -55,15 +44,6 @@ void repair_container(const std::string& path) {
   posix::sweep_temporary_items(path);
 }
 
-/// The part of a path that exists already.
-std::string existing_part(fs::path path) {
-  std::error_code ignored;
-  while (!fs::exists(fs::symlink_status(path, ignored)) && path.has_relative_path()) {
-    path = path.parent_path();
-  }
-  return path;
-}
-
 /// Beside the folder of the drafts, and so on the same disk.
 std::string drafts_place() {
   return posix::group_containers_folder([](const char* name) {
@@ -72,114 +52,17 @@ std::string drafts_place() {
       .value_or("/");
 }
 
-std::optional<Trouble> trouble_with_folder(const std::string& path) {
-  const int error = posix::try_writing(path);
-  return error == 0 ? std::nullopt : std::optional(Trouble{path, error});
-}
-
-/// The files that a share locks are opened as a share opens them, and made when they are missing.
-std::optional<Trouble> trouble_with_locks(const std::string& container) {
-  const std::string path = in_folder(container, layout::locks);
-  mkdir(path.c_str(), S_IRWXU);
-  const auto folder = posix::open_file(path, O_PATH | O_DIRECTORY | O_NOFOLLOW);
-  if (!folder) {
-    return Trouble{path, errno};
-  }
-  const std::string data = "/" + ExtensionUtilities::GroupFolderName();
-  for (const std::string& item : {std::string("/"), data, in_folder(data, layout::staging)}) {
-    const std::string name = posix::lock_file_name(item);
-    if (!posix::open_file_at(folder.get(), name, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK,
-                             S_IRUSR | S_IWUSR)) {
-      return Trouble{in_folder(path, name), errno};
-    }
-  }
-  return std::nullopt;
-}
-
-/// What keeps a share from putting files into the container.
-std::optional<Trouble> trouble_in(const std::string& container) {
-  if (!ExtensionUtilities::GroupPath()) {
-    const std::string there = existing_part(container);
-    auto trouble = trouble_with_folder(there);
-    return trouble ? trouble : Trouble{there, EACCES};
-  }
-  if (auto trouble = trouble_with_folder(container)) {
-    return trouble;
-  }
-  const posix::BuildingFolder unfinished = posix::open_folder_for_building(container);
-  if (!unfinished.fd) {
-    return Trouble{unfinished.path, errno};
-  }
-  if (auto trouble = trouble_with_folder(unfinished.path)) {
-    return trouble;
-  }
-  if (auto trouble = trouble_with_locks(container)) {
-    return trouble;
-  }
-  const std::string data = in_folder(container, ExtensionUtilities::GroupFolderName());
-  std::error_code error;
-  const fs::file_status kind = fs::symlink_status(data, error);
-  if (!fs::exists(kind)) {
-    return std::nullopt;
-  }
-  if (fs::is_symlink(kind)) {
-    return Trouble{data, ELOOP};  // neither a share nor the receiver follows it
-  }
-  if (auto trouble = trouble_with_folder(data)) {
-    return trouble;
-  }
-  // A share replaces the staging folder, unless it is another user's and something is in it.
-  const std::string staging = in_folder(data, layout::staging);
-  struct stat status {};
-  const bool is_of_another = lstat(staging.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
-                             status.st_uid != geteuid() && !fs::is_empty(staging, error);
-  return is_of_another ? trouble_with_folder(staging) : std::nullopt;
-}
-
-std::string advice_for(const Trouble& trouble) {
-  const std::string path = "\"" + trouble.path + "\"";
-  struct stat status {};
-  switch (trouble.error) {
-    case ENOTDIR:
-    case ELOOP:
-      return "move " + path + " away";
-    case ENOSPC:
-    case EDQUOT:
-      return "make room there";
-    case EACCES:
-    case EPERM:
-      if (lstat(trouble.path.c_str(), &status) == 0) {
-        return status.st_uid == geteuid() ? "chmod u+rwX " + path
-                                          : "sudo chown -R \"$USER\" " + path;
-      }
-      break;
-    default:
-      break;
-  }
-  return "let QUOLL_GROUP_CONTAINERS name a folder elsewhere, for the whole session";
-}
-
-Finding container(const std::optional<std::string>& path) {
+Finding container(const std::string& path) {
   const std::string name = "container";
-  if (!path) {
-    return {name, State::kBroken, "there is no place for it",
-            "set HOME, or XDG_DATA_HOME to an absolute path"};
-  }
-  if (!foundation::is_utf8(*path)) {
-    return {name, State::kBroken, "its path is not UTF-8: " + *path,
-            "let QUOLL_GROUP_CONTAINERS name a folder whose path is, for the whole session"};
-  }
-  if (auto trouble = trouble_in(*path)) {
-    return {name, State::kBroken,
-            trouble->path + " cannot be used: " + posix::error_words(trouble->error),
-            advice_for(*trouble)};
+  if (auto trouble = share::container_trouble()) {
+    return {name, State::kBroken, trouble->found, trouble->advice};
   }
   struct stat status {};
-  if (stat(path->c_str(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
-    return {name, State::kWorthKnowing, *path + " is open to other users",
-            "chmod 700 \"" + *path + "\", or quollctl doctor --fix"};
+  if (stat(path.c_str(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
+    return {name, State::kWorthKnowing, path + " is open to other users",
+            "chmod 700 \"" + path + "\", or quollctl doctor --fix"};
   }
-  return {name, State::kGood, *path, ""};
+  return {name, State::kGood, path, ""};
 }
 
 /// The room of the disk with less of it: that of the shared folder, or that of the drafts.
@@ -191,7 +74,7 @@ Finding space(const std::string& path) {
   std::uintmax_t free = UINTMAX_MAX;
   for (const std::string& folder : {path, drafts_place()}) {
     std::error_code error;
-    const std::string there = existing_part(folder);
+    const std::string there = share::existing_part(folder);
     const fs::space_info room = fs::space(there, error);
     if (!error && room.available < free) {
       least = there;
@@ -271,7 +154,7 @@ Finding copies() {
 std::vector<Finding> check_container(bool repair) {
   const auto folder = posix::group_containers_folder();
   if (!folder) {
-    return {container(folder)};
+    return {container("")};
   }
   const std::string path = in_folder(*folder, ExtensionUtilities::application_group);
   if (repair) {

@@ -61,9 +61,7 @@ void report(const ShareResult& result, std::ostream& out) {
     out << "left out: " << shown(left.what) << ": " << left.why << '\n';
   }
   if (result.folder_trouble) {
-    out << "the shared folder cannot be used: " << *result.folder_trouble
-        << "; see that your data folder, or the one that QUOLL_GROUP_CONTAINERS names, can be "
-           "written\n";
+    out << *result.folder_trouble << '\n';
   }
   if (!result.is_opened) {
     out << "not opened: " << told_failure(result) << '\n';

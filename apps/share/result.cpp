@@ -232,7 +232,10 @@ ShareResult result_of(const Selection& selection, const std::vector<recording::E
   result.is_opened = course.is_opened;
   result.application = course.opening ? course.opening->application : "";
   if (!was_used(selection)) {
-    result.folder_trouble = staging_trouble(course.preparation);
+    if (const auto trouble = staging_trouble(course.preparation)) {
+      result.folder_trouble =
+          "the shared folder cannot be used: " + *trouble + "; " + std::string(kTryDoctor);
+    }
   }
   add_things(result, selection, course);
   if (!result.is_opened) {

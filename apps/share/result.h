@@ -25,13 +25,13 @@ struct ShareResult {
   /// The identifier of the application that was to open the command, or where it was printed; empty
   /// when none was asked.
   std::string application;
-  /// Where the application will keep the draft, which it may still have to write; empty when it does
-  /// not say.
+  /// Where the application will keep the draft, which it may still have to write; empty when it
+  /// does not say.
   std::string draft;
   /// What is in the draft; of a share that was not opened, what would have been.
   std::vector<SharedThing> shared;
   std::vector<LeftOut> left_out;
-  /// Why the shared folder could not be prepared; none when it could.
+  /// Why the shared folder could not be prepared, and what to do; none when it could.
   std::optional<std::string> folder_trouble;
   /// Why the command was not opened, in words that follow a colon; empty when it was opened.
   std::string failure;

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <exception>
 #include <memory>
@@ -11,6 +12,7 @@
 #include <string>
 
 #include "apps/sandbox/confine.h"
+#include "apps/share/container_trouble.h"
 #include "apps/share/identifier.h"
 #include "apps/share/print_workspace.h"
 #include "apps/share/report.h"
@@ -20,7 +22,6 @@
 #include "apps/share/staging_lock.h"
 #include "apps/share/steps.h"
 #include "quoll/container/group_container.h"
-#include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/gio/launcher.h"
 #include "quoll/linux/image_helper/images.h"
@@ -51,16 +52,6 @@ std::optional<std::string> prepare_container() {
     posix::sweep_temporary_items(*path);
   }
   return path;
-}
-
-/// Why the container cannot be named in a command: a URL is UTF-8. None when it can.
-std::optional<std::string> container_trouble() {
-  const auto folder = posix::group_containers_folder();
-  if (!folder || foundation::is_utf8(*folder)) {
-    return std::nullopt;
-  }
-  return "the shared folder cannot be used: its path is not UTF-8: " +
-         foundation::printable(*folder);
 }
 
 /// What the process may use from now on: what the selection needs, and no more.
@@ -106,6 +97,22 @@ std::shared_ptr<CountingQueue> install_desktop(std::shared_ptr<platform::NSWorks
   return background;
 }
 
+/// What is wrong with the shared folder, and what to do, when something was left out.
+std::optional<std::string> folder_trouble(const ShareResult& result) {
+  if (!result.folder_trouble && result.left_out.empty()) {
+    return std::nullopt;
+  }
+  if (const auto trouble = container_trouble()) {
+    return trouble->found + "; " + trouble->advice;
+  }
+  const bool is_full = std::ranges::any_of(result.left_out, [](const LeftOut& left) {
+    return left.why.ends_with(posix::error_words(ENOSPC));
+  });
+  return is_full ? "the shared folder has too little room: " +
+                       posix::group_containers_folder().value_or("") + "; make room there"
+                 : result.folder_trouble;
+}
+
 /// True when the extension still works on an item.
 bool is_busy(const Selection& selection) {
   return std::ranges::any_of(selection.items, [](const auto& item) {
@@ -141,8 +148,10 @@ int Share::run(ShareRequest request) {
     result.logged_as = trouble->logged_as.empty() ? "" : "the clipboard: " + trouble->logged_as;
     return tell(result);
   }
-  if (auto trouble = container_trouble()) {
-    return tell(failed_share(std::move(*trouble), "name another folder"));
+  if (const auto folder = posix::group_containers_folder();
+      folder && !foundation::is_utf8(*folder)) {  // no command could name what is in it
+    const auto trouble = container_trouble().value();
+    return tell(failed_share(trouble.found, trouble.advice));
   }
   const auto background = begin(request.html.has_value());
   const std::optional<std::string> container = prepare_container();
@@ -181,6 +190,7 @@ std::shared_ptr<CountingQueue> Share::begin(bool with_html) {
 /// item, it ends the program without destroying what the thread uses.
 int Share::end(Selection& selection, const std::vector<recording::Event>& events) {
   ShareResult result = result_of(selection, events);
+  result.folder_trouble = selection.empty() ? std::nullopt : folder_trouble(result);
   if (!launcher_) {
     result.application = "standard output";
   } else if (result.is_opened) {

@@ -51,7 +51,7 @@ quoll_defence(working_folder_without_a_path FILE apps/share/request/resolve_item
   GIVES "const auto whole = std::optional(absolute(path).value_or(std::string(path)));"
   SHOWN_BY host ResolveItem.InAFolderThatIsTooDeepForAPath)
 quoll_defence(container_that_no_url_holds FILE apps/share/share_program.cpp
-  TAKES "!folder || foundation::is_utf8(*folder)" GIVES "!folder || !folder->empty()"
+  TAKES "folder && !foundation::is_utf8(*folder)" GIVES "folder && folder->empty()"
   SHOWN_BY share_program Share.AContainerWhosePathIsNotUtf8IsRefused)
 quoll_defence(file_that_may_not_grow FILE apps/share/main.cpp
   TAKES "SIGXFSZ, SIG_IGN" GIVES "SIGXFSZ, SIG_DFL"

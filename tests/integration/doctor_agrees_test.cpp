@@ -91,10 +91,11 @@ class Home {
     std::ofstream(path) << "x";
   }
 
-  /// Shares a text, a file and a picture that has no file. True when all are in a draft.
+  /// Shares a text, a file, and a picture and bytes that have no file. True when all are in a
+  /// draft.
   [[nodiscard]] bool share_arrives() {
     shared = run({"sh", "-c", "exec \"$@\" <\"$0\"", bus.path("picture"), QUOLL_SHARE, "--text",
-                  "the words", bus.path("report.txt"), "-"},
+                  "the words", bus.path("report.txt"), "-", "data:text/plain,bytes"},
                  environment);
     std::string draft = newest_draft();
     while (shared.status == 0 && draft.empty() && is_at_work()) {
@@ -103,7 +104,8 @@ class Home {
     }
     return shared.status == 0 && draft.find("the words") != std::string::npos &&
            draft.find("report.txt") != std::string::npos &&
-           draft.find("image.png") != std::string::npos;
+           draft.find("image.png") != std::string::npos &&
+           draft.find("data.txt") != std::string::npos;
   }
   Ended shared;
 
@@ -255,6 +257,10 @@ const std::vector<Breakage>& containers() {
        }},
       {"nothing unfinished can be kept",
        [](Home& home) { Home::make_folder(home.container("/.incoming"), kReadOnly); }},
+      {"a link in the place of what is unfinished",
+       [](Home& home) { home.make_link(home.container("/.incoming")); }},
+      {"a file in the place of what is unfinished",
+       [](Home& home) { Home::make_file(home.container("/.incoming")); }},
       {.what = "there is no room",
        .prepare =
            [](Home& home) {
@@ -275,6 +281,12 @@ const std::vector<Breakage>& containers() {
        }},
   };
   return rows;
+}
+
+/// What the doctor says of the shared folder; empty when it says nothing bad.
+std::string said_of_folder(const std::string& told) {
+  const std::size_t begin = told.find("the shared folder cannot be used: ");
+  return begin == std::string::npos ? "" : told.substr(begin, told.find('\n', begin) - begin);
 }
 
 /// Modes of files bind root too, in the programs that this one starts from now on.
@@ -301,6 +313,8 @@ void expect_agreement(const std::vector<Breakage>& rows) {
         << home.shared.status << ' ' << home.shared.errors << doctor.output;
     EXPECT_EQ(doctor.status, row.arrives ? 0 : 1)
         << home.shared.errors << doctor.output << doctor.errors;
+    EXPECT_NE(home.shared.errors.find(said_of_folder(doctor.output)), std::string::npos)
+        << home.shared.errors << doctor.output;
     EXPECT_EQ(doctor.output.find("BROKEN ") == std::string::npos, row.arrives) << doctor.output;
   }
 }

@@ -80,7 +80,7 @@ TEST_F(Doctor, AContainerThatIsNoFolder) {
   const Ended ended = doctor({"--json"});
   EXPECT_EQ(ended.status, 1);
   EXPECT_EQ(said(ended, "container"),
-            "BROKEN: " + container() + " cannot be used: not a directory");
+            "BROKEN: the shared folder cannot be used: " + container() + ": it is no folder");
   EXPECT_EQ(advised(ended, "container"), "move \"" + container() + "\" away");
 }
 
@@ -88,7 +88,8 @@ TEST_F(Doctor, NoPlaceForAContainer) {
   install_receiver();
   const Ended ended = doctor({"--json"}, {{"QUOLL_GROUP_CONTAINERS", "relative"}});
   EXPECT_EQ(ended.status, 1);
-  EXPECT_EQ(said(ended, "container"), "BROKEN: there is no place for it");
+  EXPECT_EQ(said(ended, "container"),
+            "BROKEN: the shared folder cannot be used: there is no place for it");
 }
 
 TEST_F(Doctor, AContainerThatIsOpenToOthersIsClosed) {

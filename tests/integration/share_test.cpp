@@ -328,7 +328,9 @@ TEST_F(Share, AContainerWhosePathIsNotUtf8IsRefused) {
   const Ended ended = home_.print({home_.write("a.txt", "x"), "https://h/"});
   EXPECT_EQ(ended.status, 1);
   EXPECT_EQ(ended.errors, "not opened: the shared folder cannot be used: its path is not UTF-8: " +
-                              home_.path("bad%FF") + "; name another folder\n");
+                              home_.path("bad%FF") +
+                              "; let QUOLL_GROUP_CONTAINERS name a folder whose path is, for the "
+                              "whole session\n");
   EXPECT_FALSE(std::filesystem::exists(folder));
 }
 
@@ -441,7 +443,10 @@ TEST_F(Share, AFullDiskLeavesOutWhatDoesNotFit) {
   const std::string small = home_.write("small", "x");
   const Ended ended = home_.print({large, small});
   EXPECT_EQ(ended.status, 3);
-  EXPECT_EQ(ended.errors, "left out: " + large + ": no space left on device\n");
+  EXPECT_EQ(ended.errors, "left out: " + large +
+                              ": no space left on device\n"
+                              "the shared folder has too little room: " +
+                              home_.path("containers") + "; make room there\n");
   EXPECT_EQ(attachments_of(ended.output), std::vector<std::string>{home_.staging() + "/small"});
   EXPECT_FALSE(std::filesystem::exists(home_.staging() + "/large"));
 }
@@ -454,7 +459,8 @@ TEST_F(Share, BytesThatTheDiskHasNoRoomFor) {
   EXPECT_EQ(ended.status, 3);
   EXPECT_EQ(ended.errors,
             "left out: standard input: it cannot be kept in a temporary file: no space left on "
-            "device\n");
+            "device\nthe shared folder has too little room: " +
+                home_.path("containers") + "; make room there\n");
 }
 
 TEST_F(Share, AReadOnlyContainer) {
