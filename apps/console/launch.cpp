@@ -97,7 +97,7 @@ int launch(const std::string& command, const std::vector<std::string>& files, bo
     const Announced announced;
     const bool opened = ExtensionUtilities::LaunchCommandForMessages(messages, command, background);
     if (!opened && !announced.empty()) {
-      complain("the mail application has not taken the command " + command + log->reason());
+      complain("not opened" + log->reason());
     }
     Json left_out = Json::array();
     for (std::size_t i = 0; i < messages.size(); ++i) {

@@ -71,15 +71,15 @@ Finding startable(const std::string& application, const ApplicationLookup& looku
 /// Of the application's desktop entry, which a share uses when the bus does not know it.
 Finding by_entry(const std::string& application, const ApplicationLookup& lookup) {
   if (!lookup.has_entry) {
-    return lookup.is_entry_broken
-               ? Finding{kName, State::kBroken,
-                         application + ".desktop is damaged, or its program is missing",
-                         "install the application again"}
-               : Finding{kName, State::kBroken, "no application answers to " + application,
-                         "install the mail application or quoll-compose"};
+    return lookup.broken_entry.empty()
+               ? Finding{kName, State::kBroken, "no mail application answers to " + application,
+                         "install the mail application or quoll-compose"}
+               : Finding{kName, State::kBroken,
+                         lookup.broken_entry + " is damaged, or its program is missing",
+                         "install its package again"};
   }
   const std::string found =
-      application + " is started by its desktop entry, which takes URLs up to 131071 bytes";
+      application + " is started by its desktop entry, which takes no more than 128 KiB of text";
   if (!is_compose(lookup.entry_program)) {
     return {kName, State::kGood, found, ""};
   }

@@ -37,7 +37,7 @@ class TellingWorkspace final : public platform::NSWorkspace {
   bool openURLs(const std::vector<std::shared_ptr<foundation::NSURL>>& urls,
                 std::string_view application, platform::NSWorkspaceLaunchOptions options) override {
     const std::string name(application);
-    steps_->tell("the command is made and goes to " + name);
+    steps_->tell("all is ready and goes to " + name);
     const bool is_opened = workspace_->openURLs(urls, application, options);
     steps_->tell(name + (is_opened ? " has taken it" : " has not taken it"));
     return is_opened;

@@ -152,6 +152,27 @@ TEST_F(ResolveItem, Refused) {
   }
 }
 
+TEST_F(ResolveItem, WhatToDoIsSaidWhereItHelps) {
+  struct Row {
+    std::string given;
+    std::string advice;
+  };
+  const std::vector<Row> rows{
+      {"folder", "pack it into one file"},
+      {"example.org", "for a link write https://example.org"},
+      {"en.example.DE/a b\x1B", "for a link write https://en.example.DE/a b\\x1B"},
+      {"report.pdf", ""},
+      {"no-such-file", ""},
+      {".com", ""},
+      {"a/example.org", ""},
+      {"/example.org", ""},
+      {"/dev/null", ""},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(resolve_item(row.given).advice, row.advice) << row.given;
+  }
+}
+
 TEST_F(ResolveItem, InAFolderThatIsTooDeepForAPath) {
   const std::string name(200, 'd');
   for (int i = 0; i < 25; ++i) {

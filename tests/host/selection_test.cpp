@@ -118,7 +118,8 @@ TEST(Selection, WhatCannotBeSharedKeepsNothingBack) {
   EXPECT_EQ(selection.left_out[1].what, "standard input");
   EXPECT_EQ(selection.left_out[1].why, "it is empty");
   EXPECT_EQ(selection.left_out[2].why, "the data: URL is damaged");
-  EXPECT_EQ(selection.left_out[3].why, "it is a folder");
+  EXPECT_EQ(selection.left_out[3].why, "it is a folder; pack it into one file");
+  EXPECT_EQ(selection.left_out[3].logged_as, "it is a folder");
 }
 
 TEST(Selection, StandardInputThatCannotBeRead) {

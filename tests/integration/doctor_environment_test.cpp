@@ -93,7 +93,7 @@ TEST_F(Doctor, WhatTheBusDoesNotKnowOfTheHomeIsTold) {
   environment["QUOLL_IMAGE_HELPER"] = QUOLL_IMAGE_HELPER;
   const Ended ended = run({QUOLLCTL, "doctor", "--json"}, environment);
   EXPECT_EQ(said(ended, "mail application"),
-            "BROKEN: it.vorlent.quoll2 did not take the URLs: there is no home folder to keep "
+            "BROKEN: the mail application refuses: there is no home folder to keep "
             "drafts in; set HOME");
   EXPECT_EQ(said(ended, "environment"), "note: other than this program's: HOME");
 }

@@ -55,7 +55,8 @@ TEST_F(Doctor, AnEntryWhoseProgramIsMissing) {
   const Ended ended = doctor({"--json"});
   EXPECT_EQ(ended.status, 1);
   EXPECT_EQ(said(ended, "mail application"),
-            "BROKEN: it.vorlent.quoll2.desktop is damaged, or its program is missing");
+            "BROKEN: " + bus_.data_home() +
+                "/applications/it.vorlent.quoll2.desktop is damaged, or its program is missing");
 }
 
 TEST_F(Doctor, WithoutABusAnEntryIsEnough) {
@@ -272,7 +273,7 @@ TEST_F(Doctor, WhatTheReceiverCannotDoIsSaidInItsWords) {
   install_receiver();
   std::ofstream(bus_.data_home() + "/quoll-compose") << "x";
   const std::string found = said(doctor({"--json"}), "mail application");
-  EXPECT_TRUE(found.starts_with("BROKEN: it.vorlent.quoll2 did not take the URLs: ")) << found;
+  EXPECT_TRUE(found.starts_with("BROKEN: the mail application refuses: ")) << found;
   EXPECT_NE(found.find(bus_.data_home() + "/quoll-compose"), std::string::npos) << found;
 }
 
@@ -290,7 +291,7 @@ TEST_F(Doctor, AReceiverThatDoesNotAnswerIsNotWaitedForForEver) {
   EXPECT_EQ(ask(std::chrono::minutes(2)), "there: well");
   ASSERT_EQ(kill(receiver.id(), SIGSTOP), 0);
   EXPECT_EQ(ask(std::chrono::milliseconds(50)),
-            "there: it.vorlent.quoll2 did not answer within 50 ms");
+            "there: the mail application did not answer within 50 ms");
 }
 
 TEST_F(Doctor, DraftsAreCounted) {

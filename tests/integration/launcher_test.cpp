@@ -81,6 +81,9 @@ class LauncherTest : public testing::Test {
                           " exec " +
                               record_path() + " %U\n" + more);
   }
+  [[nodiscard]] std::string entry_path() const {
+    return bus_.data_home() + "/applications/" + kName + ".desktop";
+  }
   [[nodiscard]] std::string only_line() const {
     const auto lines = log_->lines();
     EXPECT_EQ(lines.size(), 1U);
@@ -160,8 +163,8 @@ TEST_F(LauncherTest, AsMuchAsABusMessageCarriesIsOpenedAndNoMore) {
   add_service("answer");
   EXPECT_FALSE(open({head + std::string(kLimit + 1 - head.size(), 'x')}));
   EXPECT_EQ(only_line(),
-            "openURLs the URLs are too long: 67108864 bytes, and fewer than 67108864 can be handed "
-            "over");
+            "openURLs it is too long: less than 64 MiB can be handed over; share a long text as a "
+            "file");
   const std::string longest = head + std::string(kLimit - head.size(), 'x');
   ASSERT_TRUE(open({longest})) << log_->lines().back();
   EXPECT_TRUE(record() == "uri " + longest + "\n");
@@ -190,21 +193,20 @@ TEST_F(LauncherTest, NothingAndNullAreNotOpened) {
 TEST_F(LauncherTest, AnApplicationThatDoesNotAnswerIsNotOpened) {
   add_service("hang");
   EXPECT_FALSE(open({"quoll://compose?"}, kForeground, 300ms));
-  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 did not answer within 300 ms");
+  EXPECT_EQ(only_line(), "openURLs the mail application did not answer within 300 ms");
 }
 
 TEST_F(LauncherTest, AnApplicationThatEndsWithoutAnAnswerIsNotOpened) {
   add_service("exit");
   EXPECT_FALSE(open({"quoll://compose?"}));
-  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 ended before it had taken the URLs");
+  EXPECT_EQ(only_line(), "openURLs the mail application ended before it had taken it");
 }
 
 TEST_F(LauncherTest, TheApplicationsOwnReasonIsPassedOnAndNotLogged) {
   add_service("refuse");
   EXPECT_FALSE(open({"quoll://compose?"}));
-  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 did not take the URLs") << "it may hold names";
-  EXPECT_EQ(log_->events().back().error->text,
-            "it.vorlent.quoll2 did not take the URLs: the disk is full");
+  EXPECT_EQ(only_line(), "openURLs the mail application refuses") << "it may hold names";
+  EXPECT_EQ(log_->events().back().error->text, "the mail application refuses: the disk is full");
 }
 
 TEST_F(LauncherTest, WhatTheApplicationLeavesOutIsToldAndTheRestIsOpened) {
@@ -227,8 +229,8 @@ TEST_F(LauncherTest, WhatTheApplicationLeavesOutIsToldAndTheRestIsOpened) {
        {"a\\x1B[2J: \\x07"}},
       {"two drafts", "/drafts/1.eml\na: x\n\n/drafts/2.eml\nb: y", {"a: x", "b: y"}},
       {"no reason", "/drafts/1.eml\na.txt", {"a.txt: it was not taken"}},
-      {"nothing is named", "/drafts/1.eml", {"something: it.vorlent.quoll2 does not say what"}},
-      {"no text at all", "", {"something: it.vorlent.quoll2 does not say what"}},
+      {"nothing is named", "/drafts/1.eml", {"something: the mail application does not say what"}},
+      {"no text at all", "", {"something: the mail application does not say what"}},
       {"no line at all in a megabyte", std::string(1U << 20U, 'x'), {"...: it was not taken"}},
       {"one line of a megabyte",
        "/drafts/1.eml\n" + std::string(1U << 20U, 'x'),
@@ -250,10 +252,10 @@ TEST_F(LauncherTest, WhatTheApplicationLeavesOutIsToldAndTheRestIsOpened) {
 TEST_F(LauncherTest, AReasonOfMegabytesIsCutShort) {
   add_service("refuse-at-length");
   EXPECT_FALSE(open({"quoll://compose?"}));
-  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 did not take the URLs");
+  EXPECT_EQ(only_line(), "openURLs the mail application refuses");
   const std::string reason = log_->events().back().error->text;
   EXPECT_LT(reason.size(), 10'000U);
-  EXPECT_TRUE(reason.starts_with("it.vorlent.quoll2 did not take the URLs: xxx"));
+  EXPECT_TRUE(reason.starts_with("the mail application refuses: xxx"));
 }
 
 TEST_F(LauncherTest, AStartedProgramThatTellsIsWaitedFor) {
@@ -272,7 +274,7 @@ TEST_F(LauncherTest, AStartedProgramThatTellsIsWaitedFor) {
   EXPECT_EQ(left_out_, std::vector<std::string>());
   leave_out("\n");
   EXPECT_FALSE(open_by_pipe("tell")) << "a command was refused";
-  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 did not take the URLs");
+  EXPECT_EQ(only_line(), "openURLs the mail application refuses");
   leave_out("/drafts/1.eml\n" + std::string(1U << 20U, 'x'));
   EXPECT_TRUE(open_by_pipe("tell")) << "it is read to the end";
   EXPECT_EQ(left_out_, std::vector<std::string>{"...: it was not taken"});
@@ -286,26 +288,27 @@ TEST_F(LauncherTest, AStartedProgramThatNeverTellsIsWaitedForUntilTheTimeOut) {
 
 TEST_F(LauncherTest, AStartedProgramThatFailsHasTakenNothing) {
   EXPECT_FALSE(open_by_pipe("fail"));
-  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2 ended before it had taken the URLs");
+  EXPECT_EQ(only_line(), "openURLs the mail application ended before it had taken it");
 }
 
 TEST_F(LauncherTest, AServiceThatCannotBeStartedIsNotOpened) {
-  for (const char* command : {"/nonexistent/program", "/bin/false"}) {
-    bus_.add_service(kName, command);
-    EXPECT_FALSE(open({"quoll://compose?"})) << command;
-    EXPECT_TRUE(
-        log_->lines().back().starts_with("openURLs it.vorlent.quoll2 could not be started: "))
-        << log_->lines().back();
-  }
+  const std::string begin = "openURLs the mail application could not be started: its program ";
+  bus_.add_service(kName, "/bin/false");
+  EXPECT_FALSE(open({"quoll://compose?"}));
+  EXPECT_EQ(only_line(), begin + "ended at once");
+  bus_.add_service(kName, "/nonexistent/program");
+  EXPECT_FALSE(open({"quoll://compose?"}));
+  EXPECT_EQ(log_->lines().back(), begin + "is missing or cannot be run; install the package of " +
+                                      bus_.path("system-data/dbus-1/services/") + kName +
+                                      ".service again");
 }
 
 TEST_F(LauncherTest, WithoutAnyApplicationTheReasonSaysWhatToInstall) {
   EXPECT_FALSE(open({"quoll://compose?"}));
   EXPECT_EQ(only_line(),
-            "openURLs no application answers to it.vorlent.quoll2; install the mail application or "
-            "quoll-compose");
+            "openURLs no mail application answers; install the mail application or quoll-compose");
   const foundation::Error error = *log_->events().back().error;
-  EXPECT_EQ(error.text, "no application answers to it.vorlent.quoll2");
+  EXPECT_EQ(error.text, "no mail application answers");
   const std::string* const advice = error.detail(gio::kAdviceKey);
   ASSERT_NE(advice, nullptr);
   EXPECT_EQ(*advice, "install the mail application or quoll-compose");
@@ -333,8 +336,9 @@ TEST_F(LauncherTest, AnEntryThatCannotBeUsedIsToldFromNone) {
   for (const auto& row : rows) {
     bus_.add_entry(kName, row.content);
     EXPECT_FALSE(open({"quoll://compose?"})) << row.reason;
-    EXPECT_TRUE(log_->lines().back().starts_with("openURLs it.vorlent.quoll2.desktop "))
-        << row.reason << ": " << log_->lines().back();
+    const std::string line = log_->lines().back();
+    EXPECT_TRUE(line.starts_with("openURLs " + entry_path() + " ")) << row.reason << ": " << line;
+    EXPECT_TRUE(line.ends_with("install its package again")) << row.reason << ": " << line;
   }
 }
 
@@ -343,7 +347,9 @@ TEST_F(LauncherTest, AnEntryThatTakesNoUrlsIsNotStarted) {
                         " exec " +
                             record_path() + "\n");
   EXPECT_FALSE(open({"quoll://compose?"}));
-  EXPECT_EQ(only_line(), "openURLs it.vorlent.quoll2.desktop takes no URLs");
+  EXPECT_EQ(only_line(), "openURLs " + entry_path() +
+                             " does not say where links go; add %u to its line Exec, or install "
+                             "its package again");
 }
 
 TEST_F(LauncherTest, WithoutAServiceTheEntrysProgramIsStarted) {
@@ -377,8 +383,10 @@ TEST_F(LauncherTest, AnArgumentAtTheLimitIsStartedAndALongerOneIsNot) {
   const std::string head = "quoll://compose?htmlBody=";
   add_entry();
   EXPECT_FALSE(open({head + std::string(kLimit + 1 - head.size(), 'x')}));
-  EXPECT_EQ(only_line(),
-            "openURLs the URLs are too long for a command line, which takes 131071 bytes each");
+  EXPECT_EQ(
+      only_line(),
+      "openURLs it is too long: no more than 128 KiB can be handed over without a session bus; "
+      "share a long text as a file");
   const std::string longest = head + std::string(kLimit - head.size(), 'x');
   ASSERT_TRUE(open({longest})) << log_->lines().back();
   EXPECT_TRUE(record().starts_with("uri " + longest + "\n"));

@@ -135,9 +135,7 @@ TEST_F(QuollctlMessagesTest, SaysThatNobodyTookTheCommand) {
   workspace_ = "";
   const Ended failed = quollctl({"launch", "reply", "-"}, kMessage);
   EXPECT_EQ(failed.status, 1);
-  EXPECT_TRUE(failed.errors.starts_with(
-      "quollctl: the mail application has not taken the command reply: no application answers to "
-      "it.vorlent.quoll2"))
+  EXPECT_TRUE(failed.errors.starts_with("quollctl: not opened: no mail application answers"))
       << failed.errors;
   EXPECT_TRUE(failed.errors.ends_with("; install the mail application or quoll-compose\n"));
   EXPECT_EQ(failed.errors.find('\n'), failed.errors.size() - 1) << "one line";
@@ -151,8 +149,8 @@ TEST_F(QuollctlMessagesTest, SaysWhyTheApplicationRefuses) {
   EXPECT_EQ(
       test::run({QUOLLCTL, "launch", "reply", folder_.write("m.json", kMessage)}, bus.environment())
           .errors,
-      "quollctl: the mail application has not taken the command reply: it.vorlent.quoll2 did "
-      "not take the URLs: the disk is full; quollctl doctor tells more\n");
+      "quollctl: not opened: the mail application refuses: the disk is full; quollctl doctor tells "
+      "more\n");
 }
 
 TEST_F(QuollctlMessagesTest, CallOpensAnyUrl) {

@@ -105,8 +105,8 @@ TEST(ShareByBus, NobodyToReceive) {
   const Ended ended = run({QUOLL_SHARE, "https://example.org/"}, bus.environment());
   EXPECT_EQ(ended.status, 1);
   EXPECT_EQ(ended.errors,
-            "not opened: no application answers to it.vorlent.quoll2; install the mail "
-            "application or quoll-compose\n");
+            "not opened: no mail application answers; install the mail application or "
+            "quoll-compose\n");
 }
 
 }  // namespace

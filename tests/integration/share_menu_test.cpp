@@ -53,8 +53,8 @@ TEST_F(ShareMenu, NobodyToReceive) {
   EXPECT_EQ(last_word(),
             (Json{{"error", 100},
                   {"errorText",
-                   "not opened: no application answers to it.vorlent.quoll2; install the mail "
-                   "application or quoll-compose"}}));
+                   "not opened: no mail application answers; install the mail application or "
+                   "quoll-compose"}}));
   EXPECT_EQ(entry_->wait(), 1);
 }
 

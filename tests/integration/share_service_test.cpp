@@ -391,8 +391,8 @@ TEST_F(ShareService, NobodyToReceive) {
   const Answer answer = share(request.text("text", "words"));
   EXPECT_EQ(answer.code, 1);
   EXPECT_EQ(answer.told,
-            "not opened: no application answers to it.vorlent.quoll2; install the mail application "
-            "or quoll-compose");
+            "not opened: no mail application answers; install the mail application or "
+            "quoll-compose");
 }
 
 TEST_F(ShareService, RequestsThatAreNone) {

@@ -99,11 +99,10 @@ TEST_F(ShareLog, WhyTheApplicationRefusesStaysOutOfIt) {
   environment["QUOLL_KEPT_LOG"] = home_.path("log");
   const Ended ended = run({QUOLL_SHARE, "--text", "words"}, environment);
   EXPECT_EQ(ended.errors,
-            "not opened: it.vorlent.quoll2 did not take the URLs: the disk is full; quollctl "
-            "doctor tells more\n");
+            "not opened: the mail application refuses: the disk is full; quollctl doctor tells "
+            "more\n");
   const std::string logged = read_file(home_.path("log"));
-  EXPECT_NE(logged.find("openURLs it.vorlent.quoll2 did not take the URLs\n"), std::string::npos)
-      << logged;
+  EXPECT_NE(logged.find("openURLs the mail application refuses\n"), std::string::npos) << logged;
   EXPECT_EQ(logged.find("the disk is full"), std::string::npos) << logged;
 }
 
@@ -129,7 +128,7 @@ TEST(ShareSteps, EachHasALineWithItsTime) {
                                        "what was given is read: 1 item, 0 left out",
                                        "the program has confined itself",
                                        "it is this share's turn",
-                                       "the command is made and goes to it.vorlent.quoll2",
+                                       "all is ready and goes to it.vorlent.quoll2",
                                        "it.vorlent.quoll2 has taken it",
                                        "share given to standard output after "};
   const auto lines = lines_of(ended.errors);

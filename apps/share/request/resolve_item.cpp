@@ -11,6 +11,7 @@
 
 #include "quoll/foundation/path.h"
 #include "quoll/foundation/percent.h"
+#include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/unique_fd.h"
@@ -20,6 +21,9 @@ namespace quoll::share {
 namespace {
 
 using foundation::NSURL;
+
+constexpr const char* kNoSuchFile = "no such file";
+constexpr const char* kFolder = "it is a folder";
 
 bool is_space(char c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
@@ -36,7 +40,7 @@ std::optional<std::string> other_kind(mode_t mode) {
     return std::nullopt;
   }
   if (S_ISDIR(mode)) {
-    return "it is a folder";
+    return kFolder;
   }
   if (S_ISFIFO(mode)) {
     return "it is a pipe";
@@ -63,7 +67,7 @@ ResolvedItem resolve_file(std::string_view path) {
     return {nullptr, "the working folder has no path that can be used"};
   }
   if (auto refusal = why_not_shareable(*whole)) {
-    return {nullptr, std::move(*refusal)};
+    return {nullptr, *refusal, *refusal == kFolder ? "pack it into one file" : ""};
   }
   return {NSURL::file_url(*whole, false), {}};
 }
@@ -126,6 +130,17 @@ std::string with_escapes(std::string_view text) {
   return out;
 }
 
+/// True for a name with a dot whose end is that of many hosts and of few files.
+bool looks_like_host(std::string_view name) {
+  constexpr std::array<std::string_view, 4> kUsual{"com", "edu", "net", "org"};
+  const std::size_t dot = name.rfind('.');
+  const std::string last = foundation::ascii_lower_case(name.substr(dot + 1));
+  const auto is_letter = [](char c) { return c >= 'a' && c <= 'z'; };
+  return dot != std::string_view::npos && dot != 0 &&
+         (std::ranges::find(kUsual, last) != kUsual.end() ||
+          (last.size() == 2 && std::ranges::all_of(last, is_letter)));
+}
+
 ResolvedItem resolve_link(std::string_view text) {
   auto url = NSURL::URLWithString(text);
   if (!url) {
@@ -140,7 +155,7 @@ std::optional<std::string> why_not_shareable(const std::string& path) {
   struct stat status {};
   // Looked at before it is opened: opening rewinds tapes and wakes the writers of pipes.
   if (stat(path.c_str(), &status) != 0) {
-    return errno == ENOENT || errno == ENOTDIR ? "no such file" : posix::error_words(errno);
+    return errno == ENOENT || errno == ENOTDIR ? kNoSuchFile : posix::error_words(errno);
   }
   if (auto kind = other_kind(status.st_mode)) {
     return kind;
@@ -186,7 +201,11 @@ ResolvedItem resolve_item(std::string_view given) {
       std::none_of(text.begin(), text.end(), is_space)) {
     return resolve_link("http://" + std::string(text));
   }
-  return resolve_file(given);
+  ResolvedItem file = resolve_file(given);
+  if (file.refusal == kNoSuchFile && looks_like_host(text.substr(0, text.find('/')))) {
+    file.advice = "for a link write https://" + foundation::printable(text);
+  }
+  return file;
 }
 
 }  // namespace quoll::share

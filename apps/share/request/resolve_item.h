@@ -16,6 +16,7 @@ namespace quoll::share {
 struct ResolvedItem {
   std::shared_ptr<foundation::NSURL> url;
   std::string refusal;
+  std::string advice{};  ///< what to do about it; empty when there is nothing to say
 };
 
 /// Reads a file URL (escaped or raw, nothing is cut at "?" or "#"), a path (absolute, or relative

@@ -152,15 +152,16 @@ class Selector {
     } else {
       ResolvedItem resolved = resolve_item(given);
       if (!resolved.url) {
-        leave_out(given, std::move(resolved.refusal));
+        const std::string advice = resolved.advice.empty() ? "" : "; " + resolved.advice;
+        leave_out(given, resolved.refusal + advice, resolved.refusal);
         return;
       }
       add_url(given, resolved.url);
     }
   }
 
-  void leave_out(std::string_view what, std::string why) {
-    selection_.left_out.push_back({std::string(what), std::move(why)});
+  void leave_out(std::string_view what, std::string why, std::string logged_as = {}) {
+    selection_.left_out.push_back({std::string(what), std::move(why), std::move(logged_as)});
   }
 
   void add_item(std::string_view given, std::string_view type, foundation::Value value) {

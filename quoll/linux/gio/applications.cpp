@@ -73,7 +73,7 @@ ApplicationLookup look_up_application(const std::string& application,
   found.service_program = service_program(application);
   const EntryHandle entry = find_entry(application);
   found.has_entry = entry != nullptr;
-  found.is_entry_broken = !entry && entry_exists(application);
+  found.broken_entry = entry ? "" : entry_file(application);
   found.entry_program = entry ? g_app_info_get_executable(G_APP_INFO(entry.get())) : "";
   return found;
 }

@@ -8,14 +8,14 @@ namespace quoll::gio {
 
 /// What the desktop knows about an application.
 struct ApplicationLookup {
-  std::string bus_trouble;       ///< why there is no session bus; empty when there is one
-  bool is_running = false;       ///< its name is taken on the bus
-  int process = 0;               ///< by this process; 0 when the bus does not tell
-  bool is_startable = false;     ///< the bus can start it
-  std::string service_program;   ///< what its service file starts; empty when none is found
-  bool has_entry = false;        ///< it has a desktop entry that can be used
-  bool is_entry_broken = false;  ///< it has one that cannot be used
-  std::string entry_program;     ///< what its desktop entry starts
+  std::string bus_trouble;      ///< why there is no session bus; empty when there is one
+  bool is_running = false;      ///< its name is taken on the bus
+  int process = 0;              ///< by this process; 0 when the bus does not tell
+  bool is_startable = false;    ///< the bus can start it
+  std::string service_program;  ///< what its service file starts; empty when none is found
+  bool has_entry = false;       ///< it has a desktop entry that can be used
+  std::string broken_entry;     ///< the path of one that cannot be used; empty when there is none
+  std::string entry_program;    ///< what its desktop entry starts
 };
 
 /// Looks an application up without starting it. Waits for the bus, but at most for `time_out`. Runs

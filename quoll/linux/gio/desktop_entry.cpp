@@ -4,6 +4,7 @@
 
 #include <csignal>
 
+#include "quoll/linux/gio/applications.h"
 #include "quoll/linux/gio/exec_line.h"
 #include "quoll/linux/gio/left_out.h"
 #include "quoll/linux/posix/unique_fd.h"
@@ -86,9 +87,7 @@ FailureReason start_program(GDesktopAppInfo* entry, const ProgramStart& start, p
     return std::nullopt;
   }
   if (error.is(G_SPAWN_ERROR, G_SPAWN_ERROR_TOO_BIG)) {
-    return start.arguments.empty()
-               ? "the URLs are too long for a command line, which takes 131071 bytes each"
-               : "its command line would be too long";
+    return start.arguments.empty() ? kTooLongForStart : "its command line would be too long";
   }
   return std::string(g_app_info_get_name(G_APP_INFO(entry))) +
          " could not be started: " + error.message();
@@ -98,13 +97,8 @@ EntryHandle find_entry(const std::string& application) {
   return EntryHandle(g_desktop_app_info_new((application + ".desktop").c_str()));
 }
 
-bool entry_exists(const std::string& application) {
-  const KeyFileHandle file(g_key_file_new());
-  const std::string name = "applications/" + application + ".desktop";
-  ErrorSlot error;
-  return g_key_file_load_from_data_dirs(file.get(), name.c_str(), nullptr, G_KEY_FILE_NONE,
-                                        error.out()) != FALSE ||
-         !error.is(G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_NOT_FOUND);
+std::string entry_file(const std::string& application) {
+  return find_data_file("applications/" + application + ".desktop");
 }
 
 }  // namespace quoll::gio

@@ -40,7 +40,12 @@ struct ProgramStart {
 [[nodiscard]] FailureReason start_program(GDesktopAppInfo* entry, const ProgramStart& start,
                                           pid_t* process = nullptr);
 
-/// True when a data folder has `<application>.desktop`, whether it can be used or not.
-[[nodiscard]] bool entry_exists(const std::string& application);
+/// Why a program cannot be started with what it is given.
+inline constexpr const char* kTooLongForStart =
+    "it is too long: no more than 128 KiB can be handed over without a session bus";
+
+/// The path of `<application>.desktop`, whether it can be used or not; empty when no data folder
+/// has it.
+[[nodiscard]] std::string entry_file(const std::string& application);
 
 }  // namespace quoll::gio

@@ -70,8 +70,8 @@ class Launcher final : public LauncherWorkspace {
   OpenResult ask(const OpenRequest& request) {
     const std::lock_guard lock(mutex_);
     report_.clear();
-    if (auto failure = refusal(request)) {
-      return {std::move(failure)};
+    if (auto refused = refusal(request)) {
+      return *refused;
     }
     if (process_ < 0) {
       return {"the launcher could not be started"};

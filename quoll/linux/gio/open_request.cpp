@@ -34,20 +34,20 @@ std::optional<OpenRequest> OpenRequest::from_fields(std::vector<std::string> fie
       .urls = {std::make_move_iterator(fields.begin() + 2), std::make_move_iterator(fields.end())}};
 }
 
-FailureReason refusal(const OpenRequest& request) {
+std::optional<OpenResult> refusal(const OpenRequest& request) {
   if (request.urls.empty()) {
-    return "there is nothing to open";
+    return OpenResult{"there is nothing to open"};
   }
   std::size_t size = 0;
   for (const auto& url : request.urls) {
     if (url.empty() || url.find('\0') != std::string::npos || !foundation::is_utf8(url)) {
-      return "a URL is empty, is not UTF-8 or holds a zero byte";
+      return OpenResult{"a URL is empty, is not UTF-8 or holds a zero byte"};
     }
     size += url.size() + kBytesAroundAText;
   }
   if (size >= kLargestBusList) {
-    return "the URLs are too long: " + std::to_string(size) + " bytes, and fewer than " +
-           std::to_string(kLargestBusList) + " can be handed over";
+    return OpenResult{.failure = "it is too long: less than 64 MiB can be handed over",
+                      .advice = kShorten};
   }
   return std::nullopt;
 }

@@ -30,9 +30,12 @@ struct OpenResult {
   std::string advice = {};
 };
 
+/// What can be done about what is too long.
+inline constexpr const char* kShorten = "share a long text as a file";
+
 /// Why a request cannot be opened in any way: it has no URL; a URL is empty, not UTF-8 or holds a
 /// zero byte, which the bus or a command line would silently change; or it is too long for a bus
 /// message. None when it can be tried.
-[[nodiscard]] FailureReason refusal(const OpenRequest& request);
+[[nodiscard]] std::optional<OpenResult> refusal(const OpenRequest& request);
 
 }  // namespace quoll::gio

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "quoll/foundation/text.h"
+#include "quoll/linux/gio/applications.h"
 #include "quoll/linux/gio/desktop_entry.h"
 #include "quoll/linux/gio/left_out.h"
 #include "quoll/linux/posix/descriptor_io.h"
@@ -12,6 +13,9 @@ namespace quoll::gio {
 namespace {
 
 using std::chrono::milliseconds;
+
+constexpr const char* kRefuses = "the mail application refuses";
+constexpr const char* kEndedEarly = "the mail application ended before it had taken it";
 
 GVariant* open_parameters(const OpenRequest& request, const ActivationTokens& tokens) {
   GVariantBuilder uris;
@@ -97,6 +101,21 @@ std::string words_of(const ErrorSlot& error) {
   return std::string(foundation::whole_characters(message, std::min(message.size(), kLongest)));
 }
 
+/// The bus names the service, and not its program.
+OpenResult not_started(const ErrorSlot& error, const std::string& application) {
+  const std::string begin = "the mail application could not be started: ";
+  if (error.is(G_DBUS_ERROR, G_DBUS_ERROR_SPAWN_CHILD_EXITED)) {
+    return {begin + "its program ended at once"};
+  }
+  if (!error.is(G_DBUS_ERROR, G_DBUS_ERROR_SPAWN_EXEC_FAILED)) {
+    return {begin + words_of(error)};
+  }
+  const std::string file = find_data_file("dbus-1/services/" + application + ".service");
+  return {
+      .failure = begin + "its program is missing or cannot be run",
+      .advice = file.empty() ? "install it again" : "install the package of " + file + " again"};
+}
+
 }  // namespace
 
 std::string duration_text(milliseconds duration) {
@@ -115,8 +134,8 @@ Opener::Opener(ActivationTokens tokens, milliseconds time_out)
     : tokens_(std::move(tokens)), time_out_(time_out) {}
 
 OpenResult Opener::open(const OpenRequest& request) {
-  if (auto failure = refusal(request)) {
-    return {std::move(failure)};
+  if (auto refused = refusal(request)) {
+    return *refused;
   }
   if (!is_application_name(request.application)) {
     return {"no application can have the identifier \"" + request.application + "\""};
@@ -157,7 +176,7 @@ bool Opener::open_by_bus(GDBusConnection* connection, const OpenRequest& request
     g_dbus_error_strip_remote_error(error.get());
     result.report = bounded_left_out(error.message());
     if (is_left_out && left_out_of(result.report).empty()) {
-      result.report = "?\nsomething: " + request.application + " does not say what";
+      result.report = "?\nsomething: the mail application does not say what";
     }
   } else if (!reply && !says_nobody_there(error)) {
     result = failed(error, request.application);
@@ -167,10 +186,10 @@ bool Opener::open_by_bus(GDBusConnection* connection, const OpenRequest& request
 
 OpenResult Opener::failed(const ErrorSlot& error, const std::string& application) const {
   if (says_time_out(error)) {
-    return {application + " did not answer within " + duration_text(time_out_)};
+    return {"the mail application did not answer within " + duration_text(time_out_)};
   }
   if (error.is(G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY)) {
-    return {application + " ended before it had taken the URLs"};
+    return {kEndedEarly};
   }
   if (error.is(G_IO_ERROR, G_IO_ERROR_CLOSED)) {
     return {"the session bus has ended"};
@@ -178,26 +197,26 @@ OpenResult Opener::failed(const ErrorSlot& error, const std::string& application
   const bool remote = g_dbus_error_is_remote_error(error.get()) != FALSE;
   g_dbus_error_strip_remote_error(error.get());
   if (says_not_started(error)) {
-    return {application + " could not be started: " + words_of(error)};
+    return not_started(error, application);
   }
-  return remote ? OpenResult{application + " did not take the URLs", words_of(error)}
-                : OpenResult{application + " could not be asked: " + words_of(error)};
+  return remote ? OpenResult{kRefuses, words_of(error)}
+                : OpenResult{"the mail application cannot be reached: " + words_of(error)};
 }
 
 OpenResult Opener::open_by_entry(const OpenRequest& request, const std::string& bus_reason) const {
   const EntryHandle entry = find_entry(request.application);
   if (!entry) {
     const std::string why = bus_reason.empty() ? "" : " (" + bus_reason + ")";
-    if (entry_exists(request.application)) {
-      return {
-          .failure = request.application + ".desktop is damaged, or its program is missing" + why,
-          .advice = "install the application again"};
+    if (const std::string file = entry_file(request.application); !file.empty()) {
+      return {.failure = file + " is damaged, or its program is missing" + why,
+              .advice = "install its package again"};
     }
-    return {.failure = "no application answers to " + request.application + why,
+    return {.failure = "no mail application answers" + why,
             .advice = "install the mail application or quoll-compose"};
   }
   if (g_app_info_supports_uris(G_APP_INFO(entry.get())) == FALSE) {
-    return {request.application + ".desktop takes no URLs"};
+    return {.failure = entry_file(request.application) + " does not say where links go",
+            .advice = "add %u to its line Exec, or install its package again"};
   }
   return start(entry.get(), request);
 }
@@ -215,15 +234,15 @@ OpenResult Opener::start(GDesktopAppInfo* entry, const OpenRequest& request) con
                     taken ? &process : nullptr);
   taken.writing.reset();
   if (failure || !taken.reading) {
-    return {std::move(failure)};
+    return {.failure = failure, .advice = failure == kTooLongForStart ? kShorten : ""};
   }
   OpenResult result;
   result.report = read_left_out(taken.reading.get(), std::chrono::steady_clock::now() + time_out_);
   if (result.report.starts_with('\n')) {
-    return {request.application + " did not take the URLs"};
+    return {kRefuses};
   }
   if (ends_badly(process) && result.report.empty()) {
-    result.failure = request.application + " ended before it had taken the URLs";
+    result.failure = kEndedEarly;
   }
   return result;
 }
