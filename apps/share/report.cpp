@@ -70,8 +70,9 @@ void report(const ShareResult& result, std::ostream& out) {
 }
 
 std::string where_it_went(const ShareResult& result) {
-  return result.application + " has taken it" +
-         (result.draft.empty() ? "" : "; the draft will be " + result.draft);
+  return std::string("the mail application has taken it") +
+         (result.draft.empty() ? "" : "; the draft will be " + result.draft) +
+         (result.is_title_unused ? "\nthe title is not used: it is the subject of a web link" : "");
 }
 
 std::string log_line(const ShareResult& result, std::chrono::milliseconds time) {

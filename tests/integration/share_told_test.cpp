@@ -202,7 +202,7 @@ TEST_F(ShareTold, SomebodyAtATerminalLearnsWhereTheDraftWillBe) {
   wait_for_drafts(bus_);
   const std::string folder = bus_.data_home() + "/quoll-compose/drafts";
   const std::string draft = std::filesystem::directory_iterator(folder)->path();
-  EXPECT_EQ(told, "it.vorlent.quoll2 has taken it; the draft will be " + draft + "\r\n");
+  EXPECT_EQ(told, "the mail application has taken it; the draft will be " + draft + "\r\n");
   EXPECT_EQ(run({QUOLL_SHARE, "https://h/"}, bus_.environment()).errors, "")
       << "nobody reads it there";
 }
@@ -214,9 +214,13 @@ TEST_F(ShareTold, SomebodyAtATerminalLearnsThatTheApplicationTakesItsTime) {
   EXPECT_TRUE(told.ends_with("\r\033[Kwaiting for the mail application (it has 20 s)\r")) << told;
 }
 
-TEST_F(ShareTold, AnApplicationThatDoesNotSayWhereIsNamed) {
+TEST_F(ShareTold, AnApplicationThatDoesNotSayWhereHasTakenIt) {
   bus_.add_service(kReceiver, RECEIVER_DOUBLE " bus it.vorlent.quoll2 take " + bus_.path("record"));
-  EXPECT_EQ(at_terminal("https://h/"), "it.vorlent.quoll2 has taken it\r\n");
+  EXPECT_EQ(at_terminal("--title T https://h/"), "the mail application has taken it\r\n");
+  EXPECT_EQ(
+      at_terminal("--title T --text words"),
+      "the mail application has taken it\r\nthe title is not used: it is the subject of a web "
+      "link\r\n");
 }
 
 }  // namespace
