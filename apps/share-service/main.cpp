@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "apps/share-service/service.h"
+#include "apps/share/usage_words.h"
 
 namespace {
 
@@ -46,7 +47,8 @@ int main(int argc, char** argv) {
   } catch (const CLI::Success& asked_for_help) {
     return app.exit(asked_for_help);
   } catch (const CLI::ParseError& error) {
-    std::cerr << "quoll-share-service: " << error.what() << "; see quoll-share-service --help\n";
+    std::cerr << "quoll-share-service: " << quoll::share::in_plain_words(error.what())
+              << "; see quoll-share-service --help\n";
     return 2;
   }
   bounds.time = std::chrono::seconds(share_seconds);

@@ -33,6 +33,7 @@ TEST(Usage, AWrongCommandLineIsOneLine) {
       {{"nosuch", "--json"}, "there is no subcommand nosuch; see quollctl --help"},
       {{"a\nb"}, "there is no subcommand a\\nb; see quollctl --help"},
       {{}, "A subcommand is required; see quollctl --help"},
+      {{"--nosuch"}, "there is no option --nosuch; see quollctl --help"},
       {{"show"}, "URL is required; see quollctl show --help"},
       {{"doctor", "--nosuch"},
        "The following argument was not expected: --nosuch; see quollctl doctor --help"},
@@ -71,6 +72,13 @@ TEST(Usage, WhatAnOptionTakesIsSaid) {
        "quoll-share-service: --idle: it takes 0 to 86400 seconds; see quoll-share-service --help"},
       {{QUOLL_SHARE_SERVICE, "--time", "0"},
        "quoll-share-service: --time: it takes 1 to 86400 seconds; see quoll-share-service --help"},
+      {{QUOLL_SHARE, "--title"}, "quoll-share: --title needs a TEXT; see quoll-share --help"},
+      {{QUOLL_SHARE, "--text", "a", "--html", "b"},
+       "quoll-share: give one of --text, --html; see quoll-share --help"},
+      {{QUOLL_SHARE, "--print", "--json", "a"},
+       "quoll-share: give one of --print, --json; see quoll-share --help"},
+      {{QUOLLCTL, "sample-container", "/nowhere", "--form"},
+       "quollctl: --form needs a FORM; see quollctl sample-container --help"},
       {{QUOLLCTL, "sample-container", "/nowhere", "--form", "zzz"},
        "quollctl: --form: it takes xml, binary or old; see quollctl sample-container --help"},
   };
@@ -115,6 +123,20 @@ TEST(Usage, HelpHasExamples) {
   EXPECT_EQ(ended.status, 0);
   EXPECT_NE(ended.output.find("Examples:\n    quollctl doctor "), std::string::npos)
       << ended.output;
+  for (const std::string command : {"call", "show", "url", "accounts", "contacts", "date", "render",
+                                    "launch", "doctor", "forget", "sample-container"}) {
+    const std::string help = run({QUOLLCTL, command, "--help"}).output;
+    const std::size_t example = help.find("Example:\n    ");
+    EXPECT_NE(help.find("quollctl " + command, example), std::string::npos) << help;
+  }
+}
+
+TEST(Usage, HelpHasNoRulesOfTheParser) {
+  for (const char* program : {QUOLL_SHARE, QUOLLCTL}) {
+    const std::string help = run({program, "--help"}).output;
+    EXPECT_EQ(help.find("Excludes:"), std::string::npos) << help;
+    EXPECT_EQ(help.find("Needs:"), std::string::npos) << help;
+  }
 }
 
 }  // namespace

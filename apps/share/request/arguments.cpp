@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "apps/share/exit_code.h"
+#include "apps/share/usage_words.h"
 
 namespace quoll::share {
 
@@ -31,6 +32,12 @@ std::string complaint(const Arguments& arguments) {
   const auto& items = request.items;
   const bool is_empty = !request.text && !request.html && items.empty() &&
                         request.descriptor_items.empty() && !request.has_list;
+  if (request.text && request.html) {
+    return "give one of --text, --html";
+  }
+  if (arguments.print && arguments.json) {
+    return "give one of --print, --json";
+  }
   if (request.has_clipboard) {
     return is_empty ? "" : "with --clipboard nothing else is shared";
   }
@@ -115,19 +122,16 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   app.footer(kFooter);
   app.set_version_flag("--version", "quoll-share " QUOLL_VERSION);
   app.add_option("--title", request.title, "The draft's subject, used when a web link is shared");
-  auto* const text = app.add_option("--text", request.text, "Plain text, or - for standard input");
-  auto* const html = app.add_option("--html", request.html, "Styled text, or - for standard input");
-  text->excludes(html);
+  app.add_option("--text", request.text, "Plain text, or - for standard input");
+  app.add_option("--html", request.html, "Styled text instead, or - for standard input");
   app.add_flag("-0,--null", request.has_list, "Read more ITEMs, each ended by a zero byte");
   app.add_flag("--clipboard", request.has_clipboard, "Share what the clipboard holds");
   std::vector<std::string> descriptors;
   app.add_option("--descriptor", descriptors, "The bytes of an open descriptor, as a file")
       ->type_name("N[:TYPE[:NAME]]")
       ->allow_extra_args(false);
-  auto* const print =
-      app.add_flag("--print", arguments.print, "Print the command URL instead of opening it");
-  app.add_flag("--json", arguments.json, "Print what came of it for programs, as JSON")
-      ->excludes(print);
+  app.add_flag("--print", arguments.print, "Print the command URL instead of opening it");
+  app.add_flag("--json", arguments.json, "Print what came of it for programs, as JSON");
   app.add_flag("--verbose", arguments.verbose, "Write each step and its time to standard error");
   app.add_flag("--notify", arguments.notify, "Show on the desktop what went wrong");
   app.add_option("ITEM", request.items, "What to share");
@@ -136,7 +140,7 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   } catch (const CLI::Success& asked_for_help) {
     return app.exit(asked_for_help);
   } catch (const CLI::ParseError& error) {
-    return wrong_usage(error.what());
+    return wrong_usage(in_plain_words(error.what()));
   }
   for (auto* const value : {&request.title, &request.text, &request.html}) {
     unmark(*value);
