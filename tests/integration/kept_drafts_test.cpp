@@ -379,7 +379,26 @@ TEST_F(KeptDrafts, WithoutADesktopAPersonIsToldHowToReadIt) {
   }
 }
 
-/// What bash completes after these words.
+/// A shell, its first option, and how it prints what may stand behind the option "$asked".
+struct Shell {
+  const char* program;
+  const char* first;
+  const char* ask;
+};
+constexpr Shell kShells[] = {
+    {"bash", "--norc",
+     "source '" QUOLL_COMPOSE_COMPLETION ".bash'; COMP_WORDS=(quoll-compose $asked '')\n"
+     "COMP_CWORD=2; _quoll_compose; printf '%s\\n' \"${COMPREPLY[@]}\""},
+    // What the file calls to make its offers prints the list that it is given for the option.
+    {"zsh", "-f",
+     "_arguments() { for spec; do [[ $spec == $asked'['* ]] && eval \"offered=${spec##*:}\" && "
+     "print -lo $offered; done }\n"
+     "source '" QUOLL_COMPOSE_COMPLETION ".zsh'"},
+    {"fish", "--no-config",
+     "source '" QUOLL_COMPOSE_COMPLETION ".fish'\n"
+     "complete -C \"quoll-compose $asked \" | string replace -r '\\t.*' ''"},
+};
+
 TEST_F(KeptDrafts, CompletionKnowsTheNamesAndTheClients) {
   const std::string name = keep();
   choose("claws-mail", "Claws");
@@ -390,17 +409,20 @@ TEST_F(KeptDrafts, CompletionKnowsTheNamesAndTheClients) {
   EXPECT_EQ(compose({"--client", "the bird"}).status, 1) << "it is listed and takes no draft";
   EXPECT_TRUE(holds(compose({"--clients"}).output, "The Bird"));
   fs::create_symlink(QUOLL_COMPOSE, programs_.path("bin/quoll-compose"));
-  const auto completed = [&](const std::string& option) {
-    return run({"bash", "-c",
-                "source '" QUOLL_COMPOSE_COMPLETION "'; COMP_WORDS=(quoll-compose " + option +
-                    " ''); COMP_CWORD=2; _quoll_compose; printf '%s\\n' \"${COMPREPLY[@]}\""},
-               home_.bus.environment())
-        .output;
-  };
-  for (const char* const option : {"--open", "--again", "--delete"}) {
-    EXPECT_EQ(completed(option), name + "\n") << option;
+  for (const Shell& shell : kShells) {
+    if (run({"sh", "-c", std::string("command -v ") + shell.program}).status != 0) {
+      continue;
+    }
+    const auto completed = [&](const std::string& option) {
+      Environment environment = home_.bus.environment();
+      environment["asked"] = option;
+      return run({shell.program, shell.first, "-c", shell.ask}, environment).output;
+    };
+    for (const char* const option : {"--open", "--again", "--delete"}) {
+      EXPECT_EQ(completed(option), name + "\n") << shell.program << ' ' << option;
+    }
+    EXPECT_EQ(completed("--client"), "claws-mail\ndefault\n") << shell.program;
   }
-  EXPECT_EQ(completed("--client"), "claws-mail\ndefault\n");
 }
 
 }  // namespace
