@@ -87,11 +87,11 @@ std::string in_words(const gio::ErrorSlot& error) {
     return "The program that shares is not there; install quoll-share";
   }
   if (error.is(G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY)) {
-    return "The share ended early; quollctl doctor tells more";
+    return "The share ended early; choose the entry again";
   }
   if (error.is(G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) {
     return "The share did not begin within " + std::to_string(kTimeOutMilliseconds / 1000) +
-           " s; quollctl doctor tells more";
+           " s; choose the entry again";
   }
   g_dbus_error_strip_remote_error(error.get());
   return "It was refused: " + error.message();

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "apps/share/exit_code.h"
+#include "apps/share/notice.h"
 #include "apps/share/report.h"
 #include "apps/share/request/descriptors.h"
 #include "apps/share/request/menu_request.h"
@@ -32,7 +33,8 @@ std::string_view value_of(std::string_view option, int argc, char** argv) {
 }
 
 void tell(MenuSocket& socket, const std::string& told) {
-  socket.tell_error(told.substr(0, told.size() - 1));
+  socket.tell_error(
+      quoll::share::shown_report(told, told.size()).value_or("the system log tells more"));
 }
 
 int fail(MenuSocket& socket, const quoll::share::ShareResult& result) {

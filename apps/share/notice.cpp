@@ -1,39 +1,20 @@
 #include "apps/share/notice.h"
 
 #include <algorithm>
-#include <functional>
-#include <vector>
 
 #include "apps/share/exit_code.h"
 #include "apps/share/result.h"
 #include "quoll/foundation/text.h"
-#include "quoll/linux/gio/launcher.h"
 
 namespace quoll::share {
 
 namespace {
 
-void replace_all(std::string& text, std::string_view from, std::string_view to) {
-  for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at)) {
-    text.replace(at, from.size(), to);
-    at += to.size();
-  }
-}
-
-/// Why nothing was opened, without the names that programs have among themselves and without what
-/// is advice at a terminal alone.
-std::string in_words_for_people(std::string_view reason) {
-  std::string text(reason);
-  const std::string doctor = std::string("; ") + kTryDoctor;
-  if (text.ends_with(doctor)) {
-    text.resize(text.size() - doctor.size());
-  }
-  std::vector<std::string> editions(gio::kEditions.begin(), gio::kEditions.end());
-  std::ranges::sort(editions, std::greater());  // a name may be the beginning of another
-  for (const std::string& id : editions) {
-    replace_all(text, "no application answers to " + id, "no mail application answers");
-    replace_all(text, id + ".desktop", "the entry of the mail application");
-    replace_all(text, id, "the mail application");
+/// Without what is advice at a terminal alone.
+std::string without_command(std::string text) {
+  const std::string command = std::string("; ") + kTryDoctor;
+  for (std::size_t at = text.find(command); at != std::string::npos; at = text.find(command, at)) {
+    text.erase(at, command.size());
   }
   return text;
 }
@@ -41,9 +22,7 @@ std::string in_words_for_people(std::string_view reason) {
 /// A line of a report as a sentence of a notification.
 std::string sentence_of(std::string_view line) {
   constexpr std::string_view kNotOpened = "not opened: ";
-  std::string sentence = line.starts_with(kNotOpened)
-                             ? in_words_for_people(line.substr(kNotOpened.size()))
-                             : std::string(line);
+  std::string sentence(line.substr(line.starts_with(kNotOpened) ? kNotOpened.size() : 0));
   if (!sentence.empty() && sentence[0] >= 'a' && sentence[0] <= 'z') {
     sentence[0] = static_cast<char>(sentence[0] - 'a' + 'A');
   }
@@ -75,7 +54,7 @@ std::optional<std::string> shown_report(std::string_view told, std::size_t most)
   if (told.find('\0') != std::string_view::npos || !foundation::is_utf8(told)) {
     return std::nullopt;
   }
-  return std::string(told) + (is_long ? "\n..." : "");
+  return without_command(std::string(told)) + (is_long ? "\n..." : "");
 }
 
 }  // namespace quoll::share

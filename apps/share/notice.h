@@ -14,11 +14,11 @@ struct Notice {
 };
 
 /// The notice for a share that ended with this number and wrote this on standard error. The body
-/// holds as many whole lines of it as a notification has room for, in words for people who know of
-/// no bus.
+/// holds as many whole lines of it as a notification has room for.
 [[nodiscard]] Notice notice_of(int code, std::string_view told);
 
-/// What a share wrote on standard error, to be shown: as many whole lines as `most` bytes hold, and
+/// What a share wrote on standard error, to be shown where there is no terminal to try commands: as
+/// many whole lines as `most` bytes hold, and
 /// "..." for the rest. A first line that is longer is cut between two characters. None when it is
 /// not text: the share has had other people's bytes in its hands.
 [[nodiscard]] std::optional<std::string> shown_report(std::string_view told, std::size_t most);

@@ -105,7 +105,7 @@ TEST_F(Nautilus, AServiceThatEndsIsShown) {
   install("exit");
   choose({"file:///home/u/x"});
   EXPECT_EQ(desktop.read_line(),
-            "Nothing was shared|The share ended early; quollctl doctor tells more.");
+            "Nothing was shared|The share ended early; choose the entry again.");
 }
 
 TEST_F(Nautilus, WithoutABusTheFileManagerGoesOn) {

@@ -58,6 +58,17 @@ TEST_F(ShareMenu, NobodyToReceive) {
   EXPECT_EQ(entry_->wait(), 1);
 }
 
+TEST_F(ShareMenu, NoCommandIsAdvisedWhereThereIsNoTerminal) {
+  bus_.add_service("it.vorlent.quoll2", "/bin/false");
+  choose();
+  request({{"urls", {"https://example.org/"}}});
+  EXPECT_EQ(last_word(),
+            (Json{{"error", 100},
+                  {"errorText",
+                   "not opened: the mail application could not be started: its program ended at "
+                   "once"}}));
+}
+
 TEST_F(ShareMenu, RequestsThatAreNone) {
   const std::string requests[] = {"",
                                   "5\n",
