@@ -245,7 +245,7 @@ int run(const Options& options, posix::UniqueFd taken_pipe) {
     return choose(options.client);
   }
   if (options.check) {
-    compose::try_folders();
+    compose::try_taking();
     return 0;
   }
   return options.show ? show(options.draft) : compose(options.urls, std::move(taken_pipe));

@@ -4,12 +4,15 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 #include <map>
 #include <utility>
 
 #include "apps/compose/compose_error.h"
+#include "apps/compose/draft_summary.h"
 #include "apps/compose/folders.h"
 #include "apps/compose/noted_sizes.h"
 #include "apps/compose/taken_draft.h"
@@ -57,6 +60,11 @@ bool waits_for_room(const std::string& draft, std::uint64_t need, const Disk& di
   return need <= disk.whole && !why_aside(draft) && access(message_file(draft).c_str(), F_OK) != 0;
 }
 
+std::string in_words(std::uint64_t size) {
+  constexpr auto kMost = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+  return size_text(static_cast<std::int64_t>(std::min(size, kMost)));
+}
+
 }  // namespace
 
 void require_room(std::uint64_t needed) {
@@ -75,17 +83,17 @@ void require_room(std::uint64_t needed) {
     }
   }
   if (needed > disk.free) {
-    throw ComposeError("there is no room for the draft: " + std::to_string(needed) +
-                       " bytes are needed in " + drafts_folder());
+    throw ComposeError(
+        "there is no room for the draft: " + in_words(needed) + " are needed in " + drafts_folder(),
+        "make room on its disk");
   }
 }
 
 std::optional<std::string> why_never(int taken_folder) {
   const std::uint64_t need = noted_sizes(taken_folder).message;
-  return need <= disk_of_drafts().whole
-             ? std::nullopt
-             : std::optional("it needs " + std::to_string(need) +
-                             " bytes, which is more than the whole disk has");
+  return need <= disk_of_drafts().whole ? std::nullopt
+                                        : std::optional("it needs " + in_words(need) +
+                                                        ", which is more than the whole disk has");
 }
 
 }  // namespace quoll::compose

@@ -15,7 +15,6 @@
 
 #include "apps/compose/compose_error.h"
 #include "apps/compose/draft_thread.h"
-#include "apps/compose/folders.h"
 #include "apps/compose/hand_over.h"
 #include "apps/compose/notifications.h"
 #include "apps/compose/taker.h"
@@ -99,7 +98,7 @@ class Service final : public gio::ApplicationService {
   // There is no window to show. Whoever wants to know whether drafts can be kept asks by this.
   void activate(const gio::ActivationTokens& /*tokens*/, GDBusMethodInvocation* call) override {
     try {
-      try_folders();
+      try_taking();
       g_dbus_method_invocation_return_value(call, nullptr);
     } catch (const ComposeError& reason) {
       g_dbus_method_invocation_return_error_literal(call, G_DBUS_ERROR, G_DBUS_ERROR_FAILED,

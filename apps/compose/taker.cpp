@@ -25,6 +25,7 @@
 #include "quoll/linux/posix/exclusive_rename.h"
 #include "quoll/linux/posix/file_contents.h"
 #include "quoll/linux/posix/temporary_item.h"
+#include "quoll/linux/posix/writing_trial.h"
 #include "quoll/message/command_launcher.h"
 #include "quoll/message/received_command.h"
 
@@ -233,6 +234,11 @@ std::vector<TakenDraft> take(const std::vector<std::string>& urls) {
     throw;
   }
   return promised;
+}
+
+void try_taking() {
+  try_folders();
+  require_room(posix::kSmallDraft);
 }
 
 std::string report_of(const std::vector<TakenDraft>& drafts) {

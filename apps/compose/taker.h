@@ -14,6 +14,9 @@ namespace quoll::compose {
 /// drafts beside all that wait, or when there are more than 256.
 [[nodiscard]] std::vector<TakenDraft> take(const std::vector<std::string>& urls);
 
+/// Throws what `take` would throw for a draft of 64 KiB. Takes nothing.
+void try_taking();
+
 /// What a sender is told that asked for it: for each draft the path that its message file will
 /// have, then a line `NAME: REASON` for each file that was left out, with control characters as
 /// escapes. An empty line stands between two drafts.

@@ -109,6 +109,16 @@ TEST_F(DraftsOnASmallDisk, RoomIsCountedOverAllThatWaits) {
   EXPECT_EQ(home_.compose({ReceiverHome::url({path})}).status, 0) << "alone it has room";
 }
 
+TEST_F(DraftsOnASmallDisk, WhoAsksIsToldWhatATakenDraftWouldBeTold) {
+  EXPECT_EQ(home_.compose({"--check"}).status, 0);
+  add_large_waiting("20200101-000000", 1'500'000);
+  const auto refused = home_.compose({"--check"});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_TRUE(holds(refused.errors, "there is no room for the draft: 2.1 MB are needed in ") &&
+              holds(refused.errors, "; make room on its disk\n"))
+      << refused.errors;
+}
+
 TEST_F(DraftsOnASmallDisk, SizesWithoutASumNeedMoreThanThereIs) {
   constexpr std::uint64_t kFirst = (std::uint64_t{1} << 63U) - 4096;
   constexpr std::uint64_t kLeft =
@@ -149,7 +159,7 @@ TEST_F(DraftsOnASmallDisk, WhatIsLargerThanTheDiskIsSetAsideAtOnce) {
   EXPECT_EQ(home_.compose({"quoll://compose?subject=next"}).status, 0)
       << "the large one is another's";
   EXPECT_EQ(home_.drafts().size(), 1U);
-  EXPECT_TRUE(holds(listed(), "  set aside: it needs 5478770 bytes, which is more than the whole"))
+  EXPECT_TRUE(holds(listed(), "  set aside: it needs 5.5 MB, which is more than the whole"))
       << listed();
   EXPECT_EQ(home_.compose({"quoll://compose?subject=next"}).status, 0);
 }
