@@ -5,6 +5,8 @@
 #include <chrono>
 #include <future>
 
+#include "quoll/records/addressable.h"
+
 namespace quoll {
 namespace {
 
@@ -50,6 +52,37 @@ TEST(Message, ItsUrlWaitsForItsLock) {
   const auto url = made_meanwhile(*message, [&] { return message->queryUrl("compose"); });
   ASSERT_NE(url, nullptr);
   EXPECT_EQ(url->absoluteString(), "quoll://compose?attachment_0=%2Flate");
+}
+
+/// A recipient that sees, when it is asked for its address, whether another thread can have the
+/// message.
+class Watching final : public foundation::Object, public Addressable {
+ public:
+  explicit Watching(const ExtensionMessage& message) : message_(message) {}
+
+  [[nodiscard]] foundation::Value address() const override {
+    other_ = std::async(std::launch::async, [this] { message_.synchronized().unlock(); });
+    was_locked = other_.wait_for(std::chrono::milliseconds(200)) == std::future_status::timeout;
+    return "a@h";
+  }
+  [[nodiscard]] std::string_view class_name() const override { return "Watching"; }
+  [[nodiscard]] std::string description() const override { return "Watching"; }
+
+  mutable bool was_locked = false;
+
+ private:
+  const ExtensionMessage& message_;
+  mutable std::future<void> other_;
+};
+
+TEST(Message, IsLockedWhileItsUrlIsMade) {
+  const auto message = ExtensionMessage::make();
+  const auto recipient = std::make_shared<Watching>(*message);
+  message->to().addObject(recipient);
+  const auto url = message->queryUrl("compose");
+  ASSERT_NE(url, nullptr);
+  EXPECT_EQ(url->absoluteString(), "quoll://compose?to=a%40h%3B");
+  EXPECT_TRUE(recipient->was_locked);
 }
 
 TEST(Message, ItsHtmlWaitsForItsLock) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 
 #include "tests/share/scripted_share.h"
 #include "tests/support/failing_files.h"
@@ -117,6 +118,25 @@ TEST(ShareViewController, LoadsItsViewInFourSteps) {
   queue->run();
   EXPECT_EQ(events.all().back(), "load public.url");
   EXPECT_EQ(events.all().size(), 5U);
+}
+
+TEST(ShareViewController, EmptiesTheStagingFolderBeforeItsViewIsMade) {
+  test::ShareTest desktop;
+  const auto files = std::make_shared<test::FailingFiles>(posix::make_file_manager());
+  int removals = 0;
+  files->at_call = [&](test::FailingFiles::Operation operation) {
+    if (operation == test::FailingFiles::Operation::kRemove && ++removals == 1) {
+      throw std::runtime_error("the view is not loaded");
+    }
+  };
+  platform::Desktop failing = *platform::current_desktop();
+  failing.files = files;
+  failing.queue = std::make_shared<test::HeldQueue>();
+  const platform::ScopedDesktop scoped(std::move(failing));
+  ShareViewController controller;
+  EXPECT_THROW(controller.view(), std::runtime_error);
+  EXPECT_NE(controller.view(), nullptr);
+  EXPECT_EQ(removals, 2) << "a view that was made already is not loaded again";
 }
 
 TEST(ShareViewController, EmptiesTheStagingFolderFirst) {
