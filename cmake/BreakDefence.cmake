@@ -3,8 +3,9 @@
 # so that what is installed holds no switches that turn defences off.
 set(QUOLL_BREAK "" CACHE STRING "The defence of tests/defences that is built broken")
 
-# A promise of docs/security.md, docs/limits.md or docs/reliability.md. TAKES, which FILE has once,
-# becomes GIVES; SHOWN_BY is the test that fails then, as the test runner and as the program names it.
+# A promise of docs/security.md, docs/limits.md or docs/reliability.md, or a rule of the library.
+# TAKES, which FILE has once, becomes GIVES; SHOWN_BY is the test that fails then, as the test runner
+# and as the program names it.
 #   quoll_defence(url_length FILE quoll/message/command_url.cpp TAKES "limit = 3" GIVES "limit = 4"
 #                 SHOWN_BY message CommandUrl.RefusesWhatIsTooLong)
 function(quoll_defence name)
