@@ -107,11 +107,11 @@ TEST_F(KeptDrafts, AreOpenedWithTheClientOrWithWhatOpensMessageFiles) {
       << none.errors;
   EXPECT_EQ(none.output, "");
   add_viewer();
-  EXPECT_EQ(compose({"--open", name}).output, "The draft was opened with A Viewer.\n");
+  ASSERT_EQ(compose({"--open", name}).output, "The draft was opened with A Viewer.\n");
   EXPECT_EQ(given(), Words{home_.drafts().front()});
   forget_client();
   choose("thunderbird", "The Bird");
-  EXPECT_EQ(compose({"--open", name}).output, "The draft was opened with The Bird.\n");
+  ASSERT_EQ(compose({"--open", name}).output, "The draft was opened with The Bird.\n");
   EXPECT_EQ(given(), Words{home_.drafts().front()});
   EXPECT_TRUE(holds(listed(), "  kept: ")) << "it was looked at";
 }
@@ -123,12 +123,12 @@ TEST_F(KeptDrafts, AreGivenAgainAsAMessageFile) {
   EXPECT_EQ(none.output, "");
   EXPECT_TRUE(holds(listed(), "  kept: "));
   choose("thunderbird", "The Bird");
-  EXPECT_EQ(compose({"--again", name}).output, "The draft was given to The Bird.\n");
+  ASSERT_EQ(compose({"--again", name}).output, "The draft was given to The Bird.\n");
   EXPECT_EQ(given(), Words{home_.drafts().front()});
   EXPECT_TRUE(is_marked());
   EXPECT_TRUE(holds(listed(), "  given  "));
   forget_client();
-  EXPECT_EQ(compose({"--again", name}).status, 0) << "and once more";
+  ASSERT_EQ(compose({"--again", name}).status, 0) << "and once more";
   EXPECT_EQ(given(), Words{home_.drafts().front()});
 }
 
@@ -141,18 +141,18 @@ TEST_F(KeptDrafts, AreGivenAgainByTheCommandLineWhileTheFilesAreThere) {
   forget_client();
   fs::remove(given_folder() + "/given");  // the end of the client was not seen
   EXPECT_TRUE(holds(listed(), "  perhaps given  ")) << listed();
-  EXPECT_EQ(compose({"--again", name}).output, "The draft was given to Claws.\n");
+  ASSERT_EQ(compose({"--again", name}).output, "The draft was given to Claws.\n");
   EXPECT_EQ(given(), first);
   EXPECT_EQ(read_file(home_.drafts().front()), message) << "its name and its bytes stay";
   EXPECT_TRUE(holds(listed(), "  given  "));
   forget_client();
   add_client_program("bin/thunderbird");
   add_client("thunderbird", "The Bird", "thunderbird --flag %u");
-  EXPECT_EQ(compose({"--again", name, "--client", "the bird"}).output,
+  ASSERT_EQ(compose({"--again", name, "--client", "the bird"}).output,
             "The draft was given to The Bird.\n");
   EXPECT_EQ(given(), Words{home_.drafts().front()});
   forget_client();
-  EXPECT_EQ(compose({"--again", name}).output, "The draft was given to Claws.\n")
+  ASSERT_EQ(compose({"--again", name}).output, "The draft was given to Claws.\n")
       << "the choice stays";
   EXPECT_EQ(given(), first) << "nothing of the first client's files went";
 }
@@ -202,7 +202,7 @@ TEST_F(KeptDrafts, OneThatNoClientTookIsGivenAgainWithItsFiles) {
     choose("claws-mail", "Claws");
     const std::string name = fs::path(home_.drafts().front()).stem().string();
     const Ended ended = compose({"--again", name});
-    EXPECT_EQ(ended.output, "The draft was given to Claws.\n") << row.reason << ended.errors;
+    ASSERT_EQ(ended.output, "The draft was given to Claws.\n") << row.reason << ended.errors;
     const Words words = given();
     EXPECT_TRUE(std::ranges::find(words, given_folder() + "/files/0/a.txt") != words.end())
         << row.reason;
