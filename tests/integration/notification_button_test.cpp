@@ -13,7 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-constexpr const char* kName = "it.vorlent.quoll2";
+constexpr const char* kService = "it.vorlent.quoll2";
 
 class NotificationButton : public MailClientTest {
  protected:
@@ -26,16 +26,16 @@ class NotificationButton : public MailClientTest {
   [[nodiscard]] std::unique_ptr<Process> start_service() const {
     auto service = std::make_unique<Process>(Words{QUOLL_COMPOSE, "--service", "--idle", "0.2"},
                                              home_.bus.environment());
-    EXPECT_EQ(run({"gdbus", "wait", "--session", kName}, home_.bus.environment()).status, 0);
+    EXPECT_EQ(run({"gdbus", "wait", "--session", kService}, home_.bus.environment()).status, 0);
     return service;
   }
   void open(const std::string& url) const {
-    EXPECT_EQ(
-        run({"gdbus", "call", "--session", "--dest", kName, "--object-path", "/it/vorlent/quoll2",
-             "--method", "org.freedesktop.Application.Open", "['" + url + "']", "{}"},
-            home_.bus.environment())
-            .status,
-        0);
+    EXPECT_EQ(run({"gdbus", "call", "--session", "--dest", kService, "--object-path",
+                   "/it/vorlent/quoll2", "--method", "org.freedesktop.Application.Open",
+                   "['" + url + "']", "{}"},
+                  home_.bus.environment())
+                  .status,
+              0);
   }
   void expect_kept_with_button() const {
     EXPECT_EQ(desktop_->read_line(), "The draft is kept|no mail client is chosen for mail links.");
@@ -91,9 +91,9 @@ TEST_F(NotificationButton, KeepsTheServiceButNotFromEnding) {
   open("quoll://compose?subject=x");
   expect_kept_with_button();
   std::this_thread::sleep_for(1s);  // far more than the idle time
-  EXPECT_EQ(
-      run({"gdbus", "wait", "--session", "--timeout", "1", kName}, home_.bus.environment()).status,
-      0)
+  EXPECT_EQ(run({"gdbus", "wait", "--session", "--timeout", "1", kService}, home_.bus.environment())
+                .status,
+            0)
       << "it waits for the person";
   EXPECT_FALSE(was_started()) << "the button of another program was pressed";
   kill(service->id(), SIGTERM);
@@ -120,7 +120,7 @@ TEST_F(NotificationButton, EndsWithItsTime) {
   int answered = 0;
   int ended = 0;
   const auto start = std::chrono::steady_clock::now();
-  gio::send_notification(bus, kName, "summary", "body", [&] { ++answered; },
+  gio::send_notification(bus, kService, "summary", "body", [&] { ++answered; },
                          {.label = "Open",
                           .longest = 300ms,
                           .chosen = [](const auto&) { ADD_FAILURE() << "nobody pressed it"; },

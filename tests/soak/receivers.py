@@ -83,14 +83,16 @@ class Receivers:
             await asyncio.sleep(0.01)
 
     async def _resume(self):
-        return await self.home.start("compose", "--resume", more=self.home.desktop,
-                                     stdout=asyncio.subprocess.DEVNULL)
+        with open(self.home.root / "login", "wb") as told:
+            return await self.home.start("compose", "--resume", more=self.home.desktop, stdout=told)
 
     async def _judge(self, process):
         status = await process.wait()
         self.figures.counts["logins"] += 1
         if status not in (0, -signal.SIGKILL):
-            self.figures.loss(f"quoll-compose --resume ended with {status}")
+            told = (self.home.root / "login").read_text().splitlines()
+            reasons = [line for line in told if " waits: " in line or " set aside: " in line]
+            self.figures.loss(f"quoll-compose --resume ended with {status}: {reasons}")
 
     async def _next_call(self):
         self.launches.handed_on.clear()
