@@ -1,5 +1,7 @@
 #include "apps/compose/notifications.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -11,7 +13,6 @@
 #include "apps/compose/hand_over.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/linux/gio/notification.h"
-#include "quoll/linux/gio/session_bus.h"
 #include "quoll/platform/log.h"
 
 namespace quoll::compose {
@@ -19,9 +20,6 @@ namespace quoll::compose {
 namespace {
 
 using State = Outcome::State;
-
-/// For so long the button of a notification can be pressed.
-constexpr std::chrono::minutes kLongest{5};
 
 const char* summary_of(const Outcome& outcome) {
   switch (outcome.state) {
@@ -67,6 +65,17 @@ void start_opening(const std::string& draft, const gio::ActivationTokens& tokens
     platform::log("the draft %@ cannot be opened: %@", draft, error.message());
   }
   g_strfreev(environment);
+}
+
+/// Opens the draft that the notification was about.
+void open_when_pressed(const std::string& draft, const gio::ActivationTokens& tokens,
+                       const struct stat& shown) {
+  struct stat present {};
+  if (stat(message_file(draft).c_str(), &present) != 0 || present.st_dev != shown.st_dev ||
+      present.st_ino != shown.st_ino) {
+    return;  // deleted; another may have its name by now
+  }
+  start_opening(draft, tokens);
 }
 
 void add_left_out(Lines& body, const LeftOutFiles& files) {
@@ -169,36 +178,26 @@ std::vector<Notification> NotificationQueue::take() {
   return shown;
 }
 
-void send(GDBusConnection* bus, const Notification& notification, std::function<void()> answered,
-          std::function<void()> ended) {
-  gio::send_notification(
-      bus, kNotifyingEntry, notification.summary, notification.body, std::move(answered),
-      {.label = notification.draft.empty() ? "" : "Open",
-       .longest = kLongest,
-       .chosen = [draft = notification.draft](const auto& tokens) { start_opening(draft, tokens); },
-       .ended = std::move(ended)});
+void send(gio::NotificationButtons& buttons, GDBusConnection* bus, const Notification& notification,
+          std::function<void()> answered) {
+  struct stat shown {};
+  if (notification.draft.empty() || stat(message_file(notification.draft).c_str(), &shown) != 0) {
+    gio::send_notification(bus, kNotifyingEntry, notification.summary, notification.body,
+                           std::move(answered));
+    return;
+  }
+  buttons.send(kNotifyingEntry, notification.summary, notification.body, std::move(answered),
+               [draft = notification.draft, shown](const gio::ActivationTokens& tokens) {
+                 open_when_pressed(draft, tokens, shown);
+               });
 }
 
 void show_and_wait(const std::vector<Notification>& notifications) {
-  using std::chrono::steady_clock;
-  constexpr std::chrono::seconds kTimeOut{5};
-  gio::SessionBus session;
-  GDBusConnection* const bus =
-      notifications.empty() ? nullptr : session.connection(steady_clock::now() + kTimeOut);
-  std::size_t sent = 0;
-  std::size_t answered = 0;
-  std::size_t ended = 0;
-  for (const Notification& notification : notifications) {
-    if (bus == nullptr || answered != sent) {
-      break;
-    }
-    ++sent;
-    send(
-        bus, notification, [&] { ++answered; }, [&] { ++ended; });
-    gio::run_main_context_until(steady_clock::now() + kTimeOut, [&] { return answered == sent; });
-  }
-  gio::run_main_context_until(steady_clock::now() + kLongest + 2 * kTimeOut,
-                              [&] { return ended == sent; });
+  constexpr std::chrono::milliseconds kTimeOut{5000};
+  static_cast<void>(std::ranges::all_of(notifications, [&](const Notification& notification) {
+    return gio::show_notification(kNotifyingEntry, notification.summary, notification.body,
+                                  kTimeOut);
+  }));
 }
 
 }  // namespace quoll::compose

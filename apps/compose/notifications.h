@@ -2,6 +2,7 @@
 
 #include <gio/gio.h>
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <mutex>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "apps/compose/outcome.h"
+#include "quoll/linux/gio/notification_buttons.h"
 
 namespace quoll::compose {
 
@@ -58,15 +60,17 @@ class NotificationQueue {
 /// The receiver's desktop entry, in whose name they are shown.
 inline constexpr const char* kNotifyingEntry = "it.vorlent.quoll2";
 
-/// Sends one without waiting. `answered` is called once, as `gio::send_notification` does, then
-/// `ended` once, when its button cannot be pressed any more, after 5 minutes at the latest. A
-/// button starts this program anew, which opens the draft, so nothing is held up by a client.
-void send(GDBusConnection* bus, const Notification& notification, std::function<void()> answered,
-          std::function<void()> ended);
+/// For so long the button "Open" of a notification can be pressed.
+inline constexpr std::chrono::minutes kButtonTime{5};
 
-/// Shows these on the desktop, and waits until they are shown: up to 5 seconds for each, and not
-/// for others once one is not shown; then until no button can be pressed any more. Runs the default
-/// main context of this thread.
+/// Sends one without waiting, with a button when it is about a draft that can be opened. `answered`
+/// is called as `gio::send_notification` does. The button starts this program anew, which opens the
+/// draft, so nothing is held up by a client.
+void send(gio::NotificationButtons& buttons, GDBusConnection* bus, const Notification& notification,
+          std::function<void()> answered);
+
+/// Shows these on the desktop, without buttons, and waits until they are shown: up to 5 seconds for
+/// each, and not for others once one is not shown. Runs the default main context of this thread.
 void show_and_wait(const std::vector<Notification>& notifications);
 
 }  // namespace quoll::compose

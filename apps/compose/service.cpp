@@ -69,6 +69,7 @@ class Service final : public gio::ApplicationService {
     g_unix_fd_add(told_to_end, G_IO_IN, stop_when_told, this);
     std::signal(SIGALRM, SIG_DFL);
     std::signal(SIGTERM, end_within_a_second);
+    buttons_.emplace(bus(), "Open", kButtonTime);
     thread_.emplace(writer, has_desktop() ? Earlier::kAreGoneOnWith : Earlier::kAreLeft,
                     listener());
     run(idle);
@@ -107,7 +108,7 @@ class Service final : public gio::ApplicationService {
   }
 
   [[nodiscard]] bool busy() const override {
-    return thread_->busy() || open_ != 0 || !notifications_.empty();
+    return thread_->busy() || shown_ != 0 || !notifications_.empty() || !buttons_->empty();
   }
 
   DraftThread::Listener listener() {
@@ -138,21 +139,17 @@ class Service final : public gio::ApplicationService {
     }
     for (const Notification& one : notifications_.take()) {
       ++shown_;
-      ++open_;
-      send(
-          bus(), one,
-          [this] {
-            --shown_;
-            show_notifications();
-          },
-          [this] { --open_; });
+      send(*buttons_, bus(), one, [this] {
+        --shown_;
+        show_notifications();
+      });
     }
   }
 
   NotificationQueue notifications_{
       [this] { g_idle_add_full(G_PRIORITY_DEFAULT, show_soon, this, nullptr); }};
   std::size_t shown_ = 0;  ///< notifications that are not answered
-  std::size_t open_ = 0;   ///< notifications that may have a button still
+  std::optional<gio::NotificationButtons> buttons_;
   std::optional<DraftThread> thread_;
 };
 

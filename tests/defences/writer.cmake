@@ -148,14 +148,27 @@ quoll_defence(notifications_wait_for_answers FILE ${file}
   TAKES "    if (shown_ != 0) {\n" GIVES "    if (shown_ > 100) {\n"
   SHOWN_BY draft_states Ending.WhatComesBeforeTheDesktopHasAnsweredBecomesFew)
 quoll_defence(a_button_keeps_the_service FILE ${file}
-  TAKES "thread_->busy() || open_ != 0" GIVES "thread_->busy() || shown_ != 0"
+  TAKES " || !buttons_->empty()" GIVES ""
   SHOWN_BY mail_client NotificationButton.KeepsTheServiceButNotFromEnding)
-quoll_defence(buttons_of_others_are_not_ours FILE quoll/linux/gio/notification.cpp
-  TAKES " || number != self->number_) {" GIVES ") {"
+set(file quoll/linux/gio/notification_buttons.cpp)
+quoll_defence(buttons_of_others_are_not_ours FILE ${file}
+  TAKES "const auto button = find(notification);" GIVES "const auto button = buttons_.begin();"
   SHOWN_BY mail_client NotificationButton.KeepsTheServiceButNotFromEnding)
-quoll_defence(a_button_has_its_time FILE quoll/linux/gio/notification.cpp
-  TAKES "static_cast<guint>(self->action_.longest.count())" GIVES "3'600'000U"
-  SHOWN_BY mail_client NotificationButton.EndsWithItsTime)
+quoll_defence(a_button_has_its_time FILE ${file}
+  TAKES "steady_clock::now() + longest_" GIVES "steady_clock::now() + 1000 * longest_"
+  SHOWN_BY mail_client NotificationButtonsOfAProgram.EndWithTheirTime)
+quoll_defence(few_buttons_at_a_time FILE ${file}
+  TAKES "kMost = 16" GIVES "kMost = 1600"
+  SHOWN_BY mail_client NotificationButtonsOfAProgram.OnlyTheNewestSixteenCanBePressed)
+quoll_defence(buttons_end_with_their_desktop FILE ${file}
+  TAKES "static_cast<Shown*>(data)->buttons_.clear();" GIVES "static_cast<void>(data);"
+  SHOWN_BY mail_client NotificationButtonsOfAProgram.EndWithTheDesktopThatHasThem)
+quoll_defence(a_number_names_the_newest FILE ${file}
+  TAKES "    remove(notification);  //" GIVES "    //"
+  SHOWN_BY mail_client NotificationButtonsOfAProgram.ANumberThatIsGivenAgainNamesTheNewer)
+quoll_defence(a_button_opens_its_own_draft FILE apps/compose/notifications.cpp
+  TAKES "present.st_ino != shown.st_ino" GIVES "false"
+  SHOWN_BY mail_client NotificationButton.OpensNoLaterDraftOfTheName)
 quoll_defence(no_process_is_no_end FILE apps/compose/writer_server.cpp
   TAKES "return {.end = WriterEnd::kNotNow,\n" GIVES "return {.end = WriterEnd::kStopped,\n"
   SHOWN_BY draft_states Ending.WithoutAProcessForItADraftWaitsAndItIsSaid)

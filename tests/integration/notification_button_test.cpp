@@ -1,9 +1,10 @@
 // The button "Open" of a notification about a draft that is kept.
 #include <chrono>
 #include <csignal>
+#include <fstream>
 #include <thread>
 
-#include "quoll/linux/gio/notification.h"
+#include "quoll/linux/gio/notification_buttons.h"
 #include "quoll/linux/gio/session_bus.h"
 #include "tests/integration/client_home.h"
 
@@ -43,6 +44,13 @@ class NotificationButton : public MailClientTest {
     EXPECT_EQ(desktop_->read_line(), "[Open]");
   }
 
+  /// The person of "later" and "same" presses the buttons of these notifications.
+  void press(const std::string& numbers) const {
+    const std::string file = home_.bus.path("pressed");
+    std::ofstream(file + ".part") << numbers;
+    fs::rename(file + ".part", file);
+  }
+
   std::unique_ptr<Process> desktop_;
 };
 
@@ -57,12 +65,29 @@ TEST_F(NotificationButton, OpensTheDraftWithTheTokenOfTheDesktop) {
   EXPECT_EQ(service->wait(), 0) << "nothing more can be done";
 }
 
-TEST_F(NotificationButton, OpensTheDraftOfAProgramThatHasNoService) {
+TEST_F(NotificationButton, OpensNoLaterDraftOfTheName) {
+  add_viewer();
+  start_desktop("later:" + home_.bus.path("pressed"));
+  const auto service = start_service();
+  open("quoll://compose?subject=x");
+  expect_kept_with_button();
+  const fs::path draft = home_.drafts().front();
+  fs::copy_file(draft, draft.string() + ".later");
+  fs::rename(draft.string() + ".later", draft);
+  press("1\n");
+  EXPECT_EQ(service->wait(), 0);
+  std::this_thread::sleep_for(500ms);  // it would be opened by another program
+  EXPECT_FALSE(was_started());
+}
+
+TEST_F(NotificationButton, AProgramThatEndsHasNone) {
   add_viewer();
   start_desktop("press");
   EXPECT_EQ(compose({"quoll://compose?subject=x"}).status, 0);
-  expect_kept_with_button();
-  EXPECT_EQ(given(), Words{home_.drafts().front()});
+  EXPECT_TRUE(desktop_->read_line().starts_with("The draft is kept|"));
+  EXPECT_EQ(desktop_->read_line(), home_.drafts().front());
+  EXPECT_EQ(compose({"quoll://send"}).status, 1);
+  EXPECT_TRUE(desktop_->read_line().starts_with("There is no draft|"));
 }
 
 TEST_F(NotificationButton, WhatItCannotOpenIsSaid) {
@@ -111,24 +136,84 @@ TEST_F(NotificationButton, IsOnlyThereWhereTheDraftCanBeOpened) {
   EXPECT_TRUE(desktop_->read_line().starts_with("There is no draft|")) << "the other had no button";
 }
 
-TEST_F(NotificationButton, EndsWithItsTime) {
+/// The buttons of this program.
+class NotificationButtonsOfAProgram : public NotificationButton {
+ protected:
+  void SetUp() override {
+    const std::string address = home_.bus.environment().at("DBUS_SESSION_BUS_ADDRESS").value();
+    connection_.reset(g_dbus_connection_new_for_address_sync(
+        address.c_str(),
+        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+        nullptr, nullptr, nullptr));
+    bus_ = connection_.get();
+    ASSERT_NE(bus_, nullptr);
+  }
+  void send(gio::NotificationButtons& buttons, int number) {
+    bool is_answered = false;
+    buttons.send(
+        kService, "summary", "body", [&] { is_answered = true; },
+        [this, number](const auto&) { pressed_.push_back(number); });
+    run_until([&] { return is_answered; });
+  }
+  template <typename Done>
+  void run_until(const Done& done) {
+    gio::run_main_context_until(std::chrono::steady_clock::now() + 10s, done);
+    EXPECT_TRUE(done());
+  }
+
+  gio::ObjectHandle<GDBusConnection> connection_;  // that of the process outlives a test's bus
+  GDBusConnection* bus_ = nullptr;
+  std::vector<int> pressed_;
+};
+
+TEST_F(NotificationButtonsOfAProgram, EndWithTheirTime) {
   start_desktop("leave");
-  const ScopedEnvironment scoped(home_.bus.environment());
-  gio::SessionBus session;
-  GDBusConnection* const bus = session.connection(std::chrono::steady_clock::now() + 60s);
-  ASSERT_NE(bus, nullptr);
-  int answered = 0;
-  int ended = 0;
+  gio::NotificationButtons buttons(bus_, "Open", 300ms);
   const auto start = std::chrono::steady_clock::now();
-  gio::send_notification(bus, kService, "summary", "body", [&] { ++answered; },
-                         {.label = "Open",
-                          .longest = 300ms,
-                          .chosen = [](const auto&) { ADD_FAILURE() << "nobody pressed it"; },
-                          .ended = [&] { ++ended; }});
-  gio::run_main_context_until(start + 60s, [&] { return ended != 0; });
+  send(buttons, 1);
+  EXPECT_FALSE(buttons.empty());
+  run_until([&] { return buttons.empty(); });
   EXPECT_GE(std::chrono::steady_clock::now() - start, 300ms);
-  EXPECT_EQ(answered, 1);
-  EXPECT_EQ(ended, 1);
+  EXPECT_TRUE(pressed_.empty());
+}
+
+TEST_F(NotificationButtonsOfAProgram, OnlyTheNewestSixteenCanBePressed) {
+  start_desktop("later:" + home_.bus.path("pressed"));
+  gio::NotificationButtons buttons(bus_, "Open", 1h);
+  for (int number = 1; number <= 17; ++number) {
+    send(buttons, number);
+  }
+  press("1\n2\n17\n");
+  run_until([&] { return pressed_.size() >= 2; });
+  EXPECT_EQ(pressed_, (std::vector{2, 17}));
+}
+
+TEST_F(NotificationButtonsOfAProgram, ANumberThatIsGivenAgainNamesTheNewer) {
+  start_desktop("same:" + home_.bus.path("pressed"));
+  gio::NotificationButtons buttons(bus_, "Open", 1h);
+  send(buttons, 1);
+  send(buttons, 2);
+  press("1\n1\n");
+  run_until([&] { return buttons.empty(); });
+  EXPECT_EQ(pressed_, std::vector{2});
+}
+
+TEST_F(NotificationButtonsOfAProgram, EndWithTheDesktopThatHasThem) {
+  start_desktop("leave");
+  gio::NotificationButtons buttons(bus_, "Open", 1h);
+  send(buttons, 1);
+  EXPECT_FALSE(buttons.empty());
+  desktop_.reset();
+  run_until([&] { return buttons.empty(); });
+}
+
+TEST_F(NotificationButtonsOfAProgram, EndWithTheBus) {
+  start_desktop("leave");
+  gio::NotificationButtons buttons(bus_, "Open", 1h);
+  send(buttons, 1);
+  g_dbus_connection_close_sync(bus_, nullptr, nullptr);
+  run_until([&] { return buttons.empty(); });
 }
 
 }  // namespace

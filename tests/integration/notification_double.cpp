@@ -1,10 +1,13 @@
 // A desktop that shows notifications, for the tests: it prints them. With an argument it has
 // buttons, which it prints too: with "press" a person presses each, with "close" the notification
-// is closed, with "leave" only those of another program are pressed and closed.
+// is closed, with "leave" only those of another program are pressed and closed. With "later:FILE"
+// the numbers of the notifications whose buttons are pressed are written into that file, a line
+// each; with "same:FILE" too, but all notifications have the number 1.
 #include <gio/gio.h>
 
 #include <cstdint>
 #include <cstdio>
+#include <fstream>
 #include <string>
 #include <string_view>
 
@@ -32,6 +35,21 @@ void emit(GDBusConnection* bus, const char* signal, GVariant* parameters) {
 void press(GDBusConnection* bus, std::uint32_t number, const char* action) {
   emit(bus, "ActivationToken", g_variant_new("(us)", number, "token-9"));
   emit(bus, "ActionInvoked", g_variant_new("(us)", number, action));
+}
+
+bool does(std::string_view what) {
+  return person.starts_with(what);
+}
+
+gboolean press_named(gpointer bus) {
+  const std::string file = person.substr(person.find(':') + 1);
+  if (std::ifstream numbers(file); numbers) {
+    std::remove(file.c_str());
+    for (std::uint32_t number = 0; numbers >> number;) {
+      press(static_cast<GDBusConnection*>(bus), number, "open");
+    }
+  }
+  return G_SOURCE_CONTINUE;
 }
 
 void be_that_person(GDBusConnection* bus, std::uint32_t number, const char* action) {
@@ -70,9 +88,12 @@ void called(GDBusConnection* bus, const char*, const char*, const char*, const c
   }
   std::fflush(stdout);
   static std::uint32_t number = 0;
-  ++number;
+  number = does("same:") ? 1 : number + 1;
   g_dbus_method_invocation_return_value(call, g_variant_new("(u)", number));
-  if (has_button) {
+  if (does("later:") || does("same:")) {
+    static const guint timer = g_timeout_add(10, press_named, bus);
+    static_cast<void>(timer);
+  } else if (has_button) {
     be_that_person(bus, number, action);
   }
 }

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <gio/gio.h>
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "quoll/linux/gio/activation_tokens.h"
+
+namespace quoll::gio {
+
+/// The notifications of a program with a button that can be pressed. It can be until it was, the
+/// notification was closed, its time is over, the desktop's program for notifications has ended, or
+/// sixteen newer ones have one. Belongs to a thread that runs the default main context.
+class NotificationButtons {
+ public:
+  /// Told that the button was pressed; the desktop may have given a token for the window to come.
+  /// It must not raise.
+  using Pressed = std::function<void(const ActivationTokens& tokens)>;
+
+  /// Each button has this label and can be pressed for so long.
+  NotificationButtons(GDBusConnection* bus, std::string label, std::chrono::milliseconds longest);
+  NotificationButtons(const NotificationButtons&) = delete;
+  NotificationButtons& operator=(const NotificationButtons&) = delete;
+  ~NotificationButtons();
+
+  /// Sends a notification, with the button where the desktop has buttons. `answered` is called as
+  /// `send_notification` does.
+  void send(const std::string& entry, const std::string& summary, const std::string& body,
+            std::function<void()> answered, Pressed pressed);
+
+  /// True when none can be pressed. A notification that is not answered yet has none.
+  [[nodiscard]] bool empty() const;
+
+ private:
+  class Shown;
+  class Sending;
+  std::shared_ptr<Shown> shown_;
+};
+
+}  // namespace quoll::gio
