@@ -7,7 +7,9 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <iterator>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <thread>
 #include <tuple>
 
@@ -76,8 +78,7 @@ void add(std::vector<ListedDraft>& drafts, ListedDraft draft, const std::string&
 
 std::vector<ListedDraft> list_drafts() {
   std::vector<ListedDraft> drafts;
-  const std::vector<std::string> taken = taken_drafts();
-  for (const std::string& name : taken) {
+  for (const std::string& name : taken_drafts()) {
     const std::string path = taken_folder() + "/" + name;
     const auto reason = why_aside(name);
     add(drafts,
@@ -89,10 +90,13 @@ std::vector<ListedDraft> list_drafts() {
          .files = exists(path + "/files") ? path + "/files" : ""},
         path + "/command");
   }
+  std::set<std::string> listed;
+  std::ranges::transform(drafts, std::inserter(listed, listed.end()), &ListedDraft::name);
   for (const std::string& file : names_in(drafts_folder())) {
     const std::string name =
         file.substr(0, file.size() - std::min(file.size(), kMessageEnding.size()));
-    const bool is_taken = std::ranges::find(taken, name) != taken.end();
+    // What was taken may have been written and gone from there since.
+    const bool is_taken = listed.contains(name);
     if (file.ends_with(kMessageEnding) && is_draft_name(name) && !is_taken) {
       add(drafts, written_draft(name), message_file(name));
     }
@@ -154,8 +158,11 @@ std::string draft_called(const std::string& name, bool is_written) {
                        "quoll-compose --list names those there are");
   }
   if (is_written && is_taken) {
-    throw ComposeError("the draft " + name +
-                       " is not written yet; quoll-compose --list tells its state");
+    const auto reason = why_aside(name);
+    throw reason ? ComposeError("the draft " + name + " was set aside: " + *reason,
+                                "what was shared lies in " + taken_folder() + "/" + name)
+                 : ComposeError("the draft " + name + " is not written yet",
+                                "quoll-compose --list tells its state");
   }
   return name;
 }

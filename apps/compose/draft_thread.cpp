@@ -229,7 +229,7 @@ void DraftThread::give(Job& job) {
     may = may_offer();
   } catch (const ComposeError& unknown) {
     reason = unknown;  // how many came is not known, so there may be too many
-    in_flood = false;
+    in_flood = ++kept_unknown_ > kMostAtOnce;
   }
   if (may) {
     finish(job, hand_over(std::move(*job.draft), job.fields, job.tokens));

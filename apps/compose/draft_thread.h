@@ -90,8 +90,9 @@ class DraftThread {
   bool has_begun_ = false;     ///< what was left from earlier is known
   bool ending_ = false;
   bool is_flood_ = false;
-  bool has_kept_ = false;  ///< a draft of this flood
-  std::thread thread_;     // last, because it uses the other members
+  bool has_kept_ = false;         ///< a draft of this flood
+  std::size_t kept_unknown_ = 0;  ///< drafts since it could not be known how many came
+  std::thread thread_;            // last, because it uses the other members
 };
 
 }  // namespace quoll::compose

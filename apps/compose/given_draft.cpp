@@ -6,12 +6,14 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <limits>
 #include <optional>
+#include <thread>
 
 #include "apps/compose/compose_error.h"
 #include "apps/compose/draft_name.h"
@@ -40,6 +42,18 @@ std::string folder_of(const std::string& draft) {
 
 bool has(const std::string& draft, const char* file) {
   return access((folder_of(draft) + "/" + file).c_str(), F_OK) == 0;
+}
+
+/// Locks the draft's folder, also while a list looks at it for a moment. None with `errno` set.
+posix::UniqueFd locked_soon(const std::string& draft) {
+  constexpr int kTries = 10;
+  constexpr std::chrono::milliseconds kPause{10};
+  posix::UniqueFd folder = locked_folder(folder_of(draft));
+  for (int i = 0; !folder && errno == EWOULDBLOCK && i < kTries; ++i) {
+    std::this_thread::sleep_for(kPause);
+    folder = locked_folder(folder_of(draft));
+  }
+  return folder;
 }
 
 [[noreturn]] void cannot_lock(const std::string& draft, int error) {
@@ -158,7 +172,7 @@ void sweep_one(const std::string& draft, const Moment& now) {
 GivenDraft GivenDraft::again(const std::string& draft) {
   make_folders();
   mkdir(folder_of(draft).c_str(), S_IRWXU);  // it may exist already
-  posix::UniqueFd folder = locked_folder(folder_of(draft));
+  posix::UniqueFd folder = locked_soon(draft);
   if (!folder) {
     cannot_lock(draft, errno);
   }
@@ -247,7 +261,7 @@ void GivenDraft::take_back() const noexcept {
 Giving giving_of(const std::string& draft) {
   posix::UniqueFd folder;
   if (!has(draft, kMark) && has(draft, kOffered)) {
-    folder = locked_folder(folder_of(draft));
+    folder = locked_folder(folder_of(draft), LOCK_SH);
     if (!folder && errno == EWOULDBLOCK) {
       return Giving::kNow;
     }
@@ -258,7 +272,7 @@ Giving giving_of(const std::string& draft) {
 }
 
 void remove_written(const std::string& draft) {
-  const posix::UniqueFd folder = locked_folder(folder_of(draft));
+  const posix::UniqueFd folder = locked_soon(draft);
   if (!folder && errno != ENOENT) {
     cannot_lock(draft, errno);
   }

@@ -21,7 +21,9 @@ std::string words_for(const CLI::App& app, const CLI::ParseError& error) {
   std::string words = error.what();
   const auto* const option = app.get_option_no_throw(words.substr(0, words.find(':')));
   const bool is_missing = dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr;
-  if (option != nullptr && is_missing && option->get_expected_min() == 1) {
+  if (option != nullptr && option->count() > 1) {
+    words = option->get_name() + " is given twice";
+  } else if (option != nullptr && is_missing && option->get_expected_min() == 1) {
     const std::string value = option->get_type_name();
     words = option->get_name() + (value.ends_with('S') ? " needs " : " needs a ") + value;
   }
@@ -59,14 +61,15 @@ std::optional<int> parse(int argc, char** argv, Options& options) {
   app.set_version_flag("--version", "quoll-compose " QUOLL_VERSION);
   auto* urls = app.add_option("URL", options.urls, "compose commands, quoll://compose?...");
   auto* service = app.add_flag("--service", options.service, "take drafts from the session bus");
-  auto* idle =
-      app.add_option("--idle", options.idle_seconds,
-                     "end the service after so many idle seconds, 86400 at most")
-          ->check([](const std::string& seconds) {
-            return CLI::Range(0.0, 86400.0)(seconds).empty() ? "" : "it takes 0 to 86400 seconds";
-          })
-          ->type_name("SECONDS")
-          ->capture_default_str();
+  auto* idle = app.add_option("--idle", options.idle_seconds,
+                              "end the service after so many idle seconds, 86400 at most")
+                   ->check([](const std::string& seconds) {
+                     const bool is_finite = CLI::Range(0.0, 86400.0)(seconds).empty() &&
+                                            seconds.find_first_of("nN") == std::string::npos;
+                     return is_finite ? "" : "it takes 0 to 86400 seconds";
+                   })
+                   ->type_name("SECONDS")
+                   ->capture_default_str();
   auto* resume =
       app.add_flag("--resume", options.resume, "go on with the drafts that wait, if there are any");
   auto* list = app.add_flag("--list", options.list, "list the drafts, newest last");

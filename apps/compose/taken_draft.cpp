@@ -43,10 +43,9 @@ bool is_aside(const std::string& draft) {
 
 }  // namespace
 
-posix::UniqueFd locked_folder(const std::string& path) {
+posix::UniqueFd locked_folder(const std::string& path, int kind) {
   posix::UniqueFd folder = opened(path);
-  if (!folder ||
-      posix::uninterrupted([&] { return flock(folder.get(), LOCK_EX | LOCK_NB); }) != 0) {
+  if (!folder || posix::uninterrupted([&] { return flock(folder.get(), kind | LOCK_NB); }) != 0) {
     return {};
   }
   // It may have been moved or removed before the lock was there.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/file.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -68,6 +70,7 @@ inline constexpr const char* kOffered = "offered";
 
 /// Opens a folder and locks it; none with `errno` set: `EWOULDBLOCK` when another program has the
 /// lock, `ENOENT` when the folder is gone.
-[[nodiscard]] posix::UniqueFd locked_folder(const std::string& path);
+/// With `LOCK_SH` for whoever only looks whether somebody has it.
+[[nodiscard]] posix::UniqueFd locked_folder(const std::string& path, int kind = LOCK_EX);
 
 }  // namespace quoll::compose

@@ -22,6 +22,7 @@
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/path.h"
 #include "quoll/foundation/printable.h"
+#include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/exclusive_rename.h"
 #include "quoll/linux/posix/file_contents.h"
 #include "quoll/linux/posix/temporary_item.h"
@@ -35,7 +36,10 @@ namespace {
 constexpr std::size_t kMostFiles = 10'000;
 
 [[noreturn]] void cannot_take(const std::string& what, int error) {
-  throw ComposeError(what + " cannot be taken: " + std::strerror(error));
+  const bool is_full = error == ENOSPC || error == EDQUOT;
+  throw ComposeError(
+      what + " cannot be taken into " + taken_folder() + ": " + posix::error_words(error),
+      is_full ? "make room on its disk" : "");
 }
 
 /// The paths that a command wants attached. Of the command nothing else is looked at here. Throws

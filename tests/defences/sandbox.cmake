@@ -198,7 +198,7 @@ quoll_defence(room_for_all_that_waits FILE apps/compose/room.cpp
   SHOWN_BY draft_states DraftsOnASmallDisk.RoomIsCountedOverAllThatWaits)
 set(file apps/compose/taken_draft.cpp)
 quoll_defence(one_program_works_on_a_draft FILE ${file}
-  TAKES "LOCK_EX | LOCK_NB" GIVES "LOCK_SH | LOCK_NB"
+  TAKES "kind | LOCK_NB" GIVES "LOCK_SH | LOCK_NB"
   SHOWN_BY draft_states DraftStates.TwoReceiversAtOnceDoEachDraftOnce)
 quoll_defence(no_draft_is_opened_twice FILE ${file}
   TAKES "    error = rename_to_given();\n" GIVES ""

@@ -106,6 +106,32 @@ TEST_F(DraftFloods, ManyThatWaitNeedFewDescriptors) {
 }
 
 // Nobody knows then how many were offered.
+// A number of programs without end could call otherwise, each with its notification.
+TEST_F(DraftFloods, WithoutAListOfMomentsFewAreToldOf) {
+  choose_counted("claws-mail");
+  fs::create_directories(fs::path(home_.taken_folder()).parent_path() / "recent-offers");
+  Process desktop({NOTIFICATION_DOUBLE}, home_.bus.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  const auto service = start_service();
+  for (int i = 0; i < 14; ++i) {
+    ASSERT_EQ(open("['quoll://compose?subject=x']").status, 0);
+    while (home_.drafts().size() < static_cast<std::size_t>(i) + 1 || !home_.taken().empty()) {
+      std::this_thread::sleep_for(1ms);
+    }
+  }
+  kill(service->id(), SIGTERM);
+  EXPECT_EQ(service->wait(), 0);
+  kill(desktop.id(), SIGTERM);
+  const std::string shown = desktop.read_output();
+  std::size_t times = 0;
+  for (auto at = shown.find("The draft is kept"); at != std::string::npos;
+       at = shown.find("The draft is kept", at + 1)) {
+    ++times;
+  }
+  EXPECT_GE(times, 1U);
+  EXPECT_LE(times, 10U) << shown;
+}
+
 TEST_F(DraftFloods, WithoutAListOfMomentsDraftsAreKept) {
   choose_counted("claws-mail");
   const fs::path list = fs::path(home_.taken_folder()).parent_path() / "recent-offers";

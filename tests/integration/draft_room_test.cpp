@@ -213,7 +213,8 @@ TEST_F(UsersFileLimit, IsSaidAndNothingIsSetAside) {
   };
   const auto refused = limited("quoll://compose?subject=" + std::string(5000, 'a'));
   EXPECT_EQ(refused.status, 1);
-  EXPECT_EQ(refused.errors, "quoll-compose: the draft cannot be taken: File too large\n");
+  EXPECT_EQ(refused.errors, "quoll-compose: the draft cannot be taken into " +
+                                home_.taken_folder() + ": file too large\n");
   EXPECT_TRUE(home_.taken().empty());
   add_waiting("20200101-000000", "quoll://compose?subject=x", std::string(5000, 'a'));
   for (int times = 0; times < 4; ++times) {

@@ -266,6 +266,36 @@ TEST_F(KeptDrafts, OneThatWaitsIsDeletedButNotOpened) {
   EXPECT_TRUE(home_.taken().empty());
 }
 
+TEST_F(KeptDrafts, OneThatWasSetAsideSaysWhy) {
+  const std::string folder = home_.taken_folder() + "/20200101-000000";
+  fs::create_directories(folder);
+  std::ofstream(folder + "/command") << "quoll://compose?subject=x";
+  std::ofstream(folder + "/aside") << "a file has changed\n";
+  EXPECT_EQ(compose({"--open", "20200101-000000"}).errors,
+            "quoll-compose: the draft 20200101-000000 was set aside: a file has changed; what was "
+            "shared lies in " +
+                folder + "\n");
+}
+
+// The list reads one folder after the other, and drafts go from the one into the other.
+TEST_F(KeptDrafts, OneThatLeavesTheTakenOnesIsListed) {
+  fs::create_directories(home_.taken_folder() + "/20200101-000000");  // nothing is in it any more
+  fs::create_directories(home_.drafts_folder());
+  std::ofstream(home_.drafts_folder() + "/20200101-000000.eml") << "Subject: written\n\n";
+  EXPECT_TRUE(holds(listed(), "  kept  written  ")) << listed();
+}
+
+TEST_F(KeptDrafts, TwoListsDoNotSeeEachOther) {
+  const std::string folder = home_.taken_folder() + "/../given/20200101-000000";
+  fs::create_directories(folder);
+  fs::create_directories(home_.drafts_folder());
+  std::ofstream(folder + "/offered") << "";
+  std::ofstream(home_.drafts_folder() + "/20200101-000000.eml") << "Subject: x\n\n";
+  const posix::UniqueFd list(::open(folder.c_str(), O_RDONLY | O_CLOEXEC));
+  ASSERT_EQ(flock(list.get(), LOCK_SH), 0);
+  EXPECT_TRUE(holds(listed(), "  perhaps given  x  ")) << listed();
+}
+
 TEST_F(KeptDrafts, WhatAnEarlierRemovalLeftIsNoHindrance) {
   const std::string taken = home_.taken_folder() + "/";
   fs::create_directories(taken + "20200101-000000");

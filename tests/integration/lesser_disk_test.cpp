@@ -65,7 +65,8 @@ TEST_F(LesserDisk, WhatIsLostWhenAFileIsClosedIsNotPromised) {
   for (const char* const lacks : {"close /.command", "close /.sizes"}) {
     const auto refused = compose_without(lacks, "quoll://compose?");
     EXPECT_EQ(refused.status, 1) << lacks;
-    EXPECT_EQ(refused.errors, "quoll-compose: the draft cannot be taken: Input/output error\n")
+    EXPECT_EQ(refused.errors, "quoll-compose: the draft cannot be taken into " +
+                                  home_.taken_folder() + ": input/output error\n")
         << lacks;
     EXPECT_TRUE(home_.taken().empty()) << lacks;
   }
