@@ -15,15 +15,15 @@ namespace {
 
 int share(Arguments& arguments) {
   close_inherited_descriptors(arguments.request);
-  const auto run_here = [&] {
-    return run_share(std::move(arguments.request),
-                     {.print = arguments.print,
-                      .json = arguments.json,
-                      .verbose = arguments.verbose,
-                      .progress = nullptr,
-                      .tell = [](const std::string& told) { std::cerr << told; }});
+  const auto share = [&](const Tell& tell) {
+    return run_share(std::move(arguments.request), {.print = arguments.print,
+                                                    .json = arguments.json,
+                                                    .verbose = arguments.verbose,
+                                                    .progress = nullptr,
+                                                    .tell = tell});
   };
-  return arguments.notify ? share_and_notify(run_here) : run_here();
+  return arguments.notify ? share_and_notify(share)
+                          : share([](const std::string& told) { std::cerr << told; });
 }
 
 }  // namespace

@@ -13,11 +13,11 @@ struct Notice {
   std::string body;
 };
 
-/// The notice for a share that ended with this number and wrote this on standard error. The body
+/// The notice for a share that ended with this number and told this. The body
 /// holds as many whole lines of it as a notification has room for.
 [[nodiscard]] Notice notice_of(int code, std::string_view told);
 
-/// What a share wrote on standard error, to be shown where there is no terminal to try commands: as
+/// What a share told, to be shown where there is no terminal to try commands: as
 /// many whole lines as `most` bytes hold, and
 /// "..." for the rest. A first line that is longer is cut between two characters. None when it is
 /// not text: the share has had other people's bytes in its hands.

@@ -28,27 +28,31 @@ int wait_for(pid_t process) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
 }
 
+void write_to(int descriptor, const std::string& told) {
+  static_cast<void>(posix::write_all(descriptor, told));
+}
+
 }  // namespace
 
-int share_and_notify(const std::function<int()>& share) {
+int share_and_notify(const std::function<int(const Tell& tell)>& share) {
   posix::Pipe pipe = posix::make_pipe();
   const pid_t program = getpid();
   const pid_t process = pipe ? fork() : -1;
   if (process < 0) {
-    return share();  // then nothing is shown on the desktop
+    // Then nothing is shown on the desktop.
+    return share([](const std::string& told) { write_to(STDERR_FILENO, told); });
   }
   if (process == 0) {
     if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != program) {
       _exit(kSignalled + SIGKILL);
     }
-    dup2(pipe.writing.get(), STDERR_FILENO);
-    pipe = {};
-    std::exit(share());
+    pipe.reading.reset();
+    std::exit(share([&](const std::string& told) { write_to(pipe.writing.get(), told); }));
   }
   pipe.writing.reset();
   constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
   const std::string told = read_at_most(pipe.reading.get(), kAll).value_or("");
-  static_cast<void>(posix::write_all(STDERR_FILENO, told));
+  write_to(STDERR_FILENO, told);
   const int code = wait_for(process);
   if (code != 0) {
     constexpr std::chrono::milliseconds kTimeOut{5000};

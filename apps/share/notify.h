@@ -1,14 +1,18 @@
 #pragma once
 
 #include <functional>
+#include <string>
 
 namespace quoll::share {
 
-/// Runs `share` in a process of its own and answers its exit code. What that process writes on
-/// standard error is passed on. When the code is not 0, it is also shown on the desktop, because
-/// the menu that started the program is closed by then, and nobody sees its standard error.
+/// Gets whole lines of a report.
+using Tell = std::function<void(const std::string& told)>;
+
+/// Runs `share` in a process of its own and answers its exit code. What it tells goes to standard
+/// error. When the code is not 0, that is also shown on the desktop, because the menu that started
+/// the program is closed by then, and nobody sees its standard error.
 ///
 /// The share ends with this program. To be called while there is one thread.
-[[nodiscard]] int share_and_notify(const std::function<int()>& share);
+[[nodiscard]] int share_and_notify(const std::function<int(const Tell& tell)>& share);
 
 }  // namespace quoll::share

@@ -50,6 +50,16 @@ TEST_F(Notify, NothingWasShared) {
             "quoll-compose");
 }
 
+TEST_F(Notify, TheStepsOfAVerboseShareAreNotShown) {
+  Process desktop({NOTIFICATION_DOUBLE}, bus_.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  const Ended ended = share({"--verbose", "/nowhere"});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_NE(ended.errors.find("] what was given is read: "), std::string::npos) << ended.errors;
+  EXPECT_EQ(desktop.read_line(), "Nothing was shared|Left out: /nowhere: no such file");
+  EXPECT_TRUE(desktop.read_line().starts_with("Nothing that was given can be shared"));
+}
+
 TEST_F(Notify, AShareThatArrivesIsSilent) {
   install_receiver();
   Process desktop({NOTIFICATION_DOUBLE}, bus_.environment());
