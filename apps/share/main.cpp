@@ -16,11 +16,13 @@ namespace {
 int share(Arguments& arguments) {
   close_inherited_descriptors(arguments.request);
   const auto share = [&](const Tell& tell) {
-    return run_share(std::move(arguments.request), {.print = arguments.print,
-                                                    .json = arguments.json,
-                                                    .verbose = arguments.verbose,
-                                                    .progress = nullptr,
-                                                    .tell = tell});
+    return run_share(std::move(arguments.request),
+                     {.print = arguments.print,
+                      .json = arguments.json,
+                      .verbose = arguments.verbose,
+                      .progress = nullptr,
+                      .tell = tell,
+                      .tell_of_waiting = arguments.notify ? tell : nullptr});
   };
   return arguments.notify ? share_and_notify(share)
                           : share([](const std::string& told) { std::cerr << told; });

@@ -45,6 +45,10 @@ Notice notice_of(int code, std::string_view told) {
           body.empty() ? "It ended without a reason; try it once more." : body};
 }
 
+Notice notice_of_waiting(std::string_view line) {
+  return {"Another share is not finished yet", sentence_of(line)};
+}
+
 std::optional<std::string> shown_report(std::string_view told, std::size_t most) {
   told = foundation::trim(told);
   const bool is_long = told.size() > most;

@@ -17,6 +17,9 @@ struct Notice {
 /// holds as many whole lines of it as a notification has room for.
 [[nodiscard]] Notice notice_of(int code, std::string_view told);
 
+/// The notice for a share that waits for another one, which told this line of it.
+[[nodiscard]] Notice notice_of_waiting(std::string_view line);
+
 /// What a share told, to be shown where there is no terminal to try commands: as
 /// many whole lines as `most` bytes hold, and
 /// "..." for the rest. A first line that is longer is cut between two characters. None when it is

@@ -12,7 +12,7 @@
 
 #include "apps/share/identifier.h"
 #include "apps/share/notice.h"
-#include "apps/share/request/received_bytes.h"
+#include "apps/share/staging_lock.h"
 #include "quoll/linux/gio/notification.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/subprocess.h"
@@ -30,6 +30,31 @@ int wait_for(pid_t process) {
 
 void write_to(int descriptor, const std::string& told) {
   static_cast<void>(posix::write_all(descriptor, told));
+}
+
+void show(const Notice& notice) {
+  constexpr std::chrono::milliseconds kTimeOut{5000};
+  gio::show_notification(kIdentifier, notice.title, notice.body, kTimeOut);
+}
+
+/// Reads to the end and passes it on. A line that tells of waiting is shown and is no result.
+std::string read_result(int pipe) {
+  std::string told;
+  bool has_ended = false;
+  const auto read = [&](std::size_t enough) {
+    return !has_ended && posix::read_until(pipe, told, enough, has_ended);
+  };
+  while (told.find('\n') == std::string::npos && read(told.size() + 1)) {
+  }
+  if (told.starts_with(kWaiting) && told.ends_with('\n')) {
+    write_to(STDERR_FILENO, told);
+    told.pop_back();
+    show(notice_of_waiting(told));
+    told.clear();
+  }
+  static_cast<void>(read(std::numeric_limits<std::size_t>::max()));
+  write_to(STDERR_FILENO, told);
+  return told;
 }
 
 }  // namespace
@@ -50,14 +75,10 @@ int share_and_notify(const std::function<int(const Tell& tell)>& share) {
     std::exit(share([&](const std::string& told) { write_to(pipe.writing.get(), told); }));
   }
   pipe.writing.reset();
-  constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
-  const std::string told = read_at_most(pipe.reading.get(), kAll).value_or("");
-  write_to(STDERR_FILENO, told);
+  const std::string told = read_result(pipe.reading.get());
   const int code = wait_for(process);
   if (code != 0) {
-    constexpr std::chrono::milliseconds kTimeOut{5000};
-    const Notice notice = notice_of(code, told);
-    gio::show_notification(kIdentifier, notice.title, notice.body, kTimeOut);
+    show(notice_of(code, told));
   }
   return code;
 }

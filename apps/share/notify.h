@@ -10,7 +10,8 @@ using Tell = std::function<void(const std::string& told)>;
 
 /// Runs `share` in a process of its own and answers its exit code. What it tells goes to standard
 /// error. When the code is not 0, that is also shown on the desktop, because the menu that started
-/// the program is closed by then, and nobody sees its standard error.
+/// the program is closed by then, and nobody sees its standard error. That it waits for another
+/// share is shown at once.
 ///
 /// The share ends with this program. To be called while there is one thread.
 [[nodiscard]] int share_and_notify(const std::function<int(const Tell& tell)>& share);

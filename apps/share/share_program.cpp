@@ -163,10 +163,11 @@ int Share::run(ShareRequest request) {
   if (selection.empty()) {
     return end(selection, {});
   }
-  const std::string holder = staging_lock_holder();  // a confined process cannot tell
+  // A confined process cannot tell.
+  const auto holder = staging_lock_holder(settings_.tell_of_waiting);
   sandbox::confine(needs_of(selection, container, image_helper_));
   steps_->tell("the program has confined itself");
-  const StagingLock lock = lock_staging(holder);
+  const StagingLock lock = lock_staging(holder, settings_.tell_of_waiting);
   steps_->tell(lock ? "it is this share's turn" : "there is no lock to wait for");
   const auto events = share::run<ShareViewController>(selection, *background, settings_.progress);
   return end(selection, events);

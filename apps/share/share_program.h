@@ -5,6 +5,7 @@
 
 #include "apps/share/request/share_request.h"
 #include "apps/share/run.h"
+#include "apps/share/staging_lock.h"
 
 namespace quoll::share {
 
@@ -20,6 +21,9 @@ struct ShareSettings {
   Progress progress;
   /// Called once, at the end, with the report: whole lines, empty when all went well.
   std::function<void(const std::string& told)> tell;
+  /// Called with a line when another share is not finished for long. Null: a person at a terminal
+  /// is told.
+  TellOfWaiting tell_of_waiting = nullptr;
 };
 
 /// Shares what was asked for as one draft and answers the exit code, also of a share that failed.

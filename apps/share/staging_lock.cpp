@@ -5,15 +5,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include "quoll/container/group_container.h"
 #include "quoll/container/layout.h"
 #include "quoll/foundation/nsurl.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/linux/posix/descriptor_io.h"
-#include "quoll/linux/posix/lock_holder.h"
 #include "quoll/linux/posix/system_call.h"
 
 namespace quoll::share {
@@ -44,43 +45,61 @@ posix::UniqueFd lock_file() {
   return file;
 }
 
-bool try_for_a_second(int file) {
-  constexpr int kTries = 20;
-  constexpr useconds_t kPause = 50'000;
-  for (int i = 0; i < kTries; ++i) {
+bool try_for(int file, std::chrono::milliseconds patience) {
+  constexpr std::chrono::milliseconds kPause{50};
+  for (auto waited = std::chrono::milliseconds::zero();; waited += kPause) {
     if (flock(file, LOCK_EX | LOCK_NB) == 0) {
       return true;
     }
-    usleep(kPause);
+    if (waited >= patience) {
+      return false;
+    }
+    std::this_thread::sleep_for(kPause);
   }
-  return false;
 }
 
-bool lock(int file, const std::string& holder) {
-  if (isatty(STDERR_FILENO) == 1) {
-    if (try_for_a_second(file)) {
+bool is_at_terminal() {
+  return isatty(STDERR_FILENO) == 1;
+}
+
+std::string line_about(const std::optional<posix::LockHolder>& holder) {
+  const std::string begin = kWaiting;
+  if (!holder || holder->process == 0) {
+    return begin + " to finish\n";
+  }
+  const std::string number = std::to_string(holder->process);
+  return begin + " (" + foundation::printable(holder->program) + ", process " + number + ")" +
+         (holder->is_stopped ? ", which was stopped; kill -CONT " + number + " lets it go on\n"
+                             : " to finish\n");
+}
+
+bool lock(int file, const std::optional<posix::LockHolder>& holder, const TellOfWaiting& tell) {
+  constexpr std::chrono::seconds kPatience{10};
+  constexpr std::chrono::seconds kPatienceAtTerminal{1};
+  if (tell || is_at_terminal()) {
+    const bool is_stopped = holder && holder->is_stopped;
+    if (try_for(file, is_stopped ? std::chrono::seconds(0)
+                      : tell     ? kPatience
+                                 : kPatienceAtTerminal)) {
       return true;
     }
-    const std::string who = holder.empty() ? "" : " (" + holder + ")";
-    static_cast<void>(
-        posix::write_all(STDERR_FILENO, "waiting for another share" + who + " to finish\n"));
+    tell ? tell(line_about(holder))
+         : static_cast<void>(posix::write_all(STDERR_FILENO, line_about(holder)));
   }
   return posix::uninterrupted([&] { return flock(file, LOCK_EX); }) == 0;
 }
 
 }  // namespace
 
-std::string staging_lock_holder() {
-  const auto path = isatty(STDERR_FILENO) == 1 ? lock_path() : std::nullopt;
-  const auto holder = path ? posix::lock_holder(*path) : std::nullopt;
-  return holder && holder->process != 0 ? foundation::printable(holder->program) + ", process " +
-                                              std::to_string(holder->process)
-                                        : "";
+std::optional<posix::LockHolder> staging_lock_holder(const TellOfWaiting& tell) {
+  const auto path = tell || is_at_terminal() ? lock_path() : std::nullopt;
+  return path ? posix::lock_holder(*path) : std::nullopt;
 }
 
-StagingLock lock_staging(const std::string& holder) {
+StagingLock lock_staging(const std::optional<posix::LockHolder>& holder,
+                         const TellOfWaiting& tell) {
   posix::UniqueFd file = lock_file();
-  if (file && !lock(file.get(), holder)) {
+  if (file && !lock(file.get(), holder, tell)) {
     file.reset();
   }
   return file;

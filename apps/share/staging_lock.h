@@ -1,7 +1,10 @@
 #pragma once
 
+#include <functional>
+#include <optional>
 #include <string>
 
+#include "quoll/linux/posix/lock_holder.h"
 #include "quoll/linux/posix/unique_fd.h"
 
 namespace quoll::share {
@@ -11,13 +14,22 @@ namespace quoll::share {
 /// until this object goes or the process ends in whatever way. Empty when the lock is not held.
 using StagingLock = posix::UniqueFd;
 
-/// Who holds the lock now, "quoll-share, process 7"; empty when that is not known, and when nobody
-/// at a terminal waits. A confined process cannot tell.
-[[nodiscard]] std::string staging_lock_holder();
+/// What the line that tells of a wait begins with.
+inline constexpr const char* kWaiting = "waiting for another share";
 
-/// Waits for the lock, however long it takes; a person at a terminal is told after a second, with
-/// the holder that was found before. Answers an empty lock without a container, and when the lock
-/// file cannot be opened; the share goes on then.
-[[nodiscard]] StagingLock lock_staging(const std::string& holder = "");
+/// Gets that line, ended as one.
+using TellOfWaiting = std::function<void(const std::string& line)>;
+
+/// Who holds the lock now; none when that is not known, and when there is nobody to tell: no `tell`
+/// and no terminal. A confined process cannot tell.
+[[nodiscard]] std::optional<posix::LockHolder> staging_lock_holder(
+    const TellOfWaiting& tell = nullptr);
+
+/// Waits for the lock, however long it takes. It tells so once, with the holder that was found
+/// before: at once of one that was stopped, else after 10 seconds, or to a person at a terminal,
+/// without `tell`, after one. Answers an empty lock without a container, and when the lock file
+/// cannot be opened; the share goes on then.
+[[nodiscard]] StagingLock lock_staging(const std::optional<posix::LockHolder>& holder = {},
+                                       const TellOfWaiting& tell = nullptr);
 
 }  // namespace quoll::share

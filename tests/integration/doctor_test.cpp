@@ -140,6 +140,7 @@ TEST_F(Doctor, WhoHoldsALockIsNamed) {
   const std::string number = std::to_string(getpid());
   EXPECT_TRUE(found.starts_with("note: test_doctor (process " + number + ", started 20")) << found;
   EXPECT_TRUE(found.ends_with(") uses the shared folder: a new share waits")) << found;
+  EXPECT_EQ(said(doctor({"--json"}), "locks"), found) << "it was started once";
 }
 
 // Whoever is stopped holds its locks for ever.

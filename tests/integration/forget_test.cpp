@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 
@@ -73,6 +75,23 @@ TEST_F(Forget, AShareThatIsUnderWayKeepsItsFiles) {
     ASSERT_EQ(home_.print({home_.write("a", "x")}).status, 0);
     expect_to_wait_for(home_, home_.environment(), lock);
   }
+}
+
+TEST_F(Forget, AStoppedShareIsNamedToSomebodyAtATerminal) {
+  fs::create_directories(home_.container() + "/.locks");
+  const Process holder({"flock", "-o", home_.container() + "/.locks/turn", "sh", "-c",
+                        "kill -STOP $PPID; touch " + home_.path("held")});
+  while (!fs::exists(home_.path("held"))) {
+    usleep(1000);
+  }
+  const std::string number = std::to_string(holder.id());
+  Process forget({"script", "-qefc", QUOLLCTL " forget", "/dev/null"}, home_.environment());
+  const std::string told = forget.read_line();
+  EXPECT_TRUE(told == "waiting for another share (flock, process " + number +
+                          "), which was stopped; kill -CONT " + number + " lets it go on\r" ||
+              told == "waiting for another share to finish\r")
+      << told;
+  EXPECT_EQ(kill(holder.id(), SIGKILL), 0);
 }
 
 TEST_F(Forget, WithoutTheLockNothingIsRemoved) {

@@ -75,6 +75,25 @@ TEST_F(Notify, WithoutADesktopTheLineIsThereAllTheSame) {
   EXPECT_NE(ended.errors.find("left out: /nowhere: no such file"), std::string::npos);
 }
 
+TEST_F(Notify, ThatAnotherShareIsNotFinishedIsShownOnce) {
+  install_receiver();
+  Process desktop({NOTIFICATION_DOUBLE}, bus_.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  const std::string locks = bus_.path("containers/K7Q2M9XT4B.quoll/.locks");
+  std::filesystem::create_directories(locks);
+  posix::UniqueFd lock(open((locks + "/turn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  ASSERT_EQ(flock(lock.get(), LOCK_EX), 0);
+  Process waiting({QUOLL_SHARE, "--notify", "https://example.org/", "/nowhere"},
+                  bus_.environment());
+  const std::string shown = desktop.read_line();
+  EXPECT_TRUE(shown.starts_with("Another share is not finished yet|Waiting for another share"))
+      << shown;
+  EXPECT_TRUE(shown.ends_with(" to finish")) << shown;
+  lock.reset();
+  EXPECT_EQ(desktop.read_line(), "Not everything is in the draft|Left out: /nowhere: no such file");
+  EXPECT_EQ(waiting.wait(), 3);
+}
+
 /// The first process that `process` has started; empty when there is none.
 std::string first_child(const std::string& process) {
   std::string child;

@@ -384,6 +384,24 @@ TEST_F(Share, SomebodyAtATerminalIsToldThatItWaits) {
   EXPECT_EQ(share.wait(), 0);
 }
 
+TEST_F(Share, SomebodyAtATerminalIsToldAtOnceThatAStoppedShareHoldsItUp) {
+  EXPECT_EQ(home_.print({"http://a/"}).status, 0) << "the container is there now";
+  const Process holder({"flock", "-o", home_.container() + "/.locks/turn", "sh", "-c",
+                        "kill -STOP $PPID; touch " + home_.path("held")});
+  while (!std::filesystem::exists(home_.path("held"))) {
+    usleep(1000);
+  }
+  const std::string number = std::to_string(holder.id());
+  Process waiting({"script", "-qefc", QUOLL_SHARE " --print http://b/", "/dev/null"},
+                  home_.environment());
+  const std::string told = waiting.read_line();
+  EXPECT_TRUE(told == "waiting for another share (flock, process " + number +
+                          "), which was stopped; kill -CONT " + number + " lets it go on\r" ||
+              told == "waiting for another share to finish\r")
+      << told << "is said where the system does not tell who holds a lock";
+  EXPECT_EQ(kill(holder.id(), SIGKILL), 0);
+}
+
 TEST_F(Share, AKilledShareLeavesNothingHalf) {
   const std::string content(3'000'000, 'x');
   std::vector<std::string> arguments{"--print", "-"};

@@ -28,6 +28,17 @@ std::string name_in_list(const struct stat& status) {
   return name;
 }
 
+/// As the system has it, and not from two clocks: their difference is another second now and then.
+std::time_t boot_time() {
+  std::ifstream file("/proc/stat");
+  for (std::string line; std::getline(file, line);) {
+    if (line.starts_with("btime ")) {
+      return std::strtoll(line.c_str() + std::string_view("btime ").size(), nullptr, 10);
+    }
+  }
+  return 0;
+}
+
 /// What the system tells of the process: "345 (name) S 1 ...", where a name may hold anything.
 LockHolder holder_of(int process) {
   constexpr std::size_t kTicksFrom = 19;  // the ticks at its start, counted from the state
@@ -43,11 +54,10 @@ LockHolder holder_of(int process) {
   holder.program = line.substr(begin + 1, end - begin - 1);
   std::istringstream rest(line.substr(end + 1));
   const std::vector<std::string> words{std::istream_iterator<std::string>(rest), {}};
-  timespec since_boot{};
-  if (words.size() > kTicksFrom && clock_gettime(CLOCK_BOOTTIME, &since_boot) == 0) {
+  if (words.size() > kTicksFrom) {
     holder.is_stopped = words[0] == "T" || words[0] == "t";
-    holder.began = std::time(nullptr) - since_boot.tv_sec +
-                   std::strtoll(words[kTicksFrom].c_str(), nullptr, 10) / sysconf(_SC_CLK_TCK);
+    holder.began =
+        boot_time() + std::strtoll(words[kTicksFrom].c_str(), nullptr, 10) / sysconf(_SC_CLK_TCK);
   }
   return holder;
 }
