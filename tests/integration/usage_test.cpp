@@ -35,8 +35,11 @@ TEST(Usage, AWrongCommandLineIsOneLine) {
       {{}, "A subcommand is required; see quollctl --help"},
       {{"--nosuch"}, "there is no option --nosuch; see quollctl --help"},
       {{"show"}, "URL is required; see quollctl show --help"},
-      {{"doctor", "--nosuch"},
-       "The following argument was not expected: --nosuch; see quollctl doctor --help"},
+      {{"doctor", "--nosuch"}, "there is no option --nosuch; see quollctl doctor --help"},
+      {{"doctor", "--nosuch=1", "--nosuch2"},
+       "there is no option --nosuch; see quollctl doctor --help"},
+      {{"doctor", "word", "--nosuch"}, "there is no option --nosuch; see quollctl doctor --help"},
+      {{"doctor", "word"}, "word is not expected; see quollctl doctor --help"},
   };
   for (const auto& [arguments, told] : rows) {
     std::vector<std::string> command{QUOLLCTL};
@@ -52,14 +55,19 @@ TEST(Usage, TheOthersSayItInTheSameManner) {
   const std::vector<std::pair<const char*, std::string>> programs{
       {QUOLL_SHARE, "quoll-share"},
       {QUOLL_SHARE_SERVICE, "quoll-share-service"},
-      {QUOLL_COMPOSE, "quoll-compose"},
   };
   for (const auto& [program, name] : programs) {
     const Ended ended = run({program, "--nosuch"});
     EXPECT_EQ(ended.status, 2) << name;
-    EXPECT_EQ(ended.errors, name + ": The following argument was not expected: --nosuch; see " +
-                                name + " --help\n");
+    EXPECT_EQ(ended.errors, name + ": there is no option --nosuch; see " + name + " --help\n");
   }
+}
+
+TEST(Usage, TheReceiverHasWordsOfItsOwnForAnUnknownOption) {
+  const Ended ended = run({QUOLL_COMPOSE, "--nosuch"});
+  EXPECT_EQ(ended.status, 2);
+  EXPECT_TRUE(ended.errors.starts_with("quoll-compose: ")) << ended.errors;
+  EXPECT_TRUE(ended.errors.ends_with(" --nosuch; see quoll-compose --help\n")) << ended.errors;
 }
 
 TEST(Usage, WhatAnOptionTakesIsSaid) {
