@@ -2,11 +2,13 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <iomanip>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -44,14 +46,6 @@ void repair_container(const std::string& path) {
   posix::sweep_temporary_items(path);
 }
 
-/// Beside the folder of the drafts, and so on the same disk.
-std::string drafts_place() {
-  return posix::group_containers_folder([](const char* name) {
-           return std::string_view(name) == "QUOLL_GROUP_CONTAINERS" ? nullptr : std::getenv(name);
-         })
-      .value_or("/");
-}
-
 Finding container(const std::string& path) {
   const std::string name = "container";
   if (auto trouble = share::container_trouble()) {
@@ -65,34 +59,40 @@ Finding container(const std::string& path) {
   return {name, State::kGood, path, ""};
 }
 
-/// The room of the disk with less of it: that of the shared folder, or that of the drafts.
-Finding space(const std::string& path) {
+constexpr std::uintmax_t kMebibyte = std::uintmax_t{1} << 20U;
+
+Finding space(const char* name, const std::string& folder, std::uintmax_t little) {
   constexpr std::uintmax_t kKibibyte = 1024;
-  constexpr std::uintmax_t kMebibyte = 1024 * kKibibyte;
-  constexpr std::uintmax_t kLittle = 100 * kMebibyte;
-  std::string least;
-  std::uintmax_t free = UINTMAX_MAX;
-  for (const std::string& folder : {path, drafts_place()}) {
-    std::error_code error;
-    const std::string there = share::existing_part(folder);
-    const fs::space_info room = fs::space(there, error);
-    if (!error && room.available < free) {
-      least = there;
-      free = room.available;
-    }
-  }
-  if (least.empty()) {
-    return {"space", State::kGood, "not known", ""};
+  std::error_code error;
+  const std::string there = share::existing_part(folder);
+  const std::uintmax_t free = fs::space(there, error).available;
+  if (error) {
+    return {name, State::kGood, "not known", ""};
   }
   const std::string found = (free < kMebibyte ? std::to_string(free / kKibibyte) + " KiB"
                                               : std::to_string(free / kMebibyte) + " MiB") +
-                            " free in " + least;
+                            " free in " + there;
   if (free < posix::kSmallDraft) {
-    return {"space", State::kBroken, found, "make room there: nothing can be kept"};
+    return {name, State::kBroken, found, "make room there: nothing can be kept"};
   }
-  return free < kLittle ? Finding{"space", State::kWorthKnowing, found,
-                                  "make room there before large files are shared"}
-                        : Finding{"space", State::kGood, found, ""};
+  return free < little ? Finding{name, State::kWorthKnowing, found,
+                                 "make room there before large files are shared"}
+                       : Finding{name, State::kGood, found, ""};
+}
+
+/// The room for the shared folder, and that for the drafts when it is on another disk.
+std::vector<Finding> spaces(const std::string& container) {
+  constexpr std::uintmax_t kLittle = 100 * kMebibyte;
+  constexpr std::uintmax_t kLittleForDrafts = 25 * kMebibyte;  // a draft can be as large
+  std::vector<Finding> findings{space("space", container, kLittle)};
+  struct stat of_container {};
+  struct stat of_drafts {};
+  if (stat(share::existing_part(container).c_str(), &of_container) == 0 &&
+      stat(share::existing_part(drafts_place()).c_str(), &of_drafts) == 0 &&
+      of_container.st_dev != of_drafts.st_dev) {
+    findings.push_back(space("space for drafts", drafts_place(), kLittleForDrafts));
+  }
+  return findings;
 }
 
 /// Whether a share waits for the holder of the lock in this file. It locks its turn and the staging
@@ -138,8 +138,7 @@ Finding locks(const std::string& container) {
 Finding copies() {
   const StagedCopies copies = staged_copies();
   if (!copies.trouble.empty()) {
-    return {"shared copies", State::kWorthKnowing, "not known: " + copies.trouble,
-            "see what it is, and move it away"};
+    return {"shared copies", State::kWorthKnowing, "not known: " + copies.trouble, copies.advice};
   }
   if (copies.files == 0) {
     return {"shared copies", State::kGood, "none", ""};
@@ -161,7 +160,17 @@ std::vector<Finding> check_container(bool repair) {
     repair_container(path);
   }
   const auto holders = locks(path);  // before this program opens any
-  return {container(path), space(path), holders, copies()};
+  std::vector<Finding> findings{container(path)};
+  std::ranges::move(spaces(path), std::back_inserter(findings));
+  findings.insert(findings.end(), {holders, copies()});
+  return findings;
+}
+
+std::string drafts_place() {
+  const auto beside = posix::group_containers_folder([](const char* name) {
+    return std::string_view(name) == "QUOLL_GROUP_CONTAINERS" ? nullptr : std::getenv(name);
+  });
+  return fs::path(beside.value_or("/")).parent_path() / "quoll-compose";
 }
 
 }  // namespace quoll::console

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "apps/console/finding.h"
@@ -10,5 +11,8 @@ namespace quoll::console {
 /// share makes. With `repair` it first closes the container to other users and removes what killed
 /// shares left in it. The desktop with the share's bundle must be installed.
 [[nodiscard]] std::vector<Finding> check_container(bool repair);
+
+/// The folder in which `quoll-compose` keeps drafts.
+[[nodiscard]] std::string drafts_place();
 
 }  // namespace quoll::console

@@ -178,18 +178,23 @@ TEST_F(Doctor, AShareThatIsStoppedHoldsUpAllOthers) {
   }
 }
 
-TEST_F(Doctor, TheRoomOfTheFullerDiskIsTold) {
-  const std::string drafts = bus_.data_home();
-  if (mount("tmpfs", drafts.c_str(), "tmpfs", 0, "size=4m") != 0) {
+TEST_F(Doctor, TheRoomForDraftsOnAnotherDiskIsTold) {
+  const std::string drafts = bus_.data_home() + "/quoll-compose";
+  fs::create_directories(drafts);
+  EXPECT_EQ(said(doctor({"--json"}), "space for drafts").substr(0, 7), "nothing")
+      << "they are on the disk of the shared folder";
+  if (mount("tmpfs", drafts.c_str(), "tmpfs", 0, "size=26m") != 0) {
     GTEST_SKIP() << "only root can mount a file system to fill";
   }
-  EXPECT_EQ(said(doctor({"--json"}), "space"), "note: 4 MiB free in " + drafts);
+  EXPECT_EQ(said(doctor({"--json"}), "space for drafts"), "good: 26 MiB free in " + drafts);
+  ASSERT_EQ(mount("tmpfs", drafts.c_str(), "tmpfs", MS_REMOUNT, "size=4m"), 0);
+  EXPECT_EQ(said(doctor({"--json"}), "space for drafts"), "note: 4 MiB free in " + drafts);
   std::ofstream(drafts + "/full") << std::string(std::size_t{4000} << 10, 'x');
-  EXPECT_EQ(said(doctor({"--json"}), "space"), "note: 96 KiB free in " + drafts);
+  EXPECT_EQ(said(doctor({"--json"}), "space for drafts"), "note: 96 KiB free in " + drafts);
   std::ofstream(drafts + "/full") << std::string(std::size_t{4048} << 10, 'x');
   const Ended ended = doctor({"--json"});
-  EXPECT_EQ(said(ended, "space"), "BROKEN: 48 KiB free in " + drafts);
-  EXPECT_EQ(advised(ended, "space"), "make room there: nothing can be kept");
+  EXPECT_EQ(said(ended, "space for drafts"), "BROKEN: 48 KiB free in " + drafts);
+  EXPECT_EQ(advised(ended, "space for drafts"), "make room there: nothing can be kept");
   umount2(drafts.c_str(), MNT_DETACH);
 }
 
