@@ -83,7 +83,8 @@ std::string log_line(const ShareResult& result, std::chrono::milliseconds time) 
   if (!result.is_opened && !result.is_failure_logged) {
     line += "; " + (result.logged_as.empty() ? result.failure : result.logged_as);
   }
-  line += result.folder_trouble ? "; the shared folder cannot be used" : "";
+  const std::string trouble = "the shared folder cannot be used";
+  line += result.folder_trouble && !line.ends_with(trouble) ? "; " + trouble : "";
   return line;
 }
 

@@ -223,6 +223,19 @@ TEST(Report, TroubleWithTheSharedFolderIsToldOnce) {
   }
 }
 
+TEST(Report, TheLogNamesTroubleWithTheSharedFolderOnce) {
+  ShareResult result;
+  result.is_opened = true;
+  result.application = "x";
+  result.folder_trouble = "the shared folder cannot be used: there is none";
+  constexpr std::chrono::milliseconds kTime{1};
+  EXPECT_EQ(log_line(result, kTime),
+            "share given to x after 1 ms: nothing; the shared folder cannot be used");
+  result.left_out = {{"a.pdf", "the shared folder cannot be used"}};
+  EXPECT_EQ(log_line(result, kTime),
+            "share given to x after 1 ms: nothing; left out: 1: the shared folder cannot be used");
+}
+
 TEST(Report, AFolderThatCouldNotBeEmptiedAndWasFilledIsNoTrouble) {
   const auto bad_disk = file_error(EIO, "/Share", true);
   Selection selection;
