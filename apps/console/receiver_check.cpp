@@ -2,13 +2,16 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <map>
 #include <optional>
 
+#include "apps/console/container_check.h"
 #include "apps/console/operations/json.h"
 #include "apps/console/session_environment.h"
+#include "apps/share/container_trouble.h"
 #include "quoll/linux/gio/applications.h"
 #include "quoll/linux/gio/launcher.h"
 #include "quoll/linux/gio/mail_clients.h"
@@ -95,6 +98,21 @@ Finding by_entry(const std::string& application, const ApplicationLookup& lookup
           "install quoll-compose again, if nothing else is named"};
 }
 
+/// What to do about a refusal; nothing more when it says so itself.
+std::string advice_on_refusal(const std::string& failure) {
+  for (const char* const name : {"", "/drafts", "/taken"}) {
+    const std::string folder = share::existing_part(drafts_place() + name);
+    std::error_code unknown;
+    if (fs::is_directory(folder, unknown) && access(folder.c_str(), W_OK | X_OK) != 0 &&
+        errno == EACCES) {
+      return share::permission_advice(folder);
+    }
+  }
+  return failure.find("; ") != std::string::npos
+             ? ""
+             : "see that what is named there is yours and can be written";
+}
+
 /// Has `quoll-compose` answer on the bus; none when the bus does not know it.
 std::optional<Finding> by_bus(const std::string& application, const std::string& program) {
   const auto deadline = std::chrono::steady_clock::now() + gio::kOpeningTimeOut;
@@ -113,7 +131,7 @@ std::optional<Finding> by_bus(const std::string& application, const std::string&
                          (program.empty() ? "quoll-compose" : program) + " --check may say more"
       : is_silent
           ? "end process " + std::to_string(process) + ": the next share starts the program anew"
-          : "see that what is named there is yours and can be written"};
+          : advice_on_refusal(*answer.failure)};
 }
 
 /// What a list of drafts says.

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "apps/share/container_trouble.h"
 #include "quoll/container/group_container.h"
 #include "quoll/container/layout.h"
 #include "quoll/foundation/path.h"
@@ -87,8 +88,10 @@ StagedCopies staged_copies() {
                       : posix::UniqueFd();
   const int error = folder ? count_tree(std::move(folder), copies) : errno;
   if (error != 0 && error != ENOENT) {
-    copies.trouble =
-        (group && !above ? data : copies.folder) + " cannot be read: " + posix::error_words(error);
+    const std::string& place = group && !above ? data : copies.folder;
+    copies.trouble = place + " cannot be read: " + posix::error_words(error);
+    copies.advice =
+        error == EACCES ? share::permission_advice(place) : "see what it is, and move it away";
   }
   return copies;
 }

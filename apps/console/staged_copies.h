@@ -12,6 +12,7 @@ struct StagedCopies {
   std::size_t files = 0;
   std::uintmax_t bytes = 0;
   std::string trouble{};  ///< why not all are counted; else empty
+  std::string advice{};   ///< what to do about the trouble
 };
 
 /// Counts them and changes nothing. From the container down no link is followed. The desktop with

@@ -109,26 +109,28 @@ std::string reason_of(const Trouble& trouble) {
                                                                    : "it is no folder";
 }
 
+std::string quoted(const std::string& path) {
+  return "\"" + foundation::printable(path) + "\"";
+}
+
 std::string advice_for(const Trouble& trouble) {
-  struct stat status {};
-  const std::string there = existing_part(trouble.path);
-  const std::string path = "\"" + foundation::printable(there) + "\"";
+  std::string permission;
   switch (trouble.error) {
     case ENOTDIR:
     case ELOOP:
-      return "move " + path + " away";
+      return "move " + quoted(existing_part(trouble.path)) + " away";
     case ENOSPC:
     case EDQUOT:
       return "make room there";
     case EACCES:
     case EPERM:
-      if (lstat(there.c_str(), &status) == 0) {
-        return status.st_uid == geteuid() ? "chmod u+rwX " + path
-                                          : "sudo chown -R \"$USER\" " + path;
-      }
+      permission = permission_advice(trouble.path);
       break;
     default:
       break;
+  }
+  if (!permission.empty()) {
+    return permission;
   }
   return "let QUOLL_GROUP_CONTAINERS name a folder that can be written, for the whole session";
 }
@@ -153,6 +155,15 @@ std::optional<ContainerTrouble> container_trouble() {
                        begin + foundation::printable(trouble->path) + ": " + reason_of(*trouble),
                        advice_for(*trouble)})
                  : std::nullopt;
+}
+
+std::string permission_advice(const std::string& path) {
+  const std::string there = existing_part(path);
+  struct stat status {};
+  if (lstat(there.c_str(), &status) != 0) {
+    return "";
+  }
+  return (status.st_uid == geteuid() ? "chmod u+rwX " : "sudo chown -R \"$USER\" ") + quoted(there);
 }
 
 std::string existing_part(const std::string& path) {

@@ -16,6 +16,9 @@ struct ContainerTrouble {
 /// desktop with the share's bundle must be installed.
 [[nodiscard]] std::optional<ContainerTrouble> container_trouble();
 
+/// The command that lets this user write what exists of a path; empty when it is not known.
+[[nodiscard]] std::string permission_advice(const std::string& path);
+
 /// The part of a path that exists.
 [[nodiscard]] std::string existing_part(const std::string& path);
 

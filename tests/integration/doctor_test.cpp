@@ -283,6 +283,18 @@ TEST_F(Doctor, WhatTheReceiverCannotDoIsSaidInItsWords) {
   EXPECT_NE(found.find(bus_.data_home() + "/quoll-compose"), std::string::npos) << found;
 }
 
+TEST_F(Doctor, AFolderOfDraftsThatCannotBeWrittenHasACommand) {
+  if (geteuid() == 0) {
+    GTEST_SKIP() << "root may write everywhere";
+  }
+  install_receiver();
+  const std::string drafts = bus_.data_home() + "/quoll-compose";
+  fs::create_directories(drafts);
+  ASSERT_EQ(chmod(drafts.c_str(), S_IRUSR | S_IXUSR), 0);
+  EXPECT_EQ(advised(doctor({"--json"}), "mail application"), "chmod u+rwX \"" + drafts + "\"");
+  ASSERT_EQ(chmod(drafts.c_str(), S_IRWXU), 0);
+}
+
 // It has as long to answer as in a share, which is too long for a test.
 TEST_F(Doctor, AReceiverThatDoesNotAnswerIsNotWaitedForForEver) {
   const ScopedEnvironment here(bus_.environment());
