@@ -8,6 +8,7 @@
 
 #include "apps/share-service/service.h"
 #include "apps/share/usage_words.h"
+#include "quoll/foundation/printable.h"
 
 namespace {
 
@@ -47,7 +48,8 @@ int main(int argc, char** argv) {
   } catch (const CLI::Success& asked_for_help) {
     return app.exit(asked_for_help);
   } catch (const CLI::ParseError& error) {
-    std::cerr << "quoll-share-service: " << quoll::share::in_plain_words(error.what())
+    std::cerr << "quoll-share-service: "
+              << quoll::foundation::printable(quoll::share::in_plain_words(error.what()))
               << "; see quoll-share-service --help\n";
     return 2;
   }

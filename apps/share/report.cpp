@@ -61,7 +61,7 @@ void report(const ShareResult& result, std::ostream& out) {
     out << "left out: " << shown(left.what) << ": " << left.why << '\n';
   }
   if (result.folder_trouble) {
-    out << *result.folder_trouble << '\n';
+    out << foundation::printable(*result.folder_trouble) << '\n';
   }
   if (!result.is_opened) {
     out << "not opened: " << told_failure(result) << '\n';

@@ -70,6 +70,17 @@ TEST(Usage, TheReceiverHasWordsOfItsOwnForAnUnknownOption) {
   EXPECT_TRUE(ended.errors.ends_with(" --nosuch; see quoll-compose --help\n")) << ended.errors;
 }
 
+// A file of a stranger may be called so, and "quoll-share *" names it.
+TEST(Usage, NoArgumentReachesTheTerminalAsItIs) {
+  for (const char* const program : {QUOLL_SHARE, QUOLL_SHARE_SERVICE, QUOLL_COMPOSE, QUOLLCTL}) {
+    for (const char* const argument : {"--foo\x1b[31m", "-\x1b]0;T\a", "--idle=\x1b[2J"}) {
+      const Ended ended = run({program, argument});
+      EXPECT_EQ(ended.status, 2) << program;
+      EXPECT_EQ(ended.errors.find_first_of("\x1b\a"), std::string::npos) << ended.errors;
+    }
+  }
+}
+
 TEST(Usage, WhatAnOptionTakesIsSaid) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> rows{
       {{QUOLL_COMPOSE, "--service", "--idle", "86401"},

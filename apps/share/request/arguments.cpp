@@ -12,6 +12,7 @@
 
 #include "apps/share/exit_code.h"
 #include "apps/share/usage_words.h"
+#include "quoll/foundation/printable.h"
 
 namespace quoll::share {
 
@@ -109,7 +110,7 @@ std::string add_descriptor(ShareRequest& request, const std::string& text) {
 }
 
 int wrong_usage(const std::string& why) {
-  std::cerr << "quoll-share: " << why << "; see quoll-share --help\n";
+  std::cerr << "quoll-share: " << foundation::printable(why) << "; see quoll-share --help\n";
   return static_cast<int>(ExitCode::kUsage);
 }
 
