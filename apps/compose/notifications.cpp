@@ -12,6 +12,7 @@
 #include "apps/compose/folders.h"
 #include "apps/compose/hand_over.h"
 #include "quoll/foundation/printable.h"
+#include "quoll/linux/gio/handles.h"
 #include "quoll/linux/gio/notification.h"
 #include "quoll/platform/log.h"
 
