@@ -137,7 +137,8 @@ std::optional<Finding> by_bus(const std::string& application, const std::string&
 /// What a list of drafts says.
 struct Drafts {
   std::map<std::string, std::size_t> numbers;  ///< how many have each state
-  std::string kept, why;  ///< the newest that no mail client was given, and why; else empty
+  std::string kept, why;         ///< the newest that no mail client was given, and why; else empty
+  std::string aside, why_aside;  ///< the newest that was set aside, and why; else empty
 };
 
 std::string text_in(const Json& draft, const char* name) {
@@ -160,6 +161,9 @@ std::optional<Drafts> drafts_in(const Json& list) {
     if (state == "kept") {
       drafts.kept = text_in(draft, "name");
       drafts.why = text_in(draft, "reason");
+    } else if (state == "set aside") {
+      drafts.aside = text_in(draft, "name");
+      drafts.why_aside = text_in(draft, "reason");
     }
   }
   return drafts;
@@ -183,12 +187,18 @@ Finding drafts(const std::string& program) {
     return {"drafts", State::kGood, "none", ""};
   }
   found += "; given ones go after 7 days, set aside ones after 30, the others stay";
-  if (!drafts->why.empty()) {
-    return {"drafts", State::kWorthKnowing,
-            found + "; the newest kept one is " + drafts->kept + ": " + drafts->why,
-            "quoll-compose --again " + drafts->kept + " gives it to a mail client"};
+  Finding finding{"drafts", State::kGood, found, "quoll-compose --list shows them"};
+  if (!drafts->aside.empty()) {
+    finding.state = State::kWorthKnowing;
+    finding.found += "; the newest that was set aside is " + drafts->aside + ": " +
+                     (drafts->why_aside.empty() ? "nobody knows why" : drafts->why_aside);
   }
-  return {"drafts", State::kGood, found, "quoll-compose --list shows them"};
+  if (!drafts->why.empty()) {
+    finding.state = State::kWorthKnowing;
+    finding.found += "; the newest kept one is " + drafts->kept + ": " + drafts->why;
+    finding.advice = "quoll-compose --again " + drafts->kept + " gives it to a mail client";
+  }
+  return finding;
 }
 
 Finding mail_client() {

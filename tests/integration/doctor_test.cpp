@@ -339,6 +339,18 @@ TEST_F(Doctor, WhyTheNewestDraftWasKept) {
   EXPECT_EQ(advised(ended, "drafts"), "quoll-compose --again N gives it to a mail client");
 }
 
+TEST_F(Doctor, WhyTheNewestDraftWasSetAside) {
+  const std::string aside = R"({"state": "set aside", "name": "N", "reason": "no room"})";
+  make_program("quoll-compose", "case $* in *--json*) echo '[" + aside +
+                                    "]' ;;\n*) exec " QUOLL_COMPOSE " \"$@\" ;; esac");
+  bus_.add_service("it.vorlent.quoll2", bus_.path("programs/quoll-compose") + " --service");
+  const Ended ended = doctor({"--json"});
+  EXPECT_TRUE(said(ended, "drafts").starts_with("note: 1 set aside; ")) << said(ended, "drafts");
+  EXPECT_TRUE(said(ended, "drafts").ends_with("; the newest that was set aside is N: no room"))
+      << said(ended, "drafts");
+  EXPECT_EQ(advised(ended, "drafts"), "quoll-compose --list shows them");
+}
+
 TEST_F(Doctor, WhatIsNoListOfDraftsIsNotCounted) {
   bus_.add_service("it.vorlent.quoll2", bus_.path("programs/quoll-compose") + " --service");
   const std::string program = bus_.path("programs/quoll-compose");
