@@ -56,14 +56,15 @@ Finding startable(const std::string& application, const ApplicationLookup& looku
   const std::string& program = lookup.service_program;
   const std::string name = fs::path(program).filename();
   if (!program.empty() && !gio::is_program(program)) {
-    return {kName, State::kBroken,
-            application + " cannot be started: its program " + program + " is missing",
-            "install the application again"};
+    return {
+        kName, State::kBroken,
+        application + " cannot be started: " + gio::missing_program(program, lookup.service_file),
+        gio::advice_on_missing_program(lookup.service_file)};
   }
   if (name == "false" || name == "true") {
     return {kName, State::kBroken,
             application + " is switched off: its service file starts " + program,
-            "remove the dbus-1/services/" + application + ".service that says so"};
+            "remove " + lookup.service_file + ", which says so"};
   }
   return {kName, State::kWorthKnowing,
           application + " is started by " + (program.empty() ? "the session bus" : program) +
@@ -122,6 +123,9 @@ std::optional<Finding> by_bus(const std::string& application, const std::string&
   }
   if (!answer.failure) {
     return Finding{kName, State::kGood, application + " is quoll-compose, and can keep drafts", ""};
+  }
+  if (!answer.advice.empty()) {
+    return Finding{kName, State::kBroken, *answer.failure, answer.advice};
   }
   const int process = gio::look_up_application(application, kTimeOut).process;
   const bool is_silent = std::chrono::steady_clock::now() >= deadline;

@@ -275,6 +275,26 @@ TEST_F(Doctor, AMailApplicationIsNotStarted) {
   EXPECT_FALSE(fs::exists(mark));
 }
 
+TEST_F(Doctor, TheFileThatStartsAMissingProgramIsNamed) {
+  const std::string file = bus_.path("system-data/dbus-1/services/it.vorlent.quoll2.service");
+  bus_.add_service("it.vorlent.quoll2", "/nowhere/mail");
+  Ended ended = doctor({"--json"});
+  EXPECT_EQ(said(ended, "mail application"),
+            "BROKEN: it.vorlent.quoll2 cannot be started: /nowhere/mail, which " + file +
+                " starts, does not exist");
+  EXPECT_EQ(advised(ended, "mail application"), "install the package of " + file + " again");
+  EXPECT_EQ(advised(doctor({"--json"}, {{"HOME", bus_.path("system-data")}}), "mail application"),
+            "remove " + file);
+  bus_.add_service("it.vorlent.quoll2", "/nowhere/quoll-compose");
+  ended = doctor({"--json"});
+  EXPECT_EQ(said(ended, "mail application"),
+            "BROKEN: the mail application could not be started: /nowhere/quoll-compose, which " +
+                file + " starts, does not exist");
+  EXPECT_EQ(advised(ended, "mail application"), "install the package of " + file + " again");
+  bus_.add_service("it.vorlent.quoll2", "/bin/false");
+  EXPECT_EQ(advised(doctor({"--json"}), "mail application"), "remove " + file + ", which says so");
+}
+
 TEST_F(Doctor, WhatTheReceiverCannotDoIsSaidInItsWords) {
   install_receiver();
   std::ofstream(bus_.data_home() + "/quoll-compose") << "x";

@@ -292,15 +292,16 @@ TEST_F(LauncherTest, AStartedProgramThatFailsHasTakenNothing) {
 }
 
 TEST_F(LauncherTest, AServiceThatCannotBeStartedIsNotOpened) {
-  const std::string begin = "openURLs the mail application could not be started: its program ";
+  const std::string begin = "openURLs the mail application could not be started: ";
+  const std::string file = bus_.path("system-data/dbus-1/services/") + kName + ".service";
   bus_.add_service(kName, "/bin/false");
   EXPECT_FALSE(open({"quoll://compose?"}));
-  EXPECT_EQ(only_line(), begin + "ended at once");
+  EXPECT_EQ(only_line(), begin + "its program ended at once");
   bus_.add_service(kName, "/nonexistent/program");
   EXPECT_FALSE(open({"quoll://compose?"}));
-  EXPECT_EQ(log_->lines().back(), begin + "is missing or cannot be run; install the package of " +
-                                      bus_.path("system-data/dbus-1/services/") + kName +
-                                      ".service again");
+  EXPECT_EQ(log_->lines().back(), begin + "/nonexistent/program, which " + file +
+                                      " starts, does not exist; install the package of " + file +
+                                      " again");
 }
 
 TEST_F(LauncherTest, WithoutAnyApplicationTheReasonSaysWhatToInstall) {

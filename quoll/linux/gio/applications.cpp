@@ -1,6 +1,7 @@
 #include "quoll/linux/gio/applications.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "quoll/linux/gio/desktop_entry.h"
@@ -41,21 +42,6 @@ int process_of(GDBusConnection* bus, const std::string& name, steady_clock::time
   return static_cast<int>(process);
 }
 
-/// The first word of the command in the service file that the bus reads first.
-std::string service_program(const std::string& application) {
-  const KeyFileHandle file(g_key_file_new());
-  const std::string path = find_data_file("dbus-1/services/" + application + ".service");
-  g_key_file_load_from_file(file.get(), path.c_str(), G_KEY_FILE_NONE, nullptr);
-  const TextHandle exec(g_key_file_get_string(file.get(), "D-BUS Service", "Exec", nullptr));
-  char** words = nullptr;
-  if (!exec || g_shell_parse_argv(exec.get(), nullptr, &words, nullptr) == FALSE) {
-    return "";
-  }
-  std::string program = words[0];
-  g_strfreev(words);
-  return program;
-}
-
 }  // namespace
 
 ApplicationLookup look_up_application(const std::string& application,
@@ -70,7 +56,9 @@ ApplicationLookup look_up_application(const std::string& application,
   } else {
     found.bus_trouble = session.reason();
   }
-  found.service_program = service_program(application);
+  ServiceFile file = service_file(application);
+  found.service_program = std::move(file.program);
+  found.service_file = std::move(file.path);
   const EntryHandle entry = find_entry(application);
   found.has_entry = entry != nullptr;
   found.broken_entry = entry ? "" : entry_file(application);
@@ -78,11 +66,37 @@ ApplicationLookup look_up_application(const std::string& application,
   return found;
 }
 
+ServiceFile service_file(const std::string& application) {
+  ServiceFile found;
+  found.path = find_data_file("dbus-1/services/" + application + ".service");
+  const KeyFileHandle file(g_key_file_new());
+  g_key_file_load_from_file(file.get(), found.path.c_str(), G_KEY_FILE_NONE, nullptr);
+  const TextHandle exec(g_key_file_get_string(file.get(), "D-BUS Service", "Exec", nullptr));
+  char** words = nullptr;
+  if (exec && g_shell_parse_argv(exec.get(), nullptr, &words, nullptr) != FALSE) {
+    found.program = words[0];  // the first word of the command
+    g_strfreev(words);
+  }
+  return found;
+}
+
+std::string missing_program(const std::string& program, const std::string& file) {
+  const bool is_there = g_file_test(program.c_str(), G_FILE_TEST_EXISTS) != FALSE;
+  return program + ", which " + file + " starts, " +
+         (is_there ? "cannot be run" : "does not exist");
+}
+
+std::string advice_on_missing_program(const std::string& file) {
+  return file.starts_with(std::string(g_get_home_dir()) + "/")
+             ? "remove " + file
+             : "install the package of " + file + " again";
+}
+
 ActivationAnswer activate_application(const std::string& application,
                                       std::chrono::milliseconds time_out) {
   Opener opener({}, time_out);
   ActivationAnswer answer;
-  answer.is_there = opener.activate(application, answer.failure);
+  answer.is_there = opener.activate(application, answer.failure, answer.advice);
   return answer;
 }
 

@@ -13,6 +13,7 @@ struct ApplicationLookup {
   int process = 0;              ///< by this process; 0 when the bus does not tell
   bool is_startable = false;    ///< the bus can start it
   std::string service_program;  ///< what its service file starts; empty when none is found
+  std::string service_file;     ///< the path of that file
   bool has_entry = false;       ///< it has a desktop entry that can be used
   std::string broken_entry;     ///< the path of one that cannot be used; empty when there is none
   std::string entry_program;    ///< what its desktop entry starts
@@ -27,7 +28,20 @@ struct ApplicationLookup {
 struct ActivationAnswer {
   bool is_there = false;               ///< the bus knows the application
   std::optional<std::string> failure;  ///< why it did not answer well, in plain words
+  std::string advice;                  ///< what can be done about it; empty when not known
 };
+
+/// The file by which the bus starts an application, and the program that it names.
+struct ServiceFile {
+  std::string path;     ///< empty when there is none
+  std::string program;  ///< empty when it names none
+};
+[[nodiscard]] ServiceFile service_file(const std::string& application);
+
+/// Why the program of a file that starts it cannot be used, and what to do: remove the file when it
+/// is the user's own.
+[[nodiscard]] std::string missing_program(const std::string& program, const std::string& file);
+[[nodiscard]] std::string advice_on_missing_program(const std::string& file);
 
 /// Has an application answer `Activate` over the bus, by the way and with the words that opening a
 /// URL has. It is started if need be and gets nothing to open.

@@ -110,10 +110,13 @@ OpenResult not_started(const ErrorSlot& error, const std::string& application) {
   if (!error.is(G_DBUS_ERROR, G_DBUS_ERROR_SPAWN_EXEC_FAILED)) {
     return {begin + words_of(error)};
   }
-  const std::string file = find_data_file("dbus-1/services/" + application + ".service");
-  return {
-      .failure = begin + "its program is missing or cannot be run",
-      .advice = file.empty() ? "install it again" : "install the package of " + file + " again"};
+  const ServiceFile file = service_file(application);
+  if (file.program.empty()) {
+    return {.failure = begin + "its program is missing or cannot be run",
+            .advice = "install it again"};
+  }
+  return {.failure = begin + missing_program(file.program, file.path),
+          .advice = advice_on_missing_program(file.path)};
 }
 
 }  // namespace
@@ -150,7 +153,7 @@ OpenResult Opener::open(const OpenRequest& request) {
   return is_there ? result : open_by_entry(request, {});
 }
 
-bool Opener::activate(const std::string& application, FailureReason& failure) {
+bool Opener::activate(const std::string& application, FailureReason& failure, std::string& advice) {
   const auto deadline = std::chrono::steady_clock::now() + time_out_;
   GDBusConnection* connection = bus_.connection(deadline);
   if (connection == nullptr) {
@@ -160,8 +163,9 @@ bool Opener::activate(const std::string& application, FailureReason& failure) {
   const VariantHandle reply(call(connection, application, "Activate",
                                  g_variant_new("(a{sv})", nullptr), deadline, error));
   if (!reply && !says_nobody_there(error)) {
-    const OpenResult result = failed(error, application);
+    OpenResult result = failed(error, application);
     failure = *result.failure + (result.report.empty() ? "" : ": " + result.report);
+    advice = std::move(result.advice);
   }
   return !says_nobody_there(error);
 }

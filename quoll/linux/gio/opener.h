@@ -31,7 +31,8 @@ class Opener {
 
   /// Has the application answer `Activate` over the bus, which starts it if need be, and gives it
   /// nothing. False when the bus does not know it; then `open` would run its `Exec` line.
-  [[nodiscard]] bool activate(const std::string& application, FailureReason& failure);
+  [[nodiscard]] bool activate(const std::string& application, FailureReason& failure,
+                              std::string& advice);
 
  private:
   /// False when nobody is there.
