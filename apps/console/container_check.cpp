@@ -36,14 +36,33 @@ std::string in_folder(const std::string& folder, std::string_view name) {
   return foundation::appending_path_component(folder, name);
 }
 
-/// Closes the container to others, and removes what killed shares have left in it. A failure shows
-/// in the checks that follow.
-void repair_container(const std::string& path) {
+std::size_t count_unfinished(const std::string& container) {
+  std::error_code none;
+  const fs::directory_iterator unfinished(in_folder(container, layout::unfinished), none);
+  return static_cast<std::size_t>(std::distance(unfinished, fs::directory_iterator()));
+}
+
+/// Makes the container and closes it to others, and removes what killed shares have left in it.
+/// Adds what it did to `done`, and what it could not to `failed`.
+void repair_container(const std::string& path, Repairs& repairs) {
+  std::error_code error;
+  const bool was_there = fs::exists(path, error);
   static_cast<void>(ExtensionUtilities::GroupPath());
-  std::error_code ignored;
-  fs::permissions(path, fs::perms::group_all | fs::perms::others_all, fs::perm_options::remove,
-                  ignored);
+  if (!was_there && fs::exists(path, error)) {
+    repairs.done.push_back("made " + path);
+  }
+  constexpr fs::perms kOthers = fs::perms::group_all | fs::perms::others_all;
+  if ((fs::status(path, error).permissions() & kOthers) != fs::perms::none && !error) {
+    fs::permissions(path, kOthers, fs::perm_options::remove, error);
+    (error ? repairs.failed : repairs.done)
+        .push_back((error ? "could not close " : "closed ") + path + " to other users");
+  }
+  const std::size_t before = count_unfinished(path);
   posix::sweep_temporary_items(path);
+  const std::size_t after = count_unfinished(path);
+  if (after < before) {
+    repairs.done.push_back("removed what killed shares left: " + std::to_string(before - after));
+  }
 }
 
 Finding container(const std::string& path) {
@@ -150,14 +169,14 @@ Finding copies() {
 
 }  // namespace
 
-std::vector<Finding> check_container(bool repair) {
+std::vector<Finding> check_container(Repairs* repairs) {
   const auto folder = posix::group_containers_folder();
   if (!folder) {
     return {container("")};
   }
   const std::string path = in_folder(*folder, ExtensionUtilities::application_group);
-  if (repair) {
-    repair_container(path);
+  if (repairs != nullptr) {
+    repair_container(path, *repairs);
   }
   const auto holders = locks(path);  // before this program opens any
   std::vector<Finding> findings{container(path)};

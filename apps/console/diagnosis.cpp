@@ -72,6 +72,28 @@ Finding links(const std::string& application) {
           "xdg-mime default " + application + ".desktop x-scheme-handler/quoll; shares do without"};
 }
 
+/// Chooses the application that opens command URLs when none does.
+void repair_links(const std::string& application, Repairs& repairs) {
+  if (gio::handler_of_scheme("quoll").empty()) {
+    const bool is_set = gio::set_handler_of_scheme(application, "quoll");
+    (is_set ? repairs.done : repairs.failed)
+        .push_back((is_set ? "gave quoll:// links to " : "could not give quoll:// links to ") +
+                   application);
+  }
+}
+
+Finding told(const Repairs& repairs) {
+  Finding finding{"repairs", State::kGood, repairs.done.empty() ? "none" : "", ""};
+  for (const std::string& done : repairs.done) {
+    finding.found += (finding.found.empty() ? "" : "; ") + done;
+  }
+  for (const std::string& failed : repairs.failed) {
+    finding.found += "; " + failed;
+    finding.state = State::kWorthKnowing;
+  }
+  return finding;
+}
+
 /// Keeps the last line that is logged.
 class LastLine final : public platform::Log {
  public:
@@ -151,8 +173,9 @@ Finding log_lines() {
 std::vector<Finding> diagnose(bool repair) {
   const auto bundle = reading_desktop().bundle;
   const std::string application = addressee(bundle);
-  if (repair && gio::handler_of_scheme("quoll").empty()) {
-    static_cast<void>(gio::set_handler_of_scheme(application, "quoll"));
+  Repairs repairs;
+  if (repair) {
+    repair_links(application, repairs);
   }
   std::vector<Finding> findings{identity(*bundle, application)};
   const auto add = [&](std::vector<Finding> more) {
@@ -160,7 +183,10 @@ std::vector<Finding> diagnose(bool repair) {
   };
   {
     const platform::ScopedDesktop desktop(reading_desktop());
-    add(check_container(repair));
+    add(check_container(repair ? &repairs : nullptr));
+  }
+  if (repair) {
+    findings.insert(findings.begin() + 1, told(repairs));
   }
   add({pictures(), clipboard()});
   add(check_receiver(application));

@@ -101,6 +101,9 @@ TEST_F(Doctor, AContainerThatIsOpenToOthersIsClosed) {
   EXPECT_EQ(ended.status, 0);
   EXPECT_EQ(said(ended, "container"), "note: " + container() + " is open to other users");
   ended = doctor({"--fix", "--json"});
+  EXPECT_EQ(said(ended, "repairs"),
+            "note: closed " + container() +
+                " to other users; could not give quoll:// links to it.vorlent.quoll2");
   EXPECT_EQ(said(ended, "container"), "good: " + container());
   EXPECT_EQ(fs::status(container()).permissions(), fs::perms::owner_all);
 }
@@ -110,7 +113,11 @@ TEST_F(Doctor, WhatAKilledShareLeftIsRemovedWhenAsked) {
   fs::create_directories(left + "/1");
   EXPECT_EQ(doctor().status, 1);
   EXPECT_TRUE(fs::exists(left)) << "no receiver has started, which removes it";
-  EXPECT_EQ(doctor({"--fix"}).status, 1);
+  const Ended ended = doctor({"--fix", "--json"});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_TRUE(said(ended, "repairs").find("removed what killed shares left: 1") !=
+              std::string::npos)
+      << said(ended, "repairs");
   EXPECT_FALSE(fs::exists(left));
 }
 
