@@ -1,9 +1,11 @@
 // The installed tree, used as another project uses it.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 #include "tests/integration/private_bus.h"
 
@@ -174,11 +176,14 @@ TEST_F(Package, TheExampleOpensAComposeWindow) {
   expect_success({prefix() + "/bin/quollctl", "sample-container", containers}, environment);
   expect_success({folder + "/compose-example"}, environment);
 
+  const std::filesystem::path receiver = bus.data_home() + "/quoll-compose";
+  while (!std::filesystem::is_empty(receiver / "taken")) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));  // it is written after the answer
+  }
   const Ended shown = run({prefix() + "/bin/quoll-compose", "--list"}, environment);
   EXPECT_EQ(shown.status, 0) << shown.errors;
   std::string draft;
-  for (const auto& entry :
-       std::filesystem::directory_iterator(bus.data_home() + "/quoll-compose/drafts")) {
+  for (const auto& entry : std::filesystem::directory_iterator(receiver / "drafts")) {
     draft = read_file(entry.path());
   }
   EXPECT_NE(draft.find("Subject: Hello from an example"), std::string::npos) << draft;
