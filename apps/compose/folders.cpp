@@ -128,7 +128,7 @@ void make_folders() {
 void require_writable_folders() {
   make_folders();
   for (const std::string& folder : {taken_folder(), drafts_folder()}) {
-    if (access(folder.c_str(), W_OK | X_OK) != 0) {
+    if (access(folder.c_str(), R_OK | W_OK | X_OK) != 0) {
       cannot_keep(folder, errno);
     }
   }

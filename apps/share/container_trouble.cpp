@@ -60,6 +60,21 @@ std::optional<Trouble> trouble_with_locks(const std::string& container) {
   return std::nullopt;
 }
 
+/// A share replaces the staging folder, unless it cannot be read, or is another user's and
+/// something is in it.
+std::optional<Trouble> trouble_with_staging(const std::string& path) {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+    return std::nullopt;
+  }
+  std::error_code error;
+  if (status.st_uid != geteuid() && !fs::is_empty(path, error)) {
+    return trouble_with_folder(path);
+  }
+  const bool is_closed = faccessat(AT_FDCWD, path.c_str(), R_OK | X_OK, AT_EACCESS) != 0;
+  return is_closed ? std::optional(Trouble{path, errno}) : std::nullopt;
+}
+
 /// What keeps a share from putting files into the container.
 std::optional<Trouble> trouble_in(const std::string& container) {
   if (!ExtensionUtilities::GroupPath()) {
@@ -92,12 +107,7 @@ std::optional<Trouble> trouble_in(const std::string& container) {
   if (auto trouble = trouble_with_folder(data)) {
     return trouble;
   }
-  // A share replaces the staging folder, unless it is another user's and something is in it.
-  const std::string staging = in_folder(data, layout::staging);
-  struct stat status {};
-  const bool is_of_another = lstat(staging.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
-                             status.st_uid != geteuid() && !fs::is_empty(staging, error);
-  return is_of_another ? trouble_with_folder(staging) : std::nullopt;
+  return trouble_with_staging(in_folder(data, layout::staging));
 }
 
 std::string reason_of(const Trouble& trouble) {

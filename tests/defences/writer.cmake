@@ -176,7 +176,7 @@ quoll_defence(kept_drafts_have_their_files FILE apps/compose/taken_draft.cpp
   TAKES "if (rename_to_given() == 0) {" GIVES "if (folder() == -2) {"
   SHOWN_BY kept_drafts KeptDrafts.OneThatNoClientTookIsGivenAgainWithItsFiles)
 quoll_defence(nothing_is_promised_that_cannot_be_kept FILE apps/compose/folders.cpp
-  TAKES "access(folder.c_str(), W_OK | X_OK) != 0" GIVES "access(folder.c_str(), F_OK) != 0"
+  TAKES "access(folder.c_str(), R_OK | W_OK | X_OK) != 0" GIVES "access(folder.c_str(), F_OK) != 0"
   SHOWN_BY kept_drafts KeptDrafts.WhereNothingCanBeKeptNothingIsPromised)
 quoll_defence(reasons_of_before_go FILE apps/compose/noted_reason.cpp
   TAKES "    unlinkat(fd.get(), kReasonFile, 0);" GIVES "    unlinkat(fd.get(), \"\", 0);"

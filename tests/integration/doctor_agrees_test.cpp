@@ -168,6 +168,10 @@ const std::vector<Breakage>& receivers() {
        [](Home& home) { Home::make_folder(home.drafts("given"), kReadOnly); }, true},
       {"its folder is a file",
        [](Home& home) { Home::make_file(home.bus.data_home() + "/quoll-compose"); }},
+      {"the drafts cannot be listed",
+       [](Home& home) {
+         Home::make_folder(home.drafts("drafts"), fs::perms::owner_write | fs::perms::owner_exec);
+       }},
       {"its folder is read-only",
        [](Home& home) { Home::make_folder(home.drafts(""), kReadOnly); }},
       {.what = "it has no home",
@@ -237,6 +241,11 @@ const std::vector<Breakage>& containers() {
          Home::make_folder(home.container("/SharedData/Share"), kReadOnly);
        },
        true},
+      {"a staging folder that cannot be read",
+       [](Home& home) {
+         Home::make_file(home.container("/SharedData/Share/old"));
+         Home::make_folder(home.container("/SharedData/Share"), fs::perms::none);
+       }},
       {.what = "files in the staging folder are another user's",
        .prepare =
            [](Home& home) {
