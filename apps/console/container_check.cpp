@@ -130,8 +130,11 @@ Finding held_lock(const posix::LockHolder& holder, bool is_waited_for) {
   }
   std::ostringstream who;
   const std::string number = std::to_string(holder.process);
-  who << (holder.program.empty() ? "a program" : holder.program) << " (process " << number
-      << ", started " << std::put_time(std::localtime(&holder.began), "%F %T") << ")";
+  who << (holder.program.empty() ? "a program" : holder.program) << " (process " << number;
+  if (holder.began != 0) {  // else it has ended, and another has its lock
+    who << ", started " << std::put_time(std::localtime(&holder.began), "%F %T");
+  }
+  who << ")";
   if (is_waited_for && holder.is_stopped) {
     return {"locks", State::kBroken,
             who.str() + " was stopped in its work on the shared folder: shares wait until it ends",

@@ -185,6 +185,26 @@ TEST_F(Doctor, AShareThatIsStoppedHoldsUpAllOthers) {
   }
 }
 
+// A program names itself as it likes.
+TEST_F(Doctor, ANameWithALineBreakHidesNoStoppedShare) {
+  install_receiver();
+  fs::create_directories(container() + "/.locks");
+  Process holder({"python3", "-c",
+                  "import fcntl, os, sys; lock = open(sys.argv[1], 'w'); fcntl.flock(lock, 2); "
+                  "open('/proc/self/comm', 'w').write('a\\nb'); open(sys.argv[2], 'w'); "
+                  "os.kill(os.getpid(), 19)",
+                  container() + "/.locks/turn", bus_.path("held")});
+  while (!fs::exists(bus_.path("held"))) {
+    usleep(1000);
+  }
+  std::string found;
+  do {  // it stops a moment after it has said that it holds the lock
+    found = said(doctor({"--json"}), "locks");
+  } while (found.starts_with("note: a\nb"));
+  EXPECT_TRUE(found == kSomebody || found.starts_with("BROKEN: a\nb (process ")) << found;
+  EXPECT_EQ(kill(holder.id(), SIGKILL), 0);
+}
+
 TEST_F(Doctor, TheRoomForDraftsOnAnotherDiskIsTold) {
   const std::string drafts = bus_.data_home() + "/quoll-compose";
   fs::create_directories(drafts);

@@ -44,8 +44,7 @@ LockHolder holder_of(int process) {
   constexpr std::size_t kTicksFrom = 19;  // the ticks at its start, counted from the state
   LockHolder holder{.process = process};
   std::ifstream file("/proc/" + std::to_string(process) + "/stat");
-  std::string line;
-  std::getline(file, line);
+  const std::string line{std::istreambuf_iterator<char>(file), {}};
   const std::size_t begin = line.find('(');
   const std::size_t end = line.rfind(')');
   if (begin == std::string::npos || end == std::string::npos) {
@@ -53,7 +52,10 @@ LockHolder holder_of(int process) {
   }
   holder.program = line.substr(begin + 1, end - begin - 1);
   std::istringstream rest(line.substr(end + 1));
-  const std::vector<std::string> words{std::istream_iterator<std::string>(rest), {}};
+  std::vector<std::string> words;
+  for (std::string word; rest >> word;) {
+    words.push_back(word);
+  }
   if (words.size() > kTicksFrom) {
     holder.is_stopped = words[0] == "T" || words[0] == "t";
     holder.began =
