@@ -1,6 +1,7 @@
 #include "quoll/linux/gio/notification_buttons.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <deque>

@@ -3,7 +3,6 @@
 #include <gio/gio.h>
 
 #include <chrono>
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
