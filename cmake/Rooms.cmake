@@ -87,6 +87,27 @@ function(quoll_install_pkg_config template module)
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 endfunction()
 
+# What is tested is built as released; the tests themselves are compiled quickly.
+function(quoll_compile_quickly target)
+  target_compile_options(${target} PRIVATE "SHELL:$<$<CONFIG:Release>:-O0 -U_FORTIFY_SOURCE>")
+endfunction()
+
+# What most tests include is read once for all of them, by the first. A compiler cache would keep
+# nothing that was built so.
+function(quoll_read_headers_once target)
+  if(NOT CMAKE_UNITY_BUILD OR CMAKE_CXX_COMPILER_LAUNCHER)
+    return()
+  endif()
+  get_property(first GLOBAL PROPERTY QUOLL_FIRST_TEST)
+  if(first)
+    target_precompile_headers(${target} REUSE_FROM ${first})
+    return()
+  endif()
+  set_property(GLOBAL PROPERTY QUOLL_FIRST_TEST ${target})
+  target_precompile_headers(${target} PRIVATE <gtest/gtest.h> <algorithm> <chrono> <filesystem>
+    <fstream> <map> <memory> <optional> <string> <thread> <vector>)
+endfunction()
+
 # A test program: one executable, one entry of the test runner.
 #   quoll_test(foundation SOURCES ... LIBRARIES quoll_foundation)
 # APART are sources with names that others of the same test have too. They are compiled by
@@ -98,8 +119,8 @@ function(quoll_test name)
   set_source_files_properties(${TEST_APART} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
   target_link_libraries(test_${name} PRIVATE ${TEST_LIBRARIES} GTest::gtest GTest::gtest_main
                                              Threads::Threads quoll_warnings)
-  # What is tested is built as released; the tests themselves are built quickly.
-  target_compile_options(test_${name} PRIVATE "SHELL:$<$<CONFIG:Release>:-O0 -U_FORTIFY_SOURCE>")
+  quoll_compile_quickly(test_${name})
+  quoll_read_headers_once(test_${name})
   add_test(NAME ${name} COMMAND test_${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 300)
   if(name IN_LIST long_tests)
