@@ -1,14 +1,12 @@
 #include <sys/resource.h>
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <exception>
 #include <iostream>
 #include <utility>
 
+#include "apps/command_line/command_line.h"
 #include "apps/share-service/service.h"
-#include "apps/share/usage_words.h"
-#include "quoll/foundation/printable.h"
 
 namespace {
 
@@ -28,30 +26,20 @@ int main(int argc, char** argv) {
   double idle_seconds = 10;
   quoll::share_service::ShareBounds bounds;
   std::int64_t share_seconds = bounds.time.count();
-  CLI::App app("Shares for other programs; the session bus starts it.", "quoll-share-service");
-  app.set_version_flag("--version", "quoll-share-service " QUOLL_VERSION);
-  app.add_option("--idle", idle_seconds, "end after so many idle seconds, 86400 at most")
-      ->check([](const std::string& seconds) {
-        return CLI::Range(0.0, 86400.0)(seconds).empty() ? "" : "it takes 0 to 86400 seconds";
-      })
-      ->type_name("SECONDS")
-      ->capture_default_str();
-  app.add_option("--time", share_seconds,
-                 "end a share that takes longer than so many seconds, 1 to 86400")
-      ->check([](const std::string& seconds) {
-        return CLI::Range(1, 86400)(seconds).empty() ? "" : "it takes 1 to 86400 seconds";
-      })
-      ->type_name("SECONDS")
-      ->capture_default_str();
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::Success& asked_for_help) {
-    return app.exit(asked_for_help);
-  } catch (const CLI::ParseError& error) {
-    std::cerr << "quoll-share-service: "
-              << quoll::foundation::printable(quoll::share::in_plain_words(error.what()))
-              << "; see quoll-share-service --help\n";
-    return 2;
+  quoll::command_line::CommandLine line("quoll-share-service", QUOLL_VERSION,
+                                        "Shares for other programs; the session bus starts it.",
+                                        "");
+  line.value("--idle", idle_seconds, "end after so many idle seconds, 86400 at most")
+      .range(0, 86400, "seconds")
+      .placeholder("SECONDS")
+      .show_default();
+  line.value("--time", share_seconds,
+             "end a share that takes longer than so many seconds, 1 to 86400")
+      .range(1, 86400, "seconds")
+      .placeholder("SECONDS")
+      .show_default();
+  if (const auto status = line.read(argc, argv)) {
+    return *status;
   }
   bounds.time = std::chrono::seconds(share_seconds);
   allow_many_descriptors(bounds);

@@ -2,17 +2,13 @@
 
 #include <fcntl.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
-#include <iostream>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "apps/share/exit_code.h"
-#include "apps/share/usage_words.h"
-#include "quoll/foundation/printable.h"
+#include "apps/command_line/command_line.h"
 
 namespace quoll::share {
 
@@ -55,10 +51,9 @@ std::string complaint(const Arguments& arguments) {
 /// this, so every argument that is no option gets it, and every value loses it again.
 constexpr char kMark = '\1';
 
-/// The arguments as the parser wants them: the last one first.
 std::vector<std::string> marked(int argc, const char* const* argv) {
   std::vector<std::string> out;
-  for (int i = argc - 1; i > 0; --i) {
+  for (int i = 1; i < argc; ++i) {
     const std::string argument = argv[i];
     out.push_back(argument.starts_with('-') ? argument : kMark + argument);
   }
@@ -109,39 +104,30 @@ std::string add_descriptor(ShareRequest& request, const std::string& text) {
   return "";
 }
 
-int wrong_usage(const std::string& why) {
-  std::cerr << "quoll-share: " << foundation::printable(why) << "; see quoll-share --help\n";
-  return static_cast<int>(ExitCode::kUsage);
-}
-
 }  // namespace
 
 std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   Arguments arguments;
   ShareRequest& request = arguments.request;
-  CLI::App app("Shares links, files, images and text as one mail draft.", "quoll-share");
-  app.footer(kFooter);
-  app.set_version_flag("--version", "quoll-share " QUOLL_VERSION);
-  app.add_option("--title", request.title, "The draft's subject, used when a web link is shared");
-  app.add_option("--text", request.text, "Plain text, or - for standard input");
-  app.add_option("--html", request.html, "Styled text instead, or - for standard input");
-  app.add_flag("-0,--null", request.has_list, "Read more ITEMs, each ended by a zero byte");
-  app.add_flag("--clipboard", request.has_clipboard, "Share what the clipboard holds");
+  command_line::CommandLine line("quoll-share", QUOLL_VERSION,
+                                 "Shares links, files, images and text as one mail draft.",
+                                 kFooter);
+  line.value("--title", request.title, "The draft's subject, used when a web link is shared");
+  line.value("--text", request.text, "Plain text, or - for standard input");
+  line.value("--html", request.html, "Styled text instead, or - for standard input");
+  line.flag("-0,--null", request.has_list, "Read more ITEMs, each ended by a zero byte");
+  line.flag("--clipboard", request.has_clipboard, "Share what the clipboard holds");
   std::vector<std::string> descriptors;
-  app.add_option("--descriptor", descriptors, "The bytes of an open descriptor, as a file")
-      ->type_name("N[:TYPE[:NAME]]")
-      ->allow_extra_args(false);
-  app.add_flag("--print", arguments.print, "Print the command URL instead of opening it");
-  app.add_flag("--json", arguments.json, "Print what came of it for programs, as JSON");
-  app.add_flag("--verbose", arguments.verbose, "Write each step and its time to standard error");
-  app.add_flag("--notify", arguments.notify, "Show on the desktop what went wrong");
-  app.add_option("ITEM", request.items, "What to share");
-  try {
-    app.parse(marked(argc, argv));
-  } catch (const CLI::Success& asked_for_help) {
-    return app.exit(asked_for_help);
-  } catch (const CLI::ParseError& error) {
-    return wrong_usage(in_plain_words(error.what()));
+  line.values("--descriptor", descriptors, "The bytes of an open descriptor, as a file")
+      .placeholder("N[:TYPE[:NAME]]")
+      .one_value();
+  line.flag("--print", arguments.print, "Print the command URL instead of opening it");
+  line.flag("--json", arguments.json, "Print what came of it for programs, as JSON");
+  line.flag("--verbose", arguments.verbose, "Write each step and its time to standard error");
+  line.flag("--notify", arguments.notify, "Show on the desktop what went wrong");
+  line.values("ITEM", request.items, "What to share");
+  if (const auto status = line.read(marked(argc, argv))) {
+    return *status;
   }
   for (auto* const value : {&request.title, &request.text, &request.html}) {
     unmark(*value);
@@ -152,11 +138,11 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   for (std::string& descriptor : descriptors) {
     unmark(descriptor);
     if (const std::string why = add_descriptor(request, descriptor); !why.empty()) {
-      return wrong_usage(why);
+      return line.wrong_usage(why);
     }
   }
   if (const std::string why = complaint(arguments); !why.empty()) {
-    return wrong_usage(why);
+    return line.wrong_usage(why);
   }
   return arguments;
 }
