@@ -155,6 +155,7 @@ TEST(WriterServer, WhatEachEndMeans) {
 
 /// The answer when the child is ended by a signal.
 WriterAnswer answer_after(int signal) {
+  std::signal(signal, SIG_DFL);  // somebody may have started the tests with nohup
   auto server = WriterServer::start(hang);
   const TakenFolder folder;
   WriterAnswer answer;
