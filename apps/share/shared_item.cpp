@@ -5,7 +5,6 @@
 #include <exception>
 
 #include "quoll/platform/log.h"
-#include "quoll/platform/queue.h"
 #include "quoll/platform/type_identifiers.h"
 
 namespace quoll::share {
@@ -16,8 +15,7 @@ bool SharedItem::hasItemConformingToTypeIdentifier(std::string_view type) const 
 
 void SharedItem::loadItemForTypeIdentifier(std::string_view /*type*/, CompletionHandler handler) {
   state_ = State::kAsked;
-  platform::dispatch_async(
-      platform::QueuePriority::kDefault,
+  answers_->async(
       [self = shared_from_this(), handler = std::move(handler)] { self->answer(handler); });
 }
 

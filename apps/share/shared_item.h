@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/share/serial_queue.h"
 #include "quoll/foundation/value.h"
 #include "quoll/platform/extension_host.h"
 #include "quoll/recording/event_recorder.h"
@@ -14,16 +15,22 @@
 namespace quoll::share {
 
 /// One item of a share, as the extension asks for it: a file or a link (an `NSURL`), or the bytes
-/// of an image. Items answer on the default queue, several at a time. Each records what happens
-/// while the extension works on it. Held by `std::shared_ptr`; any thread may call.
+/// of an image. Items with one queue answer in the order in which they were asked, each when the
+/// extension is done with the one before, so that what they become stands in that order. Each
+/// records what happens while the extension works on it. Held by `std::shared_ptr`; any thread may
+/// call.
 class SharedItem final : public platform::NSItemProvider,
                          public std::enable_shared_from_this<SharedItem> {
  public:
   enum class State { kNotAsked, kAsked, kAnswering, kAnswered };
 
   /// `given` is the item's name for the report: what the user wrote, if anything.
-  SharedItem(std::string given, std::string_view type, foundation::Value value)
-      : given_(std::move(given)), type_(type), value_(std::move(value)) {}
+  SharedItem(std::string given, std::string_view type, foundation::Value value,
+             std::shared_ptr<SerialQueue> answers = std::make_shared<SerialQueue>())
+      : given_(std::move(given)),
+        type_(type),
+        value_(std::move(value)),
+        answers_(std::move(answers)) {}
 
   [[nodiscard]] bool hasItemConformingToTypeIdentifier(std::string_view type) const override;
   void loadItemForTypeIdentifier(std::string_view type, CompletionHandler handler) override;
@@ -44,6 +51,7 @@ class SharedItem final : public platform::NSItemProvider,
   std::string given_;
   std::string type_;
   foundation::Value value_;
+  std::shared_ptr<SerialQueue> answers_;
   std::atomic<State> state_ = State::kNotAsked;
   std::atomic<std::uint64_t> bytes_ = 0;
   std::shared_ptr<recording::EventRecorder> recorder_ =

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <numeric>
+#include <thread>
+
 #include "quoll/foundation/exception.h"
 #include "quoll/platform/type_identifiers.h"
 #include "quoll/recording/recording_ports.h"
@@ -32,6 +36,71 @@ TEST(SharedItem, AnswersOnTheDefaultQueueAndRemembers) {
   EXPECT_EQ(item->state(), SharedItem::State::kAnswered);
   EXPECT_EQ(during, SharedItem::State::kAnswering);
   EXPECT_EQ(answer, foundation::Value(url));
+}
+
+/// Asks each item for itself; `handler` is called with its number when it answers.
+std::vector<std::shared_ptr<SharedItem>> ask_items(int count,
+                                                   const std::function<void(int)>& handler) {
+  const auto answers = std::make_shared<SerialQueue>();
+  std::vector<std::shared_ptr<SharedItem>> items;
+  for (int number = 0; number < count; ++number) {
+    items.push_back(
+        std::make_shared<SharedItem>("", platform::kUTTypeURL, foundation::Value(), answers));
+    items.push_back(std::make_shared<SharedItem>("never asked", platform::kUTTypeURL,
+                                                 foundation::Value(), answers));
+    items[items.size() - 2]->loadItemForTypeIdentifier(
+        platform::kUTTypeURL, [=](const auto&, const auto&) { handler(number); });
+  }
+  return items;
+}
+
+TEST(SharedItem, AnswersWhenTheOneBeforeItIsDone) {
+  const auto threads = std::make_shared<test::ThreadQueue>();
+  const platform::ScopedDesktop desktop({.queue = threads});
+  std::vector<int> answered;  // no lock: two at a time would be an error
+  const auto items = ask_items(50, [&](int number) {
+    std::this_thread::sleep_for(std::chrono::microseconds((50 - number) * 20));
+    answered.push_back(number);
+    foundation::raise_invalid_argument("this holds nobody up");
+  });
+  threads->wait();
+  std::vector<int> asked(50);
+  std::iota(asked.begin(), asked.end(), 0);
+  EXPECT_EQ(answered, asked);
+  EXPECT_EQ(items[1]->state(), SharedItem::State::kNotAsked);
+}
+
+TEST(SharedItem, ThousandsTakeOneBlockOfTheQueue) {
+  const auto held = std::make_shared<test::HeldQueue>();
+  const platform::ScopedDesktop desktop({.queue = held});
+  int answered = 0;
+  const auto items = ask_items(10'000, [&](int number) { EXPECT_EQ(number, answered++); });
+  held->run();
+  EXPECT_EQ(answered, 10'000);
+  EXPECT_EQ(held->priorities().size(), 1U);
+}
+
+TEST(SharedItem, AQueueWithoutAThreadIsTriedAgain) {
+  const auto item = std::make_shared<SharedItem>("", platform::kUTTypeURL, foundation::Value());
+  int answered = 0;
+  const auto ask = [&] {
+    item->loadItemForTypeIdentifier("", [&](const auto&, const auto&) { ++answered; });
+  };
+  class Refusing final : public platform::Queue {
+   public:
+    void async(platform::QueuePriority /*priority*/, std::function<void()> /*block*/) override {
+      throw std::runtime_error("no thread");
+    }
+  };
+  {
+    const platform::ScopedDesktop desktop({.queue = std::make_shared<Refusing>()});
+    EXPECT_THROW(ask(), std::runtime_error);
+  }
+  const auto held = std::make_shared<test::HeldQueue>();
+  const platform::ScopedDesktop desktop({.queue = held});
+  ask();
+  held->run();
+  EXPECT_EQ(answered, 1);
 }
 
 TEST(SharedItem, HoldsItsTypeAndThoseAbove) {

@@ -29,7 +29,8 @@ TEST(ShareByBus, TheReceiverWritesTheDraft) {
   const std::string file = bus.path("report.txt");
   std::ofstream(file) << "the content";
   const Ended ended =
-      run({QUOLL_SHARE, "--title", "A title", file, "https://example.org/"}, bus.environment());
+      run({QUOLL_SHARE, "--title", "A title", file, "https://example.org/", file, "data:,more"},
+          bus.environment());
   EXPECT_EQ(ended.status, 0) << ended.errors;
   EXPECT_EQ(ended.errors, "");
   wait_for_drafts(bus);  // the share ends when its files are taken
@@ -37,7 +38,11 @@ TEST(ShareByBus, TheReceiverWritesTheDraft) {
   ASSERT_EQ(drafts.size(), 1U);
   const std::string draft = read_file(drafts[0]);
   EXPECT_NE(draft.find("Subject: A title"), std::string::npos);
-  EXPECT_NE(draft.find("report.txt"), std::string::npos);
+  const std::size_t first = draft.find("report.txt");
+  const std::size_t second = draft.find("report_1.txt");
+  EXPECT_LT(first, second) << "attachments stand in the order in which they were picked";
+  EXPECT_LT(second, draft.find("data.txt"));
+  EXPECT_NE(draft.find("data.txt"), std::string::npos);
   EXPECT_NE(draft.find("https://example.org/"), std::string::npos);
 }
 

@@ -6,6 +6,8 @@
 
 #include <set>
 
+#include "tests/integration/mixed_files.h"
+
 namespace quoll::test {
 namespace {
 
@@ -24,6 +26,22 @@ TEST_F(ShareMenu, FilesWithSpacesAndCommas) {
   ASSERT_EQ(all.size(), 1U);
   EXPECT_NE(all[0].find("a b,c.txt"), std::string::npos);
   EXPECT_NE(all[0].find("100% #1.txt"), std::string::npos);
+}
+
+TEST_F(ShareMenu, FilesArriveInTheOrderInWhichTheyWerePicked) {
+  const std::string record = bus_.path("record");
+  bus_.add_service("it.vorlent.quoll2", RECEIVER_DOUBLE " bus it.vorlent.quoll2 record " + record);
+  const auto picked = write_mixed_files(bus_.path(""));
+  Json urls = Json::array();
+  for (const std::string& path : picked) {
+    urls.push_back("file://" + path);
+  }
+  for (int time = 0; time < 10; ++time) {
+    choose();
+    request({{"urls", urls}});
+    ASSERT_EQ(last_word(), kEnd);
+    ASSERT_EQ(recorded_names(record), names_of(picked)) << "time " << time;
+  }
 }
 
 TEST_F(ShareMenu, APageWithATitle) {

@@ -14,6 +14,7 @@
 
 #include "quoll/linux/gio/handles.h"
 #include "quoll/linux/posix/unique_fd.h"
+#include "tests/integration/mixed_files.h"
 #include "tests/integration/receiver_home.h"
 #include "tests/integration/share_home.h"
 
@@ -246,6 +247,18 @@ TEST_F(ShareService, FilesAreOpened) {
   const std::string draft = drafts(1);
   EXPECT_NE(draft.find("a b,c.txt"), std::string::npos) << draft;
   EXPECT_NE(draft.find("https://example.org/"), std::string::npos) << draft;
+}
+
+TEST_F(ShareService, FilesArriveInTheOrderInWhichTheyWerePicked) {
+  const std::string record = home_.bus.path("record");
+  home_.bus.add_service(kReceiver,
+                        std::string(RECEIVER_DOUBLE) + " bus " + kReceiver + " record " + record);
+  const auto picked = write_mixed_files(home_.bus.path(""));
+  for (int time = 0; time < 10; ++time) {
+    Request request;
+    ASSERT_EQ(share(request.uris(picked)).code, 0);
+    ASSERT_EQ(recorded_names(record), names_of(picked)) << "time " << time;
+  }
 }
 
 TEST_F(ShareService, AFailureOfOpenIsShown) {

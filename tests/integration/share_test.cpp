@@ -13,6 +13,7 @@
 
 #include "apps/sandbox/sanitizer_build.h"
 #include "quoll/linux/posix/unique_fd.h"
+#include "tests/integration/mixed_files.h"
 #include "tests/integration/share_home.h"
 
 namespace quoll::test {
@@ -63,6 +64,15 @@ TEST_F(Share, FilesWithAwkwardNames) {
     const std::string path = home_.staging() + "/" + name;
     EXPECT_EQ(std::count(staged.begin(), staged.end(), path), 1) << name;
     EXPECT_EQ(read_file(path), name);
+  }
+}
+
+TEST_F(Share, FilesArriveInTheOrderInWhichTheyWerePicked) {
+  const auto picked = write_mixed_files(home_.path(""));
+  for (int time = 0; time < 10; ++time) {
+    const Ended ended = home_.print(picked);
+    ASSERT_EQ(ended.status, 0) << ended.errors;
+    ASSERT_EQ(names_of(attachments_of(ended.output)), names_of(picked)) << "time " << time;
   }
 }
 

@@ -165,8 +165,8 @@ class Selector {
   }
 
   void add_item(std::string_view given, std::string_view type, foundation::Value value) {
-    selection_.items.push_back(
-        std::make_shared<SharedItem>(std::string(given), type, std::move(value)));
+    selection_.items.push_back(std::make_shared<SharedItem>(std::string(given), type,
+                                                            std::move(value), selection_.answers));
   }
 
   void add_url(std::string_view given, const std::shared_ptr<NSURL>& url) {

@@ -24,7 +24,9 @@ struct Selection {
   std::optional<std::string> title;
   std::optional<std::string> text;
   std::optional<std::string> html;
+  /// In the order in which they were picked; they answer in it.
   std::vector<std::shared_ptr<SharedItem>> items;
+  std::shared_ptr<SerialQueue> answers = std::make_shared<SerialQueue>();
   std::vector<LeftOut> left_out;
   /// The files of items that came as bytes; none without a container.
   std::optional<ReceivedFiles> received_files;
