@@ -92,6 +92,13 @@ struct Course {
   std::vector<LogEvent> preparation, work, launch;
   std::optional<recording::Opening> opening;
   bool is_opened = false;
+
+  /// True when the items were gathered: there was a command, even one that was of no use.
+  [[nodiscard]] bool has_command() const {
+    return opening || std::ranges::any_of(work, [](const LogEvent& event) {
+             return event.error && is_own(*event.error, foundation::kNotOpenedError);
+           });
+  }
 };
 
 bool is_missing_file(const Error& error) {
@@ -152,9 +159,9 @@ void add_things(ShareResult& result, const Selection& selection, const Course& c
   } else if (text) {
     result.shared.push_back({selection.html ? "HTML" : "text", "", text->size()});
   }
-  const Draft draft(result.is_opened ? course.opening->urls : Urls());
+  const Draft draft(course.opening ? course.opening->urls : Urls());
   for (const auto& item : selection.items) {
-    if (!result.is_opened || draft.holds(*item)) {
+    if (!course.has_command() || draft.holds(*item)) {
       result.shared.push_back(shared_thing(*item));
     } else {
       result.left_out.push_back(left_out(*item, result.folder_trouble.has_value()));

@@ -13,6 +13,7 @@
 
 #include "apps/sandbox/confine.h"
 #include "apps/share/container_trouble.h"
+#include "apps/share/draft_workspace.h"
 #include "apps/share/identifier.h"
 #include "apps/share/print_workspace.h"
 #include "apps/share/report.h"
@@ -93,6 +94,8 @@ std::shared_ptr<CountingQueue> install_desktop(std::shared_ptr<platform::NSWorks
   });
   auto background = std::make_shared<CountingQueue>(std::move(desktop.queue));
   desktop.queue = background;
+  // Outside of what is recorded: a command that is not passed on was given to nobody.
+  desktop.workspace = std::make_shared<DraftWorkspace>(std::move(desktop.workspace));
   platform::install(std::move(desktop));
   return background;
 }

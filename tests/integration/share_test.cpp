@@ -156,6 +156,23 @@ TEST_F(Share, NothingThatCanBeSharedOpensNothing) {
       << ended.errors;
 }
 
+TEST_F(Share, WhenNothingIsStagedNothingIsOpened) {
+  const Ended ended = home_.print({"-"}, home_.write("input", "GIF89a"));
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.output, "");
+  EXPECT_TRUE(ended.errors.starts_with("left out: standard input: image: ")) << ended.errors;
+  EXPECT_TRUE(
+      ended.errors.ends_with("\nnot opened: nothing that was given can be shared; see to "
+                             "the reasons above and share again\n"))
+      << ended.errors;
+}
+
+TEST_F(Share, ATextThatIsGivenIsEnoughForADraft) {
+  const Ended ended = home_.print({"-", "--text", "words"}, home_.write("input", "GIF89a"));
+  EXPECT_EQ(ended.status, 3);
+  EXPECT_NE(ended.output, "");
+}
+
 TEST_F(Share, WrongUsage) {
   struct Row {
     const char* reason;
