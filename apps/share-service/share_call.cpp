@@ -7,6 +7,7 @@
 #include <climits>
 #include <string_view>
 
+#include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/gio/handles.h"
 #include "quoll/linux/posix/descriptor_io.h"
@@ -18,7 +19,8 @@ namespace {
 
 using gio::VariantHandle;
 
-constexpr std::size_t kMostItems = 64;  // each is a descriptor, and a file
+constexpr std::size_t kMostItems = 64;         // each is a descriptor, and a file
+constexpr std::size_t kMostRecipients = 1000;  // each is an argument of a command line
 
 /// What is wrong; none when all is well.
 using Complaint = std::optional<std::string>;
@@ -66,6 +68,27 @@ Complaint take_uris(GVariant* value, std::vector<std::string>& uris) {
     const char* uri = nullptr;
     g_variant_get_child(value, at, "&s", &uri);
     uris.emplace_back(uri);
+  }
+  return std::nullopt;
+}
+
+Complaint take_recipients(std::string_view key, GVariant* value,
+                          std::vector<std::string>& recipients) {
+  if (g_variant_is_of_type(value, G_VARIANT_TYPE_STRING_ARRAY) == FALSE) {
+    return wrong_type(key, "as");
+  }
+  const gsize count = g_variant_n_children(value);
+  if (const std::size_t all = recipients.size() + count; all > kMostRecipients) {
+    return std::to_string(all) + " recipients in \"" + std::string(key) + "\", and " +
+           std::to_string(kMostRecipients) + " are the most";
+  }
+  for (gsize at = 0; at < count; ++at) {
+    const char* address = nullptr;
+    g_variant_get_child(value, at, "&s", &address);
+    if (const std::string why = share::why_no_recipient(address); !why.empty()) {
+      return "the recipient \"" + foundation::printable(address) + "\": " + why;
+    }
+    recipients.emplace_back(address);
   }
   return std::nullopt;
 }
@@ -169,6 +192,15 @@ std::optional<std::string> read_share_call(GVariant* parameters, GUnixFDList* de
   auto complaint = each_entry(parameters, [&](std::string_view key, GVariant* value) -> Complaint {
     if (key == "title") {
       return take_text(key, value, request.title);
+    }
+    if (key == "subject") {
+      return take_text(key, value, request.envelope.subject);
+    }
+    if (key == "to") {
+      return take_recipients(key, value, request.envelope.to);
+    }
+    if (key == "cc") {
+      return take_recipients(key, value, request.envelope.cc);
     }
     if (key == "text") {
       return take_text(key, value, request.text);

@@ -22,25 +22,29 @@ constexpr gsize kBlock = 4096;
 
 using gio::ObjectHandle;
 
-/// A file with the texts and the items, as `quoll-share --null` reads them; none, with `errno` set,
-/// when it cannot be made.
-posix::UniqueFd list_of(const share::ShareRequest& request) {
-  posix::UniqueFd list(memfd_create("list", MFD_CLOEXEC));
+/// The texts, the recipients and the items, as `quoll-share --null` reads them.
+std::string list_of(const share::ShareRequest& request) {
   std::string parts;
-  for (const auto* text : {&request.title, request.html ? &request.html : &request.text}) {
+  const auto add = [&](const std::string& part) { parts.append(part).push_back('\0'); };
+  for (const auto* text :
+       {&request.title, &request.envelope.subject, request.html ? &request.html : &request.text}) {
     if (*text) {
-      parts += **text;
-      parts += '\0';
+      add(**text);
     }
   }
-  for (const std::string& item : request.items) {
-    parts += item;
-    parts += '\0';
+  for (const auto* all : {&request.envelope.to, &request.envelope.cc, &request.items}) {
+    std::ranges::for_each(*all, add);
   }
-  if (!list || !posix::write_all(list.get(), parts) || lseek(list.get(), 0, SEEK_SET) != 0) {
-    list.reset();
+  return parts;
+}
+
+/// A file with these bytes; none, with `errno` set, when it cannot be made.
+posix::UniqueFd file_of(const std::string& bytes) {
+  posix::UniqueFd file(memfd_create("list", MFD_CLOEXEC));
+  if (!file || !posix::write_all(file.get(), bytes) || lseek(file.get(), 0, SEEK_SET) != 0) {
+    file.reset();
   }
-  return list;
+  return file;
 }
 
 /// The number of the item's descriptor in `quoll-share`.
@@ -49,22 +53,26 @@ int number_of(std::size_t item) {
   return kFirst + static_cast<int>(item);
 }
 
-std::vector<std::string> command_of(const ShareCall& call) {
+std::vector<std::string> command_of(const ShareCall& call, bool has_list) {
   const share::ShareRequest& request = call.request;
   std::vector<std::string> command{
       posix::installed_file(posix::InstalledFolder::kPrograms, "quoll-share")};
-  if (!request.items.empty() || request.title || request.text || request.html) {
+  if (has_list) {
     command.emplace_back("--null");
   }
   if (call.clipboard) {
     command.emplace_back("--clipboard");
   }
-  if (request.title) {
-    command.insert(command.end(), {"--title", "-"});
-  }
-  if (request.text || request.html) {
-    command.insert(command.end(), {request.html ? "--html" : "--text", "-"});
-  }
+  const auto add_listed = [&](const char* option, std::size_t times) {
+    for (std::size_t time = 0; time < times; ++time) {
+      command.insert(command.end(), {option, "-"});
+    }
+  };
+  add_listed("--title", request.title ? 1 : 0);
+  add_listed("--subject", request.envelope.subject ? 1 : 0);
+  add_listed(request.html ? "--html" : "--text", request.html || request.text ? 1 : 0);
+  add_listed("--to", request.envelope.to.size());
+  add_listed("--cc", request.envelope.cc.size());
   for (std::size_t at = 0; at < request.descriptor_items.size(); ++at) {
     const share::DescriptorItem& item = request.descriptor_items[at];
     command.insert(command.end(), {"--descriptor", std::to_string(number_of(at)) + ":" +
@@ -91,7 +99,8 @@ void allow_usual_descriptors(gpointer bounds) {
 }
 
 ObjectHandle<GSubprocess> spawn(ShareCall& call, ShareBounds bounds, gio::ErrorSlot& error) {
-  posix::UniqueFd list = list_of(call.request);
+  const std::string parts = list_of(call.request);
+  posix::UniqueFd list = file_of(parts);
   if (!list) {
     g_set_error(error.out(), G_IO_ERROR, g_io_error_from_errno(errno),
                 "the request cannot be held: %s", posix::error_words(errno).c_str());
@@ -102,7 +111,7 @@ ObjectHandle<GSubprocess> spawn(ShareCall& call, ShareBounds bounds, gio::ErrorS
   const ObjectHandle<GSubprocessLauncher> launcher(g_subprocess_launcher_new(flags));
   g_subprocess_launcher_take_stdin_fd(launcher.get(), list.release());
   g_subprocess_launcher_set_child_setup(launcher.get(), allow_usual_descriptors, &bounds, nullptr);
-  auto command = command_of(call);
+  auto command = command_of(call, !parts.empty());
   for (std::size_t at = 0; at < call.request.descriptor_items.size(); ++at) {
     g_subprocess_launcher_take_fd(
         launcher.get(), call.request.descriptor_items[at].descriptor.release(), number_of(at));

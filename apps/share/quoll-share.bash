@@ -7,10 +7,14 @@ _quoll_share() {
     [[ ${COMP_WORDS[i]} != -- ]] || return 0
   done
   case ${COMP_WORDS[COMP_CWORD - 1]} in
-    --title | --text | --html | --descriptor) return 0 ;;
+    --to | --cc | --bcc | --subject | --title | --text | --html | --descriptor) return 0 ;;
   esac
   [[ $word == -* ]] || return 0
   options=(
+    --to
+    --cc
+    --bcc
+    --subject
     --title
     --text
     --html

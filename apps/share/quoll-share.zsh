@@ -1,6 +1,10 @@
 #compdef quoll-share
 _arguments -S \
-  '--title[subject of the draft of a web link]:subject: ' \
+  '*--to[a recipient]:address: ' \
+  '*--cc[a recipient of a copy]:address: ' \
+  '*--bcc[a recipient whom the others do not see]:address: ' \
+  '--subject[subject of the draft]:subject: ' \
+  '--title[what the shared is called: the subject without another]:title: ' \
   '(--html)--text[plain text, or - for standard input]:text: ' \
   '(--text)--html[styled text, or - for standard input]:HTML: ' \
   {-0,--null}'[read more items, each ended by a zero byte]' \

@@ -71,8 +71,7 @@ void report(const ShareResult& result, std::ostream& out) {
 
 std::string where_it_went(const ShareResult& result) {
   return std::string("the mail application has taken it") +
-         (result.draft.empty() ? "" : "; the draft will be " + result.draft) +
-         (result.is_title_unused ? "\nthe title is not used: it is the subject of a web link" : "");
+         (result.draft.empty() ? "" : "; the draft will be " + result.draft);
 }
 
 std::string log_line(const ShareResult& result, std::chrono::milliseconds time) {

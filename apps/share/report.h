@@ -13,8 +13,7 @@ namespace quoll::share {
 /// prepared, and one when nothing was opened; nothing for a share that arrived whole.
 void report(const ShareResult& result, std::ostream& out);
 
-/// For people at a terminal: a share that was opened is taken, and where the draft will be,
-/// and that the title is not used when it is not.
+/// For people at a terminal: a share that was opened is taken, and where the draft will be.
 [[nodiscard]] std::string where_it_went(const ShareResult& result);
 
 /// For the system log, which others may read: counts, kinds, sizes and reasons; no

@@ -245,10 +245,6 @@ ShareResult result_of(const Selection& selection, const std::vector<recording::E
     }
   }
   add_things(result, selection, course);
-  result.is_title_unused =
-      selection.title && std::ranges::none_of(selection.items, [](const auto& item) {
-        return item->type() == platform::kUTTypeURL;
-      });
   if (!result.is_opened) {
     add_failure(result, selection, course);
   }

@@ -31,7 +31,6 @@ struct ShareResult {
   /// What is in the draft; of a share that was not opened, what would have been.
   std::vector<SharedThing> shared;
   std::vector<LeftOut> left_out;
-  bool is_title_unused = false;  ///< a title was given, and no web link that brings it along
   /// Why the shared folder could not be prepared, and what to do; none when it could.
   std::optional<std::string> folder_trouble;
   /// Why the command was not opened, in words that follow a colon; empty when it was opened.

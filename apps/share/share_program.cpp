@@ -72,12 +72,17 @@ sandbox::Confinement needs_of(const Selection& selection,
   return needs;
 }
 
-/// Installs the desktop and answers its queue, which counts the background blocks. Starts no
-/// thread. With `with_html` the reader of HTML is loaded, because a confined process cannot load
-/// it.
-std::shared_ptr<CountingQueue> install_desktop(std::shared_ptr<platform::NSWorkspace> workspace,
-                                               std::shared_ptr<platform::Log> log,
-                                               const std::string& image_helper, bool with_html) {
+/// What the program keeps of the desktop that it has installed.
+struct Installed {
+  std::shared_ptr<CountingQueue> background;  ///< counts the background blocks
+  std::shared_ptr<DraftWorkspace> drafts;
+};
+
+/// Installs the desktop. Starts no thread. With `with_html` the reader of HTML is loaded, because a
+/// confined process cannot load it.
+Installed install_desktop(std::shared_ptr<platform::NSWorkspace> workspace,
+                          std::shared_ptr<platform::Log> log, const std::string& image_helper,
+                          bool with_html) {
   platform::Desktop desktop = recording::recorded({
       .bundle = posix::make_program_bundle(
           kIdentifier, posix::installed_file(posix::InstalledFolder::kData, "Info.plist"),
@@ -92,12 +97,14 @@ std::shared_ptr<CountingQueue> install_desktop(std::shared_ptr<platform::NSWorks
       .images = image_helper::make_images(image_helper),
       .styled_text = xml::make_styled_text(with_html),
   });
-  auto background = std::make_shared<CountingQueue>(std::move(desktop.queue));
-  desktop.queue = background;
-  // Outside of what is recorded: a command that is not passed on was given to nobody.
-  desktop.workspace = std::make_shared<DraftWorkspace>(std::move(desktop.workspace));
+  // The drafts are outside of what is recorded: a command that is not passed on was given to
+  // nobody.
+  Installed installed{std::make_shared<CountingQueue>(std::move(desktop.queue)),
+                      std::make_shared<DraftWorkspace>(std::move(desktop.workspace))};
+  desktop.queue = installed.background;
+  desktop.workspace = installed.drafts;
   platform::install(std::move(desktop));
-  return background;
+  return installed;
 }
 
 /// What is wrong with the shared folder, and what to do, when something was left out.
@@ -134,7 +141,7 @@ class Share {
   int tell(const ShareResult& result);
 
  private:
-  std::shared_ptr<CountingQueue> begin(bool with_html);
+  Installed begin(bool with_html);
   int end(Selection& selection, const std::vector<recording::Event>& events);
 
   const ShareSettings& settings_;
@@ -156,7 +163,7 @@ int Share::run(ShareRequest request) {
     const auto trouble = container_trouble().value();
     return tell(failed_share(trouble.found, trouble.advice));
   }
-  const auto background = begin(request.html.has_value());
+  const Installed desktop = begin(request.html.has_value());
   const std::optional<std::string> container = prepare_container();
   steps_->tell(container ? "the shared folder is " + *container : "there is no shared folder");
   Selection selection = make_selection(std::move(request), container);
@@ -166,18 +173,20 @@ int Share::run(ShareRequest request) {
   if (selection.empty()) {
     return end(selection, {});
   }
+  desktop.drafts->set_envelope(selection.envelope);
   // A confined process cannot tell.
   const auto holder = staging_lock_holder(settings_.tell_of_waiting);
   sandbox::confine(needs_of(selection, container, image_helper_));
   steps_->tell("the program has confined itself");
   const StagingLock lock = lock_staging(holder, settings_.tell_of_waiting);
   steps_->tell(lock ? "it is this share's turn" : "there is no lock to wait for");
-  const auto events = share::run<ShareViewController>(selection, *background, settings_.progress);
+  const auto events =
+      share::run<ShareViewController>(selection, *desktop.background, settings_.progress);
   return end(selection, events);
 }
 
 /// Starts the launcher and installs the desktop.
-std::shared_ptr<CountingQueue> Share::begin(bool with_html) {
+Installed Share::begin(bool with_html) {
   if (!settings_.print) {
     launcher_ = gio::start_launcher({.urls = "quoll://compose?", .most_urls = 1});
     steps_->tell("the launcher is started");

@@ -159,10 +159,76 @@ TEST(Selection, ATextThatOnlyRepeatsALinkIsDropped) {
       {"a file's own name is no link", "A page", file, file, true},
   };
   for (const Row& row : rows) {
-    const Selection selection = make_selection({row.title, row.text, {}, {row.item}}, container());
+    ShareRequest request{row.title, row.text, {}, {row.item}};
+    request.is_from_menu = true;
+    const Selection selection = make_selection(std::move(request), container());
     EXPECT_EQ(selection.text.has_value(), row.is_kept) << row.reason;
     EXPECT_EQ(selection.title, row.title) << row.reason;
     EXPECT_TRUE(selection.left_out.empty()) << row.reason;
+    const Selection typed = make_selection({row.title, row.text, {}, {row.item}}, container());
+    EXPECT_TRUE(typed.text.has_value()) << row.reason << ": what somebody typed is kept";
+  }
+}
+
+TEST(Selection, TheSubjectIsTheTitleUnlessThereIsAnother) {
+  struct Row {
+    const char* reason;
+    std::optional<std::string> title;
+    std::optional<std::string> subject;
+    std::optional<std::string> expected;
+    bool is_title_left_out;
+  };
+  const std::vector<Row> rows{
+      {"neither", {}, {}, {}, false},           {"a title alone", "T", {}, "T", false},
+      {"a subject alone", {}, "S", "S", false}, {"two that differ", "T", "S", "S", true},
+      {"the same twice", "T", "T", "T", false},
+  };
+  for (const Row& row : rows) {
+    ShareRequest request{row.title, {}, {}, {"https://h/"}};
+    request.envelope.subject = row.subject;
+    const Selection selection = make_selection(std::move(request), container());
+    EXPECT_EQ(selection.envelope.subject, row.expected) << row.reason;
+    EXPECT_EQ(selection.title, row.expected) << row.reason << ": a link brings it along";
+    ASSERT_EQ(selection.left_out.size(), row.is_title_left_out ? 1U : 0U) << row.reason;
+    if (row.is_title_left_out) {
+      EXPECT_EQ(selection.left_out[0].what, "the title");
+      EXPECT_EQ(selection.left_out[0].why, "the draft has another subject");
+    }
+  }
+}
+
+TEST(Selection, RecipientsThatCannotBeCarriedAreNamed) {
+  using namespace std::string_view_literals;
+  ShareRequest request;
+  request.has_list = true;
+  request.title = "-";
+  request.envelope.subject = "-";
+  request.text = "-";
+  request.envelope.to = {"-", "-", "-", "-"};
+  request.envelope.cc = {"c@x", "-"};
+  const auto list = delivering("T\0T\0words\0a@x\0a@x;b@x\0a@x\nBcc: b@x\0\0-\0https://h/\0"sv);
+  const Selection selection = make_selection(std::move(request), container(), list.get());
+  EXPECT_EQ(selection.envelope.to, std::vector<std::string>{"a@x"});
+  EXPECT_EQ(selection.envelope.cc, (std::vector<std::string>{"c@x", "-"}));
+  EXPECT_EQ(selection.items.size(), 1U);
+  std::string told;
+  for (const LeftOut& left : selection.left_out) {
+    told += left.what + ": " + left.why + "\n";
+  }
+  EXPECT_EQ(told,
+            "the recipient a@x;b@x: it has a semicolon; give each address by itself\n"
+            "the recipient a@x\\nBcc: b@x: it has a line break or a control character\n"
+            "the recipient : it is empty\n");
+}
+
+TEST(Selection, WhatARecipientMayBe) {
+  for (const char* const address : {"a@x", "A B <a@x>", "root", "\"A, B\" <a@x>", "gr\xC3\xBC@x",
+                                    "'it''s' <a@x>", "a&b=c#d@x"}) {
+    EXPECT_EQ(why_no_recipient(address), "") << address;
+  }
+  for (const char* const address : {"", " ", "a;b", "a\rb", "a\tb", "a\x7F", "a\xC2\x85",
+                                    "a\xE2\x80\xA8", "a\xE2\x80\xAE", "a\xFF"}) {
+    EXPECT_NE(why_no_recipient(address), "") << address;
   }
 }
 

@@ -56,6 +56,18 @@ TEST_F(ShareMenu, APageWithATitle) {
   EXPECT_NE(all[0].find("marked text"), std::string::npos);
 }
 
+TEST_F(ShareMenu, ATextThatOnlyRepeatsTheTitleIsDropped) {
+  const std::string record = bus_.path("record");
+  bus_.add_service("it.vorlent.quoll2", RECEIVER_DOUBLE " bus it.vorlent.quoll2 record " + record);
+  choose();
+  request({{"urls", {"https://example.org/x", "The page"}}, {"title", "The page"}});
+  EXPECT_EQ(last_word(), kEnd);
+  const auto message = message_of(read_file(record).substr(std::string("uri ").size()));
+  EXPECT_EQ(message->subject(), foundation::Value("The page"));
+  EXPECT_EQ(message->htmlBody(),
+            foundation::Value("<a href=\"https://example.org/x\">https://example.org/x</a>"));
+}
+
 TEST_F(ShareMenu, WhatWasLeftOutIsSaid) {
   install_receiver();
   choose();

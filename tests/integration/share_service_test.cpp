@@ -33,13 +33,14 @@ class Request {
   Request& text(const char* key, const std::string& value) {
     return add(key, g_variant_new_string(value.c_str()));
   }
-  Request& uris(const std::vector<std::string>& all) {
+  Request& texts(const char* key, const std::vector<std::string>& all) {
     g_auto(GVariantBuilder) list = G_VARIANT_BUILDER_INIT(G_VARIANT_TYPE("as"));
-    for (const auto& uri : all) {
-      g_variant_builder_add(&list, "s", uri.c_str());
+    for (const auto& one : all) {
+      g_variant_builder_add(&list, "s", one.c_str());
     }
-    return add("uris", g_variant_builder_end(&list));
+    return add(key, g_variant_builder_end(&list));
   }
+  Request& uris(const std::vector<std::string>& all) { return texts("uris", all); }
   Request& bytes(const std::string& name, const std::string& type, std::string_view content) {
     return item(name, type, "bytes",
                 g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, content.data(), content.size(), 1));
@@ -377,6 +378,34 @@ TEST_F(ShareService, EverythingThatAProgramMayGive) {
   }
 }
 
+TEST_F(ShareService, WhatWasSaidOfTheDraftIsInIt) {
+  install_receiver();
+  Request request;
+  const Answer answer = share(request.texts("to", {"a@example.org", "-"})
+                                  .texts("cc", {"C D <c@example.org>"})
+                                  .text("subject", "-")
+                                  .bytes("a.txt", "", "x"));
+  EXPECT_EQ(answer.code, 0) << answer.told;
+  const std::string draft = drafts(1);
+  for (const char* const part :
+       {"header To \"a@example.org", "header Cc \"C D <c@example.org>\"", "header Subject \"-\""}) {
+    EXPECT_NE(draft.find(part), std::string::npos) << part << '\n' << draft;
+  }
+}
+
+TEST_F(ShareService, AThousandRecipients) {
+  const std::string record = home_.bus.path("record");
+  home_.bus.add_service(kReceiver,
+                        std::string(RECEIVER_DOUBLE) + " bus " + kReceiver + " record " + record);
+  Request request;
+  const std::vector<std::string> all(1000, "a@x");
+  EXPECT_EQ(share(request.texts("to", all).texts("cc", all).text("text", "words")).code, 0);
+  const auto message = message_of(read_file(record).substr(std::string("uri ").size()));
+  const std::string recipients = foundation::Value(message->toString()).description();
+  EXPECT_EQ(recipients.size(), 4000U);
+  EXPECT_EQ(message->ccString(), foundation::Value(recipients));
+}
+
 TEST_F(ShareService, WhatCannotBeSharedIsToldAndKeepsNothingBack) {
   install_receiver();
   Request request;
@@ -417,7 +446,15 @@ TEST_F(ShareService, RequestsThatAreNone) {
   row("there is nothing to share");
   row("there is nothing to share").text("title", "alone");
   row("there is nothing to share").text("text", "").text("html", "");
-  row("\"subject\" is not known").text("subject", "S");
+  row("there is nothing to share").text("subject", "alone").texts("to", {"a@x"});
+  row("\"bcc\" is not known").texts("bcc", {"a@x"});
+  row("\"to\" is not of the type as").text("to", "a@x");
+  row("the recipient \"a@x;b@x\": it has a semicolon; give each address by itself")
+      .texts("cc", {"a@x;b@x"});
+  row("the recipient \"a\\nb\": it has a line break or a control character")
+      .texts("to", {"c@x", "a\nb"});
+  row("1001 recipients in \"to\", and 1000 are the most")
+      .texts("to", std::vector<std::string>(1001, "a@x"));
   row("\"text\" is not of the type s").add("text", g_variant_new_int32(1));
   row("\"uris\" is not of the type as").text("uris", "https://h/");
   row("\"items\" is not of the type aa{sv}").text("items", "x");

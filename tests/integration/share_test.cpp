@@ -39,6 +39,56 @@ TEST_F(Share, ALinkWithATitle) {
             Value("<a href=\"https://example.org/a?b=c#d\">https://example.org/a?b=c#d</a>"));
 }
 
+TEST_F(Share, WhatWasSaidOfTheDraftIsInIt) {
+  const std::string file = home_.write("a.txt", "x");
+  const Ended ended = home_.print({"--to", "a@x", "--cc", "[c,d]@x", file, "--to", "\"B, C\" <b@x>",
+                                   "--bcc", "d@x", "--subject", "-s & t"});
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_EQ(ended.errors, "");
+  const auto message = message_of(ended.output);
+  EXPECT_EQ(message->subject(), Value("-s & t"));
+  EXPECT_EQ(message->toString(), Value("a@x;\"B, C\" <b@x>;"));
+  EXPECT_EQ(message->ccString(), Value("[c,d]@x;"));
+  EXPECT_EQ(message->bccString(), Value("d@x;"));
+  EXPECT_EQ(attachments_of(ended.output).size(), 1U);
+}
+
+TEST_F(Share, ATitleIsTheSubjectOfWhateverIsShared) {
+  const std::string file = home_.write("a.txt", "x");
+  EXPECT_EQ(message_of(home_.print({"--title", "My photos", file}).output)->subject(),
+            Value("My photos"));
+  const Ended text = home_.print({"--title", "A page", "--text", "A page", "https://h/"});
+  EXPECT_EQ(message_of(text.output)->subject(), Value("A page"));
+  const Value body = message_of(text.output)->htmlBody();
+  EXPECT_NE(body.text()->find(">A page<"), std::string::npos) << "who types a text wants it";
+  const Ended both = home_.print({"--title", "T", "--subject", "S", "https://h/"});
+  EXPECT_EQ(both.status, 3);
+  EXPECT_EQ(both.errors, "left out: the title: the draft has another subject\n");
+  EXPECT_EQ(message_of(both.output)->subject(), Value("S"));
+  EXPECT_EQ(both.output.find("subject="), both.output.rfind("subject=")) << both.output;
+}
+
+TEST_F(Share, ARecipientThatCannotBeCarriedIsRefused) {
+  const std::string help = "; see quoll-share --help\n";
+  const std::vector<std::pair<std::string, std::string>> rows{
+      {"a@x;b@x", "the recipient \"a@x;b@x\": it has a semicolon; give each address by itself"},
+      {"a@x\nBcc: b@x",
+       "the recipient \"a@x\\nBcc: b@x\": it has a line break or a control character"},
+      {"a\x1B@x", "the recipient \"a\\x1B@x\": it has a line break or a control character"},
+      {"\xFF@x", "the recipient \"%FF@x\": it is not UTF-8"},
+      {"", "the recipient \"\": it is empty"},
+      {"-", "a recipient can be - only with --null"},
+  };
+  for (const auto& [address, why] : rows) {
+    for (const char* const option : {"--to", "--cc", "--bcc"}) {
+      const Ended ended = home_.print({"https://h/", option, address});
+      EXPECT_EQ(ended.status, 2) << why;
+      EXPECT_EQ(ended.output, "") << why;
+      EXPECT_EQ(ended.errors, "quoll-share: " + why + help);
+    }
+  }
+}
+
 TEST_F(Share, FilesWithAwkwardNames) {
   const std::vector<std::string> names{"a b,c.txt",
                                        "x%20y",
@@ -181,6 +231,8 @@ TEST_F(Share, WrongUsage) {
   const std::vector<Row> rows{
       {"nothing to share", {}},
       {"a title alone is nothing to share", {"--title", "x"}},
+      {"a recipient alone is nothing to share", {"--to", "a@x", "--subject", "x"}},
+      {"standard input as subject and as item", {"--subject", "-", "-"}},
       {"two kinds of text", {"--text", "a", "--html", "b"}},
       {"standard input twice", {"-", "-"}},
       {"standard input as text and as item", {"--text", "-", "-"}},

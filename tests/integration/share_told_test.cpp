@@ -217,10 +217,6 @@ TEST_F(ShareTold, SomebodyAtATerminalLearnsThatTheApplicationTakesItsTime) {
 TEST_F(ShareTold, AnApplicationThatDoesNotSayWhereHasTakenIt) {
   bus_.add_service(kReceiver, RECEIVER_DOUBLE " bus it.vorlent.quoll2 take " + bus_.path("record"));
   EXPECT_EQ(at_terminal("--title T https://h/"), "the mail application has taken it\r\n");
-  EXPECT_EQ(
-      at_terminal("--title T --text words"),
-      "the mail application has taken it\r\nthe title is not used: it is the subject of a web "
-      "link\r\n");
 }
 
 }  // namespace

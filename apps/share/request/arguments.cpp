@@ -6,9 +6,11 @@
 #include <charconv>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "apps/command_line/command_line.h"
+#include "quoll/foundation/printable.h"
 
 namespace quoll::share {
 
@@ -42,7 +44,8 @@ std::string complaint(const Arguments& arguments) {
     return "nothing to share was given";
   }
   const auto as_items = std::count(items.begin(), items.end(), "-");
-  const auto as_texts = (request.title == "-") + (request.text == "-") + (request.html == "-");
+  const auto as_texts = (request.title == "-") + (request.envelope.subject == "-") +
+                        (request.text == "-") + (request.html == "-");
   return as_items + (request.has_list ? 1 : as_texts) > 1 ? "standard input can be used only once"
                                                           : "";
 }
@@ -104,6 +107,25 @@ std::string add_descriptor(ShareRequest& request, const std::string& text) {
   return "";
 }
 
+/// Answers what is wrong with the recipients; empty when all is well. One that is "-" is looked at
+/// when it was read.
+std::string complaint_about_recipients(const ShareRequest& request) {
+  const Envelope& envelope = request.envelope;
+  for (const auto* const addresses : {&envelope.to, &envelope.cc, &envelope.bcc}) {
+    for (const std::string& address : *addresses) {
+      const bool is_read = address == "-";
+      const std::string why = is_read ? "" : why_no_recipient(address);
+      if (!why.empty()) {
+        return "the recipient \"" + foundation::printable(address) + "\": " + why;
+      }
+      if (is_read && !request.has_list) {
+        return "a recipient can be - only with --null";
+      }
+    }
+  }
+  return "";
+}
+
 }  // namespace
 
 std::variant<Arguments, int> parse(int argc, const char* const* argv) {
@@ -112,7 +134,16 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   command_line::CommandLine line("quoll-share", QUOLL_VERSION,
                                  "Shares links, files, images and text as one mail draft.",
                                  kFooter);
-  line.value("--title", request.title, "The draft's subject, used when a web link is shared");
+  Envelope& envelope = request.envelope;
+  const std::vector<std::pair<const char*, std::vector<std::string>*>> recipients{
+      {"--to", &envelope.to}, {"--cc", &envelope.cc}, {"--bcc", &envelope.bcc}};
+  for (const auto& [option, addresses] : recipients) {
+    line.values(option, *addresses, "A recipient; one at a time")
+        .placeholder("ADDRESS")
+        .one_value();
+  }
+  line.value("--subject", envelope.subject, "The draft's subject");
+  line.value("--title", request.title, "What the shared is called; the subject without another");
   line.value("--text", request.text, "Plain text, or - for standard input");
   line.value("--html", request.html, "Styled text instead, or - for standard input");
   line.flag("-0,--null", request.has_list, "Read more ITEMs, each ended by a zero byte");
@@ -129,8 +160,11 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   if (const auto status = line.read(marked(argc, argv))) {
     return *status;
   }
-  for (auto* const value : {&request.title, &request.text, &request.html}) {
+  for (auto* const value : {&request.title, &envelope.subject, &request.text, &request.html}) {
     unmark(*value);
+  }
+  for (const auto& [option, addresses] : recipients) {
+    std::ranges::for_each(*addresses, [](std::string& address) { unmark(address); });
   }
   for (std::string& item : request.items) {
     unmark(item);
@@ -141,8 +175,10 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
       return line.wrong_usage(why);
     }
   }
-  if (const std::string why = complaint(arguments); !why.empty()) {
-    return line.wrong_usage(why);
+  for (const std::string& why : {complaint_about_recipients(request), complaint(arguments)}) {
+    if (!why.empty()) {
+      return line.wrong_usage(why);
+    }
   }
   return arguments;
 }

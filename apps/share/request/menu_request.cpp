@@ -205,6 +205,7 @@ std::optional<ShareRequest> read_menu_request(std::string_view cbor) {
   if (!RequestReader(*request).read(cbor)) {
     return std::nullopt;
   }
+  request->is_from_menu = true;
   for (auto* const text : {&request->title, &request->text}) {
     if (*text == "-") {  // stands for standard input, which is not the menu's
       **text += ' ';

@@ -12,6 +12,7 @@
 #include "apps/share/request/media_type.h"
 #include "apps/share/request/received_bytes.h"
 #include "apps/share/request/resolve_item.h"
+#include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/unique_fd.h"
@@ -98,6 +99,22 @@ class Selector {
       text.reset();
     }
     return text;
+  }
+
+  /// The recipients themselves, or what the list delivers for them.
+  std::vector<std::string> recipients(const std::vector<std::string>& given) {
+    std::vector<std::string> out;
+    for (const std::string& one : given) {
+      const auto address = one == kStandardInput && list_ ? list_->next() : one;
+      const std::string why =
+          address ? why_no_recipient(*address) : "standard input ends before it";
+      if (why.empty()) {
+        out.push_back(*address);
+      } else {
+        leave_out("the recipient " + foundation::printable(address.value_or("")), why);
+      }
+    }
+    return out;
   }
 
   /// Reads the list on standard input. When that fails, the list is left out and counts as empty.
@@ -242,7 +259,7 @@ class Selector {
   std::optional<ZeroEndedList> list_;
 };
 
-/// Drops a text that only repeats a link or the title. Browsers hand over both.
+/// Drops a text that only repeats a link or the title. Menus of browsers hand over both.
 void drop_repeated_text(Selection& selection) {
   if (!selection.text) {
     return;
@@ -255,6 +272,17 @@ void drop_repeated_text(Selection& selection) {
   });
   if (is_repeated) {
     selection.text.reset();
+  }
+}
+
+/// The title of a link becomes the subject, so the subject is the title.
+void settle_subject(Selection& selection) {
+  auto& subject = selection.envelope.subject;
+  if (!subject) {
+    subject = selection.title;
+  } else if (const auto title = std::exchange(selection.title, subject);
+             title && title != subject) {
+    selection.left_out.push_back({"the title", "the draft has another subject"});
   }
 }
 
@@ -271,8 +299,12 @@ Selection make_selection(ShareRequest request, const std::optional<std::string>&
     selector.read_list();
   }
   selection.title = selector.text(request.title, "the title");
+  selection.envelope.subject = selector.text(request.envelope.subject, "the subject");
   selection.text = selector.text(request.text, "the text");
   selection.html = selector.text(request.html, "the HTML text");
+  selection.envelope.to = selector.recipients(request.envelope.to);
+  selection.envelope.cc = selector.recipients(request.envelope.cc);
+  selection.envelope.bcc = selector.recipients(request.envelope.bcc);
   for (const std::string& item : request.items) {
     selector.add(item);
   }
@@ -280,7 +312,10 @@ Selection make_selection(ShareRequest request, const std::optional<std::string>&
   for (DescriptorItem& item : request.descriptor_items) {
     selector.add(std::move(item));
   }
-  drop_repeated_text(selection);
+  if (request.is_from_menu) {
+    drop_repeated_text(selection);
+  }
+  settle_subject(selection);
   return selection;
 }
 

@@ -28,6 +28,8 @@ struct Selection {
   std::vector<std::shared_ptr<SharedItem>> items;
   std::shared_ptr<SerialQueue> answers = std::make_shared<SerialQueue>();
   std::vector<LeftOut> left_out;
+  /// Its subject is the title when no other was given.
+  Envelope envelope;
   /// The files of items that came as bytes; none without a container.
   std::optional<ReceivedFiles> received_files;
 
@@ -38,8 +40,8 @@ struct Selection {
 /// Reads what was asked for. Files are looked at, not opened for good; bytes from standard
 /// input, descriptors and `data:` URLs are taken now. Those that are no image become files in
 /// `container`, the path of the group container; without one they are left out. Whatever cannot be
-/// shared is left out with the reason and keeps nothing else back. A text that only repeats a link,
-/// or the title of one, is dropped. To be called while there is one thread.
+/// shared is left out with the reason and keeps nothing else back. A text of a menu that only
+/// repeats a link, or the title of one, is dropped. To be called while there is one thread.
 [[nodiscard]] Selection make_selection(ShareRequest request,
                                        const std::optional<std::string>& container,
                                        int standard_input = 0);

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/share/request/envelope.h"
 #include "quoll/linux/posix/unique_fd.h"
 
 namespace quoll::share {
@@ -21,7 +22,7 @@ struct DescriptorItem {
 };
 
 /// What was asked for, as it was given. A text that is "-" comes from standard input, and so does
-/// an item; without `has_list` at most one of them all does.
+/// an item; without `has_list` at most one of them all does, and no recipient.
 struct ShareRequest {
   std::optional<std::string> title;
   std::optional<std::string> text;
@@ -33,10 +34,14 @@ struct ShareRequest {
   /// How long one of them may deliver nothing: it may be a pipe that nobody writes to.
   std::chrono::milliseconds read_timeout{10'000};
   /// Standard input is a list of at most 256 MiB, each part of it ended by a zero byte: first the
-  /// texts that are "-", in the order above, then more items.
+  /// texts that are "-" (title, subject, text, HTML, recipients), then more items.
   bool has_list = false;
-  /// What the clipboard holds is asked for; nothing else then but a title.
+  /// What the clipboard holds is asked for; no text and no item then.
   bool has_clipboard = false;
+  /// Without a subject the title is the draft's.
+  Envelope envelope = {};
+  /// A menu has put it together. It may give as the text what is there already.
+  bool is_from_menu = false;
 };
 
 }  // namespace quoll::share
