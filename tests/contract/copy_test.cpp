@@ -16,6 +16,7 @@
 #include <thread>
 
 #include "quoll/foundation/error.h"
+#include "quoll/linux/posix/copy_item.h"
 #include "quoll/linux/posix/files.h"
 #include "quoll/linux/posix/unique_fd.h"
 #include "tests/contract/child_process.h"
@@ -137,6 +138,27 @@ TEST_F(Copy, OfAFileOfTheSystemThereIsWhatCanBeRead) {
 }
 
 // The second claims as many bytes as there are addresses; not everybody can read the two.
+TEST_F(Copy, SomebodyWhoLooksOnMayEndIt) {
+  constexpr std::size_t kSize = std::size_t{40} << 20;
+  const std::string source = folder_.write("x", std::string(kSize, 'x'));
+  std::uint64_t seen = 0;
+  const auto count = [&](std::uint64_t bytes) {
+    EXPECT_LE(bytes, std::uint64_t{16} << 20);
+    seen += bytes;
+    return true;
+  };
+  EXPECT_FALSE(posix::copy_item(source, folder_.path("whole"), count));
+  EXPECT_TRUE(seen == kSize || seen == 0) << "where blocks are shared there is nothing to see";
+  const bool is_shared = seen == 0;
+  const auto failure =
+      posix::copy_item(source, folder_.path("ended"), [](std::uint64_t) { return false; });
+  if (!is_shared) {
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->number, ECANCELED);
+    EXPECT_FALSE(fs::exists(folder_.path("ended")));
+  }
+}
+
 TEST_F(Copy, AFileWithoutAnEndIsRefused) {
   for (const std::string file : {"/proc/self/pagemap", "/proc/kcore"}) {
     EXPECT_EQ(

@@ -13,11 +13,11 @@ quoll_defence(whole_before_it_is_named
 
 quoll_defence(hidden_while_it_is_made
   FILE quoll/linux/posix/copy_item.cpp
-  TAKES [[return copy_under_hidden_name(from, to);]]
+  TAKES [[return copy_under_hidden_name(from, to, step);]]
   GIVES [[(void)&copy_under_hidden_name;
   const UniqueFd named(::openat(to.folder.get(), to.name.c_str(),
                                 O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR));
-  return fill_file(from, named.get());]]
+  return fill_file(from, named.get(), step);]]
   SHOWN_BY crash All/Killed.NoFileIsHalfUnderItsName/1)
 
 quoll_defence(left_overs_are_swept

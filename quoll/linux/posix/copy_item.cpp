@@ -40,12 +40,12 @@ FileFailure neither_file_nor_folder(std::string_view path) {
   return refused(path, "because it is neither a file nor a folder.");
 }
 
-Outcome fill_file(int from, int to) {
+Outcome fill_file(int from, int to, const CopyStep& step = nullptr) {
   struct stat status {};
   if (::fstat(from, &status) != 0) {
     return FileFailure{errno, false};
   }
-  if (auto failure = copy_contents(from, to)) {
+  if (auto failure = copy_contents(from, to, step)) {
     return failure;
   }
   keep_attributes(from, status, to);
@@ -248,7 +248,7 @@ Outcome copy_folder(UniqueFd from, const std::string& source, const Destination&
   return std::nullopt;
 }
 
-Outcome copy_under_hidden_name(int from, const Destination& to) {
+Outcome copy_under_hidden_name(int from, const Destination& to, const CopyStep& step) {
   BuildingFolder building = open_building_folder(to.path, to.folder.get());
   if (!building.fd) {
     return FileFailure{errno, true};
@@ -257,17 +257,17 @@ Outcome copy_under_hidden_name(int from, const Destination& to) {
   if (const int number = item.make_file(S_IRUSR | S_IWUSR)) {
     return FileFailure{number, true};
   }
-  if (auto failure = fill_file(from, item.fd())) {
+  if (auto failure = fill_file(from, item.fd(), step)) {
     return failure;
   }
   return writing_ended(item.place(to.folder.get(), to.name));
 }
 
-Outcome copy_file(int from, const Destination& to) {
+Outcome copy_file(int from, const Destination& to, const CopyStep& step) {
   const UniqueFd unnamed =
       open_file_at(to.folder.get(), ".", O_TMPFILE | O_WRONLY, S_IRUSR | S_IWUSR);
   if (unnamed) {
-    if (auto failure = fill_file(from, unnamed.get())) {
+    if (auto failure = fill_file(from, unnamed.get(), step)) {
       return failure;
     }
     const std::string link = "/proc/self/fd/" + std::to_string(unnamed.get());
@@ -281,7 +281,7 @@ Outcome copy_file(int from, const Destination& to) {
   }
   // No unnamed files here, or none that can be named (without /proc): whatever is really wrong with
   // the folder, the other way meets it again and tells.
-  return copy_under_hidden_name(from, to);
+  return copy_under_hidden_name(from, to, step);
 }
 
 Outcome open_source(const std::string& path, UniqueFd& from, bool& is_folder) {
@@ -319,7 +319,7 @@ Outcome open_destination(const std::string& path, Destination& to) {
 
 }  // namespace
 
-Outcome copy_item(const std::string& source, const std::string& destination) {
+Outcome copy_item(const std::string& source, const std::string& destination, const CopyStep& step) {
   UniqueFd from;
   bool is_folder = false;
   if (auto failure = open_source(source, from, is_folder)) {
@@ -329,7 +329,7 @@ Outcome copy_item(const std::string& source, const std::string& destination) {
   if (auto failure = open_destination(destination, to)) {
     return failure;
   }
-  return is_folder ? copy_folder(std::move(from), source, to) : copy_file(from.get(), to);
+  return is_folder ? copy_folder(std::move(from), source, to) : copy_file(from.get(), to, step);
 }
 
 }  // namespace quoll::posix

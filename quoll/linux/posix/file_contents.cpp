@@ -20,8 +20,8 @@ namespace quoll::posix {
 namespace {
 
 constexpr std::size_t kChunk = std::size_t{1} << 18;
-/// A call copies no more than this, so that a kill is not kept waiting.
-constexpr off_t kLargestCall = off_t{1} << 28;
+/// A call copies no more than this, so that a kill is not kept waiting, nor whoever looks on.
+constexpr off_t kLargestCall = off_t{1} << 24;
 
 int write_all_at(int to, const char* data, std::size_t size, off_t offset) {
   while (size > 0) {
@@ -36,13 +36,24 @@ int write_all_at(int to, const char* data, std::size_t size, off_t offset) {
   return 0;
 }
 
+/// Tells whoever looks on.
+Outcome after_piece(const CopyStep& step, ssize_t bytes) {
+  return !step || step(static_cast<std::uint64_t>(bytes)) ? Outcome()
+                                                          : FileFailure{ECANCELED, false};
+}
+
 /// Copies the bytes from `position` to `end`, or to the end of the source.
-Outcome copy_range(int from, int to, off_t position, off_t end) {
+Outcome copy_range(int from, int to, off_t position, off_t end, const CopyStep& step) {
   off_t out = position;
   while (position < end) {
     const auto size = static_cast<std::size_t>(std::min(end - position, kLargestCall));
-    if (uninterrupted([&] { return ::copy_file_range(from, &position, to, &out, size, 0); }) <= 0) {
+    const ssize_t copied =
+        uninterrupted([&] { return ::copy_file_range(from, &position, to, &out, size, 0); });
+    if (copied <= 0) {
       break;  // the end, or a pair of files that cannot be copied this way: what is left is read
+    }
+    if (auto failure = after_piece(step, copied)) {
+      return failure;
     }
   }
   if (position >= end) {
@@ -64,6 +75,9 @@ Outcome copy_range(int from, int to, off_t position, off_t end) {
       return FileFailure{number, true};
     }
     position += got;
+    if (auto failure = after_piece(step, got)) {
+      return failure;
+    }
   }
   return std::nullopt;
 }
@@ -78,9 +92,9 @@ bool is_unsized(int file, const struct stat& status) {
 }
 
 /// Copies what claims no size, or not its own.
-Outcome copy_unsized(int from, int to) {
+Outcome copy_unsized(int from, int to, const CopyStep& step) {
   constexpr off_t kMost = off_t{64} << 20;
-  if (auto failure = copy_range(from, to, 0, kMost)) {
+  if (auto failure = copy_range(from, to, 0, kMost, step)) {
     return failure;
   }
   std::uint64_t more = 0;  // some are read by whole numbers only
@@ -88,7 +102,7 @@ Outcome copy_unsized(int from, int to) {
   return got > 0 ? Outcome(FileFailure{EFBIG, false}) : std::nullopt;
 }
 
-Outcome copy_around_holes(int from, int to) {
+Outcome copy_around_holes(int from, int to, const CopyStep& step) {
   off_t position = 0;
   while (true) {
     struct stat status {};
@@ -104,7 +118,7 @@ Outcome copy_around_holes(int from, int to) {
       }
       return std::nullopt;
     }
-    if (auto failure = copy_range(from, to, data, hole)) {
+    if (auto failure = copy_range(from, to, data, hole, step)) {
       return failure;
     }
     position = hole;
@@ -136,7 +150,7 @@ void keep_extended_attributes(int from, int to) {
 
 }  // namespace
 
-Outcome copy_contents(int from, int to) {
+Outcome copy_contents(int from, int to, const CopyStep& step) {
   if (::ioctl(to, FICLONE, from) == 0) {
     return std::nullopt;
   }
@@ -145,12 +159,12 @@ Outcome copy_contents(int from, int to) {
     return FileFailure{errno, false};
   }
   if (is_unsized(from, status)) {
-    return copy_unsized(from, to);
+    return copy_unsized(from, to, step);
   }
   if (status.st_blocks < status.st_size / 512) {
-    return copy_around_holes(from, to);
+    return copy_around_holes(from, to, step);
   }
-  return copy_range(from, to, 0, status.st_size);
+  return copy_range(from, to, 0, status.st_size, step);
 }
 
 void keep_attributes(int from, const struct stat& status, int to) {
