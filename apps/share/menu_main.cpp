@@ -52,22 +52,21 @@ int share(MenuSocket& socket) {
                                                    "choose the entry again"));
   }
   return quoll::share::run_share(
-      std::move(*request),
-      {.print = false,
-       .json = false,
-       .verbose = false,
-       .progress =
-           [&](std::size_t answered, std::size_t items) {
-             socket.tell_progress(static_cast<int>(100 * answered / (items + 1)));
-           },
-       .tell =
-           [&](const std::string& told) {
-             if (told.empty()) {
-               socket.tell_end();
-             } else {
-               tell(socket, told);
-             }
-           }});
+      std::move(*request), {.print = false,
+                            .json = false,
+                            .verbose = false,
+                            .progress =
+                                [&](std::size_t done, std::size_t steps) {
+                                  socket.tell_progress(static_cast<int>(100 * done / (steps + 1)));
+                                },
+                            .tell =
+                                [&](const std::string& told) {
+                                  if (told.empty()) {
+                                    socket.tell_end();
+                                  } else {
+                                    tell(socket, told);
+                                  }
+                                }});
 }
 
 }  // namespace

@@ -20,9 +20,9 @@ namespace quoll::share {
 /// context ignores how the extension ends its request: a share ends with its background work.
 [[nodiscard]] std::shared_ptr<platform::NSExtensionContext> make_context(Selection& selection);
 
-/// Called about ten times a second while the share is under way, with the number of items that have
-/// answered and the number of all.
-using Progress = std::function<void(std::size_t answered, std::size_t items)>;
+/// Called about ten times a second while the share is under way, with how many steps are done and
+/// how many there are: one for each item.
+using Progress = std::function<void(std::size_t done, std::size_t steps)>;
 
 /// Returns when no background block is left. Without a `progress` the progress is shown at the
 /// terminal, if there is one, from the first second on.

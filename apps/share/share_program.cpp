@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <exception>
 #include <memory>
@@ -15,6 +16,9 @@
 #include "apps/share/container_trouble.h"
 #include "apps/share/draft_workspace.h"
 #include "apps/share/identifier.h"
+#include "apps/share/interruption.h"
+#include "apps/share/moving_files.h"
+#include "apps/share/prepare.h"
 #include "apps/share/print_workspace.h"
 #include "apps/share/report.h"
 #include "apps/share/request/clipboard.h"
@@ -76,6 +80,7 @@ sandbox::Confinement needs_of(const Selection& selection,
 struct Installed {
   std::shared_ptr<CountingQueue> background;  ///< counts the background blocks
   std::shared_ptr<DraftWorkspace> drafts;
+  std::shared_ptr<MovingFiles> files;
 };
 
 /// Installs the desktop. Starts no thread. With `with_html` the reader of HTML is loaded, because a
@@ -83,11 +88,12 @@ struct Installed {
 Installed install_desktop(std::shared_ptr<platform::NSWorkspace> workspace,
                           std::shared_ptr<platform::Log> log, const std::string& image_helper,
                           bool with_html) {
+  auto files = std::make_shared<MovingFiles>(posix::make_file_manager());
   platform::Desktop desktop = recording::recorded({
       .bundle = posix::make_program_bundle(
           kIdentifier, posix::installed_file(posix::InstalledFolder::kData, "Info.plist"),
           posix::installed_file(posix::InstalledFolder::kCatalogues, "")),
-      .files = posix::make_file_manager(),
+      .files = files,
       .coordinator = posix::coordinator_factory(),
       .workspace = std::move(workspace),
       .notifications = nullptr,
@@ -100,7 +106,8 @@ Installed install_desktop(std::shared_ptr<platform::NSWorkspace> workspace,
   // The drafts are outside of what is recorded: a command that is not passed on was given to
   // nobody.
   Installed installed{std::make_shared<CountingQueue>(std::move(desktop.queue)),
-                      std::make_shared<DraftWorkspace>(std::move(desktop.workspace))};
+                      std::make_shared<DraftWorkspace>(std::move(desktop.workspace)),
+                      std::move(files)};
   desktop.queue = installed.background;
   desktop.workspace = installed.drafts;
   platform::install(std::move(desktop));
@@ -142,6 +149,10 @@ class Share {
 
  private:
   Installed begin(bool with_html);
+  StagingLock prepare_and_lock(Selection& selection, MovingFiles& files,
+                               std::optional<posix::LockHolder> holder);
+  [[nodiscard]] Progress early_steps() const;
+  [[nodiscard]] Progress later_steps() const;
   int end(Selection& selection, const std::vector<recording::Event>& events);
 
   const ShareSettings& settings_;
@@ -178,10 +189,12 @@ int Share::run(ShareRequest request) {
   const auto holder = staging_lock_holder(settings_.tell_of_waiting);
   sandbox::confine(needs_of(selection, container, image_helper_));
   steps_->tell("the program has confined itself");
-  const StagingLock lock = lock_staging(holder, settings_.tell_of_waiting);
-  steps_->tell(lock ? "it is this share's turn" : "there is no lock to wait for");
+  const StagingLock lock = prepare_and_lock(selection, *desktop.files, holder);
+  if (selection.empty()) {
+    return end(selection, {});
+  }
   const auto events =
-      share::run<ShareViewController>(selection, *desktop.background, settings_.progress);
+      share::run<ShareViewController>(selection, *desktop.background, later_steps());
   return end(selection, events);
 }
 
@@ -199,7 +212,44 @@ Installed Share::begin(bool with_html) {
       make_telling_log(log_, steps_), image_helper_, with_html);
 }
 
-/// Tells what came of the share and removes its received files. While a thread still works on an
+/// Prepares the files and takes the staging lock. Ends the program when it is interrupted, without
+/// what was prepared.
+StagingLock Share::prepare_and_lock(Selection& selection, MovingFiles& files,
+                                    std::optional<posix::LockHolder> holder) {
+  constexpr std::chrono::seconds kLong{1};
+  const Interruption interruption;
+  const auto begin = steps_->elapsed();
+  const bool is_prepared = prepare(selection, files, early_steps());
+  steps_->tell("the files are prepared");
+  if (steps_->elapsed() - begin > kLong) {
+    holder.reset();  // by now it may be somebody else
+  }
+  StagingLock lock = is_prepared && !selection.empty()
+                         ? lock_staging(holder, settings_.tell_of_waiting)
+                         : StagingLock();
+  if (Interruption::has_come()) {
+    selection.prepared_files.reset();
+    Interruption::end_program();
+  }
+  steps_->tell(lock ? "it is this share's turn" : "there is no lock to wait for");
+  return lock;
+}
+
+/// The progress of the preparation, the first half of all.
+Progress Share::early_steps() const {
+  return !settings_.progress ? Progress() : [this](std::size_t ready, std::size_t items) {
+    settings_.progress(ready, 2 * items);
+  };
+}
+
+/// The progress of the extension, the second half.
+Progress Share::later_steps() const {
+  return !settings_.progress ? Progress() : [this](std::size_t answered, std::size_t items) {
+    settings_.progress(items + answered, 2 * items);
+  };
+}
+
+/// Tells what came of the share and removes its prepared files. While a thread still works on an
 /// item, it ends the program without destroying what the thread uses.
 int Share::end(Selection& selection, const std::vector<recording::Event>& events) {
   ShareResult result = result_of(selection, events);
@@ -213,7 +263,7 @@ int Share::end(Selection& selection, const std::vector<recording::Event>& events
     }
   }
   const int code = tell(result);
-  selection.received_files.reset();
+  selection.prepared_files.reset();
   if (is_busy(selection)) {
     _exit(code);
   }

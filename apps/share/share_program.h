@@ -17,7 +17,8 @@ struct ShareSettings {
   bool json = false;
   /// The steps and the log go to standard error too.
   bool verbose = false;
-  /// Null: a person at a terminal is told.
+  /// It gets two steps for each item, to prepare it and to stage it. Null: a person at a terminal
+  /// is told.
   Progress progress;
   /// Called once, at the end, with the report: whole lines, empty when all went well.
   std::function<void(const std::string& told)> tell;

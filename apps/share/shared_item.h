@@ -39,6 +39,9 @@ class SharedItem final : public platform::NSItemProvider,
   [[nodiscard]] const std::string& type() const { return type_; }
   [[nodiscard]] const foundation::Value& value() const { return value_; }
 
+  /// From now on the item is this, under the same name. To be called before it is asked.
+  void answer_with(foundation::Value value) { value_ = std::move(value); }
+
   [[nodiscard]] State state() const { return state_; }
   /// The size of the file that was staged for it; 0 when none was.
   [[nodiscard]] std::uint64_t bytes() const { return bytes_; }

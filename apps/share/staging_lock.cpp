@@ -5,17 +5,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <optional>
 #include <string>
 #include <thread>
 
+#include "apps/share/interruption.h"
 #include "quoll/container/group_container.h"
 #include "quoll/container/layout.h"
 #include "quoll/foundation/nsurl.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/linux/posix/descriptor_io.h"
-#include "quoll/linux/posix/system_call.h"
 
 namespace quoll::share {
 
@@ -51,7 +52,7 @@ bool try_for(int file, std::chrono::milliseconds patience) {
     if (flock(file, LOCK_EX | LOCK_NB) == 0) {
       return true;
     }
-    if (waited >= patience) {
+    if (waited >= patience || Interruption::has_come()) {
       return false;
     }
     std::this_thread::sleep_for(kPause);
@@ -86,7 +87,15 @@ bool lock(int file, const std::optional<posix::LockHolder>& holder, const TellOf
     tell ? tell(line_about(holder))
          : static_cast<void>(posix::write_all(STDERR_FILENO, line_about(holder)));
   }
-  return posix::uninterrupted([&] { return flock(file, LOCK_EX); }) == 0;
+  while (!Interruption::has_come()) {
+    if (flock(file, LOCK_EX) == 0) {
+      return true;
+    }
+    if (errno != EINTR) {
+      return false;
+    }
+  }
+  return false;
 }
 
 }  // namespace

@@ -25,10 +25,10 @@ using TellOfWaiting = std::function<void(const std::string& line)>;
 [[nodiscard]] std::optional<posix::LockHolder> staging_lock_holder(
     const TellOfWaiting& tell = nullptr);
 
-/// Waits for the lock, however long it takes. It tells so once, with the holder that was found
-/// before: at once of one that was stopped, else after 10 seconds, or to a person at a terminal,
-/// without `tell`, after one. Answers an empty lock without a container, and when the lock file
-/// cannot be opened; the share goes on then.
+/// Waits for the lock, however long it takes, or until an `Interruption` comes. It tells so once,
+/// with the holder that was found before: at once of one that was stopped, else after 10 seconds,
+/// or to a person at a terminal, without `tell`, after one. Answers an empty lock without a
+/// container, and when the lock file cannot be opened; the share goes on then.
 [[nodiscard]] StagingLock lock_staging(const std::optional<posix::LockHolder>& holder = {},
                                        const TellOfWaiting& tell = nullptr);
 

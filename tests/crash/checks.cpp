@@ -19,13 +19,29 @@ constexpr int kOpened = 0;
 constexpr int kNotOpened = 1;
 constexpr int kSomethingLeftOut = 3;
 
+void check_copy(const Scene& scene, const std::string& folder, const fs::path& path,
+                Findings& findings) {
+  const std::string name = path.filename();
+  if (!scene.is_whole(name, test::read_file(path))) {
+    findings.push_back({About::kHalfFile, folder + "/" + name + " has " +
+                                              std::to_string(fs::file_size(path)) +
+                                              " bytes and is no whole copy"});
+  }
+}
+
 void check_staged(const Scene& scene, Findings& findings) {
   for (const std::string& name : names_in(scene.staging())) {
-    const std::string path = scene.staging() + "/" + name;
-    if (!scene.is_whole(name, test::read_file(path))) {
-      findings.push_back({About::kHalfFile, "Share/" + name + " has " +
-                                                std::to_string(fs::file_size(path)) +
-                                                " bytes and is no whole copy"});
+    check_copy(scene, "Share", scene.staging() + "/" + name, findings);
+  }
+}
+
+/// What lies ready to be staged has its name only when it is whole, but for bytes that came without
+/// a file.
+void check_prepared(const Scene& scene, Findings& findings) {
+  std::error_code missing;
+  for (const auto& entry : fs::recursive_directory_iterator(scene.incoming(), missing)) {
+    if (entry.is_regular_file() && Scene::is_picked_file(entry.path().filename())) {
+      check_copy(scene, ".incoming", entry.path(), findings);
     }
   }
 }
@@ -106,6 +122,7 @@ std::string words_of(const Death& death) {
 
 void check_disk(const Scene& scene, const Snapshot& before, Findings& findings) {
   check_staged(scene, findings);
+  check_prepared(scene, findings);
   check_locks(scene, findings);
   for (const std::string& path : differences(before, scene.untouchable())) {
     findings.push_back({About::kTouched, path});

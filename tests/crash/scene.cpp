@@ -5,6 +5,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
 #include <stdexcept>
@@ -268,6 +269,10 @@ bool Scene::is_whole(const std::string& name, const std::string& bytes) const {
     }
   }
   return false;
+}
+
+bool Scene::is_picked_file(const std::string& name) {
+  return std::ranges::any_of(kSources, [&](const char* picked) { return name == picked; });
 }
 
 std::vector<std::string> Scene::staged_names() const {

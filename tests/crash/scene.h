@@ -50,6 +50,8 @@ class Scene {
   /// True when these are all the bytes of the file that is staged under this name, or under the
   /// name with a number, in either of the two selections.
   [[nodiscard]] bool is_whole(const std::string& name, const std::string& bytes) const;
+  /// True for the name of a file that is picked in both selections.
+  [[nodiscard]] static bool is_picked_file(const std::string& name);
   /// The names that are staged when all went well, sorted.
   [[nodiscard]] std::vector<std::string> staged_names() const;
 

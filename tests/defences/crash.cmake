@@ -28,7 +28,7 @@ quoll_defence(left_overs_are_swept
 
 quoll_defence(locks_die_with_their_holder
   FILE apps/share/staging_lock.cpp
-  TAKES [[  return posix::uninterrupted([&] { return flock(file, LOCK_EX); }) == 0;]]
+  TAKES [[  while (!Interruption::has_come()) {]]
   GIVES [[  static std::string held = "/proc/self/fd/" + std::to_string(file);
   char path[4096] = {};
   static_cast<void>(!readlink(held.c_str(), path, sizeof path - 1));
@@ -37,7 +37,7 @@ quoll_defence(locks_die_with_their_holder
     usleep(1000);
   }
   std::atexit([] { unlink(held.c_str()); });
-  return posix::uninterrupted([&] { return flock(file, LOCK_EX); }) == 0;]]
+  while (!Interruption::has_come()) {]]
   SHOWN_BY crash All/Killed.NoLockStays/0)
 
 quoll_defence(sources_are_only_read

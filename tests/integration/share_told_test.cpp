@@ -124,13 +124,11 @@ TEST(ShareSteps, EachHasALineWithItsTime) {
   EXPECT_EQ(home.print({"https://first/"}).status, 0) << "it logs that it makes the folder";
   const Ended ended = home.print({"--verbose", home.write("a.txt", "x")});
   EXPECT_EQ(ended.status, 0);
-  const std::vector<std::string> steps{"the shared folder is ",
-                                       "what was given is read: 1 item, 0 left out",
-                                       "the program has confined itself",
-                                       "it is this share's turn",
-                                       "all is ready and goes to it.vorlent.quoll2",
-                                       "it.vorlent.quoll2 has taken it",
-                                       "share given to standard output after "};
+  const std::vector<std::string> steps{
+      "the shared folder is ",           "what was given is read: 1 item, 0 left out",
+      "the program has confined itself", "the files are prepared",
+      "it is this share's turn",         "all is ready and goes to it.vorlent.quoll2",
+      "it.vorlent.quoll2 has taken it",  "share given to standard output after "};
   const auto lines = lines_of(ended.errors);
   ASSERT_EQ(lines.size(), steps.size()) << ended.errors;
   double before = 0;

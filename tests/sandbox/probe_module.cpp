@@ -19,7 +19,8 @@ bool runs_in(std::string_view program) {
 
 }  // namespace
 
-/// The first thing that `quoll-share` does after it has confined itself is to wait for its turn.
+/// The first thing that `quoll-share` does after it has confined itself is to lock the folder of
+/// what it prepares, or to wait for its turn.
 extern "C" int flock(int descriptor, int operation) {
   if (runs_in("quoll-share")) {
     quoll::test::probe_and_end();

@@ -55,6 +55,7 @@ void Probing::prepare() const {
   fs::remove_all(home_.path("other"));
   fs::remove_all(home_.path("new"));
   fs::remove_all(home_.container() + "/new");
+  fs::remove_all(home_.container() + "/.incoming");  // locked to be swept, before it is confined
   fs::create_directory(home_.path("other"));
   for (const char* const name : {"selected", "unselected", "marked"}) {
     home_.write(name, "content");

@@ -236,12 +236,12 @@ class Selector {
   std::size_t add_bytes(std::string_view given, std::string_view name, std::string_view media_type,
                         const ReceivedBytes& bytes, const ByteSource& source) {
     const std::string cannot = "it cannot be kept in a temporary file: ";
-    if (!selection_.received_files) {
+    if (!selection_.prepared_files) {
       leave_out(given, cannot + "there is no shared folder");
       return 0;
     }
     const auto [file, path] =
-        selection_.received_files->make(with_extension(std::string(name), media_type));
+        selection_.prepared_files->make(with_extension(std::string(name), media_type));
     const auto size = file ? write_received(bytes, source, file.get()) : std::nullopt;
     if (!size) {
       leave_out(given, errno == EOVERFLOW ? kNoRoom : cannot + why_not_received());
@@ -292,7 +292,7 @@ Selection make_selection(ShareRequest request, const std::optional<std::string>&
                          int standard_input) {
   Selection selection;
   if (container) {
-    selection.received_files.emplace(*container);
+    selection.prepared_files.emplace(*container);
   }
   Selector selector(selection, request, standard_input);
   if (request.has_list) {

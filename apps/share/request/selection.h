@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/share/request/received_files.h"
+#include "apps/share/request/prepared_files.h"
 #include "apps/share/request/share_request.h"
 #include "apps/share/shared_item.h"
 
@@ -30,8 +30,8 @@ struct Selection {
   std::vector<LeftOut> left_out;
   /// Its subject is the title when no other was given.
   Envelope envelope;
-  /// The files of items that came as bytes; none without a container.
-  std::optional<ReceivedFiles> received_files;
+  /// The files of items that came as bytes, and what `prepare` adds; none without a container.
+  std::optional<PreparedFiles> prepared_files;
 
   /// A title alone is no share.
   [[nodiscard]] bool empty() const { return !text && !html && items.empty(); }

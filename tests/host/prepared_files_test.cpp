@@ -1,4 +1,4 @@
-#include "apps/share/request/received_files.h"
+#include "apps/share/request/prepared_files.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -18,10 +18,10 @@ unsigned mode_of(const std::string& path) {
   return status.st_mode & 07777U;
 }
 
-TEST(ReceivedFiles, ArePrivateAndGoWithTheirObject) {
+TEST(PreparedFiles, ArePrivateAndGoWithTheirObject) {
   const test::TemporaryFolder container;
   const std::string incoming = container.path(".incoming");
-  std::optional<ReceivedFiles> files(container.path());
+  std::optional<PreparedFiles> files(container.path());
   EXPECT_FALSE(std::filesystem::exists(incoming)) << "nothing was received yet";
   const auto first = files->make("data.txt");
   const auto second = files->make("data.txt");
@@ -38,9 +38,9 @@ TEST(ReceivedFiles, ArePrivateAndGoWithTheirObject) {
   EXPECT_TRUE(std::filesystem::is_empty(incoming));
 }
 
-TEST(ReceivedFiles, NoneWithoutAContainer) {
+TEST(PreparedFiles, NoneWithoutAContainer) {
   const test::TemporaryFolder folder;
-  ReceivedFiles files(folder.path("missing"));
+  PreparedFiles files(folder.path("missing"));
   EXPECT_FALSE(files.make("data.txt").fd);
   EXPECT_EQ(errno, ENOENT);
   EXPECT_FALSE(std::filesystem::exists(folder.path("missing")));

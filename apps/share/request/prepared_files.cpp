@@ -1,4 +1,4 @@
-#include "apps/share/request/received_files.h"
+#include "apps/share/request/prepared_files.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -26,19 +26,24 @@ std::unique_ptr<posix::TemporaryItem> make_folder(const std::string& container) 
 
 }  // namespace
 
-ReceivedFiles::File ReceivedFiles::make(std::string_view name) {
+PreparedFiles::File PreparedFiles::make(std::string_view name) {
+  const auto path = make_place(name);
+  if (!path) {
+    return {};
+  }
+  return {posix::UniqueFd(open(path->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600)),
+          *path};
+}
+
+std::optional<std::string> PreparedFiles::make_place(std::string_view name) {
   if (!folder_) {
     folder_ = make_folder(container_);
   }
-  if (!folder_) {
-    return {};
-  }
   const std::string number = std::to_string(++count_);
-  if (mkdirat(folder_->fd(), number.c_str(), 0700) != 0) {
-    return {};
+  if (!folder_ || mkdirat(folder_->fd(), number.c_str(), 0700) != 0) {
+    return std::nullopt;
   }
-  const std::string path = folder_->path() + "/" + number + "/" + std::string(name);
-  return {posix::UniqueFd(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600)), path};
+  return folder_->path() + "/" + number + "/" + std::string(name);
 }
 
 }  // namespace quoll::share

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <array>
+#include <csignal>
+
+namespace quoll::share {
+
+/// While it lives, a signal that asks the program to end (SIGINT, SIGTERM, SIGHUP) is only noted,
+/// so that the program can remove what it has made; a second one ends it at once. A signal that is
+/// ignored stays ignored. One at a time, while there is one thread.
+class Interruption {
+ public:
+  Interruption();
+  Interruption(const Interruption&) = delete;
+  Interruption& operator=(const Interruption&) = delete;
+  ~Interruption();
+
+  /// True once a signal has come; false while there is no object.
+  [[nodiscard]] static bool has_come();
+  /// Ends the program as the signal would have done.
+  [[noreturn]] static void end_program();
+
+ private:
+  std::array<struct sigaction, 3> before_{};
+};
+
+}  // namespace quoll::share

@@ -1,0 +1,150 @@
+// What the program does before it asks the extension: files are copied, however long that takes.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <fstream>
+
+#include "apps/sandbox/sanitizer_build.h"
+#include "tests/integration/mixed_files.h"
+#include "tests/integration/share_home.h"
+
+namespace quoll::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Preparing : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (sandbox::kSanitizerBuild) {
+      GTEST_SKIP() << "a sanitizer has to be loaded first";
+    }
+  }
+  /// A share that waits so many seconds in the middle of its first file.
+  [[nodiscard]] std::vector<std::string> slowly(const std::string& seconds,
+                                                std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), {"env", "LD_PRELOAD=" QUOLL_SLOW_COPY,
+                                         "QUOLL_SLOW=" + seconds, QUOLL_SHARE, "--print"});
+    return arguments;
+  }
+  [[nodiscard]] std::string incoming() const { return home_.container() + "/.incoming"; }
+  void wait_until_it_prepares(const Process& share) const {
+    std::error_code missing;
+    while (!has_ended(share.id()) &&
+           (!fs::exists(incoming(), missing) || fs::is_empty(incoming(), missing))) {
+      usleep(1000);
+    }
+    usleep(200'000);  // until it waits in the middle of a file
+  }
+
+  ShareHome home_;
+};
+
+TEST_F(Preparing, AFileThatTakesLongerThanTheExtensionWaitsIsInTheDraft) {
+  const std::string slow = home_.write("slow.txt", "slow");
+  const std::string quick = home_.write("quick.txt", "quick");
+  const Ended ended = run(slowly("12", {slow, quick, "data:,more"}), home_.environment());
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_EQ(ended.errors, "");
+  EXPECT_EQ(names_of(attachments_of(ended.output)),
+            (std::vector<std::string>{"slow.txt", "quick.txt", "data.txt"}));
+  EXPECT_EQ(read_file(home_.staging() + "/slow.txt"), "slow");
+  EXPECT_FALSE(home_.has_received_files());
+}
+
+TEST_F(Preparing, ASignalEndsItAndNothingStays) {
+  const std::string file = home_.write("a.txt", "x");
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    Process share(slowly("60", {home_.write("before.txt", "x"), file}), home_.environment());
+    wait_until_it_prepares(share);
+    EXPECT_EQ(kill(share.id(), signal), 0);
+    EXPECT_EQ(share.wait(), 128 + signal);
+    EXPECT_EQ(share.read_output(), "");
+    EXPECT_FALSE(home_.has_received_files()) << signal;
+  }
+  EXPECT_FALSE(fs::exists(home_.staging())) << "the extension was not asked";
+}
+
+TEST_F(Preparing, ASignalThatIsIgnoredStaysIgnored) {
+  const std::string file = home_.write("a.txt", "x");
+  auto command = slowly("1", {file});
+  command.insert(command.begin(), {"sh", "-c", "trap '' HUP; exec \"$@\"", "sh"});
+  Process share(command, home_.environment());
+  wait_until_it_prepares(share);
+  EXPECT_EQ(kill(share.id(), SIGHUP), 0);
+  EXPECT_EQ(share.wait(), 0) << share.errors();
+}
+
+TEST_F(Preparing, SomebodyAtATerminalSeesHowFarItIs) {
+  const std::string file = home_.write("a.txt", std::string(3'000'000, 'x'));
+  const Ended ended =
+      run({"script", "-qefc",
+           "env LD_PRELOAD=" QUOLL_SLOW_COPY " QUOLL_SLOW=2 " QUOLL_SHARE " --print " + file,
+           "/dev/null"},
+          home_.environment());
+  EXPECT_EQ(ended.status, 0);
+  EXPECT_NE(ended.output.find("\r0 of 1 items are ready, 3 MB copied\033[K"), std::string::npos)
+      << ended.output;
+  EXPECT_NE(ended.output.find("\r\033[Kquoll://compose?"), std::string::npos)
+      << "nothing of it stays";
+}
+
+class Prepared : public Preparing {
+ protected:
+  void SetUp() override {}
+};
+
+TEST_F(Prepared, AShareThatWaitsForItsTurnHasItsFilesReady) {
+  ASSERT_EQ(home_.print({"https://h/"}).status, 0) << "the container is there now";
+  const posix::UniqueFd turn(
+      open((home_.container() + "/.locks/turn").c_str(), O_RDWR | O_CLOEXEC));
+  ASSERT_EQ(flock(turn.get(), LOCK_EX), 0);
+  const std::string file = home_.write("a.txt", "as it was picked");
+  Process share({QUOLL_SHARE, "--print", file}, home_.environment());
+  ASSERT_TRUE(waits_for_lock(share.id()));
+  fs::remove(file);
+  ASSERT_EQ(flock(turn.get(), LOCK_UN), 0);
+  EXPECT_EQ(share.wait(), 0) << share.errors();
+  EXPECT_EQ(read_file(home_.staging() + "/a.txt"), "as it was picked");
+  EXPECT_FALSE(home_.has_received_files());
+}
+
+TEST_F(Prepared, ASignalEndsTheWaitForTheTurnAndNothingStays) {
+  ASSERT_EQ(home_.print({"https://h/"}).status, 0);
+  const posix::UniqueFd turn(
+      open((home_.container() + "/.locks/turn").c_str(), O_RDWR | O_CLOEXEC));
+  ASSERT_EQ(flock(turn.get(), LOCK_EX), 0);
+  Process share({QUOLL_SHARE, "--print", home_.write("a.txt", "x")}, home_.environment());
+  ASSERT_TRUE(waits_for_lock(share.id()));
+  EXPECT_FALSE(fs::is_empty(incoming()));
+  EXPECT_EQ(kill(share.id(), SIGINT), 0);
+  EXPECT_EQ(share.wait(), 128 + SIGINT);
+  EXPECT_FALSE(home_.has_received_files());
+}
+
+TEST_F(Prepared, ACopyKeepsItsModeAndItsTimes) {
+  const std::string file = home_.write("a.txt", "x");
+  ASSERT_EQ(chmod(file.c_str(), 0640), 0);
+  const timespec times[2] = {{1'000'000'000, 5}, {1'100'000'000, 7}};
+  ASSERT_EQ(utimensat(AT_FDCWD, file.c_str(), times, 0), 0);
+  ASSERT_EQ(home_.print({file}).status, 0);
+  struct stat status {};
+  ASSERT_EQ(stat((home_.staging() + "/a.txt").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777U, 0640U);
+  EXPECT_EQ(status.st_mtim.tv_sec, 1'100'000'000);
+  EXPECT_EQ(status.st_mtim.tv_nsec, 7);
+  EXPECT_EQ(status.st_nlink, 1U);
+}
+
+TEST_F(Prepared, AFileOfTheShareBeforeCanBeSharedAgain) {
+  ASSERT_EQ(home_.print({home_.write("a.txt", "x")}).status, 0);
+  const Ended again = home_.print({home_.staging() + "/a.txt"});
+  EXPECT_EQ(again.status, 0) << again.errors;
+  EXPECT_EQ(read_file(home_.staging() + "/a.txt"), "x");
+}
+
+}  // namespace
+}  // namespace quoll::test
