@@ -11,9 +11,9 @@ using foundation::NSURL;
 
 std::optional<Error> MovingFiles::copyItemAtPath(std::string_view source,
                                                  std::string_view destination) {
-  const bool is_moved = prepared_.contains(source) &&
-                        posix::rename_exclusively(AT_FDCWD, std::string(source), AT_FDCWD,
-                                                  std::string(destination)) == 0;
+  const bool is_moved =
+      is_prepared(source) && posix::rename_exclusively(AT_FDCWD, std::string(source), AT_FDCWD,
+                                                       std::string(destination)) == 0;
   // Whatever was wrong, a copy meets it again and tells, unless it helps.
   return is_moved ? std::nullopt : files_->copyItemAtPath(source, destination);
 }
@@ -50,7 +50,9 @@ platform::FileContents MovingFiles::contentsAtPath(std::string_view path) {
 
 std::optional<Error> MovingFiles::writeToFile(const foundation::Bytes& data, std::string_view path,
                                               platform::NSDataWritingOptions options) {
-  return files_->writeToFile(data, path, options);
+  const std::string_view source(reinterpret_cast<const char*>(data.data()), data.size());
+  return is_prepared(source) ? copyItemAtPath(source, path)
+                             : files_->writeToFile(data, path, options);
 }
 
 std::string MovingFiles::currentDirectoryPath() {

@@ -9,8 +9,9 @@
 
 namespace quoll::share {
 
-/// A file manager that moves the files which the host has prepared when they are to be copied. What
-/// cannot be moved is copied, and so is everything else. Any thread may call.
+/// A file manager that moves the files which the host has prepared when they are to be copied, or
+/// when bytes are to be written that are nothing but the path of one. What cannot be moved is
+/// copied, and so is everything else. Any thread may call.
 class MovingFiles final : public platform::NSFileManager {
  public:
   explicit MovingFiles(std::shared_ptr<NSFileManager> files) : files_(std::move(files)) {}
@@ -18,6 +19,7 @@ class MovingFiles final : public platform::NSFileManager {
   /// From now on the file at this path, and no other, may be moved. To be called before others
   /// call.
   void add_prepared(std::string path) { prepared_.insert(std::move(path)); }
+  [[nodiscard]] bool is_prepared(std::string_view path) const { return prepared_.contains(path); }
 
   std::shared_ptr<foundation::NSURL> containerURLForSecurityApplicationGroupIdentifier(
       std::string_view group) override;

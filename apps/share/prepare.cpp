@@ -1,18 +1,24 @@
 #include "apps/share/prepare.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "apps/share/interruption.h"
+#include "apps/share/received_picture.h"
 #include "quoll/foundation/path.h"
+#include "quoll/linux/image_helper/images.h"
+#include "quoll/linux/image_helper/memory_file.h"
 #include "quoll/linux/posix/copy_item.h"
 #include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/file_contents.h"
 #include "quoll/linux/posix/paths.h"
 #include "quoll/platform/log.h"
 
@@ -64,8 +70,12 @@ class Teller {
 
 class Preparation {
  public:
-  Preparation(Selection& selection, MovingFiles& files, const Progress& progress)
-      : selection_(selection), files_(files), teller_(selection.items.size(), progress) {}
+  Preparation(Selection& selection, MovingFiles& files, const std::string& image_helper,
+              const Progress& progress)
+      : selection_(selection),
+        files_(files),
+        image_helper_(image_helper),
+        teller_(selection.items.size(), progress) {}
 
   bool run() {
     std::vector<std::shared_ptr<SharedItem>> kept;
@@ -85,6 +95,13 @@ class Preparation {
  private:
   /// False when the item is left out.
   bool prepare(SharedItem& item) {
+    if (const auto picture = item.value().as<ReceivedPicture>()) {
+      prepare_picture(item, *picture);
+      return true;
+    }
+    if (!selection_.prepared_files) {
+      return true;
+    }
     PreparedFiles& prepared = *selection_.prepared_files;
     const auto source = foundation::file_system_path(item.value().as<foundation::NSURL>());
     if (!source || !posix::is_usable_path(*source)) {
@@ -111,6 +128,39 @@ class Preparation {
     return true;
   }
 
+  void prepare_picture(SharedItem& item, const ReceivedPicture& picture) {
+    if (const auto path = png_of(picture)) {
+      files_.add_prepared(*path);
+      item.answer_with(foundation::Bytes(path->begin(), path->end()));
+      return;
+    }
+    struct stat status {};
+    const auto size =
+        fstat(picture.file(), &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
+    const image_helper::Mapping file(picture.file(), size);
+    item.answer_with(foundation::Bytes(file.bytes().begin(), file.bytes().end()));
+  }
+
+  /// The path of a PNG file of the picture; none when there can be none.
+  std::optional<std::string> png_of(const ReceivedPicture& picture) {
+    constexpr mode_t kMode = 0666;  // as a file has that the extension writes
+    const auto png = selection_.prepared_files
+                         ? image_helper::make_png(image_helper_, picture.file(),
+                                                  [] { return !Interruption::has_come(); })
+                         : posix::UniqueFd();
+    if (!png) {
+      return std::nullopt;
+    }
+    const auto [file, path] = selection_.prepared_files->make("image.png", kMode);
+    const auto step = [this](std::uint64_t bytes) { return after_piece(bytes); };
+    if (file && !posix::copy_contents(png.get(), file.get(), step) &&
+        posix::late_write_error(file.get()) == 0) {
+      return path;
+    }
+    unlink(path.c_str());
+    return std::nullopt;
+  }
+
   bool after_piece(std::uint64_t bytes) {
     bytes_ += bytes;
     teller_.tell(ready_, bytes_);
@@ -119,6 +169,7 @@ class Preparation {
 
   Selection& selection_;
   MovingFiles& files_;
+  const std::string& image_helper_;
   Teller teller_;
   std::size_t ready_ = 0;
   std::uint64_t bytes_ = 0;
@@ -126,8 +177,9 @@ class Preparation {
 
 }  // namespace
 
-bool prepare(Selection& selection, MovingFiles& files, const Progress& progress) {
-  return !selection.prepared_files || Preparation(selection, files, progress).run();
+bool prepare(Selection& selection, MovingFiles& files, const std::string& image_helper,
+             const Progress& progress) {
+  return Preparation(selection, files, image_helper, progress).run();
 }
 
 }  // namespace quoll::share

@@ -19,6 +19,7 @@
 #include "apps/share/interruption.h"
 #include "apps/share/moving_files.h"
 #include "apps/share/prepare.h"
+#include "apps/share/prepared_images.h"
 #include "apps/share/print_workspace.h"
 #include "apps/share/report.h"
 #include "apps/share/request/clipboard.h"
@@ -100,7 +101,7 @@ Installed install_desktop(std::shared_ptr<platform::NSWorkspace> workspace,
       .log = std::move(log),
       .queue = posix::make_thread_pool(),
       .clock = posix::make_clock(),
-      .images = image_helper::make_images(image_helper),
+      .images = std::make_shared<PreparedImages>(image_helper::make_images(image_helper), files),
       .styled_text = xml::make_styled_text(with_html),
   });
   // The drafts are outside of what is recorded: a command that is not passed on was given to
@@ -219,7 +220,7 @@ StagingLock Share::prepare_and_lock(Selection& selection, MovingFiles& files,
   constexpr std::chrono::seconds kLong{1};
   const Interruption interruption;
   const auto begin = steps_->elapsed();
-  const bool is_prepared = prepare(selection, files, early_steps());
+  const bool is_prepared = prepare(selection, files, image_helper_, early_steps());
   steps_->tell("the files are prepared");
   if (steps_->elapsed() - begin > kLong) {
     holder.reset();  // by now it may be somebody else

@@ -144,17 +144,17 @@ void image_loaded(Gathering& gathering, const Value& item, const std::optional<E
     platform::log(kImageFailure, *error);
     return;
   }
-  const auto bytes = image_bytes(item);
+  auto bytes = image_bytes(item);
   if (bytes && bytes->empty()) {
     log_no_image("no bytes");
   }
-  const auto image = platform::NSBitmapImageRep::imageRepWithData(bytes);
-  const auto png =
+  const auto image = platform::NSBitmapImageRep::imageRepWithData(std::move(bytes));
+  auto png =
       image
           ? image->representationUsingType(platform::BitmapImageFileType::NSBitmapImageFileTypePNG)
           : std::nullopt;
   if (png) {
-    append_attachments(*gathering.message, ShareDatas(gathering.service, List{*png}));
+    append_attachments(*gathering.message, ShareDatas(gathering.service, List{std::move(*png)}));
   }
 }
 

@@ -127,7 +127,7 @@ quoll_defence(helper_memory_limit FILE ${file}
   TAKES "limit(RLIMIT_AS, 3 * kMostHeldBytes);" GIVES "limit(RLIMIT_AS, RLIM_INFINITY);"
   SHOWN_BY sandbox HelperSandbox.MemoryHasALimit)
 quoll_defence(helper_result_is_whole FILE quoll/linux/image_helper/images.cpp
-  TAKES "!is_sealed(file) || " GIVES ""
+  TAKES "!is_sealed(result) || " GIVES ""
   SHOWN_BY image_helper Helper.WhatAHelperMayDoWrong)
 
 # The launcher, which is not confined.

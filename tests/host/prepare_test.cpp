@@ -39,7 +39,7 @@ class Prepare : public testing::Test {
 TEST_F(Prepare, FilesLieReadyUnderTheirNamesAndAreMoved) {
   const std::string picked = home_.write("a.txt", "x");
   Selection selection = select({picked, "https://h/", picked, "data:,hello"});
-  ASSERT_TRUE(prepare(selection, files_));
+  ASSERT_TRUE(prepare(selection, files_, "/no/helper"));
   ASSERT_EQ(selection.items.size(), 4U);
   Names moved;
   for (const std::size_t at : {0U, 2U, 3U}) {
@@ -65,7 +65,7 @@ TEST_F(Prepare, WhatWasNotPreparedIsCopied) {
 
 TEST_F(Prepare, NothingIsReplacedByAMove) {
   Selection selection = select({home_.write("a.txt", "x")});
-  ASSERT_TRUE(prepare(selection, files_));
+  ASSERT_TRUE(prepare(selection, files_, "/no/helper"));
   const std::string there = home_.write("there", "own");
   const auto error = files_.copyItemAtPath(path_of(*selection.items[0]), there);
   ASSERT_TRUE(error);
@@ -77,7 +77,7 @@ TEST_F(Prepare, AFileThatIsGoneIsLeftOut) {
   const std::string gone = home_.write("gone.txt", "x");
   Selection selection = select({gone, home_.write("a.txt", "x")});
   fs::remove(gone);
-  ASSERT_TRUE(prepare(selection, files_));
+  ASSERT_TRUE(prepare(selection, files_, "/no/helper"));
   ASSERT_EQ(selection.items.size(), 1U);
   ASSERT_EQ(selection.left_out.size(), 1U);
   EXPECT_EQ(selection.left_out[0].what, gone);
@@ -90,7 +90,7 @@ TEST_F(Prepare, WithoutAPlaceTheFileIsLeftToTheExtension) {
   const std::string picked = home_.write("a.txt", "x");
   Selection selection = select({picked});
   std::ofstream(container_.path(".incoming")) << "in the way";
-  ASSERT_TRUE(prepare(selection, files_));
+  ASSERT_TRUE(prepare(selection, files_, "/no/helper"));
   ASSERT_EQ(selection.items.size(), 1U);
   EXPECT_EQ(path_of(*selection.items[0]), picked);
   EXPECT_TRUE(log_->lines().empty());
@@ -99,7 +99,7 @@ TEST_F(Prepare, WithoutAPlaceTheFileIsLeftToTheExtension) {
 TEST_F(Prepare, WithoutAContainerNothingIsPrepared) {
   const std::string picked = home_.write("a.txt", "x");
   Selection selection = make_selection({{}, {}, {}, {picked}}, std::nullopt);
-  ASSERT_TRUE(prepare(selection, files_));
+  ASSERT_TRUE(prepare(selection, files_, "/no/helper"));
   EXPECT_EQ(path_of(*selection.items.at(0)), picked);
 }
 
@@ -110,7 +110,7 @@ TEST_F(Prepare, ASignalEndsIt) {
     EXPECT_FALSE(Interruption::has_come());
     ASSERT_EQ(raise(SIGTERM), 0);
     EXPECT_TRUE(Interruption::has_come());
-    EXPECT_FALSE(prepare(selection, files_));
+    EXPECT_FALSE(prepare(selection, files_, "/no/helper"));
   }
   EXPECT_FALSE(Interruption::has_come());
   selection.prepared_files.reset();
@@ -124,7 +124,7 @@ TEST_F(Prepare, TellsHowFarItIs) {
   }
   Selection selection = select(items);
   std::size_t last = 0;
-  ASSERT_TRUE(prepare(selection, files_, [&](std::size_t ready, std::size_t all) {
+  ASSERT_TRUE(prepare(selection, files_, "/no/helper", [&](std::size_t ready, std::size_t all) {
     EXPECT_GE(ready, last);
     EXPECT_EQ(all, 200U);
     last = ready;

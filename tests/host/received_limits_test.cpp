@@ -36,11 +36,11 @@ TEST(ReceivedLimits, AnImageIsHeldBelow256MiB) {
   const auto longest = read_beginning({delivering(kPng, 256 * kMebibyte - 1).get()});
   ASSERT_TRUE(longest);
   EXPECT_TRUE(longest->is_whole) << "an image, to be decoded";
-  EXPECT_EQ(longest->beginning.size(), 256 * kMebibyte - 1);
+  EXPECT_EQ(longest->size, 256 * kMebibyte - 1);
   const auto longer = read_beginning({delivering(kPng, 256 * kMebibyte + 1).get()});
   ASSERT_TRUE(longer);
   EXPECT_FALSE(longer->is_whole) << "shared as the file that it is";
-  EXPECT_EQ(longer->beginning.size(), 256 * kMebibyte);
+  EXPECT_EQ(longer->size, 256 * kMebibyte);
 }
 
 TEST(ReceivedLimits, OfOtherBytesOneMebibyteIsHeld) {
@@ -125,8 +125,7 @@ TEST(ReceivedLimits, FilesAndImagesShareTheBudgetOfDescriptors) {
 TEST(ReceivedLimits, OfAnImageNoMoreIsHeldThanIsWanted) {
   constexpr std::string_view kPng = "\x89PNG\r\n\x1a\n";
   const posix::UniqueFd image = delivering(kPng, 100 * kMebibyte);
-  EXPECT_EQ(read_beginning({image.get(), std::nullopt, 3 * kMebibyte})->beginning.size(),
-            3 * kMebibyte);
+  EXPECT_EQ(read_beginning({image.get(), std::nullopt, 3 * kMebibyte})->size, 3 * kMebibyte);
 }
 
 }  // namespace

@@ -3,10 +3,12 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
 
+#include "apps/share/received_picture.h"
 #include "quoll/foundation/nsurl.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/platform/type_identifiers.h"
@@ -60,10 +62,13 @@ TEST(Selection, EachKindHasItsType) {
   EXPECT_EQ(selection.items[1]->type(), platform::kUTTypeURL);
   EXPECT_EQ(path_of(*selection.items[1]), std::nullopt);
   EXPECT_EQ(selection.items[2]->type(), platform::kUTTypeImage);
-  EXPECT_EQ(selection.items[2]->value().kind(), "bytes");
+  EXPECT_TRUE(selection.items[2]->value().as<ReceivedPicture>());
   EXPECT_EQ(selection.items[3]->type(), platform::kUTTypeImage);
-  EXPECT_EQ(selection.items[3]->value().kind(), "bytes");
-  EXPECT_EQ(selection.items[3]->value().length(), std::string_view(kGif).size());
+  const auto received = selection.items[3]->value().as<ReceivedPicture>();
+  ASSERT_TRUE(received);
+  struct stat status {};
+  EXPECT_EQ(fstat(received->file(), &status), 0);
+  EXPECT_EQ(static_cast<std::size_t>(status.st_size), std::string_view(kGif).size());
   EXPECT_FALSE(std::filesystem::exists(folder.path(".incoming"))) << "nothing needed a file";
 }
 

@@ -3,9 +3,13 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 
+#include <algorithm>
 #include <fstream>
+#include <random>
 
 #include "apps/sandbox/sanitizer_build.h"
 #include "tests/integration/mixed_files.h"
@@ -92,6 +96,65 @@ TEST_F(Preparing, SomebodyAtATerminalSeesHowFarItIs) {
       << "nothing of it stays";
 }
 
+/// A picture of that kind, without compression, of any pixels.
+std::string tiff_picture(std::uint32_t width, std::uint32_t height) {
+  std::mt19937_64 random(7);
+  const std::uint32_t size = width * height * 3;
+  std::string file("II*\0", 4);
+  const auto add = [&](auto number) {
+    file.append(reinterpret_cast<const char*>(&number), sizeof number);
+  };
+  const auto add_entry = [&](std::uint16_t tag, std::uint16_t count, std::uint32_t value) {
+    constexpr std::uint16_t kLong = 4;
+    add(tag), add(kLong), add(std::uint32_t{count}), add(value);
+  };
+  add(8 + size);
+  file.reserve(8 + std::size_t{size} + 200);
+  while (file.size() < 8 + size) {
+    add(random());
+  }
+  file.resize(8 + size);
+  add(std::uint16_t{9});
+  add_entry(256, 1, width);
+  add_entry(257, 1, height);
+  add_entry(258, 1, 8);
+  add_entry(259, 1, 1);
+  add_entry(262, 1, 2);
+  add_entry(273, 1, 8);
+  add_entry(277, 1, 3);
+  add_entry(278, 1, height);
+  add_entry(279, 1, size);
+  add(std::uint32_t{0});
+  return file;
+}
+
+TEST_F(Preparing, APictureThatTakesLongerThanTheExtensionWaitsIsInTheDraft) {
+  const std::string picture = home_.write("picture", tiff_picture(3, 2));
+  const std::string quick = home_.write("quick.txt", "quick");
+  auto environment = home_.environment();
+  environment["QUOLL_SLOW_HELPER"] = "11";
+  auto command = slowly("0", {"-", quick});
+  command.insert(command.begin(), {"sh", "-c", "exec \"$@\" <" + picture, "sh"});
+  const Ended ended = run(command, environment);
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_EQ(names_of(attachments_of(ended.output)),
+            (std::vector<std::string>{"image.png", "quick.txt"}));
+  EXPECT_FALSE(home_.has_received_files());
+}
+
+TEST_F(Preparing, ASignalEndsTheImageHelperToo) {
+  const std::string picture = home_.write("picture", tiff_picture(3, 2));
+  auto environment = home_.environment();
+  environment["QUOLL_SLOW_HELPER"] = "60";
+  auto command = slowly("0", {"data:,text", "-"});
+  command.insert(command.begin(), {"sh", "-c", "exec \"$@\" <" + picture, "sh"});
+  Process share(command, environment);
+  wait_until_it_prepares(share);
+  EXPECT_EQ(kill(share.id(), SIGINT), 0);
+  EXPECT_EQ(share.wait(), 128 + SIGINT);
+  EXPECT_FALSE(home_.has_received_files());
+}
+
 class Prepared : public Preparing {
  protected:
   void SetUp() override {}
@@ -122,6 +185,49 @@ TEST_F(Prepared, ASignalEndsTheWaitForTheTurnAndNothingStays) {
   EXPECT_FALSE(fs::is_empty(incoming()));
   EXPECT_EQ(kill(share.id(), SIGINT), 0);
   EXPECT_EQ(share.wait(), 128 + SIGINT);
+  EXPECT_FALSE(home_.has_received_files());
+}
+
+TEST_F(Prepared, APictureIsNotHeldInMemory) {
+  constexpr std::size_t kMebibyte = std::size_t{1} << 20;
+  const std::string picture = home_.path("picture");
+  std::ofstream(picture, std::ios::binary) << tiff_picture(6000, 5000);
+  const auto command = ShareHome::command({"--print", "-"}, picture);
+  const pid_t program = fork();
+  if (program == 0) {
+    const ScopedEnvironment environment(home_.environment());
+    std::vector<char*> words;
+    for (const std::string& word : command) {
+      words.push_back(const_cast<char*>(word.c_str()));
+    }
+    words.push_back(nullptr);
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    dup2(nowhere, STDOUT_FILENO);
+    execvp(words[0], words.data());
+    _exit(127);
+  }
+  int status = 0;
+  rusage usage{};  // of the helper as well, if that is more
+  ASSERT_EQ(wait4(program, &status, 0, &usage), program);
+  EXPECT_EQ(status, 0);
+  const std::string png = home_.staging() + "/image.png";
+  ASSERT_TRUE(fs::exists(png));
+  const auto most = std::max(fs::file_size(picture), fs::file_size(png));
+  if (!sandbox::kSanitizerBuild) {
+    EXPECT_LT(static_cast<std::size_t>(usage.ru_maxrss) * 1024, most * 13 / 10 + 32 * kMebibyte);
+  }
+  struct stat file {};
+  ASSERT_EQ(stat(png.c_str(), &file), 0);
+  const mode_t mask = umask(0);
+  umask(mask);
+  EXPECT_EQ(file.st_mode & 07777U, 0666U & ~mask) << "as one that the extension writes";
+}
+
+TEST_F(Prepared, ADamagedPictureIsLeftOutForTheSameReasonAsEver) {
+  const std::string picture = home_.write("picture", tiff_picture(3, 2).substr(0, 20));
+  const Ended ended = home_.print({"-", "https://h/"}, picture);
+  EXPECT_EQ(ended.status, 3);
+  EXPECT_TRUE(ended.errors.starts_with("left out: standard input: ")) << ended.errors;
   EXPECT_FALSE(home_.has_received_files());
 }
 

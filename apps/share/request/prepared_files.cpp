@@ -26,12 +26,12 @@ std::unique_ptr<posix::TemporaryItem> make_folder(const std::string& container) 
 
 }  // namespace
 
-PreparedFiles::File PreparedFiles::make(std::string_view name) {
+PreparedFiles::File PreparedFiles::make(std::string_view name, mode_t mode) {
   const auto path = make_place(name);
   if (!path) {
     return {};
   }
-  return {posix::UniqueFd(open(path->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600)),
+  return {posix::UniqueFd(open(path->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode)),
           *path};
 }
 

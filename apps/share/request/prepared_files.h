@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,8 +25,9 @@ class PreparedFiles {
     posix::UniqueFd fd;  ///< open for writing; none, with `errno` set, when there can be no file
     std::string path;
   };
-  /// Makes an empty file of that name, in a folder of its own so that names stay as they are.
-  [[nodiscard]] File make(std::string_view name);
+  /// Makes an empty file of that name, in a folder of its own so that names stay as they are. The
+  /// user's umask takes away from its mode.
+  [[nodiscard]] File make(std::string_view name, mode_t mode = 0600);
   /// The path for a file of that name, in a new folder; none, with `errno` set, when there can be
   /// none.
   [[nodiscard]] std::optional<std::string> make_place(std::string_view name);

@@ -1,10 +1,15 @@
 #include "apps/share/request/received_bytes.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "apps/share/request/image_signature.h"
+#include "quoll/linux/image_helper/memory_file.h"
 #include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/file_contents.h"
 
 namespace quoll::share {
 
@@ -16,27 +21,52 @@ constexpr std::size_t kLargestImage = std::size_t{256} << 20;
 
 }  // namespace
 
+posix::UniqueFd make_image_file(std::string_view bytes) {
+  posix::UniqueFd file = image_helper::make_memory_file();
+  if (file && !posix::write_all(file.get(), bytes)) {
+    file.reset();
+  }
+  return file;
+}
+
 std::optional<ReceivedBytes> read_beginning(const ByteSource& source) {
   ReceivedBytes received;
-  const auto read_to = [&](std::size_t enough) {
-    return posix::read_until(source.descriptor, received.beginning, enough, received.is_whole,
+  const auto read_block = [&](std::string& block, std::size_t enough) {
+    return posix::read_until(source.descriptor, block, enough, received.is_whole,
                              source.read_timeout);
   };
-  if (!read_to(kBlock)) {
+  if (!read_block(received.beginning, kBlock)) {
     return std::nullopt;
   }
-  if (!received.is_whole && begins_as_image(received.beginning) &&
-      !read_to(std::min(kLargestImage, source.limit))) {
-    return std::nullopt;
+  received.size = received.beginning.size();
+  if (!begins_as_image(received.beginning)) {
+    return received;
   }
-  return received;
+  received.image = make_image_file(received.beginning);
+  const std::size_t enough = std::min(kLargestImage, source.limit);
+  std::string block;
+  while (received.image && !received.is_whole && received.size < enough) {
+    block.clear();
+    if (!read_block(block, std::min(kBlock, enough - received.size)) ||
+        !posix::write_all(received.image.get(), block)) {
+      received.image.reset();
+    }
+    received.size += block.size();
+  }
+  return received.image ? std::optional(std::move(received)) : std::nullopt;
 }
 
 std::optional<std::size_t> write_received(const ReceivedBytes& received, const ByteSource& source,
                                           int target) {
   bool ended = received.is_whole;
-  std::size_t size = received.beginning.size();
-  if (!posix::write_all(target, received.beginning)) {
+  std::size_t size = received.size;
+  if (received.image) {
+    if (const auto failure = posix::copy_contents(received.image.get(), target)) {
+      errno = failure->number;
+      return std::nullopt;
+    }
+    lseek(target, 0, SEEK_END);
+  } else if (!posix::write_all(target, received.beginning)) {
     return std::nullopt;
   }
   std::string block;

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "quoll/linux/posix/unique_fd.h"
+
 namespace quoll::share {
 
 /// Where bytes come from, and the limits for reading them.
@@ -18,14 +20,21 @@ struct ByteSource {
   std::size_t limit = std::numeric_limits<std::size_t>::max();
 };
 
+/// A memory file with these bytes, to which more can be written; none with `errno` set.
+[[nodiscard]] posix::UniqueFd make_image_file(std::string_view bytes);
+
 /// The beginning of what a descriptor delivers, or all of it.
 struct ReceivedBytes {
   std::string beginning;
+  /// All that was read of an image, in a memory file; none of other bytes.
+  posix::UniqueFd image;
+  std::size_t size = 0;
   bool is_whole = false;
 };
 
 /// Reads enough to tell what the bytes are. An image is read whole, up to 256 MiB and up to the
-/// limit. None, with `errno` set, when reading failed.
+/// limit, and only one block of it is held outside of its file. None, with `errno` set, when
+/// reading failed.
 [[nodiscard]] std::optional<ReceivedBytes> read_beginning(const ByteSource& source);
 
 /// Writes the beginning, and then what still comes from `source`, to the descriptor `target`. Holds

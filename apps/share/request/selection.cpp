@@ -7,6 +7,7 @@
 #include <climits>
 #include <utility>
 
+#include "apps/share/received_picture.h"
 #include "apps/share/request/data_url.h"
 #include "apps/share/request/image_signature.h"
 #include "apps/share/request/media_type.h"
@@ -14,6 +15,7 @@
 #include "apps/share/request/resolve_item.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
+#include "quoll/linux/image_helper/memory_file.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/unique_fd.h"
 #include "quoll/platform/type_identifiers.h"
@@ -22,7 +24,6 @@ namespace quoll::share {
 
 namespace {
 
-using foundation::Bytes;
 using foundation::NSURL;
 
 constexpr std::string_view kStandardInput = "-";
@@ -190,8 +191,17 @@ class Selector {
     add_item(given, url->isFileURL() ? platform::kUTTypeFileURL : platform::kUTTypeURL, url);
   }
 
-  void add_image(std::string_view given, const std::string& bytes) {
-    add_item(given, platform::kUTTypeImage, Bytes(bytes.begin(), bytes.end()));
+  void add_image(std::string_view given, posix::UniqueFd image) {
+    image_helper::seal(image.get());
+    add_item(given, platform::kUTTypeImage, std::make_shared<ReceivedPicture>(std::move(image)));
+  }
+
+  void add_image_data(std::string_view given, const std::string& bytes) {
+    if (posix::UniqueFd image = make_image_file(bytes)) {
+      add_image(given, std::move(image));
+    } else {
+      leave_out(given, posix::error_words(errno));
+    }
   }
 
   void add_standard_input() {
@@ -202,15 +212,14 @@ class Selector {
   std::size_t add_received(std::string_view given, const ByteSource& source,
                            std::string_view media_type, std::string_view name,
                            std::string_view name_without_one) {
-    const auto received = read_beginning(source);
-    const std::size_t held = received ? received->beginning.size() : 0;
+    auto received = read_beginning(source);
+    const std::size_t held = received ? received->size : 0;
     if (held == 0) {
       leave_out(given, received ? "it is empty" : why_not_received());
       return 0;
     }
-    if (name.empty() && received->is_whole && held <= source.limit &&
-        begins_as_image(received->beginning)) {
-      add_image(given, received->beginning);
+    if (name.empty() && received->is_whole && held <= source.limit && received->image) {
+      add_image(given, std::move(received->image));
       return held;
     }
     return add_bytes(given, name.empty() ? name_without_one : name,
@@ -225,9 +234,10 @@ class Selector {
     if (!data) {
       leave_out(name, "the data: URL is damaged");
     } else if (data->media_type.starts_with("image/") && begins_as_image(data->bytes)) {
-      add_image(name, data->bytes);
+      add_image_data(name, data->bytes);
     } else {
-      add_bytes(name, "data", data->media_type, {std::move(data->bytes), true}, {});
+      const std::size_t size = data->bytes.size();
+      add_bytes(name, "data", data->media_type, {std::move(data->bytes), {}, size, true}, {});
     }
   }
 

@@ -21,12 +21,12 @@ std::string describe(int status) {
 }  // namespace
 
 std::string run_helper(const std::string& program, const char* argument, int in, int out,
-                       std::chrono::milliseconds time_limit) {
+                       std::chrono::milliseconds time_limit, const std::function<bool()>& go_on) {
   posix::Subprocess helper({.words = {program, argument}, .input = in, .output = out});
   if (const int number = helper.start_error()) {
     return "the helper " + program + " cannot be started: " + std::strerror(number);
   }
-  if (const int trouble = helper.end_by(std::chrono::steady_clock::now() + time_limit)) {
+  if (const int trouble = helper.end_by(std::chrono::steady_clock::now() + time_limit, go_on)) {
     return trouble == ETIMEDOUT
                ? "the helper took too long"
                : std::string("the helper cannot be watched: ") + std::strerror(trouble);

@@ -29,18 +29,25 @@ struct Lengths {
 };
 constexpr Lengths kOfASize{sizeof(SizeAnswer), sizeof(SizeAnswer)};
 constexpr Lengths kOfAFile{1, kLongestResult};
+constexpr const char* kPng = "png";
 
-/// What the helper gave, when it is whole and as long as it should be.
-std::optional<Bytes> read_result(int file, const Lengths& lengths) {
+/// The length of what the helper gave, when that is whole and as long as it should be.
+std::optional<std::size_t> length_of(int result, const Lengths& lengths) {
   struct stat status = {};
-  if (!is_sealed(file) || fstat(file, &status) != 0 || status.st_size < 0) {
+  if (!is_sealed(result) || fstat(result, &status) != 0 || status.st_size < 0) {
     return std::nullopt;
   }
   const auto length = static_cast<std::uint64_t>(status.st_size);
-  if (length < lengths.shortest || length > lengths.longest) {
+  return length < lengths.shortest || length > lengths.longest ? std::nullopt
+                                                               : std::optional<std::size_t>(length);
+}
+
+std::optional<Bytes> read_result(int file, const Lengths& lengths) {
+  const auto length = length_of(file, lengths);
+  if (!length) {
     return std::nullopt;
   }
-  const Mapping result(file, length);
+  const Mapping result(file, *length);
   if (!result.good()) {
     return std::nullopt;
   }
@@ -63,7 +70,7 @@ class HelperImages final : public platform::Images {
   }
 
   std::optional<Bytes> convert(const Bytes& file, BitmapImageFileType type) override {
-    return ask(type == BitmapImageFileType::NSBitmapImageFileTypePNG ? "png" : "tiff", file,
+    return ask(type == BitmapImageFileType::NSBitmapImageFileTypePNG ? kPng : "tiff", file,
                kOfAFile);
   }
 
@@ -97,6 +104,14 @@ class HelperImages final : public platform::Images {
 std::shared_ptr<platform::Images> make_images(std::string helper,
                                               std::chrono::milliseconds time_limit) {
   return std::make_shared<HelperImages>(std::move(helper), time_limit);
+}
+
+posix::UniqueFd make_png(const std::string& helper, int picture, const GoOn& go_on) {
+  posix::UniqueFd out = make_memory_file();
+  const bool is_made = out &&
+                       run_helper(helper, kPng, picture, out.get(), kTimeLimit, go_on).empty() &&
+                       length_of(out.get(), kOfAFile);
+  return is_made ? std::move(out) : posix::UniqueFd();
 }
 
 std::string helper_path() {

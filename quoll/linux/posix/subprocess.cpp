@@ -114,8 +114,13 @@ Subprocess::~Subprocess() {
   }
 }
 
-int Subprocess::end_by(Clock::time_point deadline) {
-  const int trouble = wait_for_end(process_, deadline);
+int Subprocess::end_by(Clock::time_point deadline, const std::function<bool()>& go_on) {
+  constexpr std::chrono::milliseconds kStep{100};
+  const auto step_end = [&] { return go_on ? std::min(Clock::now() + kStep, deadline) : deadline; };
+  int trouble = wait_for_end(process_, step_end());
+  while (trouble == ETIMEDOUT && go_on && Clock::now() < deadline) {
+    trouble = go_on() ? wait_for_end(process_, step_end()) : ECANCELED;
+  }
   if (leads_group_) {
     kill(-process_, SIGKILL);  // one of its children may be the one that waits
   } else if (trouble != 0) {

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -43,8 +44,10 @@ class Subprocess {
   [[nodiscard]] int start_error() const { return start_error_; }
 
   /// Waits for the end; at the deadline it kills the program. Answers 0 when it came by itself, and
-  /// else what `wait_for_end` does. Called once, of what was started.
-  int end_by(std::chrono::steady_clock::time_point deadline);
+  /// else what `wait_for_end` does. Called once, of what was started. `go_on` is asked ten times a
+  /// second, unless it is null; when it answers false the program is killed, which is ECANCELED.
+  int end_by(std::chrono::steady_clock::time_point deadline,
+             const std::function<bool()>& go_on = nullptr);
 
   /// Once it has ended: the status, as `reap` answers it. Without one it counts as ended well.
   [[nodiscard]] std::optional<int> status() const { return status_; }
