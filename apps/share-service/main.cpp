@@ -34,7 +34,7 @@ int main(int argc, char** argv) {
       .placeholder("SECONDS")
       .show_default();
   line.value("--time", share_seconds,
-             "end a share that takes longer than so many seconds, 1 to 86400")
+             "end a share without progress for so many seconds, 1 to 86400")
       .range(1, 86400, "seconds")
       .placeholder("SECONDS")
       .show_default();

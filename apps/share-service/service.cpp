@@ -2,6 +2,7 @@
 
 #include <iostream>
 #include <memory>
+#include <utility>
 
 #include "apps/share-service/share_call.h"
 #include "apps/share-service/share_interface.h"
@@ -26,6 +27,31 @@ void refuse(GDBusMethodInvocation* call, GDBusError error, const std::string& wh
 std::string words_of(const ShareEnd& end) {
   return share::shown_report(end.told, kMostTold).value_or("the system log tells more");
 }
+
+/// Cancels the share of a caller that has left the bus.
+class CallerWatch {
+ public:
+  void start(GDBusMethodInvocation* call, std::shared_ptr<RunningShare> share) {
+    share_ = std::move(share);
+    watch_ = g_bus_watch_name_on_connection(
+        g_dbus_method_invocation_get_connection(call), g_dbus_method_invocation_get_sender(call),
+        G_BUS_NAME_WATCHER_FLAGS_NONE, nullptr, gone, this, nullptr);
+  }
+  void stop() {
+    if (watch_ != 0) {
+      g_bus_unwatch_name(std::exchange(watch_, 0));
+    }
+    share_.reset();
+  }
+
+ private:
+  static void gone(GDBusConnection* /*bus*/, const char* /*name*/, gpointer self) {
+    static_cast<CallerWatch*>(self)->share_->cancel();
+  }
+
+  std::shared_ptr<RunningShare> share_;
+  guint watch_ = 0;
+};
 
 class ShareService final : public gio::ApplicationService {
  public:
@@ -75,10 +101,15 @@ class ShareService final : public gio::ApplicationService {
             read_share_call(given.get(), g_dbus_message_get_unix_fd_list(message), share)) {
       return refuse(call, G_DBUS_ERROR_INVALID_ARGS, *complaint);
     }
-    start(std::move(share), call, [call](const ShareEnd& end) {
+    const auto caller = std::make_shared<CallerWatch>();
+    const auto running = start(std::move(share), call, [call, caller](const ShareEnd& end) {
+      caller->stop();
       g_dbus_method_invocation_return_value(
           call, g_variant_new("(us)", static_cast<guint32>(end.code), words_of(end).c_str()));
     });
+    if (running) {
+      caller->start(call, running);
+    }
   }
 
   [[nodiscard]] bool busy() const override { return running_ > 0; }
@@ -90,13 +121,14 @@ class ShareService final : public gio::ApplicationService {
         static_cast<GDBusConnection*>(g_object_ref(g_dbus_method_invocation_get_connection(call))),
         g_object_unref);
     const auto show = [bus](const ShareEnd& end) {
-      if (end.code != 0) {
+      if (end.code != 0 && !end.is_cancelled) {
         std::cerr << words_of(end) << '\n';  // for the journal: a notification is soon gone
         const share::Notice notice = share::notice_of(end.code, end.told);
         gio::send_notification(bus.get(), share::kIdentifier, notice.title, notice.body);
       }
     };
-    if (start(std::move(share), call, show)) {
+    if (const auto running = start(std::move(share), call, show)) {
+      running->offer_cancelling(bus.get());
       g_dbus_method_invocation_return_value(call, nullptr);
     }
   }
@@ -105,24 +137,27 @@ class ShareService final : public gio::ApplicationService {
     refuse(call, G_DBUS_ERROR_LIMITS_EXCEEDED, "too many shares are under way");
   }
 
-  /// False when the call was answered with an error.
-  bool start(ShareCall share, GDBusMethodInvocation* call,
-             std::function<void(const ShareEnd&)> ended) {
+  /// Null when the call was answered with an error.
+  std::shared_ptr<RunningShare> start(ShareCall share, GDBusMethodInvocation* call,
+                                      std::function<void(const ShareEnd&)> ended) {
     if (running_ == kMostShares) {
       refuse_one_more(call);
-      return false;
+      return nullptr;
     }
-    const auto failure = start_share(std::move(share), bounds_,
-                                     [this, ended = std::move(ended)](const ShareEnd& end) {
-                                       --running_;
-                                       ended(end);
-                                     });
-    if (failure) {
+    gio::FailureReason failure;
+    auto running = start_share(
+        std::move(share), bounds_,
+        [this, ended = std::move(ended)](const ShareEnd& end) {
+          --running_;
+          ended(end);
+        },
+        failure);
+    if (running) {
+      ++running_;
+    } else {
       refuse(call, G_DBUS_ERROR_FAILED, *failure);
-      return false;
     }
-    ++running_;
-    return true;
+    return running;
   }
 
   ShareBounds bounds_;

@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
 #include "apps/share/exit_code.h"
+#include "apps/share/share_watch.h"
 #include "quoll/linux/gio/handles.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/installed_file.h"
@@ -98,7 +100,9 @@ void allow_usual_descriptors(gpointer bounds) {
   }
 }
 
-ObjectHandle<GSubprocess> spawn(ShareCall& call, ShareBounds bounds, gio::ErrorSlot& error) {
+/// `progress` is its end of the pipe for that.
+ObjectHandle<GSubprocess> spawn(ShareCall& call, posix::UniqueFd progress, ShareBounds bounds,
+                                gio::ErrorSlot& error) {
   const std::string parts = list_of(call.request);
   posix::UniqueFd list = file_of(parts);
   if (!list) {
@@ -112,6 +116,9 @@ ObjectHandle<GSubprocess> spawn(ShareCall& call, ShareBounds bounds, gio::ErrorS
   g_subprocess_launcher_take_stdin_fd(launcher.get(), list.release());
   g_subprocess_launcher_set_child_setup(launcher.get(), allow_usual_descriptors, &bounds, nullptr);
   auto command = command_of(call, !parts.empty());
+  const int number = number_of(call.request.descriptor_items.size());
+  command.insert(command.end(), {"--progress", std::to_string(number)});
+  g_subprocess_launcher_take_fd(launcher.get(), progress.release(), number);
   for (std::size_t at = 0; at < call.request.descriptor_items.size(); ++at) {
     g_subprocess_launcher_take_fd(
         launcher.get(), call.request.descriptor_items[at].descriptor.release(), number_of(at));
@@ -128,21 +135,39 @@ ObjectHandle<GSubprocess> spawn(ShareCall& call, ShareBounds bounds, gio::ErrorS
       g_subprocess_launcher_spawnv(launcher.get(), arguments.data(), error.out()));
 }
 
-/// A share that runs. Every step that waits holds a reference to it.
-class RunningShare : public std::enable_shared_from_this<RunningShare> {
+/// Every step that waits holds a reference to it.
+class ShareProcess final : public RunningShare, public std::enable_shared_from_this<ShareProcess> {
  public:
-  RunningShare(ObjectHandle<GSubprocess> process, std::function<void(const ShareEnd&)> ended)
-      : process_(std::move(process)), ended_(std::move(ended)), given_up_(g_cancellable_new()) {}
+  ShareProcess(ObjectHandle<GSubprocess> process, posix::UniqueFd progress,
+               std::chrono::seconds time, std::function<void(const ShareEnd&)> ended)
+      : process_(std::move(process)),
+        watch_(std::in_place, std::move(progress), [this] { wait_anew(time_); }),
+        time_(time),
+        ended_(std::move(ended)),
+        given_up_(g_cancellable_new()) {}
 
-  void watch(std::chrono::seconds time) {
-    time_ = time;
-    deadline_ = g_timeout_add_seconds(static_cast<guint>(time.count()), late, this);
+  void begin() {
+    wait_anew(time_);
     read_on();
     g_subprocess_wait_async(process_.get(), given_up_.get(), exited, reference());
   }
 
+  void cancel() override {
+    constexpr std::chrono::seconds kPatience{5};  // it may hang in a system call
+    if (watch_) {
+      watch_->cancel();
+    }
+    if (watch_ && watch_->is_cancelled()) {
+      wait_anew(kPatience);
+    }
+  }
+
+  void offer_cancelling(GDBusConnection* bus) override {
+    watch_->offer_cancelling([bus] { return bus; });
+  }
+
  private:
-  using Reference = std::shared_ptr<RunningShare>;
+  using Reference = std::shared_ptr<ShareProcess>;
 
   gpointer reference() { return new Reference(shared_from_this()); }
   static Reference taken(gpointer data) {
@@ -179,7 +204,7 @@ class RunningShare : public std::enable_shared_from_this<RunningShare> {
   }
 
   static gboolean late(gpointer data) {
-    auto& self = *static_cast<RunningShare*>(data);
+    auto& self = *static_cast<ShareProcess*>(data);
     self.deadline_ = 0;
     self.is_late_ = true;
     g_subprocess_force_exit(self.process_.get());
@@ -187,20 +212,34 @@ class RunningShare : public std::enable_shared_from_this<RunningShare> {
     return G_SOURCE_REMOVE;
   }
 
+  void wait_anew(std::chrono::seconds time) {
+    stop_waiting();
+    deadline_ = g_timeout_add_seconds(static_cast<guint>(time.count()), late, this);
+  }
+
+  void stop_waiting() {
+    if (deadline_ != 0) {
+      g_source_remove(std::exchange(deadline_, 0));
+    }
+  }
+
   void end_when_over() {
     if (!has_exited_ || !is_told_) {
       return;
     }
-    if (deadline_ != 0) {
-      g_source_remove(deadline_);
-    }
-    ended_(end());
+    stop_waiting();
+    const ShareEnd result = end();
+    watch_.reset();
+    ended_(result);
   }
 
   [[nodiscard]] ShareEnd end() const {
     constexpr int kNotOpened = static_cast<int>(share::ExitCode::kNotOpened);
+    if (watch_->is_cancelled()) {
+      return {kNotOpened, "not opened: it was cancelled", true};
+    }
     if (is_late_) {
-      return {kNotOpened, "not opened: it took longer than " + std::to_string(time_.count()) +
+      return {kNotOpened, "not opened: nothing moved on for " + std::to_string(time_.count()) +
                               " s; share less at once"};
     }
     if (g_subprocess_get_if_exited(process_.get()) == FALSE) {
@@ -214,10 +253,11 @@ class RunningShare : public std::enable_shared_from_this<RunningShare> {
   }
 
   ObjectHandle<GSubprocess> process_;
+  std::optional<share::ShareWatch> watch_;  ///< none once it has ended
+  std::chrono::seconds time_;
   std::function<void(const ShareEnd&)> ended_;
   ObjectHandle<GCancellable> given_up_;
   std::string told_;
-  std::chrono::seconds time_{};
   guint deadline_ = 0;
   bool has_exited_ = false;
   bool is_told_ = false;
@@ -226,16 +266,21 @@ class RunningShare : public std::enable_shared_from_this<RunningShare> {
 
 }  // namespace
 
-gio::FailureReason start_share(ShareCall call, const ShareBounds& bounds,
-                               std::function<void(const ShareEnd&)> ended) {
+std::shared_ptr<RunningShare> start_share(ShareCall call, const ShareBounds& bounds,
+                                          std::function<void(const ShareEnd&)> ended,
+                                          gio::FailureReason& failure) {
   gio::ErrorSlot error;
-  auto process = spawn(call, bounds, error);
+  posix::Pipe progress = posix::make_pipe();
+  auto process = progress ? spawn(call, std::move(progress.writing), bounds, error) : nullptr;
   if (!process) {
-    return "quoll-share could not be started: " + error.message();
+    failure = "quoll-share could not be started: " +
+              (progress ? error.message() : posix::error_words(errno));
+    return nullptr;
   }
-  const auto running = std::make_shared<RunningShare>(std::move(process), std::move(ended));
-  running->watch(bounds.time);
-  return std::nullopt;
+  auto share = std::make_shared<ShareProcess>(std::move(process), std::move(progress.reading),
+                                              bounds.time, std::move(ended));
+  share->begin();
+  return share;
 }
 
 }  // namespace quoll::share_service

@@ -1,5 +1,6 @@
 #include "apps/share/interruption.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <cstddef>
@@ -11,6 +12,12 @@ namespace {
 constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
 
 volatile sig_atomic_t came = 0;
+int starter_end = -1;
+
+bool has_starter_gone() {
+  pollfd other{starter_end, 0, 0};
+  return starter_end >= 0 && poll(&other, 1, 0) > 0;
+}
 
 void note(int signal) {
   came = signal;
@@ -18,8 +25,9 @@ void note(int signal) {
 
 }  // namespace
 
-Interruption::Interruption() {
+Interruption::Interruption(int starter) {
   came = 0;
+  starter_end = starter;
   struct sigaction action {};
   action.sa_handler = note;
   // No SA_RESTART: a call that waits has to return.
@@ -37,15 +45,20 @@ Interruption::~Interruption() {
     sigaction(kSignals[at], &before_[at], nullptr);
   }
   came = 0;
+  starter_end = -1;
 }
 
 bool Interruption::has_come() {
-  return came != 0;
+  return came != 0 || has_starter_gone();
+}
+
+bool Interruption::has_starter() {
+  return starter_end >= 0;
 }
 
 void Interruption::end_program() {
   constexpr int kSignalled = 128;
-  const int signal = came;
+  const int signal = came != 0 ? came : SIGTERM;
   ::signal(signal, SIG_DFL);
   raise(signal);
   _exit(kSignalled + signal);

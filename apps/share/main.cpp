@@ -4,6 +4,7 @@
 
 #include "apps/share/exit_code.h"
 #include "apps/share/notify.h"
+#include "apps/share/progress_pipe.h"
 #include "apps/share/report.h"
 #include "apps/share/request/arguments.h"
 #include "apps/share/request/descriptors.h"
@@ -14,18 +15,20 @@ namespace quoll::share {
 namespace {
 
 int share(Arguments& arguments) {
-  close_inherited_descriptors(arguments.request);
-  const auto share = [&](const Tell& tell) {
+  close_inherited_descriptors(arguments.request, arguments.progress);
+  const auto share = [&](const Tell& tell, int pipe) {
     return run_share(std::move(arguments.request),
                      {.print = arguments.print,
                       .json = arguments.json,
                       .verbose = arguments.verbose,
-                      .progress = nullptr,
+                      .progress = pipe >= 0 ? progress_to(pipe) : nullptr,
+                      .starter = pipe,
                       .tell = tell,
                       .tell_of_waiting = arguments.notify ? tell : nullptr});
   };
-  return arguments.notify ? share_and_notify(share)
-                          : share([](const std::string& told) { std::cerr << told; });
+  return arguments.notify
+             ? share_and_notify(share)
+             : share([](const std::string& told) { std::cerr << told; }, arguments.progress);
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <csignal>
 #include <exception>
 #include <iostream>
@@ -52,21 +53,23 @@ int share(MenuSocket& socket) {
                                                    "choose the entry again"));
   }
   return quoll::share::run_share(
-      std::move(*request), {.print = false,
-                            .json = false,
-                            .verbose = false,
-                            .progress =
-                                [&](std::size_t done, std::size_t steps) {
-                                  socket.tell_progress(static_cast<int>(100 * done / (steps + 1)));
-                                },
-                            .tell =
-                                [&](const std::string& told) {
-                                  if (told.empty()) {
-                                    socket.tell_end();
-                                  } else {
-                                    tell(socket, told);
-                                  }
-                                }});
+      std::move(*request),
+      {.print = false,
+       .json = false,
+       .verbose = false,
+       .progress =
+           [&](std::size_t done, std::size_t steps) {
+             socket.tell_progress(static_cast<int>(99 * done / std::max<std::size_t>(steps, 1)));
+           },
+       .starter = socket.descriptor(),
+       .tell =
+           [&](const std::string& told) {
+             if (told.empty()) {
+               socket.tell_end();
+             } else {
+               tell(socket, told);
+             }
+           }});
 }
 
 }  // namespace

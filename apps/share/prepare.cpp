@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -40,14 +41,16 @@ class Teller {
     }
   }
 
-  void tell(std::size_t ready, std::uint64_t bytes) {
+  /// `part` of the next item, of 100, is ready too.
+  void tell(std::size_t ready, std::size_t part, std::uint64_t bytes) {
+    constexpr std::size_t kParts = 100;
     const auto now = Clock::now();
     if (now < next_) {
       return;
     }
     next_ = now + 100ms;
     if (progress_) {
-      progress_(ready, items_);
+      progress_(ready * kParts + part, items_ * kParts);
     } else if (is_terminal_ && now - begin_ >= 1s) {
       is_shown_ = true;
       static_cast<void>(posix::write_all(
@@ -86,7 +89,7 @@ class Preparation {
       if (Interruption::has_come()) {
         return false;
       }
-      teller_.tell(++ready_, bytes_);
+      teller_.tell(++ready_, 0, bytes_);
     }
     selection_.items = std::move(kept);
     return true;
@@ -115,6 +118,7 @@ class Preparation {
     if (!place) {
       return true;
     }
+    begin_file(*source);
     const auto failure = posix::copy_item(
         *source, *place, [this](std::uint64_t bytes) { return after_piece(bytes); });
     if (!failure) {
@@ -126,6 +130,12 @@ class Preparation {
       return false;
     }
     return true;
+  }
+
+  void begin_file(const std::string& path) {
+    struct stat status {};
+    size_ = stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+    copied_ = 0;
   }
 
   void prepare_picture(SharedItem& item, const ReceivedPicture& picture) {
@@ -151,6 +161,7 @@ class Preparation {
     if (!png) {
       return std::nullopt;
     }
+    size_ = 0;
     const auto [file, path] = selection_.prepared_files->make("image.png", kMode);
     const auto step = [this](std::uint64_t bytes) { return after_piece(bytes); };
     if (file && !posix::copy_contents(png.get(), file.get(), step) &&
@@ -163,7 +174,9 @@ class Preparation {
 
   bool after_piece(std::uint64_t bytes) {
     bytes_ += bytes;
-    teller_.tell(ready_, bytes_);
+    copied_ += bytes;
+    teller_.tell(ready_, size_ == 0 ? 0 : std::min<std::uint64_t>(100 * copied_ / size_, 99),
+                 bytes_);
     return !Interruption::has_come();
   }
 
@@ -173,6 +186,7 @@ class Preparation {
   Teller teller_;
   std::size_t ready_ = 0;
   std::uint64_t bytes_ = 0;
+  std::uint64_t size_ = 0, copied_ = 0;  ///< of the file that is copied
 };
 
 }  // namespace

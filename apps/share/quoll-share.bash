@@ -7,7 +7,7 @@ _quoll_share() {
     [[ ${COMP_WORDS[i]} != -- ]] || return 0
   done
   case ${COMP_WORDS[COMP_CWORD - 1]} in
-    --to | --cc | --bcc | --subject | --title | --text | --html | --descriptor) return 0 ;;
+    --to | --cc | --bcc | --subject | --title | --text | --html | --descriptor | --progress) return 0 ;;
   esac
   [[ $word == -* ]] || return 0
   options=(
@@ -25,6 +25,7 @@ _quoll_share() {
     --json
     --verbose
     --notify
+    --progress
     --version
     -h --help
   )

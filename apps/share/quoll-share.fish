@@ -12,5 +12,6 @@ complete -c quoll-share -l print -d 'Print the command URL instead of opening it
 complete -c quoll-share -l json -d 'Print what came of it for programs, as JSON'
 complete -c quoll-share -l verbose -d 'Write each step and its time to standard error'
 complete -c quoll-share -l notify -d 'Show on the desktop what went wrong'
+complete -c quoll-share -l progress -x -d 'Write the progress to a pipe; closing it cancels'
 complete -c quoll-share -l version -d 'Print the version and exit'
 complete -c quoll-share -s h -l help -d 'Print the options and exit'

@@ -14,6 +14,7 @@ _arguments -S \
   '--json[print what came of it for programs, as JSON]' \
   '--verbose[write each step and its time to standard error]' \
   '--notify[show on the desktop what went wrong]' \
+  '--progress[write the progress to a pipe; closing it cancels]:number: ' \
   '(- *)--version[print the version and exit]' \
   '(- *)'{-h,--help}'[print the options and exit]' \
   '*:item:_files'

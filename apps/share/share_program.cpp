@@ -218,7 +218,7 @@ Installed Share::begin(bool with_html) {
 StagingLock Share::prepare_and_lock(Selection& selection, MovingFiles& files,
                                     std::optional<posix::LockHolder> holder) {
   constexpr std::chrono::seconds kLong{1};
-  const Interruption interruption;
+  const Interruption interruption(settings_.starter);
   const auto begin = steps_->elapsed();
   const bool is_prepared = prepare(selection, files, image_helper_, early_steps());
   steps_->tell("the files are prepared");
@@ -232,14 +232,17 @@ StagingLock Share::prepare_and_lock(Selection& selection, MovingFiles& files,
     selection.prepared_files.reset();
     Interruption::end_program();
   }
+  if (settings_.progress) {
+    settings_.progress(1, 2);
+  }
   steps_->tell(lock ? "it is this share's turn" : "there is no lock to wait for");
   return lock;
 }
 
-/// The progress of the preparation, the first half of all.
+/// The progress of the preparation, which stays below the half of all until the turn has come.
 Progress Share::early_steps() const {
-  return !settings_.progress ? Progress() : [this](std::size_t ready, std::size_t items) {
-    settings_.progress(ready, 2 * items);
+  return !settings_.progress ? Progress() : [this](std::size_t done, std::size_t steps) {
+    settings_.progress(done, 2 * steps + 1);
   };
 }
 

@@ -17,9 +17,12 @@ struct ShareSettings {
   bool json = false;
   /// The steps and the log go to standard error too.
   bool verbose = false;
-  /// It gets two steps for each item, to prepare it and to stage it. Null: a person at a terminal
-  /// is told.
+  /// The first half of the steps is to prepare the items, the second to stage them. Null: a person
+  /// at a terminal is told.
   Progress progress;
+  /// A pipe or a socket. Until it is the share's turn, whoever has the other end ends the share by
+  /// closing it, as SIGTERM would. -1: nobody.
+  int starter = -1;
   /// Called once, at the end, with the report: whole lines, empty when all went well.
   std::function<void(const std::string& told)> tell;
   /// Called with a line when another share is not finished for long. Null: a person at a terminal

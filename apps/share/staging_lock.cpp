@@ -84,8 +84,14 @@ bool lock(int file, const std::optional<posix::LockHolder>& holder, const TellOf
                                  : kPatienceAtTerminal)) {
       return true;
     }
+    if (Interruption::has_come()) {
+      return false;
+    }
     tell ? tell(line_about(holder))
          : static_cast<void>(posix::write_all(STDERR_FILENO, line_about(holder)));
+  }
+  if (Interruption::has_starter()) {
+    return try_for(file, std::chrono::milliseconds::max());
   }
   while (!Interruption::has_come()) {
     if (flock(file, LOCK_EX) == 0) {

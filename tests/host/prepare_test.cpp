@@ -126,7 +126,7 @@ TEST_F(Prepare, TellsHowFarItIs) {
   std::size_t last = 0;
   ASSERT_TRUE(prepare(selection, files_, "/no/helper", [&](std::size_t ready, std::size_t all) {
     EXPECT_GE(ready, last);
-    EXPECT_EQ(all, 200U);
+    EXPECT_EQ(all, 200U * 100);
     last = ready;
   }));
   EXPECT_GT(last, 0U);

@@ -23,6 +23,7 @@ constexpr const char* kInterface = R"(<node><interface name="org.freedesktop.Not
     <arg type="a{sv}" direction="in"/><arg type="i" direction="in"/>
     <arg type="u" direction="out"/>
   </method>
+  <method name="CloseNotification"><arg type="u" direction="in"/></method>
 </interface></node>)";
 
 std::string person;
@@ -66,6 +67,14 @@ void called(GDBusConnection* bus, const char*, const char*, const char*, const c
   if (std::string_view(method) == "GetCapabilities") {
     const char* const capabilities[] = {"body", person.empty() ? nullptr : "actions", nullptr};
     g_dbus_method_invocation_return_value(call, g_variant_new("(^as)", capabilities));
+    return;
+  }
+  if (std::string_view(method) == "CloseNotification") {
+    std::uint32_t closed = 0;
+    g_variant_get(parameters, "(u)", &closed);
+    std::printf("closed %u\n", closed);
+    std::fflush(stdout);
+    g_dbus_method_invocation_return_value(call, nullptr);
     return;
   }
   const char* summary = nullptr;

@@ -66,7 +66,7 @@ TEST_F(Notify, AShareThatArrivesIsSilent) {
   ASSERT_EQ(desktop.read_line(), "ready");
   EXPECT_EQ(share({"https://example.org/one"}).status, 0);
   EXPECT_EQ(share({"/nowhere"}).status, 1);
-  EXPECT_TRUE(desktop.read_line().starts_with("Nothing was shared|")) << "of the second one";
+  EXPECT_EQ(desktop.read_line().substr(0, 19), "Nothing was shared|") << "of the second one";
 }
 
 TEST_F(Notify, WithoutADesktopTheLineIsThereAllTheSame) {
@@ -85,6 +85,7 @@ TEST_F(Notify, ThatAnotherShareIsNotFinishedIsShownOnce) {
   ASSERT_EQ(flock(lock.get(), LOCK_EX), 0);
   Process waiting({QUOLL_SHARE, "--notify", "https://example.org/", "/nowhere"},
                   bus_.environment());
+  EXPECT_TRUE(desktop.read_line().starts_with("What you share is being prepared|"));
   const std::string shown = desktop.read_line();
   EXPECT_TRUE(shown.starts_with("Another share is not finished yet|Waiting for another share"))
       << shown;
@@ -121,6 +122,67 @@ TEST_F(Notify, WhoeverEndsItEndsTheShare) {
   EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
   EXPECT_GT(wait(nullptr), 0) << "the launcher has ended too";
   ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 0), 0);
+}
+
+class SlowNotify : public Notify {
+ protected:
+  SlowNotify() {
+    const std::string locks = bus_.path("containers/K7Q2M9XT4B.quoll/.locks");
+    std::filesystem::create_directories(locks);
+    lock_.reset(open((locks + "/turn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    EXPECT_EQ(flock(lock_.get(), LOCK_EX), 0);  // the share waits as long as it is held
+    std::ofstream(file()) << "the words";
+  }
+  [[nodiscard]] std::string file() const { return bus_.path("a.txt"); }
+  [[nodiscard]] std::string incoming() const {
+    return bus_.path("containers/K7Q2M9XT4B.quoll/.incoming");
+  }
+  void wait_until_prepared() const {
+    std::error_code missing;
+    while (!std::filesystem::exists(incoming(), missing) ||
+           std::filesystem::is_empty(incoming(), missing)) {
+      usleep(1000);
+    }
+    usleep(100'000);
+  }
+
+  posix::UniqueFd lock_;
+};
+
+TEST_F(SlowNotify, APreparationThatTakesLongCanBeCancelled) {
+  install_receiver();
+  Process desktop({NOTIFICATION_DOUBLE, "press"}, bus_.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  EXPECT_EQ(share({file()}).status, 128 + SIGTERM);
+  EXPECT_EQ(desktop.read_line(),
+            "What you share is being prepared|It takes a while; the draft opens by itself.");
+  EXPECT_EQ(desktop.read_line(), "[Cancel]");
+  EXPECT_TRUE(std::filesystem::is_empty(incoming()));
+  EXPECT_EQ(share({"/nowhere"}).status, 1);
+  EXPECT_EQ(desktop.read_line().substr(0, 19), "Nothing was shared|") << "of the second one";
+}
+
+TEST_F(SlowNotify, ASignalGoesToTheShareAndNothingStays) {
+  install_receiver();
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    Process program({QUOLL_SHARE, "--notify", file()}, bus_.environment());
+    wait_until_prepared();
+    EXPECT_EQ(kill(program.id(), signal), 0);
+    EXPECT_EQ(program.wait(), 128 + signal);
+    EXPECT_TRUE(std::filesystem::is_empty(incoming())) << signal;
+  }
+}
+
+TEST_F(SlowNotify, WhenItsTurnComesTheNotificationGoes) {
+  install_receiver();
+  Process desktop({NOTIFICATION_DOUBLE, "later:" + bus_.path("pressed")}, bus_.environment());
+  ASSERT_EQ(desktop.read_line(), "ready");
+  Process program({QUOLL_SHARE, "--notify", file()}, bus_.environment());
+  EXPECT_TRUE(desktop.read_line().starts_with("What you share is being prepared|"));
+  EXPECT_EQ(desktop.read_line(), "[Cancel]");
+  lock_.reset();
+  EXPECT_EQ(desktop.read_line(), "closed 1");
+  EXPECT_EQ(program.wait(), 0);
 }
 
 TEST_F(Notify, ManyLinesAreCutShort) {

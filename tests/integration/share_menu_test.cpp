@@ -135,14 +135,46 @@ TEST_F(ShareMenu, NothingIsShared) {
            "not opened: nothing that was given can be shared; give something that can be read"}}));
 }
 
-TEST_F(ShareMenu, TheShareOutlivesTheMenu) {
+TEST_F(ShareMenu, AMenuThatIsClosedEndsTheShare) {
   install_receiver();
-  const std::string file = write("kept.txt");
+  const std::string locks = bus_.path("containers/K7Q2M9XT4B.quoll/.locks");
+  fs::create_directories(locks);
+  const posix::UniqueFd turn(open((locks + "/turn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  ASSERT_EQ(flock(turn.get(), LOCK_EX), 0);
   choose();
-  request({{"urls", {file}}});
+  request({{"urls", {write("kept.txt")}}});
+  const std::string incoming = bus_.path("containers/K7Q2M9XT4B.quoll/.incoming");
+  std::error_code missing;
+  while (!fs::exists(incoming, missing) || fs::is_empty(incoming, missing)) {
+    usleep(1000);
+  }
   connection_.reset();
-  EXPECT_EQ(entry_->wait(), 0) << entry_->errors();
-  ASSERT_EQ(drafts().size(), 1U);
+  EXPECT_EQ(entry_->wait(), 128 + SIGTERM) << entry_->errors();
+  EXPECT_TRUE(fs::is_empty(incoming));
+  EXPECT_TRUE(drafts().empty());
+}
+
+TEST_F(ShareMenu, AMenuThatSaysNoMoreIsNotClosed) {
+  install_receiver();
+  choose();
+  request({{"urls", {write("kept.txt")}}});
+  EXPECT_EQ(shutdown(connection_.get(), SHUT_WR), 0);
+  EXPECT_EQ(last_word(), kEnd);
+  EXPECT_EQ(drafts().size(), 1U);
+}
+
+TEST_F(ShareMenu, TheProgressIsTold) {
+  install_receiver();
+  Json urls = Json::array();
+  for (int number = 0; number < 100; ++number) {
+    urls.push_back(write(std::to_string(number)));
+  }
+  choose();
+  request({{"urls", urls}});
+  std::string said;
+  bool ended = false;
+  EXPECT_TRUE(posix::read_until(connection_.get(), said, 1 << 20U, ended));
+  EXPECT_NE(said.find(R"({"percent":49})"), std::string::npos) << said;
 }
 
 TEST_F(ShareMenu, AMenuThatGoesAwayAtOnce) {

@@ -12,6 +12,8 @@
 #include <random>
 
 #include "apps/sandbox/sanitizer_build.h"
+#include "apps/share/progress_pipe.h"
+#include "quoll/linux/posix/descriptor_io.h"
 #include "tests/integration/mixed_files.h"
 #include "tests/integration/share_home.h"
 
@@ -80,6 +82,33 @@ TEST_F(Preparing, ASignalThatIsIgnoredStaysIgnored) {
   wait_until_it_prepares(share);
   EXPECT_EQ(kill(share.id(), SIGHUP), 0);
   EXPECT_EQ(share.wait(), 0) << share.errors();
+}
+
+TEST_F(Preparing, AProgramThatHasStartedItSeesHowFarItIsAndCanEndIt) {
+  posix::Pipe pipe = posix::make_pipe();
+  std::vector<std::string> files;
+  for (const char* name : {"a", "b", "c"}) {
+    files.push_back(home_.write(name, std::string(3 << 20U, 'x')));
+  }
+  auto environment = home_.environment();
+  environment["QUOLL_SLOW_PIECE"] = "300";
+  ASSERT_EQ(dup2(pipe.writing.get(), 20), 20);
+  files.insert(files.begin(), {"--progress", "20"});
+  Process share(slowly("0", files), environment);
+  close(20);
+  pipe.writing.reset();
+  std::string lines;
+  bool ended = false;
+  while (lines.find("99 601\n") == std::string::npos) {  // in the middle of the first file
+    ASSERT_TRUE(posix::read_until(pipe.reading.get(), lines, lines.size() + 1, ended));
+    ASSERT_FALSE(ended) << lines;
+  }
+  EXPECT_FALSE(share::has_turn(lines));
+  pipe.reading.reset();
+  EXPECT_EQ(share.wait(), 128 + SIGTERM);
+  EXPECT_EQ(share.read_output(), "");
+  EXPECT_FALSE(home_.has_received_files());
+  EXPECT_FALSE(fs::exists(home_.staging()));
 }
 
 TEST_F(Preparing, SomebodyAtATerminalSeesHowFarItIs) {

@@ -1,6 +1,7 @@
 #include "apps/share/request/arguments.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
@@ -33,6 +34,9 @@ std::string complaint(const Arguments& arguments) {
                         request.descriptor_items.empty() && !request.has_list;
   if (request.text && request.html) {
     return "give one of --text, --html";
+  }
+  if (arguments.progress >= 0 && (arguments.notify || fcntl(arguments.progress, F_GETFD) < 0)) {
+    return "--progress takes the number of an open pipe, and not together with --notify";
   }
   if (arguments.print && arguments.json) {
     return "give one of --print, --json";
@@ -149,9 +153,12 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   line.flag("-0,--null", request.has_list, "Read more ITEMs, each ended by a zero byte");
   line.flag("--clipboard", request.has_clipboard, "Share what the clipboard holds");
   std::vector<std::string> descriptors;
+  std::string progress;
   line.values("--descriptor", descriptors, "The bytes of an open descriptor, as a file")
       .placeholder("N[:TYPE[:NAME]]")
       .one_value();
+  line.value("--progress", progress, "Write the progress to a pipe; closing it cancels")
+      .placeholder("N");
   line.flag("--print", arguments.print, "Print the command URL instead of opening it");
   line.flag("--json", arguments.json, "Print what came of it for programs, as JSON");
   line.flag("--verbose", arguments.verbose, "Write each step and its time to standard error");
@@ -173,6 +180,14 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
     unmark(descriptor);
     if (const std::string why = add_descriptor(request, descriptor); !why.empty()) {
       return line.wrong_usage(why);
+    }
+  }
+  unmark(progress);
+  if (!progress.empty()) {
+    const auto read =
+        std::from_chars(progress.data(), progress.data() + progress.size(), arguments.progress);
+    if (read.ptr != progress.data() + progress.size() || arguments.progress <= STDERR_FILENO) {
+      return line.wrong_usage("--progress takes the number of a descriptor above 2");
     }
   }
   for (const std::string& why : {complaint_about_recipients(request), complaint(arguments)}) {

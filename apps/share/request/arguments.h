@@ -13,6 +13,8 @@ struct Arguments {
   bool verbose = false;
   bool notify = false;
   bool json = false;
+  /// The descriptor of a pipe for the progress (`progress_pipe.h`); -1 for none.
+  int progress = -1;
 };
 
 /// Reads the command line. When there is nothing more to do (help was shown, or what was wrong) it

@@ -19,9 +19,13 @@ void hold_standard_descriptors() {
   }
 }
 
-void close_inherited_descriptors(const ShareRequest& request) {
+void close_inherited_descriptors(const ShareRequest& request, int kept) {
   constexpr unsigned kMost = 1U << 30U;
   std::set<unsigned> named;
+  if (kept >= 0) {
+    fcntl(kept, F_SETFD, FD_CLOEXEC);
+    named.insert(static_cast<unsigned>(kept));
+  }
   for (const DescriptorItem& item : request.descriptor_items) {
     named.insert(static_cast<unsigned>(item.descriptor.get()));
   }

@@ -10,7 +10,7 @@ void hold_standard_descriptors();
 
 /// Closes the descriptors that the starting program left open, because no sandbox takes away what
 /// is open. The standard descriptors stay, and those that the request names, as bytes or as an item
-/// (`/dev/fd/5`).
-void close_inherited_descriptors(const ShareRequest& request);
+/// (`/dev/fd/5`), and `kept`, unless it is -1, which programs that are started do not inherit.
+void close_inherited_descriptors(const ShareRequest& request, int kept = -1);
 
 }  // namespace quoll::share

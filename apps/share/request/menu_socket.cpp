@@ -78,11 +78,9 @@ void MenuSocket::tell_end() {
   say(R"({"output":{"url":""}})");
 }
 
-void MenuSocket::say(std::string line) {
+void MenuSocket::say(std::string line) const {
   line += '\n';
-  if (socket_ && !posix::write_all(socket_.get(), line)) {
-    socket_.reset();  // nobody listens any more
-  }
+  static_cast<void>(posix::write_all(socket_.get(), line));
 }
 
 }  // namespace quoll::share

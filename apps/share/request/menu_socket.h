@@ -11,14 +11,15 @@ namespace quoll::share {
 
 /// The conversation with the program whose share menu was used, over the socket that it listens on.
 /// It sends what to share, and is sent the progress and the result. A menu that is sent nothing
-/// believes that all went well, so connect before anything that can fail. When the menu goes away,
-/// the share goes on.
+/// believes that all went well, so connect before anything that can fail. A menu that
+/// has gone away is told nothing.
 class MenuSocket {
  public:
   /// Connects; the socket is not inherited by programs that are started.
   explicit MenuSocket(const std::string& path);
 
   [[nodiscard]] bool is_connected() const { return static_cast<bool>(socket_); }
+  [[nodiscard]] int descriptor() const { return socket_.get(); }
 
   /// Waits for what is shared: a length in decimal digits, a line break, and as many bytes. None
   /// when the other side ends before, or tells a length that no share has.
@@ -32,7 +33,7 @@ class MenuSocket {
   void tell_end();
 
  private:
-  void say(std::string line);
+  void say(std::string line) const;
 
   posix::UniqueFd socket_;
   int percent_ = -1;

@@ -51,8 +51,19 @@ class NotificationButtons::Shown {
   [[nodiscard]] const std::string& label() const { return label_; }
   [[nodiscard]] bool empty() const { return buttons_.empty(); }
 
+  void withdraw() {
+    is_withdrawn_ = true;
+    for (const Button& button : std::exchange(buttons_, {})) {
+      close(button.notification);
+    }
+    stop_alarm();
+  }
+
   void add(std::uint32_t notification, Pressed pressed) {
     constexpr std::size_t kMost = 16;
+    if (is_withdrawn_) {
+      return close(notification);
+    }
     remove(notification);  // a number that is given again names the newer one
     buttons_.push_back({notification, steady_clock::now() + longest_, std::move(pressed)});
     if (buttons_.size() > kMost) {
@@ -68,6 +79,13 @@ class NotificationButtons::Shown {
     Pressed pressed;
     ActivationTokens tokens{};
   };
+
+  void close(std::uint32_t notification) {
+    g_dbus_connection_call(bus_.get(), kNotificationsName, kNotificationsPath, kNotificationsName,
+                           "CloseNotification", g_variant_new("(u)", notification), nullptr,
+                           G_DBUS_CALL_FLAGS_NONE, kNotificationPatience, nullptr, nullptr,
+                           nullptr);
+  }
 
   std::deque<Button>::iterator find(std::uint32_t notification) {
     return std::ranges::find(buttons_, notification, &Button::notification);
@@ -149,6 +167,7 @@ class NotificationButtons::Shown {
   std::deque<Button> buttons_;
   guint signals_ = 0, owners_ = 0, alarm_ = 0;
   gulong closed_ = 0;
+  bool is_withdrawn_ = false;
 };
 
 /// A notification that is being sent. It ends itself when it is answered.
@@ -220,6 +239,10 @@ void NotificationButtons::send(const std::string& entry, const std::string& summ
   auto sending = std::make_unique<Sending>(shown_, entry, summary, body, std::move(answered),
                                            std::move(pressed));
   sending.release()->begin();
+}
+
+void NotificationButtons::withdraw() {
+  shown_->withdraw();
 }
 
 bool NotificationButtons::empty() const {

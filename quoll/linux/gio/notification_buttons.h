@@ -31,6 +31,10 @@ class NotificationButtons {
   void send(const std::string& entry, const std::string& summary, const std::string& body,
             std::function<void()> answered, Pressed pressed);
 
+  /// Closes the notifications whose buttons can be pressed, and those that are being sent as soon
+  /// as they are shown. `pressed` is called no more.
+  void withdraw();
+
   /// True when none can be pressed. A notification that is not answered yet has none.
   [[nodiscard]] bool empty() const;
 

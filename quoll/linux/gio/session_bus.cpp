@@ -29,6 +29,12 @@ GDBusConnection* SessionBus::connection(std::chrono::steady_clock::time_point de
   return connection_.get();
 }
 
+void SessionBus::flush() {
+  if (connection_) {
+    g_dbus_connection_flush_sync(connection_.get(), nullptr, nullptr);
+  }
+}
+
 int call_time_out(std::chrono::steady_clock::time_point deadline) {
   const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
       deadline - std::chrono::steady_clock::now());

@@ -22,6 +22,9 @@ class SessionBus {
   [[nodiscard]] GDBusConnection* connection(std::chrono::steady_clock::time_point deadline);
   [[nodiscard]] std::string reason() const { return reason_; }
 
+  /// Waits until everything is sent.
+  void flush();
+
  private:
   static void connected(GObject* source, GAsyncResult* result, gpointer self);
 
