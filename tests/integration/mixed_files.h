@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -7,6 +8,17 @@
 #include "tests/integration/share_home.h"
 
 namespace quoll::test {
+
+/// A number that whoever runs the tests may give by a variable, to look for longer.
+inline int number_from(const char* variable, int usual) {
+  const char* const given = std::getenv(variable);
+  return given != nullptr ? std::atoi(given) : usual;
+}
+
+/// How often files are shared to see that they arrive in order.
+inline int order_trials() {
+  return number_from("QUOLL_TEST_ORDER_TRIALS", 10);
+}
 
 /// Twenty files, small ones beside large ones: whoever copies several at a time gets them out of
 /// order. They are named against the order of the alphabet, and picked in the order of the answer.

@@ -36,7 +36,7 @@ TEST_F(ShareMenu, FilesArriveInTheOrderInWhichTheyWerePicked) {
   for (const std::string& path : picked) {
     urls.push_back("file://" + path);
   }
-  for (int time = 0; time < 10; ++time) {
+  for (int time = 0; time < order_trials(); ++time) {
     choose();
     request({{"urls", urls}});
     ASSERT_EQ(last_word(), kEnd);

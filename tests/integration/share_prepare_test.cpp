@@ -9,50 +9,21 @@
 
 #include <algorithm>
 #include <fstream>
-#include <random>
 
-#include "apps/sandbox/sanitizer_build.h"
 #include "apps/share/progress_pipe.h"
 #include "quoll/linux/posix/descriptor_io.h"
-#include "tests/integration/mixed_files.h"
-#include "tests/integration/share_home.h"
+#include "tests/integration/preparing.h"
+#include "tests/support/tiff_picture.h"
 
 namespace quoll::test {
 namespace {
 
-namespace fs = std::filesystem;
-
-class Preparing : public testing::Test {
- protected:
-  void SetUp() override {
-    if (sandbox::kSanitizerBuild) {
-      GTEST_SKIP() << "a sanitizer has to be loaded first";
-    }
-  }
-  /// A share that waits so many seconds in the middle of its first file.
-  [[nodiscard]] std::vector<std::string> slowly(const std::string& seconds,
-                                                std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), {"env", "LD_PRELOAD=" QUOLL_SLOW_COPY,
-                                         "QUOLL_SLOW=" + seconds, QUOLL_SHARE, "--print"});
-    return arguments;
-  }
-  [[nodiscard]] std::string incoming() const { return home_.container() + "/.incoming"; }
-  void wait_until_it_prepares(const Process& share) const {
-    std::error_code missing;
-    while (!has_ended(share.id()) &&
-           (!fs::exists(incoming(), missing) || fs::is_empty(incoming(), missing))) {
-      usleep(1000);
-    }
-    usleep(200'000);  // until it waits in the middle of a file
-  }
-
-  ShareHome home_;
-};
-
 TEST_F(Preparing, AFileThatTakesLongerThanTheExtensionWaitsIsInTheDraft) {
   const std::string slow = home_.write("slow.txt", "slow");
   const std::string quick = home_.write("quick.txt", "quick");
-  const Ended ended = run(slowly("12", {slow, quick, "data:,more"}), home_.environment());
+  const int seconds = number_from("QUOLL_TEST_SLOW_SECONDS", 12);
+  const Ended ended =
+      run(slowly(std::to_string(seconds), {slow, quick, "data:,more"}), home_.environment());
   EXPECT_EQ(ended.status, 0) << ended.errors;
   EXPECT_EQ(ended.errors, "");
   EXPECT_EQ(names_of(attachments_of(ended.output)),
@@ -123,38 +94,6 @@ TEST_F(Preparing, SomebodyAtATerminalSeesHowFarItIs) {
       << ended.output;
   EXPECT_NE(ended.output.find("\r\033[Kquoll://compose?"), std::string::npos)
       << "nothing of it stays";
-}
-
-/// A picture of that kind, without compression, of any pixels.
-std::string tiff_picture(std::uint32_t width, std::uint32_t height) {
-  std::mt19937_64 random(7);
-  const std::uint32_t size = width * height * 3;
-  std::string file("II*\0", 4);
-  const auto add = [&](auto number) {
-    file.append(reinterpret_cast<const char*>(&number), sizeof number);
-  };
-  const auto add_entry = [&](std::uint16_t tag, std::uint16_t count, std::uint32_t value) {
-    constexpr std::uint16_t kLong = 4;
-    add(tag), add(kLong), add(std::uint32_t{count}), add(value);
-  };
-  add(8 + size);
-  file.reserve(8 + std::size_t{size} + 200);
-  while (file.size() < 8 + size) {
-    add(random());
-  }
-  file.resize(8 + size);
-  add(std::uint16_t{9});
-  add_entry(256, 1, width);
-  add_entry(257, 1, height);
-  add_entry(258, 1, 8);
-  add_entry(259, 1, 1);
-  add_entry(262, 1, 2);
-  add_entry(273, 1, 8);
-  add_entry(277, 1, 3);
-  add_entry(278, 1, height);
-  add_entry(279, 1, size);
-  add(std::uint32_t{0});
-  return file;
 }
 
 TEST_F(Preparing, APictureThatTakesLongerThanTheExtensionWaitsIsInTheDraft) {

@@ -271,7 +271,7 @@ TEST_F(ShareService, FilesArriveInTheOrderInWhichTheyWerePicked) {
   home_.bus.add_service(kReceiver,
                         std::string(RECEIVER_DOUBLE) + " bus " + kReceiver + " record " + record);
   const auto picked = write_mixed_files(home_.bus.path(""));
-  for (int time = 0; time < 10; ++time) {
+  for (int time = 0; time < order_trials(); ++time) {
     Request request;
     ASSERT_EQ(share(request.uris(picked)).code, 0);
     ASSERT_EQ(recorded_names(record), names_of(picked)) << "time " << time;

@@ -119,7 +119,7 @@ TEST_F(Share, FilesWithAwkwardNames) {
 
 TEST_F(Share, FilesArriveInTheOrderInWhichTheyWerePicked) {
   const auto picked = write_mixed_files(home_.path(""));
-  for (int time = 0; time < 10; ++time) {
+  for (int time = 0; time < order_trials(); ++time) {
     const Ended ended = home_.print(picked);
     ASSERT_EQ(ended.status, 0) << ended.errors;
     ASSERT_EQ(names_of(attachments_of(ended.output)), names_of(picked)) << "time " << time;
