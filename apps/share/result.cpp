@@ -93,6 +93,14 @@ struct Course {
   std::optional<recording::Opening> opening;
   bool is_opened = false;
 
+  /// The last event that tells of the text; null when there is none. What has an error is about
+  /// something else, such as a thread too few.
+  [[nodiscard]] const LogEvent* trouble_with_text() const {
+    const auto last = std::find_if(work.rbegin(), work.rend(),
+                                   [](const LogEvent& event) { return !event.error; });
+    return last == work.rend() ? nullptr : &*last;
+  }
+
   /// True when the items were gathered: there was a command, even one that was of no use.
   [[nodiscard]] bool has_command() const {
     return opening || std::ranges::any_of(work, [](const LogEvent& event) {
@@ -154,8 +162,9 @@ SharedThing shared_thing(const SharedItem& item) {
 void add_things(ShareResult& result, const Selection& selection, const Course& course) {
   result.left_out = selection.left_out;
   const auto& text = selection.html ? selection.html : selection.text;
-  if (text && result.is_opened && !course.work.empty()) {
-    result.left_out.push_back(left_out_for("the text", course.work.back()));
+  const LogEvent* const trouble = course.trouble_with_text();
+  if (text && result.is_opened && trouble != nullptr) {
+    result.left_out.push_back(left_out_for("the text", *trouble));
   } else if (text) {
     result.shared.push_back({selection.html ? "HTML" : "text", "", text->size()});
   }

@@ -26,7 +26,7 @@ posix::UniqueFd delivering(std::string_view beginning, std::size_t size) {
 }
 
 /// The group container of the shares.
-std::string container() {
+std::string large_container() {
   static const test::TemporaryFolder folder;
   return folder.path();
 }
@@ -52,7 +52,7 @@ TEST(ReceivedLimits, OfOtherBytesOneMebibyteIsHeld) {
 
 TEST(ReceivedLimits, ATextHas64MiBAtMost) {
   const auto selected = [](std::size_t size) {
-    return make_selection({{}, "-", {}, {}}, container(), delivering("text", size).get());
+    return make_selection({{}, "-", {}, {}}, large_container(), delivering("text", size).get());
   };
   const Selection longest = selected(64 * kMebibyte);
   ASSERT_TRUE(longest.text);
@@ -66,7 +66,7 @@ TEST(ReceivedLimits, ATextHas64MiBAtMost) {
 
 TEST(ReceivedLimits, ATextWithoutAnEndEnds) {
   const posix::UniqueFd endless(open("/dev/zero", O_RDONLY | O_CLOEXEC));
-  EXPECT_FALSE(make_selection({{}, {}, "-", {}}, container(), endless.get()).html);
+  EXPECT_FALSE(make_selection({{}, {}, "-", {}}, large_container(), endless.get()).html);
 }
 
 TEST(ReceivedLimits, AListHas256MiBAtMost) {
@@ -75,7 +75,7 @@ TEST(ReceivedLimits, AListHas256MiBAtMost) {
     ShareRequest request;
     request.text = "-";
     request.has_list = true;
-    return make_selection(std::move(request), container(), list.get()).left_out.front().why;
+    return make_selection(std::move(request), large_container(), list.get()).left_out.front().why;
   };
   EXPECT_EQ(why_left_out(256 * kMebibyte), "it is longer than 64 MiB") << "its only part is a text";
   EXPECT_EQ(why_left_out(256 * kMebibyte + 1), "it is longer than 256 MiB");
@@ -85,7 +85,7 @@ TEST(ReceivedLimits, DescriptorsHave256MiBInAll) {
   const auto selected = [](std::size_t size) {
     ShareRequest request;
     request.descriptor_items.push_back({delivering("", size), "", "large"});
-    return make_selection(std::move(request), container());
+    return make_selection(std::move(request), large_container());
   };
   EXPECT_EQ(selected(256 * kMebibyte).items.size(), 1U);
   const Selection longer = selected(256 * kMebibyte + 1);
@@ -108,7 +108,7 @@ TEST(ReceivedLimits, FilesAndImagesShareTheBudgetOfDescriptors) {
   deliver("", 2 * kMebibyte, "another");
   deliver("", kMebibyte, "the last that has room");
   deliver(kPng, 100, "");
-  const Selection selection = make_selection(std::move(request), container());
+  const Selection selection = make_selection(std::move(request), large_container());
   EXPECT_EQ(selection.items.size(), 3U);
   ASSERT_EQ(selection.left_out.size(), 3U);
   for (const LeftOut& left : selection.left_out) {
@@ -116,7 +116,7 @@ TEST(ReceivedLimits, FilesAndImagesShareTheBudgetOfDescriptors) {
   }
   std::size_t kept = 0;
   for (const auto& entry :
-       std::filesystem::recursive_directory_iterator(container() + "/.incoming")) {
+       std::filesystem::recursive_directory_iterator(large_container() + "/.incoming")) {
     kept += entry.is_regular_file() ? entry.file_size() : 0;
   }
   EXPECT_EQ(kept, 3 * kMebibyte) << "what is left out takes no room";

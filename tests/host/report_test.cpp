@@ -151,6 +151,8 @@ TEST(Report, WhatTheLaunchLoggedIsKeptApart) {
   events.back() = recording::OpeningAnswer{true};
   EXPECT_EQ(told(selection, events, nullptr).text,
             "left out: the text: the styled text cannot be written\n");
+  events.front() = LogEvent{"queue: no thread can be started", foundation::posix_error(EAGAIN)};
+  EXPECT_EQ(told(selection, events, nullptr).text, "") << "that is not about the text";
 }
 
 TEST(Report, WordsOfOthersAreNoAdvice) {

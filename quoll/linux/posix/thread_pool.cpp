@@ -12,7 +12,9 @@
 #include <thread>
 #include <utility>
 
+#include "quoll/foundation/error.h"
 #include "quoll/foundation/exception.h"
+#include "quoll/foundation/format.h"
 #include "quoll/platform/log.h"
 
 namespace quoll::posix {
@@ -60,7 +62,8 @@ class Work : public std::enable_shared_from_this<Work> {
       }).detach();
       return true;
     } catch (const std::system_error& error) {
-      platform::log("queue: no thread can be started: %@", error.what());
+      platform::log_event({foundation::format("queue: no thread can be started: %@", error.what()),
+                           foundation::posix_error(error.code().value())});
       ended();
       return false;
     }
