@@ -48,9 +48,10 @@ std::string with_mail_lines(const std::string& text) {
 /// Builds a `mailto:` link: the recipients, and the other fields behind a "?".
 class MailLink {
  public:
-  explicit MailLink(const std::vector<std::string>& to) {
+  explicit MailLink(const std::vector<std::string>& to,
+                    std::string (*written)(const std::string& address) = encoded) {
     for (const auto& address : to) {
-      text_ += (text_.ends_with(':') ? "" : ",") + percent_encode(address);
+      text_ += (text_.ends_with(':') ? "" : ",") + written(address);
     }
   }
   void add(const char* key, const std::string& value) {
@@ -59,15 +60,20 @@ class MailLink {
       has_query_ = true;
     }
   }
-  void add_message(const DraftFields& draft) {
+  void add_headers(const DraftFields& draft) {
     add("cc", joined(draft.cc));
     add("bcc", joined(draft.bcc));
     add("subject", draft.subject);
+  }
+  void add_message(const DraftFields& draft) {
+    add_headers(draft);
     add("body", with_mail_lines(draft.text));
   }
   [[nodiscard]] const std::string& text() const { return text_; }
 
  private:
+  static std::string encoded(const std::string& address) { return percent_encode(address); }
+
   std::string text_ = "mailto:";
   bool has_query_ = false;
 };
@@ -134,6 +140,64 @@ std::vector<std::string> for_claws(const DraftFields& draft, const ClientFiles& 
   return arguments;
 }
 
+// A Bcc is neither shown nor kept by Sylpheed, so it gets none.
+std::vector<std::string> for_sylpheed(DraftFields draft, const ClientFiles& files) {
+  draft.bcc.clear();
+  return for_claws(draft, files);
+}
+
+std::vector<std::string> for_balsa(const DraftFields& draft, const ClientFiles& files) {
+  MailLink link(draft.to);
+  link.add_message(draft);
+  std::vector<std::string> arguments{link.text()};  // its entry has the option "-m" before it
+  for (const auto& file : files.attachments) {
+    arguments.push_back("--attach=" + file_url(file));
+  }
+  return arguments;
+}
+
+/// The address as aerc reads it: nothing in front of the "?" is decoded.
+std::string without_link_signs(const std::string& address) {
+  std::string out;
+  for (const char c : address) {
+    const std::string_view one(&c, 1);
+    out += std::string_view("%?#&").find(c) == std::string_view::npos ? std::string(one)
+                                                                      : percent_encode(one);
+  }
+  return out;
+}
+
+std::vector<std::string> for_aerc(const DraftFields& draft, const ClientFiles& files) {
+  MailLink link(draft.to, without_link_signs);
+  link.add_message(draft);
+  for (const auto& file : files.attachments) {
+    link.add("attach", file);
+  }
+  return {link.text()};
+}
+
+/// A recipient as every program reads it: without a name, and with its "@" and "+" as they are.
+std::string bare_address(const std::string& recipient) {
+  const auto begin = recipient.ends_with('>') ? recipient.rfind('<') + 1 : 0;
+  const std::string address =
+      recipient.substr(begin, recipient.size() - begin - (begin != 0 ? 1 : 0));
+  std::string out;
+  for (const char c : address) {
+    out += c == '@' || c == '+' ? std::string(1, c) : percent_encode(std::string_view(&c, 1));
+  }
+  return out;
+}
+
+std::string mail_link(const DraftFields& draft) {
+  MailLink link(draft.to, bare_address);
+  if (is_text_too_long(gio::DraftWay::kMailLink, draft)) {
+    link.add_headers(draft);
+  } else {
+    link.add_message(draft);
+  }
+  return link.text();
+}
+
 std::vector<std::string> for_mutt(const DraftFields& draft, const ClientFiles& files) {
   std::vector<std::string> arguments;
   const auto add = [&](const char* option, const std::string& value) {
@@ -169,8 +233,16 @@ std::vector<std::string> client_arguments(gio::DraftWay way, const DraftFields& 
       return for_kmail(draft, files);
     case gio::DraftWay::kClaws:
       return for_claws(draft, files);
+    case gio::DraftWay::kSylpheed:
+      return for_sylpheed(draft, files);
+    case gio::DraftWay::kBalsa:
+      return for_balsa(draft, files);
     case gio::DraftWay::kMutt:
       return for_mutt(draft, files);
+    case gio::DraftWay::kAerc:
+      return for_aerc(draft, files);
+    case gio::DraftWay::kMailLink:
+      return {mail_link(draft)};
     case gio::DraftWay::kMessageFile:
     case gio::DraftWay::kNone:
       break;
@@ -178,10 +250,21 @@ std::vector<std::string> client_arguments(gio::DraftWay way, const DraftFields& 
   return {};
 }
 
-// Evolution loses line breaks; Claws writes line breaks and quotes into a header, which breaks it.
-// They are replaced by signs that look like them, or by "_" when the name would become too long.
+bool is_text_too_long(gio::DraftWay way, const DraftFields& draft) {
+  constexpr std::size_t kLongestLink = 2000;
+  if (way != gio::DraftWay::kMailLink || draft.text.empty()) {
+    return false;
+  }
+  MailLink link(draft.to, bare_address);
+  link.add_message(draft);
+  return link.text().size() > kLongestLink;
+}
+
+// Evolution loses line breaks; Claws and Sylpheed write line breaks and quotes into a header, which
+// breaks it. They are replaced by signs that look like them, or by "_" when the name would become
+// too long.
 std::string name_for_client(gio::DraftWay way, const std::string& name) {
-  const bool has_quotes = way == gio::DraftWay::kClaws;
+  const bool has_quotes = way == gio::DraftWay::kClaws || way == gio::DraftWay::kSylpheed;
   std::string out;
   for (const char c : with_control_pictures(name)) {
     out += c == '"' && has_quotes ? "\u201d" : std::string(1, c);
@@ -196,7 +279,8 @@ std::string name_for_client(gio::DraftWay way, const std::string& name) {
 }
 
 bool reads_files(gio::DraftWay way, const DraftFields& draft, const ClientFiles& files) {
-  return !files.attachments.empty() || (way == gio::DraftWay::kMutt && !draft.text.empty()) ||
+  return (!files.attachments.empty() && way != gio::DraftWay::kMailLink) ||
+         (way == gio::DraftWay::kMutt && !draft.text.empty()) ||
          (way == gio::DraftWay::kKMail && is_too_long_for_kmail(draft.text));
 }
 

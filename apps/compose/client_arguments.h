@@ -24,6 +24,10 @@ struct ClientFiles {
 /// incorrectly.
 [[nodiscard]] std::string name_for_client(gio::DraftWay way, const std::string& name);
 
+/// True when the draft's text would make the mail link of `kMailLink` longer than 2000 bytes, which
+/// many programs cut. It is then not in the client's arguments.
+[[nodiscard]] bool is_text_too_long(gio::DraftWay way, const DraftFields& draft);
+
 /// True when the client, started with these arguments, would read files of the draft.
 [[nodiscard]] bool reads_files(gio::DraftWay way, const DraftFields& draft,
                                const ClientFiles& files);

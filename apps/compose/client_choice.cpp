@@ -23,6 +23,9 @@ std::string in_words(const MailClient& client) {
   if (client.way == DraftWay::kMessageFile) {
     return client.reads_files() ? "HTML and attachments" : "in a sandbox that no draft reaches";
   }
+  if (client.way == DraftWay::kMailLink) {
+    return "plain text without attachments";
+  }
   return client.reads_files() ? "plain text and attachments"
                               : "plain text, in a sandbox that no attachment reaches";
 }

@@ -33,7 +33,6 @@ namespace fs = std::filesystem;
 
 constexpr const char* kMark = "given";
 constexpr const char* kCopy = "copy";  // a link to a copy outside this folder
-constexpr const char* kText = "text.txt";
 constexpr const char* kCommand = "command";
 
 std::string folder_of(const std::string& draft) {
@@ -211,7 +210,7 @@ void GivenDraft::name_files(const std::vector<std::string>& names) const {
 
 void GivenDraft::remove_files() const {
   // They go with the folder else. The command first: without it nobody looks for the files.
-  for (const char* const item : {kCommand, "files"}) {
+  for (const char* const item : {kCommand, "files", kToAttach}) {
     static_cast<void>(posix::remove_item(folder_.get(), item));
   }
 }

@@ -10,6 +10,11 @@
 
 namespace quoll::compose {
 
+/// Names in the folder of a draft: its plain text, and the folder of what a person attaches by
+/// hand.
+inline constexpr const char* kText = "text.txt";
+inline constexpr const char* kToAttach = "to-attach";
+
 /// What a mail client is given of one draft: the folder `given/NAME`, which only the user can read.
 /// It stays, because a client may read the files as late as when the message is sent. It is locked
 /// while this object lives. The operations throw `ComposeError`.

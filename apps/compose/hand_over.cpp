@@ -15,6 +15,7 @@
 #include "apps/compose/compose_error.h"
 #include "apps/compose/draft_summary.h"
 #include "apps/compose/draft_writing.h"
+#include "apps/compose/files_to_attach.h"
 #include "apps/compose/folders.h"
 #include "apps/compose/given_draft.h"
 #include "apps/compose/noted_reason.h"
@@ -22,6 +23,7 @@
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/gio/mail_clients.h"
+#include "quoll/linux/gio/program_chooser.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/subprocess.h"
 
@@ -122,13 +124,36 @@ bool start(const MailClient& client, const gio::ProgramStart& with) {
   return is_seen && !client.is_in_terminal;
 }
 
-/// What is done once the draft lies in the folder of what clients are given.
+/// What a mail link cannot carry to the client, as a reason to keep the draft; empty when it has
+/// everything.
+std::string not_carried(const MailClient& client, const DraftFields& fields, std::size_t files) {
+  if (client.way != DraftWay::kMailLink) {
+    return "";
+  }
+  std::string lacking;
+  if (is_text_too_long(client.way, fields)) {
+    lacking = "its text (too long for a mail link)";
+  }
+  if (files != 0) {
+    lacking += (lacking.empty() ? "" : " and ") +
+               (files == 1 ? "its file" : "its " + std::to_string(files) + " files") +
+               " (a mail link carries none)";
+  }
+  return lacking.empty() ? "" : client.name + " has it without " + lacking;
+}
+
+/// What is done once the draft lies in the folder of what clients are given. `prepare` answers why
+/// the draft is kept although the client was started; an empty text when it has everything.
 template <typename Prepare>
 void offer(const GivenDraft& given, const MailClient& client, gio::ProgramStart with,
            Prepare prepare) {
   try {
-    prepare(with);
-    if (start(client, with)) {
+    const std::string rest = prepare(with);
+    const bool has_it = start(client, with);
+    if (!rest.empty()) {
+      throw ComposeError(rest, "quoll-compose --files " + given.name() + " shows them");
+    }
+    if (has_it) {
       given.mark();  // the last step: a draft that may not have arrived must never be removed
     }
   } catch (const std::exception& failure) {
@@ -150,6 +175,7 @@ void offer_message_file(const GivenDraft& given, const MailClient& client, gio::
   offer(given, client, std::move(with), [&](gio::ProgramStart& start) {
     const std::string& snap = client.sandbox.snap;
     start.uris = {uri_of(snap.empty() ? message_file(given.name()) : given.copy_message_for(snap))};
+    return std::string();
   });
 }
 
@@ -160,15 +186,26 @@ void give_message_file(TakenDraft& draft, const MailClient& client, gio::Program
   offer_message_file(given, client, std::move(with));
 }
 
+/// Puts the files and the text where the client, or a person, looks for them. Answers what the
+/// client does not get.
+std::string lay_ready(const GivenDraft& given, const MailClient& client, const DraftFields& fields,
+                      const std::vector<std::string>& names) {
+  given.name_files(names);
+  given.add_text(fields.text);
+  std::string rest = not_carried(client, fields, names.size());
+  if (!rest.empty()) {
+    lay_out_files(given.folder(), is_text_too_long(client.way, fields));
+  }
+  return rest;
+}
+
 void give_arguments(TakenDraft& draft, const DraftFields& fields, const MailClient& client,
                     gio::ProgramStart with) {
   const std::vector<std::string> names = names_for(client, draft.folder());
   with.arguments = arguments_for(client, draft.name(), fields, names);
   const GivenDraft given(draft);
-  offer(given, client, std::move(with), [&](gio::ProgramStart& /*start*/) {
-    given.name_files(names);
-    given.add_text(fields.text);
-  });
+  offer(given, client, std::move(with),
+        [&](gio::ProgramStart& /*start*/) { return lay_ready(given, client, fields, names); });
 }
 
 void give_arguments_again(const GivenDraft& given, const MailClient& client, WriterServer& writer,
@@ -182,8 +219,7 @@ void give_arguments_again(const GivenDraft& given, const MailClient& client, Wri
     const DraftFields fields = read_fields(given.name(), given.folder(), writer);
     const std::vector<std::string> names = names_for(client, given.folder());
     start.arguments = arguments_for(client, given.name(), fields, names);
-    given.name_files(names);
-    given.add_text(fields.text);
+    return lay_ready(given, client, fields, names);
   });
 }
 
@@ -210,24 +246,42 @@ MailClient opener() {
   return gio::mail_client_of(std::move(entry));
 }
 
-// A warning when the draft is too large. The size is that of the message file, which is what will
-// be sent.
+/// The size of the message file, which is what will be sent.
+off_t size_of(const std::string& message) {
+  struct stat status {};
+  return stat(message.c_str(), &status) == 0 ? status.st_size : 0;
+}
+
 void note_size(Outcome& outcome) {
   constexpr off_t kMostThatTravels = 25'000'000;
-  struct stat status {};
-  if (stat(outcome.path.c_str(), &status) == 0 && status.st_size > kMostThatTravels) {
-    outcome.notes.push_back({"The draft has " + size_text(status.st_size) +
-                             ", and many mail servers refuse more than 25 MB"});
+  if (const off_t size = size_of(outcome.path); size > kMostThatTravels) {
+    outcome.notes.push_back(
+        {"The draft has " + size_text(size) + ", and many mail servers refuse more than 25 MB"});
   }
 }
 
-void note_recipients(Outcome& outcome, std::size_t left_out, const std::string& client) {
+/// No client is started for what no mail carries; a person finds the files in one folder.
+void require_mail_size(const TakenDraft& draft, const std::string& message) {
+  constexpr off_t kMostOfAnyMail = 2'000'000'000;
+  if (const off_t size = size_of(message); size > kMostOfAnyMail) {
+    lay_out_files(draft.folder(), false);
+    throw ComposeError("it has " + size_text(size) + ", and no mail carries more than 2 GB",
+                       "quoll-compose --files " + draft.name() + " shows its files");
+  }
+}
+
+void note_recipients(Outcome& outcome, const DraftFields& fields, const MailClient& client) {
+  const std::size_t left_out = fields.not_plain;
+  if (client.way == DraftWay::kSylpheed && !fields.bcc.empty()) {
+    outcome.notes.push_back({foundation::printable(client.name) +
+                             " takes no Bcc, and was not given any; the message file names all"});
+  }
   if (left_out != 0) {
     outcome.notes.push_back(
         {(left_out == 1
               ? "A recipient has no address and was not given to "
               : std::to_string(left_out) + " recipients have no address and were not given to ") +
-         foundation::printable(client) + "; the message file names all"});
+         foundation::printable(client.name) + "; the message file names all"});
   }
 }
 
@@ -286,16 +340,18 @@ Outcome hand_over(TakenDraft draft, const DraftFields& fields,
   const gio::ProgramStart with{.uris = {}, .arguments = {}, .tokens = tokens};
   try {
     const MailClient& client = client_for_drafts(chosen);
+    require_mail_size(draft, outcome.path);
     if (client.way == DraftWay::kMessageFile) {
       give_message_file(draft, client, with);
     } else {
+      note_recipients(outcome, fields, client);
       give_arguments(draft, fields, client, with);
-      note_recipients(outcome, fields.not_plain, client.name);
     }
     outcome.state = Outcome::State::kGiven;
     outcome.client = client.name;
   } catch (const std::exception& reason) {
     keep_in(outcome, draft, reason);  // nothing is there when it was offered
+    outcome.to_attach = laid_out_files(draft.name());
   }
   return outcome;
 }
@@ -306,6 +362,20 @@ std::string open_message_file(const std::string& draft, const gio::ActivationTok
   static_cast<void>(
       start(client, {.uris = {uri_of(message_file(draft))}, .arguments = {}, .tokens = tokens}));
   return client.name;
+}
+
+std::string open_with_choice(const std::string& draft, const gio::ActivationTokens& tokens) {
+  require_desktop(draft);
+  switch (gio::open_with_chosen_program(message_file(draft), tokens)) {
+    case gio::Choice::kOpened:
+      return "The draft was opened with the program that was chosen.";
+    case gio::Choice::kCancelled:
+      return "No program was chosen.";
+    case gio::Choice::kNotOffered:
+      break;
+  }
+  return "The draft was opened with " + foundation::printable(open_message_file(draft, tokens)) +
+         ".";
 }
 
 std::string give_again(const std::string& draft, const std::string& client_name,

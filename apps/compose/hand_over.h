@@ -34,6 +34,12 @@ namespace quoll::compose {
 [[nodiscard]] std::string open_message_file(const std::string& draft,
                                             const gio::ActivationTokens& tokens);
 
+/// Has the desktop ask which program shall open the message file of a draft; where it cannot, does
+/// as `open_message_file`. Answers a sentence that says what was done; throws `ComposeError` when
+/// nothing was.
+[[nodiscard]] std::string open_with_choice(const std::string& draft,
+                                           const gio::ActivationTokens& tokens);
+
 /// Gives a draft that was written to this mail client once more, in the client's own way; to the
 /// chosen one when `client_name` is empty. Answers the client's name; throws `ComposeError` when
 /// none has taken it.

@@ -16,6 +16,7 @@
 #include "apps/compose/draft_name.h"
 #include "apps/compose/draft_summary.h"
 #include "apps/compose/draft_thread.h"
+#include "apps/compose/files_to_attach.h"
 #include "apps/compose/folders.h"
 #include "apps/compose/hand_over.h"
 #include "apps/compose/notifications.h"
@@ -170,12 +171,22 @@ int list(bool is_json) {
   return 0;
 }
 
-int open_draft(const std::string& name) {
+std::string opened(const std::string& draft, const gio::ActivationTokens& tokens) {
+  return "The draft was opened with " +
+         foundation::printable(compose::open_message_file(draft, tokens)) + ".";
+}
+
+std::string shown(const std::string& draft, const gio::ActivationTokens& tokens) {
+  compose::show_files(draft, tokens);
+  return "The files are shown in the file manager.";
+}
+
+/// What a button of a notification does, too: `act` answers what it has done with a draft.
+template <typename Act>
+int act_on(const std::string& name, const Act& act) {
   const auto tokens = gio::take_activation_tokens();
   try {
-    const std::string draft = compose::draft_called(name, true);
-    const std::string opener = compose::open_message_file(draft, tokens);
-    std::cout << "The draft was opened with " << foundation::printable(opener) << ".\n";
+    std::cout << act(compose::draft_called(name, true), tokens) << '\n';
   } catch (const std::exception& reason) {
     if (!is_read()) {
       compose::show_and_wait({compose::notification_of_unopened(compose::reason_in(reason))});
@@ -230,7 +241,13 @@ int run(const Options& options, posix::UniqueFd taken_pipe) {
     return list(options.json);
   }
   if (options.open) {
-    return open_draft(*options.open);
+    return act_on(*options.open, opened);
+  }
+  if (options.ask) {
+    return act_on(*options.ask, compose::open_with_choice);
+  }
+  if (options.files) {
+    return act_on(*options.files, shown);
   }
   if (options.again) {
     return give_again(*options.again, options.client);

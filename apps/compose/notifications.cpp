@@ -48,10 +48,10 @@ class Lines {
   std::string text_;
 };
 
-/// Runs `quoll-compose --open` for the draft, with the tokens. It tells by itself what it cannot
-/// do.
-void start_opening(const std::string& draft, const gio::ActivationTokens& tokens) {
-  const std::string words[] = {"/proc/self/exe", "--open", draft};
+/// Runs `quoll-compose --ACTION DRAFT`, with the tokens. It tells by itself what it cannot do.
+void start_action(const std::string& action, const std::string& draft,
+                  const gio::ActivationTokens& tokens) {
+  const std::string words[] = {"/proc/self/exe", "--" + action, draft};
   std::array<char*, std::size(words) + 1> arguments{};
   std::ranges::transform(words, arguments.begin(),
                          [](const std::string& word) { return const_cast<char*>(word.c_str()); });
@@ -68,15 +68,15 @@ void start_opening(const std::string& draft, const gio::ActivationTokens& tokens
   g_strfreev(environment);
 }
 
-/// Opens the draft that the notification was about.
-void open_when_pressed(const std::string& draft, const gio::ActivationTokens& tokens,
-                       const struct stat& shown) {
+/// Does this with the draft that the notification was about.
+void act_when_pressed(const std::string& action, const std::string& draft,
+                      const gio::ActivationTokens& tokens, const struct stat& shown) {
   struct stat present {};
   if (stat(message_file(draft).c_str(), &present) != 0 || present.st_dev != shown.st_dev ||
       present.st_ino != shown.st_ino) {
     return;  // deleted; another may have its name by now
   }
-  start_opening(draft, tokens);
+  start_action(action, draft, tokens);
 }
 
 void add_left_out(Lines& body, const LeftOutFiles& files) {
@@ -90,6 +90,14 @@ void add_left_out(Lines& body, const LeftOutFiles& files) {
   if (files.count() > shown) {
     body.add("Left out: " + std::to_string(files.count() - shown) + " more");
   }
+}
+
+std::vector<gio::NotificationButton> buttons_for(const Outcome& outcome) {
+  if (outcome.to_attach.empty()) {
+    return {{.action = "open", .label = "Open"}};
+  }
+  return {{.action = "files", .label = "Show the files"},
+          {.action = "ask", .label = "Choose a mail program"}};
 }
 
 }  // namespace
@@ -107,7 +115,7 @@ std::optional<Notification> notification_of(const Outcome& outcome) {
     } else if (outcome.state == State::kSetAside) {
       body.add("What was shared stays for 30 days.");
     }
-    body.add(foundation::printable(outcome.path));
+    body.add(foundation::printable(outcome.to_attach.empty() ? outcome.path : outcome.to_attach));
   }
   for (const auto& note : outcome.notes) {
     body.add(note.text + ".");
@@ -115,10 +123,12 @@ std::optional<Notification> notification_of(const Outcome& outcome) {
   if (body.text().empty()) {
     return std::nullopt;
   }
-  const bool can_open = outcome.state == State::kKept && has_desktop();
-  return Notification{.summary = summary_of(outcome),
-                      .body = body.text(),
-                      .draft = can_open ? std::filesystem::path(outcome.path).stem().string() : ""};
+  Notification notification{.summary = summary_of(outcome), .body = body.text()};
+  if (outcome.state == State::kKept && has_desktop()) {
+    notification.draft = std::filesystem::path(outcome.path).stem();
+    notification.buttons = buttons_for(outcome);
+  }
+  return notification;
 }
 
 Notification notification_of_unopened(const std::string& reason) {
@@ -187,9 +197,11 @@ void send(gio::NotificationButtons& buttons, GDBusConnection* bus, const Notific
                            std::move(answered));
     return;
   }
-  buttons.send(kNotifyingEntry, notification.summary, notification.body, std::move(answered),
-               [draft = notification.draft, shown](const gio::ActivationTokens& tokens) {
-                 open_when_pressed(draft, tokens, shown);
+  buttons.send(kNotifyingEntry, notification.summary, notification.body, notification.buttons,
+               std::move(answered),
+               [draft = notification.draft, shown](const std::string& action,
+                                                   const gio::ActivationTokens& tokens) {
+                 act_when_pressed(action, draft, tokens, shown);
                });
 }
 

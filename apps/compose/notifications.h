@@ -20,7 +20,9 @@ namespace quoll::compose {
 struct Notification {
   std::string summary;
   std::string body;
-  std::string draft{};  ///< what a button "Open" opens, by its name; empty for no button
+  std::string draft{};  ///< what its buttons are about, by its name; empty for no buttons
+  /// The action of each is the option with which this program is started for the draft.
+  std::vector<gio::NotificationButton> buttons{};
 };
 
 /// What the user should know about a draft: what was left out, that no mail client has it, that it
@@ -60,12 +62,12 @@ class NotificationQueue {
 /// The receiver's desktop entry, in whose name they are shown.
 inline constexpr const char* kNotifyingEntry = "it.vorlent.quoll2";
 
-/// For so long the button "Open" of a notification can be pressed.
+/// For so long the buttons of a notification can be pressed.
 inline constexpr std::chrono::minutes kButtonTime{5};
 
-/// Sends one without waiting, with a button when it is about a draft that can be opened. `answered`
-/// is called as `gio::send_notification` does. The button starts this program anew, which opens the
-/// draft, so nothing is held up by a client.
+/// Sends one without waiting, with its buttons when its draft is there. `answered` is called as
+/// `gio::send_notification` does. A button starts this program anew, so nothing is held up by a
+/// client.
 void send(gio::NotificationButtons& buttons, GDBusConnection* bus, const Notification& notification,
           std::function<void()> answered);
 

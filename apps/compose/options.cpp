@@ -51,6 +51,12 @@ std::optional<int> parse(int argc, char** argv, Options& options) {
   line.flag("--json", options.json, "list them for programs");
   const Option open =
       line.value("--open", options.open, "open the message file of this draft").placeholder("NAME");
+  const Option ask =
+      line.value("--ask", options.ask, "have the desktop ask which program shall open this draft")
+          .placeholder("NAME");
+  const Option files =
+      line.value("--files", options.files, "show the files of this draft in the file manager")
+          .placeholder("NAME");
   const Option again =
       line.value("--again", options.again,
                  "give this draft to the mail client again, or to that of --client")
@@ -80,9 +86,9 @@ std::optional<int> parse(int argc, char** argv, Options& options) {
   if (options.json && !options.list) {
     return line.wrong_usage("--json is for --list");
   }
-  const std::string trouble =
-      trouble_with({urls, service, resume, list, show, open, again, remove, clients, client, check},
-                   again, client);
+  const std::string trouble = trouble_with(
+      {urls, service, resume, list, show, open, ask, files, again, remove, clients, client, check},
+      again, client);
   return trouble.empty() ? std::nullopt : std::optional(line.wrong_usage(trouble));
 }
 

@@ -29,6 +29,7 @@ struct Outcome {
   /// Its message file, or the folder of what was taken when there is none.
   std::string path;
   std::string client;       ///< its name, when it was given
+  std::string to_attach;    ///< the folder of what a person has to attach by hand; empty for none
   std::string reason;       ///< why it was not given
   std::string advice;       ///< what to do then by commands; for a terminal and the log
   bool in_flood = false;    ///< one of so many that none was given to a client

@@ -5,7 +5,7 @@ _quoll_compose() {
   COMPREPLY=()
   case ${COMP_WORDS[COMP_CWORD - 1]} in
     --idle) return 0 ;;
-    --open | --again | --delete)
+    --open | --ask | --files | --again | --delete)
       words=$(quoll-compose --list 2>/dev/null | cut -d ' ' -f 1)
       mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
       return 0
@@ -25,6 +25,8 @@ _quoll_compose() {
     --list
     --json
     --open
+    --ask
+    --files
     --again
     --delete
     --show

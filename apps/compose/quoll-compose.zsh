@@ -10,6 +10,8 @@ _arguments -S \
   '--list[list the drafts, newest last]' \
   '--json[list them for programs]' \
   '--open[open the message file of this draft]:draft:($drafts)' \
+  '--ask[have the desktop ask which program shall open this draft]:draft:($drafts)' \
+  '--files[show the files of this draft in the file manager]:draft:($drafts)' \
   '--again[give this draft to the mail client again]:draft:($drafts)' \
   '--delete[delete this draft]:draft:($drafts)' \
   '--show[show this draft, or the newest]::draft:_files -g "*.eml"' \

@@ -69,7 +69,7 @@ class Service final : public gio::ApplicationService {
     g_unix_fd_add(told_to_end, G_IO_IN, stop_when_told, this);
     std::signal(SIGALRM, SIG_DFL);
     std::signal(SIGTERM, end_within_a_second);
-    buttons_.emplace(bus(), "Open", kButtonTime);
+    buttons_.emplace(bus(), kButtonTime);
     thread_.emplace(writer, has_desktop() ? Earlier::kAreGoneOnWith : Earlier::kAreLeft,
                     listener());
     run(idle);

@@ -218,6 +218,12 @@ Finding mail_client() {
             chosen.gone + " was chosen and is not there; drafts go to " + client.id,
             "quoll-compose --clients lists those that are there, --client NAME chooses one"};
   }
+  if (client.way == gio::DraftWay::kMailLink) {
+    return {
+        name, State::kWorthKnowing, client.id + " gets recipients, subject and text, and no files",
+        "attach the files by hand, which a notification and quoll-compose --files NAME show, or "
+        "choose another by quoll-compose --client NAME"};
+  }
   if (client.way == gio::DraftWay::kNone) {
     return {name, State::kWorthKnowing, client.id + " cannot be given a draft",
             "open or import the drafts that quoll-compose keeps, or choose another by "

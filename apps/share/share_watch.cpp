@@ -39,11 +39,11 @@ void ShareWatch::offer_cancelling(const std::function<GDBusConnection*()>& bus) 
 }
 
 void ShareWatch::show(GDBusConnection* bus) {
-  buttons_ = std::make_unique<gio::NotificationButtons>(bus, "Cancel", 24h);
+  buttons_ = std::make_unique<gio::NotificationButtons>(bus, 24h);
   buttons_->send(
       kIdentifier, "What you share is being prepared",
-      "It takes a while; the draft opens by itself.", [] {},
-      [this](const gio::ActivationTokens& /*tokens*/) { cancel(); });
+      "It takes a while; the draft opens by itself.", {{"cancel", "Cancel"}}, [] {},
+      [this](const std::string& /*action*/, const gio::ActivationTokens& /*tokens*/) { cancel(); });
 }
 
 /// False when there is nothing more to know.

@@ -87,8 +87,8 @@ quoll_defence(recipients_left_out_are_counted FILE ${file}
   TAKES "    ++addresses.not_plain;\n" GIVES ""
   SHOWN_BY compose_writer Addresses.WhatAClientIsNotToldIsCounted)
 quoll_defence(recipients_left_out_are_said FILE apps/compose/hand_over.cpp
-  TAKES "note_recipients(outcome, fields.not_plain, client.name);"
-  GIVES "note_recipients(outcome, 0, client.name);"
+  TAKES "left_out = fields.not_plain;"
+  GIVES "left_out = 0;"
   SHOWN_BY mail_client ComposeNotice.ARecipientWithoutAnAddressIsSaid)
 quoll_defence(names_are_no_options FILE apps/compose/mail_header.cpp
   TAKES " && !name.starts_with('-')" GIVES ""
@@ -152,7 +152,7 @@ quoll_defence(a_button_keeps_the_service FILE ${file}
   SHOWN_BY mail_client NotificationButton.KeepsTheServiceButNotFromEnding)
 set(file quoll/linux/gio/notification_buttons.cpp)
 quoll_defence(buttons_of_others_are_not_ours FILE ${file}
-  TAKES "const auto button = find(notification);" GIVES "const auto button = buttons_.begin();"
+  TAKES "const auto shown = find(notification);" GIVES "const auto shown = notifications_.begin();"
   SHOWN_BY mail_client NotificationButton.KeepsTheServiceButNotFromEnding)
 quoll_defence(a_button_has_its_time FILE ${file}
   TAKES "steady_clock::now() + longest_" GIVES "steady_clock::now() + 1000 * longest_"
@@ -161,7 +161,7 @@ quoll_defence(few_buttons_at_a_time FILE ${file}
   TAKES "kMost = 16" GIVES "kMost = 1600"
   SHOWN_BY mail_client NotificationButtonsOfAProgram.OnlyTheNewestSixteenCanBePressed)
 quoll_defence(buttons_end_with_their_desktop FILE ${file}
-  TAKES "static_cast<Shown*>(data)->buttons_.clear();" GIVES "static_cast<void>(data);"
+  TAKES "static_cast<Shown*>(data)->notifications_.clear();" GIVES "static_cast<void>(data);"
   SHOWN_BY mail_client NotificationButtonsOfAProgram.EndWithTheDesktopThatHasThem)
 quoll_defence(a_number_names_the_newest FILE ${file}
   TAKES "    remove(notification);  //" GIVES "    //"

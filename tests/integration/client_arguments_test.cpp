@@ -48,7 +48,14 @@ TEST(ClientArguments, AnyNameOfAFileArrivesAsThatFile) {
         << row.reason;
     EXPECT_EQ(given(DraftWay::kClaws, path), (Words{"--compose", "mailto:", "--attach", path}))
         << row.reason;
+    EXPECT_EQ(given(DraftWay::kSylpheed, path), (Words{"--compose", "mailto:", "--attach", path}))
+        << row.reason;
+    EXPECT_EQ(given(DraftWay::kBalsa, path), (Words{"mailto:", "--attach=file:///d/0/" + row.once}))
+        << row.reason;
     EXPECT_EQ(given(DraftWay::kMutt, path), (Words{"-a", path, "--"})) << row.reason;
+    EXPECT_EQ(given(DraftWay::kAerc, path), Words{"mailto:?attach=%2Fd%2F0%2F" + row.once})
+        << row.reason;
+    EXPECT_EQ(given(DraftWay::kMailLink, path), Words{"mailto:"}) << row.reason;
   }
 }
 
@@ -75,6 +82,14 @@ TEST(ClientArguments, AWholeDraftInEachWay) {
                    "--attach=file:///d/1/g", "--", "a@x.org", "Ann B <b@x.org>"}));
   EXPECT_EQ(whole_draft(DraftWay::kClaws),
             (Words{"--compose", to + "?" + fields, "--attach", "/d/0/f", "/d/1/g"}));
+  EXPECT_EQ(whole_draft(DraftWay::kSylpheed),
+            (Words{"--compose", to + "?cc=c%40x.org" + fields.substr(fields.find("&subject=")),
+                   "--attach", "/d/0/f", "/d/1/g"}));
+  EXPECT_EQ(whole_draft(DraftWay::kBalsa),
+            (Words{to + "?" + fields, "--attach=file:///d/0/f", "--attach=file:///d/1/g"}));
+  EXPECT_EQ(whole_draft(DraftWay::kAerc), Words{"mailto:a@x.org,Ann B <b@x.org>?" + fields +
+                                                "&attach=%2Fd%2F0%2Ff&attach=%2Fd%2F1%2Fg"});
+  EXPECT_EQ(whole_draft(DraftWay::kMailLink), Words{"mailto:a@x.org,b@x.org?" + fields});
   EXPECT_EQ(whole_draft(DraftWay::kMutt),
             (Words{"-s", "-S\u00fc, it's \"q\" & 100%", "-i", "/d/text.txt", "-c", "c@x.org", "-b",
                    "d@x.org", "-b", "e@x.org", "-a", "/d/0/f", "/d/1/g", "--", "a@x.org",
@@ -86,6 +101,9 @@ TEST(ClientArguments, AnEmptyDraftIsAnEmptyWindow) {
   EXPECT_EQ(client_arguments(DraftWay::kKMail, {}, {}), Words{"--composer"});
   EXPECT_EQ(client_arguments(DraftWay::kClaws, {}, {}), (Words{"--compose", "mailto:"}));
   EXPECT_EQ(client_arguments(DraftWay::kMutt, {}, {}), Words{"--"});
+  EXPECT_EQ(client_arguments(DraftWay::kBalsa, {}, {}), Words{"mailto:"});
+  EXPECT_EQ(client_arguments(DraftWay::kAerc, {}, {}), Words{"mailto:"});
+  EXPECT_EQ(client_arguments(DraftWay::kMailLink, {}, {}), Words{"mailto:"});
   EXPECT_EQ(client_arguments(DraftWay::kMessageFile, {}, {}), Words{});
 }
 
@@ -100,6 +118,11 @@ TEST(ClientArguments, ARecipientIsNeitherAFileNorAnOption) {
             (Words{"--composer", "--", "<file:///etc/passwd>", "--attach=/etc/passwd",
                    "a?attach=/etc/passwd&body=x"}));
   EXPECT_EQ(client_arguments(DraftWay::kClaws, draft, {}), (Words{"--compose", link}));
+  EXPECT_EQ(client_arguments(DraftWay::kBalsa, draft, {}), Words{link});
+  const std::string lost = "a%3Fattach=/etc/passwd%26body=x";  // aerc decodes no recipient
+  EXPECT_EQ(client_arguments(DraftWay::kAerc, draft, {}),
+            Words{"mailto:file:///etc/passwd,--attach=/etc/passwd," + lost});
+  EXPECT_EQ(client_arguments(DraftWay::kMailLink, draft, {}), Words{link});
   EXPECT_EQ(client_arguments(DraftWay::kMutt, draft, {}).front(), "--");
 }
 
@@ -120,6 +143,30 @@ TEST(ClientArguments, NoTextIsEverShortened) {
   }
 }
 
+TEST(ClientArguments, AMailLinkHas2000BytesAtMostOrNoText) {
+  DraftFields draft{.subject = "S", .to = {"a@x.org"}};
+  const std::string head = "mailto:a@x.org?subject=S";
+  draft.text = std::string(2000 - head.size() - std::string("&body=").size(), 'x');
+  EXPECT_FALSE(is_text_too_long(DraftWay::kMailLink, draft));
+  EXPECT_EQ(client_arguments(DraftWay::kMailLink, draft, {}), Words{head + "&body=" + draft.text});
+  draft.text += "x";
+  EXPECT_TRUE(is_text_too_long(DraftWay::kMailLink, draft));
+  EXPECT_EQ(client_arguments(DraftWay::kMailLink, draft, {}), Words{head});
+  EXPECT_FALSE(is_text_too_long(DraftWay::kEvolution, draft));
+  draft.text.clear();
+  draft.subject = std::string(3000, 's');
+  EXPECT_FALSE(is_text_too_long(DraftWay::kMailLink, draft)) << "there is none";
+}
+
+TEST(ClientArguments, ARecipientOfAMailLinkIsABareAddress) {
+  const auto to = [](const std::string& recipient) {
+    return client_arguments(DraftWay::kMailLink, {.to = {recipient}}, {}).front();
+  };
+  EXPECT_EQ(to("Ann <a+b@x.org>"), "mailto:a+b@x.org");
+  EXPECT_EQ(to("\"<Doe>, J\" <j@x.org>"), "mailto:j@x.org");
+  EXPECT_EQ(to("a%b@x.org"), "mailto:a%25b@x.org");
+}
+
 TEST(ClientArguments, WhoReadsFilesIsKnown) {
   DraftFields draft;
   for (const DraftWay way : {DraftWay::kEvolution, DraftWay::kKMail, DraftWay::kClaws}) {
@@ -131,6 +178,7 @@ TEST(ClientArguments, WhoReadsFilesIsKnown) {
   EXPECT_TRUE(reads_files(DraftWay::kMutt, draft, {}));
   EXPECT_FALSE(reads_files(DraftWay::kMutt, {}, {}));
   EXPECT_TRUE(reads_files(DraftWay::kEvolution, {}, {.text = {}, .attachments = {"/d/0/x"}}));
+  EXPECT_FALSE(reads_files(DraftWay::kMailLink, {}, {.text = {}, .attachments = {"/d/0/x"}}));
 }
 
 TEST(ClientArguments, AClientGetsNamesThatItWritesWhole) {

@@ -385,7 +385,7 @@ TEST_F(KeptDrafts, OnlyANameOfADraftIsTaken) {
   const std::string name = keep();
   for (const std::string& wrong : {std::string("x"), std::string("../drafts/") + name,
                                    std::string("."), std::string(""), name + ".eml"}) {
-    for (const char* const action : {"--open", "--again", "--delete"}) {
+    for (const char* const action : {"--open", "--ask", "--files", "--again", "--delete"}) {
       const Ended ended = compose({action, wrong});
       EXPECT_EQ(ended.status, 1) << wrong;
       EXPECT_EQ(ended.errors, "quoll-compose: there is no draft " + wrong +
@@ -433,6 +433,7 @@ TEST_F(KeptDrafts, CompletionKnowsTheNamesAndTheClients) {
   const std::string name = keep();
   choose("claws-mail", "Claws");
   add_client("firefox", "Firefox", "firefox %u");
+  add_client_program("bin/firefox");
   add_client_program("bin/flatpak");
   add_client("org.mozilla.Thunderbird", "The Bird", "flatpak run org.mozilla.Thunderbird %u",
              "X-Flatpak=org.mozilla.Thunderbird\n");
@@ -451,7 +452,7 @@ TEST_F(KeptDrafts, CompletionKnowsTheNamesAndTheClients) {
     for (const char* const option : {"--open", "--again", "--delete"}) {
       EXPECT_EQ(completed(option), name + "\n") << shell.program << ' ' << option;
     }
-    EXPECT_EQ(completed("--client"), "claws-mail\ndefault\n") << shell.program;
+    EXPECT_EQ(completed("--client"), "claws-mail\nfirefox\ndefault\n") << shell.program;
   }
 }
 

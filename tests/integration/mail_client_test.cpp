@@ -95,13 +95,25 @@ TEST_F(MailClientTest, AClientOfTheTerminalIsStartedInOne) {
   EXPECT_FALSE(is_marked()) << "a terminal ends well whatever its program did";
 }
 
-TEST_F(MailClientTest, AnUnknownClientLeavesTheDraft) {
-  choose("othermail", "Other Mail");
+TEST_F(MailClientTest, AChosenProgramThatOpensNoMailLinksLeavesTheDraft) {
+  add_viewer();
+  fs::create_directories(home_.bus.path("config/quoll-compose"));
+  std::ofstream(home_.bus.path("config/quoll-compose/mail-client")) << "viewer.desktop\n";
   const auto ended = compose({"quoll://compose?subject=x"});
   EXPECT_EQ(ended.status, 0) << ended.errors;
-  EXPECT_TRUE(holds(ended.output, "The draft is kept: Other Mail cannot be given a draft"))
+  EXPECT_TRUE(holds(ended.output, "The draft is kept: A Viewer cannot be given a draft"))
       << ended.output;
   EXPECT_FALSE(was_started());
+}
+
+TEST_F(MailClientTest, ABccThatAClientDoesNotTakeIsSaid) {
+  choose("sylpheed", "S");
+  const auto ended = compose({"quoll://compose?subject=x&bcc=a%40x.org"});
+  EXPECT_TRUE(
+      holds(ended.output, "S takes no Bcc, and was not given any; the message file names all.\n"))
+      << ended.output;
+  EXPECT_EQ(given(), (Words{"--compose", "mailto:?subject=x"}));
+  EXPECT_FALSE(holds(compose({"quoll://compose?subject=x&cc=a%40x.org"}).output, "Bcc"));
 }
 
 TEST_F(MailClientTest, WithoutAClientTheDraftIsKept) {
@@ -269,13 +281,14 @@ TEST_F(MailClientTest, AChoiceThatCannotBeIsSaid) {
 
 TEST_F(MailClientTest, AProgramThatTakesNoDraftIsNotChosen) {
   choose("claws-mail", "Claws");
-  add_client_program("bin/firefox");
-  add_client("firefox", "Firefox", "firefox %u");
+  add_client_program("bin/viewer");
+  home_.bus.add_entry("viewer",
+                      "[Desktop Entry]\nType=Application\nName=A Viewer\nExec=viewer %u\n");
   EXPECT_EQ(compose({"--client", "claws"}).status, 0);
-  const Ended ended = compose({"--client", "firefox"});
+  const Ended ended = compose({"--client", "viewer"});
   EXPECT_EQ(ended.status, 1);
   EXPECT_EQ(ended.errors,
-            "quoll-compose: Firefox (firefox.desktop) takes no drafts: cannot be given a draft; "
+            "quoll-compose: A Viewer (viewer.desktop) takes no drafts: cannot be given a draft; "
             "choose Claws (claws-mail.desktop)\n");
   EXPECT_TRUE(holds(compose({"--clients"}).output, "* Claws")) << "the choice stays";
 }

@@ -35,6 +35,9 @@ TEST(MailClients, AreKnownByTheirPrograms) {
       {"a program of its own", "bin/claws-mail", DraftWay::kClaws},
       {"a program of its own", "bin/mutt", DraftWay::kMutt},
       {"one that takes the same options", "bin/neomutt", DraftWay::kMutt},
+      {"a program of its own", "bin/sylpheed", DraftWay::kSylpheed},
+      {"a program of its own", "bin/balsa", DraftWay::kBalsa},
+      {"a program of its own", "bin/aerc", DraftWay::kAerc},
       {"one that is not known", "bin/geary", DraftWay::kNone},
       {"a folder that only sounds like one", "mutt/mail", DraftWay::kNone},
   };
@@ -45,6 +48,12 @@ TEST(MailClients, AreKnownByTheirPrograms) {
                                  std::filesystem::perms::owner_all);
     EXPECT_EQ(client_of("X", "Exec=" + folder.path(row.exec) + " %u").way, row.way) << row.reason;
   }
+}
+
+TEST(MailClients, AnyProgramThatOpensMailLinksTakesThem) {
+  EXPECT_EQ(client_of("X", "Exec=sh %u\nMimeType=text/html;x-scheme-handler/mailto;").way,
+            DraftWay::kMailLink);
+  EXPECT_EQ(client_of("X", "Exec=sh %u\nMimeType=text/html;").way, DraftWay::kNone);
 }
 
 TEST(MailClients, SandboxesAreSeen) {

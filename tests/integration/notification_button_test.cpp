@@ -136,6 +136,47 @@ TEST_F(NotificationButton, IsOnlyThereWhereTheDraftCanBeOpened) {
   EXPECT_TRUE(desktop_->read_line().starts_with("There is no draft|")) << "the other had no button";
 }
 
+TEST_F(NotificationButton, ShowsTheFilesThatAMailLinkDoesNotCarry) {
+  choose("firefox", "Firefox");
+  start_desktop("press");
+  Process manager(Words{DESKTOP_DOUBLE, "files"}, home_.bus.environment());
+  ASSERT_EQ(manager.read_line(), "ready");
+  const auto service = start_service();
+  open(ReceiverHome::url({home_.stage("a", "x")}));
+  EXPECT_EQ(desktop_->read_line(),
+            "The draft is kept|Firefox has it without its file (a mail link carries none).");
+  EXPECT_EQ(desktop_->read_line(), given_folder() + "/to-attach");
+  EXPECT_EQ(desktop_->read_line(), "[Show the files]");
+  EXPECT_EQ(desktop_->read_line(), "[Choose a mail program]");
+  EXPECT_EQ(manager.read_line(), "file://" + given_folder() + "/to-attach/a");
+  EXPECT_EQ(manager.read_line(), "token=token-9");
+  EXPECT_EQ(service->wait(), 0);
+}
+
+TEST_F(NotificationButton, LetsAPersonChooseAMailProgram) {
+  choose("firefox", "Firefox");
+  start_desktop("press:ask");
+  Process portal(Words{DESKTOP_DOUBLE, "0"}, home_.bus.environment());
+  ASSERT_EQ(portal.read_line(), "ready");
+  const auto service = start_service();
+  open(ReceiverHome::url({home_.stage("a", "x")}));
+  const std::string asked = portal.read_line();
+  EXPECT_EQ(asked, "asked: " + home_.drafts().front());
+  EXPECT_EQ(portal.read_line(), "token=token-9");
+  EXPECT_EQ(service->wait(), 0);
+}
+
+TEST_F(NotificationButton, DoesNothingThatItWasNotGiven) {
+  add_viewer();
+  start_desktop("press:delete");
+  const auto service = start_service();
+  open("quoll://compose?subject=x");
+  expect_kept_with_button();
+  EXPECT_EQ(service->wait(), 0);
+  EXPECT_FALSE(was_started());
+  EXPECT_EQ(home_.drafts().size(), 1U);
+}
+
 /// The buttons of this program.
 class NotificationButtonsOfAProgram : public NotificationButton {
  protected:
@@ -152,8 +193,8 @@ class NotificationButtonsOfAProgram : public NotificationButton {
   void send(gio::NotificationButtons& buttons, int number) {
     bool is_answered = false;
     buttons.send(
-        kService, "summary", "body", [&] { is_answered = true; },
-        [this, number](const auto&) { pressed_.push_back(number); });
+        kService, "summary", "body", {{"open", "Open"}}, [&] { is_answered = true; },
+        [this, number](const auto&, const auto&) { pressed_.push_back(number); });
     run_until([&] { return is_answered; });
   }
   template <typename Done>
@@ -169,7 +210,7 @@ class NotificationButtonsOfAProgram : public NotificationButton {
 
 TEST_F(NotificationButtonsOfAProgram, EndWithTheirTime) {
   start_desktop("leave");
-  gio::NotificationButtons buttons(bus_, "Open", 300ms);
+  gio::NotificationButtons buttons(bus_, 300ms);
   const auto start = std::chrono::steady_clock::now();
   send(buttons, 1);
   EXPECT_FALSE(buttons.empty());
@@ -180,7 +221,7 @@ TEST_F(NotificationButtonsOfAProgram, EndWithTheirTime) {
 
 TEST_F(NotificationButtonsOfAProgram, OnlyTheNewestSixteenCanBePressed) {
   start_desktop("later:" + home_.bus.path("pressed"));
-  gio::NotificationButtons buttons(bus_, "Open", 1h);
+  gio::NotificationButtons buttons(bus_, 1h);
   for (int number = 1; number <= 17; ++number) {
     send(buttons, number);
   }
@@ -191,7 +232,7 @@ TEST_F(NotificationButtonsOfAProgram, OnlyTheNewestSixteenCanBePressed) {
 
 TEST_F(NotificationButtonsOfAProgram, ANumberThatIsGivenAgainNamesTheNewer) {
   start_desktop("same:" + home_.bus.path("pressed"));
-  gio::NotificationButtons buttons(bus_, "Open", 1h);
+  gio::NotificationButtons buttons(bus_, 1h);
   send(buttons, 1);
   send(buttons, 2);
   press("1\n1\n");
@@ -201,7 +242,7 @@ TEST_F(NotificationButtonsOfAProgram, ANumberThatIsGivenAgainNamesTheNewer) {
 
 TEST_F(NotificationButtonsOfAProgram, EndWithTheDesktopThatHasThem) {
   start_desktop("leave");
-  gio::NotificationButtons buttons(bus_, "Open", 1h);
+  gio::NotificationButtons buttons(bus_, 1h);
   send(buttons, 1);
   EXPECT_FALSE(buttons.empty());
   desktop_.reset();
@@ -210,7 +251,7 @@ TEST_F(NotificationButtonsOfAProgram, EndWithTheDesktopThatHasThem) {
 
 TEST_F(NotificationButtonsOfAProgram, EndWithTheBus) {
   start_desktop("leave");
-  gio::NotificationButtons buttons(bus_, "Open", 1h);
+  gio::NotificationButtons buttons(bus_, 1h);
   send(buttons, 1);
   g_dbus_connection_close_sync(bus_, nullptr, nullptr);
   run_until([&] { return buttons.empty(); });

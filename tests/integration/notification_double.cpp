@@ -1,5 +1,6 @@
 // A desktop that shows notifications, for the tests: it prints them. With an argument it has
-// buttons, which it prints too: with "press" a person presses each, with "close" the notification
+// buttons, which it prints too: with "press" a person presses the first of each, with
+// "press:ACTION" one that has that action, with "close" the notification
 // is closed, with "leave" only those of another program are pressed and closed. With "later:FILE"
 // the numbers of the notifications whose buttons are pressed are written into that file, a line
 // each; with "same:FILE" too, but all notifications have the number 1.
@@ -87,13 +88,16 @@ void called(GDBusConnection* bus, const char*, const char*, const char*, const c
   const bool is_ours = std::string_view(entry).starts_with("it.vorlent.quoll2");
   std::printf("%s%s|%s\n", is_ours ? "" : "of nobody: ", summary, body);
   const quoll::gio::VariantHandle actions(g_variant_get_child_value(parameters, 5));
-  const bool has_button = g_variant_n_children(actions.get()) == 2;
+  const gsize words = g_variant_n_children(actions.get());
+  const bool has_button = words >= 2;
   const char* action = "";
-  if (has_button) {
+  for (gsize at = 0; at + 1 < words; at += 2) {
     const char* label = "";
-    g_variant_get_child(actions.get(), 0, "&s", &action);
-    g_variant_get_child(actions.get(), 1, "&s", &label);
+    g_variant_get_child(actions.get(), at + 1, "&s", &label);
     std::printf("[%s]\n", label);
+  }
+  if (has_button) {
+    g_variant_get_child(actions.get(), 0, "&s", &action);
   }
   std::fflush(stdout);
   static std::uint32_t number = 0;
@@ -103,7 +107,7 @@ void called(GDBusConnection* bus, const char*, const char*, const char*, const c
     static const guint timer = g_timeout_add(10, press_named, bus);
     static_cast<void>(timer);
   } else if (has_button) {
-    be_that_person(bus, number, action);
+    be_that_person(bus, number, does("press:") ? person.c_str() + 6 : action);
   }
 }
 

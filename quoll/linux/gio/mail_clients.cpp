@@ -36,8 +36,32 @@ constexpr std::array kKnown{
     Known{"evolution", DraftWay::kEvolution},
     Known{"kmail", DraftWay::kKMail},
     Known{"claws-mail", DraftWay::kClaws},
+    Known{"sylpheed", DraftWay::kSylpheed},
+    Known{"balsa", DraftWay::kBalsa},
     Known{"mutt", DraftWay::kMutt},
+    Known{"aerc", DraftWay::kAerc},
 };
+
+EntryHandle desktop_entry(GAppInfo* found) {
+  ObjectHandle<GAppInfo> entry(found);
+  return EntryHandle(G_IS_DESKTOP_APP_INFO(entry.get()) ? G_DESKTOP_APP_INFO(entry.release())
+                                                        : nullptr);
+}
+
+EntryHandle default_entry() {
+  return desktop_entry(g_app_info_get_default_for_uri_scheme("mailto"));
+}
+
+bool opens_mail_links(GAppInfo* entry) {
+  const char* const* types = g_app_info_get_supported_types(entry);
+  return types != nullptr && g_strv_contains(types, kMailLinks) != FALSE;
+}
+
+/// A person may make it the default for links that its entry does not list.
+bool is_default(GAppInfo* entry) {
+  const EntryHandle chosen = default_entry();
+  return chosen && g_app_info_equal(G_APP_INFO(chosen.get()), entry) != FALSE;
+}
 
 DraftWay way_of(GAppInfo* entry) {
   const std::string program = text_of(g_app_info_get_executable(entry));
@@ -46,7 +70,10 @@ DraftWay way_of(GAppInfo* entry) {
                                    std::string(foundation::last_path_component(program)));
   const auto* const known = std::ranges::find_if(
       kKnown, [&](const Known& one) { return names.find(one.part) != std::string::npos; });
-  return known != kKnown.end() ? known->way : DraftWay::kNone;
+  if (known != kKnown.end()) {
+    return known->way;
+  }
+  return opens_mail_links(entry) || is_default(entry) ? DraftWay::kMailLink : DraftWay::kNone;
 }
 
 // The name of a snap. It is in a key of the entry, or in the path of the program:
@@ -72,21 +99,6 @@ Sandbox sandbox_of(GDesktopAppInfo* entry) {
                         foundation::last_path_component(program) == "flatpak",
           .passes_files_on = exec.find(" @@") != std::string::npos,
           .snap = snap_of(entry, exec)};
-}
-
-EntryHandle desktop_entry(GAppInfo* found) {
-  ObjectHandle<GAppInfo> entry(found);
-  return EntryHandle(G_IS_DESKTOP_APP_INFO(entry.get()) ? G_DESKTOP_APP_INFO(entry.release())
-                                                        : nullptr);
-}
-
-EntryHandle default_entry() {
-  return desktop_entry(g_app_info_get_default_for_uri_scheme("mailto"));
-}
-
-bool opens_mail_links(GAppInfo* entry) {
-  const char* const* types = g_app_info_get_supported_types(entry);
-  return types != nullptr && g_strv_contains(types, kMailLinks) != FALSE;
 }
 
 std::string setting_file() {

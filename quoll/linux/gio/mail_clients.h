@@ -15,8 +15,12 @@ enum class DraftWay {
   kEvolution,
   kKMail,
   kClaws,
+  kSylpheed,
+  kBalsa,
   kMutt,
-  kNone,  ///< none is known
+  kAerc,
+  kMailLink,  ///< as any program that opens mail links: by a plain one, which carries no files
+  kNone,      ///< it does not open mail links
 };
 
 /// The sandbox that keeps a mail client from the user's files.
@@ -35,8 +39,9 @@ struct MailClient {
   bool is_in_terminal = false;  ///< it runs inside a terminal window
   Sandbox sandbox;
 
-  /// True when it can read the files of a draft. In a sandbox only a message file can be read: by a
-  /// Flatpak whose files are passed on, and by a snap when the file is in the snap's own folder.
+  /// True when it can read the files of a draft, if it takes some at all. In a sandbox only a
+  /// message file can be read: by a Flatpak whose files are passed on, and by a snap when the file
+  /// is in the snap's own folder.
   [[nodiscard]] bool reads_files() const;
   /// True when a draft can be given to it in some way, if only one without attachments.
   [[nodiscard]] bool takes_drafts() const {

@@ -27,7 +27,8 @@ void sent(GObject* bus, GAsyncResult* result, gpointer data) {
 }  // namespace
 
 GVariant* notify_arguments(const std::string& entry, const std::string& summary,
-                           const std::string& body, const NotificationButton& button) {
+                           const std::string& body,
+                           const std::vector<NotificationButton>& buttons) {
   constexpr std::uint32_t kNew = 0;        // replaces no other notification
   constexpr std::int32_t kUsualTime = -1;  // the desktop decides how long it is shown
   // Some desktops read the text as markup.
@@ -35,14 +36,14 @@ GVariant* notify_arguments(const std::string& entry, const std::string& summary,
   GVariantBuilder hints;
   g_variant_builder_init(&hints, G_VARIANT_TYPE_VARDICT);
   g_variant_builder_add(&hints, "{sv}", "desktop-entry", g_variant_new_string(entry.c_str()));
-  GVariantBuilder buttons;
-  g_variant_builder_init(&buttons, G_VARIANT_TYPE_STRING_ARRAY);
-  if (!button.label.empty()) {
-    g_variant_builder_add(&buttons, "s", button.action.c_str());
-    g_variant_builder_add(&buttons, "s", button.label.c_str());
+  GVariantBuilder actions;
+  g_variant_builder_init(&actions, G_VARIANT_TYPE_STRING_ARRAY);
+  for (const NotificationButton& button : buttons) {
+    g_variant_builder_add(&actions, "s", button.action.c_str());
+    g_variant_builder_add(&actions, "s", button.label.c_str());
   }
   return g_variant_new("(susssasa{sv}i)", "Quoll", kNew, "mail-message-new", summary.c_str(),
-                       plain.get(), &buttons, &hints, kUsualTime);
+                       plain.get(), &actions, &hints, kUsualTime);
 }
 
 bool show_notification(const std::string& entry, const std::string& summary,

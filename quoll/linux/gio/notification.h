@@ -5,6 +5,7 @@
 #include <chrono>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace quoll::gio {
 
@@ -14,14 +15,14 @@ inline constexpr int kNotificationPatience = 5000;  ///< for an answer, in milli
 
 /// A button of a notification: the name that the desktop tells, and what a person reads.
 struct NotificationButton {
-  std::string action{};
-  std::string label{};  ///< empty for no button
+  std::string action;
+  std::string label;
 };
 
 /// The arguments of a call of `Notify`, as a floating reference.
 [[nodiscard]] GVariant* notify_arguments(const std::string& entry, const std::string& summary,
                                          const std::string& body,
-                                         const NotificationButton& button = {});
+                                         const std::vector<NotificationButton>& buttons = {});
 
 /// Shows a notification on the desktop: a summary line, and plain text below it. `entry` names the
 /// desktop entry of the program that shows it, without ".desktop". Waits for the answer, but at

@@ -15,20 +15,14 @@
 
 namespace quoll::gio {
 
-namespace {
-
 using std::chrono::steady_clock;
 
-constexpr const char* kAction = "open";
-
-}  // namespace
-
-/// The buttons that can be pressed, the oldest first. There is one subscription for all: the bus
-/// queues each signal for each subscription.
+/// The notifications whose buttons can be pressed, the oldest first. There is one subscription for
+/// all: the bus queues each signal for each subscription.
 class NotificationButtons::Shown {
  public:
-  Shown(GDBusConnection* bus, std::string label, std::chrono::milliseconds longest)
-      : bus_(G_DBUS_CONNECTION(g_object_ref(bus))), label_(std::move(label)), longest_(longest) {
+  Shown(GDBusConnection* bus, std::chrono::milliseconds longest)
+      : bus_(G_DBUS_CONNECTION(g_object_ref(bus))), longest_(longest) {
     constexpr const char* kBus = "org.freedesktop.DBus";
     signals_ = g_dbus_connection_signal_subscribe(
         bus, kNotificationsName, kNotificationsName, nullptr, kNotificationsPath, nullptr,
@@ -48,36 +42,41 @@ class NotificationButtons::Shown {
   }
 
   [[nodiscard]] GDBusConnection* bus() const { return bus_.get(); }
-  [[nodiscard]] const std::string& label() const { return label_; }
-  [[nodiscard]] bool empty() const { return buttons_.empty(); }
+  [[nodiscard]] bool empty() const { return notifications_.empty(); }
 
   void withdraw() {
     is_withdrawn_ = true;
-    for (const Button& button : std::exchange(buttons_, {})) {
-      close(button.notification);
+    for (const Notification& one : std::exchange(notifications_, {})) {
+      close(one.number);
     }
     stop_alarm();
   }
 
-  void add(std::uint32_t notification, Pressed pressed) {
+  void add(std::uint32_t notification, std::vector<NotificationButton> buttons, Pressed pressed) {
     constexpr std::size_t kMost = 16;
     if (is_withdrawn_) {
       return close(notification);
     }
     remove(notification);  // a number that is given again names the newer one
-    buttons_.push_back({notification, steady_clock::now() + longest_, std::move(pressed)});
-    if (buttons_.size() > kMost) {
-      buttons_.pop_front();
+    notifications_.push_back(
+        {notification, steady_clock::now() + longest_, std::move(buttons), std::move(pressed)});
+    if (notifications_.size() > kMost) {
+      notifications_.pop_front();
     }
     start_alarm();
   }
 
  private:
-  struct Button {
-    std::uint32_t notification = 0;  ///< by which the desktop knows it
+  struct Notification {
+    std::uint32_t number = 0;  ///< by which the desktop knows it
     steady_clock::time_point end;
+    std::vector<NotificationButton> buttons;
     Pressed pressed;
     ActivationTokens tokens{};
+
+    [[nodiscard]] bool has(std::string_view action) const {
+      return std::ranges::find(buttons, action, &NotificationButton::action) != buttons.end();
+    }
   };
 
   void close(std::uint32_t notification) {
@@ -87,21 +86,21 @@ class NotificationButtons::Shown {
                            nullptr);
   }
 
-  std::deque<Button>::iterator find(std::uint32_t notification) {
-    return std::ranges::find(buttons_, notification, &Button::notification);
+  std::deque<Notification>::iterator find(std::uint32_t notification) {
+    return std::ranges::find(notifications_, notification, &Notification::number);
   }
 
   void remove(std::uint32_t notification) {
-    if (const auto found = find(notification); found != buttons_.end()) {
-      buttons_.erase(found);
+    if (const auto found = find(notification); found != notifications_.end()) {
+      notifications_.erase(found);
     }
   }
 
   void start_alarm() {
     stop_alarm();
-    if (!buttons_.empty()) {
-      const auto left =
-          std::chrono::ceil<std::chrono::milliseconds>(buttons_.front().end - steady_clock::now());
+    if (!notifications_.empty()) {
+      const auto left = std::chrono::ceil<std::chrono::milliseconds>(notifications_.front().end -
+                                                                     steady_clock::now());
       alarm_ = g_timeout_add(static_cast<guint>(std::max(left.count(), 1L)), time_is_over, this);
     }
   }
@@ -114,8 +113,8 @@ class NotificationButtons::Shown {
 
   static gboolean time_is_over(gpointer data) {
     auto& self = *static_cast<Shown*>(data);
-    while (!self.buttons_.empty() && self.buttons_.front().end <= steady_clock::now()) {
-      self.buttons_.pop_front();
+    while (!self.notifications_.empty() && self.notifications_.front().end <= steady_clock::now()) {
+      self.notifications_.pop_front();
     }
     self.alarm_ = 0;
     self.start_alarm();
@@ -126,10 +125,10 @@ class NotificationButtons::Shown {
   static void owner_changed(GDBusConnection* /*bus*/, const char* /*sender*/, const char* /*path*/,
                             const char* /*interface*/, const char* /*member*/,
                             GVariant* /*parameters*/, gpointer data) {
-    static_cast<Shown*>(data)->buttons_.clear();
+    static_cast<Shown*>(data)->notifications_.clear();
   }
 
-  static void bus_closed(Shown* self) { self->buttons_.clear(); }
+  static void bus_closed(Shown* self) { self->notifications_.clear(); }
 
   static void signalled(GDBusConnection* /*bus*/, const char* /*sender*/, const char* /*path*/,
                         const char* /*interface*/, const char* member, GVariant* parameters,
@@ -146,25 +145,24 @@ class NotificationButtons::Shown {
 
   void tell(std::uint32_t notification, std::string_view signal, const char* text) {
     constexpr std::size_t kLongestToken = 4096;
-    const auto button = find(notification);
-    if (button == buttons_.end()) {
+    const auto shown = find(notification);
+    if (shown == notifications_.end()) {
       return;  // another's
     }
     if (signal == "ActivationToken" && strnlen(text, kLongestToken + 1) <= kLongestToken) {
-      button->tokens.activation = text;
-    } else if (signal == "ActionInvoked" && std::string_view(text) == kAction) {
-      const Button pressed = std::move(*button);
-      buttons_.erase(button);
-      pressed.pressed(pressed.tokens);
+      shown->tokens.activation = text;
+    } else if (signal == "ActionInvoked" && shown->has(text)) {
+      const Notification one = std::move(*shown);
+      notifications_.erase(shown);
+      one.pressed(text, one.tokens);
     } else if (signal == "NotificationClosed") {
-      buttons_.erase(button);
+      notifications_.erase(shown);
     }
   }
 
   ObjectHandle<GDBusConnection> bus_;
-  std::string label_;
   std::chrono::milliseconds longest_;
-  std::deque<Button> buttons_;
+  std::deque<Notification> notifications_;
   guint signals_ = 0, owners_ = 0, alarm_ = 0;
   gulong closed_ = 0;
   bool is_withdrawn_ = false;
@@ -174,11 +172,12 @@ class NotificationButtons::Shown {
 class NotificationButtons::Sending {
  public:
   Sending(std::shared_ptr<Shown> shown, std::string entry, std::string summary, std::string body,
-          std::function<void()> answered, Pressed pressed)
+          std::vector<NotificationButton> buttons, std::function<void()> answered, Pressed pressed)
       : shown_(std::move(shown)),
         entry_(std::move(entry)),
         summary_(std::move(summary)),
         body_(std::move(body)),
+        buttons_(std::move(buttons)),
         answered_(std::move(answered)),
         pressed_(std::move(pressed)) {}
 
@@ -203,41 +202,42 @@ class NotificationButtons::Sending {
     auto* const self = static_cast<Sending*>(data);
     const VariantHandle reply = reply_to(bus, result, "(as)");
     const auto capabilities = reply ? texts_in(reply.get(), 0) : std::vector<std::string>();
-    self->has_button_ = std::ranges::find(capabilities, "actions") != capabilities.end();
-    const NotificationButton button{kAction, self->has_button_ ? self->shown_->label() : ""};
-    self->call("Notify", notify_arguments(self->entry_, self->summary_, self->body_, button),
+    if (std::ranges::find(capabilities, "actions") == capabilities.end()) {
+      self->buttons_.clear();
+    }
+    self->call("Notify",
+               notify_arguments(self->entry_, self->summary_, self->body_, self->buttons_),
                notified);
   }
 
   static void notified(GObject* bus, GAsyncResult* result, gpointer data) {
     const std::unique_ptr<Sending> self(static_cast<Sending*>(data));
     const VariantHandle reply = reply_to(bus, result, "(u)");
-    if (reply && self->has_button_) {
+    if (reply && !self->buttons_.empty()) {
       std::uint32_t notification = 0;
       g_variant_get(reply.get(), "(u)", &notification);
-      self->shown_->add(notification, std::move(self->pressed_));
+      self->shown_->add(notification, std::move(self->buttons_), std::move(self->pressed_));
     }
     self->answered_();
   }
 
   std::shared_ptr<Shown> shown_;
   std::string entry_, summary_, body_;
+  std::vector<NotificationButton> buttons_;
   std::function<void()> answered_;
   Pressed pressed_;
-  bool has_button_ = false;
 };
 
-NotificationButtons::NotificationButtons(GDBusConnection* bus, std::string label,
-                                         std::chrono::milliseconds longest)
-    : shown_(std::make_shared<Shown>(bus, std::move(label), longest)) {}
+NotificationButtons::NotificationButtons(GDBusConnection* bus, std::chrono::milliseconds longest)
+    : shown_(std::make_shared<Shown>(bus, longest)) {}
 
 NotificationButtons::~NotificationButtons() = default;
 
 void NotificationButtons::send(const std::string& entry, const std::string& summary,
-                               const std::string& body, std::function<void()> answered,
-                               Pressed pressed) {
-  auto sending = std::make_unique<Sending>(shown_, entry, summary, body, std::move(answered),
-                                           std::move(pressed));
+                               const std::string& body, std::vector<NotificationButton> buttons,
+                               std::function<void()> answered, Pressed pressed) {
+  auto sending = std::make_unique<Sending>(shown_, entry, summary, body, std::move(buttons),
+                                           std::move(answered), std::move(pressed));
   sending.release()->begin();
 }
 
