@@ -97,11 +97,14 @@ class Arrived:
         return "HTML" if self.html else "text"
 
 
-def _recipients(message):
+def _recipients(message, without, bare):
     found = {key: sorted((one.display_name, one.addr_spec) for one in message[key].addresses)
              if message[key] else [] for key in RECIPIENTS}
-    parsed = {key: sorted(email.utils.getaddresses(all_of)) for key, all_of in RECIPIENTS.items()}
-    return "all" if found == parsed else str(found)
+    sent = {key: email.utils.getaddresses(() if key in without else all_of)
+            for key, all_of in RECIPIENTS.items()}
+    expected = {key: sorted(("" if key in bare else name, address) for name, address in all_of)
+                for key, all_of in sent.items()}
+    return "all" if found == expected else str(found)
 
 
 def _name(part):
@@ -135,14 +138,15 @@ def _text(content):
     return content.replace(b"\r\n", b"\n").rstrip(b"\n")
 
 
-def read_message(source, files=FILES):
-    """Compares a message, as bytes, with what was shared."""
+def read_message(source, files=FILES, without=(), bare=()):
+    """Compares a message, as bytes, with what was shared. A client may be known to take no recipients
+    `without`, and those that are `bare` without their names."""
     message = email.message_from_bytes(source, policy=email.policy.default)
     attachments = _attachments(message)
     names = [name for name, _ in attachments]
     arrived = Arrived(subject=message["Subject"] == SUBJECT, html=False, words=False, names=0,
                       exact=0, new_line_breaks=0, lost=[], unknown=[],
-                      recipients=_recipients(message))
+                      recipients=_recipients(message, without, bare))
     for file in files:
         contents = [content for name, content in attachments if name in file.arrives_as]
         arrived.names += len(contents) == 1

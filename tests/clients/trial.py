@@ -32,6 +32,8 @@ def _shared_and_saved(desktop, client, before_saving=lambda: None, begin=share):
     """Shares, saves what the client then shows, and answers the message that it keeps."""
     before = desktop.titles()
     begin(desktop)
+    if client.window is None:
+        return until(f"{client.name} was given nothing", client.seconds, client.stored)
     window = desktop.wait_for_window(client.window, client.seconds, besides=before)
     desktop.settle()
     before_saving()
