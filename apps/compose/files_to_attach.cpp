@@ -14,7 +14,7 @@
 #include "apps/compose/given_draft.h"
 #include "apps/compose/waiting_files.h"
 #include "quoll/foundation/printable.h"
-#include "quoll/linux/gio/file_manager.h"
+#include "quoll/linux/gio/show_files.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/remove_item.h"
 

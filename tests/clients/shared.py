@@ -98,7 +98,9 @@ class Arrived:
 
 
 def _recipients(message, without, bare):
-    found = {key: sorted((one.display_name, one.addr_spec) for one in message[key].addresses)
+    # One client writes the quotes of a name into the letters that it encodes.
+    found = {key: sorted((one.display_name.strip('"'), one.addr_spec)
+                         for one in message[key].addresses)
              if message[key] else [] for key in RECIPIENTS}
     sent = {key: email.utils.getaddresses(() if key in without else all_of)
             for key, all_of in RECIPIENTS.items()}

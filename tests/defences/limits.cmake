@@ -239,6 +239,12 @@ quoll_defence(offered_again_stays FILE apps/compose/given_draft.cpp
   TAKES "return std::min(given.value_or(kNever), offered.value_or(kNever));"
   GIVES "return given ? *given : offered.value_or(kNever);"
   SHOWN_BY mail_client GivenDraftsTest.WhatIsOfferedAgainStaysForSevenDaysMore)
+quoll_defence(mail_link_length FILE apps/compose/client_arguments.cpp
+  TAKES "kLongestLink = 2000" GIVES "kLongestLink = 2001"
+  SHOWN_BY mail_client ClientArguments.AMailLinkHas2000BytesAtMostOrNoText)
+quoll_defence(no_client_for_what_no_mail_carries FILE apps/compose/hand_over.cpp
+  TAKES "2'000'000'000" GIVES "3'000'000'000"
+  SHOWN_BY mail_client MailLink.WhatNoMailCarriesIsKeptWithItsFiles)
 quoll_defence(large_draft_is_said FILE apps/compose/hand_over.cpp
   TAKES "25'000'000" GIVES "26'000'000"
   SHOWN_BY mail_client MailClientTest.ADraftThatServersRefuseIsSaid)

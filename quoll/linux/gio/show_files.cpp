@@ -1,4 +1,4 @@
-#include "quoll/linux/gio/file_manager.h"
+#include "quoll/linux/gio/show_files.h"
 
 #include <chrono>
 
@@ -27,7 +27,8 @@ bool select_files(const std::string& folder, const std::vector<std::string>& nam
   GVariantBuilder uris;
   g_variant_builder_init(&uris, G_VARIANT_TYPE_STRING_ARRAY);
   for (const std::string& name : names) {
-    g_variant_builder_add(&uris, "s", uri_of(folder + "/" + name).c_str());
+    const std::string path = std::string(folder).append("/").append(name);
+    g_variant_builder_add(&uris, "s", uri_of(path).c_str());
   }
   const std::string& token = tokens.activation.empty() ? tokens.startup : tokens.activation;
   const VariantHandle reply(g_dbus_connection_call_sync(
