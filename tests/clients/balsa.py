@@ -3,8 +3,6 @@
 
 import mailbox
 
-from desktop import SHORT_WAIT, until
-
 BOXES = ("Inbox", "Outbox", "Sentbox", "Draftbox", "Trash")
 BOX = """[mailbox-{name}]
 Path={folder}/{name}
@@ -36,7 +34,7 @@ class Balsa:
     keeps_html = False
     writes_line_breaks = False
     window = "^New message to.*Sübject"
-    ways = ("cold",)
+    ways = ("recipients", "killed")  # it stops at a text that is not UTF-8, to ask for its letters
     seconds = 60
 
     def set_up(self, desktop):
@@ -58,11 +56,6 @@ class Balsa:
         """It runs already."""
 
     def save(self, desktop, window):
-        # It asks in which letters a text is that is not UTF-8.
-        for asked in [one for one, title in desktop.titles().items() if "character set" in title]:
-            desktop.run("xdotool", "key", "Return", "sleep", "1", "mousemove", "--window", asked, "712", "22",
-                        "click", "1")
-            until("Balsa went on asking", SHORT_WAIT, lambda: asked not in desktop.titles())
         desktop.press(window, "ctrl+s")
 
     def stored(self):
