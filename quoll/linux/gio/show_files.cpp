@@ -8,7 +8,7 @@
 namespace quoll::gio {
 namespace {
 
-constexpr std::chrono::seconds kPatience{30};  // it may have to be started
+constexpr std::chrono::seconds kFileManagerTime{30};  // it may have to be started
 
 std::string uri_of(const std::string& path) {
   const TextHandle uri(g_filename_to_uri(path.c_str(), nullptr, nullptr));
@@ -18,7 +18,7 @@ std::string uri_of(const std::string& path) {
 bool select_files(const std::string& folder, const std::vector<std::string>& names,
                   const ActivationTokens& tokens) {
   constexpr const char* kFileManager = "org.freedesktop.FileManager1";
-  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+  const auto deadline = std::chrono::steady_clock::now() + kFileManagerTime;
   SessionBus session;
   GDBusConnection* const bus = session.connection(deadline);
   if (bus == nullptr || names.empty()) {
