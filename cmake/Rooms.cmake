@@ -112,7 +112,7 @@ endfunction()
 #   quoll_test(foundation SOURCES ... LIBRARIES quoll_foundation)
 # APART are sources with names that others of the same test have too. They are compiled by
 # themselves, also where sources of a folder are compiled together.
-set(long_tests compose_writer console crash draft_states package)  # they begin first
+set(long_tests compose_writer console crash draft_states package share_preparing)  # they begin first
 function(quoll_test name)
   cmake_parse_arguments(TEST "" "" "SOURCES;APART;LIBRARIES" ${ARGN})
   add_executable(test_${name} ${TEST_SOURCES} ${TEST_APART})

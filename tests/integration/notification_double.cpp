@@ -28,6 +28,7 @@ constexpr const char* kInterface = R"(<node><interface name="org.freedesktop.Not
 </interface></node>)";
 
 std::string person;
+std::string first_action;  ///< of the notification that was shown last
 
 void emit(GDBusConnection* bus, const char* signal, GVariant* parameters) {
   g_dbus_connection_emit_signal(bus, nullptr, "/org/freedesktop/Notifications",
@@ -48,7 +49,7 @@ gboolean press_named(gpointer bus) {
   if (std::ifstream numbers(file); numbers) {
     std::remove(file.c_str());
     for (std::uint32_t number = 0; numbers >> number;) {
-      press(static_cast<GDBusConnection*>(bus), number, "open");
+      press(static_cast<GDBusConnection*>(bus), number, first_action.c_str());
     }
   }
   return G_SOURCE_CONTINUE;
@@ -98,6 +99,7 @@ void called(GDBusConnection* bus, const char*, const char*, const char*, const c
   }
   if (has_button) {
     g_variant_get_child(actions.get(), 0, "&s", &action);
+    first_action = action;
   }
   std::fflush(stdout);
   static std::uint32_t number = 0;
