@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "apps/share/request/resolve_item.h"
+#include "apps/share/request/resolve_link.h"
 #include "quoll/foundation/text.h"
 #include "quoll/foundation/unicode.h"
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/share/request/resolve_item.h"
+#include "apps/share/request/resolve_link.h"
 
 namespace quoll::share {
 

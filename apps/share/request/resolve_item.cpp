@@ -9,9 +9,9 @@
 #include <cerrno>
 #include <climits>
 
+#include "apps/share/request/resolve_link.h"
 #include "quoll/foundation/path.h"
 #include "quoll/foundation/percent.h"
-#include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/unique_fd.h"
@@ -24,10 +24,6 @@ using foundation::NSURL;
 
 constexpr const char* kNoSuchFile = "no such file";
 constexpr const char* kFolder = "it is a folder";
-
-bool is_space(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r');
-}
 
 bool exists(const std::string& path) {
   struct stat status {};
@@ -105,50 +101,6 @@ ResolvedItem resolve_file_url(std::string_view rest) {
   return resolve_file(is_raw ? raw : *decoded);
 }
 
-/// True when a link keeps the character at `position` as it is.
-bool stays(std::string_view text, std::size_t position) {
-  const std::string_view rest = text.substr(position);
-  if (rest.front() == '#') {
-    return text.find('#') == position;
-  }
-  if (rest.front() == '%') {
-    return NSURL::URLWithString(rest.substr(0, 3)) != nullptr;
-  }
-  return NSURL::URLWithString(rest.substr(0, 1)) != nullptr;
-}
-
-/// The text with everything escaped that would make it no URL, and nothing else.
-std::string with_escapes(std::string_view text) {
-  std::string out;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (stays(text, i)) {
-      out += text[i];
-    } else {
-      foundation::percent_escape_append(out, text[i]);
-    }
-  }
-  return out;
-}
-
-/// True for a name with a dot whose end is that of many hosts and of few files.
-bool looks_like_host(std::string_view name) {
-  constexpr std::array<std::string_view, 4> kUsual{"com", "edu", "net", "org"};
-  const std::size_t dot = name.rfind('.');
-  const std::string last = foundation::ascii_lower_case(name.substr(dot + 1));
-  const auto is_letter = [](char c) { return c >= 'a' && c <= 'z'; };
-  return dot != std::string_view::npos && dot != 0 &&
-         (std::ranges::find(kUsual, last) != kUsual.end() ||
-          (last.size() == 2 && std::ranges::all_of(last, is_letter)));
-}
-
-ResolvedItem resolve_link(std::string_view text) {
-  auto url = NSURL::URLWithString(text);
-  if (!url) {
-    url = NSURL::URLWithString(with_escapes(text));
-  }
-  return url ? ResolvedItem{std::move(url), {}} : ResolvedItem{nullptr, "it cannot be made a link"};
-}
-
 }  // namespace
 
 std::optional<std::string> why_not_shareable(const std::string& path) {
@@ -165,16 +117,6 @@ std::optional<std::string> why_not_shareable(const std::string& path) {
     return posix::error_words(errno);
   }
   return other_kind(status.st_mode);
-}
-
-std::optional<std::string> link_scheme(std::string_view text) {
-  const auto scheme = foundation::split_reference(text).scheme;
-  // One letter is a drive of another system; white space after the colon is a sentence.
-  if (!scheme || scheme->size() < 2 || text.size() == scheme->size() + 1 ||
-      is_space(text[scheme->size() + 1])) {
-    return std::nullopt;
-  }
-  return foundation::ascii_lower_case(*scheme);
 }
 
 ResolvedItem resolve_item(std::string_view given) {
@@ -197,13 +139,12 @@ ResolvedItem resolve_item(std::string_view given) {
   if (scheme) {
     return resolve_link(text);
   }
-  if (foundation::ascii_lower_case(text.substr(0, 4)) == "www." && text.size() > 4 &&
-      std::none_of(text.begin(), text.end(), is_space)) {
+  if (is_web_host(text)) {
     return resolve_link("http://" + std::string(text));
   }
   ResolvedItem file = resolve_file(given);
-  if (file.refusal == kNoSuchFile && looks_like_host(text.substr(0, text.find('/')))) {
-    file.advice = "for a link write https://" + foundation::printable(text);
+  if (file.refusal == kNoSuchFile) {
+    file.advice = what_was_meant(text);
   }
   return file;
 }

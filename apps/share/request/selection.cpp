@@ -13,6 +13,7 @@
 #include "apps/share/request/media_type.h"
 #include "apps/share/request/received_bytes.h"
 #include "apps/share/request/resolve_item.h"
+#include "apps/share/request/resolve_link.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/image_helper/memory_file.h"
