@@ -85,6 +85,9 @@ int enforce_paths(const Confinement& wanted, int version) {
   for (const std::string& path : wanted.readable) {
     rules.allow(path, Access::kReadFile);
   }
+  for (const std::string& path : wanted.listable) {
+    rules.allow(path, Access::kRead);
+  }
   for (const std::string& path : wanted.writable) {
     rules.allow(path, Access::kChange);
   }

@@ -11,6 +11,9 @@ struct Confinement {
   /// Regular files that may be read. This means the file that is there now, not what the path leads
   /// to later.
   std::vector<std::string> readable;
+  /// Folders that may be listed and in which all may be read. This means the folders that are there
+  /// now.
+  std::vector<std::string> listable = {};
   /// Folders in which files and folders may be read, written, made, moved and removed.
   std::vector<std::string> writable;
   /// Programs that may be read and started.

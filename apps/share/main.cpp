@@ -23,6 +23,7 @@ int share(Arguments& arguments) {
                       .verbose = arguments.verbose,
                       .progress = pipe >= 0 ? progress_to(pipe) : nullptr,
                       .starter = pipe,
+                      .note = [](const std::string& line) { std::cerr << line; },
                       .tell = tell,
                       .tell_of_waiting = arguments.notify ? tell : nullptr});
   };

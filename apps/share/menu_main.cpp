@@ -62,6 +62,7 @@ int share(MenuSocket& socket) {
              socket.tell_progress(static_cast<int>(99 * done / std::max<std::size_t>(steps, 1)));
            },
        .starter = socket.descriptor(),
+       .note = nullptr,
        .tell =
            [&](const std::string& told) {
              if (told.empty()) {

@@ -18,6 +18,7 @@
 #include "apps/share/identifier.h"
 #include "apps/share/interruption.h"
 #include "apps/share/moving_files.h"
+#include "apps/share/pack_folders.h"
 #include "apps/share/prepare.h"
 #include "apps/share/prepared_images.h"
 #include "apps/share/print_workspace.h"
@@ -60,20 +61,26 @@ std::optional<std::string> prepare_container() {
   return path;
 }
 
+/// Many mail servers refuse more, in bytes.
+constexpr std::uint64_t kMostOfAMail = 25'000'000;
+
 /// What the process may use from now on: what the selection needs, and no more.
 sandbox::Confinement needs_of(const Selection& selection,
                               const std::optional<std::string>& container,
-                              const std::string& image_helper) {
+                              const std::string& image_helper, const std::string& folder_helper) {
   sandbox::Confinement needs;
   for (const auto& item : selection.items) {
     if (auto path = foundation::file_system_path(item->value().as<foundation::NSURL>())) {
-      needs.readable.push_back(std::move(*path));
+      (item->is_folder() ? needs.listable : needs.readable).push_back(std::move(*path));
     }
   }
   if (container) {
     needs.writable.push_back(*container);
   }
   needs.executable.push_back(image_helper);
+  if (!needs.listable.empty()) {
+    needs.executable.push_back(folder_helper);
+  }
   return needs;
 }
 
@@ -152,6 +159,7 @@ class Share {
   Installed begin(bool with_html);
   StagingLock prepare_and_lock(Selection& selection, MovingFiles& files,
                                std::optional<posix::LockHolder> holder);
+  [[nodiscard]] bool pack(Selection& selection) const;
   [[nodiscard]] Progress early_steps() const;
   [[nodiscard]] Progress later_steps() const;
   int end(Selection& selection, const std::vector<recording::Event>& events);
@@ -161,6 +169,7 @@ class Share {
   std::shared_ptr<platform::Log> log_ = posix::make_system_log("quoll-share");
   std::shared_ptr<gio::LauncherWorkspace> launcher_;  ///< null with `print`
   std::string image_helper_ = image_helper::helper_path();
+  std::string folder_helper_ = folder_helper_path();
 };
 
 int Share::run(ShareRequest request) {
@@ -188,7 +197,7 @@ int Share::run(ShareRequest request) {
   desktop.drafts->set_envelope(selection.envelope);
   // A confined process cannot tell.
   const auto holder = staging_lock_holder(settings_.tell_of_waiting);
-  sandbox::confine(needs_of(selection, container, image_helper_));
+  sandbox::confine(needs_of(selection, container, image_helper_, folder_helper_));
   steps_->tell("the program has confined itself");
   const StagingLock lock = prepare_and_lock(selection, *desktop.files, holder);
   if (selection.empty()) {
@@ -220,7 +229,8 @@ StagingLock Share::prepare_and_lock(Selection& selection, MovingFiles& files,
   constexpr std::chrono::seconds kLong{1};
   const Interruption interruption(settings_.starter);
   const auto begin = steps_->elapsed();
-  const bool is_prepared = prepare(selection, files, image_helper_, early_steps());
+  const bool is_prepared =
+      pack(selection) && prepare(selection, files, image_helper_, early_steps());
   steps_->tell("the files are prepared");
   if (steps_->elapsed() - begin > kLong) {
     holder.reset();  // by now it may be somebody else
@@ -237,6 +247,29 @@ StagingLock Share::prepare_and_lock(Selection& selection, MovingFiles& files,
   }
   steps_->tell(lock ? "it is this share's turn" : "there is no lock to wait for");
   return lock;
+}
+
+/// Packs the folders, and says beforehand what is packed and whether all of it may be too much for
+/// a mail. False when it is interrupted.
+bool Share::pack(Selection& selection) const {
+  constexpr std::uint64_t kMegabyte = 1'000'000;
+  const auto note = [this](const std::string& line) {
+    if (settings_.note) {
+      settings_.note(line + "\n");
+    }
+  };
+  const std::size_t items = selection.items.size();
+  const auto progress = [&](std::uint64_t /*bytes*/) {
+    if (settings_.progress) {
+      settings_.progress(0, 2 * items + 1);
+    }
+  };
+  const bool is_packed = pack_folders(selection, {folder_helper_, note, progress});
+  if (const auto bytes = bytes_of(selection); is_packed && bytes > kMostOfAMail) {
+    note("the files have " + std::to_string(bytes / kMegabyte) +
+         " MB in all; mail servers often refuse more than 25 MB");
+  }
+  return is_packed;
 }
 
 /// The progress of the preparation, which stays below the half of all until the turn has come.

@@ -23,6 +23,8 @@ struct ShareSettings {
   /// A pipe or a socket. Until it is the share's turn, whoever has the other end ends the share by
   /// closing it, as SIGTERM would. -1: nobody.
   int starter = -1;
+  /// Called with a whole line that is worth knowing before the work begins; null: nobody is told.
+  std::function<void(const std::string& line)> note;
   /// Called once, at the end, with the report: whole lines, empty when all went well.
   std::function<void(const std::string& told)> tell;
   /// Called with a line when another share is not finished for long. Null: a person at a terminal

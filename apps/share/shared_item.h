@@ -39,6 +39,12 @@ class SharedItem final : public platform::NSItemProvider,
   [[nodiscard]] const std::string& type() const { return type_; }
   [[nodiscard]] const foundation::Value& value() const { return value_; }
 
+  /// True for a folder, which has to become a file before it is asked.
+  [[nodiscard]] bool is_folder() const {
+    const auto* const url = value_.as<foundation::NSURL>().get();
+    return url != nullptr && url->isFileURL() && url->absoluteString().ends_with('/');
+  }
+
   /// From now on the item is this, under the same name. To be called before it is asked.
   void answer_with(foundation::Value value) { value_ = std::move(value); }
 

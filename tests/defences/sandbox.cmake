@@ -1,6 +1,6 @@
 # The sandbox of quoll-share (docs/security.md).
 set(main apps/share/share_program.cpp)
-set(confined "sandbox::confine(needs_of(selection, container, image_helper_));")
+set(confined "sandbox::confine(needs_of(selection, container, image_helper_, folder_helper_));")
 set(unconfined "static_cast<void>(&needs_of);")
 foreach(pair IN ITEMS share_is_confined:TheRunningProgramIsMarked no_tracing:NoProcessIsTraced
                       no_looking_into_processes:NoProcessIsLookedInto)
@@ -119,7 +119,7 @@ foreach(pair IN ITEMS helper_starts_nothing:NothingIsStarted helper_touches_nobo
     TAKES "  leave_few_calls();" GIVES "  static_cast<void>(&leave_few_calls);"
     SHOWN_BY sandbox HelperSandbox.${test})
 endforeach()
-quoll_defence(helper_runs_no_memory FILE ${file}
+quoll_defence(helper_runs_no_memory FILE apps/sandbox/helper_process.cpp
   TAKES "filter.allow(\"mprotect\", {has_none_of(2, PROT_EXEC)});"
   GIVES "filter.allow({\"mprotect\"});"
   SHOWN_BY sandbox HelperSandbox.MemoryIsNeverMadeExecutable)

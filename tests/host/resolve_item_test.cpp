@@ -83,6 +83,30 @@ TEST_F(ResolveItem, FilesThatAreTaken) {
   }
 }
 
+TEST_F(ResolveItem, FoldersThatAreTaken) {
+  struct Row {
+    const char* reason;
+    std::string given;
+    std::string path;
+  };
+  const std::string root = folder_.path() + "/";
+  const std::vector<Row> rows{
+      {"a folder", "folder", root + "folder"},
+      {"with a slash", "folder//", root + "folder"},
+      {"by URL", "file://" + root + "folder/", root + "folder"},
+      {"a link to a folder is called as it is", "to-folder", root + "to-folder"},
+      {"the working folder has a name", ".", folder_.path()},
+      {"the one above has one", "folder/..", folder_.path()},
+      {"the root", "/", "/"},
+  };
+  for (const Row& row : rows) {
+    const ResolvedItem resolved = resolve_item(row.given);
+    ASSERT_TRUE(resolved.url) << row.reason << ": " << resolved.refusal;
+    EXPECT_EQ(foundation::file_system_path(resolved.url), row.path) << row.reason;
+    EXPECT_TRUE(resolved.url->absoluteString().ends_with('/')) << row.reason;
+  }
+}
+
 TEST_F(ResolveItem, LinksThatAreTaken) {
   struct Row {
     const char* reason;
@@ -139,9 +163,6 @@ TEST_F(ResolveItem, Refused) {
       {"a drive letter", "C:\\notes.txt", "no such file"},
       {"a scheme and nothing else", "https:", "no such file"},
       {"the home folder's sign is a name like any other", "~/plain.txt", "no such file"},
-      {"a folder", "folder", "it is a folder"},
-      {"a folder by URL", "file://" + folder_.path("folder/"), "it is a folder"},
-      {"a link to a folder", "to-folder", "it is a folder"},
       {"a device", "/dev/null", "it is a device"},
       {"a pipe", "pipe", "it is a pipe"},
       {"a socket", "socket", "it is a socket"},
@@ -184,7 +205,6 @@ TEST_F(ResolveItem, WhatToDoIsSaidWhereItHelps) {
     std::string advice;
   };
   const std::vector<Row> rows{
-      {"folder", "pack it into one file"},
       {"example.org", "for a link write https://example.org"},
       {"en.example.DE/a b\x1B", "for a link write https://en.example.DE/a b\\x1B"},
       {"joe@example.org", "to send it to this address write --to joe@example.org"},

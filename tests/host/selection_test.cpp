@@ -114,7 +114,8 @@ TEST(Selection, WithoutAContainerBytesAreLeftOut) {
 TEST(Selection, WhatCannotBeSharedKeepsNothingBack) {
   const test::TemporaryFolder folder;
   const std::string file = folder.write("a.txt", "x");
-  const Selection selection = select_items({"/no/such/file", file, "-", "data:broken", "/"}, "");
+  const Selection selection =
+      select_items({"/no/such/file", file, "-", "data:broken", "example.org"}, "");
   ASSERT_EQ(selection.items.size(), 1U);
   EXPECT_EQ(selection.items[0]->given(), file);
   ASSERT_EQ(selection.left_out.size(), 4U);
@@ -123,8 +124,8 @@ TEST(Selection, WhatCannotBeSharedKeepsNothingBack) {
   EXPECT_EQ(selection.left_out[1].what, "standard input");
   EXPECT_EQ(selection.left_out[1].why, "it is empty");
   EXPECT_EQ(selection.left_out[2].why, "the data: URL is damaged");
-  EXPECT_EQ(selection.left_out[3].why, "it is a folder; pack it into one file");
-  EXPECT_EQ(selection.left_out[3].logged_as, "it is a folder");
+  EXPECT_EQ(selection.left_out[3].why, "no such file; for a link write https://example.org");
+  EXPECT_EQ(selection.left_out[3].logged_as, "no such file");
 }
 
 TEST(Selection, StandardInputThatCannotBeRead) {

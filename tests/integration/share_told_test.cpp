@@ -55,12 +55,12 @@ TEST_F(ShareLog, OneLineTellsOfAShareWithoutNames) {
   const Ended ended =
       home_.print({"--title", "secret-title", "https://secret.example/",
                    home_.write("secret-name.txt", "ten bytes."), home_.write("secret", "12345"),
-                   "/nowhere/secret", "/nowhere/secret-too", "/etc"});
+                   "/nowhere/secret", "/nowhere/secret-too", "/dev/null"});
   EXPECT_EQ(ended.status, 3) << ended.errors;
   ASSERT_EQ(log().size(), 1U);
   EXPECT_EQ(without_time(log().front()),
             "share given to standard output after N ms: 2 files (15 bytes), 1 link; left out: "
-            "1: it is a folder, 2: no such file");
+            "1: it is a device, 2: no such file");
 }
 
 TEST_F(ShareLog, AShareThatFailsHasALineToo) {

@@ -14,6 +14,7 @@
 #include "quoll/foundation/percent.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/file_kind.h"
 #include "quoll/linux/posix/unique_fd.h"
 
 namespace quoll::share {
@@ -23,25 +24,10 @@ namespace {
 using foundation::NSURL;
 
 constexpr const char* kNoSuchFile = "no such file";
-constexpr const char* kFolder = "it is a folder";
 
 bool exists(const std::string& path) {
   struct stat status {};
   return lstat(path.c_str(), &status) == 0;
-}
-
-/// What a path leads to when it is not a file; none for a file.
-std::optional<std::string> other_kind(mode_t mode) {
-  if (S_ISREG(mode)) {
-    return std::nullopt;
-  }
-  if (S_ISDIR(mode)) {
-    return kFolder;
-  }
-  if (S_ISFIFO(mode)) {
-    return "it is a pipe";
-  }
-  return S_ISSOCK(mode) ? "it is a socket" : "it is a device";
 }
 
 /// None when the working folder has no path by which a file in it can be opened.
@@ -57,13 +43,37 @@ std::optional<std::string> absolute(std::string_view path) {
   return foundation::appending_path_component(found, path);
 }
 
+bool is_folder(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+/// `path` is absolute. A folder is called as it was picked, but "." and ".." are no names.
+ResolvedItem resolve_folder(const std::string& path) {
+  if (access(path.c_str(), R_OK | X_OK) != 0) {
+    return {nullptr, posix::error_words(errno)};
+  }
+  const std::string last(foundation::last_path_component(path));
+  std::array<char, PATH_MAX> real{};
+  if (last == "." || last == "..") {
+    if (realpath(path.c_str(), real.data()) == nullptr) {
+      return {nullptr, posix::error_words(errno)};
+    }
+    return {NSURL::file_url(real.data(), true), {}};
+  }
+  return {NSURL::file_url(path, true), {}};
+}
+
 ResolvedItem resolve_file(std::string_view path) {
   const auto whole = absolute(path);
   if (!whole) {
     return {nullptr, "the working folder has no path that can be used"};
   }
+  if (is_folder(*whole)) {
+    return resolve_folder(*whole);
+  }
   if (auto refusal = why_not_shareable(*whole)) {
-    return {nullptr, *refusal, *refusal == kFolder ? "pack it into one file" : ""};
+    return {nullptr, *refusal};
   }
   return {NSURL::file_url(*whole, false), {}};
 }
@@ -109,14 +119,14 @@ std::optional<std::string> why_not_shareable(const std::string& path) {
   if (stat(path.c_str(), &status) != 0) {
     return errno == ENOENT || errno == ENOTDIR ? kNoSuchFile : posix::error_words(errno);
   }
-  if (auto kind = other_kind(status.st_mode)) {
+  if (auto kind = posix::other_kind(status.st_mode)) {
     return kind;
   }
   const posix::UniqueFd file = posix::open_file(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
   if (!file || fstat(file.get(), &status) != 0) {
     return posix::error_words(errno);
   }
-  return other_kind(status.st_mode);
+  return posix::other_kind(status.st_mode);
 }
 
 ResolvedItem resolve_item(std::string_view given) {

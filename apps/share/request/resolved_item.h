@@ -7,7 +7,8 @@
 
 namespace quoll::share {
 
-/// The URL that a text stands for: a file URL of a file that can be read, or a link. Without one,
+/// The URL that a text stands for: a file URL of a file that can be read, or of
+/// a folder and with "/" at its end, or a link. Without one,
 /// why not, in words that follow a colon.
 struct ResolvedItem {
   std::shared_ptr<foundation::NSURL> url;

@@ -134,11 +134,16 @@ bool Subprocess::ended_well() const {
   return !status_ || (WIFEXITED(*status_) && WEXITSTATUS(*status_) == 0);
 }
 
-std::string Subprocess::complaint() const {
-  constexpr std::size_t kMost = 512;
-  std::string text(kMost, '\0');
+std::string Subprocess::errors(std::size_t most) const {
+  std::string text(most, '\0');
   const ssize_t size = read(errors_.get(), text.data(), text.size());
   text.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+  return text;
+}
+
+std::string Subprocess::complaint() const {
+  constexpr std::size_t kMost = 512;
+  const std::string text = errors(kMost);
   return text.substr(0, text.find('\n'));
 }
 

@@ -53,6 +53,8 @@ class Subprocess {
   [[nodiscard]] std::optional<int> status() const { return status_; }
   [[nodiscard]] bool ended_well() const;
 
+  /// What came on its standard error and was not read yet, as it came; no more than `most` bytes.
+  [[nodiscard]] std::string errors(std::size_t most) const;
   /// What its standard error begins with: the first line, as it came.
   [[nodiscard]] std::string complaint() const;
 

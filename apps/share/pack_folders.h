@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "apps/share/request/selection.h"
+
+namespace quoll::share {
+
+/// The path of the helper that packs folders.
+[[nodiscard]] std::string folder_helper_path();
+
+/// The files of a selection, in bytes, as far as they can be told. Folders count nothing.
+[[nodiscard]] std::uint64_t bytes_of(const Selection& selection);
+
+/// What surrounds the packing of folders.
+struct Packing {
+  std::string helper;  ///< the program
+  /// Gets a line before each folder is packed.
+  std::function<void(const std::string& line)> note;
+  /// Called, at most ten times a second, with the bytes of the file that is being written.
+  std::function<void(std::uint64_t bytes)> progress;
+};
+
+/// Packs each folder of a selection into a ZIP file among its prepared files, by a helper that is
+/// confined to it, and lets the item answer with that file. What cannot be packed is left out, the
+/// folder or what lies in it, and the log says why without names. Answers false, with some items
+/// lost, when an `Interruption` has come; then the helper has ended.
+[[nodiscard]] bool pack_folders(Selection& selection, const Packing& packing);
+
+}  // namespace quoll::share
