@@ -28,9 +28,10 @@ extern "C" int flock(int descriptor, int operation) {
   return static_cast<int>(syscall(SYS_flock, descriptor, operation));
 }
 
-/// The image helper writes when it has read the beginning of the image.
+/// The image helper writes when it has read the beginning of the image, the folder helper when it
+/// begins its file.
 extern "C" ssize_t write(int descriptor, const void* bytes, size_t size) {
-  if (runs_in("quoll-image-helper")) {
+  if (runs_in("quoll-image-helper") || runs_in("quoll-folder-helper")) {
     quoll::test::probe_and_end();
   }
   return syscall(SYS_write, descriptor, bytes, size);
