@@ -129,7 +129,7 @@ std::optional<std::string> why_not_shareable(const std::string& path) {
   return posix::other_kind(status.st_mode);
 }
 
-ResolvedItem resolve_item(std::string_view given) {
+ResolvedItem resolve_item(std::string_view given, const Mounts& mounts) {
   if (given.empty()) {
     return {nullptr, "the name is empty"};
   }
@@ -147,6 +147,10 @@ ResolvedItem resolve_item(std::string_view given) {
     return resolve_file_url(untrimmed.substr(scheme->size() + 1));
   }
   if (scheme) {
+    if (const auto path =
+            mounts && is_remote_scheme(*scheme) ? mounts(with_escapes(text)) : std::nullopt) {
+      return resolve_file(*path);
+    }
     return resolve_link(text);
   }
   if (is_web_host(text)) {

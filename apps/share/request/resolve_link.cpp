@@ -74,19 +74,6 @@ bool stays(std::string_view text, std::size_t position) {
   return NSURL::URLWithString(rest.substr(0, 1)) != nullptr;
 }
 
-/// The text with everything escaped that would make it no URL, and nothing else.
-std::string with_escapes(std::string_view text) {
-  std::string out;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (stays(text, i)) {
-      out += text[i];
-    } else {
-      foundation::percent_escape_append(out, text[i]);
-    }
-  }
-  return out;
-}
-
 /// True for a name with a dot whose end is that of many hosts and of few files.
 bool looks_like_host(std::string_view name) {
   constexpr std::array<std::string_view, 4> kUsual{"com", "edu", "net", "org"};
@@ -133,6 +120,22 @@ std::optional<std::string> link_scheme(std::string_view text) {
 bool is_web_host(std::string_view text) {
   return foundation::ascii_lower_case(text.substr(0, 4)) == "www." && text.size() > 4 &&
          std::ranges::none_of(text, is_space);
+}
+
+bool is_remote_scheme(std::string_view scheme) {
+  return std::ranges::find(kRemote, scheme) != kRemote.end();
+}
+
+std::string with_escapes(std::string_view text) {
+  std::string out;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (stays(text, i)) {
+      out += text[i];
+    } else {
+      foundation::percent_escape_append(out, text[i]);
+    }
+  }
+  return out;
 }
 
 ResolvedItem resolve_link(std::string_view text) {

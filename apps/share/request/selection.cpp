@@ -16,6 +16,7 @@
 #include "apps/share/request/resolve_link.h"
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
+#include "quoll/linux/gio/remote_files.h"
 #include "quoll/linux/image_helper/memory_file.h"
 #include "quoll/linux/posix/descriptor_io.h"
 #include "quoll/linux/posix/unique_fd.h"
@@ -169,7 +170,8 @@ class Selector {
     if (const auto scheme = link_scheme(given); scheme == "data" && why_not_shareable(given)) {
       add_data_url(given);
     } else {
-      ResolvedItem resolved = resolve_item(given);
+      ResolvedItem resolved =
+          resolve_item(given, [this](const std::string& url) { return remote_.local_path(url); });
       if (!resolved.url) {
         const std::string advice = resolved.advice.empty() ? "" : "; " + resolved.advice;
         leave_out(given, resolved.refusal + advice, resolved.refusal);
@@ -268,6 +270,7 @@ class Selector {
   std::size_t budget_;  ///< how many bytes may still come from descriptors
   int standard_input_;
   std::optional<ZeroEndedList> list_;
+  gio::RemoteFiles remote_;
 };
 
 /// Drops a text that only repeats a link or the title. Menus of browsers hand over both.

@@ -1,18 +1,16 @@
 #include "quoll/linux/gio/launcher.h"
 
-#include <fcntl.h>
 #include <gio/gio.h>
 #include <glib-unix.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
 #include <mutex>
 #include <utility>
 
 #include "quoll/linux/gio/fields.h"
+#include "quoll/linux/gio/forked_process.h"
 #include "quoll/linux/gio/left_out.h"
 #include "quoll/linux/gio/opener.h"
 #include "quoll/linux/posix/descriptor_io.h"
@@ -24,8 +22,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr unsigned kFirstOther =
-    STDERR_FILENO + 1;  // the first descriptor after standard input, output and error
 constexpr const char* kTaken = "taken";
 constexpr const char* kNotTaken = "not taken";
 
@@ -121,24 +117,6 @@ class Launcher final : public LauncherWorkspace {
   std::string report_;  ///< as the application said it
 };
 
-// Gives up the terminal, pipes and files of the program, so that nobody who waits for the end of
-// one of them waits for the launcher. Standard error is kept for messages of libraries.
-void detach_from_program(int socket) {
-  setsid();  // Ctrl-C in the terminal must end neither the launcher nor the application
-  for (const int number : {SIGCHLD, SIGPIPE, SIGXFSZ, SIGINT, SIGTERM, SIGHUP}) {
-    std::signal(number, SIG_DFL);
-  }
-  const int nothing = open("/dev/null", O_RDWR);
-  for (const int number : {STDIN_FILENO, STDOUT_FILENO}) {
-    dup2(nothing, number);
-  }
-  const auto keep = static_cast<unsigned>(socket);
-  if (keep > kFirstOther) {
-    close_range(kFirstOther, keep - 1, 0);
-  }
-  close_range(keep + 1, ~0U, 0);
-}
-
 // Does not load the desktop's GIO modules (for remote files, above all), since only local files and
 // the bus are needed. Programs that are started later must not inherit this.
 void load_no_modules() {
@@ -181,9 +159,7 @@ FailureReason not_openable(const OpenRequest& request, const Openable& openable)
                                                   : std::nullopt;
 }
 
-[[noreturn]] void serve(int socket, ActivationTokens tokens, Openable openable,
-                        milliseconds time_out) {
-  detach_from_program(socket);
+void serve(int socket, ActivationTokens tokens, Openable openable, milliseconds time_out) {
   load_no_modules();
   Opener opener(std::move(tokens), time_out);
   for (;;) {
@@ -203,31 +179,15 @@ FailureReason not_openable(const OpenRequest& request, const Openable& openable)
       break;
     }
   }
-  _exit(0);  // without the exit handlers, which are the program's
 }
 
 }  // namespace
 
 std::shared_ptr<LauncherWorkspace> start_launcher(Openable openable, milliseconds time_out) {
   ActivationTokens tokens = take_activation_tokens();
-  const auto launcher = [&](pid_t process, posix::UniqueFd socket) {
-    return std::make_shared<Launcher>(process, std::move(socket), time_out);
-  };
-  int ends[2] = {-1, -1};
-  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-    return launcher(-1, posix::UniqueFd());
-  }
-  posix::UniqueFd program_end = posix::above_standard_streams(posix::UniqueFd(ends[0]));
-  const posix::UniqueFd launcher_end = posix::above_standard_streams(posix::UniqueFd(ends[1]));
-  if (!program_end || !launcher_end) {
-    return launcher(-1, posix::UniqueFd());
-  }
-  const pid_t process = fork();
-  if (process == 0) {
-    program_end.reset();
-    serve(launcher_end.get(), std::move(tokens), std::move(openable), time_out);
-  }
-  return launcher(process, std::move(program_end));
+  ForkedProcess process = fork_process(
+      [&](int socket) { serve(socket, std::move(tokens), std::move(openable), time_out); });
+  return std::make_shared<Launcher>(process.id, std::move(process.socket), time_out);
 }
 
 }  // namespace quoll::gio
