@@ -13,6 +13,7 @@
 #include "apps/console/menu_check.h"
 #include "apps/console/program_desktop.h"
 #include "apps/console/receiver_check.h"
+#include "apps/share/folder_helper.h"
 #include "apps/share/request/clipboard_programs.h"
 #include "quoll/foundation/nsurl.h"
 #include "quoll/linux/gio/applications.h"
@@ -120,6 +121,20 @@ Finding pictures() {
           "install quoll-share again: pictures that come as bytes are left out"};
 }
 
+/// Has the helper start, which it cannot when a library of it is missing.
+Finding folders() {
+  constexpr std::size_t kMost = 1000;
+  const std::string helper = share::folder_helper_path();
+  const auto said = posix::run_program({helper, "--version"}, kMost, kTimeOut,
+                                       std::chrono::steady_clock::now() + kTimeOut);
+  if (said.end == posix::ProgramAnswer::End::kWell) {
+    return {"folders", State::kGood, helper + " packs them", ""};
+  }
+  return {"folders", State::kWorthKnowing,
+          helper + (said.complaint.empty() ? " cannot be started" : ": " + said.complaint),
+          "install quoll-share again: folders are left out"};
+}
+
 Finding clipboard() {
   std::string there;
   for (const share::ClipboardProgram& tool : share::kClipboardPrograms) {
@@ -188,7 +203,7 @@ std::vector<Finding> diagnose(bool repair) {
   if (repair) {
     findings.insert(findings.begin() + 1, told(repairs));
   }
-  add({pictures(), clipboard()});
+  add({pictures(), folders(), clipboard()});
   add(check_receiver(application));
   add({links(application)});
   add(check_menus());

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -19,7 +18,6 @@
 #include "quoll/foundation/printable.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/posix/descriptor_io.h"
-#include "quoll/linux/posix/installed_file.h"
 #include "quoll/linux/posix/subprocess.h"
 #include "quoll/platform/log.h"
 
@@ -152,13 +150,6 @@ class FolderPacker {
 };
 
 }  // namespace
-
-std::string folder_helper_path() {
-  const char* const named = ::secure_getenv("QUOLL_FOLDER_HELPER");
-  return named != nullptr && *named != '\0'
-             ? named
-             : posix::installed_file(posix::InstalledFolder::kHelpers, "quoll-folder-helper");
-}
 
 std::uint64_t bytes_of(const Selection& selection) {
   std::uint64_t bytes = 0;

@@ -8,9 +8,6 @@
 
 namespace quoll::share {
 
-/// The path of the helper that packs folders.
-[[nodiscard]] std::string folder_helper_path();
-
 /// The files of a selection, in bytes, as far as they can be told. Folders count nothing.
 [[nodiscard]] std::uint64_t bytes_of(const Selection& selection);
 

@@ -15,6 +15,7 @@
 #include "apps/sandbox/confine.h"
 #include "apps/share/container_trouble.h"
 #include "apps/share/draft_workspace.h"
+#include "apps/share/folder_helper.h"
 #include "apps/share/identifier.h"
 #include "apps/share/interruption.h"
 #include "apps/share/moving_files.h"

@@ -149,6 +149,29 @@ quoll_defence(helper_memory FILE apps/image-helper/confine.cpp
   TAKES "3 * kMostHeldBytes" GIVES "6 * kMostHeldBytes"
   SHOWN_BY image_helper HelperLimits.AreSetBeforeAnyByteIsRead)
 
+# The folder helper
+foreach(pair IN ITEMS
+    "folder_entries:++entries_ > kMostEntries:++entries_ > kMostEntries + 1:MoreThan100000EntriesAreRefused"
+    "folder_bytes:bytes_ > kMostBytes:bytes_ > kMostBytes << 10:ASparseTerabyteIsRefusedBeforeAnythingIsWritten"
+    "folder_depth:levels_.size() > kDepth:levels_.size() > kDepth + 1:AFolderInside128OthersIsLeftOut")
+  string(REPLACE ":" ";" pair ${pair})
+  list(GET pair 0 name)
+  list(GET pair 1 takes)
+  list(GET pair 2 gives)
+  list(GET pair 3 test)
+  quoll_defence(${name} FILE apps/folder-helper/walk.cpp TAKES "${takes}" GIVES "${gives}"
+                SHOWN_BY folder_helper HostileFolder.${test})
+endforeach()
+quoll_defence(folder_names_told FILE apps/folder-helper/zip.cpp
+  TAKES "untold_ > 0 || told_.size() + line.size() > kMostTold" GIVES "untold_ > 0"
+  SHOWN_BY folder_helper ZipTest.ManyThatAreLeftOutAreCounted)
+quoll_defence(folder_helper_memory FILE apps/folder-helper/confine.cpp
+  TAKES "rlim_t{1} << 30U" GIVES "rlim_t{2} << 30U"
+  SHOWN_BY folder_helper FolderHelperLimits.AreSetBeforeAnyNameIsRead)
+quoll_defence(folder_helper_seconds FILE apps/folder-helper/confine.cpp
+  TAKES "limit(RLIMIT_CPU, kSeconds)" GIVES "limit(RLIMIT_CPU, 2 * kSeconds)"
+  SHOWN_BY folder_helper FolderHelperLimits.AreSetBeforeAnyNameIsRead)
+
 # HTML, links and texts
 quoll_defence(html_comparisons FILE quoll/linux/xml/html_reader.cpp
   TAKES "200'000'000" GIVES "400'000'000"

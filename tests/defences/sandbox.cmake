@@ -130,6 +130,29 @@ quoll_defence(helper_result_is_whole FILE quoll/linux/image_helper/images.cpp
   TAKES "!is_sealed(result) || " GIVES ""
   SHOWN_BY image_helper Helper.WhatAHelperMayDoWrong)
 
+# The folder helper.
+set(file apps/folder-helper/confine.cpp)
+quoll_defence(folder_helper_reads_one_folder FILE ${file}
+  TAKES "  leave_one_folder(folder);\n  leave_few_calls();"
+  GIVES "  static_cast<void>(folder);\n  static_cast<void>(&leave_one_folder);\n  static_cast<void>(&leave_few_calls);"
+  SHOWN_BY sandbox FolderSandbox.NoOtherFolderIsReadAndNothingIsWritten)
+quoll_defence(folder_helper_changes_nothing FILE ${file}
+  TAKES "  leave_few_calls();" GIVES "  static_cast<void>(&leave_few_calls);"
+  SHOWN_BY sandbox FolderSandbox.NoFileIsChanged)
+quoll_defence(folder_helper_starts_nothing FILE ${file}
+  TAKES "  leave_few_calls();" GIVES "  static_cast<void>(&leave_few_calls);"
+  SHOWN_BY sandbox FolderSandbox.NothingIsStartedAndNobodyIsReached)
+quoll_defence(folder_links_are_not_followed FILE apps/folder-helper/zip.cpp
+  TAKES "O_RDONLY | O_NOFOLLOW | O_NONBLOCK" GIVES "O_RDONLY | O_NONBLOCK"
+  SHOWN_BY folder_helper ZipTest.AFileThatGoesOrIsAnotherIsTold)
+quoll_defence(list_only_shared_folders FILE apps/sandbox/confine.cpp
+  TAKES "for (const std::string& path : wanted.listable) {\n    rules.allow(path, Access::kRead);"
+  GIVES "for (const std::string& path : wanted.listable) {\n    rules.allow(path + \"/..\", Access::kRead);"
+  SHOWN_BY sandbox SandboxWithAFolder.NoOtherFolderIsListed)
+quoll_defence(folder_is_whole FILE apps/share/pack_folders.cpp
+  TAKES " || !told.ends_with(kPacked)" GIVES ""
+  SHOWN_BY host PackFolders.AHelperIsBelievedOnlyWhenItSaysThatAllIsPacked)
+
 # The launcher, which is not confined.
 set(file quoll/linux/gio/launcher.cpp)
 quoll_defence(launcher_opens_the_mail_application FILE ${file}

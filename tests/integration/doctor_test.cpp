@@ -33,6 +33,7 @@ TEST_F(Doctor, AShareArrives) {
   EXPECT_EQ(said(ended, "session bus"), "good: it answers");
   EXPECT_EQ(said(ended, "mail application"),
             "good: it.vorlent.quoll2 is quoll-compose, and can keep drafts");
+  EXPECT_EQ(said(ended, "folders"), "good: " QUOLL_FOLDER_HELPER " packs them");
   EXPECT_EQ(said(ended, "pictures"), "good: " QUOLL_IMAGE_HELPER " writes them");
   EXPECT_EQ(said(ended, "environment"), "good: that of this program");
   EXPECT_EQ(said(ended, "shared copies"), "good: none");

@@ -18,6 +18,7 @@ TEST(Usage, EveryProgramTellsItsVersion) {
       {QUOLL_SHARE_SERVICE, "quoll-share-service"},
       {QUOLL_COMPOSE, "quoll-compose"},
       {QUOLL_IMAGE_HELPER, "quoll-image-helper"},
+      {QUOLL_FOLDER_HELPER, "quoll-folder-helper"},
   };
   for (const auto& [program, name] : programs) {
     const Ended ended = run({program, "--version"});
