@@ -80,7 +80,8 @@ bool looks_like_host(std::string_view name) {
   const std::size_t dot = name.rfind('.');
   const std::string last = foundation::ascii_lower_case(name.substr(dot + 1));
   const auto is_letter = [](char c) { return c >= 'a' && c <= 'z'; };
-  return dot != std::string_view::npos && dot != 0 && name.find_first_of("@ ") == name.npos &&
+  return dot != std::string_view::npos && dot != 0 &&
+         name.find_first_of("@ ") == std::string_view::npos &&
          (std::ranges::find(kUsual, last) != kUsual.end() ||
           (last.size() == 2 && std::ranges::all_of(last, is_letter)));
 }
@@ -100,9 +101,10 @@ std::string link_advice(std::string_view text) {
 
 bool is_mail_address(std::string_view text) {
   const std::size_t at = text.find('@');
-  return at != std::string_view::npos && at != 0 && text.find('@', at + 1) == text.npos &&
-         std::ranges::none_of(text, is_space) && text.find_first_of("/:,;<>\"") == text.npos &&
-         text.find('.', at + 2) != text.npos && text.back() != '.';
+  return at != std::string_view::npos && at != 0 &&
+         text.find('@', at + 1) == std::string_view::npos && std::ranges::none_of(text, is_space) &&
+         text.find_first_of("/:,;<>\"") == std::string_view::npos &&
+         text.find('.', at + 2) != std::string_view::npos && text.back() != '.';
 }
 
 }  // namespace
