@@ -15,6 +15,7 @@
 #include "apps/share/request/image_signature.h"
 #include "apps/share/request/media_type.h"
 #include "apps/share/request/resolve_item.h"
+#include "apps/share/request/resolve_link.h"
 #include "fuzz/require.h"
 #include "quoll/foundation/base64.h"
 #include "quoll/foundation/text.h"
@@ -55,18 +56,23 @@ void check_resolved(std::string_view given) {
   require((resolved.url == nullptr) != resolved.refusal.empty());
   if (!resolved.url) {
     require(resolved.refusal.find('\n') == std::string::npos);
+    require(resolved.advice.find('\n') == std::string::npos);
     return;
   }
   if (resolved.url->isFileURL()) {
     struct stat status {};
     const auto path = foundation::file_system_path(resolved.url);
     require(path && path->starts_with('/'));
-    require(stat(path->c_str(), &status) == 0 && S_ISREG(status.st_mode));
+    require(stat(path->c_str(), &status) == 0);
+    const bool is_folder = resolved.url->absoluteString().ends_with('/');
+    require(is_folder ? S_ISDIR(status.st_mode) : S_ISREG(status.st_mode));
     return;
   }
   const std::string text = resolved.url->absoluteString();
   require(NSURL::URLWithString(text) != nullptr);
-  require(share::link_scheme(text).has_value());
+  const auto scheme = share::link_scheme(text);
+  require(scheme && !share::is_remote_scheme(*scheme));
+  require((scheme != "http" && scheme != "https" && scheme != "ftp") || resolved.url->host());
   require(std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c < 0x7F; }));
 }
 
