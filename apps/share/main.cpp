@@ -16,6 +16,10 @@ namespace {
 
 int share(Arguments& arguments) {
   close_inherited_descriptors(arguments.request, arguments.progress);
+  // Whoever follows the progress answers a caller with what is told, which is nothing when all is
+  // well.
+  const Tell note =
+      arguments.progress >= 0 ? Tell() : [](const std::string& line) { std::cerr << line; };
   const auto share = [&](const Tell& tell, int pipe) {
     return run_share(std::move(arguments.request),
                      {.print = arguments.print,
@@ -23,7 +27,7 @@ int share(Arguments& arguments) {
                       .verbose = arguments.verbose,
                       .progress = pipe >= 0 ? progress_to(pipe) : nullptr,
                       .starter = pipe,
-                      .note = [](const std::string& line) { std::cerr << line; },
+                      .note = note,
                       .tell = tell,
                       .tell_of_waiting = arguments.notify ? tell : nullptr});
   };

@@ -188,10 +188,9 @@ TEST_F(Share, WhatCannotBeSharedIsNamedAndTheRestIsShared) {
   const std::string missing = home_.path("gone\n.txt");
   const Ended ended = home_.print({missing, "/dev/null", "", file});
   EXPECT_EQ(ended.status, 3);
-  EXPECT_EQ(ended.errors,
-            "left out: " + home_.path("gone\\n.txt") +
-                ": no such file\nleft out: /dev/null: it is a device\n"
-                "left out: \"\": the name is empty\n");
+  EXPECT_EQ(ended.errors, "left out: " + home_.path("gone\\n.txt") +
+                              ": no such file\nleft out: /dev/null: it is a device\n"
+                              "left out: \"\": the name is empty\n");
   EXPECT_EQ(attachments_of(ended.output).size(), 1U);
 }
 
