@@ -15,7 +15,7 @@
 #include "apps/share/interruption.h"
 #include "apps/share/received_picture.h"
 #include "quoll/foundation/path.h"
-#include "quoll/linux/image_helper/images.h"
+#include "quoll/linux/image_helper/make_png.h"
 #include "quoll/linux/image_helper/memory_file.h"
 #include "quoll/linux/posix/copy_item.h"
 #include "quoll/linux/posix/descriptor_io.h"

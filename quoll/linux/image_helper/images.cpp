@@ -11,6 +11,7 @@
 
 #include "quoll/linux/image_helper/answers.h"
 #include "quoll/linux/image_helper/helper_process.h"
+#include "quoll/linux/image_helper/make_png.h"
 #include "quoll/linux/image_helper/memory_file.h"
 #include "quoll/linux/posix/installed_file.h"
 #include "quoll/platform/log.h"
