@@ -16,6 +16,8 @@
 #include <stdexcept>
 
 #include "apps/share/counting_queue.h"
+#include "apps/share/moving_files.h"
+#include "apps/share/prepare.h"
 #include "apps/share/request/selection.h"
 #include "apps/share/run.h"
 #include "quoll/container/accounts_store.h"
@@ -60,8 +62,9 @@ class Resident {
   explicit Resident(std::string folder)
       : folder_(std::move(folder)),
         queue_(std::make_shared<share::CountingQueue>(posix::make_thread_pool())),
+        staged_by_(std::make_shared<share::MovingFiles>(posix::make_file_manager())),
         desktop_({.bundle = posix::make_program_bundle("it.vorlent.quoll2.Quoll-Share"),
-                  .files = posix::make_file_manager(),
+                  .files = staged_by_,
                   .coordinator = posix::coordinator_factory(),
                   .queue = queue_,
                   .clock = posix::make_clock(),
@@ -70,6 +73,7 @@ class Resident {
   void round() {
     const auto items = new_items();
     share::Selection selection = share::make_selection({"A title", {}, {}, items}, std::nullopt);
+    static_cast<void>(share::prepare(selection, *staged_by_, image_helper::helper_path()));
     const auto message = gathered(selection);
     check_staged(*ExtensionMessage::ExtensionMessageWithUrl(message->queryUrl("compose")));
     const std::size_t records = check(ExtensionUtilities::Accounts(), last_accounts_) +
@@ -158,6 +162,7 @@ class Resident {
 
   std::string folder_;
   std::shared_ptr<share::CountingQueue> queue_;
+  std::shared_ptr<share::MovingFiles> staged_by_;
   platform::ScopedDesktop desktop_;
   std::mt19937 random_{1};
   std::multiset<std::string> files_;
