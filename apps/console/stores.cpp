@@ -1,6 +1,7 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <variant>
 
 #include "apps/console/commands.h"
 #include "apps/console/operations/json.h"
@@ -17,6 +18,7 @@
 #include "quoll/foundation/format.h"
 #include "quoll/foundation/path.h"
 #include "quoll/foundation/printable.h"
+#include "quoll/foundation/property_list.h"
 #include "quoll/platform/files.h"
 #include "quoll/records/extension_account.h"
 #include "quoll/records/extension_address.h"
@@ -65,6 +67,25 @@ void print_account(const ExtensionAccount& account) {
   }
 }
 
+/// Why a file is not a property list that holds a list; empty when it is.
+std::string fault_in(const std::string& path) {
+  const auto contents = platform::NSFileManager::defaultManager()->contentsAtPath(path);
+  if (const auto* const error = std::get_if<foundation::Error>(&contents)) {
+    return error->text;
+  }
+  const auto& bytes = std::get<foundation::Bytes>(contents);
+  foundation::PropertyListFault fault;
+  const auto root = foundation::read_property_list(
+      {reinterpret_cast<const char*>(bytes.data()), bytes.size()}, fault);
+  if (root) {
+    return root->as<List>() ? "" : "it holds " + std::string(root->kind());
+  }
+  const std::string place = fault.line == 0 ? ""
+                                            : "line " + std::to_string(fault.line) + ", column " +
+                                                  std::to_string(fault.column) + ": ";
+  return place + fault.reason;
+}
+
 /// Why a store cannot be read; empty when it can be read and is empty.
 std::string fault_of(std::string_view name) {
   const auto store =
@@ -76,9 +97,9 @@ std::string fault_of(std::string_view name) {
   if (!platform::NSFileManager::defaultManager()->fileExistsAtPath(path)) {
     return path + " is not there: the mail application has not written it";
   }
-  return container::array_with_contents_of_url(store)
-             ? ""
-             : path + " cannot be read as a property list that holds a list";
+  const std::string fault = fault_in(path);
+  return fault.empty() ? ""
+                       : path + " cannot be read as a property list that holds a list: " + fault;
 }
 
 /// Prints what was read and answers the exit status. For people it is printed by `print_records`.

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "quoll/foundation/value.h"
@@ -38,6 +39,19 @@ inline constexpr std::size_t kPropertyListDepth = 256;
 /// An integer beyond the largest of `Value` is read as the nearest real, one beyond 64 bits is
 /// broken.
 [[nodiscard]] std::optional<Value> read_property_list(std::string_view file);
+
+/// Why a document is not read.
+struct PropertyListFault {
+  /// The place, counted from 1; a column is a character. Both are 0 in a binary document.
+  std::size_t line = 0;
+  std::size_t column = 0;
+  /// A sentence without a capital and a full stop.
+  std::string reason;
+};
+
+/// The same, and when there is none, why.
+[[nodiscard]] std::optional<Value> read_property_list(std::string_view file,
+                                                      PropertyListFault& fault);
 
 [[nodiscard]] inline std::optional<Value> read_property_list(const Bytes& file) {
   return read_property_list(

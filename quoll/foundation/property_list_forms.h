@@ -10,10 +10,24 @@
 /// or null when the document is broken or beyond the limits. (No form can hold a null.)
 namespace quoll::foundation::property_list {
 
-/// `text` is UTF-8 without a byte-order mark.
-[[nodiscard, gnu::visibility("hidden")]] Value read_xml(std::string_view text);
-/// `text` is UTF-8 without a byte-order mark.
-[[nodiscard, gnu::visibility("hidden")]] Value read_old(std::string_view text);
+/// Where a text is broken, in bytes from its beginning, and why.
+struct Failure {
+  std::size_t position = 0;
+  std::string_view reason;
+
+  /// Notes the first failure: those that follow from it tell less. Answers null.
+  Value at(std::size_t place, std::string_view why) {
+    if (reason.empty()) {
+      *this = {place, why};
+    }
+    return {};
+  }
+};
+
+/// `text` is UTF-8 without a byte-order mark. A null answer comes with a failure.
+[[nodiscard, gnu::visibility("hidden")]] Value read_xml(std::string_view text, Failure& failure);
+/// The same.
+[[nodiscard, gnu::visibility("hidden")]] Value read_old(std::string_view text, Failure& failure);
 [[nodiscard, gnu::visibility("hidden")]] Value read_binary(std::string_view file);
 
 /// An integer where it fits, else the nearest real.

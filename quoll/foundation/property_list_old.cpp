@@ -46,14 +46,20 @@ char control_character(char letter) {
 
 class OldReader {
  public:
-  explicit OldReader(std::string_view text) : text_(text) {}
+  OldReader(std::string_view text, Failure& failure) : text_(text), failure_(failure) {}
 
   Value document() {
     Value root = value(1);
-    return !root.is_null() && skip_between() && position_ == text_.size() ? root : Value();
+    if (root.is_null()) {
+      return root;
+    }
+    const bool whole = skip_between() && position_ == text_.size();
+    return whole ? root : fail("something follows the first value");
   }
 
  private:
+  Value fail(std::string_view reason) { return failure_.at(position_, reason); }
+
   /// The next character; a zero byte at the end.
   [[nodiscard]] char next() const { return position_ < text_.size() ? text_[position_] : '\0'; }
 
@@ -73,6 +79,7 @@ class OldReader {
       } else if (text_.substr(position_).starts_with("/*")) {
         const std::size_t end = text_.find("*/", position_ + 2);
         if (end == std::string_view::npos) {
+          fail("a comment does not end");
           return false;  // the position stays at the comment, so that the next call fails too
         }
         position_ = end + 2;
@@ -88,7 +95,7 @@ class OldReader {
 
   Value value(std::size_t depth) {
     if (depth > kPropertyListDepth || ++values_ > kPropertyListValues || !skip_between()) {
-      return {};
+      return fail("it has too many values, or too deep ones");
     }
     if (take("{")) {
       return dictionary(depth);
@@ -100,7 +107,7 @@ class OldReader {
       return bytes();
     }
     auto scalar = text();
-    return scalar ? Value(std::move(*scalar)) : Value();
+    return scalar ? Value(std::move(*scalar)) : fail("a value was expected");
   }
 
   Value list(std::size_t depth) {
@@ -113,7 +120,7 @@ class OldReader {
       elements.push_back(std::move(element));
       if (!take_mark(",")) {
         if (!take_mark(")")) {
-          return {};
+          return fail("\",\" or \")\" was expected");
         }
         break;
       }
@@ -125,9 +132,10 @@ class OldReader {
     Dictionary entries;
     while (!take_mark("}")) {
       const auto key = text();
-      Value entry = key && take_mark("=") ? value(depth + 1) : Value();
+      Value entry = key && take_mark("=") ? value(depth + 1)
+                                          : fail("a key and \"=\", or \"}\", was expected");
       if (entry.is_null() || !take_mark(";")) {
-        return {};
+        return fail("\";\" was expected");
       }
       entries.setObject(std::move(entry), *key);
     }
@@ -149,7 +157,8 @@ class OldReader {
         break;
       }
     }
-    return high < 0 && take(">") ? Value(std::move(bytes)) : Value();
+    return high < 0 && take(">") ? Value(std::move(bytes))
+                                 : fail("bytes are pairs of digits and end with \">\"");
   }
 
   std::optional<std::string> text() {
@@ -175,6 +184,7 @@ class OldReader {
     while (true) {
       const std::size_t stop = text_.find_first_of(std::string_view(stops, 2), position_);
       if (stop == std::string_view::npos) {
+        fail("a quoted text does not end");
         return std::nullopt;
       }
       out += text_.substr(position_, stop - position_);
@@ -183,6 +193,7 @@ class OldReader {
         return out;
       }
       if (!append_escaped(out)) {
+        fail("an escape stands for no character");
         return std::nullopt;
       }
     }
@@ -235,14 +246,15 @@ class OldReader {
   }
 
   std::string_view text_;
+  Failure& failure_;
   std::size_t position_ = 0;
   std::size_t values_ = 0;
 };
 
 }  // namespace
 
-Value read_old(std::string_view text) {
-  return OldReader(text).document();
+Value read_old(std::string_view text, Failure& failure) {
+  return OldReader(text, failure).document();
 }
 
 }  // namespace quoll::foundation::property_list

@@ -76,24 +76,32 @@ Value scalar(Kind kind, std::string_view content) {
 
 class XmlReader {
  public:
-  explicit XmlReader(std::string_view text) : text_(text) {}
+  XmlReader(std::string_view text, Failure& failure) : text_(text), failure_(failure) {}
 
   Value document() {
     if (!skip_between() || (take("<!DOCTYPE") && !(skip_to_tag_end() && skip_between()))) {
-      return {};
+      return failure_.at(position_, "a comment does not end, or the document type says too much");
     }
     const auto opening = tag();
     if (!opening || opening->kind != Kind::kDocument || opening->closes || opening->empty) {
-      return {};
+      return fail("<plist> was expected");
     }
     const auto first = next_tag();
-    Value root = first ? element(*first, 1) : Value();
-    const bool whole =
-        !root.is_null() && closes(Kind::kDocument) && skip_between() && position_ == text_.size();
-    return whole ? root : Value();
+    Value root = first ? element(*first, 1) : fail("a value was expected");
+    if (root.is_null()) {
+      return root;
+    }
+    if (!closes(Kind::kDocument)) {
+      return fail("</plist> was expected");
+    }
+    const bool whole = skip_between() && position_ == text_.size();
+    return whole ? root : failure_.at(position_, "something follows </plist>");
   }
 
  private:
+  /// The place is the tag that was read last, or what stands where a tag was expected.
+  Value fail(std::string_view reason) { return failure_.at(tag_begin_, reason); }
+
   [[nodiscard]] bool at(std::string_view wanted) const {
     return text_.substr(position_).starts_with(wanted);
   }
@@ -163,6 +171,7 @@ class XmlReader {
   }
 
   std::optional<Tag> tag() {
+    tag_begin_ = position_;
     if (!take("<")) {
       return std::nullopt;
     }
@@ -193,8 +202,11 @@ class XmlReader {
   }
 
   Value element(const Tag& tag, std::size_t depth) {
-    if (tag.closes || depth > kPropertyListDepth || ++values_ > kPropertyListValues) {
-      return {};
+    if (tag.closes || tag.kind == Kind::kKey || tag.kind == Kind::kDocument) {
+      return fail("a value was expected");
+    }
+    if (depth > kPropertyListDepth || ++values_ > kPropertyListValues) {
+      return fail("it has too many values, or too deep ones");
     }
     if (tag.kind == Kind::kDictionary) {
       return dictionary(tag, depth);
@@ -202,8 +214,10 @@ class XmlReader {
     if (tag.kind == Kind::kList) {
       return list(tag, depth);
     }
+    const std::size_t begin = tag_begin_;
     const auto text = content(tag);
-    return text ? scalar(tag.kind, *text) : Value();
+    Value value = text ? scalar(tag.kind, *text) : fail(kBrokenText);
+    return value.is_null() ? failure_.at(begin, "this is not what its tag says") : value;
   }
 
   Value list(const Tag& opening, std::size_t depth) {
@@ -211,7 +225,7 @@ class XmlReader {
     while (!opening.empty) {
       const auto next = next_tag();
       if (!next || (next->closes && next->kind != Kind::kList)) {
-        return {};
+        return fail("a value or </array> was expected");
       }
       if (next->closes) {
         break;
@@ -231,18 +245,18 @@ class XmlReader {
     while (!opening.empty) {
       const auto next = next_tag();
       if (!next || next->kind != (next->closes ? Kind::kDictionary : Kind::kKey)) {
-        return {};
+        return fail("<key> or </dict> was expected");
       }
       if (next->closes) {
         break;
       }
       const auto text = content(*next);
       if (!text) {
-        return {};
+        return fail(kBrokenText);
       }
       key = *text;  // reading the value may overwrite where it stands
       const auto tag = next_tag();
-      Value value = tag ? element(*tag, depth + 1) : Value();
+      Value value = tag ? element(*tag, depth + 1) : fail("a value was expected");
       if (value.is_null()) {
         return {};
       }
@@ -289,16 +303,21 @@ class XmlReader {
     return true;
   }
 
+  static constexpr std::string_view kBrokenText =
+      "a text does not end here, or holds an entity or a tag that it cannot hold";
+
   std::string_view text_;
+  Failure& failure_;
   std::size_t position_ = 0;
+  std::size_t tag_begin_ = 0;
   std::size_t values_ = 0;
   std::string joined_;
 };
 
 }  // namespace
 
-Value read_xml(std::string_view text) {
-  return XmlReader(text).document();
+Value read_xml(std::string_view text, Failure& failure) {
+  return XmlReader(text, failure).document();
 }
 
 }  // namespace quoll::foundation::property_list

@@ -20,9 +20,14 @@ namespace {
 constexpr std::string_view kBeginning = "quoll://";
 
 std::string command_in(std::string_view text) {
-  if (!text.starts_with(kBeginning) || !foundation::NSURL::URLWithString(text)) {
+  if (!text.starts_with(kBeginning)) {
     foundation::raise_invalid_argument(
         "this is not a command URL of the form quoll://COMMAND?QUERY");
+  }
+  if (!foundation::NSURL::URLWithString(text)) {
+    foundation::raise_invalid_argument(
+        "the command URL has a \"%\" that begins no escape, a second \"#\", or a character that "
+        "has to be escaped");
   }
   text.remove_prefix(kBeginning.size());
   const std::string_view word = text.substr(0, text.find_first_of("?#"));

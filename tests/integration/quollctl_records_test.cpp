@@ -129,10 +129,13 @@ TEST_F(QuollctlRecords, TellsAnEmptyStoreFromOneThatCannotBeRead) {
                  addresses + " is not there: the mail application has not written it");
   write("Accounts.plist", "{ mail = m; }");
   write("Contacts/Addresses.plist", "(");
-  expect_refusal(quollctl({"accounts"}),
-                 accounts + " cannot be read as a property list that holds a list");
+  expect_refusal(
+      quollctl({"accounts"}),
+      accounts + " cannot be read as a property list that holds a list: it holds a dictionary");
   expect_refusal(quollctl({"contacts", "--json"}),
-                 addresses + " cannot be read as a property list that holds a list");
+                 addresses +
+                     " cannot be read as a property list that holds a list: line 1, column 2: a "
+                     "value was expected");
   write("Accounts.plist", "()");
   write("Contacts/Addresses.plist", "()");
   EXPECT_EQ(quollctl({"accounts"}).status, 0);

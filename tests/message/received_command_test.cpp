@@ -72,6 +72,14 @@ TEST(ReceivedCommand, WhatCannotBeReadIsSaidInPlainWords) {
     }
   };
   EXPECT_EQ(refused("quoll://compose#a?b=c"), "the command URL has a \"#\" before its \"?\"");
+  EXPECT_EQ(refused("http://compose"),
+            "this is not a command URL of the form quoll://COMMAND?QUERY");
+  for (const char* const url : {"quoll://compose?a=%zz", "quoll://compose?a=%2",
+                                "quoll://compose?a=b#c#d", "quoll://compose?a=b c"}) {
+    EXPECT_EQ(refused(url),
+              "the command URL has a \"%\" that begins no escape, a second \"#\", or a character "
+              "that has to be escaped");
+  }
   for (const char* const url : {"quoll://compose?a=%FF", "quoll://compose?%FF=a"}) {
     EXPECT_EQ(refused(url),
               "a part of the command URL is not UTF-8 text once its escapes are decoded");
