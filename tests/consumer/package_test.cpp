@@ -166,6 +166,10 @@ TEST_F(Package, TheExamplesOfTheDocumentCompile) {
   compile(source, "quoll-linux-posix quoll-linux-gio");
 }
 
+TEST_F(Package, TheTutorialIsBuilt) {
+  EXPECT_TRUE(std::filesystem::exists(build("examples/tutorial") + "/tutorial-view"));
+}
+
 TEST_F(Package, TheExampleOpensAComposeWindow) {
   const std::string folder = build("examples/compose");
   const PrivateBus bus;
