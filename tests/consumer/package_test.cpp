@@ -136,13 +136,16 @@ TEST_F(Package, EachAdapterIsFoundByCMake) {
   }
 }
 
-/// The indented pieces of a document that are C++, one after the other.
+/// The indented pieces of a document that are C++, one after the other. What is fenced is a program
+/// of its own.
 std::string examples_of(const std::string& file) {
   std::istringstream document(read_file(file));
   std::string examples;
   std::string piece;
+  bool fenced = false;
   for (std::string line; std::getline(document, line);) {
-    if (line.starts_with("    ")) {
+    fenced = line.starts_with("```") != fenced;
+    if (!fenced && line.starts_with("    ")) {
       piece += line + "\n";
     } else if (!piece.empty()) {
       examples += piece.find(';') == std::string::npos ? "" : piece;
