@@ -135,20 +135,20 @@ Finding folders() {
           "install quoll-share again: folders are left out"};
 }
 
+/// Of the display that is asked first; another, such as X beside Wayland, shows the same clipboard.
 Finding clipboard() {
-  std::string there;
   for (const share::ClipboardProgram& tool : share::kClipboardPrograms) {
     const char* const display = std::getenv(tool.display);
     if (display == nullptr || *display == '\0') {
       continue;
     }
-    if (!gio::is_program(tool.name)) {
-      return {"clipboard", State::kWorthKnowing, std::string(tool.name) + " is missing",
-              std::string("install ") + tool.package + " to share what the clipboard holds"};
+    if (gio::is_program(tool.name)) {
+      return {"clipboard", State::kGood, std::string("read by ") + tool.name, ""};
     }
-    there += (there.empty() ? "read by " : " and ") + std::string(tool.name);
+    return {"clipboard", State::kWorthKnowing, std::string(tool.name) + " is missing",
+            std::string("install ") + tool.package + " to share what the clipboard holds"};
   }
-  return {"clipboard", State::kGood, there.empty() ? "there is no display" : there, ""};
+  return {"clipboard", State::kGood, "there is no display", ""};
 }
 
 /// The last lines that shares and the receiver of their drafts have logged. Only lines that this

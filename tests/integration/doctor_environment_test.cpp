@@ -60,6 +60,26 @@ TEST_F(Doctor, ABusThatKnowsAnotherDisplayIsNotCalledBlind) {
   EXPECT_EQ(said(ended, "environment"), "note: other than this program's: DISPLAY XAUTHORITY");
 }
 
+TEST_F(Doctor, ABusThatKnowsOneKindOfDisplayIsNotBlind) {
+  const std::pair<std::string, std::string> x{"DISPLAY", ":7"}, wayland{"WAYLAND_DISPLAY", "w-7"};
+  for (const auto& [known, other] : {std::pair(x, wayland), std::pair(wayland, x)}) {
+    const PrivateBus bus(Environment{known});
+    bus.add_service("it.vorlent.quoll2", QUOLL_COMPOSE " --service --idle 1");
+    Environment environment = bus.environment();
+    environment[other.first] = other.second;
+    const auto check = [&](const std::string& told) {
+      const Ended ended = run({QUOLLCTL, "doctor", "--json"}, environment);
+      EXPECT_EQ(said(ended, "display"), "good: known");
+      EXPECT_EQ(said(ended, "environment"), told);
+    };
+    check("note: other than this program's: " + other.first);
+    environment[known.first] = known.second;
+    check("note: other than this program's: " + other.first);
+    environment[other.first] = std::nullopt;
+    check("good: that of this program");
+  }
+}
+
 TEST_F(Doctor, ARunningMailApplicationIsComparedToo) {
   const std::vector<std::string> mail{RECEIVER_DOUBLE, "bus", "it.vorlent.quoll2", "record",
                                       bus_.path("record")};

@@ -287,10 +287,16 @@ TEST_F(Doctor, TheClipboardNeedsAProgram) {
   };
   EXPECT_EQ(said(found({}), "clipboard"), "good: there is no display");
   EXPECT_EQ(said(found({{"DISPLAY", ":7"}}), "clipboard"), "good: read by xclip");
-  const Ended wayland = found({{"DISPLAY", ":7"}, {"WAYLAND_DISPLAY", "wayland-7"}});
-  EXPECT_EQ(said(wayland, "clipboard"), "note: wl-paste is missing");
-  EXPECT_EQ(advised(wayland, "clipboard"),
-            "install wl-clipboard to share what the clipboard holds");
+  const Environment both{{"DISPLAY", ":7"}, {"WAYLAND_DISPLAY", "wayland-7"}};
+  for (const Environment& display : {both, Environment{{"WAYLAND_DISPLAY", "wayland-7"}}}) {
+    const Ended ended = found(display);
+    EXPECT_EQ(said(ended, "clipboard"), "note: wl-paste is missing");
+    EXPECT_EQ(advised(ended, "clipboard"),
+              "install wl-clipboard to share what the clipboard holds");
+  }
+  fs::remove(bus_.path("programs/xclip"));
+  make_program("wl-paste");
+  EXPECT_EQ(said(found(both), "clipboard"), "good: read by wl-paste") << "X shows the same one";
 }
 
 TEST_F(Doctor, AMailApplicationIsNotStarted) {
