@@ -96,5 +96,14 @@ TEST(MenuEntries, SendTo) {
   EXPECT_EQ(split(filled(entry.value("Exec"), "%F", quoted)), expected(kAsItIs));
 }
 
+// Only to such entries does a launcher give a token, by which the draft's window comes to the
+// front.
+TEST(MenuEntries, BringATokenAlong) {
+  for (const char* const file : {"it.vorlent.quoll2.Quoll-Share.desktop",
+                                 "it.vorlent.quoll2.desktop", "quoll-share.send-to.desktop"}) {
+    EXPECT_EQ(Entry(file, "Desktop Entry").value("StartupNotify"), "true") << file;
+  }
+}
+
 }  // namespace
 }  // namespace quoll::test
