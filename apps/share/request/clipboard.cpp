@@ -29,6 +29,7 @@ constexpr std::size_t kLongestText = 64 * kMebibyte;
 constexpr std::size_t kLargestPicture = 256 * kMebibyte;
 constexpr std::size_t kLongestList = kMebibyte;
 constexpr const char* kEmpty = "it is empty";
+constexpr const char* kNoAnswer = "the program that holds it does not answer";
 
 /// How a program is asked.
 struct ClipboardReader {
@@ -36,6 +37,7 @@ struct ClipboardReader {
   std::vector<std::string> types;    ///< lists the types of what the clipboard holds
   std::vector<std::string> content;  ///< delivers the type that stands behind it
   std::vector<std::string_view> words_for_empty;
+  const char* no_types;  ///< why no types are listed, when nothing is said
 };
 
 const std::array<ClipboardReader, 2>& readers() {
@@ -43,11 +45,14 @@ const std::array<ClipboardReader, 2>& readers() {
       ClipboardReader{kWaylandClipboard,
                       {"wl-paste", "--list-types"},
                       {"wl-paste", "--no-newline", "--type"},
-                      {"Nothing is copied", "No selection", "No suitable type"}},
+                      {"Nothing is copied", "No selection", "No suitable type"},
+                      // The compositor has the list. Plasma's tells of none before the first copy.
+                      "it is empty, or the desktop does not show it"},
       ClipboardReader{kXClipboard,
                       {"xclip", "-selection", "clipboard", "-o", "-t", "TARGETS"},
                       {"xclip", "-selection", "clipboard", "-o", "-t"},
-                      {"not available"}},
+                      {"not available"},
+                      kNoAnswer},
   };
   return all;
 }
@@ -76,7 +81,7 @@ Reason why_not(const ClipboardReader& reader, const posix::ProgramAnswer& answer
     case End::kWell:
       return std::nullopt;
     case End::kSilent:
-      return ClipboardTrouble{"the program that holds it does not answer"};
+      return ClipboardTrouble{kNoAnswer};
     case End::kTooLong:
       return ClipboardTrouble{"what it holds is too long"};
     case End::kMissing:
@@ -150,6 +155,9 @@ Reason add_from(const ClipboardReader& reader, ShareRequest& request,
                 std::chrono::steady_clock::time_point deadline) {
   const posix::ProgramAnswer listed =
       posix::run_program(reader.types, kLongestList, read_timeout, deadline);
+  if (listed.end == End::kSilent) {
+    return ClipboardTrouble{reader.no_types, kNoAnswer};
+  }
   if (auto reason = why_not(reader, listed)) {
     return reason;
   }
