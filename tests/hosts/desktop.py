@@ -1,5 +1,5 @@
-"""A desktop of the run's own: a screen, a session bus and a home, with the installed tree in its
-paths."""
+"""A desktop of the run's own: a screen of some kind, a session bus and a home, with the installed
+tree in its paths."""
 
 import os
 import pathlib
@@ -7,7 +7,7 @@ import subprocess
 import time
 
 # What the user's own session would lend to the programs.
-UNWANTED = ("WAYLAND_DISPLAY", "XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID", "GTK_MODULES",
+UNWANTED = ("DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID", "GTK_MODULES",
             "QT_PLUGIN_PATH", "QT_QPA_PLATFORM", "GTK_PATH", "SESSION_MANAGER", "XAUTHORITY",
             "QUOLL_GROUP_CONTAINERS", "QUOLL_BUNDLE_IDENTIFIER", "LANGUAGE", "LC_ALL")
 
@@ -18,11 +18,6 @@ Name=Nobody
 Exec=true %u
 NoDisplay=true
 MimeType=x-scheme-handler/mailto;
-"""
-# Every window fills the screen, so that no text in it is cut short.
-WINDOWS = """<openbox_config xmlns="http://openbox.org/3.4/rc"><applications>
-<application type="normal"><maximized>true</maximized></application>
-</applications></openbox_config>
 """
 SYSTEM_DATA = "/usr/local/share:/usr/share"
 
@@ -44,9 +39,10 @@ def wait_for(condition, what, seconds=30):
 
 
 class Desktop:
-    """Everything lies below `root`; whoever started the process ends what is left of it."""
+    """Everything lies below `root`; whoever started the process ends what is left of it. `kind` is
+    the class of the screen."""
 
-    def __init__(self, root, stage):
+    def __init__(self, root, stage, kind):
         self.root = root
         self.home = root / "home"
         self.drafts = self.home / ".local/share/quoll-compose/drafts"
@@ -56,7 +52,6 @@ class Desktop:
         (self.home / ".local/share/applications/nobody.desktop").write_text(NOBODY)
         (self.home / ".config/mimeapps.list").write_text(
             "[Default Applications]\nx-scheme-handler/mailto=nobody.desktop\n")
-        (self.home / "rc.xml").write_text(WINDOWS)
         self._log = (root / "log").open("ab")
         kept = {name: value for name, value in os.environ.items()
                 if name not in UNWANTED and not name.startswith("XDG_")}
@@ -71,14 +66,8 @@ class Desktop:
             "GIO_USE_VFS": "local",
             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
         })
-        os.environ["DISPLAY"] = ":" + self._first_word(
-            "Xvfb", "-displayfd", "1", "-screen", "0", "1280x1000x24", "-nolisten", "tcp",
-            "-noreset")
-        os.environ["DBUS_SESSION_BUS_ADDRESS"] = self._first_word(
-            "dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address")
-        self.start("openbox", "--sm-disable", "--config-file", str(self.home / "rc.xml"))
-        wait_for(lambda: self.ask("xprop", "-root", "_NET_SUPPORTING_WM_CHECK").count("window id"),
-                 "the window manager")
+        self.screen = kind(self)  # before the bus, whose services are shown there
+        os.environ["DBUS_SESSION_BUS_ADDRESS"] = self.start_bus()
         self._let_programs_be_read()
 
     def start(self, *command, stdin=subprocess.DEVNULL):
@@ -94,14 +83,15 @@ class Desktop:
         return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True,
                               timeout=20, check=False).stdout.strip()
 
-    def screenshot(self, path):
-        path.parent.mkdir(parents=True, exist_ok=True)
-        self.ask("import", "-window", "root", str(path))
-
-    def _first_word(self, *command):
+    def first_word(self, *command):
+        """Starts a program that says where it is found."""
         process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                    stderr=self._log, text=True)
         return process.stdout.readline().strip()
+
+    def start_bus(self):
+        return self.first_word("dbus-daemon", "--session", "--nofork", "--nopidfile",
+                               "--print-address")
 
     def _let_programs_be_read(self):
         """Programs tell what they show only when somebody is said to be reading it."""

@@ -21,6 +21,14 @@ class FileManager:
         return " > ".join(self.labels)
 
     def drive(self, scene):
+        wanted = self.select(scene)
+        scene.menus.choose(lambda: scene.menus.press("Menu"), self.labels)
+        draft = scene.wait_for_draft()
+        draft.content.expect(wanted)
+        return draft
+
+    def select(self, scene):
+        """Shows a folder with all its files selected, and answers what they are."""
         folder = scene.desktop.home / "what is shared"
         wanted = write_sources(folder)
         self.open(scene, folder)
@@ -33,10 +41,7 @@ class FileManager:
             return scene.menus.shows(selected)
 
         wait_for(select_all, f"a window that says that {count} files are selected")
-        scene.menus.choose(lambda: scene.menus.press("Menu"), self.labels)
-        draft = scene.wait_for_draft()
-        draft.content.expect(wanted)
-        return draft
+        return wanted
 
     def open(self, scene, folder):
         """Starts it until its window is there: one that waits for itself for ever is none."""
@@ -72,7 +77,7 @@ class Nautilus(FileManager):
 
     def get_ready(self, scene):
         """The keys do not go to the files before somebody clicked there."""
-        scene.menus.click_in_corner()
+        scene.desktop.screen.click_in_corner()
 
 
 FILE_MANAGERS = {

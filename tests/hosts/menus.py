@@ -14,21 +14,28 @@ from gi.repository import Atspi, GLib  # noqa: E402
 from desktop import Missing, wait_for  # noqa: E402
 
 FOCUS = ("object:state-changed:focused", "focus:")
+SHOWN = "object:state-changed:showing"
 
 
 class Menus:
     def __init__(self, desktop):
-        self._desktop = desktop
+        self._screen = desktop.screen
         self._focused = collections.deque()
-        self._listener = Atspi.EventListener.new(self._on_focus)
-        for event in FOCUS:
+        self._listener = Atspi.EventListener.new(self._on_event)
+        self._opened = 0  # menus, as far as programs tell
+        for event in (*FOCUS, SHOWN):
             self._listener.register(event)
         # A program that looks for the registry while it starts itself is never heard of again.
         Atspi.get_desktop(0).get_child_count()
 
     def press(self, key):
         self._focused.clear()
-        self._desktop.ask("xdotool", "key", key)
+        self._screen.press(key)
+
+    def windows(self, title=""):
+        """All windows that are shown, or those whose title has these words; those of menus, too,
+        where they are windows."""
+        return self._screen.windows(title)
 
     def click(self, button):
         """Clicks on the button of that name."""
@@ -40,34 +47,20 @@ class Menus:
             return None
 
         place = wait_for(shown, f"a button {button!r}")
-        self._desktop.ask("xdotool", "mousemove", str(place.x + place.width // 2),
-                          str(place.y + place.height // 2), "click", "1")
+        self._screen.click(place.x + place.width // 2, place.y + place.height // 2)
 
     def choose(self, opening, labels, before_choosing=lambda: None):
         """Opens a menu by calling `opening`, and does what a click on the last label does; each
         label but the last is a menu's in it."""
-        before = self.windows()
+        before = self._shown()
         opening()
-        wait_for(lambda: self.windows() != before, "a menu")
+        wait_for(lambda: self._shown() != before, "a menu")
         for label in labels[:-1]:
             self._go_to(label)
             self.press("Right")
         self._go_to(labels[-1])
         before_choosing()
         self.press("Return")
-
-    def windows(self, title=""):
-        """All windows and menus that are shown, or those whose title has these words."""
-        return set(self._desktop.ask("xdotool", "search", "--onlyvisible", "--name",
-                                     title or ".*").split())
-
-    def click_in_corner(self):
-        """Clicks into the lower right corner of the window in front, where nothing is."""
-        window = self._desktop.ask("xdotool", "getactivewindow")
-        place = self._desktop.ask("xdotool", "getwindowgeometry", "--shell", window)
-        width, height = (int(re.search(rf"{side}=(\d+)", place)[1]) for side in ("WIDTH", "HEIGHT"))
-        self._desktop.ask("xdotool", "mousemove", "--window", window, str(width - 60),
-                          str(height - 60), "click", "1")
 
     def shows(self, pattern):
         """Whether a program shows a text in which the pattern is found, now or in a moment."""
@@ -77,6 +70,14 @@ class Menus:
                    for one in self._everything()):
                 return True
         return False
+
+    def _shown(self):
+        """What is other when a menu has opened."""
+        if self._screen.lists_menus:
+            return self.windows()
+        while self._listen():
+            pass
+        return self._opened
 
     def _go_to(self, label):
         seen = []
@@ -96,14 +97,22 @@ class Menus:
     def _next_focus(self, seconds):
         end = time.monotonic() + seconds
         while not self._focused and time.monotonic() < end:
-            if not GLib.MainContext.default().iteration(False):
+            if not self._listen():
                 time.sleep(0.01)
         return self._focused.popleft() if self._focused else ""
 
-    def _on_focus(self, event):
+    @staticmethod
+    def _listen():
+        """Whether there was something to hear."""
+        return GLib.MainContext.default().iteration(False)
+
+    def _on_event(self, event):
         try:
             gained = event.type == "focus:" or event.detail1
-            if gained and event.source.get_name() and "menu" in event.source.get_role_name():
+            if not gained or "menu" not in event.source.get_role_name():
+                return
+            self._opened += 1
+            if event.type != SHOWN and event.source.get_name():
                 self._focused.append(event.source.get_name())
         except GLib.Error:  # it went away
             pass

@@ -69,6 +69,6 @@ class Pictures:
 
     def _take(self, desktop, name, part):
         path = self._folder / f"{name}.png"
-        desktop.screenshot(path)
+        desktop.screen.screenshot(path)
         desktop.ask("mogrify", "-crop", part, "+repage", "-strip", "+dither", "-colors", "64",
                     str(path))

@@ -61,8 +61,9 @@ class Draft:
         self.subject = message["Subject"] or ""
         body = message.get_body(("html", "plain"))
         self.body = body.get_content() if body else ""
-        self.content = Content((part.get_filename(), part.get_payload(decode=True))
-                               for part in message.iter_attachments())
+        self.attachments = [(part.get_filename(), part.get_payload(decode=True))
+                            for part in message.iter_attachments()]
+        self.content = Content(self.attachments)
 
     @property
     def digest(self):
