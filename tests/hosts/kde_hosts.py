@@ -85,7 +85,7 @@ class Browsers:
             (MENU_ENTRY,))
         draft = scene.wait_for_draft()
         for where, what in ((draft.subject, self.PAGE["title"]), (draft.body, self.PAGE["text"]),
-                            (draft.body, 'href="https://example.org/?a=1&b=it')):
+                            (draft.body, 'href="https://example.org/?a=1&amp;b=it')):
             if what not in where:
                 raise Missing(f"{what!r} is not in {where!r}")
         return draft
