@@ -92,12 +92,14 @@ function(quoll_compile_quickly target)
   target_compile_options(${target} PRIVATE "SHELL:$<$<CONFIG:Release>:-O0 -U_FORTIFY_SOURCE>")
 endfunction()
 
-# What most tests include is read once for all of them, by the first. A compiler cache would keep
-# nothing that was built so.
+# What most tests include is read once for all of them, by the first; a test whose libraries define
+# other macros reads it again. A compiler cache would keep nothing that was built so.
 function(quoll_read_headers_once target)
   if(NOT CMAKE_UNITY_BUILD OR CMAKE_CXX_COMPILER_LAUNCHER)
     return()
   endif()
+  target_compile_options(${target} PRIVATE -pthread)  # defines a macro, which some libraries bring
+  set_target_properties(${target} PROPERTIES PCH_WARN_INVALID OFF)
   get_property(first GLOBAL PROPERTY QUOLL_FIRST_TEST)
   if(first)
     target_precompile_headers(${target} REUSE_FROM ${first})
