@@ -27,8 +27,6 @@ namespace quoll::share {
 
 namespace {
 
-using namespace std::chrono_literals;
-
 /// Tells how far a preparation is, not too often.
 class Teller {
  public:
@@ -48,10 +46,10 @@ class Teller {
     if (now < next_) {
       return;
     }
-    next_ = now + 100ms;
+    next_ = now + std::chrono::milliseconds(100);
     if (progress_) {
       progress_(ready * kParts + part, items_ * kParts);
-    } else if (is_terminal_ && now - begin_ >= 1s) {
+    } else if (is_terminal_ && now - begin_ >= std::chrono::seconds(1)) {
       is_shown_ = true;
       static_cast<void>(posix::write_all(
           STDERR_FILENO, "\r" + std::to_string(ready) + " of " + std::to_string(items_) +
