@@ -63,48 +63,14 @@ void RecordingQueue::async(platform::QueuePriority priority, std::function<void(
   });
 }
 
-std::shared_ptr<NSURL> RecordingFiles::containerURLForSecurityApplicationGroupIdentifier(
-    std::string_view group) {
-  return files_->containerURLForSecurityApplicationGroupIdentifier(group);
-}
-
-std::optional<Error> RecordingFiles::removeItemAtURL(const std::shared_ptr<NSURL>& url) {
-  return files_->removeItemAtURL(url);
-}
-
-std::optional<Error> RecordingFiles::createDirectoryAtURL(const std::shared_ptr<NSURL>& url) {
-  return files_->createDirectoryAtURL(url);
-}
-
 std::optional<Error> RecordingFiles::copyItemAtPath(std::string_view source,
                                                     std::string_view destination) {
-  return recorded_unless(files_->copyItemAtPath(source, destination), destination);
-}
-
-bool RecordingFiles::fileExistsAtPath(std::string_view path) {
-  return files_->fileExistsAtPath(path);
-}
-
-bool RecordingFiles::isDirectoryAtPath(std::string_view path) {
-  return files_->isDirectoryAtPath(path);
-}
-
-std::optional<std::vector<std::string>> RecordingFiles::contentsOfDirectoryAtPath(
-    std::string_view path) {
-  return files_->contentsOfDirectoryAtPath(path);
-}
-
-platform::FileContents RecordingFiles::contentsAtPath(std::string_view path) {
-  return files_->contentsAtPath(path);
+  return recorded_unless(ForwardingFiles::copyItemAtPath(source, destination), destination);
 }
 
 std::optional<Error> RecordingFiles::writeToFile(const Bytes& data, std::string_view path,
                                                  platform::NSDataWritingOptions options) {
-  return recorded_unless(files_->writeToFile(data, path, options), path);
-}
-
-std::string RecordingFiles::currentDirectoryPath() {
-  return files_->currentDirectoryPath();
+  return recorded_unless(ForwardingFiles::writeToFile(data, path, options), path);
 }
 
 platform::Desktop recorded(platform::Desktop desktop) {

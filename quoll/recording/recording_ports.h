@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "quoll/platform/desktop.h"
+#include "quoll/platform/forwarding_files.h"
 
 /// Ports that note in the recorder of the calling thread what they are asked, and then do what the
 /// port beneath does. Without a recorder they only do that. What they wrap is never null.
@@ -57,28 +58,14 @@ class RecordingQueue final : public platform::Queue {
 };
 
 /// Records where each file was put, once it is there.
-class RecordingFiles final : public platform::NSFileManager {
+class RecordingFiles final : public platform::ForwardingFiles {
  public:
-  explicit RecordingFiles(std::shared_ptr<NSFileManager> files) : files_(std::move(files)) {}
+  using ForwardingFiles::ForwardingFiles;
 
-  std::shared_ptr<foundation::NSURL> containerURLForSecurityApplicationGroupIdentifier(
-      std::string_view group) override;
-  std::optional<foundation::Error> removeItemAtURL(
-      const std::shared_ptr<foundation::NSURL>& url) override;
-  std::optional<foundation::Error> createDirectoryAtURL(
-      const std::shared_ptr<foundation::NSURL>& url) override;
   std::optional<foundation::Error> copyItemAtPath(std::string_view source,
                                                   std::string_view destination) override;
-  bool fileExistsAtPath(std::string_view path) override;
-  bool isDirectoryAtPath(std::string_view path) override;
-  std::optional<std::vector<std::string>> contentsOfDirectoryAtPath(std::string_view path) override;
-  platform::FileContents contentsAtPath(std::string_view path) override;
   std::optional<foundation::Error> writeToFile(const foundation::Bytes& data, std::string_view path,
                                                platform::NSDataWritingOptions options) override;
-  std::string currentDirectoryPath() override;
-
- private:
-  std::shared_ptr<NSFileManager> files_;
 };
 
 /// The same desktop with recording ports around its log, notifications, workspace, queue and files;

@@ -178,40 +178,13 @@ TEST_F(Staging, AnExceptionEndsTheLoopAndKeepsWhatIsThere) {
 }
 
 TEST_F(Staging, AnotherExceptionPassesAndFreesTheLock) {
-  class Throwing final : public platform::NSFileManager {
+  class Throwing final : public platform::ForwardingFiles {
    public:
-    explicit Throwing(std::shared_ptr<NSFileManager> inner) : inner_(std::move(inner)) {}
-    std::shared_ptr<foundation::NSURL> containerURLForSecurityApplicationGroupIdentifier(
-        std::string_view group) override {
-      return inner_->containerURLForSecurityApplicationGroupIdentifier(group);
-    }
-    std::optional<Error> removeItemAtURL(
-        const std::shared_ptr<foundation::NSURL>& /*url*/) override {
-      return std::nullopt;
-    }
-    std::optional<Error> createDirectoryAtURL(
-        const std::shared_ptr<foundation::NSURL>& /*url*/) override {
-      return std::nullopt;
-    }
+    using ForwardingFiles::ForwardingFiles;
     std::optional<Error> copyItemAtPath(std::string_view /*source*/,
                                         std::string_view /*destination*/) override {
       throw std::runtime_error("not the platform's");
     }
-    bool fileExistsAtPath(std::string_view /*path*/) override { return false; }
-    bool isDirectoryAtPath(std::string_view /*path*/) override { return false; }
-    std::optional<std::vector<std::string>> contentsOfDirectoryAtPath(
-        std::string_view /*path*/) override {
-      return std::nullopt;
-    }
-    platform::FileContents contentsAtPath(std::string_view /*path*/) override { return Bytes(); }
-    std::optional<Error> writeToFile(const Bytes& /*data*/, std::string_view /*path*/,
-                                     platform::NSDataWritingOptions /*options*/) override {
-      return std::nullopt;
-    }
-    std::string currentDirectoryPath() override { return {}; }
-
-   private:
-    std::shared_ptr<NSFileManager> inner_;
   };
   ShareInit("Share");
   const std::string path = folder.write("1", "");

@@ -37,36 +37,28 @@ std::shared_ptr<NSURL> FailingFiles::containerURLForSecurityApplicationGroupIden
     std::string_view group) {
   return next(Operation::kContainer)
              ? nullptr
-             : inner_->containerURLForSecurityApplicationGroupIdentifier(group);
+             : ForwardingFiles::containerURLForSecurityApplicationGroupIdentifier(group);
 }
 
 std::optional<Error> FailingFiles::removeItemAtURL(const std::shared_ptr<NSURL>& url) {
   const auto failure = next(Operation::kRemove);
-  return failure ? failure : inner_->removeItemAtURL(url);
+  return failure ? failure : ForwardingFiles::removeItemAtURL(url);
 }
 
 std::optional<Error> FailingFiles::createDirectoryAtURL(const std::shared_ptr<NSURL>& url) {
   const auto failure = next(Operation::kCreateDirectory);
-  return failure ? failure : inner_->createDirectoryAtURL(url);
+  return failure ? failure : ForwardingFiles::createDirectoryAtURL(url);
 }
 
 std::optional<Error> FailingFiles::copyItemAtPath(std::string_view source,
                                                   std::string_view destination) {
   const auto failure = next(Operation::kCopy);
-  return failure ? failure : inner_->copyItemAtPath(source, destination);
-}
-
-bool FailingFiles::fileExistsAtPath(std::string_view path) {
-  return inner_->fileExistsAtPath(path);
-}
-
-bool FailingFiles::isDirectoryAtPath(std::string_view path) {
-  return inner_->isDirectoryAtPath(path);
+  return failure ? failure : ForwardingFiles::copyItemAtPath(source, destination);
 }
 
 std::optional<std::vector<std::string>> FailingFiles::contentsOfDirectoryAtPath(
     std::string_view path) {
-  return next(Operation::kList) ? std::nullopt : inner_->contentsOfDirectoryAtPath(path);
+  return next(Operation::kList) ? std::nullopt : ForwardingFiles::contentsOfDirectoryAtPath(path);
 }
 
 platform::FileContents FailingFiles::contentsAtPath(std::string_view path) {
@@ -75,14 +67,14 @@ platform::FileContents FailingFiles::contentsAtPath(std::string_view path) {
     read_.emplace_back(path);
   }
   const auto failure = next(Operation::kRead);
-  return failure ? platform::FileContents(*failure) : inner_->contentsAtPath(path);
+  return failure ? platform::FileContents(*failure) : ForwardingFiles::contentsAtPath(path);
 }
 
 std::optional<Error> FailingFiles::writeToFile(const Bytes& data, std::string_view path,
                                                platform::NSDataWritingOptions options) {
   write_options = options;
   const auto failure = next(Operation::kWrite);
-  return failure ? failure : inner_->writeToFile(data, path, options);
+  return failure ? failure : ForwardingFiles::writeToFile(data, path, options);
 }
 
 }  // namespace quoll::test

@@ -10,18 +10,17 @@
 #include <string_view>
 #include <vector>
 
-#include "quoll/platform/files.h"
+#include "quoll/platform/forwarding_files.h"
 
 namespace quoll::test {
 
 /// Another file manager whose calls fail where the test says so. A call that fails touches nothing.
 /// Any thread may call.
-class FailingFiles final : public platform::NSFileManager {
+class FailingFiles final : public platform::ForwardingFiles {
  public:
   enum class Operation { kContainer, kRemove, kCreateDirectory, kCopy, kList, kRead, kWrite };
 
-  explicit FailingFiles(std::shared_ptr<platform::NSFileManager> inner)
-      : inner_(std::move(inner)) {}
+  using ForwardingFiles::ForwardingFiles;
 
   /// Lets the `nth` call of an operation from now on, counted from 1, fail with that error (an
   /// operation without errors then answers nothing).
@@ -39,13 +38,10 @@ class FailingFiles final : public platform::NSFileManager {
       const std::shared_ptr<foundation::NSURL>& url) override;
   std::optional<foundation::Error> copyItemAtPath(std::string_view source,
                                                   std::string_view destination) override;
-  bool fileExistsAtPath(std::string_view path) override;
-  bool isDirectoryAtPath(std::string_view path) override;
   std::optional<std::vector<std::string>> contentsOfDirectoryAtPath(std::string_view path) override;
   platform::FileContents contentsAtPath(std::string_view path) override;
   std::optional<foundation::Error> writeToFile(const foundation::Bytes& data, std::string_view path,
                                                platform::NSDataWritingOptions options) override;
-  std::string currentDirectoryPath() override { return inner_->currentDirectoryPath(); }
 
   /// Told of each call before it is made, on the calling thread. Set it before threads start.
   std::function<void(Operation)> at_call;
@@ -56,7 +52,6 @@ class FailingFiles final : public platform::NSFileManager {
   /// Counts a call; the error with which it is to fail.
   std::optional<foundation::Error> next(Operation operation);
 
-  std::shared_ptr<platform::NSFileManager> inner_;
   mutable std::mutex mutex_;
   std::map<Operation, int> calls_;
   std::vector<std::string> read_;
