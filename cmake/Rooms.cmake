@@ -87,10 +87,11 @@ function(quoll_install_pkg_config template module)
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 endfunction()
 
-# What is tested is built as released; the tests themselves are compiled quickly.
-function(quoll_compile_quickly target)
-  target_compile_options(${target} PRIVATE "SHELL:$<$<CONFIG:Release>:-O0 -U_FORTIFY_SOURCE>")
-endfunction()
+# What is tested is built as released; what tests, in the folder of this call and below, is compiled
+# quickly.
+macro(quoll_compile_quickly)
+  add_compile_options("SHELL:$<$<CONFIG:Release>:-O0 -U_FORTIFY_SOURCE>")
+endmacro()
 
 # What most tests include is read once for all of them, by the first; a test whose libraries define
 # other macros reads it again. A compiler cache would keep nothing that was built so.
@@ -121,7 +122,6 @@ function(quoll_test name)
   set_source_files_properties(${TEST_APART} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
   target_link_libraries(test_${name} PRIVATE ${TEST_LIBRARIES} GTest::gtest GTest::gtest_main
                                              Threads::Threads quoll_warnings)
-  quoll_compile_quickly(test_${name})
   quoll_read_headers_once(test_${name})
   add_test(NAME ${name} COMMAND test_${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 300)

@@ -16,6 +16,7 @@
 #include "quoll/foundation/printable.h"
 #include "quoll/linux/gio/show_files.h"
 #include "quoll/linux/posix/descriptor_io.h"
+#include "quoll/linux/posix/folder_cursor.h"
 #include "quoll/linux/posix/remove_item.h"
 
 namespace quoll::compose {
@@ -47,8 +48,7 @@ void lay_out_files(int folder, bool with_text) {
   if (mkdirat(folder, kToAttach, S_IRWXU) != 0) {
     cannot_be_laid_out(errno);
   }
-  const posix::UniqueFd target(
-      openat(folder, kToAttach, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  const posix::UniqueFd target = posix::open_folder(folder, kToAttach);
   if (!target) {
     cannot_be_laid_out(errno);
   }
@@ -68,8 +68,7 @@ std::string laid_out_files(const std::string& draft) {
 
 void show_files(const std::string& draft, const gio::ActivationTokens& tokens) {
   if (laid_out_files(draft).empty()) {
-    const posix::UniqueFd folder(open((given_folder() + "/" + draft).c_str(),
-                                      O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const posix::UniqueFd folder = posix::open_folder(AT_FDCWD, given_folder() + "/" + draft);
     if (folder) {
       lay_out_files(folder.get(), false);
     }

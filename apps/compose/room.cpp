@@ -16,6 +16,7 @@
 #include "apps/compose/folders.h"
 #include "apps/compose/noted_sizes.h"
 #include "apps/compose/taken_draft.h"
+#include "quoll/linux/posix/folder_cursor.h"
 
 namespace quoll::compose {
 namespace {
@@ -39,8 +40,7 @@ Disk disk_of_drafts() {
 using Needs = std::map<std::string, std::uint64_t>;
 
 std::uint64_t need_of(const std::string& draft) {
-  const posix::UniqueFd folder(open((taken_folder() + "/" + draft).c_str(),
-                                    O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  const posix::UniqueFd folder = posix::open_folder(AT_FDCWD, taken_folder() + "/" + draft);
   return folder ? noted_sizes(folder.get()).message : 0;  // none: it was finished meanwhile
 }
 

@@ -91,8 +91,7 @@ void sweep_drafts() {
 /// draft's command in memory only, and put its files here under numbers. They made the folder
 /// themselves, so a link in its place is somebody else's.
 void sweep_earlier_versions() {
-  const posix::UniqueFd lock(
-      open(incoming_folder().c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  const posix::UniqueFd lock = posix::open_folder(AT_FDCWD, incoming_folder());
   if (!lock || flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
     return;
   }

@@ -26,11 +26,6 @@ namespace {
 
 constexpr const char* kAside = "aside";
 
-/// Opens a draft's folder.
-posix::UniqueFd opened(const std::string& folder) {
-  return posix::UniqueFd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-}
-
 /// Names end with the time, then with a number for those of the same second: "-9" is before "-10".
 bool is_older(const std::string& one, const std::string& other) {
   const auto time = one.compare(0, 15, other, 0, 15);
@@ -44,7 +39,7 @@ bool is_aside(const std::string& draft) {
 }  // namespace
 
 posix::UniqueFd locked_folder(const std::string& path, int kind) {
-  posix::UniqueFd folder = opened(path);
+  posix::UniqueFd folder = posix::open_folder(AT_FDCWD, path);
   if (!folder || posix::uninterrupted([&] { return flock(folder.get(), kind | LOCK_NB); }) != 0) {
     return {};
   }
@@ -145,7 +140,7 @@ std::optional<std::string> why_aside(const std::string& draft) {
   if (!is_aside(draft)) {
     return std::nullopt;
   }
-  const posix::UniqueFd folder = opened(taken_folder() + "/" + draft);
+  const posix::UniqueFd folder = posix::open_folder(AT_FDCWD, taken_folder() + "/" + draft);
   std::string note;
   const int error = read_small_file(folder.get(), kAside, note);
   return error == 0 ? first_line(note)

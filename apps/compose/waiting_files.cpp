@@ -15,10 +15,6 @@
 namespace quoll::compose {
 namespace {
 
-posix::UniqueFd open_folder(int above, const char* name) {
-  return posix::UniqueFd(openat(above, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-}
-
 std::vector<std::string> names_in(int folder) {
   std::vector<std::string> names;
   if (const int error = posix::list_folder(folder, names); error != 0) {
@@ -30,7 +26,7 @@ std::vector<std::string> names_in(int folder) {
 }  // namespace
 
 std::vector<WaitingFile> waiting_files(int taken_folder) {
-  const posix::UniqueFd above = open_folder(taken_folder, "files");
+  const posix::UniqueFd above = posix::open_folder(taken_folder, "files");
   if (!above && errno == ENOENT) {
     return {};
   }
@@ -47,7 +43,7 @@ std::vector<WaitingFile> waiting_files(int taken_folder) {
       throw std::system_error(ENODATA, std::generic_category());
     }
     file.size = sizes[file.number];
-    const posix::UniqueFd folder = open_folder(above.get(), number.c_str());
+    const posix::UniqueFd folder = posix::open_folder(above.get(), number.c_str());
     for (std::string& name : names_in(folder.get())) {
       file.name = std::move(name);
       files.push_back(file);

@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
 using State = Finding::State;
 using gio::ApplicationLookup;
 
-constexpr std::chrono::milliseconds kTimeOut{5000};
+constexpr std::chrono::milliseconds kAnswerTimeOut{5000};
 constexpr const char* kName = "mail application";
 
 bool is_compose(const fs::path& program) {
@@ -127,7 +127,7 @@ std::optional<Finding> by_bus(const std::string& application, const std::string&
   if (!answer.advice.empty()) {
     return Finding{kName, State::kBroken, *answer.failure, answer.advice};
   }
-  const int process = gio::look_up_application(application, kTimeOut).process;
+  const int process = gio::look_up_application(application, kAnswerTimeOut).process;
   const bool is_silent = std::chrono::steady_clock::now() >= deadline;
   return Finding{
       kName, State::kBroken, *answer.failure,
@@ -176,8 +176,8 @@ std::optional<Drafts> drafts_in(const Json& list) {
 /// The drafts that `quoll-compose` has: a number for each state, and why the newest was kept.
 Finding drafts(const std::string& program) {
   constexpr std::size_t kMost = std::size_t{16} << 20U;
-  const auto said = posix::run_program({program, "--list", "--json"}, kMost, kTimeOut,
-                                       std::chrono::steady_clock::now() + kTimeOut);
+  const auto said = posix::run_program({program, "--list", "--json"}, kMost, kAnswerTimeOut,
+                                       std::chrono::steady_clock::now() + kAnswerTimeOut);
   const auto drafts = drafts_in(Json::parse(said.output, nullptr, false));
   if (said.end != posix::ProgramAnswer::End::kWell || !drafts) {
     return {"drafts", State::kWorthKnowing, "not known: " + program + " does not list them",
@@ -240,7 +240,7 @@ Finding mail_client() {
 }  // namespace
 
 std::vector<Finding> check_receiver(const std::string& application) {
-  const auto lookup = gio::look_up_application(application, kTimeOut);
+  const auto lookup = gio::look_up_application(application, kAnswerTimeOut);
   std::vector<Finding> findings{session_bus(lookup)};
   const bool is_on_bus = lookup.is_running || lookup.is_startable;
   if (is_on_bus && !is_compose_on_bus(lookup)) {
@@ -255,7 +255,7 @@ std::vector<Finding> check_receiver(const std::string& application) {
   const auto on_bus = is_on_bus ? by_bus(application, lookup.service_program) : std::nullopt;
   findings.push_back(on_bus ? *on_bus : by_entry(application, lookup));
   const bool is_broken = findings.back().state == State::kBroken;
-  const int process = gio::look_up_application(application, kTimeOut).process;
+  const int process = gio::look_up_application(application, kAnswerTimeOut).process;
   if (process != 0) {
     findings.push_back(compare_environment(process));
   }

@@ -18,7 +18,7 @@ namespace quoll::console {
 namespace {
 
 /// Prints the text unchanged for a program; at a terminal without what a terminal would obey.
-void print(std::string_view html) {
+void print_html(std::string_view html) {
   if (isatty(STDOUT_FILENO) == 0) {
     std::cout << html << '\n';
     return;
@@ -40,7 +40,7 @@ int render(const std::string& file, bool as_json) {
     if (as_json) {
       print_json({{"html", json_text(html)}});
     } else {
-      print(html);
+      print_html(html);
     }
   } catch (const std::exception& failure) {
     return complain(failure.what());

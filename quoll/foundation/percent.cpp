@@ -62,11 +62,11 @@ void encode_append(std::string& out, std::string_view text, const EncodeTable& t
   }
 }
 
-constexpr std::uint16_t kNoDigit = 0x100;
+constexpr std::uint16_t kNoHexDigit = 0x100;
 
 constexpr std::array<std::uint16_t, 256> make_digit_values() {
   std::array<std::uint16_t, 256> values{};
-  values.fill(kNoDigit);
+  values.fill(kNoHexDigit);
   for (std::uint16_t digit = 0; digit < 16; ++digit) {
     const auto upper = static_cast<unsigned char>(kHexDigits[digit]);
     values[upper] = digit;
@@ -181,7 +181,7 @@ char* decode_simply(std::string_view text, char* to) {
     char c = text.front();
     text.remove_prefix(1);
     if (c == '%') {
-      const unsigned value = text.size() < 2 ? kNoDigit : value_of(text[0], text[1]);
+      const unsigned value = text.size() < 2 ? kNoHexDigit : value_of(text[0], text[1]);
       if (!is_byte(value)) {
         return nullptr;
       }
@@ -194,13 +194,13 @@ char* decode_simply(std::string_view text, char* to) {
 }
 
 /// The result, and from where on it may not be UTF-8.
-struct Decoded {
+struct DecodedText {
   std::string text;
   std::size_t unchecked = 0;
 };
 
-std::optional<Decoded> decode(std::string_view text) {
-  Decoded result{std::string(text.size() + kPiece, '\0')};
+std::optional<DecodedText> decode(std::string_view text) {
+  DecodedText result{std::string(text.size() + kPiece, '\0')};
   char* const start = result.text.data();
   const char* const end = text.data() + text.size();
   const char* block = text.data();
@@ -223,14 +223,14 @@ std::optional<Decoded> decode(std::string_view text) {
   return result;
 }
 
-std::optional<Decoded> decode(std::string_view text, PlusSign plus) {
+std::optional<DecodedText> decode(std::string_view text, PlusSign plus) {
   if (plus == PlusSign::kSpace && text.find('+') != std::string_view::npos) {
     std::string with_spaces(text);
     std::replace(with_spaces.begin(), with_spaces.end(), '+', ' ');
     return decode(with_spaces);
   }
   if (text.find('%') == std::string_view::npos) {
-    return Decoded{std::string(text)};
+    return DecodedText{std::string(text)};
   }
   return decode(text);
 }

@@ -1,6 +1,7 @@
 # What the receiver removes is its own.
 quoll_defence(sweep_follows_no_link FILE apps/compose/sweep.cpp
-  TAKES "O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC" GIVES "O_RDONLY | O_DIRECTORY | O_CLOEXEC"
+  TAKES "posix::open_folder(AT_FDCWD, incoming_folder())"
+  GIVES "posix::UniqueFd(open(incoming_folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))"
   SHOWN_BY mail_client GivenDraftsTest.NothingOfTheUsersOwnIsSweptBehindALink)
 quoll_defence(sweep_of_taken_by_name FILE apps/compose/sweep.cpp
   TAKES "!is_hidden_draft_name(name)" GIVES "!(name.starts_with('.') && !is_hidden_draft_name(\"\"))"

@@ -62,10 +62,21 @@ Process::Process(const std::vector<std::string>& command, const Environment& cha
   posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
   posix_spawn_file_actions_adddup2(&actions, input_end.get(), STDOUT_FILENO);
   posix_spawn_file_actions_adddup2(&actions, errors_.get(), STDERR_FILENO);
+  // A shell lets what it starts in the background ignore some of them, and so would this program.
+  sigset_t asked;
+  sigemptyset(&asked);
+  for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+    sigaddset(&asked, signal);
+  }
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  posix_spawnattr_setsigdefault(&attributes, &asked);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
   auto arguments = command;
   auto variables = environment_with(changes);
-  const int failed = posix_spawnp(&id_, command.front().c_str(), &actions, nullptr,
+  const int failed = posix_spawnp(&id_, command.front().c_str(), &actions, &attributes,
                                   pointers(arguments).data(), pointers(variables).data());
+  posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&actions);
   if (failed != 0) {
     throw std::runtime_error("cannot start " + command.front());

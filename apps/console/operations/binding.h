@@ -133,7 +133,13 @@ Operation instance_operation(std::string name, std::string owner) {
                                        std::move(owner));
 }
 
-/// The same, and the reply tells the receiver too.
+/// The same for a function of a text, which the console calls as one of the class of texts.
+template <auto kFunction>
+Operation text_operation(std::string name) {
+  return instance_operation<kFunction>(std::move(name), "NSString");
+}
+
+/// As `instance_operation`, and the reply tells the receiver too.
 template <auto kFunction>
 Operation changing_operation(std::string name, std::string owner) {
   Operation row = instance_operation<kFunction>(std::move(name), std::move(owner));

@@ -10,7 +10,7 @@ namespace {
 
 // A zlib stream has these two bytes, then blocks of raw deflate, then a checksum of the
 // uncompressed data.
-constexpr unsigned char kHeader[] = {0x78, 0x01};
+constexpr unsigned char kZlibHeader[] = {0x78, 0x01};
 constexpr std::size_t kChecksum = 4;
 constexpr int kThorough = 4;  // the lowest level that looks for a longer match before it takes one
 
@@ -30,8 +30,8 @@ Deflate::Deflate(std::size_t longest_batch)
 std::span<const unsigned char> Deflate::add(std::span<const unsigned char> batch, bool last) {
   std::size_t made = 0;
   if (!begun_) {
-    made = static_cast<std::size_t>(std::copy(std::begin(kHeader), std::end(kHeader), out_.data()) -
-                                    out_.data());
+    made = static_cast<std::size_t>(
+        std::copy(std::begin(kZlibHeader), std::end(kZlibHeader), out_.data()) - out_.data());
     begun_ = true;
   }
   // Each batch ends with a full flush, so the other compressor can continue.

@@ -25,9 +25,9 @@ using End = posix::ProgramAnswer::End;
 using Reason = std::optional<ClipboardTrouble>;
 
 constexpr std::size_t kMebibyte = std::size_t{1} << 20;
-constexpr std::size_t kLongestText = 64 * kMebibyte;
+constexpr std::size_t kLargestText = 64 * kMebibyte;
 constexpr std::size_t kLargestPicture = 256 * kMebibyte;
-constexpr std::size_t kLongestList = kMebibyte;
+constexpr std::size_t kLargestListOfTypes = kMebibyte;
 constexpr const char* kEmpty = "it is empty";
 constexpr const char* kNoAnswer = "the program that holds it does not answer";
 
@@ -154,7 +154,7 @@ Reason add_from(const ClipboardReader& reader, ShareRequest& request,
                 std::chrono::milliseconds read_timeout,
                 std::chrono::steady_clock::time_point deadline) {
   const posix::ProgramAnswer listed =
-      posix::run_program(reader.types, kLongestList, read_timeout, deadline);
+      posix::run_program(reader.types, kLargestListOfTypes, read_timeout, deadline);
   if (listed.end == End::kSilent) {
     return ClipboardTrouble{reader.no_types, kNoAnswer};
   }
@@ -169,7 +169,7 @@ Reason add_from(const ClipboardReader& reader, ShareRequest& request,
     auto command = reader.content;
     command.emplace_back(type.name);
     const auto answer =
-        posix::run_program(command, type.kind == Kind::kImage ? kLargestPicture : kLongestText,
+        posix::run_program(command, type.kind == Kind::kImage ? kLargestPicture : kLargestText,
                            read_timeout, deadline);
     auto reason = why_not(reader, answer);
     if (!reason && add(request, type.kind, answer.output)) {

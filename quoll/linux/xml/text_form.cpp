@@ -10,7 +10,7 @@ namespace {
 /// In bytes. Deeper quotes and items begin as those of this depth, so that a document of nothing
 /// but line breaks is not made many times longer.
 constexpr std::size_t kWidestIndent = 32;
-constexpr int kParagraph = 2;
+constexpr int kParagraphLines = 2;
 
 std::string with_ordinary_blanks(std::string_view text) {
   std::string result;
@@ -33,7 +33,7 @@ void TextForm::begin(const Element& element, const Inherited& inherited, Attribu
       builder_.text(value_of(attributes, "alt"), shown(inherited));
       break;
     case Role::kList:
-      boundary(lists_.empty() ? kParagraph : 1);
+      boundary(lists_.empty() ? kParagraphLines : 1);
       lists_.push_back(element.name == "ol" ? first_number(attributes) : kUnordered);
       break;
     case Role::kItem:
@@ -47,12 +47,12 @@ void TextForm::begin(const Element& element, const Inherited& inherited, Attribu
       boundary(1);
       break;
     case Role::kQuote:
-      boundary(kParagraph);
+      boundary(kParagraphLines);
       indent("> ");
       break;
     case Role::kParagraph:
     case Role::kPreformatted:
-      boundary(kParagraph);
+      boundary(kParagraphLines);
       break;
     case Role::kRule:
       boundary(1);
@@ -113,7 +113,7 @@ void TextForm::end(const Element& element) {
   switch (element.role) {
     case Role::kList:
       lists_.pop_back();
-      boundary(lists_.empty() ? kParagraph : 1);
+      boundary(lists_.empty() ? kParagraphLines : 1);
       break;
     case Role::kItem:
     case Role::kRow:
@@ -124,7 +124,7 @@ void TextForm::end(const Element& element) {
     case Role::kQuote:
     case Role::kParagraph:
     case Role::kPreformatted:
-      boundary(kParagraph);
+      boundary(kParagraphLines);
       break;
     case Role::kBody:
     case Role::kBlock:
@@ -150,7 +150,7 @@ void TextForm::text(std::string_view text, const Inherited& inherited) {
 
 void TextForm::add_paragraph(std::string_view text) {
   builder_.set_marker({});
-  builder_.block_boundary(kParagraph);
+  builder_.block_boundary(kParagraphLines);
   builder_.outdent(std::exchange(indented_, 0));
   builder_.text(text, {});
 }
