@@ -85,6 +85,12 @@ sandbox::Confinement needs_of(const Selection& selection,
   return needs;
 }
 
+/// What is wrong with the group container when no command could name what is in it.
+std::optional<ContainerTrouble> unusable_container() {
+  const auto folder = posix::group_containers_folder();
+  return folder && !foundation::is_utf8(*folder) ? container_trouble() : std::nullopt;
+}
+
 /// What the program keeps of the desktop that it has installed.
 struct Installed {
   std::shared_ptr<CountingQueue> background;  ///< counts the background blocks
@@ -154,10 +160,15 @@ class Share {
       : settings_(settings), steps_(std::make_shared<Steps>(settings.verbose)) {}
 
   int run(ShareRequest request);
+  int run(const ReadRequest& read);
   int tell(const ShareResult& result);
 
  private:
   Installed begin(bool with_html);
+  std::optional<std::string> find_container();
+  Selection select(ShareRequest request, const std::optional<std::string>& container);
+  int run_confined(Selection& selection, const Installed& desktop,
+                   std::optional<posix::LockHolder> holder);
   StagingLock prepare_and_lock(Selection& selection, MovingFiles& files,
                                std::optional<posix::LockHolder> holder);
   [[nodiscard]] bool pack(Selection& selection) const;
@@ -180,27 +191,58 @@ int Share::run(ShareRequest request) {
     result.logged_as = trouble->logged_as.empty() ? "" : "the clipboard: " + trouble->logged_as;
     return tell(result);
   }
-  if (const auto folder = posix::group_containers_folder();
-      folder && !foundation::is_utf8(*folder)) {  // no command could name what is in it
-    const auto trouble = container_trouble().value();
-    return tell(failed_share(trouble.found, trouble.advice));
+  if (const auto trouble = unusable_container()) {
+    return tell(failed_share(trouble->found, trouble->advice));
   }
   const Installed desktop = begin(request.html.has_value());
-  const std::optional<std::string> container = prepare_container();
-  steps_->tell(container ? "the shared folder is " + *container : "there is no shared folder");
-  Selection selection = make_selection(std::move(request), container);
-  steps_->tell("what was given is read: " + std::to_string(selection.items.size()) +
-               (selection.items.size() == 1 ? " item, " : " items, ") +
-               std::to_string(selection.left_out.size()) + " left out");
+  const std::optional<std::string> container = find_container();
+  Selection selection = select(std::move(request), container);
   if (selection.empty()) {
     return end(selection, {});
   }
-  desktop.drafts->set_envelope(selection.envelope);
   // A confined process cannot tell.
   const auto holder = staging_lock_holder(settings_.tell_of_waiting);
   sandbox::confine(needs_of(selection, container, image_helper_, folder_helper_));
   steps_->tell("the program has confined itself");
-  const StagingLock lock = prepare_and_lock(selection, *desktop.files, holder);
+  return run_confined(selection, desktop, holder);
+}
+
+int Share::run(const ReadRequest& read) {
+  if (const auto trouble = unusable_container()) {
+    return tell(failed_share(trouble->found, trouble->advice));
+  }
+  const Installed desktop = begin(true);
+  const std::optional<std::string> container = find_container();
+  const auto holder = staging_lock_holder(settings_.tell_of_waiting);
+  sandbox::confine(needs_of({}, container, image_helper_, folder_helper_));
+  steps_->tell("the program has confined itself");
+  auto request = read();
+  if (const auto* const ended = std::get_if<ShareResult>(&request)) {
+    return tell(*ended);
+  }
+  Selection selection = select(std::move(std::get<ShareRequest>(request)), container);
+  return selection.empty() ? end(selection, {}) : run_confined(selection, desktop, holder);
+}
+
+std::optional<std::string> Share::find_container() {
+  auto container = prepare_container();
+  steps_->tell(container ? "the shared folder is " + *container : "there is no shared folder");
+  return container;
+}
+
+Selection Share::select(ShareRequest request, const std::optional<std::string>& container) {
+  Selection selection = make_selection(std::move(request), container);
+  steps_->tell("what was given is read: " + std::to_string(selection.items.size()) +
+               (selection.items.size() == 1 ? " item, " : " items, ") +
+               std::to_string(selection.left_out.size()) + " left out");
+  return selection;
+}
+
+/// What remains to be done in the sandbox.
+int Share::run_confined(Selection& selection, const Installed& desktop,
+                        std::optional<posix::LockHolder> holder) {
+  desktop.drafts->set_envelope(selection.envelope);
+  const StagingLock lock = prepare_and_lock(selection, *desktop.files, std::move(holder));
   if (selection.empty()) {
     return end(selection, {});
   }
@@ -318,21 +360,33 @@ int Share::tell(const ShareResult& result) {
   } else if (result.is_opened && !settings_.print && isatty(STDERR_FILENO) == 1) {
     static_cast<void>(posix::write_all(STDERR_FILENO, where_it_went(result) + "\n"));
   }
+  if (settings_.tell_result) {
+    settings_.tell_result(result);
+  }
   std::ostringstream told;
   report(result, told);
   settings_.tell(told.str());
   return static_cast<int>(result.code());
 }
 
-}  // namespace
-
-int run_share(ShareRequest request, const ShareSettings& settings) {
+template <typename Request>
+int run_guarded(Request&& request, const ShareSettings& settings) {
   Share share(settings);
   try {
-    return share.run(std::move(request));
+    return share.run(std::forward<Request>(request));
   } catch (const std::exception& exception) {
     return share.tell(failed_share(exception.what()));
   }
+}
+
+}  // namespace
+
+int run_share(ShareRequest request, const ShareSettings& settings) {
+  return run_guarded(std::move(request), settings);
+}
+
+int run_share(const ReadRequest& read, const ShareSettings& settings) {
+  return run_guarded(read, settings);
 }
 
 }  // namespace quoll::share

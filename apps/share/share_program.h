@@ -2,12 +2,18 @@
 
 #include <functional>
 #include <string>
+#include <variant>
 
 #include "apps/share/request/share_request.h"
+#include "apps/share/result.h"
 #include "apps/share/run.h"
 #include "apps/share/staging_lock.h"
 
 namespace quoll::share {
+
+/// Answers the request of a program that confines itself before it reads what is asked for, or how
+/// the share has ended already. It may name no file, because none could be opened.
+using ReadRequest = std::function<std::variant<ShareRequest, ShareResult>()>;
 
 /// How a program that shares talks to the person or the program that asked for the share.
 struct ShareSettings {
@@ -27,6 +33,8 @@ struct ShareSettings {
   std::function<void(const std::string& line)> note;
   /// Called once, at the end, with the report: whole lines, empty when all went well.
   std::function<void(const std::string& told)> tell;
+  /// Called before `tell`, when there is one.
+  std::function<void(const ShareResult& result)> tell_result = nullptr;
   /// Called with a line when another share is not finished for long. Null: a person at a terminal
   /// is told.
   TellOfWaiting tell_of_waiting = nullptr;
@@ -39,5 +47,8 @@ struct ShareSettings {
 /// To be called once, while there is one thread: it starts the launcher, installs the desktop and
 /// confines the process.
 [[nodiscard]] int run_share(ShareRequest request, const ShareSettings& settings);
+
+/// The same with a request that is read when the program is confined.
+[[nodiscard]] int run_share(const ReadRequest& read, const ShareSettings& settings);
 
 }  // namespace quoll::share

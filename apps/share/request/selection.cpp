@@ -153,6 +153,8 @@ class Selector {
     budget_ -= taken;
   }
 
+  void add_link(const std::string& link) { add_resolved(link, resolve_link(link)); }
+
   void add(const std::string& given) {
     if (given == kStandardInput) {
       add_standard_input();
@@ -170,14 +172,18 @@ class Selector {
     if (const auto scheme = link_scheme(given); scheme == "data" && why_not_shareable(given)) {
       add_data_url(given);
     } else {
-      ResolvedItem resolved =
-          resolve_item(given, [this](const std::string& url) { return remote_.local_path(url); });
-      if (!resolved.url) {
-        const std::string advice = resolved.advice.empty() ? "" : "; " + resolved.advice;
-        leave_out(given, resolved.refusal + advice, resolved.refusal);
-        return;
-      }
+      add_resolved(given, resolve_item(given, [this](const std::string& url) {
+                     return remote_.local_path(url);
+                   }));
+    }
+  }
+
+  void add_resolved(const std::string& given, const ResolvedItem& resolved) {
+    if (resolved.url) {
       add_url(given, resolved.url);
+    } else {
+      const std::string advice = resolved.advice.empty() ? "" : "; " + resolved.advice;
+      leave_out(given, resolved.refusal + advice, resolved.refusal);
     }
   }
 
@@ -305,6 +311,7 @@ void settle_subject(Selection& selection) {
 Selection make_selection(ShareRequest request, const std::optional<std::string>& container,
                          int standard_input) {
   Selection selection;
+  selection.left_out = std::move(request.left_out);
   if (container) {
     selection.prepared_files.emplace(*container);
   }
@@ -323,6 +330,9 @@ Selection make_selection(ShareRequest request, const std::optional<std::string>&
     selector.add(item);
   }
   selector.add_list();
+  for (const std::string& link : request.links) {
+    selector.add_link(link);
+  }
   for (DescriptorItem& item : request.descriptor_items) {
     selector.add(std::move(item));
   }

@@ -11,14 +11,6 @@
 
 namespace quoll::share {
 
-/// Something that is not shared, as it was given, and why, in words that follow a colon.
-struct LeftOut {
-  std::string what;
-  std::string why;
-  /// The reason for the system log, when `why` may hold a name or another program's words.
-  std::string logged_as{};
-};
-
 /// What can be shared of a request.
 struct Selection {
   std::optional<std::string> title;

@@ -21,6 +21,14 @@ struct DescriptorItem {
   std::string name;
 };
 
+/// Something that is not shared, as it was given, and why, in words that follow a colon.
+struct LeftOut {
+  std::string what;
+  std::string why;
+  /// The reason for the system log, when `why` may hold a name or another program's words.
+  std::string logged_as{};
+};
+
 /// What was asked for, as it was given. A text that is "-" comes from standard input, and so does
 /// an item; without `has_list` at most one of them all does, and no recipient.
 struct ShareRequest {
@@ -40,6 +48,10 @@ struct ShareRequest {
   bool has_clipboard = false;
   /// Without a subject the title is the draft's.
   Envelope envelope = {};
+  /// Links for which the disk is never asked, as a page may have chosen them.
+  std::vector<std::string> links = {};
+  /// What was lost before it could be asked for.
+  std::vector<LeftOut> left_out = {};
   /// A menu has put it together. It may give as the text what is there already.
   bool is_from_menu = false;
 };
