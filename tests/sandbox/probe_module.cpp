@@ -28,6 +28,23 @@ extern "C" int flock(int descriptor, int operation) {
   return static_cast<int>(syscall(SYS_flock, descriptor, operation));
 }
 
+/// The first thing that `quoll-share-browser` does after it has confined itself is to read what the
+/// browser says; nothing of it is read before.
+extern "C" ssize_t read(int descriptor, void* bytes, size_t size) {
+  if (descriptor == STDIN_FILENO && runs_in("quoll-share-browser")) {
+    quoll::test::probe_and_end();
+  }
+  return syscall(SYS_read, descriptor, bytes, size);
+}
+
+/// It closes its standard error, on which the probe reports.
+extern "C" int dup2(int descriptor, int other) {
+  if (other == STDERR_FILENO && runs_in("quoll-share-browser")) {
+    return other;
+  }
+  return static_cast<int>(syscall(SYS_dup2, descriptor, other));
+}
+
 /// The image helper writes when it has read the beginning of the image, the folder helper when it
 /// begins its file.
 extern "C" ssize_t write(int descriptor, const void* bytes, size_t size) {
