@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "apps/console/browser_check.h"
 #include "apps/console/container_check.h"
 #include "apps/console/menu_check.h"
 #include "apps/console/program_desktop.h"
@@ -207,6 +208,7 @@ std::vector<Finding> diagnose(bool repair) {
   add(check_receiver(application));
   add({links(application)});
   add(check_menus());
+  add(check_browsers());
   add({log_lines()});
   return findings;
 }

@@ -278,6 +278,40 @@ TEST_F(Doctor, MenusAreLookedFor) {
   EXPECT_EQ(said(ended, "menus"), "good: no program with a menu for shares is here");
 }
 
+TEST_F(Doctor, BrowsersFindTheProgram) {
+  make_program("brave-browser");
+  const Environment found{{"PATH", bus_.path("programs")}, {"HOME", bus_.path("home")}};
+  Ended ended = doctor({"--json"}, found);
+  const std::string folder =
+      bus_.path("home") + "/.config/BraveSoftware/Brave-Browser/NativeMessagingHosts";
+  const std::string manifest = folder + "/it.vorlent.quoll2.json";
+  fs::create_directories(folder);
+  std::ofstream(manifest) << R"({"name":"it.vorlent.quoll2","path":"/nowhere/program"})";
+  ended = doctor({"--json"}, found);
+  EXPECT_EQ(said(ended, "browser Brave"),
+            "note: " + manifest + " names /nowhere/program, which cannot be started");
+  EXPECT_EQ(advised(ended, "browser Brave"), "install quoll-share-browser again");
+  std::ofstream(manifest) << "[";
+  ended = doctor({"--json"}, found);
+  EXPECT_EQ(said(ended, "browser Brave"),
+            "note: " + manifest + " names no program, which cannot be started");
+  std::ofstream(manifest) << R"({"path":")" << bus_.path("programs/brave-browser") << R"("})";
+  ended = doctor({"--json"}, found);
+  EXPECT_EQ(said(ended, "browser Brave"), "good: " + manifest);
+  EXPECT_EQ(said(ended, "browser Vivaldi").substr(0, 7), "nothing") << "it is not there";
+}
+
+TEST_F(Doctor, ABrowserOfAFlatpakMayStartNothing) {
+  make_program("com.vivaldi.Vivaldi");
+  const std::string folder = bus_.path("home") + "/.config/vivaldi/NativeMessagingHosts";
+  fs::create_directories(folder);
+  std::ofstream(folder + "/it.vorlent.quoll2.json") << R"({"path":"/bin/true"})";
+  const Ended ended =
+      doctor({"--json"}, {{"PATH", bus_.path("programs")}, {"HOME", bus_.path("home")}});
+  EXPECT_EQ(said(ended, "browser Vivaldi"),
+            "note: as a Flatpak it may start no program of this system");
+}
+
 TEST_F(Doctor, TheClipboardNeedsAProgram) {
   make_program("xclip");
   const auto found = [&](const Environment& display) {
