@@ -37,17 +37,29 @@ class Menus:
         where they are windows."""
         return self._screen.windows(title)
 
-    def click(self, button):
-        """Clicks on the button of that name."""
+    def click(self, name, role="push button"):
+        """Clicks on the button of that name, or on what has another role."""
+        self._screen.click(*self.place(name, role))
+
+    def place(self, name, role):
+        """Waits until it is shown, and answers where its middle is on the screen. A name that ends with
+        three dots is the beginning of one."""
         def shown():
             for one in self._everything():
-                if one.get_name() == button and one.get_role_name() == "push button" and \
+                shown_name = one.get_name() or ""
+                is_named = shown_name.startswith(name[:-3]) if name.endswith("...") else shown_name == name
+                if is_named and one.get_role_name() == role and \
                         one.get_state_set().contains(Atspi.StateType.SHOWING):
                     return one.get_extents(Atspi.CoordType.SCREEN)
             return None
 
-        place = wait_for(shown, f"a button {button!r}")
-        self._screen.click(place.x + place.width // 2, place.y + place.height // 2)
+        place = wait_for(shown, f"a {role} {name!r}")
+        return place.x + place.width // 2, place.y + place.height // 2
+
+    def names(self, role, shown=False):
+        """The names of everything that has a role, or of what of it is shown."""
+        return [one.get_name() for one in self._everything() if one.get_role_name() == role and
+                (not shown or one.get_state_set().contains(Atspi.StateType.SHOWING))]
 
     def choose(self, opening, labels, before_choosing=lambda: None):
         """Opens a menu by calling `opening`, and does what a click on the last label does; each
