@@ -23,7 +23,7 @@ using Json = nlohmann::json;
 
 /// No draft holds more, and the bytes are kept in memory until all are there.
 constexpr std::size_t kMostTextBytes = std::size_t{65} << 20U;
-constexpr std::size_t kMostPictureBytes = std::size_t{256} << 20U;
+constexpr std::size_t kMostPictureBytes = std::size_t{64} << 20U;
 
 struct Missing {
   std::string_view code;
