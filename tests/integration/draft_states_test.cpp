@@ -79,6 +79,9 @@ TEST_F(DraftStates, ItEndsWithinASecondAndRefusesNewCalls) {
 TEST_F(DraftStates, NoDraftIsOpenedTwice) {
   choose_counted("claws-mail", "exec sleep 1");
   for (const auto moment : moments()) {
+    // A client that the killed one has started may write its line in the next round only.
+    const std::string round = std::to_string(moment.count());
+    const ScopedEnvironment environment({{"QUOLL_TEST_ROUND", round}});
     const std::string path = home_.stage("a", "x");
     const auto service = start_service();
     ASSERT_EQ(open("['" + ReceiverHome::url({path}) + "']").status, 0);
@@ -88,11 +91,10 @@ TEST_F(DraftStates, NoDraftIsOpenedTwice) {
     const bool is_waiting = !home_.taken().empty();
     EXPECT_EQ(home_.compose({"--resume"}).status, 0);
     EXPECT_EQ(home_.drafts().size(), 1U) << moment.count();
-    EXPECT_LE(starts(), 1) << moment.count();
-    EXPECT_TRUE(starts() == 1 || !is_waiting) << moment.count();
+    EXPECT_LE(starts(round), 1) << round;
+    EXPECT_TRUE(starts(round) == 1 || !is_waiting) << round;
     EXPECT_TRUE(home_.taken().empty());
     fs::remove_all(home_.bus.data_home() + "/quoll-compose");
-    fs::remove(home_.bus.path("starts"));
   }
 }
 

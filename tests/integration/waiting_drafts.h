@@ -34,14 +34,15 @@ class WaitingDrafts : public MailClientTest {
   }
   /// A client that notes each of its starts in a line.
   void choose_counted(const std::string& program, const std::string& more = "") const {
-    add_program("bin/" + program, "echo started >> '" + home_.bus.path("starts") + "'\n" + more);
+    add_program("bin/" + program,
+                "echo started >> '" + home_.bus.path("starts") + "'$QUOLL_TEST_ROUND\n" + more);
     add_client(program, "X", program + " %u");
     make_default(program);
   }
-  [[nodiscard]] std::ptrdiff_t starts() const {
-    return std::filesystem::exists(home_.bus.path("starts"))
-               ? std::ranges::count(read_file(home_.bus.path("starts")), '\n')
-               : 0;
+  /// How often it was started, or was in a round, as its environment names one.
+  [[nodiscard]] std::ptrdiff_t starts(const std::string& round = "") const {
+    const std::string record = home_.bus.path("starts") + round;
+    return std::filesystem::exists(record) ? std::ranges::count(read_file(record), '\n') : 0;
   }
   /// A draft as it waits, with one file of this content.
   void add_waiting(const std::string& name, const std::string& command,
