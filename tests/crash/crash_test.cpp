@@ -155,6 +155,35 @@ TEST(Failed, WhatWentWrongIsTold) {
   }
 }
 
+/// Fails every call of a kind.
+class EveryOne final : public Steps {
+ public:
+  EveryOne(long number, int error) : number_(number), error_(error) {}
+
+  Step at(const Call& call) override {
+    return call.number == number_ ? Step{.kind = Step::Kind::kFail, .error = error_} : Step{};
+  }
+  [[nodiscard]] bool is_done() const override { return false; }
+
+ private:
+  long number_;
+  int error_;
+};
+
+TEST(Failed, AHelperThatCanNeverBeWatchedLeavesOutWhatItWasFor) {
+  if (const std::string why = why_not_stepped(); !why.empty()) {
+    GTEST_SKIP() << why;
+  }
+  Scene scene;
+  scene.prepare(false);
+  EveryOne fault(SYS_pidfd_open, EMFILE);
+  const SteppedEnd end = run_stepped(scene.command(Which::kFirst), scene.environment(), fault, 60);
+  EXPECT_EQ(end.status, 3);
+  EXPECT_EQ(end.errors,
+            "left out: data:image/gif;base64,R0lGODlhAQABAIAAAA...: image: the helper cannot be "
+            "watched: Too many open files\n");
+}
+
 /// Lets no process make a thread; processes are made as always.
 class NoThreads final : public Steps {
  public:
