@@ -120,8 +120,9 @@ class FolderPacker {
       }
       return told.size() < kMostTold && !Interruption::has_come();
     };
-    if (helper.end_by(std::chrono::steady_clock::time_point::max(), go_on) != 0) {
-      return "the helper was ended";
+    if (const int trouble = helper.end_by(std::chrono::steady_clock::time_point::max(), go_on)) {
+      return trouble == ECANCELED ? "the helper was ended"
+                                  : "the helper cannot be watched: " + posix::error_words(trouble);
     }
     told += helper.errors(kMostTold);
     if (!helper.ended_well() || !told.ends_with(kPacked)) {
