@@ -22,7 +22,7 @@ constexpr int kSomethingLeftOut = 3;
 void check_copy(const Scene& scene, const std::string& folder, const fs::path& path,
                 Findings& findings) {
   const std::string name = path.filename();
-  if (!scene.is_whole(name, test::read_file(path))) {
+  if (!scene.is_whole(path)) {
     findings.push_back({About::kHalfFile, folder + "/" + name + " has " +
                                               std::to_string(fs::file_size(path)) +
                                               " bytes and is no whole copy"});
@@ -72,7 +72,8 @@ std::string joined(const std::vector<std::string>& names) {
 struct Told {
   std::set<std::string> left_out;
   bool not_opened = false;
-  bool is_empty = true;  // but for what GLib says of itself
+  bool has_note = false;
+  bool is_well = true;  // nothing but the note, and what GLib says of itself
 
   explicit Told(const std::string& errors) {
     constexpr std::string_view kLeftOut = "left out: ";
@@ -82,7 +83,9 @@ struct Told {
         line.erase(0, kLeftOut.size());
         left_out.insert(line.substr(0, line.find(": ")));
       }
-      is_empty = is_empty && (line.empty() || line.starts_with("(process:"));
+      const bool is_note = line == Scene::kNote;
+      has_note = has_note || is_note;
+      is_well = is_well && (is_note || line.empty() || line.starts_with("(process:"));
       not_opened = not_opened || line.starts_with("not opened: ");
     }
   }
@@ -131,7 +134,8 @@ void check_disk(const Scene& scene, const Snapshot& before, Findings& findings) 
 
 void check_next(const Scene& scene, const SteppedEnd& end, Findings& findings) {
   const auto draft = scene.draft(Which::kNext);
-  if (end.is_hung || !end.deaths.empty() || end.status != 0 || !end.errors.empty()) {
+  if (end.is_hung || !end.deaths.empty() || end.status != 0 ||
+      end.errors != std::string(Scene::kNote) + "\n") {
     findings.push_back({About::kNextShare, "it ended with " + std::to_string(end.status) +
                                                (end.is_hung ? " after all its time" : "") + ": " +
                                                end.errors});
@@ -164,8 +168,10 @@ void check_told(const Scene& scene, const SteppedEnd& end, bool is_mute, bool& i
     case kOpened:
       if (!draft || !draft->missing.empty()) {
         untruth(draft ? "the draft lacks " + joined(draft->missing) : "nothing was opened");
-      } else if (!told.is_empty) {
-        untruth("standard error is not empty");
+      } else if (!told.is_well) {
+        untruth("standard error says more than it should");
+      } else if (!told.has_note && !is_mute) {
+        untruth("nothing says that the folder is packed");
       }
       break;
     case kSomethingLeftOut:

@@ -70,20 +70,13 @@ TEST_P(Killed, WhoIsLeftTellsTheTruth) {
   EXPECT_EQ(found(About::kDeath), 0);
 }
 
-constexpr int kAny = -1;
-
-/// Does something at one call: the one of a kind that is the `turn`-th, from 1. `descriptor` is its
-/// first argument.
+/// Does something at one call: the one of a kind that is the `turn`-th, from 1.
 class AtOne final : public Steps {
  public:
-  AtOne(long number, int turn, const Step& step, int descriptor = kAny)
-      : number_(number), turn_(turn), step_(step), descriptor_(descriptor) {}
+  AtOne(long number, int turn, const Step& step) : number_(number), turn_(turn), step_(step) {}
 
   Step at(const Call& call) override {
-    const bool is_kind =
-        call.number == number_ &&
-        (descriptor_ == kAny || call.arguments[0] == static_cast<std::uint64_t>(descriptor_));
-    return is_kind && --turn_ == 0 ? step_ : Step{};
+    return call.number == number_ && --turn_ == 0 ? step_ : Step{};
   }
   [[nodiscard]] bool is_done() const override { return turn_ <= 0; }
 
@@ -91,7 +84,6 @@ class AtOne final : public Steps {
   long number_;
   int turn_;
   Step step_;
-  int descriptor_;
 };
 
 TEST(KilledAlone, ItsReceivedFilesAreSweptByTheNextShare) {
@@ -127,31 +119,34 @@ TEST(Failed, WhatWentWrongIsTold) {
   struct Row {
     const char* reason;
     long call;
+    int turn;
     int error;
     int status;
     std::string told;
-    int descriptor = kAny;
-  };
-  const std::vector<Row> rows{
-      {"the image helper cannot be watched when a picture is prepared: the extension starts "
-       "another",
-       SYS_pidfd_open, EMFILE, 0, ""},
-      {"no socket to the launcher", SYS_socketpair, EMFILE, 1,
-       "not opened: the launcher could not be started; quollctl doctor tells more\n"},
-      {"no copies inside the file system", SYS_copy_file_range, EIO, 0, ""},
-      {"no folder for bytes without a file", SYS_mkdirat, EIO, 3,
-       "left out: data:,first: it cannot be kept in a temporary file: input/output error\n"},
-      {"no staging lock, which is for the sake of others", SYS_flock, ENOLCK, 0, ""},
   };
   Scene scene;
+  const std::vector<Row> rows{
+      {"the folder helper cannot be watched", SYS_pidfd_open, 1, EMFILE, 3,
+       "left out: " + scene.shared_folder(Which::kFirst) +
+           ": it cannot be packed: the helper cannot be watched: too many open files\n"},
+      {"the image helper cannot be watched when a picture is prepared: the extension starts "
+       "another",
+       SYS_pidfd_open, 2, EMFILE, 0, ""},
+      {"no socket to the launcher", SYS_socketpair, 1, EMFILE, 1,
+       "not opened: the launcher could not be started; quollctl doctor tells more\n"},
+      {"no copies inside the file system", SYS_copy_file_range, 1, EIO, 0, ""},
+      {"no folder for bytes without a file", SYS_mkdirat, 1, EIO, 3,
+       "left out: data:,first: it cannot be kept in a temporary file: input/output error\n"},
+      {"no staging lock, which is for the sake of others", SYS_flock, 1, ENOLCK, 0, ""},
+  };
   static_cast<void>(scene.learn());
   for (const Row& row : rows) {
     scene.prepare(false);
-    AtOne fault(row.call, 1, {.kind = Step::Kind::kFail, .error = row.error}, row.descriptor);
+    AtOne fault(row.call, row.turn, {.kind = Step::Kind::kFail, .error = row.error});
     const SteppedEnd end = run_stepped(scene.command(Which::kFirst), scene.environment(), fault, 0);
     EXPECT_TRUE(fault.is_done()) << row.reason;
     EXPECT_EQ(end.status, row.status) << row.reason;
-    EXPECT_EQ(end.errors, row.told) << row.reason;
+    EXPECT_EQ(end.errors, std::string(Scene::kNote) + "\n" + row.told) << row.reason;
   }
 }
 
@@ -179,9 +174,12 @@ TEST(Failed, AHelperThatCanNeverBeWatchedLeavesOutWhatItWasFor) {
   EveryOne fault(SYS_pidfd_open, EMFILE);
   const SteppedEnd end = run_stepped(scene.command(Which::kFirst), scene.environment(), fault, 60);
   EXPECT_EQ(end.status, 3);
-  EXPECT_EQ(end.errors,
-            "left out: data:image/gif;base64,R0lGODlhAQABAIAAAA...: image: the helper cannot be "
-            "watched: Too many open files\n");
+  EXPECT_EQ(
+      end.errors,
+      std::string(Scene::kNote) + "\nleft out: " + scene.shared_folder(Which::kFirst) +
+          ": it cannot be packed: the helper cannot be watched: too many open files\n"
+          "left out: data:image/gif;base64,R0lGODlhAQABAIAAAA...: image: the helper cannot be "
+          "watched: Too many open files\n");
 }
 
 /// Lets no process make a thread; processes are made as always.

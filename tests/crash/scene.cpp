@@ -14,6 +14,7 @@
 #include "quoll/foundation/nsurl.h"
 #include "quoll/linux/posix/unique_fd.h"
 #include "quoll/message/extension_message.h"
+#include "tests/crash/packed_folder.h"
 #include "tests/crash/stepper.h"
 
 namespace quoll::crash {
@@ -24,6 +25,8 @@ namespace fs = std::filesystem;
 
 constexpr const char* kApplication = "it.vorlent.quoll2";
 constexpr const char* kSources[] = {"letter.txt", "pages.bin", "holes.bin"};
+constexpr const char* kFolder = "notes";
+constexpr const char* kZip = "notes.zip";
 constexpr const char* kImage = "image.png";
 constexpr const char* kData = "data.txt";
 
@@ -86,6 +89,16 @@ void set_past_time(const std::string& path) {
   utimensat(AT_FDCWD, path.c_str(), past, AT_SYMLINK_NOFOLLOW);
 }
 
+/// A folder of the selection, with a file that is more than its helper reads at once.
+void write_folder(const std::string& path, Which which) {
+  constexpr std::size_t kTwoBlocks = 200'001;
+  write(path + "/list.txt", text_of(which));
+  write(path + "/older/pages.bin", some_bytes(which, kTwoBlocks));
+  for (const char* name : {"/list.txt", "/older/pages.bin", "/older", ""}) {
+    set_past_time(path + name);
+  }
+}
+
 /// "image_2.png" is "image.png" that found its name taken.
 std::string without_number(const std::string& name) {
   const fs::path path(name);
@@ -122,6 +135,7 @@ Scene::Scene()
     : environment_(bus_.environment()),
       application_({RECEIVER_DOUBLE, "bus", kApplication, "answer", bus_.path("record")},
                    environment_) {
+  environment_["QUOLL_FOLDER_HELPER"] = QUOLL_FOLDER_HELPER;
   environment_["QUOLL_IMAGE_HELPER"] = QUOLL_IMAGE_HELPER;
   environment_["TMPDIR"] = temporary();
   environment_["LC_ALL"] = "C.UTF-8";
@@ -143,8 +157,16 @@ std::string Scene::source_folder(Which which) const {
   return bus_.path(is_first(which) ? "first" : "next");
 }
 
-const Scene::Contents& Scene::whole(Which which) const {
-  return is_first(which) ? first_ : next_;
+std::string Scene::shared_folder(Which which) const {
+  return source_folder(which) + "/" + kFolder;
+}
+
+const Contents& Scene::whole(Which which) const {
+  return is_first(which) ? staged_.first : staged_.next;
+}
+
+Contents& Scene::whole(Which which) {
+  return is_first(which) ? staged_.first : staged_.next;
 }
 
 void Scene::write_sources(Which which) {
@@ -154,13 +176,14 @@ void Scene::write_sources(Which which) {
   write(folder + kSources[1], some_bytes(which, kTwoBlocks));
   write_with_holes(folder + kSources[2], some_bytes(which, 5000));
   static_cast<void>(setxattr((folder + kSources[1]).c_str(), "user.origin", "here", 4, 0));
-  Contents& contents = is_first(which) ? first_ : next_;
+  Contents& contents = whole(which);
   for (const char* name : kSources) {
     chmod((folder + name).c_str(), 0640);
     set_past_time(folder + name);
     contents[name] = test::read_file(folder + name);
   }
   contents[kData] = is_first(which) ? "first" : "next!";
+  write_folder(shared_folder(which), which);
 }
 
 void Scene::write_surroundings() const {
@@ -183,13 +206,13 @@ std::vector<std::string> Scene::command(Which which) const {
   for (const char* name : kSources) {
     command.push_back(source_folder(which) + "/" + name);
   }
+  command.push_back(shared_folder(which));
   command.insert(command.end(), {image_of(which), data_of(which), link_of(which)});
   return command;
 }
 
-Images Scene::learn() {
+Staged Scene::learn() {
   for (const Which which : {Which::kFirst, Which::kNext}) {
-    Contents& contents = is_first(which) ? first_ : next_;
     Freely freely;
     prepare(true);
     const SteppedEnd end = run_stepped(command(which), environment(), freely, 0);
@@ -197,21 +220,24 @@ Images Scene::learn() {
       throw std::runtime_error("an unharmed share ends with " + std::to_string(end.status) + ": " +
                                end.errors);
     }
-    contents[kImage] = test::read_file(staging() + "/" + kImage);
+    for (const char* name : {kImage, kZip}) {
+      whole(which)[name] = test::read_file(staging() + "/" + name);
+    }
+    const auto unpacked = missing_of_zip(staging() + "/" + kZip, shared_folder(which));
+    if (!unpacked || !unpacked->empty()) {
+      throw std::runtime_error("an unharmed share does not pack all of a folder");
+    }
     const auto result = draft(which);
     if (!result || !result->missing.empty() || !result->broken.empty()) {
       throw std::runtime_error("an unharmed share does not deliver all of it");
     }
   }
-  if (first_[kImage] == next_[kImage]) {
-    throw std::runtime_error("the two images are the same");
+  for (const char* name : {kImage, kZip}) {
+    if (staged_.first[name] == staged_.next[name]) {
+      throw std::runtime_error(std::string("both selections have the same ") + name);
+    }
   }
-  return {first_[kImage], next_[kImage]};
-}
-
-void Scene::know(const Images& images) {
-  first_[kImage] = images.first;
-  next_[kImage] = images.next;
+  return staged_;
 }
 
 void Scene::prepare(bool anew) {
@@ -237,12 +263,12 @@ std::optional<Draft> Scene::draft(Which which) const {
   for (const auto& attachment : message->attachments()) {
     const std::string path = attachment.description();
     const std::string name = fs::path(path).filename();
-    const auto expected = whole(which).find(without_number(name));
-    if (fs::path(path).parent_path() != staging() || expected == whole(which).end() ||
-        !fs::is_regular_file(path) || test::read_file(path) != expected->second) {
+    const auto lacks = lacking(which, path);
+    if (fs::path(path).parent_path() != staging() || !lacks) {
       draft.broken.push_back(path);
     } else {
-      found.insert(expected->first);
+      found.insert(without_number(name));
+      draft.missing.insert(lacks->begin(), lacks->end());
     }
   }
   const std::string body = message->htmlBody().description();
@@ -254,6 +280,7 @@ std::optional<Draft> Scene::draft(Which which) const {
   for (const char* name : kSources) {
     miss(found.contains(name), source_folder(which) + "/" + name);
   }
+  miss(found.contains(kZip), shared_folder(which));
   miss(found.contains(kImage), image_of(which));
   miss(found.contains(kData), data_of(which));
   miss(body.find("<a href=\"" + link_of(which) + "\"") != std::string::npos, link_of(which));
@@ -261,14 +288,20 @@ std::optional<Draft> Scene::draft(Which which) const {
   return draft;
 }
 
-bool Scene::is_whole(const std::string& name, const std::string& bytes) const {
-  for (const Contents* contents : {&first_, &next_}) {
-    const auto expected = contents->find(without_number(name));
-    if (expected != contents->end() && expected->second == bytes) {
-      return true;
-    }
+std::optional<std::set<std::string>> Scene::lacking(Which which, const std::string& path) const {
+  const std::string name = without_number(fs::path(path).filename());
+  const auto expected = whole(which).find(name);
+  if (expected == whole(which).end() || !fs::is_regular_file(path)) {
+    return std::nullopt;
   }
-  return false;
+  if (test::read_file(path) == expected->second) {
+    return std::set<std::string>();
+  }
+  return name == kZip ? missing_of_zip(path, shared_folder(which)) : std::nullopt;
+}
+
+bool Scene::is_whole(const std::string& path) const {
+  return lacking(Which::kFirst, path) || lacking(Which::kNext, path);
 }
 
 bool Scene::is_picked_file(const std::string& name) {
@@ -277,7 +310,7 @@ bool Scene::is_picked_file(const std::string& name) {
 
 std::vector<std::string> Scene::staged_names() const {
   std::vector<std::string> names;
-  for (const auto& [name, bytes] : first_) {
+  for (const auto& [name, bytes] : staged_.first) {
     names.push_back(name);
   }
   return names;

@@ -22,34 +22,43 @@ struct Draft {
   std::vector<std::string> broken;
 };
 
-/// What the images of the two selections are staged as.
-struct Images {
-  std::string first;
-  std::string next;
+/// Files by the names under which they are staged.
+using Contents = std::map<std::string, std::string>;
+
+/// What the two selections are staged as.
+struct Staged {
+  Contents first;
+  Contents next;
 };
 
-/// A home in which a share takes every road: files with one extent, with several and with holes, an
-/// image as bytes, bytes that become a file, a link, a text; a bus with a mail application that
-/// takes what comes; and files all around that are no business of a share.
+/// A home in which a share takes every road: files with one extent, with several and with holes, a
+/// folder, an image as bytes, bytes that become a file, a link, a text; a bus with a mail
+/// application that takes what comes; and files all around that are no business of a share.
 class Scene {
  public:
   Scene();
 
   [[nodiscard]] std::vector<std::string> command(Which which) const;
   [[nodiscard]] const test::Environment& environment() const { return environment_; }
+  /// The folder that is shared.
+  [[nodiscard]] std::string shared_folder(Which which) const;
 
-  /// Shares both selections to see what their images become; throws when that does not work.
-  Images learn();
+  /// What a share says of its selection when all is well, a line.
+  static constexpr const char* kNote = "notes is a folder and is shared as notes.zip";
+
+  /// Shares both selections to see what their images and folders become; throws when that does not
+  /// work.
+  Staged learn();
   /// Takes what another scene has learnt.
-  void know(const Images& images);
+  void know(const Staged& staged) { staged_ = staged; }
   /// Forgets what was opened. `anew` also takes back all that earlier shares left.
   void prepare(bool anew);
 
   /// What the application was given since `prepare`, compared with a selection; none when nothing.
   [[nodiscard]] std::optional<Draft> draft(Which which) const;
-  /// True when these are all the bytes of the file that is staged under this name, or under the
-  /// name with a number, in either of the two selections.
-  [[nodiscard]] bool is_whole(const std::string& name, const std::string& bytes) const;
+  /// True when a file has all the bytes of the one that is staged under its name, or under the
+  /// name with a number, in either of the two selections. Of a folder something may be left out.
+  [[nodiscard]] bool is_whole(const std::string& path) const;
   /// True for the name of a file that is picked in both selections.
   [[nodiscard]] static bool is_picked_file(const std::string& name);
   /// The names that are staged when all went well, sorted.
@@ -65,20 +74,22 @@ class Scene {
   [[nodiscard]] std::string temporary() const { return bus_.path("tmp"); }
 
  private:
-  using Contents = std::map<std::string, std::string>;
-
   void write_sources(Which which);
   void write_surroundings() const;
   [[nodiscard]] std::string container() const;
   [[nodiscard]] std::string shared_data() const { return container() + "/SharedData"; }
   [[nodiscard]] std::string source_folder(Which which) const;
   [[nodiscard]] const Contents& whole(Which which) const;
+  Contents& whole(Which which);
+  /// What the file at `path` lacks, as a line about it would name it: nothing, or of a folder what
+  /// lies in it. None when it is not what is staged under that name.
+  [[nodiscard]] std::optional<std::set<std::string>> lacking(Which which,
+                                                             const std::string& path) const;
 
   test::PrivateBus bus_;
   test::Environment environment_;
   test::Process application_;
-  Contents first_;
-  Contents next_;
+  Staged staged_;
 };
 
 }  // namespace quoll::crash

@@ -25,11 +25,11 @@ void check_temporary(const Scene& scene, Findings& findings) {
 
 class ShareSubject final : public Subject {
  public:
-  ShareSubject() : images_(scene_.learn()) {}
-  explicit ShareSubject(const Images& images) : images_(images) { scene_.know(images); }
+  ShareSubject() : staged_(scene_.learn()) {}
+  explicit ShareSubject(const Staged& staged) : staged_(staged) { scene_.know(staged); }
 
   [[nodiscard]] std::unique_ptr<Subject> another() const override {
-    return std::make_unique<ShareSubject>(images_);
+    return std::make_unique<ShareSubject>(staged_);
   }
   void prepare(bool anew) override {
     scene_.prepare(anew);
@@ -72,7 +72,7 @@ class ShareSubject final : public Subject {
   }
 
   Scene scene_;
-  Images images_;
+  Staged staged_;
   Snapshot before_;
 };
 
