@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <clocale>
 #include <cstdio>
 #include <ctime>
@@ -48,7 +49,12 @@ std::string pack(const std::string& name) {
   walk(STDIN_FILENO, name, output, nothing);
   Zip zip(STDOUT_FILENO);
   walk(STDIN_FILENO, name, output, zip);
-  return zip.end();
+  std::string told = zip.end();
+  // A network file system tells only now that it has lost what was written.
+  if (close(STDOUT_FILENO) != 0 && errno != EINTR) {
+    throw PackError(quoll::posix::error_words(errno));
+  }
+  return told;
 }
 
 int fail(const char* reason) {

@@ -182,6 +182,39 @@ TEST(Failed, AHelperThatCanNeverBeWatchedLeavesOutWhatItWasFor) {
           "watched: Too many open files\n");
 }
 
+/// The folder helper learns that its output was lost when it closes it.
+class LostAtClose final : public Steps {
+ public:
+  Step at(const Call& call) override {
+    if (call.number != SYS_close || call.arguments[0] != STDOUT_FILENO ||
+        !test::read_file("/proc/" + std::to_string(call.process) + "/comm")
+             .starts_with("quoll-folder")) {
+      return {};
+    }
+    is_done_ = true;
+    return {.kind = Step::Kind::kFailAfterwards, .error = EIO};
+  }
+  [[nodiscard]] bool is_done() const override { return is_done_; }
+
+ private:
+  bool is_done_ = false;
+};
+
+TEST(Failed, AFolderThatIsLostAtTheEndOfItsWritingIsLeftOut) {
+  if (const std::string why = why_not_stepped(); !why.empty()) {
+    GTEST_SKIP() << why;
+  }
+  Scene scene;
+  scene.prepare(false);
+  LostAtClose fault;
+  const SteppedEnd end = run_stepped(scene.command(Which::kFirst), scene.environment(), fault, 60);
+  EXPECT_TRUE(fault.is_done()) << "it closes nothing";
+  EXPECT_EQ(end.status, 3);
+  EXPECT_EQ(end.errors, std::string(Scene::kNote) +
+                            "\nleft out: " + scene.shared_folder(Which::kFirst) +
+                            ": it cannot be packed: input/output error\n");
+}
+
 /// Lets no process make a thread; processes are made as always.
 class NoThreads final : public Steps {
  public:

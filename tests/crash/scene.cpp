@@ -301,7 +301,14 @@ std::optional<std::set<std::string>> Scene::lacking(Which which, const std::stri
 }
 
 bool Scene::is_whole(const std::string& path) const {
-  return lacking(Which::kFirst, path) || lacking(Which::kNext, path);
+  const std::string name = without_number(fs::path(path).filename());
+  const std::string bytes = test::read_file(path);
+  const auto is_staged = [&](Which which) {
+    const auto expected = whole(which).find(name);
+    return expected != whole(which).end() && expected->second == bytes;
+  };
+  return is_staged(Which::kFirst) || is_staged(Which::kNext) || lacking(Which::kFirst, path) ||
+         lacking(Which::kNext, path);
 }
 
 bool Scene::is_picked_file(const std::string& name) {
