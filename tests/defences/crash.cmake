@@ -29,10 +29,7 @@ quoll_defence(left_overs_are_swept
 quoll_defence(locks_die_with_their_holder
   FILE apps/share/staging_lock.cpp
   TAKES [[  while (!Interruption::has_come()) {]]
-  GIVES [[  static std::string held = "/proc/self/fd/" + std::to_string(file);
-  char path[4096] = {};
-  static_cast<void>(!readlink(held.c_str(), path, sizeof path - 1));
-  held = std::string(path) + ".held";
+  GIVES [[  static const std::string held = lock_path().value_or("") + ".held";
   while (open(held.c_str(), O_CREAT | O_EXCL | O_CLOEXEC, 0600) < 0) {
     usleep(1000);
   }
