@@ -150,9 +150,14 @@ class ShareTold : public testing::Test {
     std::ofstream(bus_.path(name)) << content;
     return bus_.path(name);
   }
+  /// What is left to be read there: how far a share is that takes long has been wiped away.
   [[nodiscard]] std::string at_terminal(const std::string& arguments) const {
-    return run({"script", "-qefc", QUOLL_SHARE " " + arguments, "/dev/null"}, bus_.environment())
-        .output;
+    constexpr std::string_view kWiped = "\r\033[K";
+    const std::string all =
+        run({"script", "-qefc", QUOLL_SHARE " " + arguments, "/dev/null"}, bus_.environment())
+            .output;
+    const std::size_t at = all.rfind(kWiped);
+    return at == std::string::npos ? all : all.substr(at + kWiped.size());
   }
 
   PrivateBus bus_;
