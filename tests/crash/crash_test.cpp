@@ -70,13 +70,22 @@ TEST_P(Killed, WhoIsLeftTellsTheTruth) {
   EXPECT_EQ(found(About::kDeath), 0);
 }
 
-/// Does something at one call: the one of a kind that is the `turn`-th, from 1.
+/// What a process calls itself, cut short.
+std::string name_of(std::uint64_t process) {
+  return test::read_file("/proc/" + std::to_string(process) + "/comm");
+}
+
+/// Does something at one call: the one of a kind that is the `turn`-th, from 1. With a name, only
+/// calls count whose first argument is a process whose name begins so.
 class AtOne final : public Steps {
  public:
-  AtOne(long number, int turn, const Step& step) : number_(number), turn_(turn), step_(step) {}
+  AtOne(long number, int turn, const Step& step, std::string name = "")
+      : number_(number), turn_(turn), step_(step), name_(std::move(name)) {}
 
   Step at(const Call& call) override {
-    return call.number == number_ && --turn_ == 0 ? step_ : Step{};
+    const bool is_meant =
+        call.number == number_ && (name_.empty() || name_of(call.arguments[0]).starts_with(name_));
+    return is_meant && --turn_ == 0 ? step_ : Step{};
   }
   [[nodiscard]] bool is_done() const override { return turn_ <= 0; }
 
@@ -84,6 +93,7 @@ class AtOne final : public Steps {
   long number_;
   int turn_;
   Step step_;
+  std::string name_;
 };
 
 TEST(KilledAlone, ItsReceivedFilesAreSweptByTheNextShare) {
@@ -119,30 +129,31 @@ TEST(Failed, WhatWentWrongIsTold) {
   struct Row {
     const char* reason;
     long call;
-    int turn;
     int error;
     int status;
     std::string told;
+    std::string process = "";
   };
   Scene scene;
   const std::vector<Row> rows{
-      {"the folder helper cannot be watched", SYS_pidfd_open, 1, EMFILE, 3,
+      {"the folder helper cannot be watched", SYS_pidfd_open, EMFILE, 3,
        "left out: " + scene.shared_folder(Which::kFirst) +
-           ": it cannot be packed: the helper cannot be watched: too many open files\n"},
+           ": it cannot be packed: the helper cannot be watched: too many open files\n",
+       "quoll-folder"},
       {"the image helper cannot be watched when a picture is prepared: the extension starts "
        "another",
-       SYS_pidfd_open, 2, EMFILE, 0, ""},
-      {"no socket to the launcher", SYS_socketpair, 1, EMFILE, 1,
+       SYS_pidfd_open, EMFILE, 0, "", "quoll-image"},
+      {"no socket to the launcher", SYS_socketpair, EMFILE, 1,
        "not opened: the launcher could not be started; quollctl doctor tells more\n"},
-      {"no copies inside the file system", SYS_copy_file_range, 1, EIO, 0, ""},
-      {"no folder for bytes without a file", SYS_mkdirat, 1, EIO, 3,
+      {"no copies inside the file system", SYS_copy_file_range, EIO, 0, ""},
+      {"no folder for bytes without a file", SYS_mkdirat, EIO, 3,
        "left out: data:,first: it cannot be kept in a temporary file: input/output error\n"},
-      {"no staging lock, which is for the sake of others", SYS_flock, 1, ENOLCK, 0, ""},
+      {"no staging lock, which is for the sake of others", SYS_flock, ENOLCK, 0, ""},
   };
   static_cast<void>(scene.learn());
   for (const Row& row : rows) {
     scene.prepare(false);
-    AtOne fault(row.call, row.turn, {.kind = Step::Kind::kFail, .error = row.error});
+    AtOne fault(row.call, 1, {.kind = Step::Kind::kFail, .error = row.error}, row.process);
     const SteppedEnd end = run_stepped(scene.command(Which::kFirst), scene.environment(), fault, 0);
     EXPECT_TRUE(fault.is_done()) << row.reason;
     EXPECT_EQ(end.status, row.status) << row.reason;
@@ -187,8 +198,7 @@ class LostAtClose final : public Steps {
  public:
   Step at(const Call& call) override {
     if (call.number != SYS_close || call.arguments[0] != STDOUT_FILENO ||
-        !test::read_file("/proc/" + std::to_string(call.process) + "/comm")
-             .starts_with("quoll-folder")) {
+        !name_of(static_cast<std::uint64_t>(call.process)).starts_with("quoll-folder")) {
       return {};
     }
     is_done_ = true;
