@@ -91,8 +91,13 @@ TEST_F(HostileFolder, ASparseTerabyteIsRefusedBeforeAnythingIsWritten) {
 
 TEST_F(HostileFolder, MoreThan100000EntriesAreRefused) {
   const posix::UniqueFd folder = posix::open_file(top(), O_RDONLY | O_DIRECTORY);
+  constexpr int kLinks = 50'000;  // a file system makes them sooner than files, but not all of one
   for (int i = 0; i < 100'001; ++i) {
-    ASSERT_EQ(mknodat(folder.get(), std::to_string(i).c_str(), S_IFREG | 0600, 0), 0);
+    const std::string file = std::to_string(i / kLinks * kLinks);
+    const std::string name = std::to_string(i);
+    ASSERT_EQ(name == file ? mknodat(folder.get(), name.c_str(), S_IFREG | 0600, 0)
+                           : linkat(folder.get(), file.c_str(), folder.get(), name.c_str(), 0),
+              0);
   }
   const Ended ended = pack();
   EXPECT_EQ(ended.status, 1);

@@ -347,8 +347,9 @@ TEST_F(DraftStates, WhatAKilledReceiverLeftIsSwept) {
 TEST_F(DraftStates, WhatIsSweptIsLockedUntilItIsGone) {
   const std::string path = taken_file(".20190101-000000");
   fs::create_directories(path);
-  for (int i = 0; i < 20'000; ++i) {
-    std::ofstream(path + "/" + std::to_string(i));
+  std::ofstream(path + "/0");
+  for (int i = 1; i < 20'000; ++i) {
+    fs::create_hard_link(path + "/0", path + "/" + std::to_string(i));
   }
   const posix::UniqueFd folder(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
   const auto before = fs::last_write_time(path);
