@@ -37,10 +37,16 @@ class Home {
   }
   ~Home() {
     umount2(bus.path("containers").c_str(), MNT_DETACH);
-    std::error_code ignored;
-    for (const auto& entry : fs::recursive_directory_iterator(bus.path(""), ignored)) {
-      if (entry.is_directory(ignored)) {
-        fs::permissions(entry, fs::perms::owner_all, fs::perm_options::add, ignored);
+    // A receiver that has not ended yet may take away what is looked at.
+    std::error_code gone = std::make_error_code(std::errc::no_such_file_or_directory);
+    for (int attempt = 0; gone && attempt < 10; ++attempt) {
+      gone.clear();
+      std::error_code ignored;
+      for (fs::recursive_directory_iterator at(bus.path(""), gone), end; at != end;
+           at.increment(gone)) {
+        if (at->is_directory(ignored)) {
+          fs::permissions(at->path(), fs::perms::owner_all, fs::perm_options::add, ignored);
+        }
       }
     }
   }
