@@ -43,7 +43,7 @@ std::vector<WaitingFile> waiting_files(int taken_folder) {
       throw std::system_error(ENODATA, std::generic_category());
     }
     file.size = sizes[file.number];
-    const posix::UniqueFd folder = posix::open_folder(above.get(), number.c_str());
+    const posix::UniqueFd folder = posix::open_folder(above.get(), number);
     for (std::string& name : names_in(folder.get())) {
       file.name = std::move(name);
       files.push_back(file);

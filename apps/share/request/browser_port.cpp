@@ -17,7 +17,7 @@ std::string dumped(const nlohmann::json& value) {
 
 }  // namespace
 
-BrowserPort::Received BrowserPort::receive(std::string& frame) {
+BrowserPort::Received BrowserPort::receive(std::string& frame) const {
   std::uint32_t length = 0;
   bool ended = false;
   frame.clear();

@@ -17,7 +17,7 @@ class BrowserPort {
   enum class Received { kFrame, kEnd, kDamaged };
   /// Waits for the next frame and puts its JSON into `frame`. A frame that is longer than
   /// `kLongestFrame` is damaged, and so is one that ends too early; nothing is read behind it.
-  [[nodiscard]] Received receive(std::string& frame);
+  [[nodiscard]] Received receive(std::string& frame) const;
 
   /// From 0 to 100. A number that was just sent is not sent again.
   void tell_progress(int percent);
