@@ -2,6 +2,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
+#include <string_view>
 
 namespace quoll::test {
 namespace {
@@ -64,6 +66,15 @@ PrivateBus::PrivateBus(const Environment& more, std::chrono::milliseconds start_
                                "--nofork", "--nopidfile", "--print-address"},
       environment_);
   environment_["DBUS_SESSION_BUS_ADDRESS"] = daemon_->read_line();
+}
+
+std::string PrivateBus::socket() const {
+  constexpr std::string_view kHead = "unix:path=";
+  const std::string address = environment_.at("DBUS_SESSION_BUS_ADDRESS").value_or("");
+  if (!address.starts_with(kHead)) {
+    throw std::runtime_error("the bus has no socket with a path: " + address);
+  }
+  return address.substr(kHead.size(), address.find(',') - kHead.size());
 }
 
 void PrivateBus::add_service(const std::string& name, const std::string& command) const {

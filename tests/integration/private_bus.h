@@ -23,6 +23,8 @@ class PrivateBus {
   [[nodiscard]] std::string path(const std::string& name) const { return folder_.path(name); }
   [[nodiscard]] std::string data_home() const { return folder_.path("data"); }
 
+  /// The path of the socket on which the bus listens. Throws when it has none.
+  [[nodiscard]] std::string socket() const;
   /// The process of the bus.
   [[nodiscard]] pid_t daemon() const { return daemon_->id(); }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -35,7 +34,7 @@ class BrowserPort {
   int percent_ = -1;
 };
 
-/// The extension sends pieces of at most 1 MiB; a browser lets pass 64 MiB and more.
+/// The extension sends pieces of 256 Ki characters; a browser lets pass 64 MiB and more.
 inline constexpr std::size_t kLongestFrame = std::size_t{16} << 20U;
 
 }  // namespace quoll::share
