@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "quoll/foundation/base64_kernel.h"
+
 namespace quoll::foundation {
 
 namespace {
@@ -80,9 +82,10 @@ void put_group(char* to, std::uint32_t group) {
 
 /// Decodes every digit of `text` and answers how many there are. `to` has room for
 /// `text.size() / 4 * 3 + 3` bytes; `whole_bytes` of them are meant.
-std::size_t decode_digits(std::string_view text, char* to) {
+std::size_t decode_digits(const base64::Kernel* kernel, std::string_view text, char* to) {
   const char* const start = to;
-  std::size_t i = 0;
+  std::size_t i = kernel != nullptr ? kernel->decode(text, to) : 0;
+  to += i / 4 * 3;
   std::uint32_t group = 0;
   std::size_t place = 0;
   while (i < text.size()) {
@@ -118,19 +121,19 @@ struct Decoded {
 };
 
 template <typename Buffer>
-Decoded<Buffer> decode_into(std::string_view text) {
+Decoded<Buffer> decode_into(std::string_view text, const base64::Kernel* kernel = base64::avx2()) {
   Decoded<Buffer> decoded{Buffer(text.size() / 4 * 3 + 3, 0), 0};
-  decoded.digits = decode_digits(text, reinterpret_cast<char*>(decoded.bytes.data()));
+  decoded.digits = decode_digits(kernel, text, reinterpret_cast<char*>(decoded.bytes.data()));
   decoded.bytes.resize(whole_bytes(decoded.digits));
   return decoded;
 }
 
 }  // namespace
 
-std::string base64_encode(std::string_view bytes) {
+std::string base64::encode_with(const Kernel* kernel, std::string_view bytes) {
   std::string out((bytes.size() + 2) / 3 * 4, '=');
-  char* to = out.data();
-  std::size_t i = 0;
+  std::size_t i = kernel != nullptr ? kernel->encode(bytes, out.data()) : 0;
+  char* to = out.data() + i / 3 * 4;
   for (; bytes.size() - i >= sizeof(std::uint64_t); i += 6) {
     const std::uint64_t word = word_at(bytes, i);
     to = put_pair(to, word >> 52U);
@@ -149,6 +152,14 @@ std::string base64_encode(std::string_view bytes) {
     put_pair(to, at(bytes, i) << 4U);
   }
   return out;
+}
+
+std::string base64::decode_with(const Kernel* kernel, std::string_view text) {
+  return decode_into<std::string>(text, kernel).bytes;
+}
+
+std::string base64_encode(std::string_view bytes) {
+  return base64::encode_with(base64::avx2(), bytes);
 }
 
 std::string base64_encode(const Bytes& bytes) {
@@ -184,7 +195,7 @@ std::optional<Bytes> base64_decode_ignoring_unknown(std::string_view text) {
 }
 
 std::string base64_decode_digits(std::string_view text) {
-  return decode_into<std::string>(text).bytes;
+  return base64::decode_with(base64::avx2(), text);
 }
 
 }  // namespace quoll::foundation

@@ -8,6 +8,7 @@
 #include "quoll/foundation/exception.h"
 #include "quoll/foundation/percent.h"
 #include "quoll/foundation/unicode.h"
+#include "quoll/foundation/utf8_kernel.h"
 #include "quoll/foundation/utf8_state.h"
 
 namespace quoll::foundation {
@@ -131,6 +132,13 @@ std::string_view whole_characters(std::string_view piece) {
 }
 
 bool is_utf8(std::string_view bytes) {
+  static const utf8::Check check =
+      utf8::avx2_check() != nullptr ? utf8::avx2_check() : utf8::is_utf8_portably;
+  constexpr std::size_t kShort = 64;  // the most texts, for which nothing has to be set up
+  return bytes.size() < kShort ? utf8::is_utf8_portably(bytes) : check(bytes);
+}
+
+bool utf8::is_utf8_portably(std::string_view bytes) {
   std::uint64_t state = utf8::kBoundary;
   std::size_t position = 0;
   while (bytes.size() - position >= kWord) {
