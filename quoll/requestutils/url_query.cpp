@@ -176,10 +176,8 @@ Dictionary URLQueryParametersWithOptions(std::string_view text, URLQueryOptions 
     return parameters;
   }
   std::string_view rest = *query;
-  // Reserve for no more than a usual query has: one from a stranger may be a long row of "&".
-  constexpr std::ptrdiff_t kUsual = 64;
-  parameters.reserve(
-      static_cast<std::size_t>(std::min(kUsual, 1 + std::count(rest.begin(), rest.end(), '&'))));
+  constexpr std::size_t kUsual = 16;
+  parameters.reserve(kUsual);
   while (true) {
     const std::size_t ampersand = rest.find('&');
     if (const auto piece = split_piece(rest.substr(0, ampersand))) {
