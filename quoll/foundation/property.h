@@ -34,6 +34,14 @@ class Property {
     return *this;  // what was held before is released here, outside the lock
   }
 
+  /// Has `change` change what is held, as one step. It is called under the lock, so it must be short
+  /// and must not use this property.
+  template <typename Change>
+  void change(const Change& change) {
+    const std::lock_guard lock(mutex_);
+    change(held_);
+  }
+
  private:
   mutable std::mutex mutex_;
   T held_{};

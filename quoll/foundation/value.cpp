@@ -42,8 +42,9 @@ bool number_of(const Value& value, double& number) {
 
 }  // namespace
 
+// The texts themselves are not constant, so that `append_text` may change one that nobody shares.
 Value::Value(std::string text)
-    : held_(std::in_place_type<SharedText>, std::make_shared<const std::string>(std::move(text))) {}
+    : held_(std::in_place_type<SharedText>, std::make_shared<std::string>(std::move(text))) {}
 
 Value::Value(Bytes bytes)
     : held_(std::in_place_type<SharedBytes>, std::make_shared<const Bytes>(std::move(bytes))) {}
@@ -68,6 +69,22 @@ const std::string* Value::text() const& {
 const Bytes* Value::bytes() const& {
   const auto* bytes = std::get_if<SharedBytes>(&held_);
   return bytes == nullptr ? nullptr : bytes->get();
+}
+
+void Value::append_text(std::string_view more) {
+  auto* const held = std::get_if<SharedText>(&held_);
+  if (held == nullptr) {
+    *this = Value(more);
+  } else if (held->use_count() == 1) {
+    // Another thread may have held the text until a moment ago. Counting once up and down waits for
+    // what it did; the count by itself does not.
+    static_cast<void>(SharedText(*held));
+    const_cast<std::string&>(**held).append(more);
+  } else {
+    std::string longer;
+    longer.reserve((*held)->size() + more.size());
+    *this = Value(std::move(longer.append(**held).append(more)));
+  }
 }
 
 std::shared_ptr<Object> Value::object() const {

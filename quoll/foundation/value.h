@@ -41,7 +41,7 @@ struct Date {
 /// text, bytes, a date, a list, a dictionary or an object.
 ///
 /// Copying is cheap: texts, bytes, lists, dictionaries and objects are shared by reference. Texts
-/// and bytes never change once they are in a value; a list or dictionary changes for everyone who
+/// and bytes never change while values share them; a list or dictionary changes for everyone who
 /// holds it. One value must not be written by one thread while another reads it.
 ///
 /// There are two families of reading, told apart by their names.
@@ -123,6 +123,10 @@ class Value {
   [[nodiscard]] std::shared_ptr<T> as() const {
     return std::dynamic_pointer_cast<T>(object());
   }
+
+  /// Makes a text longer: in place where no other value shares it, so that a text that grows is not
+  /// copied each time. A value of any other kind becomes the text `more`.
+  void append_text(std::string_view more);
 
   // Asks.
   /// Bytes in a text, or the number of bytes.

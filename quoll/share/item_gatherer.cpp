@@ -50,12 +50,7 @@ class Answer {
 
 void append_html(ExtensionMessage& message, const std::string& html) {
   const auto lock = message.synchronized();
-  const Value body = message.htmlBody();
-  // A link can be the last of thousands: the text so far is copied once.
-  std::string longer;
-  const std::string_view text = body.text() != nullptr ? *body.text() : std::string_view();
-  longer.reserve(text.size() + html.size());
-  message.htmlBody = std::move(longer.append(text).append(html));
+  message.htmlBody.change([&](Value& body) { body.append_text(html); });
 }
 
 void append_attachments(ExtensionMessage& message, const List& paths) {

@@ -4,8 +4,10 @@
 
 #include <cmath>
 #include <limits>
+#include <set>
 #include <thread>
 #include <type_traits>
+#include <vector>
 
 #include "quoll/foundation/collections.h"
 #include "quoll/foundation/exception.h"
@@ -92,6 +94,35 @@ TEST(Value, SharesWhatItHolds) {
   const Value second = first;
   second.as<List>().addObject(1);
   EXPECT_EQ(first.as<List>().count(), 1U);
+}
+
+TEST(ValueAppendText, MakesATextLonger) {
+  Value text = "one";
+  text.append_text(", two");
+  EXPECT_EQ(text, Value("one, two"));
+  const Value other = text;
+  text.append_text(", three");
+  EXPECT_EQ(text, Value("one, two, three"));
+  EXPECT_EQ(other, Value("one, two")) << "who shares it keeps the shorter one";
+  text.append_text(*text.text());
+  EXPECT_EQ(text, Value("one, two, threeone, two, three"));
+}
+
+TEST(ValueAppendText, MakesATextOfAnythingElse) {
+  for (Value value : {kNull, kBytes, kDate, Value(1), list()}) {
+    value.append_text("text");
+    EXPECT_EQ(value, kText);
+  }
+}
+
+TEST(ValueAppendText, DoesNotCopyALongTextEachTime) {
+  Value text = "";
+  std::set<const char*> places;
+  for (int i = 0; i < 10'000; ++i) {
+    text.append_text("a piece of text, ");
+    places.insert(text.text()->data());
+  }
+  EXPECT_LT(places.size(), 40U);
 }
 
 TEST(ValueLength, CountsBytes) {
@@ -305,6 +336,24 @@ TEST(Property, ReadsWhatWasSetFromAnyThread) {
   writer.join();
   EXPECT_EQ(text(), "odd");
   EXPECT_EQ(number(), 9999);
+}
+
+TEST(Property, IsChangedInOneStep) {
+  Property<Value> property{Value("")};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&] {
+      for (int j = 0; j < 1000; ++j) {
+        property.change([](Value& value) { value.append_text("piece,"); });
+        const Value read = property();
+        EXPECT_TRUE(read.text()->ends_with("piece,"));
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(property().length(), 4U * 1000 * 6);
 }
 
 TEST(Monitor, LetsTheSameThreadInAgain) {
