@@ -63,10 +63,14 @@ std::shared_ptr<NSURL> NSURL::URLWithString(std::string_view text) {
 
 std::shared_ptr<NSURL> NSURL::URLWithString(std::string_view text,
                                             std::shared_ptr<NSURL> relativeToURL) {
-  if (!is_url_text(text) || (text.empty() && !relativeToURL)) {
+  return with_text(std::string(text), std::move(relativeToURL));
+}
+
+std::shared_ptr<NSURL> NSURL::with_text(std::string text, std::shared_ptr<NSURL> base) {
+  if (!is_url_text(text) || (text.empty() && !base)) {
     return nullptr;
   }
-  return std::shared_ptr<NSURL>(new NSURL(std::string(text), std::move(relativeToURL)));
+  return std::shared_ptr<NSURL>(new NSURL(std::move(text), std::move(base)));
 }
 
 std::shared_ptr<NSURL> NSURL::file_url(std::string_view absolute_path, bool is_folder) {

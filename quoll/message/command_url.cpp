@@ -140,8 +140,9 @@ std::shared_ptr<NSURL> ExtensionMessage::queryUrl(std::string_view command) cons
     }
   }
   add_attachments(attachments(), parameters);
-  return NSURL::URLWithString(foundation::format("quoll://%@?%@", command,
-                                                 RequestUtils::URLQueryWithParameters(parameters)));
+  std::string url = RequestUtils::URLQueryWithParameters(parameters);
+  url.insert(0, foundation::format("quoll://%@?", command));  // a body can be large: not copied
+  return NSURL::URLWithString(std::move(url));
 }
 
 std::shared_ptr<ExtensionMessage> ExtensionMessage::ExtensionMessageWithUrl(

@@ -20,6 +20,15 @@ TEST(URLWithString, LooksAtCharactersOnly) {
   }
 }
 
+TEST(URLWithString, TakesATextThatIsGivenAway) {
+  std::string text = "http://example.org/" + std::string(100, 'a');
+  const std::string copy = text;
+  const auto url = NSURL::URLWithString(std::move(text));
+  EXPECT_EQ(url->absoluteString(), copy);
+  EXPECT_EQ(url->path()->size(), 101U);
+  EXPECT_EQ(NSURL::URLWithString(std::string("a b")), nullptr);
+}
+
 TEST(URLWithString, RefusesEveryOtherCharacter) {
   for (int byte = 0; byte < 256; ++byte) {
     const char c = static_cast<char>(byte);
