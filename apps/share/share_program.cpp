@@ -145,6 +145,14 @@ std::optional<std::string> folder_trouble(const ShareResult& result) {
                  : result.folder_trouble;
 }
 
+/// Ends the program, without what was prepared, when it is interrupted.
+void end_if_interrupted(Selection& selection) {
+  if (Interruption::has_come()) {
+    selection.prepared_files.reset();
+    Interruption::end_program();
+  }
+}
+
 /// True when the extension still works on an item.
 bool is_busy(const Selection& selection) {
   return std::ranges::any_of(selection.items, [](const auto& item) {
@@ -182,6 +190,8 @@ class Share {
   std::shared_ptr<gio::LauncherWorkspace> launcher_;  ///< null with `print`
   std::string image_helper_ = image_helper::helper_path();
   std::string folder_helper_ = folder_helper_path();
+  /// From when files may be made until it is the share's turn.
+  std::optional<Interruption> interruption_;
 };
 
 int Share::run(ShareRequest request) {
@@ -231,7 +241,9 @@ std::optional<std::string> Share::find_container() {
 }
 
 Selection Share::select(ShareRequest request, const std::optional<std::string>& container) {
+  interruption_.emplace(settings_.starter);
   Selection selection = make_selection(std::move(request), container);
+  end_if_interrupted(selection);
   steps_->tell("what was given is read: " + std::to_string(selection.items.size()) +
                (selection.items.size() == 1 ? " item, " : " items, ") +
                std::to_string(selection.left_out.size()) + " left out");
@@ -270,7 +282,6 @@ Installed Share::begin(bool with_html) {
 StagingLock Share::prepare_and_lock(Selection& selection, MovingFiles& files,
                                     std::optional<posix::LockHolder> holder) {
   constexpr std::chrono::seconds kLong{1};
-  const Interruption interruption(settings_.starter);
   const auto begin = steps_->elapsed();
   const bool is_prepared =
       pack(selection) && prepare(selection, files, image_helper_, early_steps());
@@ -281,10 +292,8 @@ StagingLock Share::prepare_and_lock(Selection& selection, MovingFiles& files,
   StagingLock lock = is_prepared && !selection.empty()
                          ? lock_staging(holder, settings_.tell_of_waiting)
                          : StagingLock();
-  if (Interruption::has_come()) {
-    selection.prepared_files.reset();
-    Interruption::end_program();
-  }
+  end_if_interrupted(selection);
+  interruption_.reset();
   if (settings_.progress) {
     settings_.progress(1, 2);
   }

@@ -107,5 +107,21 @@ TEST_F(RemoteFilesTest, ADesktopThatDoesNotAnswerIsGivenUpOnce) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, 4s);
 }
 
+TEST_F(RemoteFilesTest, ADesktopThatDoesNotAnswerIsNotWaitedForByWhoGoesAway) {
+  bus_.add_service("org.kde.KIOFuse", MOUNT_DOUBLE " " + home_.path("mounted"));
+  auto command = ShareHome::command({"--print", "data:,first", "smb://silent/c.txt"});
+  Process share(command, home_.environment());
+  while (!has_ended(share.id()) && !home_.has_received_files()) {
+    usleep(1000);
+  }
+  usleep(200'000);  // until it asks
+  EXPECT_EQ(kill(share.id(), SIGINT), 0);
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(share.wait(), 128 + SIGINT);
+  using namespace std::chrono_literals;
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 2s);
+  EXPECT_FALSE(home_.has_received_files());
+}
+
 }  // namespace
 }  // namespace quoll::test

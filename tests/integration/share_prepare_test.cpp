@@ -96,6 +96,17 @@ TEST_F(Preparing, SomebodyAtATerminalSeesHowFarItIs) {
       << "nothing of it stays";
 }
 
+TEST_F(Preparing, TooMuchForAMailIsSaidBeforeAnythingIsCopied) {
+  auto command = slowly("60", {home_.write("a.bin", std::string(26'000'000, 'x'))});
+  command.insert(command.begin(), {"sh", "-c", "exec \"$@\" 2>&1", "sh"});
+  const auto begin = std::chrono::steady_clock::now();
+  Process share(command, home_.environment());
+  EXPECT_EQ(share.read_line(),
+            "the files have 26 MB in all; mail servers often refuse more than 25 MB");
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(50));
+  EXPECT_FALSE(has_ended(share.id()));
+}
+
 TEST_F(Preparing, APictureThatTakesLongerThanTheExtensionWaitsIsInTheDraft) {
   const std::string picture = home_.write("picture", tiff_picture(3, 2));
   const std::string quick = home_.write("quick.txt", "quick");
@@ -154,6 +165,22 @@ TEST_F(Prepared, ASignalEndsTheWaitForTheTurnAndNothingStays) {
   EXPECT_EQ(kill(share.id(), SIGINT), 0);
   EXPECT_EQ(share.wait(), 128 + SIGINT);
   EXPECT_FALSE(home_.has_received_files());
+}
+
+TEST_F(Prepared, ASignalEndsTheWaitForAPipeAndNothingStays) {
+  const std::string name = home_.path("pipe");
+  ASSERT_EQ(mkfifo(name.c_str(), 0600), 0);
+  const posix::UniqueFd pipe(open(name.c_str(), O_RDWR | O_CLOEXEC));
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    Process share({"sh", "-c", "exec \"$0\" --print data:,first - <\"$1\"", QUOLL_SHARE, name},
+                  home_.environment());
+    ASSERT_TRUE(posix::write_all(pipe.get(), std::string(3 << 20U, 'x')));
+    wait_until_it_prepares(share);
+    EXPECT_TRUE(home_.has_received_files());
+    EXPECT_EQ(kill(share.id(), signal), 0);
+    EXPECT_EQ(share.wait(), 128 + signal);
+    EXPECT_FALSE(home_.has_received_files());
+  }
 }
 
 TEST_F(Prepared, APictureIsNotHeldInMemory) {

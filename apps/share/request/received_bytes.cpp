@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "apps/share/interruption.h"
 #include "apps/share/request/image_signature.h"
 #include "quoll/linux/image_helper/memory_file.h"
 #include "quoll/linux/posix/descriptor_io.h"
@@ -18,6 +19,27 @@ namespace {
 constexpr std::size_t kBlock = std::size_t{1} << 20;
 /// A larger image is shared as a file.
 constexpr std::size_t kLargestImage = std::size_t{256} << 20;
+
+/// Reads as `posix::read_until` does, but fails with EINTR when an `Interruption` has come: whoever
+/// writes to a pipe may take any time.
+bool read_on(int descriptor, std::string& block, std::size_t enough, bool& ended,
+             std::optional<std::chrono::milliseconds> read_timeout = std::nullopt) {
+  constexpr std::chrono::milliseconds kLook{100};
+  const auto piece = read_timeout ? std::min(kLook, *read_timeout) : kLook;
+  auto waited = std::chrono::milliseconds::zero();
+  while (!Interruption::has_come()) {
+    const std::size_t before = block.size();
+    if (posix::read_until(descriptor, block, enough, ended, piece)) {
+      return true;
+    }
+    waited = block.size() == before ? waited + piece : std::chrono::milliseconds::zero();
+    if (errno != ETIMEDOUT || (read_timeout && waited >= *read_timeout)) {
+      return false;
+    }
+  }
+  errno = EINTR;
+  return false;
+}
 
 }  // namespace
 
@@ -32,8 +54,7 @@ posix::UniqueFd make_image_file(std::string_view bytes) {
 std::optional<ReceivedBytes> read_beginning(const ByteSource& source) {
   ReceivedBytes received;
   const auto read_block = [&](std::string& block, std::size_t enough) {
-    return posix::read_until(source.descriptor, block, enough, received.is_whole,
-                             source.read_timeout);
+    return read_on(source.descriptor, block, enough, received.is_whole, source.read_timeout);
   };
   if (!read_block(received.beginning, kBlock)) {
     return std::nullopt;
@@ -72,7 +93,7 @@ std::optional<std::size_t> write_received(const ReceivedBytes& received, const B
   std::string block;
   while (!ended && size <= source.limit) {
     block.clear();
-    if (!posix::read_until(source.descriptor, block, kBlock, ended, source.read_timeout) ||
+    if (!read_on(source.descriptor, block, kBlock, ended, source.read_timeout) ||
         !posix::write_all(target, block)) {
       return std::nullopt;
     }
@@ -85,7 +106,7 @@ std::optional<std::size_t> write_received(const ReceivedBytes& received, const B
 std::optional<std::string> read_at_most(int descriptor, std::size_t most) {
   std::string text;
   bool ended = false;
-  if (!posix::read_until(descriptor, text, most, ended)) {
+  if (!read_on(descriptor, text, most, ended)) {
     return std::nullopt;
   }
   return text;

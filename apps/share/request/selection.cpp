@@ -7,6 +7,7 @@
 #include <climits>
 #include <utility>
 
+#include "apps/share/interruption.h"
 #include "apps/share/received_picture.h"
 #include "apps/share/request/data_url.h"
 #include "apps/share/request/image_signature.h"
@@ -276,7 +277,7 @@ class Selector {
   std::size_t budget_;  ///< how many bytes may still come from descriptors
   int standard_input_;
   std::optional<ZeroEndedList> list_;
-  gio::RemoteFiles remote_;
+  gio::RemoteFiles remote_{gio::kMountTimeOut, [] { return !Interruption::has_come(); }};
 };
 
 /// Drops a text that only repeats a link or the title. Menus of browsers hand over both.

@@ -33,7 +33,8 @@ struct Selection {
 /// input, descriptors and `data:` URLs are taken now. Those that are no image become files in
 /// `container`, the path of the group container; without one they are left out. Whatever cannot be
 /// shared is left out with the reason and keeps nothing else back. A text of a menu that only
-/// repeats a link, or the title of one, is dropped. To be called while there is one thread.
+/// repeats a link, or the title of one, is dropped. When an `Interruption` has come, what is still
+/// to be waited for is left out. To be called while there is one thread.
 [[nodiscard]] Selection make_selection(ShareRequest request,
                                        const std::optional<std::string>& container,
                                        int standard_input = 0);

@@ -4,6 +4,8 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <utility>
 
@@ -62,9 +64,7 @@ std::optional<std::string> RemoteFiles::local_path(const std::string& url) {
       }
     });
   }
-  if (!process_.socket || !send_fields(process_.socket.get(), {url}) ||
-      !posix::wait_until_readable(process_.socket.get(),
-                                  std::chrono::steady_clock::now() + time_out_)) {
+  if (!process_.socket || !send_fields(process_.socket.get(), {url}) || !has_answer()) {
     end();
     return std::nullopt;
   }
@@ -74,6 +74,19 @@ std::optional<std::string> RemoteFiles::local_path(const std::string& url) {
   }
   const bool is_path = answer && answer->size() == 1 && answer->front().starts_with('/');
   return is_path ? std::optional(std::move(answer->front())) : std::nullopt;
+}
+
+bool RemoteFiles::has_answer() const {
+  using Clock = std::chrono::steady_clock;
+  constexpr std::chrono::milliseconds kLook{100};
+  const auto deadline = Clock::now() + time_out_;
+  while (!posix::wait_until_readable(process_.socket.get(),
+                                     std::min(Clock::now() + kLook, deadline))) {
+    if (errno != ETIMEDOUT || Clock::now() >= deadline || !go_on_()) {
+      return false;
+    }
+  }
+  return true;
 }
 
 void RemoteFiles::end() {

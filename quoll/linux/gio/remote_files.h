@@ -1,8 +1,10 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "quoll/linux/gio/forked_process.h"
 
@@ -17,7 +19,11 @@ inline constexpr std::chrono::milliseconds kMountTimeOut{20'000};
 /// is one thread, and not by a process that is confined or uses GIO.
 class RemoteFiles {
  public:
-  explicit RemoteFiles(std::chrono::milliseconds time_out = kMountTimeOut) : time_out_(time_out) {}
+  /// `go_on` is asked ten times a second while the desktop is waited for; false gives it up.
+  explicit RemoteFiles(
+      std::chrono::milliseconds time_out = kMountTimeOut,
+      std::function<bool()> go_on = [] { return true; })
+      : time_out_(time_out), go_on_(std::move(go_on)) {}
   RemoteFiles(const RemoteFiles&) = delete;
   RemoteFiles& operator=(const RemoteFiles&) = delete;
   ~RemoteFiles() { end(); }
@@ -27,9 +33,11 @@ class RemoteFiles {
   [[nodiscard]] std::optional<std::string> local_path(const std::string& url);
 
  private:
+  [[nodiscard]] bool has_answer() const;
   void end();
 
   std::chrono::milliseconds time_out_;
+  std::function<bool()> go_on_;
   ForkedProcess process_;
   bool has_started_ = false;
 };
