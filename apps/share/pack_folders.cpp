@@ -152,7 +152,9 @@ class FolderPacker {
 
 }  // namespace
 
-std::uint64_t bytes_of(const Selection& selection) {
+std::optional<std::string> note_about_size(const Selection& selection) {
+  constexpr std::uint64_t kMostOfAMail = 25'000'000;
+  constexpr std::uint64_t kMegabyte = 1'000'000;
   std::uint64_t bytes = 0;
   for (const auto& item : selection.items) {
     struct stat status {};
@@ -161,7 +163,11 @@ std::uint64_t bytes_of(const Selection& selection) {
       bytes += static_cast<std::uint64_t>(status.st_size);
     }
   }
-  return bytes;
+  return bytes <= kMostOfAMail
+             ? std::nullopt
+             : std::optional("the files have " +
+                             std::to_string((bytes + kMegabyte - 1) / kMegabyte) +
+                             " MB in all; mail servers often refuse more than 25 MB");
 }
 
 bool pack_folders(Selection& selection, const Packing& packing) {

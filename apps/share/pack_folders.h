@@ -2,14 +2,16 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "apps/share/request/selection.h"
 
 namespace quoll::share {
 
-/// The files of a selection, in bytes, as far as they can be told. Folders count nothing.
-[[nodiscard]] std::uint64_t bytes_of(const Selection& selection);
+/// A line about the files of a selection when they are more than many mail servers take, as far as
+/// that can be told; folders count nothing. None when they are not.
+[[nodiscard]] std::optional<std::string> note_about_size(const Selection& selection);
 
 /// What surrounds the packing of folders.
 struct Packing {

@@ -14,6 +14,7 @@
 
 #include "apps/share/interruption.h"
 #include "apps/share/received_picture.h"
+#include "apps/share/terminal_line.h"
 #include "quoll/foundation/path.h"
 #include "quoll/linux/image_helper/make_png.h"
 #include "quoll/linux/image_helper/memory_file.h"
@@ -31,13 +32,6 @@ namespace {
 class Teller {
  public:
   Teller(std::size_t items, const Progress& progress) : items_(items), progress_(progress) {}
-  Teller(const Teller&) = delete;
-  Teller& operator=(const Teller&) = delete;
-  ~Teller() {
-    if (is_shown_) {
-      static_cast<void>(posix::write_all(STDERR_FILENO, "\r\033[K"));
-    }
-  }
 
   /// `part` of the next item, of 100, is ready too.
   void tell(std::size_t ready, std::size_t part, std::uint64_t bytes) {
@@ -49,12 +43,9 @@ class Teller {
     next_ = now + std::chrono::milliseconds(100);
     if (progress_) {
       progress_(ready * kParts + part, items_ * kParts);
-    } else if (is_terminal_ && now - begin_ >= std::chrono::seconds(1)) {
-      is_shown_ = true;
-      static_cast<void>(posix::write_all(
-          STDERR_FILENO, "\r" + std::to_string(ready) + " of " + std::to_string(items_) +
-                             " items are ready, " + std::to_string(bytes / 1'000'000) +
-                             " MB copied\033[K"));
+    } else {
+      shown_.show(std::to_string(ready) + " of " + std::to_string(items_) + " items are ready, " +
+                  std::to_string(bytes / 1'000'000) + " MB copied");
     }
   }
 
@@ -63,10 +54,8 @@ class Teller {
 
   std::size_t items_;
   const Progress& progress_;
-  bool is_terminal_ = isatty(STDERR_FILENO) == 1;
-  bool is_shown_ = false;
-  Clock::time_point begin_ = Clock::now();
-  Clock::time_point next_ = begin_;
+  TerminalLine shown_;
+  Clock::time_point next_ = Clock::now();
 };
 
 class Preparation {

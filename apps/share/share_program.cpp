@@ -29,6 +29,7 @@
 #include "apps/share/run.h"
 #include "apps/share/staging_lock.h"
 #include "apps/share/steps.h"
+#include "apps/share/terminal_line.h"
 #include "quoll/container/group_container.h"
 #include "quoll/foundation/text.h"
 #include "quoll/linux/gio/launcher.h"
@@ -61,9 +62,6 @@ std::optional<std::string> prepare_container() {
   }
   return path;
 }
-
-/// Many mail servers refuse more, in bytes.
-constexpr std::uint64_t kMostOfAMail = 25'000'000;
 
 /// What the process may use from now on: what the selection needs, and no more.
 sandbox::Confinement needs_of(const Selection& selection,
@@ -304,22 +302,21 @@ StagingLock Share::prepare_and_lock(Selection& selection, MovingFiles& files,
 /// Packs the folders, and says beforehand what is packed and whether all of it may be too much for
 /// a mail. False when it is interrupted.
 bool Share::pack(Selection& selection) const {
-  constexpr std::uint64_t kMegabyte = 1'000'000;
-  const auto note = [this](const std::string& line) {
+  TerminalLine shown;
+  const auto note = [&](const std::string& line) {
+    shown.clear();
     if (settings_.note) {
       settings_.note(line + "\n");
     }
   };
   const std::size_t items = selection.items.size();
-  const auto progress = [&](std::uint64_t /*bytes*/) {
-    if (settings_.progress) {
-      settings_.progress(0, 2 * items + 1);
-    }
+  const auto progress = [&](std::uint64_t bytes) {
+    settings_.progress ? settings_.progress(0, 2 * items + 1)
+                       : shown.show(std::to_string(bytes / 1'000'000) + " MB packed");
   };
   const bool is_packed = pack_folders(selection, {folder_helper_, note, progress});
-  if (const auto bytes = bytes_of(selection); is_packed && bytes > kMostOfAMail) {
-    note("the files have " + std::to_string(bytes / kMegabyte) +
-         " MB in all; mail servers often refuse more than 25 MB");
+  if (const auto line = note_about_size(selection); is_packed && line) {
+    note(*line);
   }
   return is_packed;
 }

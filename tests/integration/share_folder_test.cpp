@@ -95,6 +95,19 @@ TEST_F(ShareFolder, ASignalEndsTheHelperAndNothingStays) {
   EXPECT_FALSE(fs::exists(home_.staging())) << "the extension was not asked";
 }
 
+TEST_F(ShareFolder, SomebodyAtATerminalSeesHowFarItIs) {
+  home_.write("photos/large", "");
+  ASSERT_EQ(truncate(home_.path("photos/large").c_str(), off_t{4'000'000'000}), 0);
+  const Ended ended =
+      run({"script", "-qefc",
+           "timeout --foreground --signal INT 1.5 " QUOLL_SHARE " --print " + home_.path("photos"),
+           "/dev/null"},
+          home_.environment());
+  EXPECT_NE(ended.output.find("\r0 MB packed\033[K"), std::string::npos) << ended.output;
+  EXPECT_TRUE(ended.output.ends_with("\r\033[K")) << "nothing of it stays: " << ended.output;
+  EXPECT_FALSE(home_.has_received_files());
+}
+
 TEST_F(ShareFolder, MoreThan25MegabytesAreSaidBeforehand) {
   const std::string a = home_.write("a.bin", std::string(15'000'000, 'a'));
   const std::string b = home_.write("b.bin", std::string(10'000'000, 'b'));
@@ -103,7 +116,7 @@ TEST_F(ShareFolder, MoreThan25MegabytesAreSaidBeforehand) {
   const Ended ended = home_.print({a, b, "https://h/", c});
   EXPECT_EQ(ended.status, 0);
   EXPECT_EQ(ended.errors,
-            "the files have 26 MB in all; mail servers often refuse more than 25 MB\n");
+            "the files have 27 MB in all; mail servers often refuse more than 25 MB\n");
 }
 
 }  // namespace
