@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/share/result.h"
 #include "quoll/foundation/error.h"
 #include "quoll/linux/gio/launcher.h"
 #include "quoll/message/extension_message.h"
@@ -55,7 +56,7 @@ std::shared_ptr<NSURL> with_envelope(const NSURL& command, const ExtensionMessag
 void log_nothing() {
   const std::string failure = "nothing that was given can be shared";
   auto error = foundation::quoll_error(foundation::kNotOpenedError, failure);
-  error.user_info.emplace_back(gio::kAdviceKey, "see to the reasons above and share again");
+  error.user_info.emplace_back(gio::kAdviceKey, kSeeReasons);
   platform::log_event({"openURLs " + failure, std::move(error)});
 }
 

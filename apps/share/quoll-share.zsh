@@ -4,7 +4,7 @@ _arguments -S \
   '*--cc[a recipient of a copy]:address: ' \
   '*--bcc[a recipient whom the others do not see]:address: ' \
   '--subject[subject of the draft]:subject: ' \
-  '--title[what the shared is called: the subject without another]:title: ' \
+  '--title[what is shared is called this; without --subject the subject]:title: ' \
   '(--html)--text[plain text, or - for standard input]:text: ' \
   '(--text)--html[styled text, or - for standard input]:HTML: ' \
   {-0,--null}'[read more items, each ended by a zero byte]' \

@@ -205,7 +205,7 @@ bool was_used(const Selection& selection) {
 void add_failure(ShareResult& result, const Selection& selection, const Course& course) {
   if (selection.empty()) {
     result.failure = "nothing that was given can be shared";
-    result.advice = "give something that can be read";
+    result.advice = selection.left_out.empty() ? "give something that can be read" : kSeeReasons;
     return;
   }
   result.is_failure_logged = true;

@@ -49,6 +49,8 @@ struct ShareResult {
 [[nodiscard]] ShareResult result_of(const Selection& selection,
                                     const std::vector<recording::Event>& events);
 
+/// The advice for a share of which nothing is left; there is a line for each reason.
+inline constexpr const char* kSeeReasons = "see to the reasons above and share again";
 inline constexpr const char* kTryDoctor = "quollctl doctor tells more";
 
 /// A share that ended early, for this reason.

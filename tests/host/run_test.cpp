@@ -88,7 +88,8 @@ TEST_F(Run, NothingToShareAsksForNothing) {
             ExitCode::kNotOpened);
   EXPECT_EQ(told_,
             "left out: /missing: no such file\n"
-            "not opened: nothing that was given can be shared; give something that can be read\n");
+            "not opened: nothing that was given can be shared; see to the reasons above and share "
+            "again\n");
   EXPECT_TRUE(workspace_->opened().empty());
   EXPECT_TRUE(log_->lines().empty()) << "the staging folder was not touched";
 }

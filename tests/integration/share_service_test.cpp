@@ -43,7 +43,8 @@ TEST_F(ShareServiceWithJournal, AFailureOfOpenIsKept) {
   const std::string kept((std::istreambuf_iterator<char>(journal)), {});
   EXPECT_EQ(kept,
             "left out: /nowhere: no such file\n"
-            "not opened: nothing that was given can be shared; give something that can be read\n");
+            "not opened: nothing that was given can be shared; see to the reasons above and share "
+            "again\n");
 }
 
 TEST_F(ShareService, StartedByItselfItSharesTheClipboard) {

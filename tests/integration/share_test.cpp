@@ -198,8 +198,9 @@ TEST_F(Share, NothingThatCanBeSharedOpensNothing) {
   const Ended ended = home_.print({"/no/such/file"});
   EXPECT_EQ(ended.status, 1);
   EXPECT_EQ(ended.output, "");
-  EXPECT_TRUE(ended.errors.ends_with(
-      "not opened: nothing that was given can be shared; give something that can be read\n"))
+  EXPECT_TRUE(
+      ended.errors.ends_with("not opened: nothing that was given can be shared; see to the reasons "
+                             "above and share again\n"))
       << ended.errors;
 }
 

@@ -19,8 +19,9 @@ namespace {
 
 constexpr const char* kFooter =
     "\nAn ITEM is a web link, a path, a file URL, a data: URL, or - for the bytes on standard\n"
-    "input. After -- everything is an ITEM. With --null standard input is a list whose parts end\n"
-    "with zero bytes: first the texts given as -, then more ITEMs.\n"
+    "input. A folder becomes one ZIP file. After -- everything is an ITEM. With --null standard\n"
+    "input is a list whose parts end with zero bytes: first the texts given as -, then more "
+    "ITEMs.\n"
     "\nExamples:\n"
     "  quoll-share https://example.org/ report.pdf --title \"The report\"\n"
     "  find . -name '*.pdf' -print0 | quoll-share --null\n"
@@ -139,15 +140,21 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
                                  "Shares links, files, images and text as one mail draft.",
                                  kFooter);
   Envelope& envelope = request.envelope;
-  const std::vector<std::pair<const char*, std::vector<std::string>*>> recipients{
-      {"--to", &envelope.to}, {"--cc", &envelope.cc}, {"--bcc", &envelope.bcc}};
-  for (const auto& [option, addresses] : recipients) {
-    line.values(option, *addresses, "A recipient; one at a time")
-        .placeholder("ADDRESS")
-        .one_value();
+  struct Recipients {
+    const char* option;
+    std::vector<std::string>& addresses;
+    const char* words;
+  };
+  const std::vector<Recipients> recipients{
+      {"--to", envelope.to, "A recipient; give it once for each"},
+      {"--cc", envelope.cc, "The same for those who get a copy"},
+      {"--bcc", envelope.bcc, "The same for those whom the others do not see"}};
+  for (const auto& [option, addresses, words] : recipients) {
+    line.values(option, addresses, words).placeholder("ADDRESS").one_value();
   }
   line.value("--subject", envelope.subject, "The draft's subject");
-  line.value("--title", request.title, "What the shared is called; the subject without another");
+  line.value("--title", request.title,
+             "What is shared is called this; without --subject the subject");
   line.value("--text", request.text, "Plain text, or - for standard input");
   line.value("--html", request.html, "Styled text instead, or - for standard input");
   line.flag("-0,--null", request.has_list, "Read more ITEMs, each ended by a zero byte");
@@ -170,8 +177,8 @@ std::variant<Arguments, int> parse(int argc, const char* const* argv) {
   for (auto* const value : {&request.title, &envelope.subject, &request.text, &request.html}) {
     unmark(*value);
   }
-  for (const auto& [option, addresses] : recipients) {
-    std::ranges::for_each(*addresses, [](std::string& address) { unmark(address); });
+  for (const Recipients& some : recipients) {
+    std::ranges::for_each(some.addresses, [](std::string& address) { unmark(address); });
   }
   for (std::string& item : request.items) {
     unmark(item);
