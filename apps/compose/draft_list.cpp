@@ -124,7 +124,8 @@ void print_advice(std::ostream& out, const std::vector<ListedDraft>& drafts) {
        "what was shared lies in its folder for 30 days, the files in PATH/files; quoll-compose "
        "--delete NAME removes it"},
       {"kept",
-       "quoll-compose --again NAME gives it to a mail client, quoll-compose --open NAME opens it"},
+       "quoll-compose --again NAME gives it to a mail client, quoll-compose --open NAME opens it, "
+       "quoll-compose --files NAME shows its files"},
       {"perhaps given",
        "see whether the mail client has it; quoll-compose --again NAME gives it once more"},
   };

@@ -296,7 +296,6 @@ Outcome written(const TakenDraft& draft) {
   Outcome outcome;
   outcome.path = message_file(draft.name());
   outcome.left_out = draft.left_out();
-  note_size(outcome);
   return outcome;
 }
 
@@ -319,6 +318,7 @@ bool has_desktop() {
 
 Outcome keep(TakenDraft draft, const ComposeError& reason) {
   Outcome outcome = written(draft);
+  note_size(outcome);
   keep_in(outcome, draft, reason);
   return outcome;
 }
@@ -339,8 +339,9 @@ Outcome hand_over(TakenDraft draft, const DraftFields& fields,
   }
   const gio::ProgramStart with{.uris = {}, .arguments = {}, .tokens = tokens};
   try {
-    const MailClient& client = client_for_drafts(chosen);
     require_mail_size(draft, outcome.path);
+    note_size(outcome);
+    const MailClient& client = client_for_drafts(chosen);
     if (client.way == DraftWay::kMessageFile) {
       give_message_file(draft, client, with);
     } else {

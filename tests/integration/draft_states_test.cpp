@@ -297,7 +297,7 @@ TEST_F(DraftStates, TheListShowsEachStateAndChangesNothing) {
             "set aside: what was shared lies in its folder for 30 days, the files in PATH/files; "
             "quoll-compose --delete NAME removes it\n"
             "kept: quoll-compose --again NAME gives it to a mail client, quoll-compose --open NAME "
-            "opens it\n");
+            "opens it, quoll-compose --files NAME shows its files\n");
   EXPECT_TRUE(holds(list, "  given  given  ")) << list;
   EXPECT_TRUE(holds(list, "  kept: no mail client is chosen for mail links  kept  ")) << list;
   EXPECT_TRUE(holds(list, "  kept  of long ago  ")) << list;
