@@ -98,13 +98,21 @@ TEST_F(ShareFolder, ASignalEndsTheHelperAndNothingStays) {
 TEST_F(ShareFolder, SomebodyAtATerminalSeesHowFarItIs) {
   home_.write("photos/large", "");
   ASSERT_EQ(truncate(home_.path("photos/large").c_str(), off_t{4'000'000'000}), 0);
-  const Ended ended =
-      run({"script", "-qefc",
-           "timeout --foreground --signal INT 1.5 " QUOLL_SHARE " --print " + home_.path("photos"),
-           "/dev/null"},
-          home_.environment());
-  EXPECT_NE(ended.output.find("\r0 MB packed\033[K"), std::string::npos) << ended.output;
-  EXPECT_TRUE(ended.output.ends_with("\r\033[K")) << "nothing of it stays: " << ended.output;
+  const std::string screen = home_.write("screen", "");
+  const std::string number = home_.path("number");
+  Process terminal(
+      {"script", "-qefc",
+       "echo $$ >" + number + "; exec " QUOLL_SHARE " --print " + home_.path("photos"), screen},
+      home_.environment());
+  while (!has_ended(terminal.id()) &&
+         read_file(screen).find("\r0 MB packed\033[K") == std::string::npos) {
+    usleep(1000);
+  }
+  ASSERT_FALSE(has_ended(terminal.id())) << read_file(screen);
+  EXPECT_EQ(kill(std::atoi(read_file(number).c_str()), SIGINT), 0);
+  EXPECT_NE(terminal.wait(), 0);
+  EXPECT_NE(read_file(screen).find("MB packed\033[K\r\033[K"), std::string::npos)
+      << "nothing of it stays";
   EXPECT_FALSE(home_.has_received_files());
 }
 
