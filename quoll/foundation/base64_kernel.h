@@ -18,11 +18,13 @@ struct Kernel {
 };
 
 /// Null when the processor does not have it.
-[[nodiscard]] const Kernel* avx2();
+[[nodiscard, gnu::visibility("hidden")]] const Kernel* avx2();
 
 /// As the codec does with this kernel; null is none.
-[[nodiscard]] std::string encode_with(const Kernel* kernel, std::string_view bytes);
+[[nodiscard, gnu::visibility("hidden")]] std::string encode_with(const Kernel* kernel,
+                                                                 std::string_view bytes);
 /// The bytes of all digits, where other characters are skipped.
-[[nodiscard]] std::string decode_with(const Kernel* kernel, std::string_view text);
+[[nodiscard, gnu::visibility("hidden")]] std::string decode_with(const Kernel* kernel,
+                                                                 std::string_view text);
 
 }  // namespace quoll::foundation::base64

@@ -63,14 +63,17 @@ std::shared_ptr<NSURL> NSURL::URLWithString(std::string_view text) {
 
 std::shared_ptr<NSURL> NSURL::URLWithString(std::string_view text,
                                             std::shared_ptr<NSURL> relativeToURL) {
-  return with_text(std::string(text), std::move(relativeToURL));
-}
-
-std::shared_ptr<NSURL> NSURL::with_text(std::string text, std::shared_ptr<NSURL> base) {
-  if (!is_url_text(text) || (text.empty() && !base)) {
+  if (!is_url_text(text) || (text.empty() && !relativeToURL)) {
     return nullptr;
   }
-  return std::shared_ptr<NSURL>(new NSURL(std::move(text), std::move(base)));
+  return std::shared_ptr<NSURL>(new NSURL(std::string(text), std::move(relativeToURL)));
+}
+
+std::shared_ptr<NSURL> NSURL::URLTakingString(std::string text) {
+  if (!is_url_text(text) || text.empty()) {
+    return nullptr;
+  }
+  return std::shared_ptr<NSURL>(new NSURL(std::move(text), nullptr));
 }
 
 std::shared_ptr<NSURL> NSURL::file_url(std::string_view absolute_path, bool is_folder) {

@@ -1,12 +1,10 @@
 #pragma once
 
-#include <concepts>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "quoll/foundation/object.h"
 #include "quoll/foundation/url_parts.h"
@@ -23,11 +21,8 @@ class NSURL final : public Object {
   /// `URLWithString:`. Null when the text holds a character that no URL holds, a bad `%`, or a
   /// second `#`, or when it is empty. Nothing else is looked at: `(null)` is accepted.
   [[nodiscard]] static std::shared_ptr<NSURL> URLWithString(std::string_view text);
-  /// The same without a copy, of a text that is given away.
-  template <std::same_as<std::string> Text>
-  [[nodiscard]] static std::shared_ptr<NSURL> URLWithString(Text&& text) {
-    return with_text(std::move(text), nullptr);
-  }
+  /// The same of a text that is given away, without a copy.
+  [[nodiscard]] static std::shared_ptr<NSURL> URLTakingString(std::string text);
 
   /// `URLWithString:relativeToURL:`. Keeps the text, which may be empty here, and the base; null as
   /// above. A null base is none.
@@ -71,8 +66,6 @@ class NSURL final : public Object {
  private:
   friend std::optional<std::string> file_system_path(const std::shared_ptr<NSURL>& url);
 
-  [[nodiscard]] static std::shared_ptr<NSURL> with_text(std::string text,
-                                                        std::shared_ptr<NSURL> base);
   [[gnu::visibility("hidden")]] NSURL(std::string text, std::shared_ptr<NSURL> base);
   [[nodiscard]] const std::string& absolute_text() const { return base_ ? resolved_ : text_; }
 

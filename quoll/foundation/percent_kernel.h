@@ -53,8 +53,8 @@ struct Kernel {
   char* (*decode)(std::string_view text, char plus, char* to);
 };
 
-[[nodiscard]] const Kernel& portable();
+[[nodiscard, gnu::visibility("hidden")]] const Kernel& portable();
 /// Null when the processor does not have it.
-[[nodiscard]] const Kernel* avx2();
+[[nodiscard, gnu::visibility("hidden")]] const Kernel* avx2();
 
 }  // namespace quoll::foundation::percent

@@ -8,8 +8,8 @@ namespace quoll::foundation::utf8 {
 
 using Check = bool (*)(std::string_view bytes);
 
-[[nodiscard]] bool is_utf8_portably(std::string_view bytes);
+[[nodiscard, gnu::visibility("hidden")]] bool is_utf8_portably(std::string_view bytes);
 /// Null when the processor does not have it.
-[[nodiscard]] Check avx2_check();
+[[nodiscard, gnu::visibility("hidden")]] Check avx2_check();
 
 }  // namespace quoll::foundation::utf8

@@ -142,7 +142,7 @@ std::shared_ptr<NSURL> ExtensionMessage::queryUrl(std::string_view command) cons
   add_attachments(attachments(), parameters);
   std::string url = RequestUtils::URLQueryWithParameters(parameters);
   url.insert(0, foundation::format("quoll://%@?", command));  // a body can be large: not copied
-  return NSURL::URLWithString(std::move(url));
+  return NSURL::URLTakingString(std::move(url));
 }
 
 std::shared_ptr<ExtensionMessage> ExtensionMessage::ExtensionMessageWithUrl(

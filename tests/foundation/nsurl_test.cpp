@@ -20,13 +20,14 @@ TEST(URLWithString, LooksAtCharactersOnly) {
   }
 }
 
-TEST(URLWithString, TakesATextThatIsGivenAway) {
+TEST(URLTakingString, IsTheSameURL) {
   std::string text = "http://example.org/" + std::string(100, 'a');
   const std::string copy = text;
-  const auto url = NSURL::URLWithString(std::move(text));
+  const auto url = NSURL::URLTakingString(std::move(text));
   EXPECT_EQ(url->absoluteString(), copy);
   EXPECT_EQ(url->path()->size(), 101U);
-  EXPECT_EQ(NSURL::URLWithString(std::string("a b")), nullptr);
+  EXPECT_EQ(NSURL::URLTakingString("a b"), nullptr);
+  EXPECT_EQ(NSURL::URLTakingString(""), nullptr);
 }
 
 TEST(URLWithString, RefusesEveryOtherCharacter) {
