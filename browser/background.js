@@ -76,10 +76,6 @@ async function run(tab, gathering) {
   };
   say("…", chrome.i18n.getMessage("sharing"));
   const draft = await gathering;
-  if (!draft) {
-    say("!", chrome.i18n.getMessage("nothing"));
-    return;
-  }
   const end = await share(draft, (word) => {
     say("…", chrome.i18n.getMessage(word.waiting ? "waiting" : "sharing"));
   });

@@ -1,6 +1,6 @@
 // Makes a draft of what the person chose: { title, text, html, links, pictures, missing }. `missing`
 // names what the browser could not give, in the host's words for it; `plain` is what a link of the
-// HTML would hold. None when there is nothing.
+// HTML would hold.
 // A page may change or go away at any moment: then what the click itself told is shared.
 
 import { selectionOfFrame } from "./selection.js";
@@ -15,6 +15,14 @@ const draftOf = (title, links = []) => ({
   pictures: [], missing: [],
 });
 
+// What has no address that others can open is said by the host, as everything else is.
+const orNothing = (draft) => {
+  if (!draft.html && !draft.text && !draft.links.length && !draft.pictures.length) {
+    draft.missing = ["address"];
+  }
+  return draft;
+};
+
 // What runs in the frame where the click was; none when nothing may run there.
 async function inFrame(info, tab, func, args) {
   try {
@@ -27,15 +35,14 @@ async function inFrame(info, tab, func, args) {
 }
 
 export async function gatherPage(tab) {
-  const draft = draftOf(tab.title, [tab.url]);
-  return draft.links.length ? draft : null;
+  return orNothing(draftOf(tab.title, [tab.url]));
 }
 
 export async function gatherLink(info, tab) {
   const words = info.linkText || await inFrame(info, tab, (address) =>
-    [...document.links].find((link) => link.href === address)?.textContent.slice(0, 10000), [info.linkUrl]);
-  const draft = draftOf(words?.replace(/\s+/g, " "), [info.linkUrl]);
-  return draft.links.length ? draft : null;
+    [...document.links].find((link) => link.href === address && link.textContent.trim())
+      ?.textContent.trim().slice(0, 10000), [info.linkUrl]);
+  return orNothing(draftOf(words?.replace(/\s+/g, " "), [info.linkUrl]));
 }
 
 export async function gatherSelection(info, tab) {
@@ -49,11 +56,11 @@ export async function gatherSelection(info, tab) {
     draft.missing.push("selection");
   } else {
     draft.text = text;
-    if (selection?.text) {
+    if (selection?.hasTooManyStyles) {
       draft.missing.push("styles");
     }
   }
-  return draft.html || draft.text || draft.links.length ? draft : null;
+  return orNothing(draft);
 }
 
 const originOf = (address) => {
@@ -65,11 +72,13 @@ const originOf = (address) => {
 };
 
 // The host whose leave is needed for a picture, as a pattern: none when the page itself may read it.
+// None for a private window either: a leave is remembered, and what this extension fetches itself is
+// fetched outside of that window, with the cookies and the cache of all others.
 export function pictureOrigin(info, tab) {
   const own = originOf(info.frameUrl ?? info.pageUrl ?? tab.url);
-  const { protocol, host } = new URL(info.srcUrl);
-  return /^https?:$/.test(protocol) && originOf(info.srcUrl) !== own
-    ? `${protocol}//${host.replace(/:\d+$/, "")}/*` : null;
+  const wanted = originOf(info.srcUrl);
+  return !tab.incognito && /^https?:/i.test(info.srcUrl ?? "") && wanted !== own
+    ? `${wanted.replace(/:\d+$/, "")}/*` : null;
 }
 
 export async function gatherPicture(info, tab, asked) {
@@ -85,7 +94,7 @@ export async function gatherPicture(info, tab, asked) {
       draft.links = draftOf("", [info.pageUrl ?? tab.url]).links;
     }
   }
-  return draft.pictures.length || draft.links.length ? draft : null;
+  return orNothing(draft);
 }
 
 const escaped = (text) => text.replace(/[&<>"]/g, (one) => `&#${one.charCodeAt(0)};`);
@@ -99,14 +108,16 @@ export async function gatherTabs(tab, asked) {
   const found = tab.highlighted
     ? await chrome.tabs.query({ windowId: tab.windowId, highlighted: true }) : [tab];
   const tabs = isAllowed ? found.filter(({ url }) => SHAREABLE.test(url ?? "")) : [tab];
+  const missing = tabs.length === found.length ? [] : isAllowed ? ["pages"] : ["tabs"];
   if (tabs.length < 2) {
     const draft = await gatherPage(tabs[0] ?? tab);
-    if (draft && found.length > 1 && !isAllowed) {
-      draft.missing.push("tabs");
+    if (draft.links.length) {
+      draft.missing = missing;
     }
     return draft;
   }
-  const draft = draftOf(chrome.i18n.getMessage("titleOfTabs", [tabs[0].title, String(tabs.length - 1)]));
+  const draft = draftOf(chrome.i18n.getMessage("titleOfTabs", [tabs[0].title || tabs[0].url, String(tabs.length - 1)]));
+  draft.missing = missing;
   draft.html = listOf(tabs);
   draft.plain = tabs.map(({ title, url }) => `${title}\n${url}\n`).join("\n");
   return draft;

@@ -14,6 +14,7 @@ export function selectionOfFrame(most) {
   }
   const parts = [];
   let length = 0;
+  let hasWords = false; // not so in a field of a form: a range does not go into it
   const add = (part) => {
     length += part.length;
     if (length > most.html) {
@@ -49,10 +50,12 @@ export function selectionOfFrame(most) {
     }
     if (node.nodeType === Node.TEXT_NODE) {
       const end = node === range.endContainer ? range.endOffset : node.data.length;
-      add(escaped(node.data.slice(node === range.startContainer ? range.startOffset : 0, end)));
+      const words = node.data.slice(node === range.startContainer ? range.startOffset : 0, end);
+      hasWords ||= words.trim() !== "";
+      add(escaped(words));
     } else if (node.nodeType === Node.ELEMENT_NODE && !DROPPED.has(node.localName)) {
       const look = getComputedStyle(node);
-      if (look.display === "none" || look.visibility === "hidden") {
+      if (look.display === "none" || look.visibility === "hidden" || look.userSelect === "none") {
         return;
       }
       const close = open(node, look, around);
@@ -83,9 +86,9 @@ export function selectionOfFrame(most) {
     }
   } catch (error) {
     if (error.name === "RangeError" || error.name === "InternalError") {
-      return { text }; // too long or too deep
+      return { text, hasTooManyStyles: true }; // too long or too deep
     }
     throw error;
   }
-  return text.trim() ? { text, html: parts.join("") } : { text };
+  return hasWords ? { text, html: parts.join("") } : { text };
 }

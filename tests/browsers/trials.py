@@ -73,6 +73,29 @@ class Trials:
         self.browser.choose("#styled", SELECTION)
         return self.expect("Ein Titel, 日本 <b>", styled_body(self.web.address))
 
+    def selection_in_a_field(self):
+        self.open("/field")
+        self.browser.evaluate("document.getElementById('field').select()")
+        self.browser.choose("#field", SELECTION)
+        draft = self.scene.wait_for_draft()
+        same("words &amp; more in a field" in draft.body, True, "whether the words are in the draft")
+        return draft
+
+    def selection_without_what_cannot_be_marked(self):
+        self.open("/field")
+        self.browser.mark("#part")
+        self.browser.choose("#part", SELECTION)
+        draft = self.scene.wait_for_draft()
+        same(["wanted" in draft.body, "number" in draft.body], [True, False], "which words are in the draft")
+        return draft
+
+    def page_without_an_address(self):
+        """A page of the browser itself; the desktop says it as well, since the program is told."""
+        self.browser.open("about:blank")
+        self.scene.menus.press("alt+shift+q")
+        self.said("it has no address that others can open")
+        same(self.scene.count_drafts(), 0, "the number of drafts")
+
     def picture(self, name, wanted):
         self.open("/pictures")
         self.browser.choose(f"#{name}", PICTURE)
@@ -123,6 +146,12 @@ class Trials:
         draft = self.expect("Pictures", anchor(self.web.other + "/own.png"))
         self.said("the picture")
         return draft
+
+    def picture_after_a_rest(self):
+        """Browsers end an extension that has nothing to do for 30 seconds; the next click starts it anew, and it
+        may ask for leave then."""
+        time.sleep(45)
+        return self.picture_of_another_site_refused()
 
     def picture_of_another_site(self):
         self.open("/pictures")
@@ -238,6 +267,16 @@ class Trials:
         progress = json.dumps({"progress": 1}).encode()
         return self.helped("broken", f"import os\nos.write(1, {struct.pack('=I', len(progress)) + progress!r})\n")
 
+    def program_that_takes_40_seconds(self):
+        """Longer than a browser lets an extension be that has nothing to do."""
+        end = json.dumps({"end": {"opened": False, "title": "Nothing was shared", "body": "It took long"}}).encode()
+        with self.scene.program(f"import os, time\ntime.sleep(40)\n"
+                                f"os.write(1, {struct.pack('=I', len(end)) + end!r})\ntime.sleep(5)\n"):
+            self.open("/styled")
+            self.browser.choose("#styled", PAGE)
+            time.sleep(39)
+            self.said("It took long")
+
     def program_of_another_version(self):
         end = json.dumps({"end": {"opened": False, "title": "Nothing was shared", "body": "Another version"}}).encode()
         with self.scene.program(f"import os, time\nos.write(1, {struct.pack('=I', len(end)) + end!r})\ntime.sleep(5)\n"):
@@ -272,6 +311,11 @@ class Trials:
         self.browser.open_private(f"{self.web.address}/styled?{mark}")
         self.scene.menus.press("alt+shift+q")
         draft = self.expect("Ein Titel, 日本 <b>", anchor(f"{self.web.address}/styled?{mark}"))
+        self.scene.begin()
+        self.open("/pictures?" + mark)
+        self.browser.choose("#other", PICTURE)
+        self.expect("Pictures", anchor(self.web.other + "/own.png"))  # without a question: leave is remembered
+        self.said("the picture")
         self.browser.close()
         found = self.scene.desktop.ask("grep", "--recursive", "--files-with-matches", "--binary-files=text", mark,
                                        str(self.browser.profile))
@@ -321,11 +365,13 @@ NOT_TRIED = {"firefox-esr": ("large_selection_without_the_extension",),
              "chromium": ("selection_of_50_megabytes",)}
 
 RUNS = {
-    "": ("page", "page_by_key", "link", "selection", "picture_of_the_site", "picture_behind_a_cookie",
+    "": ("page", "page_by_key", "link", "selection", "selection_in_a_field",
+         "selection_without_what_cannot_be_marked", "page_without_an_address", "picture_of_the_site", "picture_behind_a_cookie",
          "picture_behind_a_redirect", "picture_of_a_blob", "picture_in_a_data_link", "picture_of_a_canvas",
          "picture_that_is_none", "picture_redirected_elsewhere", "picture_of_another_site_refused",
-         "picture_of_another_site", "tabs_refused", "twelve_tabs", "page_that_navigates_away", "page_that_closes",
-         "two_windows_at_once", "program_missing", "program_that_dies", "program_of_another_version", "hostile_page"),
+         "picture_after_a_rest", "picture_of_another_site", "tabs_refused", "twelve_tabs", "page_that_navigates_away", "page_that_closes",
+         "two_windows_at_once", "program_missing", "program_that_dies",
+         "program_that_takes_40_seconds", "program_of_another_version", "hostile_page"),
     "huge": ("selection_too_large_for_styles", "selection_of_50_megabytes"),
     "bare": ("large_selection_without_the_extension",),
     "time": ("time_to_the_draft",),

@@ -49,6 +49,10 @@ document.getElementById("drawn").src = canvas.toDataURL();
 })();
 </script>"""
 
+FIELD = """<!DOCTYPE html><meta charset=utf-8><title>A field</title>
+<p><textarea id=field rows=3>words &amp; more in a field</textarea></p>
+<p id=part>wanted <span style="user-select: none">number</span> words</p>"""
+
 # Hidden from those who read the screen: browsers take minutes to tell them of as much.
 HUGE = """<!DOCTYPE html><meta charset=utf-8><title>Huge</title>
 <style>p { content-visibility: auto; contain-intrinsic-size: auto 20px }</style><div id=huge aria-hidden=true></div><script>
@@ -116,6 +120,8 @@ class Server:
         elif path == "/pictures":
             body = PICTURES.replace("OTHER", self.other).encode()
             more = {"Set-Cookie": f"{COOKIE.split('=')[0]}=\"of the person\"; HttpOnly; SameSite=Strict"}
+        elif path == "/field":
+            body = FIELD.encode()
         elif path == "/huge":
             body = HUGE.replace("SIZE", request.path.split("?")[1]).encode()
         elif path == "/dense":

@@ -119,7 +119,7 @@ TEST(BrowserRequest, ALinkThatIsAlsoThePathOfAFileStaysALink) {
 }
 
 TEST(BrowserRequest, WhatTheBrowserCouldNotGiveIsToldInOurWords) {
-  for (const char* const code : {"picture", "selection", "styles", "tabs"}) {
+  for (const char* const code : {"address", "pages", "picture", "selection", "styles", "tabs"}) {
     BrowserRequest request;
     EXPECT_EQ(request.take(R"({"version":1,"missing":")" + std::string(code) + R"(","end":true})"),
               Step::kEnd);

@@ -120,6 +120,19 @@ TEST_F(ShareBrowser, StyledTextAndAPicture) {
   EXPECT_NE(all[0].find("<b>bold</b>"), std::string::npos);
 }
 
+TEST_F(ShareBrowser, WhatHasNoAddressIsSaid) {
+  install_receiver();
+  start();
+  say({{"version", 1}, {"title", "New Tab"}, {"missing", "address"}, {"end", true}});
+  const Json end = last_word()["end"];
+  EXPECT_EQ(end["opened"], false);
+  EXPECT_TRUE(end["body"].get<std::string>().starts_with(
+      "Left out: what was chosen: it has no address that others can open"))
+      << end;
+  EXPECT_EQ(entry_->wait(), 1);
+  EXPECT_TRUE(drafts().empty());
+}
+
 TEST_F(ShareBrowser, TheProgressIsTold) {
   install_receiver();
   start();

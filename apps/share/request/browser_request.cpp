@@ -33,6 +33,8 @@ struct Missing {
 
 /// The words for what the browser could not give: they are ours, whoever wrote the frame.
 constexpr std::array kMissing{
+    Missing{"address", "what was chosen", "it has no address that others can open"},
+    Missing{"pages", "some of the tabs", "they have no address that others can open"},
     Missing{"picture", "the picture", "the browser cannot read it; its link is shared instead"},
     Missing{"selection", "the selection", "it is too large; the page's link is shared instead"},
     Missing{"styles", "the styles of the selection", "it is too large; its text is shared instead"},

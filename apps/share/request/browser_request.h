@@ -21,7 +21,8 @@ namespace quoll::share {
 ///     link     one link of `http`, `https`, `ftp`, `mailto` or `tel`
 ///     picture  a piece of a picture's bytes in Base64
 ///     next     true: the next piece belongs to another picture
-///     missing  what the browser could not give: "picture", "selection", "styles", "tabs"
+///     missing  what the browser could not give: "address", "pages", "picture",
+///              "selection", "styles", "tabs"
 ///     end      true, in the last frame
 class BrowserRequest {
  public:
