@@ -98,6 +98,11 @@ const char* sandbox_of(const BrowserKind& browser) {
 
 Finding check(const BrowserKind& browser, const std::string& home) {
   const std::string name = std::string("browser ") + browser.name;
+  if (const char* const sandbox = sandbox_of(browser)) {
+    return {name, State::kWorthKnowing,
+            std::string("as ") + sandbox + " it may start no program of this system",
+            "use the link that the extension offers, or a browser that is no snap and no Flatpak"};
+  }
   for (const std::string& folder :
        {home + "/" + browser.own_folder, std::string(browser.system_folder)}) {
     const std::string manifest = folder + kManifest;
@@ -110,12 +115,6 @@ Finding check(const BrowserKind& browser, const std::string& home) {
               manifest + " names " + (program ? foundation::printable(*program) : "no program") +
                   ", which cannot be started",
               "install quoll-share-browser again"};
-    }
-    if (const char* const sandbox = sandbox_of(browser)) {
-      return {
-          name, State::kWorthKnowing,
-          std::string("as ") + sandbox + " it may start no program of this system",
-          "use the link that the extension offers, or a browser that is no snap and no Flatpak"};
     }
     return {name, State::kGood, manifest, ""};
   }
