@@ -28,8 +28,11 @@ quoll_defence(browsers_text_has_an_end FILE ${file}
 quoll_defence(browsers_pictures_have_an_end FILE ${file}
   TAKES "picture_bytes_ <= kMostPictureBytes" GIVES "picture_bytes_ <= 2 * kMostPictureBytes"
   SHOWN_BY browser_request BrowserRequest.PicturesHaveAnEnd)
+quoll_defence(browsers_pictures_are_counted FILE ${file}
+  TAKES "++finished_pictures_;" GIVES "static_cast<void>(finished_pictures_);"
+  SHOWN_BY browser_request BrowserRequest.PicturesThatAreNoneHaveAnEndToo)
 quoll_defence(browsers_pictures_are_pictures FILE ${file}
-  TAKES "picture.file && begins_as_image(picture.beginning)" GIVES "picture.file"
+  TAKES "if (begins_as_image(picture.beginning)) {" GIVES "if (!picture.beginning.empty()) {"
   SHOWN_BY browser_request BrowserRequest.BytesThatAreNoPictureAreLeftOut)
 quoll_defence(browsers_frame_has_an_end FILE apps/share/request/browser_port.cpp
   TAKES "length <= kLongestFrame &&" GIVES "length <= 2 * kLongestFrame &&"

@@ -211,6 +211,20 @@ TEST(BrowserRequest, PicturesHaveAnEnd) {
   EXPECT_EQ(pieces, 7);  // 63 MiB
 }
 
+// Each would take memory for the words that say why it is left out.
+TEST(BrowserRequest, PicturesThatAreNoneHaveAnEndToo) {
+  for (const std::string& bytes : {std::string(), std::string("no picture")}) {
+    const std::string frame = R"({"next":true,"picture":")" + base64(bytes) + R"("})";
+    BrowserRequest request;
+    EXPECT_EQ(request.take(R"({"version":1})"), Step::kMore);
+    std::size_t pieces = 0;
+    while (request.take(frame) == Step::kMore) {
+      ASSERT_LE(++pieces, kMostPictures);
+    }
+    EXPECT_EQ(pieces, kMostPictures);
+  }
+}
+
 // A frame that claims `length` bytes and has `size` of them.
 BrowserPort::Received received(std::uint32_t length, std::size_t size) {
   const posix::UniqueFd file = image_helper::make_memory_file();

@@ -184,15 +184,19 @@ class BrowserRequest::Reader final : public Json::json_sax_t {
   bool add_picture(std::string_view base64) {
     const auto bytes = bytes_of(base64);
     picture_bytes_ += bytes ? bytes->size() : 0;
-    return bytes && picture_bytes_ <= kMostPictureBytes &&
-           request_.descriptor_items.size() < kMostPictures && picture_.append(*bytes);
+    return bytes && picture_bytes_ <= kMostPictureBytes && finished_pictures_ < kMostPictures &&
+           picture_.append(*bytes);
   }
 
   void finish_picture() {
     PictureBytes picture = std::exchange(picture_, {});
-    if (picture.file && begins_as_image(picture.beginning)) {
+    if (!picture.file) {
+      return;
+    }
+    ++finished_pictures_;
+    if (begins_as_image(picture.beginning)) {
       request_.descriptor_items.push_back({std::move(picture.file), "", ""});
-    } else if (picture.file) {
+    } else {
       request_.left_out.push_back({"the picture", "it is none that can be read"});
     }
   }
@@ -205,6 +209,7 @@ class BrowserRequest::Reader final : public Json::json_sax_t {
   bool has_end_ = false;
   std::size_t text_bytes_ = 0;
   std::size_t picture_bytes_ = 0;
+  std::size_t finished_pictures_ = 0;  ///< with those that are left out
   PictureBytes picture_;
 };
 
