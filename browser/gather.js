@@ -56,7 +56,7 @@ export async function gatherSelection(info, tab) {
     draft.missing.push("selection");
   } else {
     draft.text = text;
-    if (selection?.hasTooManyStyles) {
+    if (selection?.hasLostStyles) {
       draft.missing.push("styles");
     }
   }

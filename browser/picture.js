@@ -2,10 +2,12 @@
 // files, and else a PNG picture of what is seen. None when they cannot be had.
 
 const MOST_BYTES = 32 << 20;
+const MOST_MILLISECONDS = 15_000; // a camera sends pictures without an end
 
 // For a picture that this extension was allowed to read.
 export async function bytesOfPicture(address) {
-  const response = await fetch(address, { credentials: "include", cache: "force-cache" });
+  const response = await fetch(address,
+    { credentials: "include", cache: "force-cache", signal: AbortSignal.timeout(MOST_MILLISECONDS) });
   const blob = response.ok ? await response.blob() : new Blob();
   if (!blob.size || blob.size > MOST_BYTES) {
     return null;
@@ -38,6 +40,7 @@ function base64Of(bytes) {
 // nothing from outside of itself.
 export async function pictureOfFrame(address) {
   const MOST = 32 << 20;
+  const MOST_MILLISECONDS = 15_000;
   const base64Of = (blob) => new Promise((resolve) => {
     const reader = new FileReader();
     reader.onload = () => resolve(reader.result.slice(reader.result.indexOf(",") + 1));
@@ -45,7 +48,8 @@ export async function pictureOfFrame(address) {
     reader.readAsDataURL(blob);
   });
   try {
-    const response = await fetch(address, { cache: "force-cache" });
+    const response = await fetch(address,
+      { cache: "force-cache", signal: AbortSignal.timeout(MOST_MILLISECONDS) });
     const blob = response.ok ? await response.blob() : new Blob();
     const begin = await blob.slice(0, 16).arrayBuffer();
     const signature = String.fromCharCode(...new Uint8Array(begin));
@@ -54,7 +58,7 @@ export async function pictureOfFrame(address) {
       return await base64Of(blob);
     }
   } catch {
-    // a page may be forbidden to read what it shows
+    // a page may be forbidden to read what it shows, or it has no end
   }
   try {
     const image = [...document.images].find((one) => one.currentSrc === address || one.src === address);

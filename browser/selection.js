@@ -84,11 +84,9 @@ export function selectionOfFrame(most) {
       }
       add(link ? "</a></div>" : "</div>");
     }
-  } catch (error) {
-    if (error.name === "RangeError" || error.name === "InternalError") {
-      return { text, hasTooManyStyles: true }; // too long or too deep
-    }
-    throw error;
+  } catch {
+    // Too long, too deep, or a form with a field that hides what is asked of the form.
+    return { text, hasLostStyles: true };
   }
   return hasWords ? { text, html: parts.join("") } : { text };
 }

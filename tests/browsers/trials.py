@@ -159,6 +159,15 @@ class Trials:
         self.browser.answer("Allow")
         return self.expect("Pictures", "", [self.scene.as_png(png(10))])
 
+    def picture_without_an_end(self):
+        """Of a camera, what it shows at that moment."""
+        self.open("/camera")
+        wait_for(lambda: self.browser.evaluate("document.getElementById('camera').naturalWidth"), "the camera")
+        self.browser.choose("#camera", PICTURE)
+        draft = self.scene.wait_for_draft(40)
+        same([self.scene.colour_of(one) for one in draft.pictures], [self.scene.colour_of(png(10))], "the colours")
+        return draft
+
     def tabs_refused(self):
         self.tabs("Deny")
         number = self.browser.front_tab
@@ -199,6 +208,19 @@ class Trials:
         draft = self.scene.wait_for_draft(120)
         same(draft.body.count("word"), 60000, "the number of words")
         self.said("the styles")
+        return draft
+
+    def selection_that_hides_its_parts(self):
+        """The form's field stands in the place of the form's property, so the text alone is shared, and said so."""
+        self.open("/form")
+        self.browser.mark("#form")
+        self.browser.choose("#form", SELECTION)
+        draft = self.scene.wait_for_draft()
+        for word in ("before", "inside"):
+            if word not in draft.body:
+                raise Missing(f"{word!r} is not in the draft: {draft.body}")
+        if "<b>" not in draft.body:
+            self.said("the styles")
         return draft
 
     def page_that_navigates_away(self):
@@ -305,7 +327,8 @@ class Trials:
         same(self.scene.count_drafts(), 0, "the number of drafts")
 
     def private_with_leave(self):
-        """The page of a private window is shared, and the browser's folder has nothing of it."""
+        """The page of a private window is shared, and the link of a picture from elsewhere, for which no leave is
+        asked; the browser's folder has nothing of them."""
         mark = "kept-nowhere-7531"
         self.browser.allow_private()
         self.browser.open_private(f"{self.web.address}/styled?{mark}")
@@ -369,7 +392,8 @@ RUNS = {
          "selection_without_what_cannot_be_marked", "page_without_an_address", "picture_of_the_site", "picture_behind_a_cookie",
          "picture_behind_a_redirect", "picture_of_a_blob", "picture_in_a_data_link", "picture_of_a_canvas",
          "picture_that_is_none", "picture_redirected_elsewhere", "picture_of_another_site_refused",
-         "picture_after_a_rest", "picture_of_another_site", "tabs_refused", "twelve_tabs", "page_that_navigates_away", "page_that_closes",
+         "picture_after_a_rest", "picture_of_another_site", "picture_without_an_end", "tabs_refused", "twelve_tabs",
+         "selection_that_hides_its_parts", "page_that_navigates_away", "page_that_closes",
          "two_windows_at_once", "program_missing", "program_that_dies",
          "program_that_takes_40_seconds", "program_of_another_version", "hostile_page"),
     "huge": ("selection_too_large_for_styles", "selection_of_50_megabytes"),

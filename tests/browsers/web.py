@@ -1,9 +1,11 @@
 """A web server on the loopback, and a second host (another port) that lets nobody read what it has."""
 
+import contextlib
 import http.server
 import pathlib
 import struct
 import threading
+import time
 import zlib
 
 COOKIE = "session=of the person"
@@ -52,6 +54,11 @@ document.getElementById("drawn").src = canvas.toDataURL();
 FIELD = """<!DOCTYPE html><meta charset=utf-8><title>A field</title>
 <p><textarea id=field rows=3>words &amp; more in a field</textarea></p>
 <p id=part>wanted <span style="user-select: none">number</span> words</p>"""
+
+# A camera never ends its answer, so a page that waited for it would not be complete.
+CAMERA = """<!DOCTYPE html><meta charset=utf-8><title>Camera</title><p><img id=camera width=64 height=64></p><script>
+addEventListener("load", () => setTimeout(() => { document.getElementById("camera").src = "/camera.png"; }));
+</script>"""
 
 # Hidden from those who read the screen: browsers take minutes to tell them of as much.
 HUGE = """<!DOCTYPE html><meta charset=utf-8><title>Huge</title>
@@ -111,8 +118,23 @@ class Server:
         self.other = other.address.replace("127.0.0.1", "localhost") if other else ""
         threading.Thread(target=self._http.serve_forever, daemon=True).start()
 
+    @staticmethod
+    def film(request):
+        """One picture after another, until the browser has enough."""
+        request.close_connection = True
+        request.send_response(200)
+        request.send_header("Content-Type", "multipart/x-mixed-replace; boundary=next")
+        request.end_headers()
+        with contextlib.suppress(OSError):
+            while True:
+                request.wfile.write(b"--next\r\nContent-Type: image/png\r\n\r\n" + png(10) + b"\r\n")
+                time.sleep(0.2)
+
     def answer(self, request):
         path = request.path.split("?")[0]
+        if path == "/camera.png":
+            self.film(request)
+            return
         kind, body, more = "text/html; charset=utf-8", b"", {}
         status = 200
         if path == "/styled":
@@ -122,6 +144,11 @@ class Server:
             more = {"Set-Cookie": f"{COOKIE.split('=')[0]}=\"of the person\"; HttpOnly; SameSite=Strict"}
         elif path == "/field":
             body = FIELD.encode()
+        elif path == "/form":
+            body = b"""<!DOCTYPE html><title>Form</title><div id=form><b>before</b>
+                <form><input name=childNodes hidden>inside</form></div>"""
+        elif path == "/camera":
+            body = CAMERA.encode()
         elif path == "/huge":
             body = HUGE.replace("SIZE", request.path.split("?")[1]).encode()
         elif path == "/dense":

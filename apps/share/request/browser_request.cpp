@@ -37,7 +37,8 @@ constexpr std::array kMissing{
     Missing{"pages", "some of the tabs", "they have no address that others can open"},
     Missing{"picture", "the picture", "the browser cannot read it; its link is shared instead"},
     Missing{"selection", "the selection", "it is too large; the page's link is shared instead"},
-    Missing{"styles", "the styles of the selection", "it is too large; its text is shared instead"},
+    Missing{"styles", "the styles of the selection",
+            "they cannot be read, or are too many; the text is shared instead"},
     Missing{"tabs", "the other tabs", "the browser was not allowed to name them"},
 };
 
