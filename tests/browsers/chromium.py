@@ -20,7 +20,9 @@ class Chromium(Browser):
     def start(self, kind=""):
         self.profile = self.desktop.home / f"chromium{time.monotonic_ns()}"
         self._has_extension = kind != "bare"
-        self._launch(*{"private": ["--incognito"], "bare": ["--disable-extensions"]}.get(kind, ()))
+        # In pictures without its bar about being root.
+        self._launch(*{"private": ["--incognito"], "bare": ["--disable-extensions"],
+                        "pictures": ["--test-type"]}.get(kind, ()))
 
     def _launch(self, *options):
         told = self.profile / "DevToolsActivePort"

@@ -60,6 +60,13 @@ CAMERA = """<!DOCTYPE html><meta charset=utf-8><title>Camera</title><p><img id=c
 addEventListener("load", () => setTimeout(() => { document.getElementById("camera").src = "/camera.png"; }));
 </script>"""
 
+WALKS = """<!DOCTYPE html><meta charset=utf-8><title>Walks around the lake</title>
+<style>body { font-family: sans-serif; margin: 20px } h2 { color: rgb(20, 90, 60) } em { color: rgb(200, 0, 0) }</style>
+<h2>Walks around the lake</h2>
+<div id=walk><p><b>The shore, 2 hours.</b> From the bus stop along the water to the <a href="/mill">old mill</a>;
+<em>closed in spring</em>.</p><p><b>The ridge, 5 hours.</b> Steep at first, then level, with a view of
+<span style="background-color: rgb(255, 240, 120)">both valleys</span>.</p></div>"""
+
 # Hidden from those who read the screen: browsers take minutes to tell them of as much.
 HUGE = """<!DOCTYPE html><meta charset=utf-8><title>Huge</title>
 <style>p { content-visibility: auto; contain-intrinsic-size: auto 20px }</style><div id=huge aria-hidden=true></div><script>
@@ -142,6 +149,8 @@ class Server:
         elif path == "/pictures":
             body = PICTURES.replace("OTHER", self.other).encode()
             more = {"Set-Cookie": f"{COOKIE.split('=')[0]}=\"of the person\"; HttpOnly; SameSite=Strict"}
+        elif path == "/walks":
+            body = WALKS.encode()
         elif path == "/field":
             body = FIELD.encode()
         elif path == "/form":
