@@ -208,6 +208,24 @@ TEST_F(Copy, AFileThatChangesMeanwhileIsCopiedAsFarAsItGoes) {
   writer.join();
 }
 
+TEST_F(Copy, AFileThatGrowsHasTheSizeThatItHad) {
+  constexpr std::uintmax_t kSize = std::uintmax_t{8} << 20;
+  for (const bool has_holes : {false, true}) {
+    const std::string source =
+        folder_.write("x", std::string(has_holes ? std::size_t{1} << 16 : kSize, 'a'));
+    fs::resize_file(source, kSize);
+    const std::string name = has_holes ? "holes" : "whole";
+    int pieces = 0;
+    const auto grow = [&](std::uint64_t /*bytes*/) {
+      constexpr int kMany = 1000;
+      std::ofstream(source, std::ios::app) << std::string(std::size_t{1} << 16, 'b');
+      return ++pieces < kMany;
+    };
+    EXPECT_FALSE(posix::copy_item(source, folder_.path(name), grow)) << name;
+    EXPECT_EQ(fs::file_size(folder_.path(name)), kSize) << name;
+  }
+}
+
 TEST_F(Copy, ALinkIsFollowedWhenItIsTheItem) {
   folder_.write("x", "content");
   fs::create_symlink("x", folder_.path("link"));

@@ -102,23 +102,25 @@ Outcome copy_unsized(int from, int to, const CopyStep& step) {
   return got > 0 ? Outcome(FileFailure{EFBIG, false}) : std::nullopt;
 }
 
-Outcome copy_around_holes(int from, int to, const CopyStep& step) {
+/// `size` is what the source had at the beginning: it may grow faster than it is copied.
+Outcome copy_around_holes(int from, int to, off_t size, const CopyStep& step) {
   off_t position = 0;
   while (true) {
     struct stat status {};
     if (::fstat(from, &status) != 0) {
       return FileFailure{errno, false};
     }
+    const off_t end = std::min(size, status.st_size);
     const off_t data = ::lseek(from, position, SEEK_DATA);
     const off_t hole = data < 0 ? -1 : ::lseek(from, data, SEEK_HOLE);
-    if (hole <= data) {
+    if (hole <= data || data >= end) {
       // Nothing but a hole up to the size that the file had before this was asked.
-      if (::ftruncate(to, status.st_size) != 0) {
+      if (::ftruncate(to, end) != 0) {
         return FileFailure{errno, true};
       }
       return std::nullopt;
     }
-    if (auto failure = copy_range(from, to, data, hole, step)) {
+    if (auto failure = copy_range(from, to, data, std::min(hole, end), step)) {
       return failure;
     }
     position = hole;
@@ -162,7 +164,7 @@ Outcome copy_contents(int from, int to, const CopyStep& step) {
     return copy_unsized(from, to, step);
   }
   if (status.st_blocks < status.st_size / 512) {
-    return copy_around_holes(from, to, step);
+    return copy_around_holes(from, to, status.st_size, step);
   }
   return copy_range(from, to, 0, status.st_size, step);
 }
