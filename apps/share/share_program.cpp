@@ -127,17 +127,18 @@ Installed install_desktop(std::shared_ptr<platform::NSWorkspace> workspace,
   return installed;
 }
 
-/// What is wrong with the shared folder, and what to do, when something was left out.
-std::optional<std::string> folder_trouble(const ShareResult& result) {
-  if (!result.folder_trouble && result.left_out.empty()) {
+/// What is wrong with the shared folder, and what to do, when something was left out. Without an
+/// item that came as far as the folder, that it is full is all that counts.
+std::optional<std::string> folder_trouble(const ShareResult& result, bool has_items) {
+  const bool is_full = std::ranges::any_of(result.left_out, [](const LeftOut& left) {
+    return left.why.ends_with(posix::error_words(ENOSPC));
+  });
+  if (!is_full && (!has_items || (!result.folder_trouble && result.left_out.empty()))) {
     return std::nullopt;
   }
   if (const auto trouble = container_trouble()) {
     return trouble->found + "; " + trouble->advice;
   }
-  const bool is_full = std::ranges::any_of(result.left_out, [](const LeftOut& left) {
-    return left.why.ends_with(posix::error_words(ENOSPC));
-  });
   return is_full ? "the shared folder has too little room: " +
                        posix::group_containers_folder().value_or("") + "; make room there"
                  : result.folder_trouble;
@@ -339,7 +340,7 @@ Progress Share::later_steps() const {
 /// item, it ends the program without destroying what the thread uses.
 int Share::end(Selection& selection, const std::vector<recording::Event>& events) {
   ShareResult result = result_of(selection, events);
-  result.folder_trouble = selection.empty() ? std::nullopt : folder_trouble(result);
+  result.folder_trouble = folder_trouble(result, !selection.empty());
   if (!launcher_) {
     result.application = "standard output";
   } else if (result.is_opened) {

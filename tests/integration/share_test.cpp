@@ -559,6 +559,17 @@ TEST_F(Share, BytesThatTheDiskHasNoRoomFor) {
                 home_.path("containers") + "; make room there\n");
 }
 
+TEST_F(Share, ThatNothingHasRoomIsSaidToo) {
+  const Mounted disk(home_.path("containers"), 0, "size=1m");
+  NEEDS_MOUNT(disk);
+  const Ended ended = home_.print({"-"}, home_.write("input", std::string(4'000'000, 'x')));
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_NE(ended.errors.find("\nthe shared folder has too little room: " +
+                              home_.path("containers") + "; make room there\nnot opened: "),
+            std::string::npos)
+      << ended.errors;
+}
+
 TEST_F(Share, AReadOnlyContainer) {
   const std::string file = home_.write("a.txt", "x");
   ASSERT_EQ(home_.print({file}).status, 0);
