@@ -26,19 +26,17 @@ namespace {
   throw ComposeError("its files cannot be laid out: " + posix::error_words(error));
 }
 
-/// Gives a file another name in the folder `target`; with its number when the name is not free.
+/// Gives a file another name in the folder `target`; with its number, or the next free one, when
+/// the name is not free.
 void link_file(int folder, const std::string& path, int target, const std::string& name,
                std::size_t number) {
-  const std::string numbered = std::to_string(number + 1) + " " + name;
-  for (const std::string& free : {name, numbered}) {
-    if (linkat(folder, path.c_str(), target, free.c_str(), 0) == 0) {
-      return;
-    }
+  std::string free = name;
+  while (linkat(folder, path.c_str(), target, free.c_str(), 0) != 0) {
     if (errno != EEXIST) {
-      break;
+      cannot_be_laid_out(errno);
     }
+    free = std::to_string(++number) + " " + name;
   }
-  cannot_be_laid_out(errno);
 }
 
 }  // namespace

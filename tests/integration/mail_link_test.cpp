@@ -91,6 +91,14 @@ TEST_F(MailLink, FilesOfOneNameAreAllThere) {
   EXPECT_EQ(names_to_attach(), (Words{"2 text.txt", "3 text.txt", "text.txt"}));
 }
 
+TEST_F(MailLink, ANameThatIsTakenIsNoReasonToStartNothing) {
+  const auto ended =
+      compose({ReceiverHome::url({home_.stage("text.txt", "file"), home_.stage("3 text.txt", "x")},
+                                 "plainBody=" + std::string(2000, 'x'))});
+  EXPECT_TRUE(holds(ended.output, "Firefox has it without its text")) << ended.output;
+  EXPECT_EQ(names_to_attach(), (Words{"3 text.txt", "4 text.txt", "text.txt"}));
+}
+
 TEST_F(MailLink, AProgramThatFailsLeavesTheDraft) {
   choose("firefox", "Firefox", "exit 3");
   const auto ended = compose({ReceiverHome::url({home_.stage("a", "x")})});
