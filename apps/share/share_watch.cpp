@@ -46,8 +46,10 @@ void ShareWatch::show(GDBusConnection* bus) {
       [this](const std::string& /*action*/, const gio::ActivationTokens& /*tokens*/) { cancel(); });
 }
 
-/// False when there is nothing more to know.
+/// False when there is nothing more to know. The share has had other people's bytes in its hands:
+/// what is no line is not kept.
 bool ShareWatch::read() {
+  constexpr std::size_t kLongestLine = 64;
   std::array<char, 4096> block{};
   const ssize_t size = ::read(pipe_.get(), block.data(), block.size());
   if (size <= 0) {
@@ -62,6 +64,9 @@ bool ShareWatch::read() {
     withdraw();
   }
   line_.erase(0, line_.rfind('\n') + 1);
+  if (line_.size() > kLongestLine) {
+    line_.clear();
+  }
   return true;
 }
 
@@ -74,7 +79,9 @@ void ShareWatch::withdraw() {
 }
 
 void ShareWatch::cancel() {
-  while (pipe_ && read()) {  // the turn may have come
+  constexpr int kBlocksInAPipe = 16;
+  for (int block = 0; block < kBlocksInAPipe && pipe_ && read(); ++block) {
+    // The turn may have come.
   }
   if (has_turn_ || !pipe_) {
     return;
