@@ -33,9 +33,10 @@ std::string_view value_of(std::string_view option, int argc, char** argv) {
   return {};
 }
 
+/// The socket holds as much of a menu that does not read: the next share must not wait for it.
 void tell(MenuSocket& socket, const std::string& told) {
-  socket.tell_error(
-      quoll::share::shown_report(told, told.size()).value_or("the system log tells more"));
+  constexpr std::size_t kMost = 4096;
+  socket.tell_error(quoll::share::shown_report(told, kMost).value_or("the system log tells more"));
 }
 
 int fail(MenuSocket& socket, const quoll::share::ShareResult& result) {

@@ -77,6 +77,16 @@ TEST_F(ShareMenu, WhatWasLeftOutIsSaid) {
   EXPECT_EQ(entry_->wait(), 3);
 }
 
+// Or a menu that does not read would keep all other shares waiting.
+TEST_F(ShareMenu, NoMoreIsSaidThanTheSocketHolds) {
+  choose();
+  request({{"urls", std::vector<std::string>(2000, "file:///nowhere/" + std::string(200, 'x'))}});
+  const Json said = last_word();
+  ASSERT_TRUE(said.contains("errorText"));
+  EXPECT_LT(said["errorText"].get<std::string>().size(), 5000U);
+  EXPECT_EQ(entry_->wait(), 1);
+}
+
 TEST_F(ShareMenu, NobodyToReceive) {
   choose();
   request({{"urls", {"https://example.org/"}}});
