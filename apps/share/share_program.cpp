@@ -253,12 +253,15 @@ Selection Share::select(ShareRequest request, const std::optional<std::string>& 
 int Share::run_confined(Selection& selection, const Installed& desktop,
                         std::optional<posix::LockHolder> holder) {
   desktop.drafts->set_envelope(selection.envelope);
-  const StagingLock lock = prepare_and_lock(selection, *desktop.files, std::move(holder));
+  StagingLock lock = prepare_and_lock(selection, *desktop.files, std::move(holder));
   if (selection.empty()) {
     return end(selection, {});
   }
   const auto events =
       share::run<ShareViewController>(selection, *desktop.background, later_steps());
+  if (!is_busy(selection)) {
+    lock.reset();  // whoever is told may take any time to read
+  }
   return end(selection, events);
 }
 

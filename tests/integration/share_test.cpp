@@ -570,6 +570,26 @@ TEST_F(Share, ThatNothingHasRoomIsSaidToo) {
       << ended.errors;
 }
 
+TEST_F(Share, AReportThatNobodyReadsKeepsNoOtherShareWaiting) {
+  const std::string file = home_.write("a.txt", "x");
+  std::string list;  // of more than a pipe holds of the report
+  for (int number = 0; number < 1000; ++number) {
+    list.append("/nowhere/" + std::to_string(number) + std::string(100, 'x')).push_back('\0');
+  }
+  home_.write("list", list);
+  const std::string pipe = home_.path("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), S_IRUSR | S_IWUSR), 0);
+  const posix::UniqueFd both_ends(open(pipe.c_str(), O_RDWR | O_CLOEXEC));
+  const Ended next = run({"sh", "-c",
+                          "\"$0\" --print --null \"$1/a.txt\" <\"$1/list\" >\"$1/first\" "
+                          "2>\"$1/pipe\" & until [ -s \"$1/first\" ]; do sleep 0.01; done; "
+                          "timeout 10 \"$0\" --print \"$1/a.txt\"; ended=$?; kill $!; exit $ended",
+                          QUOLL_SHARE, home_.path("")},
+                         home_.environment());
+  EXPECT_EQ(next.status, 0) << next.errors;
+  EXPECT_EQ(attachments_of(next.output), std::vector<std::string>{home_.staging() + "/a.txt"});
+}
+
 TEST_F(Share, AReadOnlyContainer) {
   const std::string file = home_.write("a.txt", "x");
   ASSERT_EQ(home_.print({file}).status, 0);
