@@ -127,8 +127,7 @@ Installed install_desktop(std::shared_ptr<platform::NSWorkspace> workspace,
   return installed;
 }
 
-/// What is wrong with the shared folder, and what to do, when something was left out. Without an
-/// item that came as far as the folder, that it is full is all that counts.
+/// What is wrong with the shared folder, and what to do. A full one is told without an item too.
 std::optional<std::string> folder_trouble(const ShareResult& result, bool has_items) {
   const bool is_full = std::ranges::any_of(result.left_out, [](const LeftOut& left) {
     return left.why.ends_with(posix::error_words(ENOSPC));
@@ -283,12 +282,11 @@ Installed Share::begin(bool with_html) {
 /// what was prepared.
 StagingLock Share::prepare_and_lock(Selection& selection, MovingFiles& files,
                                     std::optional<posix::LockHolder> holder) {
-  constexpr std::chrono::seconds kLong{1};
   const auto begin = steps_->elapsed();
   const bool is_prepared =
       pack(selection) && prepare(selection, files, image_helper_, early_steps());
   steps_->tell("the files are prepared");
-  if (steps_->elapsed() - begin > kLong) {
+  if (steps_->elapsed() - begin > std::chrono::seconds(1)) {
     holder.reset();  // by now it may be somebody else
   }
   StagingLock lock = is_prepared && !selection.empty()
