@@ -34,8 +34,8 @@ class Property {
     return *this;  // what was held before is released here, outside the lock
   }
 
-  /// Has `change` change what is held, as one step. It is called under the lock, so it must be short
-  /// and must not use this property.
+  /// Has `change` change what is held, as one step. It is called under the lock, so it must be
+  /// short and must not use this property.
   template <typename Change>
   void change(const Change& change) {
     const std::lock_guard lock(mutex_);

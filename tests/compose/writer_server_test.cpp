@@ -329,8 +329,8 @@ TEST(WriterServer, HasItsLimits) {
   EXPECT_NE(large.find("Max file size             1448741824 "), std::string::npos) << large;
 }
 
-// More than a command has that comes over the bus; of the cells a quarter of that, unless large ones
-// are asked for: they take 10 s.
+// More than a command has that comes over the bus; of the cells a quarter of that, unless large
+// ones are asked for: they take 10 s.
 TEST(WriterServer, LargeDraftsFitIntoItsMemory) {
   if (sandbox::kSanitizerBuild) {
     GTEST_SKIP() << "a sanitizer takes more memory and time";
