@@ -17,7 +17,7 @@ def share(desktop):
 
 
 def message_files(desktop):
-    return list((desktop.data / "quoll-compose/drafts").glob("*.eml"))
+    return list((desktop.data / "quoll-compose/drafts").glob("[0-9]*.eml"))
 
 
 def _compose(desktop):
